@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Apps/Value/Common.h"
+
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+#include "Host/Nodes/HostNodes.h"
+#include "Host/Util/ParallelRows.h"
+
+namespace {
+
+using ScEng::NodeLibrary;
+using ScEng::Status;
+
+/// The node library that comes with the program: beside it, or where an installation puts it.
+std::filesystem::path FindOwnLibrary() {
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const std::filesystem::path beside = folder / "Value.so";
+  if (std::filesystem::exists(beside, error)) return beside;
+  const std::filesystem::path installed = (folder / VALUE_INSTALLED_LIBRARY).lexically_normal();
+  return std::filesystem::exists(installed, error) ? installed : beside;
+}
+
+}  // namespace
+
+void CommonOptions::Declare(CLI::App& app) {
+  const std::string group = "Options of every command";
+  app.add_option("--plugin", plugins, "A node library to load instead of the program's own; may be given again")
+      ->type_name("FILE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->group(group);
+  app.add_option("--threads", threads, "Threads that image operations may use (default: one per core)")
+      ->check(CLI::Range(1, 1024))
+      ->type_name("N")
+      ->group(group);
+  app.add_option("--max-size", max_size, "Largest width and height of an image (default: 32768)")
+      ->check(CLI::Range(1, 1 << 30))
+      ->type_name("N")
+      ->group(group);
+  app.add_flag("--quiet", quiet, "No notes, no progress, no summary")->group(group);
+  app.add_flag("--json", json, "Answer as JSON on standard output")->group(group);
+}
+
+void CommonOptions::Apply(Reporter& reporter) const {
+  reporter.SetJson(json);
+  reporter.SetQuiet(quiet);
+  if (threads) ScEng::SetNumThreads(*threads);
+  if (max_size) Image::SetMaxSize(*max_size, *max_size);
+}
+
+std::shared_ptr<const ScEng::NodeCatalogue> Command::LoadCatalogue() {
+  std::vector<std::filesystem::path> files;
+  for (const std::string& plugin : common_.plugins) files.push_back(ScEng::MakePath(plugin));
+  if (files.empty()) files.push_back(FindOwnLibrary());
+  const auto catalogue = ScEng::CreateHostCatalogue();
+  for (const std::filesystem::path& file : files) {
+    Status status;
+    auto library = NodeLibrary::Load(file, status);
+    if (library) status = catalogue->AddLibrary(std::move(library));
+    if (status.IsError()) {
+      Fail(ExitCode::kPlugin, status.GetMessage());
+      return nullptr;
+    }
+  }
+  return catalogue;
+}
+
+ExitCode Command::Fail(ExitCode code, const std::string& text) {
+  reporter_.Error(text);
+  reporter_.Finish(nlohmann::ordered_json::object());
+  return code;
+}
+
+ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& prefix) {
+  for (const std::string& note : report.findings.notes) reporter_.Note(prefix + note);
+  for (const std::string& error : report.findings.errors) reporter_.Error(prefix + error);
+  switch (report.failure) {
+    case ScEng::RunFailure::kFile: return ExitCode::kFile;
+    case ScEng::RunFailure::kNode: return ExitCode::kNodeError;
+    case ScEng::RunFailure::kNone: break;
+  }
+  return ExitCode::kDone;
+}
+
+std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::string& text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) return std::nullopt;
+  return std::pair(text.substr(0, equals), text.substr(equals + 1));
+}
+
+nlohmann::ordered_json ToJson(const ScEng::OutputReport& output) {
+  nlohmann::ordered_json json;
+  json["from"] = output.source;
+  json["path"] = output.file.string();
+  json["written"] = output.written;
+  if (!output.written) return json;
+  json["width"] = output.header.size_x;
+  json["height"] = output.header.size_y;
+  json["mode"] = ColorMode::GetName(output.header.color_mode);
+  json["range"] = {ToJson(static_cast<double>(output.header.value_low)),
+                   ToJson(static_cast<double>(output.header.value_high))};
+  return json;
+}
+
+nlohmann::ordered_json ToJson(double number) {
+  return std::isfinite(number) ? nlohmann::ordered_json(number) : nlohmann::ordered_json(nullptr);
+}
+
+std::string FormatFloat(float number) {
+  char text[32];
+  return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
+}

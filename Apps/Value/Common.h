@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Apps/Value/Reporter.h"
+#include "Host/Documents/GraphDocument.h"
+#include "Host/Tools/NodeLibrary.h"
+
+/// The options that every command takes.
+struct CommonOptions {
+  std::vector<std::string> plugins;
+  std::optional<unsigned> threads;
+  std::optional<int> max_size;
+  bool quiet = false;
+  bool json = false;
+
+  void Declare(CLI::App& app);
+  /// Hands them to the host and to the reporter.
+  void Apply(Reporter& reporter) const;
+};
+
+/// A command of the program: declares its options, then runs.
+class Command {
+ public:
+  Command(const CommonOptions& common, Reporter& reporter) : common_(common), reporter_(reporter) {}
+  virtual ~Command() = default;
+  Command(const Command&) = delete;
+  Command& operator=(const Command&) = delete;
+
+  virtual CLI::App* Declare(CLI::App& app) = 0;
+  virtual ExitCode Run() = 0;
+
+ protected:
+  /// The host's own node types and those of the node libraries; null after an error was reported.
+  std::shared_ptr<const ScEng::NodeCatalogue> LoadCatalogue();
+  /// Reports an error, ends the answer with it and passes the code on.
+  ExitCode Fail(ExitCode code, const std::string& text);
+  /// What a run has to say; the exit code that follows from it.
+  ExitCode ReportRun(const ScEng::RunReport& report, const std::string& prefix);
+
+  const CommonOptions& common_;
+  Reporter& reporter_;
+};
+
+/// "left=right", split at the first "="; nothing where there is none or the left side is empty.
+std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::string& text);
+
+nlohmann::ordered_json ToJson(const ScEng::OutputReport& output);
+/// A number for JSON, which knows no NaN and no infinities: those become null.
+nlohmann::ordered_json ToJson(double number);
+/// The shortest text that reads back as the same float.
+std::string FormatFloat(float number);
+
+std::unique_ptr<Command> MakeNodesCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeApplyCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeRunCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeCheckCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeStatsCommand(const CommonOptions& common, Reporter& reporter);

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Files/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <system_error>
+#include <vector>
+
+namespace ScEng {
+namespace {
+
+std::string DescribeErrno(int error) { return std::generic_category().message(error); }
+
+Status MakeError(const std::filesystem::path& target, const std::string& reason) {
+  return Status::Error("cannot write \"" + target.string() + "\": " + reason);
+}
+
+/// Copies everything from the start of one descriptor to another; the errno of what failed, or 0.
+int CopyAll(int from, int to) {
+  constexpr std::size_t kPiece = std::size_t{1} << 20;
+  std::vector<char> piece(kPiece);
+  off_t offset = 0;
+  for (;;) {
+    const ssize_t got = pread(from, piece.data(), piece.size(), offset);
+    if (got == 0) return 0;
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return errno;
+    offset += got;
+    for (ssize_t written = 0; written < got;) {
+      const ssize_t put = write(to, piece.data() + written, static_cast<std::size_t>(got - written));
+      if (put < 0 && errno == EINTR) continue;
+      if (put < 0) return errno;
+      written += put;
+    }
+  }
+}
+
+/// The rename itself must reach the disk too. A file system that cannot flush a folder is no reason to fail.
+void FlushFolder(const std::filesystem::path& folder) {
+  const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return;
+  static_cast<void>(fsync(descriptor));
+  close(descriptor);
+}
+
+}  // namespace
+
+MemoryFile::MemoryFile() : descriptor_(memfd_create("value-image", MFD_CLOEXEC)) {}
+
+MemoryFile::~MemoryFile() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+std::string MemoryFile::GetPath() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
+  std::error_code error;
+  // A link is followed, so that the file it names is replaced and not the link.
+  std::filesystem::path place = target;
+  if (std::filesystem::is_symlink(target, error)) place = std::filesystem::weakly_canonical(target, error);
+  const auto kind = std::filesystem::status(place, error).type();
+  if (kind == std::filesystem::file_type::directory) return MakeError(target, "it is a folder");
+  if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
+    return MakeError(target, error ? error.message() : "it is not a regular file");
+  }
+  const std::filesystem::path folder = place.has_parent_path() ? place.parent_path() : ".";
+  if (!std::filesystem::is_directory(folder, error)) {
+    return MakeError(target, "the folder \"" + folder.string() + "\" does not exist");
+  }
+
+  static std::atomic<unsigned> counter{0};
+  const std::string name = "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".part";
+  const std::filesystem::path temporary = folder / name;
+  const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (descriptor < 0) return MakeError(target, DescribeErrno(errno));
+  int failure = CopyAll(source_descriptor, descriptor);
+  if (failure == 0 && fsync(descriptor) != 0) failure = errno;
+  if (close(descriptor) != 0 && failure == 0) failure = errno;
+  if (failure == 0 && rename(temporary.c_str(), place.c_str()) != 0) failure = errno;
+  if (failure != 0) {
+    unlink(temporary.c_str());
+    return MakeError(target, DescribeErrno(failure));
+  }
+  FlushFolder(folder);
+  return {};
+}
+
+}  // namespace ScEng

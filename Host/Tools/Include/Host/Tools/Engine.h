@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Host/Tools/Api.h"
+#include "Host/Tools/Node.h"
+#include "Host/Tools/NodeLibrary.h"
+#include "Host/Tools/NodeType.h"
+#include "Host/Util/Status.h"
+
+/// A graph of nodes and its evaluation.
+///
+/// The engine owns its nodes. It evaluates what is asked for in dependency order, each node once, without recursion, and
+/// keeps results until something that they depend on changes. A node whose input failed is not evaluated. All use of
+/// one engine, its nodes included, is on one thread at a time; separate engines are independent.
+class HOST_TOOLS_API Engine {
+ public:
+  /// The process's own engine, used by self-tests. Give it a catalogue before nodes are created.
+  static Engine* Get();
+
+  Engine();
+  explicit Engine(std::shared_ptr<const ScEng::NodeCatalogue> catalogue);
+  ~Engine();
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  /// The node types that can be created. Deletes the nodes of the catalogue before.
+  void SetCatalogue(std::shared_ptr<const ScEng::NodeCatalogue> catalogue);
+  [[nodiscard]] const ScEng::NodeCatalogue& GetCatalogue() const;
+
+  /// A new node, owned by the engine; null when the catalogue has no such type.
+  Node* CreateNode(const NodeType& type);
+  /// Removes a node with its connections; false when it is not this engine's.
+  bool DeleteNode(Node* node);
+
+  /// Connects an output plug to an input plug, a regular one or an attribute's. `from_index` is 0; `to_index` is the
+  /// connection index at an input that takes many, else 0. Refused, with an error that says why: plugs that do not
+  /// exist, plugs of different kinds, an input or index that is connected already, and a connection that would close a
+  /// cycle.
+  ScEng::Status Connect(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
+                        const std::string& to_plug, unsigned to_index);
+  /// The same, answering whether the connection was made.
+  bool ConnectNodes(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
+                    const std::string& to_plug, unsigned to_index);
+  /// Removes exactly this connection; false when it does not exist.
+  bool DisconnectNodes(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
+                       const std::string& to_plug, unsigned to_index);
+  /// Whether anything is connected to this input plug.
+  [[nodiscard]] bool IsConnected(const Node* node, const std::string& inplug) const;
+
+  /// Something to evaluate: an output of a node, or a node as a whole where it has no outputs.
+  struct Request {
+    Node* node = nullptr;
+    unsigned outplug = 0;
+  };
+
+  struct Options {
+    /// Tells nodes to drop their images as soon as nothing in this evaluation needs them any more, requested ones after
+    /// `on_evaluated`. Keeps memory low where results are written and forgotten.
+    bool release_results = false;
+    /// Called after each node that was evaluated: `done` of `total`. Requested results can be read here.
+    std::function<void(Node& node, std::size_t done, std::size_t total)> on_evaluated;
+  };
+
+  /// Evaluates what the requests need and what is not up to date. How each node fared is in its state; an exception
+  /// that leaves a node becomes that node's error state.
+  void Evaluate(const std::vector<Request>& requests, const Options& options);
+  void Evaluate(const std::vector<Request>& requests) { Evaluate(requests, Options{}); }
+
+  /// Whether the node was left out of the last evaluation because a node that it depends on failed.
+  [[nodiscard]] bool IsBlocked(const Node* node) const;
+
+ private:
+  class Graph;
+  std::shared_ptr<const ScEng::NodeCatalogue> catalogue_;
+  std::unique_ptr<Graph> graph_;
+};

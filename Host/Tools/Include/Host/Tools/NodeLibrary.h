@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Host/Tools/Api.h"
+#include "Host/Tools/LibraryInterface.h"
+#include "Host/Tools/NodeInterface.h"
+#include "Host/Util/RefCounter.h"
+#include "Host/Util/Status.h"
+
+namespace ScEng {
+
+/// A node library that is loaded in this process: its library object, its descriptors, and the file that holds them.
+///
+/// A library exports three functions with C linkage: `LibraryInterface* GetLibraryInterface()`,
+/// `int GetNumNodeInterfaces()` and `NodeInterface* GetNodeInterface(std::uint64_t index)`, the last of which answers
+/// null from the count on. Everything they return is new and belongs to the host. The file is unloaded when the last
+/// reference to the `NodeLibrary` goes, so nodes and descriptors must be gone by then.
+class HOST_TOOLS_API NodeLibrary {
+ public:
+  using GetLibraryInterfaceFunction = LibraryInterface* (*)();
+  using GetNumNodeInterfacesFunction = std::int32_t (*)();
+  using GetNodeInterfaceFunction = NodeInterface* (*)(std::uint64_t);
+
+  /// Loads a library and reads its whole catalogue. Null, and an error in `status` that names the file and what is
+  /// wrong with it, when the file cannot be loaded, does not export the three functions, or does not keep their rules.
+  static std::shared_ptr<NodeLibrary> Load(const std::filesystem::path& file, Status& status);
+
+  ~NodeLibrary();
+  NodeLibrary(const NodeLibrary&) = delete;
+  NodeLibrary& operator=(const NodeLibrary&) = delete;
+
+  [[nodiscard]] const std::filesystem::path& GetFile() const { return file_; }
+  [[nodiscard]] const std::string& GetName() const { return name_; }
+  [[nodiscard]] const std::vector<RefPtr<NodeInterface>>& GetDescriptors() const { return descriptors_; }
+
+ private:
+  NodeLibrary() = default;
+  Status ReadCatalogue();
+
+  std::filesystem::path file_;
+  std::string name_;
+  void* handle_ = nullptr;
+  std::vector<RefPtr<NodeInterface>> descriptors_;
+};
+
+/// The node types that a host offers: its own and those of the libraries it has loaded. Read-only once it is complete,
+/// and then usable from several threads.
+class HOST_TOOLS_API NodeCatalogue {
+ public:
+  /// Adds a descriptor of the host's own. Refused, with an error, when its numbers or its type name are taken.
+  Status AddDescriptor(RefPtr<NodeInterface> descriptor);
+  /// Adds all types of a library, or none and an error that names the library and the type that is taken. A file that
+  /// is in the catalogue already is passed over.
+  Status AddLibrary(std::shared_ptr<NodeLibrary> library);
+
+  /// All descriptors, the host's own first, then library by library in index order.
+  [[nodiscard]] std::vector<NodeInterface*> GetDescriptors() const;
+  [[nodiscard]] const std::vector<std::shared_ptr<NodeLibrary>>& GetLibraries() const { return libraries_; }
+
+  /// The descriptor of a type; null when the catalogue does not have it.
+  [[nodiscard]] NodeInterface* Find(const NodeType& type) const;
+  /// By the class name of its nodes.
+  [[nodiscard]] NodeInterface* FindTypeName(const std::string& type_name) const;
+  /// By what a person may write: class name, display name (either in any case) or the three numbers, separated by
+  /// commas or blanks.
+  [[nodiscard]] NodeInterface* FindWritten(const std::string& text) const;
+  /// The class name or display name closest to a misspelt one, for messages; empty when nothing is close.
+  [[nodiscard]] std::string Suggest(const std::string& text) const;
+
+ private:
+  Status Check(const NodeInterface& descriptor) const;
+
+  // The libraries are declared first, so that they are destroyed last.
+  std::vector<std::shared_ptr<NodeLibrary>> libraries_;
+  std::vector<RefPtr<NodeInterface>> descriptors_;
+};
+
+/// The entry of `words` that a misspelt word most likely means; empty when none is close.
+HOST_TOOLS_API std::string FindClosest(const std::string& word, const std::vector<std::string>& words);
+
+}  // namespace ScEng

@@ -1,0 +1,176 @@
+"""value stats: the figures of one image file."""
+
+import math
+
+import numpy as np
+
+from cli_support import (
+    COLOR,
+    FILE_ERROR,
+    INF,
+    NAN,
+    SIGNED,
+    USAGE,
+    VALUE,
+    F,
+    Picture,
+    ValueTestCase,
+    dictionaries,
+    holds_number,
+    is_number,
+    leaves_under,
+    sample_picture,
+    write_file,
+)
+
+
+def bin_sums(histogram):
+    """The sums that a histogram's bins may have, whatever shape it is written in: the numbers of
+    each list in it, and the numbers that go by one key."""
+    if isinstance(histogram, list) and histogram and all(is_number(bin) for bin in histogram):
+        yield sum(histogram)
+    elif isinstance(histogram, list):
+        by_key = {}
+        for item in histogram:
+            if isinstance(item, dict):
+                for key, value in item.items():
+                    if is_number(value):
+                        by_key[key] = by_key.get(key, 0) + value
+            yield from bin_sums(item)
+        yield from by_key.values()
+    elif isinstance(histogram, dict):
+        for value in histogram.values():
+            yield from bin_sums(value)
+
+
+class StatsTest(ValueTestCase):
+    def stats(self, name, *options):
+        result = self.value("stats", name, "--json", *options)
+        self.assert_quiet(result)
+        values = result.json_values()
+        self.assertEqual(len(values), 1, str(result))
+        return values[0]
+
+    def assert_number_under(self, answer, wanted, *words, tolerance=1e-5):
+        found = leaves_under(answer, *words)
+        self.assertTrue(found, f"nothing is called {' or '.join(words)} in {answer}")
+        self.assertTrue(
+            holds_number(found, wanted, tolerance), f"{wanted} is not among {found} ({words})"
+        )
+
+    def assert_mode(self, answer, mode, word):
+        """The answer tells the mode, by its number or by its word."""
+        found = leaves_under(answer, "mode")
+        told = [str(leaf).lower().replace("colour", "color") for leaf in found]
+        self.assertTrue(
+            any(text == str(mode) or word in text for text in told), f"{word} is not in {found}"
+        )
+
+    def test_figures_of_a_value_image(self):
+        picture = sample_picture(VALUE, seed=1, span=(-2.5, 7.25), low=-3, high=8)
+        self.picture("in.exr", picture)
+        answer = self.stats("in.exr")
+        samples = picture.data.astype(np.float64)
+        self.assert_number_under(answer, 5, "size", "width")
+        self.assert_number_under(answer, 3, "size", "height")
+        self.assert_mode(answer, VALUE, "value")
+        self.assert_number_under(answer, -3, "declared")
+        self.assert_number_under(answer, 8, "declared")
+        self.assert_number_under(answer, samples.min(), "measured")
+        self.assert_number_under(answer, samples.max(), "measured")
+        self.assert_number_under(answer, samples.mean(), "mean")
+
+    def test_deviation(self):
+        # Mean 5, squared distances from it 32 in eight samples.
+        self.picture("in.exr", Picture([[2, 4, 4, 4], [5, 5, 7, 9]], VALUE))
+        answer = self.stats("in.exr")
+        self.assert_number_under(answer, 5, "mean")
+        found = leaves_under(answer, "deviation", "stddev", "std")
+        self.assertTrue(
+            holds_number(found, 2.0, 1e-6) or holds_number(found, math.sqrt(32 / 7), 1e-6),
+            f"deviation is not among {found}",
+        )
+
+    def test_counts_of_nan_and_infinities(self):
+        data = [[NAN, 1.0, INF, 2.0, NAN], [INF, -INF, 0.0, 4.0, INF]]
+        self.picture("in.exr", Picture(data, VALUE))
+        answer = self.stats("in.exr")
+        self.assert_number_under(answer, 2, "nan")
+        infinite = [leaf for leaf in leaves_under(answer, "inf") if is_number(leaf)]
+        self.assertTrue(4 in infinite or sum(infinite) == 4 or {3, 1} <= set(infinite), infinite)
+        self.assert_number_under(answer, 0, "measured")
+        self.assert_number_under(answer, 4, "measured")
+
+    def test_clean_image_counts_none(self):
+        self.picture("in.exr", sample_picture(VALUE, seed=2))
+        answer = self.stats("in.exr")
+        self.assert_number_under(answer, 0, "nan")
+        self.assert_number_under(answer, 0, "inf")
+
+    def test_histogram_holds_every_finite_sample(self):
+        data = np.linspace(0.0, 1.0, 15, dtype=F).reshape(3, 5)
+        for low, high in ((0, 1), (-1, 2)):
+            with self.subTest(low=low, high=high):
+                self.picture("in.exr", Picture(data, VALUE, low=low, high=high))
+                answer = self.stats("in.exr")
+                found = [
+                    value
+                    for item in dictionaries(answer)
+                    for key, value in item.items()
+                    if "histogram" in key.lower()
+                ]
+                sums = {total for value in found for total in bin_sums(value)}
+                self.assertIn(15, sums, f"no histogram of 15 samples in {answer}")
+
+    def test_declared_range_without_notes(self):
+        write_file(self.dir / "in.exr", np.array([[5.0, 6.0]], dtype=F))
+        answer = self.stats("in.exr")
+        self.assert_number_under(answer, 0, "declared")
+        self.assert_number_under(answer, 1, "declared")
+        self.assert_number_under(answer, 5, "measured")
+        self.assert_number_under(answer, 6, "measured")
+
+    def test_modes(self):
+        for mode, word in ((COLOR, "color"), (SIGNED, "signed")):
+            with self.subTest(mode=word):
+                self.picture("in.exr", sample_picture(mode, seed=3))
+                self.assert_mode(self.stats("in.exr"), mode, word)
+
+    def test_whole_number_files_run_from_0_to_1(self):
+        write_file(self.dir / "in.png", np.array([[0, 51, 255]], dtype=np.uint8), "uint8")
+        answer = self.stats("in.png")
+        self.assert_number_under(answer, 0, "measured")
+        self.assert_number_under(answer, 1, "measured")
+        self.assert_number_under(answer, 0.4, "mean")
+
+    def test_text(self):
+        self.picture("in.exr", sample_picture(VALUE, 5, 3, seed=4))
+        out = self.value("stats", "in.exr").out
+        for word in ("5", "3", "mean", "deviation", "NaN", "istogram"):
+            self.assertIn(word.lower(), out.lower())
+
+    def test_flat_and_empty_of_numbers(self):
+        for data in ([[2.0, 2.0]], [[NAN, NAN]], [[INF]]):
+            with self.subTest(data=data):
+                self.picture("in.exr", Picture(data, VALUE))
+                self.stats("in.exr")
+
+    def test_files_that_cannot_be_read(self):
+        self.save("empty.exr", b"")
+        for name in ("missing.exr", "empty.exr"):
+            with self.subTest(name=name):
+                result = self.value("stats", name, code=FILE_ERROR)
+                self.assert_one_error(result, name)
+                result = self.value("stats", name, "--json", code=FILE_ERROR)
+                self.assert_json_error(result, name)
+
+    def test_larger_than_the_maximum(self):
+        self.picture("in.exr", sample_picture(VALUE, 9, 2))
+        result = self.value("stats", "in.exr", "--max-size", "8", code=FILE_ERROR)
+        self.assert_one_error(result, "in.exr")
+
+    def test_wrong_usage(self):
+        self.assertTrue(self.value("stats", code=USAGE).err_lines)
+        self.picture("in.exr", sample_picture(VALUE))
+        result = self.value("stats", "in.exr", "--zebra", code=USAGE)
+        self.assert_one_error(result, "--zebra")

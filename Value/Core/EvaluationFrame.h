@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/OutputImages.h"
+
+/// The one state message that this library words itself.
+inline constexpr const char* kOversizeMessage = "Output image is larger than maximum image size.";
+
+/// The start of an evaluation that most nodes share: the cached images go first, so that a failed evaluation leaves no
+/// stale result; without an input image there is nothing to do; a disabled node passes a copy of its input through.
+///
+/// Returns the image to compute from, or null when the evaluation has ended here. Clamp, Steps and Compare treat a
+/// disabled node in their own way and do not use this.
+template <std::size_t kCount>
+const Image* BeginEvaluation(const Node& node, const EvaluatedInputs& inputs, OutputImages<kCount>& outputs) {
+  outputs.ReleaseAll();
+  const Image* image = inputs.GetImage(0);
+  if (image == nullptr) return nullptr;
+  if (node.IsEnabled()) return image;
+  outputs.Set(new Image(*image));
+  return nullptr;
+}
+
+/// The end of an evaluation by `ComputeValue`: its result becomes the output, or the node's state the one error.
+template <std::size_t kCount>
+void FinishEvaluation(Node& node, unsigned evaluation, Image* result, OutputImages<kCount>& outputs) {
+  outputs.Set(result);
+  if (result == nullptr) node.SetState(evaluation, Node::State::kError, kOversizeMessage);
+}
+
+/// Puts a node whose algorithm this version of the library does not have into the error state, without output.
+inline void ReportNoEvaluation(Node& node, unsigned evaluation) {
+  node.SetState(evaluation, Node::State::kError,
+                node.GetName() + " cannot be evaluated by this version of the library; a later version is needed.");
+}

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+#include "Host/Tools/LibraryInterface.h"
+
+/// The library object.
+class ValueLibraryInterface : public LibraryInterface {
+ public:
+  [[nodiscard]] std::string GetName() const override { return "Value"; }
+};

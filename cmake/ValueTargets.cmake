@@ -1,0 +1,85 @@
+# What all targets of this project share: language level, floating point rules, warnings, places of build products.
+
+include(GenerateExportHeader)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+# Programs and the node library side by side, the host's libraries where programs find them.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+
+find_program(VALUE_CCACHE ccache)
+if(VALUE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${VALUE_CCACHE}")
+endif()
+
+add_library(ValueBuild INTERFACE)
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  target_compile_options(ValueBuild INTERFACE
+    -Wall -Wextra -Wconversion -Wshadow
+    # A product and a sum that are fused into one operation round once instead of twice: other results.
+    -ffp-contract=off
+    # Nobody reads errno or floating point exceptions; the results are the same.
+    -fno-math-errno -fno-trapping-math)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Reported wrongly for sums of std::string (GCC bug 105651).
+    target_compile_options(ValueBuild INTERFACE -Wno-restrict)
+  endif()
+  if(VALUE_WARNINGS_AS_ERRORS)
+    target_compile_options(ValueBuild INTERFACE -Werror)
+  endif()
+  if(VALUE_SANITIZE)
+    target_compile_options(ValueBuild INTERFACE -fsanitize=${VALUE_SANITIZE} -fno-omit-frame-pointer
+      -fno-sanitize-recover=undefined)
+    target_link_options(ValueBuild INTERFACE -fsanitize=${VALUE_SANITIZE})
+  endif()
+endif()
+
+# value_add_host_library(<Module> SOURCES <file>... [DEPENDS <target>...] [PRIVATE_DEPENDS <target>...])
+#
+# A shared library of the host, `Host<Module>`, whose public headers are under Include/Host/<Module>.
+function(value_add_host_library module)
+  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  set(target Host${module})
+  string(TOUPPER ${module} upper)
+  add_library(${target} SHARED ${arg_SOURCES})
+  add_library(ValueHost::${module} ALIAS ${target})
+  generate_export_header(${target}
+    BASE_NAME HOST_${upper}
+    EXPORT_MACRO_NAME HOST_${upper}_API
+    EXPORT_FILE_NAME "${CMAKE_CURRENT_BINARY_DIR}/Include/Host/${module}/Api.h")
+  target_include_directories(${target} PUBLIC
+    "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/Include>"
+    "$<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}/Include>"
+    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/ValueHost>")
+  # Sources name private headers by their full path too.
+  target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_link_libraries(${target} PUBLIC ${arg_DEPENDS} PRIVATE ${arg_PRIVATE_DEPENDS} $<BUILD_INTERFACE:ValueBuild>)
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${module}
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN")
+  install(TARGETS ${target} EXPORT ValueHostTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/Include/" "${CMAKE_CURRENT_BINARY_DIR}/Include/"
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ValueHost)
+endfunction()
+
+# Debian's package of a library may name include folders of optional packages that are not installed, which CMake refuses.
+function(value_drop_missing_includes target)
+  get_target_property(folders ${target} INTERFACE_INCLUDE_DIRECTORIES)
+  set(existing)
+  foreach(folder IN LISTS folders)
+    if(EXISTS "${folder}")
+      list(APPEND existing "${folder}")
+    endif()
+  endforeach()
+  set_target_properties(${target} PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${existing}")
+endfunction()
