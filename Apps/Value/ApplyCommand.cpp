@@ -11,8 +11,6 @@ namespace {
 
 using ScEng::Status;
 
-constexpr const char* kNodeId = "node";
-
 /// An input file and the plug that it goes to.
 struct Input {
   std::string plug;
@@ -46,20 +44,19 @@ class ApplyCommand : public Command {
 
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("apply", "Applies one node to files");
-    sub->add_option("NODE", words_, "Class name, display name or the three numbers of a node")
-        ->required()
-        ->expected(1, 3);
+    sub->add_option("NODE", words_, "Class name, display name or the three numbers of a node")->expected(0, 3);
     sub->add_option("-i,--input", inputs_, "Image files, in the order of the node's inputs, or PLUG=FILE")
         ->type_name("FILE")
         ->expected(1, -1);
     sub->add_option("--set", settings_, "Sets an attribute; of two settings of one the last wins")
         ->type_name("NAME=VALUE")
-        ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     sub->add_option("-o,--output", outputs_, "The file for the node's (first) output, or PLUG=FILE")
         ->type_name("FILE")
         ->required()
-        ->expected(1, -1);
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     sub->add_option("--range", range_, "Declares the value range of the inputs")->type_name("LOW,HIGH");
     sub->add_option("--type", type_, "Samples of the output: float, half, uint16 or uint8")
         ->type_name("TYPE")
@@ -75,18 +72,19 @@ class ApplyCommand : public Command {
   ExitCode Run() override {
     const auto catalogue = LoadCatalogue();
     if (!catalogue) return ExitCode::kPlugin;
-    std::string name;
-    for (const std::string& word : words_) name += (name.empty() ? "" : " ") + word;
+    const std::string name = FindNodeName(*catalogue);
+    if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
     const NodeInterface* descriptor = catalogue->FindWritten(name);
     if (descriptor == nullptr) {
       const std::string close = catalogue->Suggest(name);
-      return Fail(ExitCode::kUsage, "there is no node \"" + name + "\"" +
-                                        (close.empty() ? "; \"value nodes\" lists them"
-                                                       : "; the closest is \"" + close + "\""));
+      return Fail(ExitCode::kUsage,
+                  "there is no node \"" + name + "\"" +
+                      (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
     }
     ScEng::GraphDocument document(catalogue);
     Status status;
-    const Node* node = document.AddNode(kNodeId, descriptor->GetNodeType(), status);
+    id_ = descriptor->GetName();
+    const Node* node = document.AddNode(id_, descriptor->GetNodeType(), status);
     std::vector<std::string> notes;
     if (!status.IsError()) status = SetAttributes(document, notes);
     if (!status.IsError()) status = ConnectInputs(document, *node);
@@ -106,12 +104,25 @@ class ApplyCommand : public Command {
   }
 
  private:
+  /// The node as it was written. Where it stands behind "-i FILE...", it was taken for one more file.
+  std::string FindNodeName(const ScEng::NodeCatalogue& catalogue) {
+    std::string name;
+    for (const std::string& word : words_) name += (name.empty() ? "" : " ") + word;
+    for (auto it = inputs_.begin(); name.empty() && it != inputs_.end(); ++it) {
+      std::error_code error;
+      if (catalogue.FindWritten(*it) == nullptr || std::filesystem::exists(*it, error)) continue;
+      name = *it;
+      inputs_.erase(it);
+      break;
+    }
+    return name;
+  }
+
   Status SetAttributes(ScEng::GraphDocument& document, std::vector<std::string>& notes) {
     for (const std::string& setting : settings_) {
       const auto assignment = SplitAssignment(setting);
       if (!assignment) return Status::Error("--set " + setting + " is not of the form NAME=VALUE");
-      const Status status =
-          document.SetAttribute(std::string(kNodeId) + "." + assignment->first, assignment->second, notes);
+      const Status status = document.SetAttribute(id_ + "." + assignment->first, assignment->second, notes);
       if (status.IsError()) return Status::Error("--set " + setting + ": " + status.GetMessage());
     }
     return {};
@@ -163,8 +174,7 @@ class ApplyCommand : public Command {
       }
       status = AddReader(document, input.file, index, range);
       if (!status.IsError()) {
-        status = document.Connect(ReaderId(index) + ".image", std::string(kNodeId) + "." + plug->name,
-                                  many ? index : 0);
+        status = document.Connect(ReaderId(index) + ".image", id_ + "." + plug->name, many ? index : 0);
       }
       if (status.IsError()) return status;
       ++index;
@@ -187,18 +197,18 @@ class ApplyCommand : public Command {
     for (const auto& [name, value] :
          {std::pair<std::string, std::string>{"range", "custom"}, {"low", range->first}, {"high", range->second}}) {
       status = document.SetAttribute(id + "." + name, value, notes);
-      if (status.IsError()) return Status::Error("--range " + range_ + " is not of the form LOW,HIGH");
+      if (status.IsError()) return Status::Error("--range " + *range_ + " is not of the form LOW,HIGH");
     }
     return {};
   }
 
   Status ReadRange(std::optional<std::pair<std::string, std::string>>& range) const {
-    if (range_.empty()) return {};
-    const std::size_t comma = range_.find(',');
-    if (comma == std::string::npos || range_.find(',', comma + 1) != std::string::npos) {
-      return Status::Error("--range " + range_ + " is not of the form LOW,HIGH");
+    if (!range_) return {};
+    const std::size_t comma = range_->find(',');
+    if (comma == std::string::npos || range_->find(',', comma + 1) != std::string::npos) {
+      return Status::Error("--range " + *range_ + " is not of the form LOW,HIGH");
     }
-    range = {range_.substr(0, comma), range_.substr(comma + 1)};
+    range = {range_->substr(0, comma), range_->substr(comma + 1)};
     return {};
   }
 
@@ -212,7 +222,7 @@ class ApplyCommand : public Command {
       if (!status.IsError() && output.file.empty()) status = Status::Error("output " + text + " names no file");
       if (!status.IsError()) {
         const std::string plug = output.plug.empty() ? plugs.front().name : output.plug;
-        status = document.AddOutput(std::string(kNodeId) + "." + plug, ScEng::MakePath(output.file), type);
+        status = document.AddOutput(id_ + "." + plug, ScEng::MakePath(output.file), type);
       }
       if (status.IsError()) return status;
     }
@@ -221,11 +231,13 @@ class ApplyCommand : public Command {
     return findings.errors.empty() ? Status() : Status::Error(findings.errors.front());
   }
 
+  // The node's id in the graph, which messages name.
+  std::string id_;
   std::vector<std::string> words_;
   std::vector<std::string> inputs_;
   std::vector<std::string> settings_;
   std::vector<std::string> outputs_;
-  std::string range_;
+  std::optional<std::string> range_;
   std::string type_ = "float";
 };
 

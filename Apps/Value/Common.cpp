@@ -29,7 +29,7 @@ void CommonOptions::Declare(CLI::App& app) {
   const std::string group = "Options of every command";
   app.add_option("--plugin", plugins, "A node library to load instead of the program's own; may be given again")
       ->type_name("FILE")
-      ->expected(1)
+      ->allow_extra_args(false)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->group(group);
   app.add_option("--threads", threads, "Threads that image operations may use (default: one per core)")

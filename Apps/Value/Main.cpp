@@ -32,13 +32,11 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
       "Exit codes: 0 done, 1 a node reported an error, 2 wrong usage, 3 the document is invalid,\n"
       "4 a file could not be read or written, 5 the node library could not be loaded.");
   app.set_version_flag("--version", std::string("value " VALUE_VERSION));
-  app.require_subcommand(1);
 
   CommonOptions common;
   common.Declare(app);
   std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
-  for (const auto make :
-       {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand}) {
+  for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand}) {
     auto command = make(common, reporter);
     CLI::App* sub = command->Declare(app);
     common.Declare(*sub);
@@ -58,6 +56,8 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
   for (const auto& [sub, command] : commands) {
     if (sub->parsed()) return Leave(command->Run());
   }
+  reporter.Error("a command is missing: nodes, apply, run, check or stats (see value --help)");
+  reporter.Finish(nlohmann::ordered_json::object());
   return Leave(ExitCode::kUsage);
 }
 

@@ -205,9 +205,9 @@ class NodesCommand : public Command {
     const NodeInterface* descriptor = catalogue.FindWritten(name);
     if (descriptor == nullptr) {
       const std::string close = catalogue.Suggest(name);
-      return Fail(ExitCode::kUsage, "there is no node \"" + name + "\"" +
-                                        (close.empty() ? "; \"value nodes\" lists them"
-                                                       : "; the closest is \"" + close + "\""));
+      return Fail(ExitCode::kUsage,
+                  "there is no node \"" + name + "\"" +
+                      (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
     }
     const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
     reporter_.Print(DescribeNode(*descriptor, *node));

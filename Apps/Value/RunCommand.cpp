@@ -45,7 +45,7 @@ class RunCommand : public Command {
     const auto many = [&](const char* name, std::vector<std::string>& values, const char* form, const char* help) {
       sub->add_option(name, values, help)
           ->type_name(form)
-          ->expected(1)
+          ->allow_extra_args(false)
           ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };
     many("--set", settings_, "NODE.ATTRIBUTE=VALUE", "Sets an attribute; of two settings of one the last wins");

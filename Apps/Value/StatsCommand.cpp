@@ -59,8 +59,8 @@ Figures Measure(const Image& image, std::size_t bins) {
 
 std::string DrawHistogram(const Figures& figures) {
   constexpr std::size_t kWidest = 50;
-  const std::uint64_t most = std::max<std::uint64_t>(1, *std::max_element(figures.histogram.begin(),
-                                                                          figures.histogram.end()));
+  const std::uint64_t most =
+      std::max<std::uint64_t>(1, *std::max_element(figures.histogram.begin(), figures.histogram.end()));
   const double low = figures.measured.low;
   const double span = static_cast<double>(figures.measured.high) - low;
   std::ostringstream text;
@@ -68,8 +68,8 @@ std::string DrawHistogram(const Figures& figures) {
     const double from = low + span * static_cast<double>(i) / static_cast<double>(figures.histogram.size());
     std::string label = FormatFloat(static_cast<float>(from));
     label.resize(std::max<std::size_t>(label.size(), 14), ' ');
-    const auto length = static_cast<std::size_t>(static_cast<double>(figures.histogram[i]) /
-                                                 static_cast<double>(most) * static_cast<double>(kWidest));
+    const auto length = static_cast<std::size_t>(static_cast<double>(figures.histogram[i]) / static_cast<double>(most) *
+                                                 static_cast<double>(kWidest));
     text << "  " << label << " " << std::string(length, '#') << (length > 0 ? " " : "") << figures.histogram[i] << "\n";
   }
   return text.str();
@@ -113,7 +113,8 @@ class StatsCommand : public Command {
          << "  pin         " << image.GetPinX() << ", " << image.GetPinY() << "   pivot "
          << FormatFloat(image.GetPivotX()) << ", " << FormatFloat(image.GetPivotY()) << "\n"
          << "  declared    " << FormatFloat(image.GetValueLow()) << " to " << FormatFloat(image.GetValueHigh()) << "\n"
-         << "  measured    " << FormatFloat(figures.measured.low) << " to " << FormatFloat(figures.measured.high) << "\n"
+         << "  measured    " << FormatFloat(figures.measured.low) << " to " << FormatFloat(figures.measured.high)
+         << "\n"
          << "  mean        " << FormatFloat(static_cast<float>(figures.mean)) << "\n"
          << "  deviation   " << FormatFloat(static_cast<float>(figures.deviation)) << "\n"
          << "  NaN         " << figures.nan << "\n"

@@ -24,7 +24,8 @@ std::string FormatNumber(double number) {
 Status SetNumber(Attribute& attribute, double number, std::vector<std::string>& notes) {
   if (!attribute.SetNumber(number, false)) return Status::Error("it takes a number, not NaN");
   const double taken = attribute.GetValue().GetNumber();
-  if (taken != number) notes.push_back(FormatNumber(number) + " is out of bounds and clamped to " + FormatNumber(taken));
+  if (taken != number)
+    notes.push_back(FormatNumber(number) + " is out of bounds and clamped to " + FormatNumber(taken));
   return {};
 }
 

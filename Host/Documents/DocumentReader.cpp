@@ -50,6 +50,9 @@ std::optional<NodeType> ReadNumbers(const json& value) {
   return NodeType(*first, *second, *third);
 }
 
+/// A value for a message.
+std::string Describe(const json& value) { return value.dump(-1, ' ', false, json::error_handler_t::replace); }
+
 std::string Place(const char* list, std::size_t index) { return std::string(list) + "[" + std::to_string(index) + "]"; }
 
 }  // namespace
@@ -250,7 +253,7 @@ void DocumentReader::ReadOutput(const json& output, std::size_t index) {
     const auto found =
         output["type"].is_string() ? FindSampleType(output["type"].get<std::string>()) : std::optional<SampleType>();
     if (!found) {
-      AddError(place + ": \"type\" takes one of the words float, half, uint16, uint8");
+      AddError(place + ": \"type\" takes one of the words float, half, uint16, uint8, not " + Describe(output["type"]));
       return;
     }
     type = *found;

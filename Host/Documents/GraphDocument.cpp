@@ -56,7 +56,8 @@ bool GraphDocument::Load(const std::filesystem::path& file, Findings& findings) 
 
 Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status& status) {
   if (id.empty() || entries_.count(id) > 0) {
-    status = Status::Error(id.empty() ? "a node's id is empty" : "a node with the id " + Quote(id) + " is there already");
+    status =
+        Status::Error(id.empty() ? "a node's id is empty" : "a node with the id " + Quote(id) + " is there already");
     return nullptr;
   }
   Node* node = engine_.CreateNode(type);
@@ -160,7 +161,8 @@ Status GraphDocument::SetInput(const std::string& id, const std::filesystem::pat
     return Status::Error("there is no node " + Quote(id) + (close.empty() ? "" : "; the closest is " + Quote(close)));
   }
   Attribute* path = FindPathAttribute(*node, Attribute::StringUse::kReadPath);
-  if (path == nullptr) return Status::Error("node " + Quote(id) + " is no reader: " + node->GetName() + " reads no file");
+  if (path == nullptr)
+    return Status::Error("node " + Quote(id) + " is no reader: " + node->GetName() + " reads no file");
   SetFile(*path, file);
   return {};
 }
@@ -191,8 +193,7 @@ void GraphDocument::RemoveOutputs(const std::string& plug) {
       outputs_.end());
 }
 
-Status GraphDocument::RenameOutputs(
-    const std::function<std::filesystem::path(const std::filesystem::path&)>& rename) {
+Status GraphDocument::RenameOutputs(const std::function<std::filesystem::path(const std::filesystem::path&)>& rename) {
   for (Output& output : outputs_) output.file = rename(output.file);
   for (const std::string& id : ids_) {
     const Node& node = *entries_[id].node;
@@ -244,8 +245,8 @@ void GraphDocument::WriteOutputs(const Node& node, RunReport& report) {
     if (output.node != &node || node.IsInError() || engine_.IsBlocked(&node)) continue;
     const Image* image = node.GetOutputImage(output.outplug);
     if (image == nullptr) {
-      report.findings.errors.push_back("output " + Quote(output.source) + " has no image, so \"" + output.file.string() +
-                                       "\" is not written");
+      report.findings.errors.push_back("output " + Quote(output.source) + " has no image, so \"" +
+                                       output.file.string() + "\" is not written");
       report.failure = std::max(report.failure, RunFailure::kNode);
       continue;
     }

@@ -59,33 +59,43 @@ void ShareThreads() {
 
 /// What a file says of itself beyond its samples.
 struct StoredHeader {
-  std::optional<unsigned> mode;
+  /// As stored; -1 and the like are no mode.
+  std::optional<int> mode;
   std::optional<std::pair<float, float>> range;
   std::optional<std::pair<int, int>> pin;
   std::optional<std::pair<float, float>> pivot;
 };
 
-bool HasTwo(const OIIO::ParamValue& value) { return value.type().basevalues() * value.nvalues() == 2; }
+/// The two numbers of an attribute, stored as a list of two or as a vector, of whole or broken numbers; nothing for any
+/// other attribute.
+template <class Number>
+std::optional<std::pair<Number, Number>> ReadTwo(const OIIO::ParamValue* value) {
+  if (value == nullptr || value->type().basevalues() * static_cast<std::size_t>(value->nvalues()) != 2) {
+    return std::nullopt;
+  }
+  if (value->type().basetype == OIIO::TypeDesc::INT32) {
+    const auto* numbers = static_cast<const std::int32_t*>(value->data());
+    return std::pair(static_cast<Number>(numbers[0]), static_cast<Number>(numbers[1]));
+  }
+  if (value->type().basetype == OIIO::TypeDesc::FLOAT) {
+    const auto* numbers = static_cast<const float*>(value->data());
+    return std::pair(static_cast<Number>(numbers[0]), static_cast<Number>(numbers[1]));
+  }
+  return std::nullopt;
+}
 
 StoredHeader ReadStoredHeader(const OIIO::ImageSpec& spec) {
   StoredHeader stored;
-  if (const auto* mode = spec.find_attribute(kModeKey)) {
-    const int number = mode->get_int(-1);
-    if (number >= 0) stored.mode = static_cast<unsigned>(number);
-  }
+  if (const auto* mode = spec.find_attribute(kModeKey)) stored.mode = mode->get_int(-1);
   const auto* low = spec.find_attribute(kLowKey);
   const auto* high = spec.find_attribute(kHighKey);
   if (low != nullptr && high != nullptr) stored.range = {low->get_float(0.0F), high->get_float(1.0F)};
-  if (const auto* pin = spec.find_attribute(kPinKey); pin != nullptr && HasTwo(*pin)) {
-    stored.pin = {pin->get_int_indexed(0), pin->get_int_indexed(1)};
-  }
-  if (const auto* pivot = spec.find_attribute(kPivotKey); pivot != nullptr && HasTwo(*pivot)) {
-    stored.pivot = {pivot->get_float_indexed(0), pivot->get_float_indexed(1)};
-  }
+  stored.pin = ReadTwo<int>(spec.find_attribute(kPinKey));
+  stored.pivot = ReadTwo<float>(spec.find_attribute(kPivotKey));
   return stored;
 }
 
-bool SuitsChannels(unsigned mode, int channels) {
+bool SuitsChannels(int mode, int channels) {
   switch (mode) {
     case ColorMode::kColor:
     case ColorMode::kSigned: return channels == 3 || channels == 4;
@@ -200,8 +210,9 @@ unsigned ChooseFileMode(const StoredHeader& stored, int channels, ReadMode mode,
                         const std::filesystem::path& file) {
   if (mode == ReadMode::kSigned) return ColorMode::kSigned;
   if (stored.mode && SuitsChannels(*stored.mode, channels)) {
-    const bool as_color = mode == ReadMode::kColor && *stored.mode != ColorMode::kSigned;
-    return as_color ? ColorMode::kColor : *stored.mode;
+    const auto stored_mode = static_cast<unsigned>(*stored.mode);
+    const bool as_color = mode == ReadMode::kColor && stored_mode != ColorMode::kSigned;
+    return as_color ? ColorMode::kColor : stored_mode;
   }
   if (stored.mode) {
     notes.push_back("\"" + file.string() + "\": the stored colour mode " + std::to_string(*stored.mode) +
@@ -226,7 +237,7 @@ std::unique_ptr<Image> ReadOpenFile(OIIO::ImageInput& input, const std::filesyst
   }
   if (image->GetNumChannels() == 4) SpreadChannels(*image, spec.nchannels);
   // A file of ours that holds two plain numbers stays plain when it is read as colour.
-  const bool plain = stored.mode == ColorMode::kPair && SuitsChannels(ColorMode::kPair, spec.nchannels);
+  const bool plain = stored.mode == static_cast<int>(ColorMode::kPair) && spec.nchannels == 2;
   if (file_mode == ColorMode::kColor && !plain && StoresMultipliedColor(input)) DivideByOpacity(*image);
 
   const unsigned wanted = mode == ReadMode::kColor   ? ColorMode::kColor
@@ -387,8 +398,8 @@ Status EncodeImage(const Image& image, OIIO::ImageOutput& output, const std::str
   if (!output.open(path, MakeSpec(image, layout, output, type))) return MakeWriteError(file, output.geterror());
   const OIIO::TypeDesc stored = output.spec().format;
   if (stored != GetTypeDesc(type)) {
-    notes.push_back("\"" + file.string() + "\": the format stores no " + GetName(type) + " samples; " +
-                    stored.c_str() + " is written");
+    notes.push_back("\"" + file.string() + "\": the format stores no " + GetName(type) + " samples; " + stored.c_str() +
+                    " is written");
   }
   SampleWriter writer(output, image, layout);
   if (!writer.Write() || !output.close()) return MakeWriteError(file, output.geterror());

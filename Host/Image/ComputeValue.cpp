@@ -115,7 +115,8 @@ class Source {
     if (!all_inside) std::fill_n(buffer, count * channels_, image_.GetOutsideValue());
     if (row_inside && from < to) {
       float* inside = buffer + static_cast<std::size_t>(from - (x - left_)) * channels_;
-      ScEng::ConvertSamples(Pixel(from, row), image_.GetColorMode(), inside, mode_, static_cast<std::size_t>(to - from));
+      ScEng::ConvertSamples(Pixel(from, row), image_.GetColorMode(), inside, mode_,
+                            static_cast<std::size_t>(to - from));
     }
     return buffer;
   }
@@ -150,9 +151,8 @@ class Pass {
     channels_ = channels;
     width_ = static_cast<std::size_t>(output.GetSizeX());
     rows_ = static_cast<std::size_t>(output.GetSizeY());
-    const bool one_mode = std::all_of(images.begin(), images.end(), [&](const Image* image) {
-      return image->GetColorMode() == layout.color_mode;
-    });
+    const bool one_mode = std::all_of(images.begin(), images.end(),
+                                      [&](const Image* image) { return image->GetColorMode() == layout.color_mode; });
     if (layout.all_boxes_equal && one_mode) {
       // Every image is one dense run of samples at the same places: no row ends to stop at.
       flat_ = images;

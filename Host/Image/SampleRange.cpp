@@ -99,9 +99,7 @@ SampleRange MeasureFiniteRange(const float* samples, std::size_t count) {
   return HWY_DYNAMIC_DISPATCH(MeasureFinite)(samples, count);
 }
 
-void StreamSamples(const float* from, float* to, std::size_t count) {
-  HWY_DYNAMIC_DISPATCH(Stream)(from, to, count);
-}
+void StreamSamples(const float* from, float* to, std::size_t count) { HWY_DYNAMIC_DISPATCH(Stream)(from, to, count); }
 
 }  // namespace ScEng
 #endif

@@ -58,8 +58,8 @@ class HostImageNode : public HostNode {
   RefPtr<Image> output_;
 };
 
-/// The descriptor and, as its own member, the factory of a host node class, which names itself by the constants `kType`,
-/// `kTypeName` and `kDisplayName`.
+/// The descriptor and, as its own member, the factory of a host node class, which names itself by the constants
+/// `kType`, `kTypeName` and `kDisplayName`.
 template <class NodeClass>
 class HostDescriptor : public NodeInterface {
  public:

@@ -25,8 +25,8 @@ void ImageWriterNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   }
   const std::string type = Read(inputs, "type").GetText();
   std::vector<std::string> notes;
-  const ScEng::Status status = ScEng::WriteImageFile(
-      *image, path, ScEng::FindSampleType(type).value_or(ScEng::SampleType::kFloat), notes);
+  const ScEng::Status status =
+      ScEng::WriteImageFile(*image, path, ScEng::FindSampleType(type).value_or(ScEng::SampleType::kFloat), notes);
   if (status.IsError()) {
     SetState(evaluation, State::kFileError, status.GetMessage());
     return;

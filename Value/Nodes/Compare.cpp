@@ -39,8 +39,8 @@ bool HoldsForColors(const float* a, const float* b, const Rounding& rounding, Re
 }
 
 template <class Relation>
-void ApplyRelation(const Image& a, const Image& b, const Rounding& rounding, Relation relation,
-                   const ScEng::Box2I& box, float* results) {
+void ApplyRelation(const Image& a, const Image& b, const Rounding& rounding, Relation relation, const ScEng::Box2I& box,
+                   float* results) {
   const int channels = a.GetNumChannels();
   if (channels != 1 && channels != 4) return;
   const ScEng::Box2I box_a = a.GetBox();
@@ -49,9 +49,9 @@ void ApplyRelation(const Image& a, const Image& b, const Rounding& rounding, Rel
     for (std::int64_t x = box.left; x < box.right; ++x) {
       const float* pixel_a = FindPixel(a, box_a, x, y);
       const float* pixel_b = FindPixel(b, box_b, x, y);
-      const bool holds = channels == 1 ? HoldsForValues(pixel_a, pixel_b, a.GetOutsideValue(), b.GetOutsideValue(),
-                                                        rounding, relation)
-                                       : HoldsForColors(pixel_a, pixel_b, rounding, relation);
+      const bool holds =
+          channels == 1 ? HoldsForValues(pixel_a, pixel_b, a.GetOutsideValue(), b.GetOutsideValue(), rounding, relation)
+                        : HoldsForColors(pixel_a, pixel_b, rounding, relation);
       *results++ = holds ? 1.0F : 0.0F;
     }
   }

@@ -31,8 +31,8 @@ std::int32_t TruncateToInt32(float value);
 /// Writes 1.0 or 0.0 for every pixel of `box` (row by row, dense) by comparing two images of one colour mode.
 ///
 /// With one channel, a position that an image lacks reads as that image's outside value, unrounded. With four channels
-/// the relation must hold in every channel ("different" in any), and a position that an image lacks gives 0.0. Any other
-/// number of channels leaves `results` as they are.
+/// the relation must hold in every channel ("different" in any), and a position that an image lacks gives 0.0. Any
+/// other number of channels leaves `results` as they are.
 void Apply(const Image& a, const Image& b, const Rounding& rounding, Relation relation, const ScEng::Box2I& box,
            float* results);
 

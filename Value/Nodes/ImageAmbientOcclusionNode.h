@@ -12,7 +12,8 @@
 /// How open to light each point of a height image is, computed on a GPU.
 class ImageAmbientOcclusionNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageAmbientOcclusionNode", "Ambient Occlusion", NodeType(10, 320, 85), "AmbientOcclusion"};
+  static constexpr NodeRecord kRecord{"ImageAmbientOcclusionNode", "Ambient Occlusion", NodeType(10, 320, 85),
+                                      "AmbientOcclusion"};
 
   ImageAmbientOcclusionNode();
   [[nodiscard]] NodeType GetNodeType() const override;

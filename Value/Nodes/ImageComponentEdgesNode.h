@@ -12,7 +12,8 @@
 /// Marks the pixels that differ from a neighbour by more than a tolerance.
 class ImageComponentEdgesNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageComponentEdgesNode", "Component Edges", NodeType(10, 320, 106), "ComponentEdges"};
+  static constexpr NodeRecord kRecord{"ImageComponentEdgesNode", "Component Edges", NodeType(10, 320, 106),
+                                      "ComponentEdges"};
 
   ImageComponentEdgesNode();
   [[nodiscard]] NodeType GetNodeType() const override;

@@ -12,7 +12,8 @@
 /// Labels regions whose neighbouring pixels differ by less than a tolerance.
 class ImageConnectedComponentsNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageConnectedComponentsNode", "Connected Components", NodeType(10, 320, 101), "ConnectedComponents"};
+  static constexpr NodeRecord kRecord{"ImageConnectedComponentsNode", "Connected Components", NodeType(10, 320, 101),
+                                      "ConnectedComponents"};
 
   ImageConnectedComponentsNode();
   [[nodiscard]] NodeType GetNodeType() const override;

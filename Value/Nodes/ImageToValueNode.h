@@ -9,11 +9,12 @@
 #include "Value/Core/NodeRecord.h"
 #include "Value/Core/OutputImages.h"
 
-/// Turns any image into a value image whose values span [low, high]: each pixel is reduced to one number, and the nominal
-/// or the measured range of these numbers is mapped linearly.
+/// Turns any image into a value image whose values span [low, high]: each pixel is reduced to one number, and the
+/// nominal or the measured range of these numbers is mapped linearly.
 class ImageToValueNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageToValueNode", "To Value", NodeType(10, 320, 0), "ToValue", [] { return true; }};
+  static constexpr NodeRecord kRecord{"ImageToValueNode", "To Value", NodeType(10, 320, 0), "ToValue",
+                                      [] { return true; }};
 
   ImageToValueNode();
   [[nodiscard]] NodeType GetNodeType() const override;

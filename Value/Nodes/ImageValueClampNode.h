@@ -13,7 +13,8 @@
 /// its last result.
 class ImageValueClampNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueClampNode", "Value Clamp", NodeType(10, 320, 42), "Clamp", [] { return false; }};
+  static constexpr NodeRecord kRecord{"ImageValueClampNode", "Value Clamp", NodeType(10, 320, 42), "Clamp",
+                                      [] { return false; }};
 
   ImageValueClampNode();
   [[nodiscard]] NodeType GetNodeType() const override;

@@ -12,8 +12,8 @@ namespace Steps {
 std::int32_t GetCount(float steps);
 
 /// Quantises channel 0 of `pixels` pixels, `stride` samples apart, into `count` levels of [low, high]: with
-/// t = (v - low) / (high - low) the level is floor(t * count), and levels are (high - low) / (count - 1) apart. So `high`
-/// itself lands one level above the top; nothing is clamped.
+/// t = (v - low) / (high - low) the level is floor(t * count), and levels are (high - low) / (count - 1) apart. So
+/// `high` itself lands one level above the top; nothing is clamped.
 void Quantize(const float* samples, std::size_t stride, float* values, std::size_t pixels, std::int32_t count,
               float low, float high);
 

@@ -11,8 +11,8 @@ struct Range {
   float to = 0.0F;
 };
 
-/// Writes the value of each of `pixels` pixels to `values` and returns their lowest and highest (NaN never counts). Of a
-/// colour mode that is not colour, signed or value nothing is written, and the range stays as it starts: from the
+/// Writes the value of each of `pixels` pixels to `values` and returns their lowest and highest (NaN never counts). Of
+/// a colour mode that is not colour, signed or value nothing is written, and the range stays as it starts: from the
 /// largest float to its negative.
 Range Reduce(const float* samples, unsigned color_mode, float* values, std::size_t pixels);
 

@@ -92,14 +92,18 @@ class LogValueOperation : public ValueOperation {
 class Log2ValueOperation : public ValueOperation {
  public:
   float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_2; }
+  float Compute(float value) override {
+    return static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_2;
+  }
 };
 
 /// The natural logarithm, rounded to float, times 1/ln 10 in float.
 class Log10ValueOperation : public ValueOperation {
  public:
   float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_10; }
+  float Compute(float value) override {
+    return static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_10;
+  }
 };
 
 class ExponentialValueOperation : public ValueOperation {

@@ -20,8 +20,7 @@ namespace {
 // The operation is copied, so that the compiler sees that no sample written can change a constant.
 
 template <class Operation>
-void LoopOne(const ValueOperation& operation, const float* __restrict values, float* __restrict to,
-             std::size_t count) {
+void LoopOne(const ValueOperation& operation, const float* __restrict values, float* __restrict to, std::size_t count) {
   Operation copy = static_cast<const Operation&>(operation);
   for (std::size_t i = 0; i < count; ++i) to[i] = copy.Operation::Compute(values[i]);
 }
@@ -41,10 +40,9 @@ void LoopFirst(const ValueOperation& operation, const float* __restrict first, c
 }
 
 template <class Operation>
-concept ReadsRange = std::same_as<Operation, ConditionValEqMinOperation> ||
-                     std::same_as<Operation, ConditionValDiffMinOperation> ||
-                     std::same_as<Operation, ConditionValEqMaxOperation> ||
-                     std::same_as<Operation, ConditionValDiffMaxOperation>;
+concept ReadsRange =
+    std::same_as<Operation, ConditionValEqMinOperation> || std::same_as<Operation, ConditionValDiffMinOperation> ||
+    std::same_as<Operation, ConditionValEqMaxOperation> || std::same_as<Operation, ConditionValDiffMaxOperation>;
 
 template <class... Operations>
 struct List {};

@@ -43,8 +43,8 @@ struct RunReport {
 
 /// A graph that is read from a JSON document, or built node by node, and run.
 ///
-/// Nodes are addressed by their ids, plugs and attributes as "id.name" (split at the last dot). Every message names what
-/// it is about. Used on one thread at a time; separate documents are independent.
+/// Nodes are addressed by their ids, plugs and attributes as "id.name" (split at the last dot). Every message names
+/// what it is about. Used on one thread at a time; separate documents are independent.
 class HOST_DOCUMENTS_API GraphDocument {
  public:
   explicit GraphDocument(std::shared_ptr<const NodeCatalogue> catalogue);

@@ -39,10 +39,10 @@ HOST_FILES_API std::filesystem::path MakePath(const std::string& written, const 
 
 /// Reads an image file of any format that OpenImageIO reads.
 ///
-/// Samples are values and are not colour-managed; integer samples become 0..1. Colour that the file stores multiplied by
-/// opacity is divided out (opacity 0 leaves it as it is). Stored range, pin and pivot are restored. Null, and an error
-/// that names the file and the cause, for a missing, damaged or shortened file, for no channel or more than four, and
-/// beyond the maximum image size. `notes` receives remarks that do not stand in the way.
+/// Samples are values and are not colour-managed; integer samples become 0..1. Colour that the file stores multiplied
+/// by opacity is divided out (opacity 0 leaves it as it is). Stored range, pin and pivot are restored. Null, and an
+/// error that names the file and the cause, for a missing, damaged or shortened file, for no channel or more than four,
+/// and beyond the maximum image size. `notes` receives remarks that do not stand in the way.
 HOST_FILES_API std::unique_ptr<Image> ReadImageFile(const std::filesystem::path& file, ReadMode mode, Status& status,
                                                     std::vector<std::string>& notes);
 

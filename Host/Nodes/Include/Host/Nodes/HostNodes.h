@@ -21,7 +21,8 @@ inline constexpr NodeType kNumberType{10, 16, 48};
 inline constexpr NodeType kFlagType{10, 16, 49};
 inline constexpr NodeType kTextType{10, 16, 50};
 
-/// A descriptor for each of the host's own node types: readers, writers, generators, and the nodes that feed attributes.
+/// A descriptor for each of the host's own node types: readers, writers, generators, and the nodes that feed
+/// attributes.
 HOST_NODES_API std::vector<RefPtr<NodeInterface>> CreateHostDescriptors();
 
 /// A catalogue with the host's own types.

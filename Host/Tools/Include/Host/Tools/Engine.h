@@ -15,9 +15,9 @@
 
 /// A graph of nodes and its evaluation.
 ///
-/// The engine owns its nodes. It evaluates what is asked for in dependency order, each node once, without recursion, and
-/// keeps results until something that they depend on changes. A node whose input failed is not evaluated. All use of
-/// one engine, its nodes included, is on one thread at a time; separate engines are independent.
+/// The engine owns its nodes. It evaluates what is asked for in dependency order, each node once, without recursion,
+/// and keeps results until something that they depend on changes. A node whose input failed is not evaluated. All use
+/// of one engine, its nodes included, is on one thread at a time; separate engines are independent.
 class HOST_TOOLS_API Engine {
  public:
   /// The process's own engine, used by self-tests. Give it a catalogue before nodes are created.
@@ -45,8 +45,8 @@ class HOST_TOOLS_API Engine {
   ScEng::Status Connect(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
                         const std::string& to_plug, unsigned to_index);
   /// The same, answering whether the connection was made.
-  bool ConnectNodes(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
-                    const std::string& to_plug, unsigned to_index);
+  bool ConnectNodes(Node* from, const std::string& from_plug, unsigned from_index, Node* to, const std::string& to_plug,
+                    unsigned to_index);
   /// Removes exactly this connection; false when it does not exist.
   bool DisconnectNodes(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
                        const std::string& to_plug, unsigned to_index);

@@ -5,8 +5,8 @@
 
 #include "Host/Tools/Api.h"
 
-/// A node library as a whole, as its entry point `GetLibraryInterface` returns it. No virtual destructor: the host never
-/// deletes one.
+/// A node library as a whole, as its entry point `GetLibraryInterface` returns it. No virtual destructor: the host
+/// never deletes one.
 class HOST_TOOLS_API LibraryInterface {
  public:
   /// Slot 0. The library's name.

@@ -47,8 +47,8 @@ struct PlugRecord {
 ///
 /// A node class fills `attributes_`, `inplugs_` and `outplugs_` in its constructor and calls
 /// `UpdateInplugsAndOutplugs` last. The order of the virtual operations is the interface between host and node
-/// libraries: each keeps its slot (the destructor counts as one), and new ones take the place of reserved ones. All work
-/// on one node happens on one thread at a time.
+/// libraries: each keeps its slot (the destructor counts as one), and new ones take the place of reserved ones. All
+/// work on one node happens on one thread at a time.
 class HOST_TOOLS_API Node : public RefCounter<Node> {
  public:
   enum class State : unsigned {

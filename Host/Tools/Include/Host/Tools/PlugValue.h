@@ -74,6 +74,5 @@ class PlugValue {
     return held != nullptr ? *held : Kind{};
   }
 
-  std::variant<std::monostate, const Image*, bool, double, std::string, ScEng::Rgbo, ScEng::Point, ScEng::Frame>
-      value_;
+  std::variant<std::monostate, const Image*, bool, double, std::string, ScEng::Rgbo, ScEng::Point, ScEng::Frame> value_;
 };
