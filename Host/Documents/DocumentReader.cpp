@@ -153,7 +153,7 @@ void DocumentReader::ReadNode(const json& node, std::size_t index) {
     return;
   }
   for (std::size_t i = 0; i < created->GetNumAttributes(); ++i) {
-    created->GetAttribute(i)->SetFolder(std::filesystem::absolute(file_).parent_path());
+    created->GetAttribute(i)->SetFolder(file_.parent_path());
   }
 
   if (node.contains("enabled")) {
@@ -259,7 +259,7 @@ void DocumentReader::ReadOutput(const json& output, std::size_t index) {
     type = *found;
   }
   if (IsOfBrokenNode(from)) return;
-  const auto folder = std::filesystem::absolute(file_).parent_path();
+  const auto folder = file_.parent_path();
   const Status status = document_.AddOutput(from, MakePath(path, folder), type);
   if (status.IsError()) AddError(place + ": " + status.GetMessage());
 }

@@ -204,10 +204,16 @@ class Pass {
         loops_.two(operation_, result, Fetch(i, x, y, pixels, fetched.data()), made, count);
         result = made;
       }
-      ranges.output.Include(ScEng::MeasureFiniteRange(result, count));
-      if (streamed_) ScEng::StreamSamples(result, target, count);
+      ranges.output.Include(streamed_ ? ScEng::StreamSamples(result, target, count, FindNext(index + 1, to))
+                                      : ScEng::MeasureFiniteRange(result, count));
     }
     return ranges;
+  }
+
+  /// The first image's samples of the next block, where it is a whole one in one piece.
+  const float* FindNext(std::size_t next, std::size_t end) const {
+    if (flat_.empty() || next >= end || next + 1 >= blocks_per_row_) return nullptr;
+    return flat_.front()->GetConstArray() + next * block_pixels_ * channels_;
   }
 
   const float* Fetch(std::size_t source, std::size_t x, std::size_t y, std::size_t pixels, float* buffer) const {

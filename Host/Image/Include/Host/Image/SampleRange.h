@@ -28,7 +28,9 @@ HOST_IMAGE_API SampleRange MeasureRange(const float* samples, std::size_t count)
 /// The same over the finite samples only.
 HOST_IMAGE_API SampleRange MeasureFiniteRange(const float* samples, std::size_t count);
 
-/// Copies samples past the processor's caches, for results too large to be read back soon. Same bytes as `memcpy`.
-HOST_IMAGE_API void StreamSamples(const float* from, float* to, std::size_t count);
+/// Copies samples past the processor's caches, for results too large to be read back soon, and measures the finite ones
+/// on the way. Same bytes as `memcpy`. `ahead`, where given, points to `count` samples that will be read next: they are
+/// fetched into the caches meanwhile.
+HOST_IMAGE_API SampleRange StreamSamples(const float* from, float* to, std::size_t count, const float* ahead = nullptr);
 
 }  // namespace ScEng

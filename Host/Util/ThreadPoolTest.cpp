@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Util/ThreadPool.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Host/Util/Log.h"
+
+namespace {
+
+TEST(ThreadPool, TellsItsNumberOfThreads) {
+  EXPECT_EQ(ThreadPool(3).GetNumThreads(), 3U);
+  EXPECT_EQ(ThreadPool(16).GetNumThreads(), 16U);
+  EXPECT_EQ(ThreadPool(0).GetNumThreads(), 1U);
+}
+
+TEST(ThreadPool, RunsEveryTaskBeforeItsDestructorReturns) {
+  for (const std::size_t threads : {0U, 1U, 2U, 16U}) {
+    std::vector<int> ran(500, 0);
+    {
+      ThreadPool pool(threads);
+      for (int& one : ran) pool.AddTask([&one] { ++one; });
+    }
+    EXPECT_EQ(ran, std::vector<int>(500, 1)) << threads << " threads";
+  }
+}
+
+TEST(ThreadPool, RunsTasksThatTasksAdd) {
+  std::atomic<int> ran = 0;
+  {
+    ThreadPool pool(4);
+    for (int i = 0; i < 20; ++i) {
+      pool.AddTask([&] {
+        ++ran;
+        for (int j = 0; j < 5; ++j) {
+          pool.AddTask([&] {
+            ++ran;
+            pool.AddTask([&ran] { ++ran; });
+          });
+        }
+      });
+    }
+  }
+  EXPECT_EQ(ran, 20 + 20 * 5 * 2);
+}
+
+TEST(ThreadPool, TakesTasksFromSeveralThreads) {
+  std::atomic<int> ran = 0;
+  {
+    ThreadPool pool(2);
+    std::vector<std::thread> feeders;
+    for (int i = 0; i < 4; ++i) {
+      feeders.emplace_back([&] {
+        for (int j = 0; j < 100; ++j) pool.AddTask([&ran] { ++ran; });
+      });
+    }
+    for (std::thread& feeder : feeders) feeder.join();
+  }
+  EXPECT_EQ(ran, 400);
+}
+
+TEST(ThreadPool, WaitsForWhatWasAdded) {
+  ThreadPool pool(4);
+  std::atomic<int> ran = 0;
+  for (int round = 1; round <= 3; ++round) {
+    for (int i = 0; i < 50; ++i) pool.AddTask([&ran] { ++ran; });
+    pool.Wait();
+    EXPECT_EQ(ran, round * 50);
+  }
+  pool.Wait();
+}
+
+TEST(ThreadPool, RunsTheOtherTasksAfterOneThrows) {
+  for (const std::size_t threads : {1U, 4U}) {
+    ThreadPool pool(threads);
+    std::atomic<int> ran = 0;
+    for (int i = 0; i < 100; ++i) {
+      pool.AddTask([&ran, i] {
+        ++ran;
+        if (i % 10 == 0) throw std::runtime_error("task failed");
+      });
+    }
+    EXPECT_THROW(pool.Wait(), std::runtime_error);
+    EXPECT_EQ(ran, 100);
+    // The exception has been handed over; the pool goes on.
+    pool.AddTask([&ran] { ++ran; });
+    EXPECT_NO_THROW(pool.Wait());
+    EXPECT_EQ(ran, 101);
+  }
+}
+
+TEST(ThreadPool, WaitThrowsTheFirstException) {
+  // With one thread the first task that begins is the first that throws.
+  ThreadPool pool(1);
+  std::atomic<int> order = 0;
+  std::atomic<int> first = 0;
+  for (int i = 0; i < 20; ++i) {
+    pool.AddTask([&order, &first, i] {
+      if (order++ == 0) first = i;
+      throw std::runtime_error(std::to_string(i));
+    });
+  }
+  std::string caught;
+  try {
+    pool.Wait();
+  } catch (const std::runtime_error& error) {
+    caught = error.what();
+  }
+  EXPECT_EQ(caught, std::to_string(first.load()));
+}
+
+TEST(ThreadPool, LogsAnExceptionThatNobodyFetches) {
+  std::vector<std::string> logged;
+  Log::SetSink([&](Log::Level, const std::string& text) { logged.push_back(text); });
+  {
+    ThreadPool pool(2);
+    pool.AddTask([] { throw std::runtime_error("the rows are gone"); });
+  }
+  {
+    ThreadPool pool(2);
+    pool.AddTask([] { throw 7; });
+  }
+  Log::SetSink(nullptr);
+  ASSERT_EQ(logged.size(), 2U);
+  EXPECT_NE(logged[0].find("the rows are gone"), std::string::npos);
+}
+
+}  // namespace

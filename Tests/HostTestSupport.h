@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Host/Image/Image.h"
+#include "Host/Util/ParallelRows.h"
+
+/// What the tests of the host's libraries share.
+namespace HostTest {
+
+/// A folder of its own for one test, removed with everything in it.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "value-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) std::abort();
+    path_ = name;
+  }
+  ~TemporaryFolder() {
+    std::error_code error;
+    std::filesystem::remove_all(path_, error);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
+  [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+  /// The names of everything in the folder, hidden files included, in alphabetical order.
+  [[nodiscard]] std::vector<std::string> List() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+inline void WriteText(const std::filesystem::path& file, std::string_view text) {
+  std::ofstream stream(file, std::ios::binary);
+  stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+inline std::string ReadText(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+/// Sets the number of the host's threads for one scope.
+class ThreadsScope {
+ public:
+  explicit ThreadsScope(std::size_t threads) { ScEng::SetNumThreads(threads); }
+  ~ThreadsScope() { ScEng::SetNumThreads(0); }
+  ThreadsScope(const ThreadsScope&) = delete;
+  ThreadsScope& operator=(const ThreadsScope&) = delete;
+};
+
+/// Sets the largest size of images for one scope.
+class MaxSizeScope {
+ public:
+  MaxSizeScope(int x, int y) : x_(Image::GetMaxSizeX()), y_(Image::GetMaxSizeY()) { Image::SetMaxSize(x, y); }
+  ~MaxSizeScope() { Image::SetMaxSize(x_, y_); }
+  MaxSizeScope(const MaxSizeScope&) = delete;
+  MaxSizeScope& operator=(const MaxSizeScope&) = delete;
+
+ private:
+  int x_;
+  int y_;
+};
+
+/// The same number, sign of zero included; any NaN is any other.
+inline bool SameSample(float a, float b) {
+  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
+  return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
+}
+
+inline std::vector<float> SamplesOf(const Image& image) {
+  return {image.GetConstArray(), image.GetConstArray() + image.GetNumSamples()};
+}
+
+/// An image with given samples, row by row, and a fresh header.
+inline std::unique_ptr<Image> MakeImage(int size_x, int size_y, unsigned mode, const std::vector<float>& samples) {
+  auto image = std::make_unique<Image>(size_x, size_y, mode, nullptr);
+  if (samples.size() != image->GetNumSamples()) std::abort();
+  std::copy(samples.begin(), samples.end(), image->GetArray());
+  return image;
+}
+
+/// Passes when all samples are the same by `SameSample`; else names the first that differs.
+inline testing::AssertionResult SameSamples(const std::vector<float>& expected, const std::vector<float>& actual) {
+  if (expected.size() != actual.size()) {
+    return testing::AssertionFailure() << actual.size() << " samples instead of " << expected.size();
+  }
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    if (SameSample(expected[i], actual[i])) continue;
+    return testing::AssertionFailure() << "sample " << i << " is " << actual[i] << " instead of " << expected[i];
+  }
+  return testing::AssertionSuccess();
+}
+
+inline testing::AssertionResult Contains(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "\"" << text << "\" does not contain \"" << part << "\"";
+}
+
+}  // namespace HostTest

@@ -1,0 +1,44 @@
+# Installs the project, builds the example library against the installation alone, and uses both:
+#
+#   cmake -DBUILD_DIR=<build folder> -DEXAMPLE_DIR=<Examples/HelloNode> -DWORK_DIR=<folder for everything> -P this
+#
+# Everything is checked by results: the sample that the example's node computes is worked out by hand.
+
+function(run)
+  execute_process(COMMAND ${ARGV} RESULT_VARIABLE code OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT code EQUAL 0)
+    message(FATAL_ERROR "${ARGV}\nended with ${code}:\n${output}")
+  endif()
+  set(run_output "${output}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE "${WORK_DIR}")
+set(prefix "${WORK_DIR}/prefix")
+run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
+run("${CMAKE_COMMAND}" -S "${EXAMPLE_DIR}" -B "${WORK_DIR}/hello" -G Ninja -DCMAKE_BUILD_TYPE=Release
+  "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_FLAGS=${FLAGS}")
+run("${CMAKE_COMMAND}" --build "${WORK_DIR}/hello")
+
+# The installed program finds its own library unasked.
+run("${prefix}/bin/value" nodes)
+if(NOT run_output MATCHES "ImageValueAddNode")
+  message(FATAL_ERROR "the installed program does not list its own nodes:\n${run_output}")
+endif()
+
+set(library "${WORK_DIR}/hello/HelloNode.so")
+run("${prefix}/bin/value" nodes --plugin "${library}")
+if(NOT run_output MATCHES "HelloContrastNode" OR run_output MATCHES "ImageValueAddNode")
+  message(FATAL_ERROR "--plugin does not load the example's library in place of the own one:\n${run_output}")
+endif()
+
+# (0.75 - 0.5) * 3 + 0.5 = 1.25 exactly.
+run("${prefix}/bin/value" apply ImageRectangleNode --set frame=0,0,3,2 --set color=0.75,0.75,0.75,1
+  -o "${WORK_DIR}/grey.exr")
+run("${prefix}/bin/value" apply "Hello Contrast" --plugin "${library}" -i "${WORK_DIR}/grey.exr" --set contrast=3
+  -o "${WORK_DIR}/contrast.exr")
+run("${prefix}/bin/value" stats "${WORK_DIR}/contrast.exr" --json)
+string(JSON low GET "${run_output}" measured 0)
+string(JSON opacity_and_high GET "${run_output}" measured 1)
+if(NOT low EQUAL 1.25 OR NOT opacity_and_high EQUAL 2)
+  message(FATAL_ERROR "Hello Contrast gives ${low} and ${opacity_and_high}, not 1.25 (colour) and 2 (opacity)")
+endif()
