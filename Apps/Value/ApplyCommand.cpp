@@ -163,7 +163,7 @@ class ApplyCommand : public Command {
       if (!input.plug.empty()) plug = FindPlug(plugs, input.plug);
       for (const PlugRecord& candidate : plugs) {
         if (plug != nullptr) break;
-        if (candidate.connections == PlugRecord::kAnyNumber || taken.count(candidate.name) == 0) plug = &candidate;
+        if (candidate.connections == PlugRecord::kAnyNumber || !taken.contains(candidate.name)) plug = &candidate;
       }
       if (plug == nullptr) {
         return Status::Error("input " + text + " is one too many; the node takes " + NamesOf(plugs));

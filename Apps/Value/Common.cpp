@@ -17,9 +17,9 @@ using ScEng::Status;
 std::filesystem::path FindOwnLibrary() {
   std::error_code error;
   const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  const std::filesystem::path beside = folder / "Value.so";
+  std::filesystem::path beside = folder / "Value.so";
   if (std::filesystem::exists(beside, error)) return beside;
-  const std::filesystem::path installed = (folder / VALUE_INSTALLED_LIBRARY).lexically_normal();
+  std::filesystem::path installed = (folder / VALUE_INSTALLED_LIBRARY).lexically_normal();
   return std::filesystem::exists(installed, error) ? installed : beside;
 }
 

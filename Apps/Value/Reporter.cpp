@@ -37,7 +37,7 @@ Reporter::Reporter() {
   const int own = dup(STDERR_FILENO);
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   if (own >= 0 && nowhere >= 0) {
-    std::fflush(stderr);
+    static_cast<void>(std::fflush(stderr));
     fcntl(own, F_SETFD, FD_CLOEXEC);
     dup2(nowhere, STDERR_FILENO);
     descriptor_ = own;

@@ -296,7 +296,7 @@ bool DocumentReader::ReadString(const json& json, const std::string& what, const
 }
 
 bool DocumentReader::IsOfBrokenNode(const std::string& plug) const {
-  return broken_ids_.count(plug.substr(0, plug.rfind('.'))) > 0;
+  return broken_ids_.contains(plug.substr(0, plug.rfind('.')));
 }
 
 }  // namespace ScEng

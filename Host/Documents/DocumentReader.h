@@ -24,12 +24,12 @@ class DocumentReader {
 
  private:
   void ReadText(const std::string& text);
-  void ReadDocument(const nlohmann::json& json);
-  void ReadNode(const nlohmann::json& json, std::size_t index);
-  void ReadAttributes(const nlohmann::json& json, const std::string& id);
+  void ReadDocument(const nlohmann::json& document);
+  void ReadNode(const nlohmann::json& node, std::size_t index);
+  void ReadAttributes(const nlohmann::json& attributes, const std::string& id);
   void ReadAttribute(const std::string& id, const std::string& written, const nlohmann::json& value);
-  void ReadConnection(const nlohmann::json& json, std::size_t index);
-  void ReadOutput(const nlohmann::json& json, std::size_t index);
+  void ReadConnection(const nlohmann::json& connection, std::size_t index);
+  void ReadOutput(const nlohmann::json& output, std::size_t index);
 
   void AddError(const std::string& text);
   void AddNote(const std::string& text);

@@ -15,6 +15,7 @@ std::string Quote(const std::string& text) { return "\"" + text + "\""; }
 
 std::vector<std::string> NamesOf(const std::vector<PlugRecord>& plugs) {
   std::vector<std::string> names;
+  names.reserve(plugs.size());
   for (const PlugRecord& plug : plugs) names.push_back(plug.name);
   return names;
 }
@@ -55,7 +56,7 @@ bool GraphDocument::Load(const std::filesystem::path& file, Findings& findings) 
 }
 
 Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status& status) {
-  if (id.empty() || entries_.count(id) > 0) {
+  if (id.empty() || entries_.contains(id)) {
     status =
         Status::Error(id.empty() ? "a node's id is empty" : "a node with the id " + Quote(id) + " is there already");
     return nullptr;

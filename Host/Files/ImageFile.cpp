@@ -330,7 +330,7 @@ class SampleWriter {
 
  private:
   template <class Sample>
-  bool WriteAs(OIIO::TypeDesc type) {
+  bool WriteAs(const OIIO::TypeDesc& type) {
     const auto channels = static_cast<std::size_t>(layout_.channels);
     const auto width = static_cast<std::size_t>(image_.GetSizeX());
     std::vector<Sample> rows(width * channels * kRowsAtOnce);

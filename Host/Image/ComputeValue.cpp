@@ -159,7 +159,7 @@ class Pass {
       width_ *= rows_;
       rows_ = width_ == 0 ? 0 : 1;
     }
-    block_pixels_ = kBlockSamples / channels_;
+    block_pixels_ = kBlockSamples / std::max<std::size_t>(channels_, 1);
     blocks_per_row_ = (width_ + block_pixels_ - 1) / block_pixels_;
     measures_input_ = images.size() == 1 && !loops.reads_range && !images.front()->GetKnownSampleRange();
   }

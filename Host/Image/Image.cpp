@@ -102,6 +102,7 @@ Image::Image(const Image& image, unsigned color_mode) : header_(ConvertHeader(im
 Image::~Image() = default;
 
 void Image::Allocate() {
+  if (GetNumSamples() > std::numeric_limits<std::size_t>::max() / sizeof(float)) throw std::bad_alloc();
   const std::size_t bytes = GetNumSamples() * sizeof(float);
   samples_ = {ScEng::AllocateSamples(bytes), ScEng::FreeSamples{bytes}};
 }

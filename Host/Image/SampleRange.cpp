@@ -13,8 +13,7 @@
 #include <cstdint>
 
 HWY_BEFORE_NAMESPACE();
-namespace ScEng {
-namespace HWY_NAMESPACE {
+namespace ScEng::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 using D = hn::ScalableTag<float>;
@@ -136,8 +135,7 @@ SampleRange Stream(const float* HWY_RESTRICT from, float* HWY_RESTRICT to, std::
   return WithoutNegativeZero(range);
 }
 
-}  // namespace HWY_NAMESPACE
-}  // namespace ScEng
+}  // namespace ScEng::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -13,7 +13,7 @@ std::int32_t RoundHalfDownImpl(Real x) {
   if (std::isnan(x)) return 0;
   const Real below = std::floor(x);
   const Real whole = x - below > Real(0.5) ? std::ceil(x) : below;
-  const double wide = static_cast<double>(whole);
+  const auto wide = static_cast<double>(whole);
   constexpr double kLowest = std::numeric_limits<std::int32_t>::min();
   constexpr double kHighest = std::numeric_limits<std::int32_t>::max();
   return static_cast<std::int32_t>(std::clamp(wide, kLowest, kHighest));

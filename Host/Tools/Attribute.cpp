@@ -43,7 +43,7 @@ Attribute::Attribute(Node* node, unsigned id, std::string name, double value, do
   decimals_ = decimals;
 }
 
-Attribute::Attribute(Node* node, unsigned id, std::string name, int default_index, std::string values)
+Attribute::Attribute(Node* node, unsigned id, std::string name, int default_index, const std::string& values)
     : Attribute(node, id, std::move(name), Kind::kChoice, PlugValue(std::string())) {
   choices_ = SplitWords(values);
   const auto index = static_cast<std::size_t>(default_index);

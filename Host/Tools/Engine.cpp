@@ -199,10 +199,11 @@ class Engine::Graph {
 
     // First everything that the requests can need, so that each vertex's wanted outputs are complete before it is
     // decided whether it is up to date.
-    std::vector<Vertex*> post_order = CollectUpstream(roots);
+    std::vector<Vertex*> downstream_first = CollectUpstream(roots);
+    std::reverse(downstream_first.begin(), downstream_first.end());
     std::vector<Vertex*> needed;
-    for (auto it = post_order.rbegin(); it != post_order.rend(); ++it) {
-      Vertex& vertex = **it;
+    for (Vertex* candidate : downstream_first) {
+      Vertex& vertex = *candidate;
       const bool is_wanted = std::find(vertex.wanted.begin(), vertex.wanted.end(), true) != vertex.wanted.end();
       if (!is_wanted || IsUpToDate(vertex)) continue;
       needed.push_back(&vertex);

@@ -100,10 +100,11 @@ Status NodeLibrary::ReadCatalogue() {
   const auto get_library = FindExport<GetLibraryInterfaceFunction>(handle_, "GetLibraryInterface");
   const auto get_count = FindExport<GetNumNodeInterfacesFunction>(handle_, "GetNumNodeInterfaces");
   const auto get_descriptor = FindExport<GetNodeInterfaceFunction>(handle_, "GetNodeInterface");
-  for (const auto& [name, found] : {std::pair{"GetLibraryInterface", get_library != nullptr},
-                                    std::pair{"GetNumNodeInterfaces", get_count != nullptr},
-                                    std::pair{"GetNodeInterface", get_descriptor != nullptr}}) {
-    if (!found) return Status::Error(std::string("it does not export ") + name + ", so it is not a node library");
+  if (get_library == nullptr || get_count == nullptr || get_descriptor == nullptr) {
+    const char* missing = get_library == nullptr ? "GetLibraryInterface"
+                          : get_count == nullptr ? "GetNumNodeInterfaces"
+                                                 : "GetNodeInterface";
+    return Status::Error(std::string("it does not export ") + missing + ", so it is not a node library");
   }
 
   LibraryInterface* const interface = get_library();

@@ -76,7 +76,7 @@ void LogFormatted(Log::Level level, const char* format, std::va_list arguments) 
   va_end(measured);
   if (length < 0) return;
   std::string text(static_cast<std::size_t>(length), '\0');
-  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  static_cast<void>(std::vsnprintf(text.data(), text.size() + 1, format, arguments));
   logger->log(ToSpdlog(level), spdlog::string_view_t(text.data(), text.size()));
 }
 

@@ -65,7 +65,8 @@ void ParallelRows(std::size_t count, std::size_t grain,
     return;
   }
   threads->arena.execute([&] {
-    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, count, least),
+    // A range is halved as long as it is longer than what is given here, so that each half keeps to the grain.
+    tbb::parallel_for(tbb::blocked_range<std::size_t>(0, count, 2 * least - 1),
                       [&](const tbb::blocked_range<std::size_t>& range) { body(range.begin(), range.end()); });
   });
 }

@@ -112,8 +112,7 @@ inline testing::AssertionResult IsCopyOf(const Image* image, const Image& origin
 /// all images for an input that takes many; then the attributes' own values.
 inline std::vector<PlugValue> MakeInputs(Node& node, const std::vector<const Image*>& images) {
   std::vector<PlugValue> values;
-  const bool takes_many =
-      node.GetNumRegularInputs() == 1 && node.GetInplugs()[0].connections == PlugRecord::kAnyNumber;
+  const bool takes_many = node.GetNumRegularInputs() == 1 && node.GetInplugs()[0].connections == PlugRecord::kAnyNumber;
   if (takes_many) node.SetRegularInputEntries(0, static_cast<unsigned>(std::max<std::size_t>(images.size(), 1)));
   for (const Image* image : images) values.push_back(image != nullptr ? PlugValue(image) : PlugValue());
   if (takes_many && images.empty()) values.emplace_back();

@@ -31,7 +31,7 @@ template <class Relation>
 bool HoldsForColors(const float* a, const float* b, const Rounding& rounding, Relation relation) {
   if (a == nullptr || b == nullptr) return false;
   // "Different" needs one channel, every other relation all of them.
-  constexpr bool kAny = std::is_same_v<Relation, std::not_equal_to<float>>;
+  constexpr bool kAny = std::is_same_v<Relation, std::not_equal_to<>>;
   for (int channel = 0; channel < 4; ++channel) {
     if (relation(rounding.Round(a[channel]), rounding.Round(b[channel])) == kAny) return kAny;
   }
@@ -77,12 +77,12 @@ float Rounding::Round(float value) const {
 void Apply(const Image& a, const Image& b, const Rounding& rounding, Relation relation, const ScEng::Box2I& box,
            float* results) {
   switch (relation) {
-    case Relation::kLess: ApplyRelation(a, b, rounding, std::less<float>(), box, results); break;
-    case Relation::kLessEqual: ApplyRelation(a, b, rounding, std::less_equal<float>(), box, results); break;
-    case Relation::kEqual: ApplyRelation(a, b, rounding, std::equal_to<float>(), box, results); break;
-    case Relation::kDifferent: ApplyRelation(a, b, rounding, std::not_equal_to<float>(), box, results); break;
-    case Relation::kGreaterEqual: ApplyRelation(a, b, rounding, std::greater_equal<float>(), box, results); break;
-    case Relation::kGreater: ApplyRelation(a, b, rounding, std::greater<float>(), box, results); break;
+    case Relation::kLess: ApplyRelation(a, b, rounding, std::less<>(), box, results); break;
+    case Relation::kLessEqual: ApplyRelation(a, b, rounding, std::less_equal<>(), box, results); break;
+    case Relation::kEqual: ApplyRelation(a, b, rounding, std::equal_to<>(), box, results); break;
+    case Relation::kDifferent: ApplyRelation(a, b, rounding, std::not_equal_to<>(), box, results); break;
+    case Relation::kGreaterEqual: ApplyRelation(a, b, rounding, std::greater_equal<>(), box, results); break;
+    case Relation::kGreater: ApplyRelation(a, b, rounding, std::greater<>(), box, results); break;
   }
 }
 

@@ -17,13 +17,13 @@ std::int32_t GetCount(float steps) {
 void Quantize(const float* samples, std::size_t stride, float* values, std::size_t pixels, std::int32_t count,
               float low, float high) {
   const float level = 1.0F / static_cast<float>(count - 1);
-  const float levels = static_cast<float>(count);
+  const auto levels = static_cast<float>(count);
   const float span = high - low;
   const float inverse = 1.0F / span;
   const float spacing = span * level;
   for (std::size_t i = 0; i < pixels; ++i) {
     const float t = (samples[i * stride] - low) * inverse;
-    const float k = static_cast<float>(std::floor(static_cast<double>(t * levels)));
+    const auto k = static_cast<float>(std::floor(static_cast<double>(t * levels)));
     values[i] = k * spacing + low;
   }
 }

@@ -79,44 +79,30 @@ TEST(ConditionValDiffMinOperation, HoldsEverywhereButAtTheLowestValue) {
 
 TEST(ConditionValEqMaxOperation, HoldsAtTheHighestValueOnly) {
   auto operation = WithRange<ConditionValEqMaxOperation>(-1.0F, 0.5F);
-  ExpectResults(operation, {{0.5F, 1.0F},
-                            {kBelowHalf, 0.0F},
-                            {kAboveHalf, 0.0F},
-                            {-1.0F, 0.0F},
-                            {kInfinity, 0.0F},
-                            {kNan, 0.0F}});
+  ExpectResults(operation,
+                {{0.5F, 1.0F}, {kBelowHalf, 0.0F}, {kAboveHalf, 0.0F}, {-1.0F, 0.0F}, {kInfinity, 0.0F}, {kNan, 0.0F}});
   auto infinite = WithRange<ConditionValEqMaxOperation>(0.0F, kInfinity);
   ExpectResults(infinite, {{kInfinity, 1.0F}, {-kInfinity, 0.0F}});
 }
 
 TEST(ConditionValDiffMaxOperation, HoldsEverywhereButAtTheHighestValue) {
   auto operation = WithRange<ConditionValDiffMaxOperation>(-1.0F, 0.5F);
-  ExpectResults(operation, {{0.5F, 0.0F},
-                            {kBelowHalf, 1.0F},
-                            {kAboveHalf, 1.0F},
-                            {-1.0F, 1.0F},
-                            {kInfinity, 1.0F},
-                            {kNan, 1.0F}});
+  ExpectResults(operation,
+                {{0.5F, 0.0F}, {kBelowHalf, 1.0F}, {kAboveHalf, 1.0F}, {-1.0F, 1.0F}, {kInfinity, 1.0F}, {kNan, 1.0F}});
 }
 
 TEST(ConditionValLtAOperation, HoldsBelowTheConstant) {
   ConditionValLtAOperation operation(0.5F);
-  ExpectResults(operation, {{kBelowHalf, 1.0F},
-                            {0.5F, 0.0F},
-                            {kAboveHalf, 0.0F},
-                            {-kInfinity, 1.0F},
-                            {kInfinity, 0.0F},
-                            {kNan, 0.0F}});
+  ExpectResults(
+      operation,
+      {{kBelowHalf, 1.0F}, {0.5F, 0.0F}, {kAboveHalf, 0.0F}, {-kInfinity, 1.0F}, {kInfinity, 0.0F}, {kNan, 0.0F}});
 }
 
 TEST(ConditionValLteAOperation, HoldsUpToTheConstant) {
   ConditionValLteAOperation operation(0.5F);
-  ExpectResults(operation, {{kBelowHalf, 1.0F},
-                            {0.5F, 1.0F},
-                            {kAboveHalf, 0.0F},
-                            {-kInfinity, 1.0F},
-                            {kInfinity, 0.0F},
-                            {kNan, 0.0F}});
+  ExpectResults(
+      operation,
+      {{kBelowHalf, 1.0F}, {0.5F, 1.0F}, {kAboveHalf, 0.0F}, {-kInfinity, 1.0F}, {kInfinity, 0.0F}, {kNan, 0.0F}});
 }
 
 TEST(ConditionValEqAOperation, HoldsAtTheConstantWithoutTolerance) {
@@ -126,22 +112,16 @@ TEST(ConditionValEqAOperation, HoldsAtTheConstantWithoutTolerance) {
 
 TEST(ConditionValGteAOperation, HoldsFromTheConstantOn) {
   ConditionValGteAOperation operation(0.5F);
-  ExpectResults(operation, {{kBelowHalf, 0.0F},
-                            {0.5F, 1.0F},
-                            {kAboveHalf, 1.0F},
-                            {-kInfinity, 0.0F},
-                            {kInfinity, 1.0F},
-                            {kNan, 0.0F}});
+  ExpectResults(
+      operation,
+      {{kBelowHalf, 0.0F}, {0.5F, 1.0F}, {kAboveHalf, 1.0F}, {-kInfinity, 0.0F}, {kInfinity, 1.0F}, {kNan, 0.0F}});
 }
 
 TEST(ConditionValGtAOperation, HoldsAboveTheConstant) {
   ConditionValGtAOperation operation(0.5F);
-  ExpectResults(operation, {{kBelowHalf, 0.0F},
-                            {0.5F, 0.0F},
-                            {kAboveHalf, 1.0F},
-                            {-kInfinity, 0.0F},
-                            {kInfinity, 1.0F},
-                            {kNan, 0.0F}});
+  ExpectResults(
+      operation,
+      {{kBelowHalf, 0.0F}, {0.5F, 0.0F}, {kAboveHalf, 1.0F}, {-kInfinity, 0.0F}, {kInfinity, 1.0F}, {kNan, 0.0F}});
 }
 
 TEST(ConditionsOnOneConstant, TakeBothZerosForEqual) {

@@ -69,7 +69,7 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// Old names and the clamping of numbers are as in documents; relative paths start from the working directory.
   Status SetAttribute(const std::string& attribute, const std::string& text, std::vector<std::string>& notes);
   /// Sets the path of a reader.
-  Status SetInput(const std::string& node, const std::filesystem::path& file);
+  Status SetInput(const std::string& id, const std::filesystem::path& file);
   /// Asks for the image of an output plug as a file.
   Status AddOutput(const std::string& plug, const std::filesystem::path& file, SampleType type);
   /// Removes the requests for an output plug.

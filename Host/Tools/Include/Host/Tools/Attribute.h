@@ -32,7 +32,7 @@ class HOST_TOOLS_API Attribute : public RefCounter<Attribute> {
   Attribute(Node* node, unsigned id, std::string name, double value, double lowest, double highest, double step,
             int decimals);
   /// A choice among the words of a comma-separated list, with the index of the default.
-  Attribute(Node* node, unsigned id, std::string name, int default_index, std::string values);
+  Attribute(Node* node, unsigned id, std::string name, int default_index, const std::string& values);
   /// A string.
   Attribute(Node* node, unsigned id, std::string name, std::string value, StringUse use = StringUse::kText);
   /// A colour with opacity.
