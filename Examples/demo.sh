@@ -5,11 +5,17 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 bin=$1
 mkdir -p out
+# Qt wants a folder of its own, which a plain shell may not have.
+if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
+  XDG_RUNTIME_DIR=$(mktemp -d)
+  export XDG_RUNTIME_DIR
+  trap 'rm -rf "$XDG_RUNTIME_DIR"' EXIT
+fi
 for graph in Examples/*.json; do
   echo "  value run $graph"
   "$bin/value" run "$graph" --quiet
 done
-XDG_RUNTIME_DIR="${XDG_RUNTIME_DIR:-/tmp}" "$bin/value-sheet" -o out/contact_sheet.png --title "Arithmetic nodes over a terrain and a photograph" --columns 4 --range 0 1 \
+"$bin/value-sheet" -o out/contact_sheet.png --title "Arithmetic nodes over a terrain and a photograph" --columns 4 --range 0 1 \
   "terrain.exr=Examples/Images/terrain.exr" \
   "Value Add: raised by a quarter=out/raise_terrain.exr" \
   "mask.png=Examples/Images/mask.png" \

@@ -11,14 +11,12 @@
 #include <system_error>
 #include <vector>
 
+#include "Host/Files/FileErrors.h"
+
 namespace ScEng {
 namespace {
 
 std::string DescribeErrno(int error) { return std::generic_category().message(error); }
-
-Status MakeError(const std::filesystem::path& target, const std::string& reason) {
-  return Status::Error("cannot write \"" + target.string() + "\": " + reason);
-}
 
 /// Copies everything from the start of one descriptor to another; the errno of what failed, or 0.
 int CopyAll(int from, int to) {
@@ -64,27 +62,27 @@ Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
   std::filesystem::path place = target;
   if (std::filesystem::is_symlink(target, error)) place = std::filesystem::weakly_canonical(target, error);
   const auto kind = std::filesystem::status(place, error).type();
-  if (kind == std::filesystem::file_type::directory) return MakeError(target, "it is a folder");
+  if (kind == std::filesystem::file_type::directory) return MakeWriteError(target, "it is a folder");
   if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
-    return MakeError(target, error ? error.message() : "it is not a regular file");
+    return MakeWriteError(target, error ? error.message() : "it is not a regular file");
   }
   const std::filesystem::path folder = place.has_parent_path() ? place.parent_path() : ".";
   if (!std::filesystem::is_directory(folder, error)) {
-    return MakeError(target, "the folder \"" + folder.string() + "\" does not exist");
+    return MakeWriteError(target, "the folder \"" + folder.string() + "\" does not exist");
   }
 
   static std::atomic<unsigned> counter{0};
   const std::string name = "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".part";
   const std::filesystem::path temporary = folder / name;
   const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (descriptor < 0) return MakeError(target, DescribeErrno(errno));
+  if (descriptor < 0) return MakeWriteError(target, DescribeErrno(errno));
   int failure = CopyAll(source_descriptor, descriptor);
   if (failure == 0 && fsync(descriptor) != 0) failure = errno;
   if (close(descriptor) != 0 && failure == 0) failure = errno;
   if (failure == 0 && rename(temporary.c_str(), place.c_str()) != 0) failure = errno;
   if (failure != 0) {
     unlink(temporary.c_str());
-    return MakeError(target, DescribeErrno(failure));
+    return MakeWriteError(target, DescribeErrno(failure));
   }
   FlushFolder(folder);
   return {};

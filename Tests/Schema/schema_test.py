@@ -1,0 +1,141 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Holds the shipped schema of graph documents and `value check` against each other.
+
+Every document that the schema refuses must be refused by the program, and every good one accepted by both. The program
+refuses more: what depends on the node types (attributes, plugs, cycles) is beyond a schema.
+"""
+
+import copy
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import jsonschema
+
+REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
+PROGRAM = os.environ["VALUE_PROGRAM"]
+SCHEMA = json.loads((REPOSITORY / "Docs" / "graph.schema.json").read_text("utf-8"))
+
+GOOD = {
+    "format": "value-graph",
+    "version": 1,
+    "nodes": [
+        {"id": "height", "type": "ImageTerrainNode", "enabled": True, "attributes": {"frame": [0, 0, 8, 8], "seed": 2}},
+        {"id": "by.numbers", "type": [10, 320, 5], "attributeVersion": 0, "attributes": {"value": 0.25}},
+        {"id": "limit", "type": "ImageValueClampNode", "attributes": {"profile": "smooth", "high": 1}},
+    ],
+    "connections": [
+        {"from": "height.image", "to": "by.numbers.image", "index": 0},
+        {"from": "by.numbers.image", "to": "limit.image"},
+    ],
+    "outputs": [
+        {"from": "limit.image", "path": "a.exr", "type": "half"},
+        {"from": "height.image", "path": "b.png"},
+    ],
+}
+
+# A change to the good document, by the path to a value and what takes its place; DELETE removes it.
+DELETE = object()
+CHANGES = {
+    "no format": (["format"], DELETE),
+    "other format": (["format"], "graph"),
+    "no version": (["version"], DELETE),
+    "version as text": (["version"], "1"),
+    "version 2": (["version"], 2),
+    "no nodes": (["nodes"], DELETE),
+    "nodes as object": (["nodes"], {}),
+    "unknown key": (["comment"], "hello"),
+    "node as text": (["nodes", 0], "height"),
+    "node without id": (["nodes", 0, "id"], DELETE),
+    "empty id": (["nodes", 0, "id"], ""),
+    "id as number": (["nodes", 0, "id"], 7),
+    "node without type": (["nodes", 0, "type"], DELETE),
+    "two numbers": (["nodes", 1, "type"], [10, 320]),
+    "negative number": (["nodes", 1, "type"], [10, 320, -5]),
+    "broken number": (["nodes", 1, "type"], [10, 320, 5.5]),
+    "unknown key of a node": (["nodes", 0, "name"], "x"),
+    "enabled as number": (["nodes", 0, "enabled"], 1),
+    "negative version": (["nodes", 1, "attributeVersion"], -1),
+    "broken version": (["nodes", 1, "attributeVersion"], 0.5),
+    "attributes as list": (["nodes", 0, "attributes"], []),
+    "attribute null": (["nodes", 0, "attributes", "seed"], None),
+    "attribute as object": (["nodes", 0, "attributes", "seed"], {"x": 1}),
+    "attribute as list of words": (["nodes", 0, "attributes", "frame"], ["a", "b", "c", "d"]),
+    "attribute as long list": (["nodes", 0, "attributes", "frame"], [1, 2, 3, 4, 5]),
+    "connections as object": (["connections"], {}),
+    "connection without from": (["connections", 0, "from"], DELETE),
+    "connection without to": (["connections", 0, "to"], DELETE),
+    "plug without dot": (["connections", 0, "from"], "height"),
+    "plug without name": (["connections", 0, "from"], "height."),
+    "negative index": (["connections", 0, "index"], -1),
+    "index as text": (["connections", 0, "index"], "0"),
+    "unknown key of a connection": (["connections", 0, "weight"], 1),
+    "outputs as text": (["outputs"], "a.exr"),
+    "output without from": (["outputs", 0, "from"], DELETE),
+    "output without path": (["outputs", 0, "path"], DELETE),
+    "empty path": (["outputs", 0, "path"], ""),
+    "unknown sample type": (["outputs", 0, "type"], "uint32"),
+    "unknown key of an output": (["outputs", 0, "quality"], 90),
+}
+
+
+def changed(path, value):
+    document = copy.deepcopy(GOOD)
+    place = document
+    for step in path[:-1]:
+        place = place[step]
+    if value is DELETE:
+        del place[path[-1]]
+    else:
+        place[path[-1]] = value
+    return document
+
+
+class SchemaTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+
+    def check(self, file):
+        return subprocess.run([PROGRAM, "check", str(file)], capture_output=True, text=True, check=False)
+
+    def check_document(self, document):
+        file = pathlib.Path(self.folder.name) / "graph.json"
+        file.write_text(json.dumps(document), "utf-8")
+        return self.check(file)
+
+    def test_the_schema_is_one(self):
+        jsonschema.Draft202012Validator.check_schema(SCHEMA)
+
+    def test_good_document(self):
+        jsonschema.validate(GOOD, SCHEMA)
+        result = self.check_document(GOOD)
+        self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_examples(self):
+        files = sorted((REPOSITORY / "Examples").glob("*.json"))
+        self.assertGreater(len(files), 0)
+        for file in files:
+            with self.subTest(file=file.name):
+                jsonschema.validate(json.loads(file.read_text("utf-8")), SCHEMA)
+                result = self.check(file)
+                self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_what_the_schema_refuses_the_program_refuses(self):
+        for name, (path, value) in CHANGES.items():
+            with self.subTest(change=name):
+                document = changed(path, value)
+                with self.assertRaises(jsonschema.ValidationError):
+                    jsonschema.validate(document, SCHEMA)
+                result = self.check_document(document)
+                self.assertEqual(result.returncode, 3, result.stderr)
+                self.assertNotEqual(result.stderr.strip(), "")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])
