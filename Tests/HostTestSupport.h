@@ -29,7 +29,7 @@ namespace HostTest {
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "value-test-XXXXXX").string();
+    std::string name = (std::filesystem::temp_directory_path() / "value-test-").string() + std::string(6, 'X');
     if (mkdtemp(name.data()) == nullptr) std::abort();
     path_ = name;
   }

@@ -68,3 +68,10 @@ value_add_test(HostToolsTests
     "${host}/Tools/NodeTest.cpp"
   DEPENDS ValueHost::Tools ${CMAKE_DL_LIBS})
 add_dependencies(HostToolsTests ${node_library_targets})
+
+value_add_test(HostFilesTests
+  SOURCES
+    "${host}/Documents/GraphDocumentTest.cpp"
+    "${host}/Files/ImageFileTest.cpp"
+    "${host}/Nodes/HostNodesTest.cpp"
+  DEPENDS ValueHost::Documents ValueHost::Nodes OpenImageIO::OpenImageIO)

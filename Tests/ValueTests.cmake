@@ -1,5 +1,14 @@
 # Tests of the node library.
 
+# Of the built file: what it exports, its virtual tables, its icons.
+value_add_test(ValueAbiTests
+  SOURCES
+    Abi/ExportsTest.cpp
+    Abi/IconsTest.cpp
+    Abi/LoadedLibrary.cpp
+    Abi/VirtualTablesTest.cpp
+  DEPENDS ValueHost::Tools ValueHost::Image Qt6::Core ${CMAKE_DL_LIBS})
+
 set(value_dir "${PROJECT_SOURCE_DIR}/Value")
 
 value_add_test(ValueOperationTests
@@ -11,4 +20,23 @@ value_add_test(ValueOperationTests
     "${value_dir}/Operations/ImageValueOperationNodesTest.cpp"
     "${value_dir}/Operations/OperationLoopsTest.cpp"
     "${value_dir}/Operations/ThresholdValueOperationTest.cpp"
+  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image)
+
+value_add_test(ValueNodeTests
+  SOURCES
+    Contract/CatalogueTest.cpp
+    "${value_dir}/Nodes/AnalysisNodesTest.cpp"
+    "${value_dir}/Nodes/ArithmeticNodesTest.cpp"
+    "${value_dir}/Nodes/ClampTest.cpp"
+    "${value_dir}/Nodes/CompareTest.cpp"
+    "${value_dir}/Nodes/EveryNodeTest.cpp"
+    "${value_dir}/Nodes/ImageToValueNodeTest.cpp"
+    "${value_dir}/Nodes/ImageValueClampNodeTest.cpp"
+    "${value_dir}/Nodes/ImageValueCompareNodeTest.cpp"
+    "${value_dir}/Nodes/ImageValueConditionNodeTest.cpp"
+    "${value_dir}/Nodes/ImageValueFunctionNodeTest.cpp"
+    "${value_dir}/Nodes/ImageValueRangeNodeTest.cpp"
+    "${value_dir}/Nodes/ImageValueStepsNodeTest.cpp"
+    "${value_dir}/Nodes/StepsTest.cpp"
+    "${value_dir}/Nodes/ToValueTest.cpp"
   DEPENDS ValueObjects ValueHost::Tools ValueHost::Image)

@@ -67,6 +67,7 @@ Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status
     return nullptr;
   }
   ids_.push_back(id);
+  ids_by_node_[node] = id;
   entries_[id] = {node, node->GetAttributeVersion()};
   return node;
 }
@@ -77,10 +78,8 @@ Node* GraphDocument::FindNode(const std::string& id) const {
 }
 
 std::string GraphDocument::GetId(const Node& node) const {
-  for (const auto& [id, entry] : entries_) {
-    if (entry.node == &node) return id;
-  }
-  return {};
+  const auto found = ids_by_node_.find(&node);
+  return found == ids_by_node_.end() ? std::string() : found->second;
 }
 
 GraphDocument::Entry* GraphDocument::FindPlugNode(const std::string& plug, std::string& name, Status& status) {

@@ -60,7 +60,11 @@ Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
   std::error_code error;
   // A link is followed, so that the file it names is replaced and not the link.
   std::filesystem::path place = target;
-  if (std::filesystem::is_symlink(target, error)) place = std::filesystem::weakly_canonical(target, error);
+  constexpr int kMostLinks = 40;
+  for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(place, error); ++links) {
+    // A relative link starts from its own folder, an absolute one replaces the whole path.
+    place = place.parent_path() / std::filesystem::read_symlink(place, error);
+  }
   const auto kind = std::filesystem::status(place, error).type();
   if (kind == std::filesystem::file_type::directory) return MakeWriteError(target, "it is a folder");
   if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {

@@ -114,7 +114,10 @@ inline std::vector<PlugValue> MakeInputs(Node& node, const std::vector<const Ima
   std::vector<PlugValue> values;
   const bool takes_many = node.GetNumRegularInputs() == 1 && node.GetInplugs()[0].connections == PlugRecord::kAnyNumber;
   if (takes_many) node.SetRegularInputEntries(0, static_cast<unsigned>(std::max<std::size_t>(images.size(), 1)));
-  for (const Image* image : images) values.push_back(image != nullptr ? PlugValue(image) : PlugValue());
+  for (const Image* image : images) {
+    PlugValue& value = values.emplace_back();
+    if (image != nullptr) value = image;
+  }
   if (takes_many && images.empty()) values.emplace_back();
   while (values.size() < node.GetNumRegularInputs()) values.emplace_back();
   for (std::size_t id = 0; id < node.GetNumAttributes(); ++id) values.push_back(node.GetAttribute(id)->GetValue());

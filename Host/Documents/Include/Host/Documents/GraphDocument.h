@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "Host/Documents/Api.h"
@@ -115,6 +116,7 @@ class HOST_DOCUMENTS_API GraphDocument {
   Engine engine_;
   std::vector<std::string> ids_;
   std::map<std::string, Entry> entries_;
+  std::unordered_map<const Node*, std::string> ids_by_node_;
   std::vector<Output> outputs_;
 };
 

@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Tools/NodeLibrary.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Host/Image/Image.h"
+#include "Host/Tools/Engine.h"
+#include "Tests/HostTestSupport.h"
+#include "Tests/TestNodes.h"
+
+namespace {
+
+using HostTest::Contains;
+using ScEng::NodeCatalogue;
+using ScEng::NodeLibrary;
+using ScEng::RefPtr;
+using ScEng::Status;
+
+std::filesystem::path LibraryFile(const std::string& name) {
+  return std::filesystem::path(VALUE_TEST_LIBRARIES) / (name + ".so");
+}
+
+/// Whether the process holds the library at this moment.
+bool IsInProcess(const std::filesystem::path& file) {
+  void* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);
+  if (handle != nullptr) dlclose(handle);
+  return handle != nullptr;
+}
+
+/// The message with which loading fails.
+std::string Failure(const std::filesystem::path& file) {
+  Status status;
+  const auto library = NodeLibrary::Load(file, status);
+  EXPECT_EQ(library, nullptr);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_FALSE(IsInProcess(file));
+  EXPECT_TRUE(Contains(status.GetMessage(), file.filename().string()));
+  EXPECT_EQ(status.GetMessage().find('\n'), std::string::npos);
+  return status.GetMessage();
+}
+
+TEST(NodeLibrary, LoadsAGoodLibrary) {
+  const auto file = LibraryFile("TinyLibrary");
+  Status status;
+  auto library = NodeLibrary::Load(file, status);
+  ASSERT_NE(library, nullptr) << status.GetMessage();
+  EXPECT_FALSE(status.IsError());
+  EXPECT_EQ(library->GetName(), "Parts");
+  EXPECT_EQ(library->GetFile(), std::filesystem::canonical(file));
+  ASSERT_EQ(library->GetDescriptors().size(), 1U);
+  EXPECT_EQ(library->GetDescriptors()[0]->GetNodeType(), NodeType(900, 1, 7));
+  EXPECT_EQ(library->GetDescriptors()[0]->GetRefCount(), 1U);
+  EXPECT_TRUE(IsInProcess(file));
+  library.reset();
+  EXPECT_FALSE(IsInProcess(file));
+}
+
+TEST(NodeLibrary, NodesOfALibraryAreEvaluated) {
+  Status status;
+  auto catalogue = std::make_shared<NodeCatalogue>();
+  EXPECT_FALSE(catalogue->AddLibrary(NodeLibrary::Load(LibraryFile("TinyLibrary"), status)).IsError());
+  {
+    Engine engine(catalogue);
+    catalogue.reset();
+    Node* node = engine.CreateNode({900, 1, 7});
+    ASSERT_NE(node, nullptr);
+    engine.Evaluate({{node, 0}});
+    ASSERT_NE(node->GetOutputImage(0), nullptr);
+    EXPECT_EQ(node->GetOutputImage(0)->GetConstArray()[0], 0.25F);
+  }
+  EXPECT_FALSE(IsInProcess(LibraryFile("TinyLibrary")));
+}
+
+TEST(NodeLibrary, MissingFile) { Failure(LibraryFile("NoSuchLibrary")); }
+
+TEST(NodeLibrary, FolderInsteadOfAFile) {
+  Status status;
+  EXPECT_EQ(NodeLibrary::Load(VALUE_TEST_LIBRARIES, status), nullptr);
+  EXPECT_TRUE(Contains(status.GetMessage(), VALUE_TEST_LIBRARIES));
+}
+
+TEST(NodeLibrary, TextInsteadOfALibrary) {
+  const HostTest::TemporaryFolder folder;
+  HostTest::WriteText(folder / "letter.so", "Dear host, I am no library.\n");
+  EXPECT_TRUE(Contains(Failure(folder / "letter.so"), "cannot be loaded"));
+  HostTest::WriteText(folder / "empty.so", "");
+  Failure(folder / "empty.so");
+}
+
+TEST(NodeLibrary, MissingExports) {
+  EXPECT_TRUE(Contains(Failure(LibraryFile("ExportsNothing")), "GetLibraryInterface"));
+  EXPECT_TRUE(Contains(Failure(LibraryFile("LacksOneExport")), "GetNodeInterface"));
+}
+
+TEST(NodeLibrary, NoLibraryObject) {
+  const std::string message = Failure(LibraryFile("NullLibraryObject"));
+  EXPECT_TRUE(Contains(message, "GetLibraryInterface"));
+  EXPECT_TRUE(Contains(message, "null"));
+}
+
+TEST(NodeLibrary, NegativeCount) { EXPECT_TRUE(Contains(Failure(LibraryFile("NegativeCount")), "-3")); }
+
+TEST(NodeLibrary, CatalogueThatAnswersNull) {
+  const std::string message = Failure(LibraryFile("NullDescriptor"));
+  EXPECT_TRUE(Contains(message, "GetNodeInterface(1)"));
+  EXPECT_TRUE(Contains(message, "null"));
+}
+
+TEST(NodeLibrary, DescriptorWithoutFactory) {
+  const std::string message = Failure(LibraryFile("NoFactory"));
+  EXPECT_TRUE(Contains(message, "GetNodeInterface(0)"));
+  EXPECT_TRUE(Contains(message, "factory"));
+}
+
+TEST(NodeLibrary, FactoryOfAnotherType) {
+  const std::string message = Failure(LibraryFile("ForeignFactory"));
+  EXPECT_TRUE(Contains(message, "900, 1, 3"));
+  EXPECT_TRUE(Contains(message, "900, 1, 4"));
+}
+
+TEST(NodeLibrary, EntryPointThatThrows) {
+  EXPECT_TRUE(Contains(Failure(LibraryFile("ThrowingEntry")), "the shelf is bare"));
+}
+
+// ---- The catalogue ----
+
+class FirstNode : public HostTest::TestNode {
+ public:
+  static constexpr NodeType kType{10, 16, 10};
+  static constexpr const char* kName = "FirstNode";
+  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
+  [[nodiscard]] std::string GetName() const override { return "First"; }
+};
+
+class SecondNode : public FirstNode {
+ public:
+  static constexpr NodeType kType{10, 16, 11};
+  static constexpr const char* kName = "SecondNode";
+};
+
+/// The numbers of the first under another name.
+class SameNumbersNode : public FirstNode {
+ public:
+  static constexpr const char* kName = "SameNumbersNode";
+};
+
+/// The name of the first under other numbers.
+class SameNameNode : public FirstNode {
+ public:
+  static constexpr NodeType kType{10, 16, 12};
+};
+
+template <class NodeClass>
+RefPtr<NodeInterface> MakeDescriptor() {
+  return RefPtr<NodeInterface>(new HostTest::TestDescriptor<NodeClass>);
+}
+
+TEST(NodeCatalogue, RefusesNumbersAndNamesThatAreTaken) {
+  NodeCatalogue catalogue;
+  EXPECT_FALSE(catalogue.AddDescriptor(MakeDescriptor<FirstNode>()).IsError());
+  EXPECT_FALSE(catalogue.AddDescriptor(MakeDescriptor<SecondNode>()).IsError());
+  const Status numbers = catalogue.AddDescriptor(MakeDescriptor<SameNumbersNode>());
+  EXPECT_TRUE(numbers.IsError());
+  EXPECT_TRUE(Contains(numbers.GetMessage(), "10, 16, 10"));
+  EXPECT_TRUE(Contains(numbers.GetMessage(), "FirstNode"));
+  EXPECT_TRUE(Contains(numbers.GetMessage(), "SameNumbersNode"));
+  const Status name = catalogue.AddDescriptor(MakeDescriptor<SameNameNode>());
+  EXPECT_TRUE(name.IsError());
+  EXPECT_TRUE(Contains(name.GetMessage(), "FirstNode"));
+  EXPECT_EQ(catalogue.GetDescriptors().size(), 2U);
+}
+
+TEST(NodeCatalogue, TakesALibraryAsAWholeOrNotAtAll) {
+  NodeCatalogue catalogue;
+  catalogue.AddDescriptor(MakeDescriptor<FirstNode>());
+  Status status;
+  auto taken = NodeLibrary::Load(LibraryFile("TakenNumbers"), status);
+  ASSERT_NE(taken, nullptr) << status.GetMessage();
+  status = catalogue.AddLibrary(std::move(taken));
+  EXPECT_TRUE(status.IsError());
+  EXPECT_TRUE(Contains(status.GetMessage(), "TakenNumbers.so"));
+  EXPECT_TRUE(Contains(status.GetMessage(), "10, 16, 10"));
+  EXPECT_EQ(catalogue.GetDescriptors().size(), 1U);
+  EXPECT_EQ(catalogue.Find({900, 1, 5}), nullptr);
+  EXPECT_TRUE(catalogue.GetLibraries().empty());
+  EXPECT_FALSE(IsInProcess(LibraryFile("TakenNumbers")));
+}
+
+TEST(NodeCatalogue, PassesOverALibraryThatItHas) {
+  NodeCatalogue catalogue;
+  Status status;
+  EXPECT_FALSE(catalogue.AddLibrary(NodeLibrary::Load(LibraryFile("TinyLibrary"), status)).IsError());
+  const auto same_file = std::filesystem::path(VALUE_TEST_LIBRARIES) / "." / "TinyLibrary.so";
+  EXPECT_FALSE(catalogue.AddLibrary(NodeLibrary::Load(same_file, status)).IsError());
+  EXPECT_EQ(catalogue.GetLibraries().size(), 1U);
+  EXPECT_EQ(catalogue.GetDescriptors().size(), 1U);
+}
+
+TEST(NodeCatalogue, FindsByNumbersAndNames) {
+  NodeCatalogue catalogue;
+  catalogue.AddDescriptor(MakeDescriptor<FirstNode>());
+  catalogue.AddDescriptor(MakeDescriptor<SecondNode>());
+  NodeInterface* second = catalogue.Find({10, 16, 11});
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(second->GetNodeFactory()->GetTypeName(), "SecondNode");
+  EXPECT_EQ(catalogue.FindTypeName("SecondNode"), second);
+  EXPECT_EQ(catalogue.FindTypeName("secondnode"), nullptr);
+  EXPECT_EQ(catalogue.FindTypeName("Test SecondNode"), nullptr);
+  for (const char* written : {"SecondNode", "secondnode", "Test SecondNode", "TEST SECONDNODE", "10, 16, 11",
+                              "10 16 11", "10,16,11", "[10, 16, 11]"}) {
+    EXPECT_EQ(catalogue.FindWritten(written), second) << written;
+  }
+  for (const char* written :
+       {"", "Second", "10, 16", "10, 16, 11, 0", "10, 16, 99", "10, 16, -11", "99999999999, 16, 11"}) {
+    EXPECT_EQ(catalogue.FindWritten(written), nullptr) << written;
+  }
+  EXPECT_EQ(catalogue.Find({10, 16, 99}), nullptr);
+}
+
+TEST(NodeCatalogue, SuggestsTheClosestName) {
+  NodeCatalogue catalogue;
+  catalogue.AddDescriptor(MakeDescriptor<FirstNode>());
+  catalogue.AddDescriptor(MakeDescriptor<SecondNode>());
+  EXPECT_EQ(catalogue.Suggest("SecondNoed"), "SecondNode");
+  EXPECT_EQ(catalogue.Suggest("firstnode"), "FirstNode");
+  EXPECT_EQ(catalogue.Suggest("Tst FirstNode"), "Test FirstNode");
+  EXPECT_EQ(catalogue.Suggest("quite another thing"), "");
+}
+
+TEST(FindClosest, AllowsAThirdOfTheLetters) {
+  const std::vector<std::string> words{"constant", "image", "low"};
+  EXPECT_EQ(ScEng::FindClosest("constnat", words), "constant");
+  EXPECT_EQ(ScEng::FindClosest("imag", words), "image");
+  EXPECT_EQ(ScEng::FindClosest("LOW", words), "low");
+  EXPECT_EQ(ScEng::FindClosest("lw", words), "low");
+  EXPECT_EQ(ScEng::FindClosest("xyzzy", words), "");
+  EXPECT_EQ(ScEng::FindClosest("", words), "");
+  EXPECT_EQ(ScEng::FindClosest("a", {}), "");
+}
+
+}  // namespace
