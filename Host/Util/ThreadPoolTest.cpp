@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -47,6 +48,28 @@ TEST(ThreadPool, RunsTasksThatTasksAdd) {
     }
   }
   EXPECT_EQ(ran, 20 + 20 * 5 * 2);
+}
+
+TEST(ThreadPool, RunsNoMoreTasksAtOnceThanItHasThreads) {
+  for (const int threads : {1, 2, 3}) {
+    std::atomic<int> running = 0;
+    std::atomic<int> most = 0;
+    for (int round = 0; round < 20; ++round) {
+      ThreadPool pool(static_cast<std::size_t>(threads));
+      for (int i = 0; i < 20; ++i) {
+        pool.AddTask([&] {
+          const int now = ++running;
+          int seen = most;
+          while (seen < now && !most.compare_exchange_weak(seen, now)) {
+          }
+          std::this_thread::sleep_for(std::chrono::microseconds(50));
+          --running;
+        });
+      }
+      pool.Wait();
+    }
+    EXPECT_LE(most, threads);
+  }
 }
 
 TEST(ThreadPool, TakesTasksFromSeveralThreads) {
