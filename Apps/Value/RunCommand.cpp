@@ -138,15 +138,17 @@ class RunCommand : public Command {
   }
 
   Status AddOutputs(GraphDocument& document) const {
-    std::set<std::string> replaced;
+    // An output keeps the sample type that the document asks for, unless it goes to a file of another format.
+    std::map<std::string, ScEng::SampleType> types;
     for (const std::string& output : outputs_) {
       const auto assignment = SplitAssignment(output);
       if (!assignment || assignment->second.empty()) {
         return Status::Error("--output " + output + " is not of the form NODE.PLUG=FILE");
       }
-      if (replaced.insert(assignment->first).second) document.RemoveOutputs(assignment->first);
-      const Status status =
-          document.AddOutput(assignment->first, ScEng::MakePath(assignment->second), ScEng::SampleType::kFloat);
+      const std::filesystem::path file = ScEng::MakePath(assignment->second);
+      const auto [type, is_new] = types.emplace(assignment->first, ScEng::SampleType::kFloat);
+      if (is_new) type->second = document.RemoveOutputs(assignment->first, file).value_or(ScEng::SampleType::kFloat);
+      const Status status = document.AddOutput(assignment->first, file, type->second);
       if (status.IsError()) return Status::Error("--output " + output + ": " + status.GetMessage());
     }
     return {};

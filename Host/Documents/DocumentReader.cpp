@@ -2,6 +2,7 @@
 #include "Host/Documents/DocumentReader.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
@@ -19,7 +20,7 @@ namespace {
 using nlohmann::json;
 
 constexpr const char* kFormat = "value-graph";
-constexpr int kVersion = 1;
+constexpr std::uint32_t kVersion = 1;
 
 std::string Quote(const std::string& text) { return "\"" + text + "\""; }
 
@@ -32,13 +33,12 @@ std::string DescribeJsonError(const json::exception& error) {
   return text;
 }
 
+/// A whole number from 0 to the largest of 32 bits, also where it is written with a fraction of zero.
 std::optional<std::uint32_t> ReadUnsigned(const json& value) {
-  if (!value.is_number_integer()) return std::nullopt;
-  if (value.is_number_unsigned()) {
-    const auto number = value.get<std::uint64_t>();
-    if (number <= UINT32_MAX) return static_cast<std::uint32_t>(number);
-  }
-  return std::nullopt;
+  if (!value.is_number()) return std::nullopt;
+  const auto number = value.get<double>();
+  if (number < 0.0 || number > static_cast<double>(UINT32_MAX) || number != std::floor(number)) return std::nullopt;
+  return static_cast<std::uint32_t>(number);
 }
 
 std::optional<NodeType> ReadNumbers(const json& value) {
@@ -98,7 +98,7 @@ void DocumentReader::ReadDocument(const json& document) {
   if (!document.contains("format") || document["format"] != kFormat) {
     AddError("\"format\" is not " + Quote(kFormat) + ", so this is no graph document");
   }
-  if (!document.contains("version") || !document["version"].is_number_integer() || document["version"] != kVersion) {
+  if (!document.contains("version") || ReadUnsigned(document["version"]) != kVersion) {
     AddError("\"version\" is not " + std::to_string(kVersion) + ", the one version that can be read");
   }
   if (!document.contains("nodes")) AddError("\"nodes\" is missing");

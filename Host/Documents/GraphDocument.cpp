@@ -187,10 +187,14 @@ Status GraphDocument::AddOutput(const std::string& plug, const std::filesystem::
   return {};
 }
 
-void GraphDocument::RemoveOutputs(const std::string& plug) {
-  outputs_.erase(
-      std::remove_if(outputs_.begin(), outputs_.end(), [&](const Output& output) { return output.source == plug; }),
-      outputs_.end());
+std::optional<SampleType> GraphDocument::RemoveOutputs(const std::string& plug, const std::filesystem::path& file) {
+  std::optional<SampleType> type;
+  std::erase_if(outputs_, [&](const Output& output) {
+    const bool removed = output.source == plug;
+    if (removed && output.file.extension() == file.extension()) type = output.type;
+    return removed;
+  });
+  return type;
 }
 
 Status GraphDocument::RenameOutputs(const std::function<std::filesystem::path(const std::filesystem::path&)>& rename) {
