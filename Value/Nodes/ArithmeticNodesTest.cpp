@@ -3,7 +3,7 @@
 // The seven nodes that combine images with each other, or one image with a constant.
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <ostream>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -43,6 +43,10 @@ struct ArithmeticCase {
   float swapped_fold;
   /// Of 6 and of 0 where the plug of the constant carries nothing.
   std::vector<float> without_constant;
+
+  friend std::ostream& operator<<(std::ostream& stream, const ArithmeticCase& arithmetic) {
+    return stream << arithmetic.name;
+  }
 };
 
 template <class NodeClass>

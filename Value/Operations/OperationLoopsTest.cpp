@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <random>
 #include <string>
 #include <typeinfo>
@@ -46,6 +47,10 @@ struct OperationCase {
   std::function<ValueOperationPtr()> make;
   /// Whether both forms have a meaning of their own.
   bool combines_two;
+
+  friend std::ostream& operator<<(std::ostream& stream, const OperationCase& operation) {
+    return stream << operation.name;
+  }
 };
 
 template <class Operation, class... Constants>

@@ -74,9 +74,9 @@ class HOST_DOCUMENTS_API GraphDocument {
   Status SetInput(const std::string& id, const std::filesystem::path& file);
   /// Asks for the image of an output plug as a file.
   Status AddOutput(const std::string& plug, const std::filesystem::path& file, SampleType type);
-  /// Removes the requests for an output plug, to make room for `file`; answers the sample type of one whose file has
-  /// the same ending, if there was any.
-  std::optional<SampleType> RemoveOutputs(const std::string& plug, const std::filesystem::path& file);
+  /// Removes the requests for an output plug, to make room for `file` where given; answers the sample type of one whose
+  /// file has the same ending, if there was any.
+  std::optional<SampleType> RemoveOutputs(const std::string& plug, const std::filesystem::path& file = {});
 
   /// Renames every file that a run would write, outputs and writers alike, by `rename(file)`. Writers whose path is fed
   /// by a connection are refused.
