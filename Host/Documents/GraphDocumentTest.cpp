@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -159,7 +160,7 @@ TEST_F(GraphDocumentTest, TextsThatAreNoDocument) {
   ExpectError(Quoted("{'version': 1, 'nodes': []}"), {"\"format\"", "value-graph"});
   ExpectError(Quoted("{'format': 'graph', 'version': 1, 'nodes': []}"), {"\"format\""});
   ExpectError(Quoted("{'format': 'value-graph', 'nodes': []}"), {"\"version\""});
-  for (const char* version : {"2", "0", "1.0", "'1'", "true"}) {
+  for (const char* version : {"2", "0", "-1", "1.5", "'1'", "true"}) {
     ExpectError(Quoted("{'format': 'value-graph', 'version': " + std::string(version) + ", 'nodes': []}"),
                 {"\"version\""});
   }
@@ -280,6 +281,14 @@ TEST_F(GraphDocumentTest, ReportsAllErrorsAtOnceAndEachOnce) {
   EXPECT_TRUE(Contains(findings.errors[0], "NoSuchNode"));
   EXPECT_TRUE(Contains(findings.errors[1], "b.value"));
   EXPECT_TRUE(Contains(findings.errors[2], "connections[1]"));
+}
+
+TEST_F(GraphDocumentTest, WholeNumbersMayHaveAFractionOfZero) {
+  LoadGood(
+      Quoted("{'format': 'value-graph', 'version': 1.0, 'nodes': ["
+             "{'id': 'a', 'type': [10.0, 16, 10]}, {'id': 'b', 'type': 'ImageValueAddNode', 'attributeVersion': 0.0}],"
+             " 'connections': [{'from': 'a.image', 'to': 'b.image', 'index': 2.0}]}"));
+  EXPECT_EQ(document_.GetIds(), (std::vector<std::string>{"a", "b"}));
 }
 
 // ---- Notes, old names, versions ----
@@ -440,6 +449,16 @@ TEST_F(GraphDocumentTest, OutputsAreRenamedAndRemoved) {
   EXPECT_EQ(ValueOf("off", "path").GetText(), "off.exr");
   document_.RemoveOutputs("a.image");
   EXPECT_EQ(names(), (std::vector<std::string>{"sub/x-w.exr"}));
+}
+
+TEST_F(GraphDocumentTest, RemovedOutputTellsItsSampleType) {
+  LoadGood(MakeText("{'id': 'a', 'type': 'ImageRectangleNode'}, {'id': 'b', 'type': 'ImageRectangleNode'}", "",
+                    "{'from': 'a.image', 'path': 'a.exr', 'type': 'half'},"
+                    "{'from': 'b.image', 'path': 'b.png', 'type': 'uint16'}"));
+  EXPECT_EQ(document_.RemoveOutputs("b.image", "new.exr"), std::nullopt);
+  EXPECT_EQ(document_.RemoveOutputs("a.image", "new.exr"), SampleType::kHalf);
+  EXPECT_EQ(document_.RemoveOutputs("a.image", "new.exr"), std::nullopt);
+  EXPECT_TRUE(document_.GetOutputFiles().empty());
 }
 
 TEST_F(GraphDocumentTest, WritersFedByAConnectionCannotBeRenamed) {

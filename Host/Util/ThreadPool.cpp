@@ -15,7 +15,9 @@
 class ThreadPool::Workers {
  public:
   explicit Workers(std::size_t threads)
-      : threads_(std::max<std::size_t>(threads, 1)), arena_(static_cast<int>(threads_), 0) {
+      : threads_(std::max<std::size_t>(threads, 1)),
+        // An arena has two slots at least, so that the one thread of a pool of one is the one that waits.
+        arena_(static_cast<int>(threads_), threads_ == 1 ? 1 : 0) {
     ScEng::LiftWorkerLimit();
   }
 

@@ -9,7 +9,8 @@
 
 /// A queue of tasks that a fixed number of threads works off, built on oneTBB.
 ///
-/// Tasks may be added while others run. Every task is run, also when an earlier one throws; the first exception is
+/// Tasks may be added while others run. The one thread of a pool of one is that which waits: its tasks run in `Wait` or
+/// the destructor. Every task is run, also when an earlier one throws; the first exception is
 /// kept and thrown again by `Wait`. The destructor waits for every task and logs an exception that nobody fetched.
 class HOST_UTIL_API ThreadPool {
  public:
