@@ -5,10 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +18,7 @@
 
 #include "Host/Image/Image.h"
 #include "Host/Util/ParallelRows.h"
+#include "Tests/Support/ImageTesting.h"
 
 /// What the tests of the host's libraries share.
 namespace HostTest {
@@ -74,28 +72,10 @@ class ThreadsScope {
   ThreadsScope& operator=(const ThreadsScope&) = delete;
 };
 
-/// Sets the largest size of images for one scope.
-class MaxSizeScope {
- public:
-  MaxSizeScope(int x, int y) : x_(Image::GetMaxSizeX()), y_(Image::GetMaxSizeY()) { Image::SetMaxSize(x, y); }
-  ~MaxSizeScope() { Image::SetMaxSize(x_, y_); }
-  MaxSizeScope(const MaxSizeScope&) = delete;
-  MaxSizeScope& operator=(const MaxSizeScope&) = delete;
+using Testing::MaxSizeScope;
 
- private:
-  int x_;
-  int y_;
-};
-
-/// The same number, sign of zero included; any NaN is any other.
-inline bool SameSample(float a, float b) {
-  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
-  return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
-}
-
-inline std::vector<float> SamplesOf(const Image& image) {
-  return {image.GetConstArray(), image.GetConstArray() + image.GetNumSamples()};
-}
+inline bool SameSample(float a, float b) { return Testing::AreSame(a, b); }
+inline std::vector<float> SamplesOf(const Image& image) { return Testing::GetSamples(image); }
 
 /// An image with given samples, row by row, and a fresh header.
 inline std::unique_ptr<Image> MakeImage(int size_x, int size_y, unsigned mode, const std::vector<float>& samples) {

@@ -28,25 +28,59 @@ value_add_test_library(TwinThree SOURCE TwinOperation.cpp
   DEPENDS ValueHost::Image DEFINITIONS VALUE_TWIN_FACTOR=3.0F)
 
 set(node_libraries
+  BadAttributes
+  CrashesOnLoad
+  CrashesOnNan
+  CrashesOnUnload
+  DependsOnThreads
+  DescriptorAboveCount
+  ExitsInEvaluate
   ExportsNothing
   ForeignFactory
+  ForgetsSamples
+  HangsInEvaluate
+  IgnoresEvents
+  KeepsInput
   LacksOneExport
+  LeaksImages
+  LeaksMemory
+  MissingIcon
+  ModifiesInput
   NegativeCount
   NoFactory
+  NoOutput
+  Noisy
   NullDescriptor
   NullLibraryObject
+  OtherNode
+  ReadsPastEnd
+  SharedDescriptor
+  SilentError
   TakenNumbers
   ThrowingEntry
-  TinyLibrary)
+  TinyLibrary
+  TwinNames
+  TwinNumbers
+  UnstableCount
+  WritesPastEnd)
 foreach(library IN LISTS node_libraries)
   value_add_test_library(${library} SOURCE ${library}.cpp DEPENDS ValueHost::Tools)
 endforeach()
 list(TRANSFORM node_libraries PREPEND TestLibrary OUTPUT_VARIABLE node_library_targets)
 
+# The OpenCL driver for processors compiles programs into a folder, and its libraries keep memory to the end of the
+# process; which of them shows only in whole call stacks.
+set(gpu_test_environment
+  "POCL_CACHE_DIR=${PROJECT_BINARY_DIR}/PoclCache"
+  "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
+  "ASAN_OPTIONS=fast_unwind_on_malloc=0")
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/PoclCache")
+
 value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/GeometryTest.cpp"
     "${host}/Util/LogTest.cpp"
+    "${host}/Util/ParallelForTest.cpp"
     "${host}/Util/ParallelRowsTest.cpp"
     "${host}/Util/RefCounterTest.cpp"
     "${host}/Util/ThreadPoolTest.cpp"
@@ -55,10 +89,25 @@ value_add_test(HostBaseTests
 value_add_test(HostImageTests
   SOURCES
     "${host}/Image/ComputeValueTest.cpp"
+    "${host}/Image/EuclideanDistanceTest.cpp"
+    "${host}/Image/FilterTest.cpp"
+    "${host}/Image/GaussianBlurTest.cpp"
+    "${host}/Image/GradientTest.cpp"
+    "${host}/Image/ImageOpTest.cpp"
+    "${host}/Image/ImageRegionTest.cpp"
     "${host}/Image/ImageTest.cpp"
+    "${host}/Image/PasteTest.cpp"
     "${host}/Image/SampleRangeTest.cpp"
   DEPENDS ValueHost::Image hwy::hwy ${CMAKE_DL_LIBS})
 add_dependencies(HostImageTests TestLibraryTwinTwo TestLibraryTwinThree)
+
+value_add_test(HostGpuTests
+  SOURCES
+    "${host}/Gpu/AmbientOcclusionTest.cpp"
+    "${host}/Gpu/DeviceTest.cpp"
+    "${host}/Gpu/OcclusionPlanTest.cpp"
+  DEPENDS ValueHost::Gpu OpenCL::Headers
+  ENVIRONMENT ${gpu_test_environment})
 
 value_add_test(HostToolsTests
   SOURCES
@@ -68,6 +117,19 @@ value_add_test(HostToolsTests
     "${host}/Tools/NodeTest.cpp"
   DEPENDS ValueHost::Tools ${CMAKE_DL_LIBS})
 add_dependencies(HostToolsTests ${node_library_targets})
+
+# All libraries that the tests of the command line validate.
+add_custom_target(NodeTestLibraries DEPENDS ${node_library_targets})
+
+value_add_test(HostValidationTests
+  SOURCES
+    "${host}/Validation/ChildProcessTest.cpp"
+    "${host}/Validation/GuardedMemoryTest.cpp"
+    "${host}/Validation/TrialTest.cpp"
+    "${host}/Validation/ChildProcess.cpp"
+    "${host}/Validation/GuardedMemory.cpp"
+    "${host}/Validation/Trial.cpp"
+  DEPENDS ValueHost::Tools)
 
 value_add_test(HostFilesTests
   SOURCES
@@ -79,3 +141,12 @@ value_add_test(HostFilesTests
   ENVIRONMENT
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0")
+
+value_add_test(NodePagesTests
+  SOURCES
+    "${PROJECT_SOURCE_DIR}/Apps/NodePages/NodeText.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/NodePages/NodeTextTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/NodePages/Picture.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/NodePages/PictureTest.cpp"
+  DEPENDS ValueHost::Tools)
+value_keep_qt(NodePagesTests)

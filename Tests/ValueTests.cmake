@@ -29,7 +29,15 @@ value_add_test(ValueNodeTests
     "${value_dir}/Nodes/ArithmeticNodesTest.cpp"
     "${value_dir}/Nodes/ClampTest.cpp"
     "${value_dir}/Nodes/CompareTest.cpp"
+    "${value_dir}/Nodes/ComponentEdgesTest.cpp"
+    "${value_dir}/Nodes/ComponentLabelsTest.cpp"
     "${value_dir}/Nodes/EveryNodeTest.cpp"
+    "${value_dir}/Nodes/ImageAmbientOcclusionNodeTest.cpp"
+    "${value_dir}/Nodes/ImageComponentEdgesNodeTest.cpp"
+    "${value_dir}/Nodes/ImageComputeGradientNodeTest.cpp"
+    "${value_dir}/Nodes/ImageConnectedComponentsNodeTest.cpp"
+    "${value_dir}/Nodes/ImageEuclideanDistanceNodeTest.cpp"
+    "${value_dir}/Nodes/ImageReliefNodeTest.cpp"
     "${value_dir}/Nodes/ImageToValueNodeTest.cpp"
     "${value_dir}/Nodes/ImageValueClampNodeTest.cpp"
     "${value_dir}/Nodes/ImageValueCompareNodeTest.cpp"
@@ -37,6 +45,17 @@ value_add_test(ValueNodeTests
     "${value_dir}/Nodes/ImageValueFunctionNodeTest.cpp"
     "${value_dir}/Nodes/ImageValueRangeNodeTest.cpp"
     "${value_dir}/Nodes/ImageValueStepsNodeTest.cpp"
+    "${value_dir}/Nodes/ReliefBevelTest.cpp"
+    "${value_dir}/Nodes/ReliefLevelsTest.cpp"
     "${value_dir}/Nodes/StepsTest.cpp"
     "${value_dir}/Nodes/ToValueTest.cpp"
-  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image)
+  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy
+  ENVIRONMENT ${gpu_test_environment})
+
+value_add_test(ValueContractTests
+  SOURCES
+    Contract/EveryNodeContractTest.cpp
+    Contract/ValueNodePropertiesTest.cpp
+    Contract/ValueNodeReferences.cpp
+  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy
+  ENVIRONMENT ${gpu_test_environment})

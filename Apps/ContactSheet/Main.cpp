@@ -108,10 +108,19 @@ QImage DrawSheet(const std::vector<Tile>& tiles, const std::string& title, int c
   const int title_height = title.empty() ? 0 : QFontMetrics(title_font).lineSpacing() + kMargin;
   const int count = static_cast<int>(tiles.size());
   columns = std::min(columns, count);
-  const int rows = (count + columns - 1) / columns;
-  const QSize cell(side + kMargin, side + caption_height + kMargin);
+  // A row is as high as its highest image.
+  std::vector<QRect> places;
+  int top = kMargin + title_height;
+  for (int first = 0; first < count; first += columns) {
+    const int end = std::min(first + columns, count);
+    int height = 0;
+    for (int i = first; i < end; ++i) height = std::max(height, tiles[static_cast<std::size_t>(i)].picture.height());
+    height += caption_height;
+    for (int i = first; i < end; ++i) places.emplace_back(kMargin + (i - first) * (side + kMargin), top, side, height);
+    top += height + kMargin;
+  }
 
-  QImage sheet(columns * cell.width() + kMargin, rows * cell.height() + kMargin + title_height, QImage::Format_RGB32);
+  QImage sheet(columns * (side + kMargin) + kMargin, top, QImage::Format_RGB32);
   sheet.fill(QColor(236, 237, 239));
   QPainter painter(&sheet);
   painter.setRenderHint(QPainter::TextAntialiasing);
@@ -120,11 +129,7 @@ QImage DrawSheet(const std::vector<Tile>& tiles, const std::string& title, int c
   painter.drawText(QRect(kMargin, kMargin / 2, sheet.width() - 2 * kMargin, title_height),
                    Qt::AlignLeft | Qt::AlignVCenter, QString::fromStdString(title));
   painter.setFont(font);
-  for (int i = 0; i < count; ++i) {
-    const QPoint corner(kMargin + i % columns * cell.width(), kMargin + title_height + i / columns * cell.height());
-    DrawTile(painter, tiles[static_cast<std::size_t>(i)], QRect(corner, QSize(side, side + caption_height)),
-             caption_height);
-  }
+  for (std::size_t i = 0; i < tiles.size(); ++i) DrawTile(painter, tiles[i], places[i], caption_height);
   return sheet;
 }
 

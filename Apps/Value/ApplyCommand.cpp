@@ -74,13 +74,8 @@ class ApplyCommand : public Command {
     if (!catalogue) return ExitCode::kPlugin;
     const std::string name = FindNodeName(*catalogue);
     if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
-    const NodeInterface* descriptor = catalogue->FindWritten(name);
-    if (descriptor == nullptr) {
-      const std::string close = catalogue->Suggest(name);
-      return Fail(ExitCode::kUsage,
-                  "there is no node \"" + name + "\"" +
-                      (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
-    }
+    const NodeInterface* descriptor = FindNode(*catalogue, name);
+    if (descriptor == nullptr) return ExitCode::kUsage;
     ScEng::GraphDocument document(catalogue);
     Status status;
     id_ = descriptor->GetName();

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <system_error>
 
+#include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Util/ParallelRows.h"
 
@@ -40,31 +41,40 @@ void CommonOptions::Declare(CLI::App& app) {
       ->check(CLI::Range(1, 1 << 30))
       ->type_name("N")
       ->group(group);
+  app.add_option("--device", device,
+                 "The OpenCL device to compute on: its place in \"value doctor\", a word of its name, gpu or cpu\n"
+                 "(default: VALUE_DEVICE, else the first GPU, else the first processor)")
+      ->type_name("DEVICE")
+      ->group(group);
   app.add_flag("--quiet", quiet, "No notes, no progress, no summary")->group(group);
   app.add_flag("--json", json, "Answer as JSON on standard output")->group(group);
 }
 
-void CommonOptions::Apply(Reporter& reporter) const {
+Status CommonOptions::Apply(Reporter& reporter) const {
   reporter.SetJson(json);
   reporter.SetQuiet(quiet);
   if (threads) ScEng::SetNumThreads(*threads);
   if (max_size) Image::SetMaxSize(*max_size, *max_size);
+  return device.empty() ? Status() : GpuEngine::Get()->SelectDevice(device);
 }
 
-std::shared_ptr<const ScEng::NodeCatalogue> Command::LoadCatalogue() {
+std::shared_ptr<const ScEng::NodeCatalogue> Command::FindCatalogue(Status& status) const {
   std::vector<std::filesystem::path> files;
   for (const std::string& plugin : common_.plugins) files.push_back(ScEng::MakePath(plugin));
   if (files.empty()) files.push_back(FindOwnLibrary());
   const auto catalogue = ScEng::CreateHostCatalogue();
   for (const std::filesystem::path& file : files) {
-    Status status;
     auto library = NodeLibrary::Load(file, status);
     if (library) status = catalogue->AddLibrary(std::move(library));
-    if (status.IsError()) {
-      Fail(ExitCode::kPlugin, status.GetMessage());
-      return nullptr;
-    }
+    if (status.IsError()) return nullptr;
   }
+  return catalogue;
+}
+
+std::shared_ptr<const ScEng::NodeCatalogue> Command::LoadCatalogue() {
+  Status status;
+  auto catalogue = FindCatalogue(status);
+  if (!catalogue) Fail(ExitCode::kPlugin, status.GetMessage());
   return catalogue;
 }
 
@@ -72,6 +82,15 @@ ExitCode Command::Fail(ExitCode code, const std::string& text) {
   reporter_.Error(text);
   reporter_.Finish(nlohmann::ordered_json::object());
   return code;
+}
+
+const NodeInterface* Command::FindNode(const ScEng::NodeCatalogue& catalogue, const std::string& name) {
+  const NodeInterface* descriptor = catalogue.FindWritten(name);
+  if (descriptor != nullptr) return descriptor;
+  const std::string close = catalogue.Suggest(name);
+  Fail(ExitCode::kUsage, "there is no node \"" + name + "\"" +
+                             (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
+  return nullptr;
 }
 
 ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& prefix) {

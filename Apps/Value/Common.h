@@ -18,12 +18,13 @@ struct CommonOptions {
   std::vector<std::string> plugins;
   std::optional<unsigned> threads;
   std::optional<int> max_size;
+  std::string device;
   bool quiet = false;
   bool json = false;
 
   void Declare(CLI::App& app);
-  /// Hands them to the host and to the reporter.
-  void Apply(Reporter& reporter) const;
+  /// Hands them to the host and to the reporter; an error when there is no such device.
+  ScEng::Status Apply(Reporter& reporter) const;
 };
 
 /// A command of the program: declares its options, then runs.
@@ -40,8 +41,12 @@ class Command {
  protected:
   /// The host's own node types and those of the node libraries; null after an error was reported.
   std::shared_ptr<const ScEng::NodeCatalogue> LoadCatalogue();
+  /// The same, with the error in `status` instead of a report.
+  [[nodiscard]] std::shared_ptr<const ScEng::NodeCatalogue> FindCatalogue(ScEng::Status& status) const;
   /// Reports an error, ends the answer with it and passes the code on.
   ExitCode Fail(ExitCode code, const std::string& text);
+  /// The node type that was written by its class, name or numbers; null after a wrong usage was reported.
+  const NodeInterface* FindNode(const ScEng::NodeCatalogue& catalogue, const std::string& name);
   /// What a run has to say; the exit code that follows from it.
   ExitCode ReportRun(const ScEng::RunReport& report, const std::string& prefix);
 
@@ -63,3 +68,5 @@ std::unique_ptr<Command> MakeApplyCommand(const CommonOptions& common, Reporter&
 std::unique_ptr<Command> MakeRunCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeCheckCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeStatsCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeDoctorCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeValidateCommand(const CommonOptions& common, Reporter& reporter);

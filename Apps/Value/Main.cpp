@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The command line: one program, one command each for the catalogue, for one node on files, for graph documents and for
-// the figures of an image.
+// The command line: one program, one command each for the catalogue, for one node on files, for graph documents, for
+// the figures of an image and for the validation of node libraries.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -29,14 +29,15 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
       "Example:\n"
       "  value apply \"Value Add\" -i terrain.exr --set constant=0.25 -o raised.exr\n"
       "\"value COMMAND --help\" explains a command, \"value nodes\" lists the nodes.\n\n"
-      "Exit codes: 0 done, 1 a node reported an error, 2 wrong usage, 3 the document is invalid,\n"
+      "Exit codes: 0 done, 1 a node reported an error or a check failed, 2 wrong usage, 3 the document is invalid,\n"
       "4 a file could not be read or written, 5 the node library could not be loaded.");
   app.set_version_flag("--version", std::string("value " VALUE_VERSION));
 
   CommonOptions common;
   common.Declare(app);
   std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
-  for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand}) {
+  for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand,
+                          MakeDoctorCommand, MakeValidateCommand}) {
     auto command = make(common, reporter);
     CLI::App* sub = command->Declare(app);
     common.Declare(*sub);
@@ -52,11 +53,15 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
     reporter.Finish(nlohmann::ordered_json::object());
     return Leave(ExitCode::kUsage);
   }
-  common.Apply(reporter);
+  if (const ScEng::Status status = common.Apply(reporter); status.IsError()) {
+    reporter.Error(status.GetMessage());
+    reporter.Finish(nlohmann::ordered_json::object());
+    return Leave(ExitCode::kUsage);
+  }
   for (const auto& [sub, command] : commands) {
     if (sub->parsed()) return Leave(command->Run());
   }
-  reporter.Error("a command is missing: nodes, apply, run, check or stats (see value --help)");
+  reporter.Error("a command is missing: nodes, apply, run, check, stats, doctor or validate (see value --help)");
   reporter.Finish(nlohmann::ordered_json::object());
   return Leave(ExitCode::kUsage);
 }

@@ -202,13 +202,8 @@ class NodesCommand : public Command {
   }
 
   ExitCode ShowOne(const ScEng::NodeCatalogue& catalogue, const std::string& name) {
-    const NodeInterface* descriptor = catalogue.FindWritten(name);
-    if (descriptor == nullptr) {
-      const std::string close = catalogue.Suggest(name);
-      return Fail(ExitCode::kUsage,
-                  "there is no node \"" + name + "\"" +
-                      (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
-    }
+    const NodeInterface* descriptor = FindNode(catalogue, name);
+    if (descriptor == nullptr) return ExitCode::kUsage;
     const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
     reporter_.Print(DescribeNode(*descriptor, *node));
     reporter_.Finish(NodeToJson(*descriptor, *node));

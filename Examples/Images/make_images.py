@@ -15,6 +15,7 @@ droplets, landslides), and then one part per image that uses them.
 """
 
 import argparse
+import functools
 import heapq
 import os
 import sys
@@ -322,7 +323,9 @@ def write(path, pixels, kind, names, **attributes):
 # terrain.exr
 # ---------------------------------------------------------------------------
 
-def make_terrain(path):
+@functools.lru_cache(maxsize=None)
+def terrain_heights():
+    """The height field of terrain.exr, before it is stored."""
     n = 512
 
     def shape(x, y):
@@ -341,10 +344,64 @@ def make_terrain(path):
     h = landslides(h, 0.9 / relief, 40)
     h = droplets(h, 14, 20000, 41, relief=relief)
     h = landslides(h, 0.9 / relief, 12)
-    h = (h - h.min()) / (h.max() - h.min())
+    return (h - h.min()) / (h.max() - h.min())
+
+
+def make_terrain(path):
+    h = terrain_heights()
     write(path, h, "half", ["Y"], compression="zip",
           ImageDescription="Tiling height field, 0 to 1")
     return f"512 x 512, Y half, mean {h.mean():.3f}"
+
+
+# ---------------------------------------------------------------------------
+# terrain_edited.exr
+# ---------------------------------------------------------------------------
+
+def make_terrain_edited(path):
+    """The terrain after work on it: a levelled site, a pit with its heap, a
+    road, and a corner that rain has worn a little."""
+    h = terrain_heights().astype(np.float16).astype(F32)   # as terrain.exr holds it
+    n = h.shape[0]
+    x, y = unit_grid(n)
+
+    # Rain, so little that it does not show in the picture itself.
+    worn = droplets(h, 3, 12000, 43, relief=120.0)
+    corner = smoothstep(0.34, 0.16, np.hypot(x - 0.20, y - 0.20))
+    h = mix(h, worn, 0.4 * corner)
+
+    # A site levelled by cut and fill on a hillside.
+    c, s = np.cos(0.5), np.sin(0.5)
+    u, v = (x - 0.655) * c + (y - 0.60) * s, -(x - 0.655) * s + (y - 0.60) * c
+    site = smoothstep(0.012, 0.0, np.maximum(np.abs(u) - 0.085, np.abs(v) - 0.05))
+    h = mix(h, F32(h[site > 0.99].mean()), site)
+
+    # A road across the valley: level between its ends, cut where the land is
+    # higher, banked up where it is lower.
+    ends = np.array([[0.10, 0.56], [0.25, 0.70], [0.42, 0.52], [0.57, 0.57]])
+    t = np.linspace(0.0, 1.0, 600)[:, None]
+    line = ((1 - t) ** 3 * ends[0] + 3 * (1 - t) ** 2 * t * ends[1]
+            + 3 * (1 - t) * t * t * ends[2] + t ** 3 * ends[3])
+    along = h[(line[:, 1] * n).astype(int), (line[:, 0] * n).astype(int)]
+    level = np.convolve(np.pad(along, 120, "edge"), np.ones(241) / 241, "valid")
+    near, grade = np.full_like(h, 9.0), np.zeros_like(h)
+    for (px, py), here in zip(line, level):
+        d = np.hypot(x - px, y - py)
+        grade = np.where(d < near, F32(here), grade)
+        near = np.minimum(near, d)
+    h = mix(h, grade, smoothstep(0.013, 0.006, near))
+
+    # A pit, and beside it the heap of what came out.
+    pit = np.hypot(x - 0.725, y - 0.825) + 0.010 * fractal(x, y, 8, 3, 44)
+    heap = np.hypot((x - 0.625) * 1.3, y - 0.90) + 0.008 * fractal(x, y, 8, 3, 45)
+    h = h - 0.14 * smoothstep(0.062, 0.044, pit) - 0.10 * smoothstep(0.036, 0.022, pit)
+    h = h + 0.14 * smoothstep(0.060, 0.0, heap)
+
+    h = np.maximum(h, 0.0)
+    write(path, h, "half", ["Y"], compression="zip",
+          ImageDescription="The height field of terrain.exr after work on it")
+    return f"512 x 512, Y half, {100 * (np.abs(h - terrain_heights()) > 0.01).mean():.0f}% " \
+           "differ by more than 0.01"
 
 
 # ---------------------------------------------------------------------------
@@ -415,6 +472,105 @@ def make_mask(path):
     write(path, pixels, "uint8", ["Y"])
     return f"512 x 512, Y 8 bit, {100 * (pixels == 0).mean():.0f}% black, " \
            f"{100 * (pixels == 255).mean():.0f}% white"
+
+
+# ---------------------------------------------------------------------------
+# lettering.png
+# ---------------------------------------------------------------------------
+
+def make_lettering(path):
+    """A word in slab letters, drawn from bars, wedges and half a ring."""
+    wide, tall, over = 832, 320, 4
+    x, y = np.meshgrid((np.arange(wide * over, dtype=F32) + 0.5) / over,
+                       (np.arange(tall * over, dtype=F32) + 0.5) / over)
+    ink = np.zeros(x.shape, bool)
+    top, bottom = 62.0, 258.0                     # of all letters
+    slab = 20.0                                   # how thick a slab is
+
+    def polygon(*corners):
+        """A convex shape, its corners in clockwise order."""
+        inside = np.ones(x.shape, bool)
+        for (ax, ay), (bx, by) in zip(corners, corners[1:] + corners[:1]):
+            inside &= (bx - ax) * (y - ay) - (by - ay) * (x - ax) >= 0
+        return inside
+
+    def bar(left, upper, right, lower):
+        return polygon((left, upper), (right, upper), (right, lower), (left, lower))
+
+    def leaning(from_x, to_x, width):
+        """A stroke from the top to the bottom, cut level at both ends."""
+        half = width / 2
+        return polygon((from_x - half, top), (from_x + half, top),
+                       (to_x + half, bottom), (to_x - half, bottom))
+
+    # V
+    ink |= leaning(64, 116, 50) | leaning(176, 124, 34)
+    ink |= bar(26, top, 106, top + slab) | bar(146, top, 208, top + slab)
+    # A
+    ink |= leaning(262, 210, 34) | leaning(270, 322, 50) | bar(234, 190, 300, 190 + slab)
+    ink |= bar(178, bottom - slab, 244, bottom) | bar(280, bottom - slab, 362, bottom)
+    # L
+    ink |= bar(398, top, 444, bottom) | bar(376, top, 468, top + slab)
+    ink |= bar(376, bottom - 24, 496, bottom) | bar(470, bottom - 66, 496, bottom)
+    # U
+    ink |= bar(514, top, 560, 186) | bar(608, top, 642, 186)
+    ink |= bar(496, top, 578, top + slab) | bar(590, top, 660, top + slab)
+    outer = np.hypot((x - 578) / 64, (y - 186) / 72) <= 1
+    inner = np.hypot((x - 584) / 24, (y - 186) / 34) <= 1
+    ink |= outer & ~inner & (y >= 186)
+    # E
+    ink |= bar(702, top, 748, bottom)
+    ink |= bar(680, top, 800, top + 24) | bar(774, top, 800, top + 58)
+    ink |= bar(748, 147, 776, 171) | bar(764, 132, 786, 186)
+    ink |= bar(680, bottom - 24, 808, bottom) | bar(782, bottom - 62, 808, bottom)
+    strength = ink.reshape(tall, over, wide, over).mean((1, 3))
+    pixels = np.clip(strength * 255.0 + 0.5, 0, 255).astype(np.uint8)
+    write(path, pixels, "uint8", ["Y"], png__compressionLevel=9)
+    return f"{wide} x {tall}, Y 8 bit"
+
+
+# ---------------------------------------------------------------------------
+# roads.png
+# ---------------------------------------------------------------------------
+
+def make_roads(path):
+    """Roads that leave the tile on one side and come back on the other."""
+    n, over = 512, 4
+    big = n * over
+    nearness = np.full((big, big), 9.0, F32)      # in tiles, less half the width of the road
+
+    def spline(points, steps):
+        """A curve through all points but the first and the last (Catmull-Rom)."""
+        p = np.array(points, np.float64)
+        t = np.linspace(0.0, 1.0, steps, endpoint=False)[:, None]
+        parts = [0.5 * (2 * b + (d - a) * t + (2 * a - 5 * b + 4 * d - e) * t ** 2
+                        + (3 * b - a - 3 * d + e) * t ** 3)
+                 for a, b, d, e in zip(p, p[1:], p[2:], p[3:])]
+        return np.concatenate(parts + [p[-2:-1]])
+
+    def draw(points, width):
+        half = width / 2 / n
+        reach = int((half + 2.0 / n) * big) + 2
+        for px, py in spline(points, 160):
+            # Near the curve only; what leaves the tile comes back on the other side.
+            columns = np.arange(int(px * big) - reach, int(px * big) + reach + 1)
+            rows = np.arange(int(py * big) - reach, int(py * big) + reach + 1)
+            d = np.hypot((columns + 0.5) / big - px, ((rows + 0.5) / big - py)[:, None]) - half
+            place = np.ix_(rows % big, columns % big)
+            nearness[place] = np.minimum(nearness[place], d)
+
+    main = [(-0.20, 0.60), (0.00, 0.57), (0.14, 0.55), (0.26, 0.63), (0.38, 0.55), (0.50, 0.59),
+            (0.63, 0.68), (0.76, 0.63), (0.88, 0.60), (1.00, 0.57), (1.14, 0.55)]
+    draw(main, 6.0)
+    draw([(0.30, 1.18), (0.34, 1.00), (0.42, 0.84), (0.50, 0.70), (0.50, 0.59), (0.47, 0.47),
+          (0.37, 0.37), (0.42, 0.22), (0.36, 0.10), (0.34, 0.00), (0.42, -0.16)], 4.5)
+    draw([(0.70, 0.75), (0.76, 0.63), (0.79, 0.50), (0.70, 0.42), (0.74, 0.31), (0.66, 0.23),
+          (0.55, 0.21), (0.42, 0.22), (0.30, 0.30)], 3.0)
+    draw([(0.40, 0.60), (0.26, 0.63), (0.20, 0.74), (0.24, 0.85), (0.16, 0.90), (0.08, 0.86)], 3.0)
+    strength = (nearness <= 0).reshape(n, over, n, over).mean((1, 3))
+    pixels = np.clip(strength * 255.0 + 0.5, 0, 255).astype(np.uint8)
+    write(path, pixels, "uint8", ["Y"], png__compressionLevel=9)
+    return f"{n} x {n}, Y 8 bit, {100 * strength.mean():.1f}% road"
 
 
 # ---------------------------------------------------------------------------
@@ -955,7 +1111,10 @@ def make_coast(path):
 
 IMAGES = {
     "terrain": ("terrain.exr", make_terrain),
+    "terrain_edited": ("terrain_edited.exr", make_terrain_edited),
     "mask": ("mask.png", make_mask),
+    "lettering": ("lettering.png", make_lettering),
+    "roads": ("roads.png", make_roads),
     "overlay": ("overlay.exr", make_overlay),
     "coast": ("coast.png", make_coast),
 }

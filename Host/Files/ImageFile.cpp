@@ -20,14 +20,11 @@ struct LoadedCodecs {
   std::string problem;
 
   LoadedCodecs() {
-    Dl_info self{};
-    if (dladdr(reinterpret_cast<const void*>(&ReadImageFile), &self) == 0 || self.dli_fname == nullptr) {
-      problem = "the folder of the host's libraries is unknown";
-      return;
-    }
-    const std::filesystem::path file = std::filesystem::path(self.dli_fname).parent_path() / "libHostCodecs.so";
+    const ImageFormatsReport found = FindImageFormats();
+    problem = found.problem;
+    if (!problem.empty()) return;
     // It stays for the rest of the process: its libraries are not made to be unloaded.
-    void* handle = dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
+    void* handle = dlopen(found.file.c_str(), RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
     const auto get_codecs =
         handle == nullptr ? nullptr : reinterpret_cast<decltype(&GetImageCodecs)>(dlsym(handle, "GetImageCodecs"));
     if (get_codecs != nullptr) {
@@ -45,6 +42,17 @@ const LoadedCodecs& GetCodecs() {
 }
 
 }  // namespace
+
+ImageFormatsReport FindImageFormats() {
+  Dl_info self{};
+  if (dladdr(reinterpret_cast<const void*>(&ReadImageFile), &self) == 0 || self.dli_fname == nullptr) {
+    return {{}, "the folder of the host's libraries is unknown"};
+  }
+  const std::filesystem::path file = std::filesystem::path(self.dli_fname).parent_path() / "libHostCodecs.so";
+  std::error_code error;
+  if (std::filesystem::is_regular_file(file, error)) return {file, ""};
+  return {file, "the module of image formats cannot be loaded: there is no " + file.string()};
+}
 
 const char* GetName(SampleType type) {
   switch (type) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <mutex>
 #include <new>
 
@@ -10,8 +11,12 @@
 #include <sys/mman.h>
 #endif
 
+#include "Host/Image/SampleAllocator.h"
+
 namespace ScEng {
 namespace {
+
+std::atomic<SampleAllocator*> other_allocator{nullptr};
 
 constexpr std::align_val_t kAlignment{64};
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
@@ -95,7 +100,10 @@ bool IsKeptSize(std::size_t bytes) { return kRecycle && bytes >= kSmallestKept &
 
 }  // namespace
 
+void SetSampleAllocator(SampleAllocator* allocator) { other_allocator = allocator; }
+
 float* AllocateSamples(std::size_t bytes) {
+  if (SampleAllocator* other = other_allocator) return other->Allocate(bytes);
   if (IsKeptSize(bytes)) {
     if (float* recycled = GetRecycler().Take(bytes)) return recycled;
   }
@@ -115,6 +123,10 @@ float* AllocateSamples(std::size_t bytes) {
 
 void ReleaseSamples(float* samples, std::size_t bytes) noexcept {
   if (samples == nullptr) return;
+  if (SampleAllocator* other = other_allocator) {
+    other->Release(samples, bytes);
+    return;
+  }
   if (IsKeptSize(bytes)) {
     GetRecycler().Keep(samples, bytes);
   } else {

@@ -2,7 +2,6 @@
 #include "Host/Image/SampleRange.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <cmath>
 #include <cstdint>
@@ -12,27 +11,18 @@
 #include <vector>
 
 #include "Tests/HostTestSupport.h"
+#include "Tests/Support/InstructionSets.h"
 
 namespace {
 
 using HostTest::SameSample;
 using ScEng::SampleRange;
+using Testing::OnEveryInstructionSet;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kTiny = std::numeric_limits<float>::denorm_min();
 constexpr float kHuge = std::numeric_limits<float>::max();
-
-/// Calls `body` once with each instruction set that the processor offers in use.
-template <class Body>
-void OnEveryInstructionSet(Body body) {
-  for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
-    SCOPED_TRACE(hwy::TargetName(target));
-    hwy::SetSupportedTargetsForTest(target);
-    body();
-  }
-  hwy::SetSupportedTargetsForTest(0);
-}
 
 /// The definition, sample by sample.
 SampleRange Expected(const float* samples, std::size_t count, bool finite_only) {

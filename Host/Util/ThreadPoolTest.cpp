@@ -5,6 +5,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -137,6 +140,24 @@ TEST(ThreadPool, WaitThrowsTheFirstException) {
   }
   EXPECT_EQ(caught, "first");
 }
+
+#if defined(__linux__)
+std::ptrdiff_t CountThreadsOfTheProcess() {
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  return std::distance(begin(threads), end(threads));
+}
+
+TEST(ThreadPool, ManyPoolsInTurnDoNotGatherThreads) {
+  const std::ptrdiff_t before = CountThreadsOfTheProcess();
+  std::atomic<int> ran = 0;
+  for (int i = 0; i < 500; ++i) {
+    ThreadPool pool(2);
+    for (int task = 0; task < 4; ++task) pool.AddTask([&ran] { ++ran; });
+  }
+  EXPECT_EQ(ran, 2000);
+  EXPECT_LE(CountThreadsOfTheProcess() - before, 16);
+}
+#endif
 
 TEST(ThreadPool, LogsAnExceptionThatNobodyFetches) {
   std::vector<std::string> logged;

@@ -17,7 +17,7 @@ from cli_support import (
     sample_picture,
 )
 
-COMMANDS = ("nodes", "apply", "run", "check", "stats")
+COMMANDS = ("nodes", "apply", "run", "check", "stats", "doctor", "validate")
 
 
 def system_library():
@@ -47,7 +47,7 @@ class UsageTest(ValueTestCase):
         self.assertTrue((result.out + result.err).strip())
 
     def test_options_without_their_value(self):
-        for option in ("--plugin", "--threads", "--max-size"):
+        for option in ("--plugin", "--threads", "--max-size", "--device"):
             with self.subTest(option=option):
                 self.assert_one_error(self.value("nodes", option, code=USAGE), option)
 
@@ -207,7 +207,7 @@ class HelpTest(ValueTestCase):
     def test_options_of_all_commands_are_told(self):
         for command in COMMANDS:
             text = self.value(command, "--help").out
-            for option in ("--plugin", "--threads", "--max-size", "--quiet", "--json"):
+            for option in ("--plugin", "--threads", "--max-size", "--device", "--quiet", "--json"):
                 with self.subTest(command=command, option=option):
                     self.assertIn(option, text)
 

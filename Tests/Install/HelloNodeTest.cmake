@@ -31,6 +31,11 @@ if(NOT run_output MATCHES "HelloContrastNode" OR run_output MATCHES "ImageValueA
   message(FATAL_ERROR "--plugin does not load the example's library in place of the own one:\n${run_output}")
 endif()
 
+run("${prefix}/bin/value" validate "${library}")
+if(NOT run_output MATCHES " 0 failed, 0 skipped\n$")
+  message(FATAL_ERROR "the example's library does not pass every check:\n${run_output}")
+endif()
+
 # (0.75 - 0.5) * 3 + 0.5 = 1.25 exactly.
 run("${prefix}/bin/value" apply ImageRectangleNode --set frame=0,0,3,2 --set color=0.75,0.75,0.75,1
   -o "${WORK_DIR}/grey.exr")

@@ -31,7 +31,7 @@ class PartsNode : public Node {
     UpdateInplugsAndOutplugs();
   }
   [[nodiscard]] NodeType GetNodeType() const override { return type_; }
-  [[nodiscard]] std::string GetName() const override { return "Parts Node"; }
+  [[nodiscard]] std::string GetName() const override { return "Parts Node " + std::to_string(type_.GetNumbers()[2]); }
   bool OnProcessEvent(NodeEvent event) override {
     if (event.kind == NodeEvent::kDropCachedResults) output_.Reset();
     return true;

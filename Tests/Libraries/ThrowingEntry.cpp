@@ -9,5 +9,5 @@ LIBRARY_EXPORT LibraryInterface* GetLibraryInterface() { return MakeLibraryObjec
 LIBRARY_EXPORT std::int32_t GetNumNodeInterfaces() { return 2; }
 LIBRARY_EXPORT NodeInterface* GetNodeInterface(std::uint64_t index) {
   if (index == 1) throw std::runtime_error("the shelf is bare");
-  return new PartsDescriptor(NodeType(900, 1, 6));
+  return index == 0 ? new PartsDescriptor(NodeType(900, 1, 6)) : nullptr;
 }

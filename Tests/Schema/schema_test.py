@@ -118,7 +118,8 @@ class SchemaTest(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
 
     def test_examples(self):
-        files = sorted((REPOSITORY / "Examples").glob("*.json"))
+        folders = [REPOSITORY / "Examples", REPOSITORY / "Docs/Nodes/Examples"]
+        files = sorted(file for folder in folders for file in folder.glob("*.json"))
         self.assertGreater(len(files), 0)
         for file in files:
             with self.subTest(file=file.name):

@@ -6,10 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <initializer_list>
 #include <limits>
 #include <string>
@@ -19,6 +16,7 @@
 #include "Host/Image/Image.h"
 #include "Host/Tools/Node.h"
 #include "Host/Util/RefCounter.h"
+#include "Tests/Support/ImageTesting.h"
 
 namespace Testing {
 
@@ -36,11 +34,6 @@ NodeRef<NodeClass> MakeNode() {
   return NodeRef<NodeClass>(new NodeClass);
 }
 
-/// Equal bits, or both NaN.
-inline bool AreSame(float a, float b) {
-  return (std::isnan(a) && std::isnan(b)) || std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
-}
-
 /// For EXPECT_PRED_FORMAT2: equal bits (so +0.0 is not -0.0), any NaN being equal to any NaN.
 inline testing::AssertionResult SameFloat(const char* actual_text, const char* expected_text, float actual,
                                           float expected) {
@@ -49,10 +42,6 @@ inline testing::AssertionResult SameFloat(const char* actual_text, const char* e
                                      << expected_text << " = " << testing::PrintToString(expected);
 }
 #define EXPECT_SAME(actual, expected) EXPECT_PRED_FORMAT2(::Testing::SameFloat, actual, expected)
-
-inline std::vector<float> GetSamples(const Image& image) {
-  return {image.GetConstArray(), image.GetConstArray() + image.GetNumSamples()};
-}
 
 /// Whether the image is there and holds exactly these samples (bits, any NaN).
 inline testing::AssertionResult HoldsSamples(const Image* image, const std::vector<float>& expected) {
@@ -161,19 +150,6 @@ inline testing::AssertionResult IsInErrorState(const Node& node, const std::stri
   }
   return testing::AssertionSuccess();
 }
-
-/// Sets the largest image size, and back to what it was.
-class MaxSizeScope {
- public:
-  MaxSizeScope(int x, int y) : x_(Image::GetMaxSizeX()), y_(Image::GetMaxSizeY()) { Image::SetMaxSize(x, y); }
-  ~MaxSizeScope() { Image::SetMaxSize(x_, y_); }
-  MaxSizeScope(const MaxSizeScope&) = delete;
-  MaxSizeScope& operator=(const MaxSizeScope&) = delete;
-
- private:
-  int x_;
-  int y_;
-};
 
 inline constexpr const char* kOversize = "Output image is larger than maximum image size.";
 

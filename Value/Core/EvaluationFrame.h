@@ -31,9 +31,3 @@ void FinishEvaluation(Node& node, unsigned evaluation, Image* result, OutputImag
   outputs.Set(result);
   if (result == nullptr) node.SetState(evaluation, Node::State::kError, kOversizeMessage);
 }
-
-/// Puts a node whose algorithm this version of the library does not have into the error state, without output.
-inline void ReportNoEvaluation(Node& node, unsigned evaluation) {
-  node.SetState(evaluation, Node::State::kError,
-                node.GetName() + " cannot be evaluated by this version of the library; a later version is needed.");
-}

@@ -19,6 +19,9 @@ class Rounding {
  public:
   explicit Rounding(int precision_index);
   [[nodiscard]] float Round(float value) const;
+  [[nodiscard]] int GetExponent() const { return exponent_; }
+  /// 10 to the power of the exponent's magnitude.
+  [[nodiscard]] float GetPower() const { return power_; }
 
  private:
   int exponent_;
@@ -28,11 +31,18 @@ class Rounding {
 /// `value` truncated toward zero; -2147483648 for NaN and for what does not fit into 32 bits.
 std::int32_t TruncateToInt32(float value);
 
-/// Writes 1.0 or 0.0 for every pixel of `box` (row by row, dense) by comparing two images of one colour mode.
+/// What an image has at a run of positions: samples, or its outside value.
+struct Span {
+  const float* samples = nullptr;
+  float outside = 0.0F;
+};
+
+/// Writes 1.0 or 0.0 for every pixel of `box`, which is the union of the images' boxes (row by row, dense, aligned to
+/// 64 bytes), by comparing two images of one colour mode.
 ///
 /// With one channel, a position that an image lacks reads as that image's outside value, unrounded. With four channels
 /// the relation must hold in every channel ("different" in any), and a position that an image lacks gives 0.0. Any
-/// other number of channels leaves `results` as they are.
+/// other number of channels gives 0.0 everywhere.
 void Apply(const Image& a, const Image& b, const Rounding& rounding, Relation relation, const ScEng::Box2I& box,
            float* results);
 

@@ -7,9 +7,12 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <random>
 #include <vector>
 
+#include "Tests/Support/InstructionSets.h"
 #include "Tests/Support/ValueTesting.h"
+#include "Value/Nodes/CompareReference.h"
 
 namespace {
 
@@ -173,9 +176,43 @@ TEST(CompareApply, FailsWhereOneOfTwoColourImagesHasNoPixel) {
   for (const Relation relation : kRelations) EXPECT_EQ(Apply(*a, *b, relation)[1], 0.0F);
 }
 
-TEST(CompareApply, LeavesTheResultsOfOtherChannelCountsAlone) {
+TEST(CompareApply, GivesZeroForOtherChannelCounts) {
   const ImageRef a = Testing::MakeImage(1, 1, ColorMode::kPair, {1.0F, 1.0F});
-  for (const Relation relation : kRelations) EXPECT_EQ(Apply(*a, *a, relation), std::vector<float>{7.0F});
+  for (const Relation relation : kRelations) EXPECT_EQ(Apply(*a, *a, relation), std::vector<float>{0.0F});
+}
+
+/// Images that overlap, touch or lie apart, row by row and column by column.
+TEST(CompareApply, GivesWhatTheDefinitionGivesForBoxesOfAllKinds) {
+  std::mt19937 random(11);
+  const auto any = [&](int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); };
+  for (int trial = 0; trial < 400; ++trial) {
+    const unsigned mode = random() % 2 == 0 ? ColorMode::kValue : ColorMode::kColor;
+    const auto make = [&] {
+      const int x = 1 + any(40);
+      const int y = 1 + any(5);
+      std::vector<float> samples(static_cast<std::size_t>(x * y * ColorMode::GetNumChannels(mode)));
+      for (float& sample : samples) {
+        sample = random() % 16 == 0 ? kNan : static_cast<float>(any(3)) + 0.001F * static_cast<float>(any(3));
+      }
+      ImageRef image = Testing::MakeImage(x, y, mode, samples);
+      image->SetPin(any(60) - 30, any(8) - 4);
+      image->SetOutsideValue(static_cast<float>(any(3)));
+      return image;
+    };
+    const ImageRef a = make();
+    const ImageRef b = make();
+    const ScEng::Box2I box = ScEng::Union(a->GetBox(), b->GetBox());
+    const Compare::Rounding rounding(any(20) - 1);
+    const auto relation = static_cast<Relation>(any(6));
+    std::vector<float> expected(static_cast<std::size_t>(box.Width() * box.Height()));
+    Compare::Reference::Apply(*a, *b, rounding, relation, box, expected.data());
+    Testing::OnEveryInstructionSet([&] {
+      std::vector<float> results(expected.size(), 7.0F);
+      Compare::Apply(*a, *b, rounding, relation, box, results.data());
+      ASSERT_EQ(results, expected) << "trial " << trial;
+    });
+    if (HasFatalFailure()) return;
+  }
 }
 
 float AnyFloat() { return std::bit_cast<float>(*rc::gen::arbitrary<std::uint32_t>()); }

@@ -4,8 +4,12 @@
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Core/EvaluationFrame.h"
+#include "Value/Nodes/ComponentEdges.h"
+#include "Value/Nodes/NeighborInputs.h"
 
 namespace {
+
+enum : unsigned { kThreshold, kNeighbors, kSeamless, kInvert };
 
 constexpr AttributeRow kAttributes[] = {
     NumberRow("threshold", 0.1, 0.0, 1.0, 0.01, 3),
@@ -26,8 +30,17 @@ ImageComponentEdgesNode::ImageComponentEdgesNode() {
 NodeType ImageComponentEdgesNode::GetNodeType() const { return kNodeType<ImageComponentEdgesNode>; }
 std::string ImageComponentEdgesNode::GetName() const { return kDisplayName<ImageComponentEdgesNode>; }
 
-void ImageComponentEdgesNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+void ImageComponentEdgesNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   const EvaluatedInputs evaluated(*this, inputs);
-  if (BeginEvaluation(*this, evaluated, output_) == nullptr) return;
-  ReportNoEvaluation(*this, evaluation);
+  const Image* image = BeginEvaluation(*this, evaluated, output_);
+  if (image == nullptr) return;
+  const ScEng::RefPtr<Image> marked(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
+  marked->SetPin(image->GetPinX(), image->GetPinY());
+  marked->SetPivot(image->GetPivotX(), image->GetPivotY());
+  marked->SetValueLowHigh(0.0F, 1.0F);
+  const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kNeighbors, kSeamless);
+  const bool invert = evaluated.GetFlag(kInvert);
+  const ComponentEdges::Marks marks = invert ? ComponentEdges::Marks{1.0F, 0.0F} : ComponentEdges::Marks{0.0F, 1.0F};
+  ComponentEdges::Mark(ViewPixels(*image), rule, marks, marked->GetArray());
+  output_.Set(marked.Get());
 }

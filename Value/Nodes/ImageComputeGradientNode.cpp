@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/ImageComputeGradientNode.h"
 
+#include <optional>
+
+#include "Host/Image/Gradient.h"
 #include "Host/Image/Image.h"
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
-#include "Value/Core/EvaluationFrame.h"
 
 namespace {
+
+enum : unsigned { kSeamless };
+enum : std::size_t { kOutputX, kOutputY };
 
 constexpr AttributeRow kAttributes[] = {
     FlagRow("seamless", true),
@@ -24,17 +29,22 @@ ImageComputeGradientNode::ImageComputeGradientNode() {
 NodeType ImageComputeGradientNode::GetNodeType() const { return kNodeType<ImageComputeGradientNode>; }
 std::string ImageComputeGradientNode::GetName() const { return kDisplayName<ImageComputeGradientNode>; }
 
-void ImageComputeGradientNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+void ImageComputeGradientNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   outputs_.ReleaseAll();
-  const Image* image = EvaluatedInputs(*this, inputs).GetImage(0);
+  const EvaluatedInputs evaluated(*this, inputs);
+  const Image* image = evaluated.GetImage(0);
   if (image == nullptr) return;
-  if (IsEnabled()) {
-    ReportNoEvaluation(*this, evaluation);
+  if (!IsEnabled()) {
+    constexpr float kZero = 0.0F;
+    ImageHeader header = image->GetImageHeader();
+    header.color_mode = ColorMode::kValue;
+    outputs_.Set(kOutputX, new Image(header, &kZero));
+    outputs_.Set(kOutputY, new Image(header, &kZero));
     return;
   }
-  constexpr float kZero = 0.0F;
-  ImageHeader header = image->GetImageHeader();
-  header.color_mode = ColorMode::kValue;
-  outputs_.Set(0, new Image(header, &kZero));
-  outputs_.Set(1, new Image(header, &kZero));
+  std::optional<Image> converted;
+  if (image->GetColorMode() != ColorMode::kValue) image = &converted.emplace(*image, ColorMode::kValue);
+  outputs_.Set(kOutputX, new Image(image->GetImageHeader(), nullptr));
+  outputs_.Set(kOutputY, new Image(image->GetImageHeader(), nullptr));
+  ImageValue::Gradient(*image, *outputs_.Get(kOutputX), *outputs_.Get(kOutputY), evaluated.GetFlag(kSeamless));
 }

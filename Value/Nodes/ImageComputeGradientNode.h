@@ -9,7 +9,8 @@
 #include "Value/Core/NodeRecord.h"
 #include "Value/Core/OutputImages.h"
 
-/// The two components of the gradient of an image. Disabled, both outputs are zero.
+/// The two components of the gradient of an image, reduced to the value mode first: output 0 along x, output 1
+/// downwards. Disabled, both outputs are zero.
 class ImageComputeGradientNode : public Node {
  public:
   static constexpr NodeRecord kRecord{"ImageComputeGradientNode", "Value Gradient", NodeType(10, 320, 48), "Gradient"};

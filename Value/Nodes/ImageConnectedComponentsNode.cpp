@@ -4,8 +4,12 @@
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Core/EvaluationFrame.h"
+#include "Value/Nodes/ComponentLabels.h"
+#include "Value/Nodes/NeighborInputs.h"
 
 namespace {
+
+enum : unsigned { kThreshold, kNeighbors, kSeamless };
 
 constexpr AttributeRow kAttributes[] = {
     NumberRow("threshold", 0.1, 0.0, 1.0, 0.01, 3),
@@ -25,8 +29,15 @@ ImageConnectedComponentsNode::ImageConnectedComponentsNode() {
 NodeType ImageConnectedComponentsNode::GetNodeType() const { return kNodeType<ImageConnectedComponentsNode>; }
 std::string ImageConnectedComponentsNode::GetName() const { return kDisplayName<ImageConnectedComponentsNode>; }
 
-void ImageConnectedComponentsNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+void ImageConnectedComponentsNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   const EvaluatedInputs evaluated(*this, inputs);
-  if (BeginEvaluation(*this, evaluated, output_) == nullptr) return;
-  ReportNoEvaluation(*this, evaluation);
+  const Image* image = BeginEvaluation(*this, evaluated, output_);
+  if (image == nullptr) return;
+  const ScEng::RefPtr<Image> labels(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
+  labels->SetPin(image->GetPinX(), image->GetPinY());
+  labels->SetPivot(image->GetPivotX(), image->GetPivotY());
+  const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kNeighbors, kSeamless);
+  const float count = ComponentLabels::Label(ViewPixels(*image), rule, labels->GetArray());
+  labels->SetValueLowHigh(0.0F, count - 1.0F);
+  output_.Set(labels.Get());
 }

@@ -1,11 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/ImageEuclideanDistanceNode.h"
 
+#include "Host/Image/EuclideanDistance.h"
+#include "Host/Image/Image.h"
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Core/EvaluationFrame.h"
 
 namespace {
+
+enum : unsigned { kSeamless, kNormalize };
+
+/// What separates a set pixel from one that is not.
+constexpr float kLevel = 0.5F;
 
 constexpr AttributeRow kAttributes[] = {
     FlagRow("seamless", true),
@@ -24,8 +31,11 @@ ImageEuclideanDistanceNode::ImageEuclideanDistanceNode() {
 NodeType ImageEuclideanDistanceNode::GetNodeType() const { return kNodeType<ImageEuclideanDistanceNode>; }
 std::string ImageEuclideanDistanceNode::GetName() const { return kDisplayName<ImageEuclideanDistanceNode>; }
 
-void ImageEuclideanDistanceNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+void ImageEuclideanDistanceNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   const EvaluatedInputs evaluated(*this, inputs);
-  if (BeginEvaluation(*this, evaluated, output_) == nullptr) return;
-  ReportNoEvaluation(*this, evaluation);
+  const Image* image = BeginEvaluation(*this, evaluated, output_);
+  if (image == nullptr) return;
+  const bool seamless = evaluated.GetFlag(kSeamless);
+  const bool normalize = evaluated.GetFlag(kNormalize);
+  output_.Set(EuclideanDistance(*image, kLevel, normalize, seamless));
 }

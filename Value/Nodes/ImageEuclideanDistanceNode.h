@@ -9,7 +9,10 @@
 #include "Value/Core/NodeRecord.h"
 #include "Value/Core/OutputImages.h"
 
-/// The Euclidean distance of every pixel to the nearest one above 0.5.
+/// The Euclidean distance of every pixel, in pixels, to the nearest one whose value is above 0.5. "seamless" measures
+/// across the image's borders, "normalize" divides by the largest distance.
+///
+/// Where the distances cannot be allocated there is no output, and no error.
 class ImageEuclideanDistanceNode : public Node {
  public:
   static constexpr NodeRecord kRecord{"ImageEuclideanDistanceNode", "Distance", NodeType(10, 288, 74), "Distance"};

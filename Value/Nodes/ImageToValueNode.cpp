@@ -44,20 +44,21 @@ void ImageToValueNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) 
   const float low = evaluated.GetNumber(kLow);
   const float high = evaluated.GetNumber(kHigh);
 
-  auto* output = new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, &low);
+  auto* output = new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr);
   output_.Set(output);
   output->SetPin(image->GetPinX(), image->GetPinY());
   output->SetPivot(image->GetPivotX(), image->GetPivotY());
   output->SetValueLowHigh(low, high);
 
+  // The range is measured ahead only where the result depends on it; it is found on the way where it does not.
+  const bool auto_level = evaluated.GetFlag(kAutoLevel);
+  const unsigned mode = image->GetColorMode();
+  const float* samples = image->GetConstArray();
   const std::size_t pixels = output->GetNumSamples();
-  const ToValue::Range measured =
-      ToValue::Reduce(image->GetConstArray(), image->GetColorMode(), output->GetArray(), pixels);
-  Log::Info("Value.dll ImageToValue::Evaluate. Input range %f - %f", static_cast<double>(measured.from),
-            static_cast<double>(measured.to));
-
-  const ToValue::Range nominal =
-      ToValue::GetNominalRange(image->GetColorMode(), image->GetValueLow(), image->GetValueHigh(), measured);
-  const ToValue::Range source = ToValue::ChooseRange(nominal, measured, evaluated.GetFlag(kAutoLevel));
-  ToValue::Remap(output->GetArray(), pixels, source, low, high);
+  const ValueRange ahead = auto_level ? ToValue::Measure(samples, mode, pixels) : ValueRange();
+  const ValueRange nominal = ToValue::GetNominalRange(mode, {image->GetValueLow(), image->GetValueHigh()}, ahead);
+  const ValueRange source = ToValue::ChooseRange(nominal, ahead, auto_level);
+  const ValueRange measured = ToValue::Map(samples, mode, output->GetArray(), pixels, source, low, high);
+  Log::Info("Value.dll ImageToValue::Evaluate. Input range %f - %f", static_cast<double>(measured.low),
+            static_cast<double>(measured.high));
 }

@@ -36,9 +36,8 @@ constexpr OutputRow kOutputs[] = {
     {"image_a_g_b", "a > b", Compare::Relation::kGreater},
 };
 
-/// A result of zeros over a box, pinned where image a is.
+/// A result over a box, pinned where image a is, its samples unset.
 Image* MakeUnion(const Image& a, const ScEng::Box2I& box) {
-  constexpr float kZero = 0.0F;
   ImageHeader header = ImageHeader::Fresh(0, 0, ColorMode::kValue);
   // Beyond the 32-bit range every size is beyond the maximum, which the constructor refuses.
   constexpr std::int64_t kLargest = INT32_MAX;
@@ -48,7 +47,7 @@ Image* MakeUnion(const Image& a, const ScEng::Box2I& box) {
   header.pin_y = a.GetPinY();
   header.pivot_x = static_cast<float>(a.GetPinX() - box.left) / static_cast<float>(header.size_x);
   header.pivot_y = static_cast<float>(a.GetPinY() - box.top) / static_cast<float>(header.size_y);
-  return new Image(header, &kZero);
+  return new Image(header, nullptr);
 }
 
 }  // namespace
@@ -89,8 +88,11 @@ void ImageValueCompareNode::Evaluate(unsigned evaluation, const std::vector<Plug
   const ScEng::Box2I box = ScEng::Union(a->GetBox(), b->GetBox());
   Image* output = MakeUnion(*a, box);
   outputs_.Set(evaluation, output);
-  // Images of different colour modes do not compare: zero over both boxes, which the whole image is already.
-  if (a->GetColorMode() != b->GetColorMode()) return;
+  if (a->GetColorMode() != b->GetColorMode()) {
+    // Images of different colour modes do not compare.
+    std::fill_n(output->GetArray(), output->GetNumSamples(), 0.0F);
+    return;
+  }
   const Compare::Rounding rounding(evaluated.GetChoiceIndex(kPrecision));
   Compare::Apply(*a, *b, rounding, kOutputs[evaluation].relation, box, output->GetArray());
 }

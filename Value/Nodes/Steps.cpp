@@ -1,10 +1,59 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Steps.h"
 
-#include <cmath>
 #include <limits>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Value/Nodes/Steps.cpp"
+#include <hwy/foreach_target.h>
+
+#include "Value/Core/PixelLoops-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Steps::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+namespace loops = PixelLoops::HWY_NAMESPACE;
+
+using loops::D;
+using loops::V;
+
+struct Quantizer {
+  float low;
+  float inverse;
+  float levels;
+  float spacing;
+
+  HWY_INLINE V operator()(V v) const {
+    const D d;
+    const V t = hn::Mul(hn::Sub(v, hn::Set(d, low)), hn::Set(d, inverse));
+    const V place = hn::Mul(t, hn::Set(d, levels));
+    // The floor of a float is a float, so the detour over double precision changes nothing. Instruction sets without
+    // rounding lose the sign of a zero.
+    const V k = hn::CopySign(hn::Floor(place), place);
+    return hn::Add(hn::Mul(k, hn::Set(d, spacing)), hn::Set(d, low));
+  }
+};
+
+void QuantizeAny(const float* samples, std::size_t stride, float* values, std::size_t pixels, std::int32_t count,
+                 float low, float high) {
+  const float level = 1.0F / static_cast<float>(count - 1);
+  const float span = high - low;
+  Quantizer quantizer{low, 1.0F / span, static_cast<float>(count), span * level};
+  const bool streamed = PixelLoops::IsStreamed(pixels);
+  switch (stride) {
+    case 1: loops::Transform<loops::OnlyChannel>(samples, values, pixels, streamed, quantizer); break;
+    case 2: loops::Transform<loops::FirstOfTwo>(samples, values, pixels, streamed, quantizer); break;
+    default: loops::Transform<loops::OneOfFour<0>>(samples, values, pixels, streamed, quantizer); break;
+  }
+}
+
+}  // namespace Steps::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace Steps {
+
+HWY_EXPORT(QuantizeAny);
 
 std::int32_t GetCount(float steps) {
   constexpr std::int32_t kFewest = 2;
@@ -16,16 +65,8 @@ std::int32_t GetCount(float steps) {
 
 void Quantize(const float* samples, std::size_t stride, float* values, std::size_t pixels, std::int32_t count,
               float low, float high) {
-  const float level = 1.0F / static_cast<float>(count - 1);
-  const auto levels = static_cast<float>(count);
-  const float span = high - low;
-  const float inverse = 1.0F / span;
-  const float spacing = span * level;
-  for (std::size_t i = 0; i < pixels; ++i) {
-    const float t = (samples[i * stride] - low) * inverse;
-    const auto k = static_cast<float>(std::floor(static_cast<double>(t * levels)));
-    values[i] = k * spacing + low;
-  }
+  HWY_DYNAMIC_DISPATCH(QuantizeAny)(samples, stride, values, pixels, count, low, high);
 }
 
 }  // namespace Steps
+#endif

@@ -2,9 +2,9 @@
 //
 // Gives the host's evaluator a loop for each operation of this library, so that its formula runs over a row of samples
 // without a virtual call each. The loops call the very functions that the virtual calls end in: one formula, two ways
-// in. They are registered while the library is loaded and taken back when it leaves, like its icons.
+// in. The compiler turns them into vector code once per instruction set. They are registered while the library is
+// loaded and taken back when it leaves, like its icons.
 
-#include <concepts>
 #include <cstddef>
 #include <type_traits>
 #include <typeinfo>
@@ -15,7 +15,58 @@
 #include "Value/Operations/FunctionOperations.h"
 #include "Value/Operations/ThresholdValueOperation.h"
 
-namespace {
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Value/Operations/OperationLoops.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#ifndef VALUE_OPERATION_LISTS
+#define VALUE_OPERATION_LISTS
+
+namespace OperationLoops {
+
+template <class... Operations>
+struct List {};
+
+/// Operations whose two-value form uses both values.
+using TwoValueOperations = List<AdditionOperation, SubtractionOperation, MultiplicationOperation, DivideOperation,
+                                PowerOperation, MinimumOperation, MaximumOperation>;
+
+/// Operations whose two-value form ignores the second value.
+using OneValueOperations =
+    List<ConditionValEqMinOperation, ConditionValDiffMinOperation, ConditionValEqMaxOperation,
+         ConditionValDiffMaxOperation, ConditionValLtAOperation, ConditionValLteAOperation, ConditionValEqAOperation,
+         ConditionValGteAOperation, ConditionValGtAOperation, ConditionALtValLtBOperation, ConditionALteValLtBOperation,
+         ConditionALtValLteBOperation, ConditionALteValLteBOperation, ThresholdValueOperation, SineValueOperation,
+         CosineValueOperation, TangentValueOperation, ArcSineValueOperation, ArcCosineValueOperation,
+         ArcTangentValueOperation, FloorValueOperation, CeilValueOperation, AbsoluteValueOperation,
+         InverseValueOperation, LogValueOperation, Log2ValueOperation, Log10ValueOperation, ExponentialValueOperation,
+         SquareRootValueOperation, CubicRootValueOperation, DegToRadValueOperation, RadToDegValueOperation>;
+
+/// The place of an operation in its list.
+template <class Operation, class... Operations>
+constexpr std::size_t IndexIn(List<Operations...>) {
+  std::size_t index = 0;
+  static_cast<void>(((std::is_same_v<Operation, Operations> || (++index, false)) || ...));
+  return index;
+}
+
+using One = ScEng::ValueOperationLoops::One;
+using Two = ScEng::ValueOperationLoops::Two;
+
+/// The loops of one instruction set, in the order of the lists.
+struct Tables {
+  const One* one_of_two_value;
+  const Two* two;
+  const One* one;
+};
+
+}  // namespace OperationLoops
+
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace OperationLoops::HWY_NAMESPACE {
 
 // The operation is copied, so that the compiler sees that no sample written can change a constant.
 
@@ -32,47 +83,99 @@ void LoopTwo(const ValueOperation& operation, const float* __restrict first, con
   for (std::size_t i = 0; i < count; ++i) to[i] = copy.Operation::Compute(first[i], second[i]);
 }
 
-/// The two-value form of an operation that ignores the second value.
+template <ThresholdProfile::Function kShape>
+void LoopShape(const ThresholdValueOperation& operation, const float* __restrict values, float* __restrict to,
+               std::size_t count) {
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is for the compiler, see above.
+  const ThresholdValueOperation copy = operation;
+  for (std::size_t i = 0; i < count; ++i) to[i] = copy.ComputeWith(values[i], kShape);
+}
+
+/// A loop per shape, since a call through a pointer would stand in the way of vector code.
+template <>
+void LoopOne<ThresholdValueOperation>(const ValueOperation& operation, const float* __restrict values,
+                                      float* __restrict to, std::size_t count) {
+  const auto& threshold = static_cast<const ThresholdValueOperation&>(operation);
+  if (threshold.profile == ThresholdProfile::Smooth) {
+    LoopShape<ThresholdProfile::Smooth>(threshold, values, to, count);
+  } else if (threshold.profile == ThresholdProfile::ArcOut) {
+    LoopShape<ThresholdProfile::ArcOut>(threshold, values, to, count);
+  } else if (threshold.profile == ThresholdProfile::ArcIn) {
+    LoopShape<ThresholdProfile::ArcIn>(threshold, values, to, count);
+  } else {
+    LoopShape<ThresholdProfile::Linear>(threshold, values, to, count);
+  }
+}
+
+template <class... Operations>
+const One* MakeOnes(List<Operations...>) {
+  static constexpr One kLoops[] = {LoopOne<Operations>...};
+  return kLoops;
+}
+
+template <class... Operations>
+const Two* MakeTwos(List<Operations...>) {
+  static constexpr Two kLoops[] = {LoopTwo<Operations>...};
+  return kLoops;
+}
+
+Tables GetTables() {
+  return {MakeOnes(TwoValueOperations{}), MakeTwos(TwoValueOperations{}), MakeOnes(OneValueOperations{})};
+}
+
+}  // namespace OperationLoops::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace OperationLoops {
+namespace {
+
+HWY_EXPORT(GetTables);
+
+// What is registered looks up the instruction set at every call, that is once per block of samples.
+
 template <class Operation>
-void LoopFirst(const ValueOperation& operation, const float* __restrict first, const float* __restrict,
-               float* __restrict to, std::size_t count) {
-  LoopOne<Operation>(operation, first, to, count);
+void OneOfTwoValue(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
+  constexpr std::size_t kIndex = IndexIn<Operation>(TwoValueOperations{});
+  HWY_DYNAMIC_DISPATCH(GetTables)().one_of_two_value[kIndex](operation, values, to, count);
 }
 
 template <class Operation>
-concept ReadsRange =
-    std::same_as<Operation, ConditionValEqMinOperation> || std::same_as<Operation, ConditionValDiffMinOperation> ||
-    std::same_as<Operation, ConditionValEqMaxOperation> || std::same_as<Operation, ConditionValDiffMaxOperation>;
-
-template <class... Operations>
-struct List {};
-
-using TwoValueOperations = List<AdditionOperation, SubtractionOperation, MultiplicationOperation, DivideOperation,
-                                PowerOperation, MinimumOperation, MaximumOperation>;
-using OneValueOperations =
-    List<ConditionValEqMinOperation, ConditionValDiffMinOperation, ConditionValEqMaxOperation,
-         ConditionValDiffMaxOperation, ConditionValLtAOperation, ConditionValLteAOperation, ConditionValEqAOperation,
-         ConditionValGteAOperation, ConditionValGtAOperation, ConditionALtValLtBOperation, ConditionALteValLtBOperation,
-         ConditionALtValLteBOperation, ConditionALteValLteBOperation, ThresholdValueOperation, SineValueOperation,
-         CosineValueOperation, TangentValueOperation, ArcSineValueOperation, ArcCosineValueOperation,
-         ArcTangentValueOperation, FloorValueOperation, CeilValueOperation, AbsoluteValueOperation,
-         InverseValueOperation, LogValueOperation, Log2ValueOperation, Log10ValueOperation, ExponentialValueOperation,
-         SquareRootValueOperation, CubicRootValueOperation, DegToRadValueOperation, RadToDegValueOperation>;
+void TwoValues(const ValueOperation& operation, const float* first, const float* second, float* to, std::size_t count) {
+  constexpr std::size_t kIndex = IndexIn<Operation>(TwoValueOperations{});
+  HWY_DYNAMIC_DISPATCH(GetTables)().two[kIndex](operation, first, second, to, count);
+}
 
 template <class Operation>
-void Register(ScEng::ValueOperationLoops::Two two) {
+void OneValue(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
+  constexpr std::size_t kIndex = IndexIn<Operation>(OneValueOperations{});
+  HWY_DYNAMIC_DISPATCH(GetTables)().one[kIndex](operation, values, to, count);
+}
+
+template <class Operation>
+void FirstValue(const ValueOperation& operation, const float* first, const float*, float* to, std::size_t count) {
+  OneValue<Operation>(operation, first, to, count);
+}
+
+/// Whether the operation asks for the range of the samples before it starts.
+template <class Operation>
+constexpr bool kReadsRange = IndexIn<Operation>(List<ConditionValEqMinOperation, ConditionValDiffMinOperation,
+                                                     ConditionValEqMaxOperation, ConditionValDiffMaxOperation>{}) < 4;
+
+template <class Operation>
+void Register(One one, Two two) {
   static_assert(std::is_trivially_destructible_v<Operation>, "operations are freed without a destructor call");
-  ScEng::RegisterValueOperationLoops(typeid(Operation), {LoopOne<Operation>, two, ReadsRange<Operation>});
+  ScEng::RegisterValueOperationLoops(typeid(Operation), {one, two, kReadsRange<Operation>});
 }
 
 template <class... Operations>
 void RegisterTwoValue(List<Operations...>) {
-  (Register<Operations>(LoopTwo<Operations>), ...);
+  (Register<Operations>(OneOfTwoValue<Operations>, TwoValues<Operations>), ...);
 }
 
 template <class... Operations>
 void RegisterOneValue(List<Operations...>) {
-  (Register<Operations>(LoopFirst<Operations>), ...);
+  (Register<Operations>(OneValue<Operations>, FirstValue<Operations>), ...);
 }
 
 template <class... Operations>
@@ -94,3 +197,5 @@ struct Registration {
 const Registration registration;
 
 }  // namespace
+}  // namespace OperationLoops
+#endif

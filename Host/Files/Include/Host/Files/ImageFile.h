@@ -58,4 +58,13 @@ HOST_FILES_API Status WriteImageFile(const Image& image, const std::filesystem::
 /// Writes bytes to a file in the same all-or-nothing way.
 HOST_FILES_API Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes);
 
+/// Where the module of image formats should be, and what is wrong with it; `problem` is empty where nothing is.
+struct ImageFormatsReport {
+  std::filesystem::path file;
+  std::string problem;
+};
+
+/// Looks for the module without loading it.
+HOST_FILES_API ImageFormatsReport FindImageFormats();
+
 }  // namespace ScEng

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Ambient occlusion of a field of heights: for each pixel the mean over 16 directions of 1 / (1 + T * T), T being the
+// steepest rise, at least 0, to one of the steps along that direction.
+//
+// Built with these definitions:
+//
+//   REAL       float or double, the type of heights
+//   LANES      neighbouring pixels of a row that one vector holds: 1, 2, 4, 8 or 16
+//   ROWS       rows of such vectors that are computed together: a tile is LANES x ROWS pixels
+//   TILES      tiles side by side that one work-item computes
+//   SHARING    rows of a tile that share a window; ROWS is a multiple of it
+//   LEAST      rises up to this count as none
+//
+// Heights have a margin on each side that holds what lies beyond the border, so that no step asks for borders.
+
+#ifdef USES_DOUBLE
+#pragma OPENCL EXTENSION cl_khr_fp64 : enable
+#endif
+
+#define JOIN_(a, b) a##b
+#define JOIN(a, b) JOIN_(a, b)
+
+#if LANES == 1
+typedef REAL Vector;
+typedef float FloatVector;
+#define LOAD(from) (*(from))
+#define STORE(values, to) (*(to) = (values))
+#define TO_FLOAT(values) ((float)(values))
+#define ANY(flags) (flags)
+#else
+typedef JOIN(REAL, LANES) Vector;
+typedef JOIN(float, LANES) FloatVector;
+#define LOAD(from) JOIN(vload, LANES)(0, from)
+#define STORE(values, to) JOIN(vstore, LANES)(values, 0, to)
+#define TO_FLOAT(values) JOIN(convert_float, LANES)(values)
+#define ANY(flags) any(flags)
+#endif
+
+// Compilers may fuse products and sums, which is faster and at least as exact.
+#pragma OPENCL FP_CONTRACT ON
+
+#define UNROLL _Pragma("unroll")
+#define DIRECTIONS 16
+
+/// The highest of each window of twice the side, from those of the windows of `side` pixels along each side (heights
+/// are windows of one). A window is named by its upper left pixel and is cut off at the last row.
+kernel void WidenWindows(global const REAL* from, int from_plane, global REAL* to, int to_plane, int side, int stride,
+                         int size_y) {
+  const int x = get_global_id(0) * LANES;
+  const int y = get_global_id(1);
+  if (x >= stride || y >= size_y) return;
+  from += from_plane;
+  to += to_plane;
+  const size_t row = (size_t)y * stride + x;
+  const size_t below = (size_t)min(y + side, size_y - 1) * stride + x;
+  STORE(max(max(LOAD(from + row), LOAD(from + row + side)), max(LOAD(from + below), LOAD(from + below + side))),
+        to + row);
+}
+
+/// `offsets`, `shares` and `inverses` have one entry per direction and step: where the step's first pixel lies, the
+/// bilinear shares of its left and right, upper and lower pixels, the latter two divided by the step's length, and that
+/// length's inverse. The directions along rows and columns meet pixels exactly and use the first pixel alone.
+///
+/// Steps are taken in `groups`: the first step, one past the last, and the place of the window that holds all pixels
+/// that they read, relative to the place of the pixel that looks in `windows`. Those of a direction begin at its entry
+/// in `group_starts`. `margin` is the place of the first pixel in a row of heights and in a column.
+kernel void Occlude(global const REAL* heights, global const REAL* windows, int stride, int margin,
+                    global const int* offsets, global const REAL* shares, global const REAL* inverses, int steps,
+                    global const int* group_starts, global const int4* groups, global float* result, int size_x,
+                    int size_y) {
+  const int first_x = get_global_id(0) * (LANES * TILES);
+  const int y = get_global_id(1) * ROWS;
+  if (first_x >= size_x || y >= size_y) return;
+  const int tiles = min(TILES, (size_x - first_x + LANES - 1) / LANES);
+  const size_t first_place = (size_t)(y + margin) * stride + (first_x + margin);
+
+  Vector openness[TILES][ROWS];
+  for (int tile = 0; tile < tiles; ++tile) {
+    UNROLL for (int row = 0; row < ROWS; ++row) openness[tile][row] = (Vector)0;
+  }
+  // Neighbouring tiles look along one direction after each other, since they read the same heights.
+  for (int direction = 0; direction < DIRECTIONS; ++direction) {
+    const bool meets_pixels = (direction & 3) == 0;
+    for (int tile = 0; tile < tiles; ++tile) {
+      const size_t place = first_place + tile * LANES;
+      const global REAL* first = heights + place;
+      // Minus the heights of the tile.
+      Vector depth[ROWS];
+      Vector steepest[ROWS];
+      UNROLL for (int row = 0; row < ROWS; ++row) {
+        depth[row] = -LOAD(first + (size_t)row * stride);
+        steepest[row] = (Vector)LEAST;
+      }
+      for (int group = group_starts[direction]; group < group_starts[direction + 1]; ++group) {
+        const int begin = groups[group].x;
+        const int end = groups[group].y;
+        // A group whose highest pixel, as near as its nearest, would be no steeper rise is left out.
+        const global REAL* window = windows + place + groups[group].z;
+        const Vector nearest = (Vector)inverses[begin];
+        Vector excess = (Vector)0;
+        UNROLL for (int row = 0; row < ROWS; row += SHARING) {
+          const Vector highest = LOAD(window + (size_t)row * stride);
+          UNROLL for (int next = row; next < row + SHARING; ++next) {
+            excess = max(excess, (highest + depth[next]) * nearest - steepest[next]);
+          }
+        }
+        if (!ANY(excess > (Vector)0)) continue;
+
+        for (int step = begin; step < end; ++step) {
+          const int at = direction * steps + step;
+          const global REAL* there = first + offsets[at];
+          const Vector inverse = (Vector)inverses[step];
+          if (meets_pixels) {
+            UNROLL for (int row = 0; row < ROWS; ++row) {
+              const Vector rise = (LOAD(there + (size_t)row * stride) + depth[row]) * inverse;
+              steepest[row] = rise > steepest[row] ? rise : steepest[row];
+            }
+            continue;
+          }
+          const Vector left = (Vector)shares[4 * at];
+          const Vector right = (Vector)shares[4 * at + 1];
+          const Vector upper = (Vector)shares[4 * at + 2];
+          const Vector lower = (Vector)shares[4 * at + 3];
+          Vector above = LOAD(there + 1) * right + LOAD(there) * left;
+          UNROLL for (int row = 0; row < ROWS; ++row) {
+            there += stride;
+            const Vector below = LOAD(there + 1) * right + LOAD(there) * left;
+            const Vector rise = below * lower + (above * upper + depth[row] * inverse);
+            steepest[row] = rise > steepest[row] ? rise : steepest[row];
+            above = below;
+          }
+        }
+      }
+      UNROLL for (int row = 0; row < ROWS; ++row) {
+        const Vector share = (Vector)1 / (steepest[row] * steepest[row] + (Vector)1);
+        openness[tile][row] += steepest[row] > (Vector)LEAST ? share : (Vector)1;
+      }
+    }
+  }
+
+  for (int tile = 0; tile < tiles; ++tile) {
+    const int x = first_x + tile * LANES;
+    for (int row = 0; row < ROWS && y + row < size_y; ++row) {
+      const FloatVector mean = TO_FLOAT(openness[tile][row] * (Vector)((REAL)1 / DIRECTIONS));
+      global float* to = result + (size_t)(y + row) * size_x + x;
+      if (x + LANES <= size_x) {
+        STORE(mean, to);
+        continue;
+      }
+#if LANES > 1
+      float lanes[LANES];
+      STORE(mean, lanes);
+      for (int lane = 0; x + lane < size_x; ++lane) to[lane] = lanes[lane];
+#endif
+    }
+  }
+}

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Gpu/OcclusionPlan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <numbers>
+
+namespace Gpu {
+namespace {
+
+/// Cosine of a multiple of a sixteenth of the circle, exact along rows and columns.
+double Cosine(int direction) {
+  switch (direction % kDirections) {
+    case 0: return 1.0;
+    case 4:
+    case 12: return 0.0;
+    case 8: return -1.0;
+    default: return std::cos(2.0 * std::numbers::pi * direction / kDirections);
+  }
+}
+
+OcclusionPlan::Step MakeStep(int direction, int length) {
+  const double x = length * Cosine(direction);
+  // The sine is the cosine a quarter before.
+  const double y = length * Cosine(direction + kDirections - kDirections / 4);
+  const double left = std::floor(x);
+  const double top = std::floor(y);
+  OcclusionPlan::Step step;
+  step.x = static_cast<int>(left);
+  step.y = static_cast<int>(top);
+  step.right = x - left;
+  step.left = 1.0 - step.right;
+  step.lower = (y - top) / length;
+  step.upper = (1.0 - (y - top)) / length;
+  return step;
+}
+
+/// The window for groups that begin at a step: larger farther out, where a bound may be taken at a nearer step than
+/// the highest pixel's without becoming much larger.
+int ChooseWindow(int first) { return first < 40 ? 0 : 1; }
+
+/// The longest group that begins at a step and whose pixels one window holds.
+OcclusionPlan::Group MakeGroup(const OcclusionPlan::Step* along, int first, int num_steps, bool meets_pixels,
+                               int sharing) {
+  OcclusionPlan::Group group;
+  group.first = first;
+  group.end = first;
+  group.window = ChooseWindow(first);
+  const int side = OcclusionPlan::kSmallestWindow << group.window;
+  const int read = meets_pixels ? 1 : 2;
+  int left = along[first].x;
+  int right = left;
+  int top = along[first].y;
+  int bottom = top;
+  for (; group.end < num_steps; ++group.end) {
+    const OcclusionPlan::Step& step = along[group.end];
+    const auto [new_left, new_right] = std::minmax({left, right, step.x});
+    const auto [new_top, new_bottom] = std::minmax({top, bottom, step.y});
+    if (std::max(new_right - new_left, new_bottom - new_top + sharing - 1) + read > side) break;
+    left = new_left;
+    right = new_right;
+    top = new_top;
+    bottom = new_bottom;
+  }
+  group.x = left;
+  group.y = top;
+  return group;
+}
+
+}  // namespace
+
+OcclusionPlan::OcclusionPlan(int steps_per_direction, int sharing) : num_steps(steps_per_direction) {
+  for (int direction = 0; direction < kDirections; ++direction) {
+    for (int step = 0; step < num_steps; ++step) steps.push_back(MakeStep(direction, step + 1));
+    const Step* const along = steps.data() + steps.size() - static_cast<std::size_t>(num_steps);
+    group_starts.push_back(static_cast<int>(groups.size()));
+    for (int first = 0; first < num_steps; first = groups.back().end) {
+      groups.push_back(MakeGroup(along, first, num_steps, MeetsPixels(direction), sharing));
+    }
+  }
+  group_starts.push_back(static_cast<int>(groups.size()));
+}
+
+}  // namespace Gpu

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <vector>
+
+#include "Host/Gpu/Api.h"
+
+namespace Gpu {
+
+inline constexpr int kDirections = 16;
+
+/// The steps of ambient occlusion, worked out once per run: where each step's four pixels lie and what they share, and
+/// the groups in which steps are taken or left out together.
+struct HOST_GPU_API OcclusionPlan {
+  /// A step along one direction: its first pixel, relative to the pixel that looks, and the bilinear shares of left
+  /// and right, upper and lower pixels; `upper` and `lower` are divided by the step's length.
+  struct Step {
+    int x = 0;
+    int y = 0;
+    double left = 0.0;
+    double right = 0.0;
+    double upper = 0.0;
+    double lower = 0.0;
+  };
+  /// Steps from `first` to before `end` (step n is n + 1 pixels long), and the window that holds all pixels that they
+  /// read: its upper left pixel, relative to the pixel that looks, and its size, window 0 being `kSmallestWindow`
+  /// pixels along each side and each further one twice that.
+  struct Group {
+    int first = 0;
+    int end = 0;
+    int window = 0;
+    int x = 0;
+    int y = 0;
+  };
+  static constexpr int kSmallestWindow = 8;
+  static constexpr int kNumWindows = 2;
+  static constexpr int kLargestWindow = kSmallestWindow << (kNumWindows - 1);
+
+  /// `sharing` rows of pixels, one below the other, share the windows of the first.
+  OcclusionPlan(int steps, int sharing);
+
+  /// Directions 0, 4, 8 and 12 run along rows and columns: their steps meet pixels exactly and read one.
+  static bool MeetsPixels(int direction) { return direction % 4 == 0; }
+
+  int num_steps = 0;
+  /// `num_steps` for each direction.
+  std::vector<Step> steps;
+  /// Direction by direction; `group_starts` has the first of each, and at its end the number of all.
+  std::vector<Group> groups;
+  std::vector<int> group_starts;
+};
+
+}  // namespace Gpu

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Gpu/OcclusionPlan.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <numbers>
+
+namespace {
+
+using Gpu::OcclusionPlan;
+
+TEST(OcclusionPlan, PutsTheSharesOfEachStepAtItsPlace) {
+  const OcclusionPlan plan(100, 1);
+  for (int direction = 0; direction < 16; ++direction) {
+    for (int length = 1; length <= 100; ++length) {
+      const auto& step = plan.steps[static_cast<std::size_t>(direction * 100 + length - 1)];
+      const double angle = std::numbers::pi * direction / 8.0;
+      EXPECT_NEAR(step.x + step.right, length * std::cos(angle), 1e-12);
+      EXPECT_NEAR(step.y + step.lower * length, length * std::sin(angle), 1e-12);
+      EXPECT_NEAR(step.left + step.right, 1.0, 1e-15);
+      EXPECT_NEAR(step.upper + step.lower, 1.0 / length, 1e-15);
+      EXPECT_GE(step.right, 0.0);
+      EXPECT_GE(step.lower, 0.0);
+    }
+  }
+}
+
+TEST(OcclusionPlan, MeetsPixelsExactlyAlongRowsAndColumns) {
+  const OcclusionPlan plan(7, 1);
+  const int x[] = {7, 0, -7, 0};
+  const int y[] = {0, 7, 0, -7};
+  for (int quarter = 0; quarter < 4; ++quarter) {
+    EXPECT_TRUE(OcclusionPlan::MeetsPixels(4 * quarter));
+    const auto& last = plan.steps[static_cast<std::size_t>(4 * quarter * 7 + 6)];
+    EXPECT_EQ(last.x, x[quarter]);
+    EXPECT_EQ(last.y, y[quarter]);
+    EXPECT_EQ(last.right, 0.0);
+    EXPECT_EQ(last.lower, 0.0);
+  }
+}
+
+TEST(OcclusionPlan, HasEveryStepInOneGroupWhoseWindowHoldsItsPixels) {
+  for (const int steps : {1, 2, 3, 10, 99, 1024}) {
+    for (const int sharing : {1, 4}) {
+      const OcclusionPlan plan(steps, sharing);
+      ASSERT_EQ(plan.group_starts.size(), 17U);
+      for (std::size_t direction = 0; direction < 16; ++direction) {
+        int next = 0;
+        for (int i = plan.group_starts[direction]; i < plan.group_starts[direction + 1]; ++i) {
+          const auto& group = plan.groups[static_cast<std::size_t>(i)];
+          EXPECT_EQ(group.first, next);
+          ASSERT_GT(group.end, group.first);
+          next = group.end;
+          const int side = group.window == 0 ? 8 : 16;
+          for (int step = group.first; step < group.end; ++step) {
+            const auto& along =
+                plan.steps[direction * static_cast<std::size_t>(steps) + static_cast<std::size_t>(step)];
+            const int beyond = direction % 4 == 0 ? 0 : 1;
+            EXPECT_GE(along.x, group.x);
+            EXPECT_GE(along.y, group.y);
+            EXPECT_LT(along.x + beyond, group.x + side);
+            EXPECT_LT(along.y + beyond + sharing - 1, group.y + side);
+          }
+        }
+        EXPECT_EQ(next, steps);
+      }
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,267 @@
+"""Ambient occlusion by `value apply`, the choice of a device, and `value doctor`."""
+
+import math
+import os
+import shutil
+import subprocess
+from pathlib import Path
+
+import numpy as np
+
+from cli_support import (
+    COLOR,
+    DONE,
+    NAN,
+    NODE_ERROR,
+    PLUGIN_ERROR,
+    USAGE,
+    VALUE,
+    F,
+    Picture,
+    Result,
+    ValueTestCase,
+    find_program,
+    read_file,
+    sample_picture,
+    write_picture,
+)
+
+ACCURACY = 2e-4
+
+
+def occlusion(picture, radius, seamless):
+    """The rule of ambient occlusion in plain double precision."""
+    values = picture.as_value()
+    low, high = float(values.low), float(values.high)
+    radius = float(F(radius))
+    data = values.data[:, :, 0].astype(np.float64)
+    z = np.zeros_like(data) if high == low else (data - low) * (radius / (high - low))
+    z = np.where(np.isnan(z), 0.0, z)
+    height, width = z.shape
+    rows, columns = np.mgrid[0:height, 0:width]
+
+    def fetch(x, y):
+        if seamless:
+            return z[y % height, x % width]
+        return z[np.clip(y, 0, height - 1), np.clip(x, 0, width - 1)]
+
+    total = np.zeros_like(z)
+    for k in range(16):
+        steepest = np.zeros_like(z)
+        for s in range(1, int(math.floor(radius)) + 1):
+            dx, dy = s * math.cos(2 * math.pi * k / 16), s * math.sin(2 * math.pi * k / 16)
+            if k % 4 == 0:
+                dx, dy = round(dx), round(dy)
+            x, y = math.floor(dx), math.floor(dy)
+            fx, fy = dx - x, dy - y
+            upper = (1 - fx) * fetch(columns + x, rows + y) + fx * fetch(columns + x + 1, rows + y)
+            lower = (1 - fx) * fetch(columns + x, rows + y + 1) + fx * fetch(
+                columns + x + 1, rows + y + 1
+            )
+            steepest = np.maximum(steepest, ((1 - fy) * upper + fy * lower - z) / s)
+        total += 1 / (1 + steepest * steepest)
+    return total / 16
+
+
+class EnvironmentTestCase(ValueTestCase):
+    """Tests that start the program in a changed environment."""
+
+    def value_with(self, environment, *arguments, code=DONE):
+        ended = subprocess.run(
+            [str(find_program()), *arguments],
+            cwd=self.dir,
+            env={**os.environ, **environment},
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            timeout=120,
+            check=False,
+        )
+        result = Result(
+            arguments, ended.returncode, ended.stdout.decode(), ended.stderr.decode()
+        )
+        self.assertEqual(result.code, code, str(result))
+        return result
+
+    def without_devices(self):
+        """An environment in which OpenCL finds no driver."""
+        empty = self.dir / "no-drivers"
+        empty.mkdir(exist_ok=True)
+        return {"OCL_ICD_VENDORS": str(empty)}
+
+
+class OcclusionTest(EnvironmentTestCase):
+    def check(self, picture, *options, radius=3.0, seamless=True):
+        write_picture(self.dir / "in.exr", picture)
+        result = self.value(
+            "apply", "Ambient Occlusion", "-i", "in.exr", *options, "-o", "out.exr"
+        )
+        self.assertEqual(result.err, "")
+        stored = read_file(self.dir / "out.exr")
+        self.assertEqual(stored.mode, VALUE)
+        self.assertEqual((stored.low, stored.high), (0.0, 1.0))
+        self.assertEqual(tuple(stored.pin), picture.pin)
+        wanted = occlusion(picture, radius, seamless)
+        self.assertEqual(stored.data.shape[:2], wanted.shape)
+        worst = float(np.max(np.abs(stored.data[:, :, 0] - wanted)))
+        self.assertLessEqual(worst, ACCURACY)
+
+    def test_defaults(self):
+        self.check(sample_picture(VALUE, 37, 23, span=(0, 1), pin=(3, -4), pivot=(0.5, 0.25)))
+
+    def test_radius_and_borders(self):
+        picture = sample_picture(VALUE, 41, 19, span=(0, 1))
+        for radius in (3, 12.5, 100):
+            for seamless in (True, False):
+                with self.subTest(radius=radius, seamless=seamless):
+                    self.check(
+                        picture,
+                        "--set", f"radius={radius}",
+                        "--set", f"seamless={str(seamless).lower()}",
+                        radius=radius,
+                        seamless=seamless,
+                    )
+
+    def test_smooth_ground(self):
+        y, x = np.mgrid[0:64, 0:96]
+        hills = 0.5 + 0.3 * np.sin(x * 0.1) * np.cos(y * 0.07) + 0.1 * np.sin(x * 0.5 + y * 0.4)
+        self.check(Picture(hills, VALUE), "--set", "radius=40", radius=40)
+
+    def test_color_is_read_as_value(self):
+        self.check(sample_picture(COLOR, 15, 9, span=(0, 1)))
+
+    def test_declared_range(self):
+        picture = sample_picture(VALUE, 15, 9, span=(-4, 4), low=-4, high=4)
+        self.check(picture)
+        picture.low, picture.high = F(-1), F(1)
+        self.check(picture, "--range", "-1,1")
+
+    def test_nan_is_the_height_zero(self):
+        picture = sample_picture(VALUE, 15, 9, span=(0, 1))
+        picture.data[3:5, 4:9] = NAN
+        self.check(picture)
+
+    def test_no_device_is_an_error_of_the_node(self):
+        write_picture(self.dir / "in.exr", sample_picture(VALUE))
+        self.save("out.exr", b"old")
+        result = self.value_with(
+            self.without_devices(),
+            "apply", "Ambient Occlusion", "-i", "in.exr", "-o", "out.exr",
+            code=NODE_ERROR,
+        )
+        self.assertEqual((self.dir / "out.exr").read_bytes(), b"old")
+        self.assertIn("Ambient Occlusion", result.err)
+        self.assertIn("no OpenCL device", result.err)
+        self.assertIn("pocl-opencl-icd", result.err)
+
+    def test_other_nodes_need_no_device(self):
+        write_picture(self.dir / "in.exr", sample_picture(VALUE))
+        self.value_with(
+            {**self.without_devices(), "VALUE_DEVICE": "zebra"},
+            "apply", "Value Add", "-i", "in.exr", "-o", "out.exr",
+        )
+
+
+class DeviceTest(EnvironmentTestCase):
+    def apply(self, *options, environment=None, code=DONE):
+        write_picture(self.dir / "in.exr", sample_picture(VALUE, span=(0, 1)))
+        return self.value_with(
+            environment or {},
+            "apply", "Ambient Occlusion", "-i", "in.exr", "-o", "out.exr", *options,
+            code=code,
+        )
+
+    def test_option_takes_place_type_and_name(self):
+        devices = self.value("doctor", "--json").json_values()[0]["devices"]
+        for word in ("0", "cpu", devices[0]["name"], devices[0]["name"].upper()):
+            with self.subTest(word=word):
+                self.apply("--device", word)
+
+    def test_unknown_device_is_wrong_usage(self):
+        name = self.value("doctor", "--json").json_values()[0]["devices"][0]["name"]
+        result = self.apply("--device", "zebra", code=USAGE)
+        self.assert_one_error(result, "zebra")
+        self.assertIn(name, result.err)
+        self.assertFalse((self.dir / "out.exr").exists())
+
+    def test_variable(self):
+        self.apply(environment={"VALUE_DEVICE": "cpu"})
+        result = self.apply(environment={"VALUE_DEVICE": "zebra"}, code=NODE_ERROR)
+        self.assertIn("VALUE_DEVICE", result.err)
+        self.assertIn("zebra", result.err)
+        # The option goes before it.
+        self.apply("--device", "cpu", environment={"VALUE_DEVICE": "zebra"})
+
+
+class DoctorTest(EnvironmentTestCase):
+    def test_all_is_well(self):
+        result = self.value("doctor")
+        self.assertEqual(result.err, "")
+        self.assertIn("All is well", result.out)
+
+    def test_json(self):
+        answer = self.value("doctor", "--json").json_values()[0]
+        self.assertEqual(answer["problems"], [])
+        for name in ("value", "Qt", "OpenImageIO", "Highway", "oneTBB"):
+            self.assertRegex(answer["versions"][name], r"\d+\.\d+")
+        self.assertIn(answer["processor"]["instruction_set"], answer["processor"]["available"])
+        self.assertGreaterEqual(answer["processor"]["threads"], 1)
+        self.assertEqual(sum(device["chosen"] for device in answer["devices"]), 1)
+        for device in answer["devices"]:
+            self.assertIn(device["type"], ("cpu", "gpu", "accelerator"))
+            for key in ("name", "platform", "driver", "version"):
+                self.assertTrue(device[key], key)
+        (library,) = answer["libraries"]
+        self.assertEqual(Path(library["file"]), find_program().parent / "Value.so")
+        self.assertEqual(library["node_types"], 20)
+        self.assertEqual(library["icons"], 40)
+        self.assertEqual(library["missing_icons"], [])
+        self.assertTrue(answer["image_formats"]["found"])
+        self.assertTrue(Path(answer["image_formats"]["module"]).is_file())
+
+    def test_options_show(self):
+        answer = self.value("doctor", "--json", "--threads", "3", "--device", "cpu").json_values()[0]
+        self.assertEqual(answer["processor"]["threads"], 3)
+        (chosen,) = [device for device in answer["devices"] if device["chosen"]]
+        self.assertEqual(chosen["type"], "cpu")
+
+    def test_no_device(self):
+        result = self.value_with(self.without_devices(), "doctor", code=NODE_ERROR)
+        self.assertEqual(len(result.err_lines), 1)
+        self.assertIn("pocl-opencl-icd", result.err)
+        self.assertNotIn("All is well", result.out)
+        answer = self.value_with(self.without_devices(), "doctor", "--json", code=NODE_ERROR)
+        self.assertEqual(answer.json_values()[0]["devices"], [])
+        self.assertEqual(len(answer.json_values()[0]["problems"]), 1)
+
+    def test_wrong_variable(self):
+        result = self.value_with({"VALUE_DEVICE": "zebra"}, "doctor", code=NODE_ERROR)
+        self.assertIn("VALUE_DEVICE", result.err)
+        self.assertIn("zebra", result.err)
+
+    def test_missing_plugin(self):
+        result = self.value("doctor", "--plugin", "nothing.so", code=PLUGIN_ERROR)
+        self.assertEqual(len(result.err_lines), 1)
+        self.assertIn("nothing.so", result.err)
+        self.assertIn("--plugin", result.err)
+        # The rest is told all the same.
+        self.assertIn("Highway", result.out)
+
+    def test_missing_image_formats(self):
+        """In a copy of the program without the module of image formats."""
+        program = find_program()
+        copy = self.dir / "copy"
+        shutil.copytree(program.parent.parent / "lib", copy / "lib", symlinks=True)
+        (copy / "lib" / "libHostCodecs.so").unlink()
+        (copy / "bin").mkdir()
+        for name in (program.name, "Value.so"):
+            shutil.copy2(program.parent / name, copy / "bin" / name)
+        environment = {**os.environ, "LD_LIBRARY_PATH": str(copy / "lib")}
+        # A search path in the program goes before the variable, so the libraries are named outright.
+        libraries = sorted(str(path) for path in (copy / "lib").glob("libHost*.so"))
+        environment["LD_PRELOAD"] = ":".join(libraries)
+        ended = subprocess.run(
+            [str(copy / "bin" / program.name), "doctor"],
+            env=environment, capture_output=True, timeout=120, check=False,
+        )
+        self.assertEqual(ended.returncode, NODE_ERROR, ended.stderr.decode())
+        self.assertIn("image files", ended.stderr.decode())

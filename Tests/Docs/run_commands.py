@@ -1,0 +1,49 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Runs the commands that documents print, and fails when one of them does.
+
+    run_commands.py ROOT FILE...    Markdown files, relative to the root; patterns are allowed
+
+Every line of an "sh" block that starts the command line program is run, with VALUE_PROGRAM in its place, in a scratch
+copy of what the commands read. Commands of one document run in order, so one may read what another has written.
+"""
+
+import os
+import pathlib
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+import tempfile
+
+PROGRAM = "build/release/bin/value"
+
+
+def commands(text):
+    for block in re.findall(r"^```sh\n(.*?)^```", text, re.MULTILINE | re.DOTALL):
+        for line in block.replace("\\\n", " ").split("\n"):
+            words = shlex.split(line, comments=True)
+            if words and words[0] == PROGRAM:
+                yield words[1:]
+
+
+def main():
+    root, patterns = pathlib.Path(sys.argv[1]), sys.argv[2:]
+    program = os.environ["VALUE_PROGRAM"]
+    failures, runs = [], 0
+    with tempfile.TemporaryDirectory() as scratch:
+        for folder in ["Examples", "Docs/Nodes/Examples"]:
+            shutil.copytree(root / folder, pathlib.Path(scratch) / folder)
+        (pathlib.Path(scratch) / "out").mkdir()
+        for file in sorted(found for pattern in patterns for found in root.glob(pattern)):
+            for words in commands(file.read_text("utf-8")):
+                run = subprocess.run([program, *words], cwd=scratch, capture_output=True, text=True, check=False)
+                runs += 1
+                if run.returncode != 0:
+                    failures.append(f"{file.relative_to(root)}: value {shlex.join(words)}\n  {run.stderr.strip()}")
+    print("\n".join(failures) if failures else f"{runs} commands")
+    return 1 if failures or runs == 0 else 0
+
+
+sys.exit(main())

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+
+/// The samples of an image for an algorithm that reads them: dense rows, channels interleaved, 1, 2 or 4 of them.
+struct PixelView {
+  const float* samples = nullptr;
+  std::size_t width = 0;
+  std::size_t height = 0;
+  std::size_t channels = 1;
+};
+
+/// Which pixels are neighbours, and how far apart neighbours may be: what Connected Components and Component Edges
+/// share.
+struct NeighborRule {
+  /// In the unit of the samples.
+  float tolerance = 0.0F;
+  /// Whether only the four pixels beside, above and below are neighbours, not the four at the corners.
+  bool cross = false;
+  /// Whether the image continues at its opposite border.
+  bool seamless = false;
+};
