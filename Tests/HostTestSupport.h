@@ -53,6 +53,23 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
+/// Makes a folder the working directory for one scope.
+class WorkingFolder {
+ public:
+  explicit WorkingFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path()) {
+    std::filesystem::current_path(folder);
+  }
+  ~WorkingFolder() {
+    std::error_code error;
+    std::filesystem::current_path(before_, error);
+  }
+  WorkingFolder(const WorkingFolder&) = delete;
+  WorkingFolder& operator=(const WorkingFolder&) = delete;
+
+ private:
+  std::filesystem::path before_;
+};
+
 inline void WriteText(const std::filesystem::path& file, std::string_view text) {
   std::ofstream stream(file, std::ios::binary);
   stream.write(text.data(), static_cast<std::streamsize>(text.size()));

@@ -89,6 +89,7 @@ value_add_test(HostBaseTests
 value_add_test(HostImageTests
   SOURCES
     "${host}/Image/ComputeValueTest.cpp"
+    "${host}/Image/DisplayImageTest.cpp"
     "${host}/Image/EuclideanDistanceTest.cpp"
     "${host}/Image/FilterTest.cpp"
     "${host}/Image/GaussianBlurTest.cpp"
@@ -136,7 +137,9 @@ value_add_test(HostFilesTests
     "${host}/Documents/GraphDocumentTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
     "${host}/Nodes/HostNodesTest.cpp"
-  DEPENDS ValueHost::Documents ValueHost::Nodes OpenImageIO::OpenImageIO
+    "${host}/Testing/ImageComparisonTest.cpp"
+    "${host}/Testing/TestContextTest.cpp"
+  DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Testing OpenImageIO::OpenImageIO
   # A damaged file makes a library of image formats leak; which one shows only in whole call stacks.
   ENVIRONMENT
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"

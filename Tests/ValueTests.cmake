@@ -49,7 +49,8 @@ value_add_test(ValueNodeTests
     "${value_dir}/Nodes/ReliefLevelsTest.cpp"
     "${value_dir}/Nodes/StepsTest.cpp"
     "${value_dir}/Nodes/ToValueTest.cpp"
-  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy
+    "${value_dir}/SelfTests/SelfTestsTest.cpp"
+  DEPENDS ValueObjects ValueHost::Nodes ValueHost::Tools ValueHost::Image hwy::hwy
   ENVIRONMENT ${gpu_test_environment})
 
 value_add_test(ValueContractTests

@@ -3,7 +3,7 @@
 #   cmake -P cmake/CheckLayers.cmake
 #
 # A module may include headers of itself and of the modules listed for it. The node library knows the host's public
-# headers up to Tools; nothing but the library's own tests and the benchmarks includes anything of the library.
+# headers up to Tools and Testing; nothing but the library's own tests and the benchmarks includes anything of the library.
 cmake_minimum_required(VERSION 3.25)
 get_filename_component(root "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
@@ -15,8 +15,9 @@ set(Tools_may Math Util Image)
 set(Files_may Math Util Image)
 set(Nodes_may Math Util Image Tools Files)
 set(Documents_may Math Util Image Tools Files)
+set(Testing_may Math Util Image Tools Files)
 set(Validation_may Math Util Image Tools Nodes)
-set(Value_may Math Util Image Gpu Tools)
+set(Value_may Math Util Image Gpu Tools Testing)
 
 # Every include of a project header in `file` must be of `own` or of a host module in ARGN.
 function(check_file file own)
@@ -40,7 +41,7 @@ function(check_file file own)
   endforeach()
 endfunction()
 
-foreach(module Math Util Image Gpu Tools Files Nodes Documents Validation)
+foreach(module Math Util Image Gpu Tools Files Nodes Documents Testing Validation)
   file(GLOB_RECURSE files RELATIVE "${root}" "${root}/Host/${module}/*.h" "${root}/Host/${module}/*.cpp")
   foreach(file IN LISTS files)
     if(NOT file MATCHES "Test\\.cpp$")
@@ -56,5 +57,5 @@ foreach(file IN LISTS files)
 endforeach()
 file(GLOB_RECURSE files RELATIVE "${root}" "${root}/Apps/*.h" "${root}/Apps/*.cpp")
 foreach(file IN LISTS files)
-  check_file("${file}" "Apps" Math Util Image Gpu Tools Files Nodes Documents Validation)
+  check_file("${file}" "Apps" Math Util Image Gpu Tools Files Nodes Documents Testing Validation)
 endforeach()

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "Host/Files/ImageFile.h"
+#include "Host/Image/DisplayImage.h"
 #include "Host/Image/Image.h"
 
 namespace {
@@ -35,33 +36,27 @@ struct Tile {
   QImage picture;
 };
 
-int ToByte(float sample, float low, float high) {
-  const float place = high > low ? (sample - low) / (high - low) : 0.0F;
-  // Written so that a NaN is shown as black.
-  const float inside = place > 0.0F ? std::min(place, 1.0F) : 0.0F;
-  return static_cast<int>(std::lround(inside * 255.0F));
-}
-
 /// The range of values that is shown from black to white.
 struct Shown {
   float low = 0.0F;
   float high = 1.0F;
 };
 
+int ToByte(float sample) { return static_cast<int>(std::lround(sample * 255.0F)); }
+
 QImage ToPicture(const Image& image, const std::optional<Shown>& shown) {
   QImage picture(image.GetSizeX(), image.GetSizeY(), QImage::Format_ARGB32);
   const int channels = image.GetNumChannels();
   const bool own_range = !shown || channels == 4;
-  const float low = own_range ? image.GetValueLow() : shown->low;
-  const float high = own_range ? image.GetValueHigh() : shown->high;
-  const float* pixel = image.GetConstArray();
+  const auto display = ScEng::MakeDisplayImage(image, own_range ? image.GetValueLow() : shown->low,
+                                               own_range ? image.GetValueHigh() : shown->high);
+  const bool is_color = display->GetNumChannels() == 4;
+  const float* pixel = display->GetConstArray();
   for (int y = 0; y < image.GetSizeY(); ++y) {
-    for (int x = 0; x < image.GetSizeX(); ++x, pixel += channels) {
-      const int red = ToByte(pixel[0], low, high);
-      const int green = channels == 4 ? ToByte(pixel[1], low, high) : red;
-      const int blue = channels == 4 ? ToByte(pixel[2], low, high) : red;
-      const int opacity = channels == 4 ? ToByte(pixel[3], 0.0F, 1.0F) : 255;
-      picture.setPixel(x, y, qRgba(red, green, blue, opacity));
+    for (int x = 0; x < image.GetSizeX(); ++x, pixel += is_color ? 4 : 1) {
+      const int red = ToByte(pixel[0]);
+      picture.setPixel(
+          x, y, is_color ? qRgba(red, ToByte(pixel[1]), ToByte(pixel[2]), ToByte(pixel[3])) : qRgb(red, red, red));
     }
   }
   return picture;

@@ -69,4 +69,5 @@ std::unique_ptr<Command> MakeRunCommand(const CommonOptions& common, Reporter& r
 std::unique_ptr<Command> MakeCheckCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeStatsCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeDoctorCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeSelftestCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeValidateCommand(const CommonOptions& common, Reporter& reporter);

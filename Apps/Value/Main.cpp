@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The command line: one program, one command each for the catalogue, for one node on files, for graph documents, for
-// the figures of an image and for the validation of node libraries.
+// the figures of an image, for self-tests and for the validation of node libraries.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -37,7 +37,7 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
   common.Declare(app);
   std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
   for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand,
-                          MakeDoctorCommand, MakeValidateCommand}) {
+                          MakeSelftestCommand, MakeDoctorCommand, MakeValidateCommand}) {
     auto command = make(common, reporter);
     CLI::App* sub = command->Declare(app);
     common.Declare(*sub);
@@ -61,7 +61,8 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
   for (const auto& [sub, command] : commands) {
     if (sub->parsed()) return Leave(command->Run());
   }
-  reporter.Error("a command is missing: nodes, apply, run, check, stats, doctor or validate (see value --help)");
+  reporter.Error(
+      "a command is missing: nodes, apply, run, check, stats, selftest, doctor or validate (see value --help)");
   reporter.Finish(nlohmann::ordered_json::object());
   return Leave(ExitCode::kUsage);
 }

@@ -90,6 +90,13 @@ class Engine::Graph {
     return found == vertices_.end() ? nullptr : found->second.get();
   }
 
+  [[nodiscard]] std::vector<Node*> GetNodes() const {
+    std::vector<Node*> nodes;
+    nodes.reserve(vertices_.size());
+    for (const auto& [node, vertex] : vertices_) nodes.push_back(vertex->node.Get());
+    return nodes;
+  }
+
   static Status Connect(const Connection& connection) {
     const PlugRecord& inplug = connection.to->node->GetInplugs()[connection.inplug];
     const PlugRecord& outplug = connection.from->node->GetOutplugs()[connection.outplug];
@@ -351,6 +358,8 @@ Node* Engine::CreateNode(const NodeType& type) {
 }
 
 bool Engine::DeleteNode(Node* node) { return graph_->Delete(node); }
+
+std::vector<Node*> Engine::GetNodes() const { return graph_->GetNodes(); }
 
 Status Engine::Connect(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
                        const std::string& to_plug, unsigned to_index) {

@@ -415,6 +415,18 @@ def same_bits(got, wanted):
     return bool(np.all(equal | (np.isnan(got) & np.isnan(wanted))))
 
 
+def describe_difference(got, wanted):
+    """Small images whole, of large ones the first sample that differs and how many there are."""
+    if got.size <= 400:
+        return f"got\n{got.tolist()}\nexpected\n{wanted.tolist()}"
+    apart = ~((got == wanted) | (np.isnan(got) & np.isnan(wanted)))
+    y, x, channel = (int(i) for i in np.argwhere(apart)[0]) if apart.any() else (0, 0, 0)
+    return (
+        f"{int(apart.sum())} of {got.size} samples, the first at row {y}, column {x}, channel "
+        f"{channel}: {float(got[y, x, channel])!r} instead of {float(wanted[y, x, channel])!r}"
+    )
+
+
 # ---------------------------------------------------------------------------------------------
 # Documents
 
@@ -520,7 +532,7 @@ class ValueTestCase(unittest.TestCase):
             wanted = wanted[:, :, np.newaxis]
         self.assertEqual(got.shape, wanted.shape, context)
         if not same_bits(got, wanted):
-            self.fail(f"samples differ {context}\ngot\n{got.tolist()}\nexpected\n{wanted.tolist()}")
+            self.fail(f"samples differ {context}\n{describe_difference(got, wanted)}")
 
     def assert_close(self, got, wanted, tolerance=1e-6):
         got = np.asarray(got, dtype=np.float64)
@@ -529,9 +541,7 @@ class ValueTestCase(unittest.TestCase):
             wanted = wanted[:, :, np.newaxis]
         self.assertEqual(got.shape, wanted.shape)
         worst = float(np.max(np.abs(got - wanted)))
-        self.assertLessEqual(
-            worst, tolerance, f"got\n{got.tolist()}\nexpected\n{wanted.tolist()}"
-        )
+        self.assertLessEqual(worst, tolerance, describe_difference(got, wanted))
 
     def assert_header(self, stored, picture):
         """The five notes of a stored file are those of the picture."""

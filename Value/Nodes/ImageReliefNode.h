@@ -8,11 +8,13 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Core/OutputImages.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// Turns a mask or height field into a relief whose edges rise by a profile over a radius.
 class ImageReliefNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageReliefNode", "Relief", NodeType(10, 288, 26), "Relief"};
+  static constexpr NodeRecord kRecord{"ImageReliefNode", "Relief", NodeType(10, 288, 26), "Relief",
+                                      SelfTests::RunRelief};
 
   ImageReliefNode();
   [[nodiscard]] NodeType GetNodeType() const override;

@@ -7,11 +7,12 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// Adds images, or the constant to one image.
 class ImageValueAddNode : public ImageValueOperationManyNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueAddNode", "Value Add", NodeType(10, 320, 5), "Add"};
+  static constexpr NodeRecord kRecord{"ImageValueAddNode", "Value Add", NodeType(10, 320, 5), "Add", SelfTests::RunAdd};
 
   ImageValueAddNode();
   [[nodiscard]] NodeType GetNodeType() const override;

@@ -7,11 +7,13 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// Turns an image into a mask: 1.0 where the chosen test on the value holds, else 0.0.
 class ImageValueConditionNode : public ImageValueOperationOneNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueConditionNode", "Value Condition", NodeType(10, 320, 32), "Condition"};
+  static constexpr NodeRecord kRecord{"ImageValueConditionNode", "Value Condition", NodeType(10, 320, 32), "Condition",
+                                      SelfTests::RunCondition};
 
   ImageValueConditionNode();
   [[nodiscard]] NodeType GetNodeType() const override;

@@ -7,11 +7,13 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// Divides the first image by the others in order, or one image by the constant.
 class ImageValueDivideNode : public ImageValueOperationManyNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueDivideNode", "Value Divide", NodeType(10, 320, 96), "Divide"};
+  static constexpr NodeRecord kRecord{"ImageValueDivideNode", "Value Divide", NodeType(10, 320, 96), "Divide",
+                                      SelfTests::RunMultiply};
 
   ImageValueDivideNode();
   [[nodiscard]] NodeType GetNodeType() const override;

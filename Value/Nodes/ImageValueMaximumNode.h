@@ -7,11 +7,13 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// The highest of the images, or of one image and the constant.
 class ImageValueMaximumNode : public ImageValueOperationManyNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueMaximumNode", "Value Maximum", NodeType(10, 320, 21), "Max"};
+  static constexpr NodeRecord kRecord{"ImageValueMaximumNode", "Value Maximum", NodeType(10, 320, 21), "Max",
+                                      SelfTests::RunMaximum};
 
   ImageValueMaximumNode();
   [[nodiscard]] NodeType GetNodeType() const override;

@@ -7,11 +7,13 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// The lowest of the images, or of one image and the constant.
 class ImageValueMinimumNode : public ImageValueOperationManyNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueMinimumNode", "Value Minimum", NodeType(10, 320, 16), "Min"};
+  static constexpr NodeRecord kRecord{"ImageValueMinimumNode", "Value Minimum", NodeType(10, 320, 16), "Min",
+                                      SelfTests::RunMinimum};
 
   ImageValueMinimumNode();
   [[nodiscard]] NodeType GetNodeType() const override;

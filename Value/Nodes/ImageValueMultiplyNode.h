@@ -7,11 +7,13 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// Multiplies images, or one image by the constant.
 class ImageValueMultiplyNode : public ImageValueOperationManyNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueMultiplyNode", "Value Multiply", NodeType(10, 320, 10), "Multiply"};
+  static constexpr NodeRecord kRecord{"ImageValueMultiplyNode", "Value Multiply", NodeType(10, 320, 10), "Multiply",
+                                      SelfTests::RunMultiply};
 
   ImageValueMultiplyNode();
   [[nodiscard]] NodeType GetNodeType() const override;

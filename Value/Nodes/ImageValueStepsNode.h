@@ -8,12 +8,14 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Core/OutputImages.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// Quantises an image into equally spaced levels of its declared value range. While it is disabled it keeps its last
 /// result.
 class ImageValueStepsNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueStepsNode", "Value Steps", NodeType(10, 320, 80), "Steps"};
+  static constexpr NodeRecord kRecord{"ImageValueStepsNode", "Value Steps", NodeType(10, 320, 80), "Steps",
+                                      SelfTests::RunAbsolute};
 
   ImageValueStepsNode();
   [[nodiscard]] NodeType GetNodeType() const override;

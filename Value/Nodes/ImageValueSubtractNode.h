@@ -7,11 +7,13 @@
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
+#include "Value/SelfTests/SelfTests.h"
 
 /// Subtracts from the first image the others in order, or the constant from one image.
 class ImageValueSubtractNode : public ImageValueOperationManyNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueSubtractNode", "Value Subtract", NodeType(10, 320, 90), "Subtract"};
+  static constexpr NodeRecord kRecord{"ImageValueSubtractNode", "Value Subtract", NodeType(10, 320, 90), "Subtract",
+                                      SelfTests::RunAdd};
 
   ImageValueSubtractNode();
   [[nodiscard]] NodeType GetNodeType() const override;

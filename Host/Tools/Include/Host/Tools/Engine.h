@@ -37,6 +37,8 @@ class HOST_TOOLS_API Engine {
   Node* CreateNode(const NodeType& type);
   /// Removes a node with its connections; false when it is not this engine's.
   bool DeleteNode(Node* node);
+  /// All nodes, in no particular order.
+  [[nodiscard]] std::vector<Node*> GetNodes() const;
 
   /// Connects an output plug to an input plug, a regular one or an attribute's. `from_index` is 0; `to_index` is the
   /// connection index at an input that takes many, else 0. Refused, with an error that says why: plugs that do not

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Testing/TestContext.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "Host/Files/ImageFile.h"
+#include "Host/Image/DisplayImage.h"
+#include "Host/Testing/TestSession.h"
+#include "Host/Tools/Engine.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using ScEng::Status;
+using ScEng::TestCaseReport;
+using ScEng::TestSession;
+
+double SecondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+/// Points relative paths to read that the working directory does not have at the session's own inputs.
+void FindInputs(const Engine& engine, const std::filesystem::path& inputs) {
+  if (inputs.empty()) return;
+  for (const Node* node : engine.GetNodes()) {
+    for (std::size_t id = 0; id < node->GetNumAttributes(); ++id) {
+      Attribute* attribute = node->GetAttribute(id);
+      if (attribute->GetKind() != Attribute::Kind::kString) continue;
+      if (attribute->GetStringUse() != Attribute::StringUse::kReadPath) continue;
+      const std::filesystem::path file = ScEng::MakePath(attribute->GetValue().GetText());
+      std::error_code error;
+      const bool is_ours = file.is_relative() && !std::filesystem::exists(file, error) &&
+                           std::filesystem::is_regular_file(inputs / file, error);
+      attribute->SetFolder(is_ours ? inputs : std::filesystem::path());
+    }
+  }
+}
+
+/// What one rendering needs to be judged.
+struct Tolerances {
+  double mean = 0.0;
+  double largest = 0.0;
+};
+
+/// A node's error in the words of its state; empty where it is in none.
+std::string DescribeError(const Node& node, const Engine& engine) {
+  if (node.IsInError()) return node.GetStateMessage().empty() ? "the node is in error" : node.GetStateMessage();
+  if (!engine.IsBlocked(&node)) return {};
+  for (const Node* other : engine.GetNodes()) {
+    if (other->IsInError()) return other->GetName() + ": " + other->GetStateMessage();
+  }
+  return "a node that it depends on failed";
+}
+
+bool HasFileError(const Node& node, const Engine& engine) {
+  if (node.GetState() == Node::State::kFileError) return true;
+  if (!engine.IsBlocked(&node)) return false;
+  const std::vector<Node*> nodes = engine.GetNodes();
+  return std::any_of(nodes.begin(), nodes.end(),
+                     [](const Node* other) { return other->GetState() == Node::State::kFileError; });
+}
+
+Status WriteBoth(const Image& image, const std::filesystem::path& file) {
+  std::vector<std::string> notes;
+  const Status status = ScEng::WriteImageFile(image, file, ScEng::SampleType::kFloat, notes);
+  if (status.IsError()) return status;
+  const std::unique_ptr<Image> picture = ScEng::MakeDisplayImage(image, image.GetValueLow(), image.GetValueHigh());
+  return ScEng::WriteImageFile(*picture, std::filesystem::path(file).replace_extension(".png"),
+                               ScEng::SampleType::kUint8, notes);
+}
+
+std::string FormatNumber(double number) {
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof(text), number, std::chars_format::general, 3).ptr;
+  return {text, end};
+}
+
+/// Holds the written file against the reference file. Both went through the same format, which keeps the colour of a
+/// fully transparent pixel no better in one than in the other.
+void Compare(const std::filesystem::path& reference, const Tolerances& tolerances, TestCaseReport& report) {
+  std::vector<std::string> notes;
+  Status status;
+  const auto expected = ScEng::ReadImageFile(reference, ScEng::ReadMode::kAuto, status, notes);
+  const auto written = expected ? ScEng::ReadImageFile(report.file, ScEng::ReadMode::kAuto, status, notes) : nullptr;
+  if (!written) {
+    report.problem = status.GetMessage();
+    report.is_file_problem = true;
+    return;
+  }
+  report.difference = ScEng::CompareImages(*written, *expected);
+  if (!report.difference->same_shape) {
+    report.problem = "its size or mode is not that of the reference " + reference.string();
+  } else if (!(report.difference->mean <= tolerances.mean && report.difference->largest <= tolerances.largest)) {
+    report.problem = "it differs from the reference by " + FormatNumber(report.difference->mean) +
+                     " on average and by " + FormatNumber(report.difference->largest) + " at most";
+  }
+}
+
+void Print(const TestCaseReport& report) {
+  char time[32];
+  std::snprintf(time, sizeof(time), "%.2f ms", report.seconds * 1e3);
+  std::string line = report.name + ": " + time + ", ";
+  if (!report.passed) {
+    line += "failed: " + report.problem;
+  } else if (report.difference) {
+    line += "passed, at most " + FormatNumber(report.difference->largest) + " from the reference";
+  } else if (!TestSession::Get().GetOptions().reference.empty()) {
+    line += "passed, without a reference";
+  } else {
+    line += "passed";
+  }
+  std::cout << line << std::endl;
+}
+
+}  // namespace
+
+TestContext::TestContext(std::string directory_name, std::string title_line)
+    : directory(std::move(directory_name)), title(std::move(title_line)) {}
+
+void TestContext::InitializeTest() {
+  std::cout << title << std::endl;
+  TestSession::Get().BeginTest(title, directory);
+  // A directory that cannot be made shows when the first image is written to it, with its name.
+  std::error_code error;
+  std::filesystem::create_directories(directory, error);
+}
+
+void TestContext::InitTimer() { start_ = Clock::now(); }
+
+double TestContext::GetSeconds() const { return SecondsSince(start_); }
+
+bool TestContext::DoTest(Node* node, unsigned outplug, unsigned rendering) {
+  TestCaseReport report;
+  report.name = case_name + (rendering == 0 ? "" : "-" + std::to_string(rendering));
+  report.file = std::filesystem::path(directory) / (report.name + ".exr");
+  if (node == nullptr) {
+    report.problem = "there is no node";
+  } else {
+    Engine& engine = *Engine::Get();
+    FindInputs(engine, TestSession::Get().GetOptions().inputs);
+    const Clock::time_point start = Clock::now();
+    engine.Evaluate({{node, outplug}});
+    report.seconds = SecondsSince(start);
+    const Image* image = node->GetOutputImage(outplug);
+    report.problem = DescribeError(*node, engine);
+    report.is_file_problem = HasFileError(*node, engine);
+    if (report.problem.empty() && image == nullptr) report.problem = "the node has no output";
+    if (report.problem.empty()) {
+      const Status status = WriteBoth(*image, report.file);
+      if (status.IsError()) {
+        report.problem = status.GetMessage();
+        report.is_file_problem = true;
+      }
+    }
+    const std::filesystem::path reference = TestSession::Get().FindReference(directory, report.name);
+    if (report.problem.empty() && !reference.empty()) Compare(reference, {mean_tolerance, largest_tolerance}, report);
+  }
+  report.passed = report.problem.empty();
+  Print(report);
+  const bool passed = report.passed;
+  TestSession::Get().AddCase(std::move(report));
+  return passed;
+}
