@@ -22,7 +22,8 @@ std::unique_ptr<Image> MakeDisplayImage(const Image& image, float low, float hig
 
   const auto channels = static_cast<std::size_t>(image.GetNumChannels());
   const std::size_t pixels = image.GetNumSamples() / channels;
-  const auto map = [low, high](float value) { return high > low ? Cut((value - low) / (high - low)) : 0.0F; };
+  const float span = high - low;
+  const auto map = [low, span](float value) { return span > 0.0F ? Cut((value - low) / span) : 0.0F; };
   const float* from = image.GetConstArray();
   float* to = shown->GetArray();
   for (std::size_t i = 0; i < pixels; ++i, from += channels) {

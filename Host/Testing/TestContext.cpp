@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -66,20 +65,43 @@ bool HasFileError(const Node& node, const Engine& engine) {
                      [](const Node* other) { return other->GetState() == Node::State::kFileError; });
 }
 
-Status WriteBoth(const Image& image, const std::filesystem::path& file) {
-  std::vector<std::string> notes;
-  const Status status = ScEng::WriteImageFile(image, file, ScEng::SampleType::kFloat, notes);
-  if (status.IsError()) return status;
-  const std::unique_ptr<Image> picture = ScEng::MakeDisplayImage(image, image.GetValueLow(), image.GetValueHigh());
-  return ScEng::WriteImageFile(*picture, std::filesystem::path(file).replace_extension(".png"),
-                               ScEng::SampleType::kUint8, notes);
+/// Evaluates an output of a node of the process's engine. Null, with the reason in the report, where it has none.
+const Image* Evaluate(Node& node, unsigned outplug, TestCaseReport& report) {
+  Engine& engine = *Engine::Get();
+  FindInputs(engine, TestSession::Get().GetOptions().inputs);
+  const Clock::time_point start = Clock::now();
+  engine.Evaluate({{&node, outplug}});
+  report.seconds = SecondsSince(start);
+  report.problem = DescribeError(node, engine);
+  report.is_file_problem = HasFileError(node, engine);
+  if (!report.problem.empty()) return nullptr;
+  const Image* image = node.GetOutputImage(outplug);
+  if (image == nullptr) report.problem = "the node has no output";
+  return image;
 }
 
-std::string FormatNumber(double number) {
-  char text[32];
-  const auto end = std::to_chars(text, text + sizeof(text), number, std::chars_format::general, 3).ptr;
+/// Writes the image and its picture.
+void Write(const Image& image, TestCaseReport& report) {
+  std::vector<std::string> notes;
+  Status status = ScEng::WriteImageFile(image, report.file, ScEng::SampleType::kFloat, notes);
+  if (!status.IsError()) {
+    const std::unique_ptr<Image> picture = ScEng::MakeDisplayImage(image, image.GetValueLow(), image.GetValueHigh());
+    status = ScEng::WriteImageFile(*picture, std::filesystem::path(report.file).replace_extension(".png"),
+                                   ScEng::SampleType::kUint8, notes);
+  }
+  if (!status.IsError()) return;
+  report.problem = status.GetMessage();
+  report.is_file_problem = true;
+}
+
+std::string FormatNumber(double number, std::chars_format format, int precision) {
+  char text[64];
+  const auto end = std::to_chars(text, text + sizeof(text), number, format, precision).ptr;
   return {text, end};
 }
+
+/// A difference with three digits.
+std::string FormatDifference(double difference) { return FormatNumber(difference, std::chars_format::general, 3); }
 
 /// Holds the written file against the reference file. Both went through the same format, which keeps the colour of a
 /// fully transparent pixel no better in one than in the other.
@@ -97,19 +119,17 @@ void Compare(const std::filesystem::path& reference, const Tolerances& tolerance
   if (!report.difference->same_shape) {
     report.problem = "its size or mode is not that of the reference " + reference.string();
   } else if (!(report.difference->mean <= tolerances.mean && report.difference->largest <= tolerances.largest)) {
-    report.problem = "it differs from the reference by " + FormatNumber(report.difference->mean) +
-                     " on average and by " + FormatNumber(report.difference->largest) + " at most";
+    report.problem = "it differs from the reference by " + FormatDifference(report.difference->mean) +
+                     " on average and by " + FormatDifference(report.difference->largest) + " at most";
   }
 }
 
 void Print(const TestCaseReport& report) {
-  char time[32];
-  std::snprintf(time, sizeof(time), "%.2f ms", report.seconds * 1e3);
-  std::string line = report.name + ": " + time + ", ";
+  std::string line = report.name + ": " + FormatNumber(report.seconds * 1e3, std::chars_format::fixed, 2) + " ms, ";
   if (!report.passed) {
     line += "failed: " + report.problem;
   } else if (report.difference) {
-    line += "passed, at most " + FormatNumber(report.difference->largest) + " from the reference";
+    line += "passed, at most " + FormatDifference(report.difference->largest) + " from the reference";
   } else if (!TestSession::Get().GetOptions().reference.empty()) {
     line += "passed, without a reference";
   } else {
@@ -123,7 +143,7 @@ void Print(const TestCaseReport& report) {
 TestContext::TestContext(std::string directory_name, std::string title_line)
     : directory(std::move(directory_name)), title(std::move(title_line)) {}
 
-void TestContext::InitializeTest() {
+void TestContext::InitializeTest() const {
   std::cout << title << std::endl;
   TestSession::Get().BeginTest(title, directory);
   // A directory that cannot be made shows when the first image is written to it, with its name.
@@ -139,28 +159,11 @@ bool TestContext::DoTest(Node* node, unsigned outplug, unsigned rendering) {
   TestCaseReport report;
   report.name = case_name + (rendering == 0 ? "" : "-" + std::to_string(rendering));
   report.file = std::filesystem::path(directory) / (report.name + ".exr");
-  if (node == nullptr) {
-    report.problem = "there is no node";
-  } else {
-    Engine& engine = *Engine::Get();
-    FindInputs(engine, TestSession::Get().GetOptions().inputs);
-    const Clock::time_point start = Clock::now();
-    engine.Evaluate({{node, outplug}});
-    report.seconds = SecondsSince(start);
-    const Image* image = node->GetOutputImage(outplug);
-    report.problem = DescribeError(*node, engine);
-    report.is_file_problem = HasFileError(*node, engine);
-    if (report.problem.empty() && image == nullptr) report.problem = "the node has no output";
-    if (report.problem.empty()) {
-      const Status status = WriteBoth(*image, report.file);
-      if (status.IsError()) {
-        report.problem = status.GetMessage();
-        report.is_file_problem = true;
-      }
-    }
-    const std::filesystem::path reference = TestSession::Get().FindReference(directory, report.name);
-    if (report.problem.empty() && !reference.empty()) Compare(reference, {mean_tolerance, largest_tolerance}, report);
-  }
+  const Image* image = node != nullptr ? Evaluate(*node, outplug, report) : nullptr;
+  if (node == nullptr) report.problem = "there is no node";
+  if (image != nullptr) Write(*image, report);
+  const std::filesystem::path reference = TestSession::Get().FindReference(directory, report.name);
+  if (report.problem.empty() && !reference.empty()) Compare(reference, {mean_tolerance, largest_tolerance}, report);
   report.passed = report.problem.empty();
   Print(report);
   const bool passed = report.passed;

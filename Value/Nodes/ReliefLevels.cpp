@@ -447,7 +447,7 @@ class Leaf {
     for (int row = 0; row < count; ++row) {
       float* to = output + static_cast<std::size_t>(y + row) * static_cast<std::size_t>(field_.width) + x;
       for (int column = 0; column < columns; ++column) {
-        const auto at = static_cast<std::size_t>(row * kLeafColumns + column);
+        const std::size_t at = static_cast<std::size_t>(row) * kLeafColumns + static_cast<std::size_t>(column);
         const float highest = w_[at] * range_ + field_.low;
         const float raised = highest > field_.low ? highest : field_.low;
         to[column] = grown_[at] == 0.0F ? 0.0F : values_[at] >= field_.high ? values_[at] : raised;

@@ -7,8 +7,7 @@
 //
 //   REAL       float or double, the type of heights
 //   LANES      neighbouring pixels of a row that one vector holds: 1, 2, 4, 8 or 16
-//   ROWS       rows of such vectors that are computed together: a tile is LANES x ROWS pixels
-//   TILES      tiles side by side that one work-item computes
+//   ROWS       rows of such vectors that one work-item computes: a tile is LANES x ROWS pixels
 //   SHARING    rows of a tile that share a window; ROWS is a multiple of it
 //   LEAST      rises up to this count as none
 //
@@ -63,96 +62,93 @@ kernel void WidenWindows(global const REAL* from, int from_plane, global REAL* t
 /// length's inverse. The directions along rows and columns meet pixels exactly and use the first pixel alone.
 ///
 /// Steps are taken in `groups`: the first step, one past the last, and the place of the window that holds all pixels
-/// that they read, relative to the place of the pixel that looks in `windows`. Those of a direction begin at its entry
-/// in `group_starts`. `margin` is the place of the first pixel in a row of heights and in a column.
+/// that they read, relative to the place of the pixel that looks in `windows`, and the group to go on with when this one
+/// is left out; a cluster has no steps, but leaves out the groups behind it. Those of a direction begin at its entry in
+/// `group_starts`. `margin` is the place of the first pixel in a row of heights and in a column.
 kernel void Occlude(global const REAL* heights, global const REAL* windows, int stride, int margin,
                     global const int* offsets, global const REAL* shares, global const REAL* inverses, int steps,
                     global const int* group_starts, global const int4* groups, global float* result, int size_x,
                     int size_y) {
-  const int first_x = get_global_id(0) * (LANES * TILES);
+  const int x = get_global_id(0) * LANES;
   const int y = get_global_id(1) * ROWS;
-  if (first_x >= size_x || y >= size_y) return;
-  const int tiles = min(TILES, (size_x - first_x + LANES - 1) / LANES);
-  const size_t first_place = (size_t)(y + margin) * stride + (first_x + margin);
+  if (x >= size_x || y >= size_y) return;
+  const size_t place = (size_t)(y + margin) * stride + (x + margin);
+  const global REAL* first = heights + place;
 
-  Vector openness[TILES][ROWS];
-  for (int tile = 0; tile < tiles; ++tile) {
-    UNROLL for (int row = 0; row < ROWS; ++row) openness[tile][row] = (Vector)0;
+  Vector openness[ROWS];
+  // Minus the heights of the tile.
+  Vector depth[ROWS];
+  UNROLL for (int row = 0; row < ROWS; ++row) {
+    openness[row] = (Vector)0;
+    depth[row] = -LOAD(first + (size_t)row * stride);
   }
-  // Neighbouring tiles look along one direction after each other, since they read the same heights.
   for (int direction = 0; direction < DIRECTIONS; ++direction) {
     const bool meets_pixels = (direction & 3) == 0;
-    for (int tile = 0; tile < tiles; ++tile) {
-      const size_t place = first_place + tile * LANES;
-      const global REAL* first = heights + place;
-      // Minus the heights of the tile.
-      Vector depth[ROWS];
-      Vector steepest[ROWS];
-      UNROLL for (int row = 0; row < ROWS; ++row) {
-        depth[row] = -LOAD(first + (size_t)row * stride);
-        steepest[row] = (Vector)LEAST;
-      }
-      for (int group = group_starts[direction]; group < group_starts[direction + 1]; ++group) {
-        const int begin = groups[group].x;
-        const int end = groups[group].y;
-        // A group whose highest pixel, as near as its nearest, would be no steeper rise is left out.
-        const global REAL* window = windows + place + groups[group].z;
-        const Vector nearest = (Vector)inverses[begin];
-        Vector excess = (Vector)0;
-        UNROLL for (int row = 0; row < ROWS; row += SHARING) {
-          const Vector highest = LOAD(window + (size_t)row * stride);
-          UNROLL for (int next = row; next < row + SHARING; ++next) {
-            excess = max(excess, (highest + depth[next]) * nearest - steepest[next]);
-          }
+    Vector steepest[ROWS];
+    UNROLL for (int row = 0; row < ROWS; ++row) steepest[row] = (Vector)LEAST;
+    const int last_group = group_starts[direction + 1];
+    int group = group_starts[direction];
+    while (group < last_group) {
+      const int begin = groups[group].x;
+      const int end = groups[group].y;
+      // A group whose highest pixel, as near as its nearest, would be no steeper rise is left out.
+      const global REAL* window = windows + place + groups[group].z;
+      const Vector nearest = (Vector)inverses[begin];
+      Vector excess = (Vector)0;
+      UNROLL for (int row = 0; row < ROWS; row += SHARING) {
+        const Vector highest = LOAD(window + (size_t)row * stride);
+        UNROLL for (int next = row; next < row + SHARING; ++next) {
+          excess = max(excess, (highest + depth[next]) * nearest - steepest[next]);
         }
-        if (!ANY(excess > (Vector)0)) continue;
+      }
+      if (!ANY(excess > (Vector)0)) {
+        group = groups[group].w;
+        continue;
+      }
+      ++group;
 
-        for (int step = begin; step < end; ++step) {
-          const int at = direction * steps + step;
-          const global REAL* there = first + offsets[at];
-          const Vector inverse = (Vector)inverses[step];
-          if (meets_pixels) {
-            UNROLL for (int row = 0; row < ROWS; ++row) {
-              const Vector rise = (LOAD(there + (size_t)row * stride) + depth[row]) * inverse;
-              steepest[row] = rise > steepest[row] ? rise : steepest[row];
-            }
-            continue;
-          }
-          const Vector left = (Vector)shares[4 * at];
-          const Vector right = (Vector)shares[4 * at + 1];
-          const Vector upper = (Vector)shares[4 * at + 2];
-          const Vector lower = (Vector)shares[4 * at + 3];
-          Vector above = LOAD(there + 1) * right + LOAD(there) * left;
+      for (int step = begin; step < end; ++step) {
+        const int at = direction * steps + step;
+        const global REAL* there = first + offsets[at];
+        const Vector inverse = (Vector)inverses[step];
+        if (meets_pixels) {
           UNROLL for (int row = 0; row < ROWS; ++row) {
-            there += stride;
-            const Vector below = LOAD(there + 1) * right + LOAD(there) * left;
-            const Vector rise = below * lower + (above * upper + depth[row] * inverse);
+            const Vector rise = (LOAD(there + (size_t)row * stride) + depth[row]) * inverse;
             steepest[row] = rise > steepest[row] ? rise : steepest[row];
-            above = below;
           }
+          continue;
+        }
+        const Vector left = (Vector)shares[4 * at];
+        const Vector right = (Vector)shares[4 * at + 1];
+        const Vector upper = (Vector)shares[4 * at + 2];
+        const Vector lower = (Vector)shares[4 * at + 3];
+        Vector above = LOAD(there + 1) * right + LOAD(there) * left;
+        UNROLL for (int row = 0; row < ROWS; ++row) {
+          there += stride;
+          const Vector below = LOAD(there + 1) * right + LOAD(there) * left;
+          const Vector rise = below * lower + (above * upper + depth[row] * inverse);
+          steepest[row] = rise > steepest[row] ? rise : steepest[row];
+          above = below;
         }
       }
-      UNROLL for (int row = 0; row < ROWS; ++row) {
-        const Vector share = (Vector)1 / (steepest[row] * steepest[row] + (Vector)1);
-        openness[tile][row] += steepest[row] > (Vector)LEAST ? share : (Vector)1;
-      }
+    }
+    UNROLL for (int row = 0; row < ROWS; ++row) {
+      const Vector share = (Vector)1 / (steepest[row] * steepest[row] + (Vector)1);
+      openness[row] += steepest[row] > (Vector)LEAST ? share : (Vector)1;
     }
   }
 
-  for (int tile = 0; tile < tiles; ++tile) {
-    const int x = first_x + tile * LANES;
-    for (int row = 0; row < ROWS && y + row < size_y; ++row) {
-      const FloatVector mean = TO_FLOAT(openness[tile][row] * (Vector)((REAL)1 / DIRECTIONS));
-      global float* to = result + (size_t)(y + row) * size_x + x;
-      if (x + LANES <= size_x) {
-        STORE(mean, to);
-        continue;
-      }
-#if LANES > 1
-      float lanes[LANES];
-      STORE(mean, lanes);
-      for (int lane = 0; x + lane < size_x; ++lane) to[lane] = lanes[lane];
-#endif
+  for (int row = 0; row < ROWS && y + row < size_y; ++row) {
+    const FloatVector mean = TO_FLOAT(openness[row] * (Vector)((REAL)1 / DIRECTIONS));
+    global float* to = result + (size_t)(y + row) * size_x + x;
+    if (x + LANES <= size_x) {
+      STORE(mean, to);
+      continue;
     }
+#if LANES > 1
+    float lanes[LANES];
+    STORE(mean, lanes);
+    for (int lane = 0; x + lane < size_x; ++lane) to[lane] = lanes[lane];
+#endif
   }
 }

@@ -27,7 +27,7 @@ class HOST_TESTING_API TestContext {
   std::string case_name;
 
   /// Announces the test and creates its directory. Where that fails, so will every case, with the reason.
-  void InitializeTest();
+  void InitializeTest() const;
 
   /// Starts the clock that `GetSeconds` reads.
   void InitTimer();
