@@ -79,6 +79,7 @@ file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/PoclCache")
 value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
     "${host}/Util/ParallelForTest.cpp"
     "${host}/Util/ParallelRowsTest.cpp"
