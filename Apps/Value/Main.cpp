@@ -37,7 +37,7 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
   common.Declare(app);
   std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
   for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand,
-                          MakeDoctorCommand, MakeValidateCommand}) {
+                          MakeDoctorCommand, MakeValidateCommand, MakePanelCommand}) {
     auto command = make(common, reporter);
     CLI::App* sub = command->Declare(app);
     common.Declare(*sub);
@@ -61,7 +61,7 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
   for (const auto& [sub, command] : commands) {
     if (sub->parsed()) return Leave(command->Run());
   }
-  reporter.Error("a command is missing: nodes, apply, run, check, stats, doctor or validate (see value --help)");
+  reporter.Error("a command is missing: nodes, apply, run, check, stats, doctor, validate or panel (see value --help)");
   reporter.Finish(nlohmann::ordered_json::object());
   return Leave(ExitCode::kUsage);
 }

@@ -10,8 +10,8 @@
 
 namespace ScEng {
 
-/// A series of changes that a person makes in one go, such as a drag of a slider, and that is undone in one go. 0 stands
-/// for a change that belongs to no series.
+/// A series of changes that a person makes in one go, such as a drag of a slider, and that is undone in one go. 0
+/// stands for a change that belongs to no series.
 using Gesture = unsigned;
 
 /// A gesture that no command has yet.

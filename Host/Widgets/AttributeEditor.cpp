@@ -70,7 +70,7 @@ class NumberEditor : public AttributeEditor {
       Set(GetAttribute().GetValue().GetNumber() + steps * GetAttribute().GetStep());
       Refresh();
     });
-    slider_->SetDoubleClickHandler([this] { Reset(); });
+    if (info.resettable) slider_->SetDoubleClickHandler([this] { Reset(); });
   }
 
   void Refresh() override {
@@ -151,9 +151,8 @@ class FlagEditor : public AttributeEditor {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(box_, 0, Qt::AlignLeft);
     AddInput(box_, "");
-    connect(box_, &QCheckBox::toggled, this, [this](bool is_on) {
-      Commit(0, [is_on](Attribute& changed) { changed.SetFlag(is_on, true); });
-    });
+    connect(box_, &QCheckBox::toggled, this,
+            [this](bool is_on) { Commit(0, [is_on](Attribute& changed) { changed.SetFlag(is_on, true); }); });
   }
 
   void Refresh() override {
@@ -243,9 +242,7 @@ std::vector<double> GetNumbers(const PlugValue& value, Attribute::Kind kind) {
 
 void SetNumbers(Attribute& attribute, const std::vector<double>& numbers) {
   switch (attribute.GetKind()) {
-    case Attribute::Kind::kColor:
-      attribute.SetRgbo(numbers[0], numbers[1], numbers[2], numbers[3], true);
-      break;
+    case Attribute::Kind::kColor: attribute.SetRgbo(numbers[0], numbers[1], numbers[2], numbers[3], true); break;
     case Attribute::Kind::kPoint: attribute.SetPoint(numbers[0], numbers[1], true); break;
     default: attribute.SetFrame(numbers[0], numbers[1], numbers[2], numbers[3], true); break;
   }

@@ -20,7 +20,8 @@ QJsonObject ReadTexts() {
   Dl_info self{};
   if (dladdr(&kOwnObject, &self) == 0 || self.dli_fname == nullptr) return {};
   const std::filesystem::path folder = std::filesystem::path(self.dli_fname).parent_path();
-  // An installation has a folder for data that its library folder need not lie beside; a build folder is laid out plainly.
+  // An installation has a folder for data that its library folder need not lie beside; a build folder is laid out
+  // plainly.
   for (const char* place : {VALUE_DATA_FROM_LIBRARIES, "../share/value"}) {
     QFile file(QString::fromStdString((folder / place / "attribute_texts.json").lexically_normal().string()));
     if (!file.open(QIODevice::ReadOnly)) continue;

@@ -210,11 +210,13 @@ void SignButton::paintEvent(QPaintEvent*) {
   if (hasFocus()) {
     QColor ring = color;
     ring.setAlphaF(0.25F);
-    painter.fillPath([&] {
-      QPainterPath disc;
-      disc.addEllipse(center, 10.5, 10.5);
-      return disc;
-    }(), ring);
+    painter.fillPath(
+        [&] {
+          QPainterPath disc;
+          disc.addEllipse(center, 10.5, 10.5);
+          return disc;
+        }(),
+        ring);
   }
   // Three quarters of a circle that run back, with the point of an arrow at the end.
   const QRectF circle(center.x() - 5.5, center.y() - 5.5, 11.0, 11.0);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Value/Core/AttributesPanel.h"
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
@@ -14,6 +15,7 @@ class ImageValueConditionNode : public ImageValueOperationOneNode {
   static constexpr NodeRecord kRecord{"ImageValueConditionNode", "Value Condition", NodeType(10, 320, 32), "Condition"};
 
   ImageValueConditionNode();
+  [[nodiscard]] static std::vector<PanelEntry> GetPanelEntries();
   [[nodiscard]] NodeType GetNodeType() const override;
   [[nodiscard]] std::string GetName() const override;
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;

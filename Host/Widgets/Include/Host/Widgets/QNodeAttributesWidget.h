@@ -29,8 +29,8 @@ class HOST_WIDGETS_API QNodeAttributesWidget : public QWidget {
   Q_OBJECT
 
  public:
-  /// How one attribute is shown. A descriptor hands the panel an array of them, one entry per attribute in id order. The
-  /// order and the types of the fields are part of the interface between host and node libraries.
+  /// How one attribute is shown. A descriptor hands the panel an array of them, one entry per attribute in id order.
+  /// The order and the types of the fields are part of the interface between host and node libraries.
   struct AdditionalInfo {
     /// Whether the attribute has a row.
     bool visible = true;
