@@ -125,6 +125,7 @@ QWidget* PanelWindow::MakeView() {
   facts_->setObjectName(QStringLiteral("facts"));
   facts_->setTextInteractionFlags(Qt::TextSelectableByMouse);
   layout->addWidget(facts_);
+  for (QWidget* child : view->findChildren<QWidget*>()) child->setStyle(QNodeAttributesWidget::GetPanelStyle());
   return view;
 }
 

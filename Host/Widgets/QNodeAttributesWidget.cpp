@@ -213,6 +213,8 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     grid->setHorizontalSpacing(kColumnSpacing);
     grid->setVerticalSpacing(compact ? kSmallRowSpacing : kRowSpacing);
     grid->setColumnStretch(1, 1);
+    constexpr int kLeastLabel = 76;
+    grid->setColumnMinimumWidth(0, kLeastLabel);
     const std::string type = descriptor != nullptr && descriptor->GetNodeFactory() != nullptr
                                  ? descriptor->GetNodeFactory()->GetTypeName()
                                  : std::string();
@@ -399,6 +401,8 @@ QUndoStack* QNodeAttributesWidget::GetDefaultUndoStack() {
   if (stack == nullptr) stack = new QUndoStack(QCoreApplication::instance());
   return stack;
 }
+
+QStyle* QNodeAttributesWidget::GetPanelStyle() { return ScEng::PanelStyle::Get(); }
 
 void QNodeAttributesWidget::ResetToDefaults() { implementation_->ResetToDefaults(); }
 

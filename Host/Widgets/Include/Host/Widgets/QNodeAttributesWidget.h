@@ -10,6 +10,7 @@
 
 class Node;
 class NodeInterface;
+class QStyle;
 class QUndoStack;
 
 /// The panel that edits the attributes of any node: one row per attribute, in id order.
@@ -75,6 +76,9 @@ class HOST_WIDGETS_API QNodeAttributesWidget : public QWidget {
   void SetUndoStack(QUndoStack* stack);
   /// The stack that new panels use: one per application, which owns it.
   [[nodiscard]] static QUndoStack* GetDefaultUndoStack();
+
+  /// The style that panels are drawn with, for widgets of the host that stand beside one. The application owns it.
+  [[nodiscard]] static QStyle* GetPanelStyle();
 
   /// Sets every attribute that can be edited to its default, in one command.
   void ResetToDefaults();
