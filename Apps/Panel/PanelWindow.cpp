@@ -140,7 +140,7 @@ void PanelWindow::Evaluate() {
   }
   const ScEng::RunReport report = request_.document->Evaluate(node, outplug);
   const Image* image = node.GetOutputImage(outplug);
-  if (!report.findings.errors.empty() || image == nullptr) {
+  if (image == nullptr || node.IsInError()) {
     const std::string message =
         report.findings.errors.empty() ? "The node has no image to show." : report.findings.errors.front();
     preview_->Show({}, QString::fromStdString(message));

@@ -28,12 +28,6 @@ constexpr int kGap = 8;
 
 QString ToText(const std::string& text) { return QString::fromStdString(text); }
 
-void ShowNumber(NumberBox& box, double value) {
-  const QSignalBlocker blocker(box);
-  // Setting the value that is there would rewrite a text that is being typed.
-  if (box.value() != value) box.setValue(value);
-}
-
 // ---- Numbers ----
 
 class NumberEditor : public AttributeEditor {
@@ -56,7 +50,9 @@ class NumberEditor : public AttributeEditor {
     AddInput(slider_, "slider");
     setTabOrder(slider_, box_);
 
-    connect(box_, &QDoubleSpinBox::valueChanged, this, [this](double value) { Set(value); });
+    connect(box_, &QDoubleSpinBox::valueChanged, this, [this](double value) {
+      if (value != box_->GetShown()) Set(value);
+    });
     connect(box_, &QDoubleSpinBox::editingFinished, this, [this] { BeginGesture(); });
     connect(slider_, &QSlider::valueChanged, this,
             [this](int position) { Set(scale_.ToValue(static_cast<double>(position) / NumberSlider::kPositions)); });
@@ -75,7 +71,7 @@ class NumberEditor : public AttributeEditor {
 
   void Refresh() override {
     const double value = GetAttribute().GetValue().GetNumber();
-    ShowNumber(*box_, value);
+    box_->Show(value);
     // The handle stays under the hand that drags it.
     if (slider_->isSliderDown()) return;
     if (IsAtDefault()) scale_.Reset();
@@ -258,6 +254,8 @@ class NumbersEditor : public AttributeEditor {
     layout_->setVerticalSpacing(kGap / 2);
     layout_->setColumnStretch(2, 1);
     layout_->setColumnStretch(4, 1);
+    // Of several fields none is the main one.
+    if (kind_ != Attribute::Kind::kColor) setObjectName(ToText(attribute.GetName()));
     switch (kind_) {
       case Attribute::Kind::kColor: AddColor(); break;
       case Attribute::Kind::kPoint: AddFields({{"x", "X"}, {"y", "Y"}}); break;
@@ -277,7 +275,7 @@ class NumbersEditor : public AttributeEditor {
         if (const int decimals = is_whole ? 0 : kDecimals; box->decimals() != decimals) box->setDecimals(decimals);
       }
     }
-    for (std::size_t i = 0; i < boxes_.size(); ++i) ShowNumber(*boxes_[i], numbers[i]);
+    for (std::size_t i = 0; i < boxes_.size(); ++i) boxes_[i]->Show(numbers[i]);
     if (swatch_ != nullptr) swatch_->SetColor(GetColor());
   }
 
@@ -315,7 +313,8 @@ class NumbersEditor : public AttributeEditor {
       layout_->addWidget(box, row, column + 1);
       boxes_.push_back(box);
       AddInput(box, part);
-      connect(box, &QDoubleSpinBox::valueChanged, this, [this, index](double value) {
+      connect(box, &QDoubleSpinBox::valueChanged, this, [this, box, index](double value) {
+        if (value == box->GetShown()) return;
         Commit([&](Attribute& changed) {
           // The others stay as they are, although their fields may show them rounded.
           std::vector<double> numbers = GetNumbers(changed.GetValue(), kind_);

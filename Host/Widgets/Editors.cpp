@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QSignalBlocker>
 #include <algorithm>
 #include <cmath>
 
@@ -39,6 +40,13 @@ NumberBox::NumberBox(QWidget* parent) : QDoubleSpinBox(parent) {
   setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
+void NumberBox::Show(double value) {
+  const QSignalBlocker blocker(this);
+  // Setting the value that is there would rewrite a text that is being typed.
+  if (this->value() != value) setValue(value);
+  shown_ = this->value();
+}
+
 QSize NumberBox::sizeHint() const {
   return {fontMetrics().horizontalAdvance(QStringLiteral("-10000.00") + suffix()) + 30, kFieldHeight};
 }
@@ -61,6 +69,7 @@ double NumberBox::valueFromText(const QString& text) const {
 
 QValidator::State NumberBox::validate(QString& text, int& position) const {
   text.replace(u',', u'.');
+  if (decimals() == 0 && text.contains(u'.')) return QValidator::Invalid;
   // Numbers too large to be written out have an exponent, which the base does not know.
   QString plain = text;
   plain.remove(suffix());

@@ -15,11 +15,20 @@ class NumberBox : public QDoubleSpinBox {
  public:
   explicit NumberBox(QWidget* parent);
 
+  /// Shows a value without telling anybody.
+  void Show(double value);
+  /// The value that is shown, rounded to the decimals. A box tells of this value again when it is left or Enter is
+  /// pressed; it is no change then.
+  [[nodiscard]] double GetShown() const { return shown_; }
+
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override;
   [[nodiscard]] QString textFromValue(double value) const override;
   [[nodiscard]] double valueFromText(const QString& text) const override;
   QValidator::State validate(QString& text, int& position) const override;
+
+ private:
+  double shown_ = 0.0;
 };
 
 /// The slider of a number: a groove that is filled from zero, and a handle. Positions are 0 to `kPositions`. A click

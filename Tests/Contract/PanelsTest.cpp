@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QComboBox>
+#include <QVBoxLayout>
 #include <memory>
 #include <string>
 #include <vector>
@@ -45,6 +46,7 @@ class ValuePanels : public testing::Test {
     parent_ = std::make_unique<QWidget>();
     panel_ = descriptor_->CreateAttributesWidget(node_, parent_.get(), 0);
     ASSERT_NE(panel_, nullptr) << type;
+    (new QVBoxLayout(parent_.get()))->addWidget(panel_);
     WidgetTest::ShowAndActivate(*parent_);
   }
 

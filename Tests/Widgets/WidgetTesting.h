@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QApplication>
 #include <QDoubleSpinBox>
 #include <QLabel>
@@ -27,7 +29,8 @@ inline void ShowAndActivate(QWidget& panel) {
   panel.resize(420, panel.sizeHint().height());
   panel.show();
   panel.activateWindow();
-  if (!QTest::qWaitForWindowExposed(&panel) || !QTest::qWaitForWindowActive(&panel)) qFatal("no window was shown");
+  EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel));
+  EXPECT_TRUE(QTest::qWaitForWindowActive(&panel));
 }
 
 /// Types a text in place of the one that is there, without leaving the field.

@@ -19,7 +19,8 @@ class QUndoStack;
 /// only rows that cannot are those that a connection drives, which show where their value comes from. Every change made
 /// in the panel is one command of an undo stack. Docs/Panels.md describes the panel for those who use it.
 ///
-/// The editors have object names, by which tests and style sheets find them: "<attribute>" is the main editor of a row,
+/// The editors have object names, by which tests and style sheets find them: "<attribute>" is the main editor of a row
+/// (of a point or frame the widget around its fields),
 /// "<attribute>.slider" the slider of a number, "<attribute>.label" its label, "<attribute>.reset" the button that
 /// resets it, "<attribute>.source" the text that says what drives it, "<attribute>.browse" the button that opens a file
 /// dialog. The fields of a colour are "<attribute>.red" and so on, those of points and frames ".x", ".y", ".width" and
