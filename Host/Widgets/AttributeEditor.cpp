@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Widgets/AttributeEditor.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QColorDialog>
 #include <QComboBox>
@@ -112,6 +113,8 @@ class ChoiceEditor : public AttributeEditor {
     }
     constexpr int kMostShown = 20;
     box_->setMaxVisibleItems(kMostShown);
+    // The list is made now, so that it gets the style of the panel.
+    box_->view()->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     box_->setFocusPolicy(Qt::StrongFocus);
     box_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     constexpr int kHeight = 26;
@@ -308,7 +311,9 @@ class NumbersEditor : public AttributeEditor {
       const int row = static_cast<int>(index / 2);
       const int column = 1 + static_cast<int>(index % 2) * 2;
       auto* name = new QLabel(QString::fromLatin1(label), this);
-      name->setEnabled(true);
+      // The fields of all rows stand in two columns.
+      constexpr int kNameWidth = 14;
+      name->setFixedWidth(kNameWidth);
       layout_->addWidget(name, row, column);
       layout_->addWidget(box, row, column + 1);
       boxes_.push_back(box);

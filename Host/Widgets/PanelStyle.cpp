@@ -182,6 +182,14 @@ int PanelStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
   return QProxyStyle::styleHint(hint, option, widget, data);
 }
 
+QSize PanelStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                                   const QWidget* widget) const {
+  QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
+  constexpr int kListPadding = 6;
+  if (type == CT_ItemViewItem) result.rheight() += kListPadding;
+  return result;
+}
+
 PanelStyle* PanelStyle::Get() {
   static QPointer<PanelStyle> style;
   if (style == nullptr) {

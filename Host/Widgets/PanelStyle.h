@@ -23,6 +23,9 @@ class PanelStyle : public QProxyStyle {
   [[nodiscard]] int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                               QStyleHintReturn* data) const override;
 
+  [[nodiscard]] QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                                       const QWidget* widget) const override;
+
   /// The one style of the application, which owns it.
   static PanelStyle* Get();
 };
