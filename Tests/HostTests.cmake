@@ -153,10 +153,13 @@ value_add_test(HostWidgetsTests
   SOURCES
     Contract/PanelsTest.cpp
     Widgets/WidgetTesting.cpp
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindow.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindowTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/Preview.cpp"
     "${host}/Widgets/QNodeAttributesWidgetTest.cpp"
     "${host}/Widgets/SliderScale.cpp"
     "${host}/Widgets/SliderScaleTest.cpp"
-  DEPENDS ValueHost::Widgets ValueHost::Nodes Qt6::Test
+  DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 # The same in real windows.
 add_test(NAME PanelsInWindows

@@ -94,8 +94,8 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// Evaluates what the outputs and the enabled writers need and writes each file as soon as its image is there.
   RunReport Run(const Progress& progress);
 
-  /// Evaluates what one output needs and keeps every result, so that the next call computes only what has changed since.
-  /// Writes nothing. The image, where there is one, is then at `node.GetOutputImage(outplug)`.
+  /// Evaluates what one output needs and keeps every result, so that the next call computes only what has changed
+  /// since. Writes nothing. The image, where there is one, is then at `node.GetOutputImage(outplug)`.
   RunReport Evaluate(Node& node, unsigned outplug);
 
   /// The engine that owns the nodes.
