@@ -180,6 +180,11 @@ class ErrorTest(PanelTestCase):
         self.fails(FILE_ERROR, ["nowhere"], "Value Clamp", "--screenshot", self.dir / "nowhere" / "a.png")
         self.assert_files()
 
+    def test_a_node_that_reports_an_error_is_drawn_with_it(self):
+        shot = ("--screenshot", self.dir / "a.png")
+        self.fails(NODE_ERROR, ["larger than maximum"], "Value Add", "--max-size", "100", *shot)
+        self.assert_files("a.png")
+
     def test_no_display(self):
         for extra in ({}, {"DISPLAY": ":32767"}):
             ended = subprocess.run(
