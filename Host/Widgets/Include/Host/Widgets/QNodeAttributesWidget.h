@@ -15,9 +15,9 @@ class QUndoStack;
 
 /// The panel that edits the attributes of any node: one row per attribute, in id order.
 ///
-/// It shows what the attributes hold at any time, whoever changes them, and greys nothing out that can be edited: the
-/// only rows that cannot are those that a connection drives, which show where their value comes from. Every change made
-/// in the panel is one command of an undo stack. Docs/Panels.md describes the panel for those who use it.
+/// It shows what the attributes hold at any time, whoever changes them. A row whose attribute is driven by a connection
+/// says by what, and cannot be edited. Every change that is made in the panel is one command of an undo stack.
+/// Docs/Panels.md describes the panel for those who use it.
 ///
 /// The editors have object names, by which tests and style sheets find them: "<attribute>" is the main editor of a row
 /// (of a point or frame the widget around its fields),
