@@ -79,6 +79,7 @@ file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/PoclCache")
 value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
     "${host}/Util/ParallelForTest.cpp"
     "${host}/Util/ParallelRowsTest.cpp"
@@ -144,6 +145,30 @@ value_add_test(HostFilesTests
   ENVIRONMENT
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0")
+
+# The panels, on the offscreen platform of Qt.
+set(widget_test_environment
+  "QT_QPA_PLATFORM=offscreen"
+  # Libraries behind Qt (fonts, displays) keep memory to the end of the process; which of them shows only in whole stacks.
+  "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
+  "ASAN_OPTIONS=fast_unwind_on_malloc=0")
+value_add_test(HostWidgetsTests
+  SOURCES
+    Contract/PanelsTest.cpp
+    Widgets/WidgetTesting.cpp
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindow.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindowTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/Preview.cpp"
+    "${host}/Widgets/QNodeAttributesWidgetTest.cpp"
+    "${host}/Widgets/SliderScale.cpp"
+    "${host}/Widgets/SliderScaleTest.cpp"
+  DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Widgets Qt6::Test
+  ENVIRONMENT ${widget_test_environment})
+# The same in real windows.
+add_test(NAME PanelsInWindows
+  COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:HostWidgetsTests>)
+list(TRANSFORM widget_test_environment REPLACE "offscreen" "xcb" OUTPUT_VARIABLE window_test_environment)
+set_tests_properties(PanelsInWindows PROPERTIES ENVIRONMENT "${window_test_environment}" TIMEOUT 300)
 
 value_add_test(NodePagesTests
   SOURCES

@@ -8,9 +8,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 #include <string>
@@ -82,6 +84,7 @@ class Pages {
       for (const std::string& name : unknown) Fail(TextName(page.GetClass()) + ": there is no node {" + name + "}");
     }
     files_["README.md"] = WriteIndex(pages_);
+    files_["attribute_texts.json"] = WriteAttributeTexts(get_name);
     // After an error, what would have been made is not all known.
     if (errors_.empty()) FindStrangers();
   }
@@ -137,6 +140,18 @@ class Pages {
     for (const NodePage& page : candidates_) {
       CheckNodeText(page.text, *page.node, known, TextName(page.GetClass()), errors_);
     }
+  }
+
+  /// What panels say of the attributes: by class name and attribute, the first sentence of each text.
+  [[nodiscard]] std::string WriteAttributeTexts(
+      const std::function<std::string(const std::string& class_name)>& get_name) const {
+    nlohmann::ordered_json texts = nlohmann::ordered_json::object();
+    for (const NodePage& page : pages_) {
+      auto& sentences = texts[page.GetClass()] = nlohmann::ordered_json::object();
+      for (const auto& [attribute, text] : page.text.attributes)
+        sentences[attribute] = GetFirstSentence(text, get_name);
+    }
+    return texts.dump(2) + "\n";
   }
 
   /// Runs a node's graph and draws its pictures. A graph that cannot run is an error where the node has a page; a node

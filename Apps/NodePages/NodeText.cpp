@@ -190,6 +190,30 @@ void CheckOldNames(const NodeText& text, const Node& node, const std::vector<std
 
 }  // namespace
 
+std::string GetFirstSentence(const std::string& text,
+                             const std::function<std::string(const std::string& class_name)>& get_name) {
+  std::string sentence;
+  bool in_code = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char letter = text[i];
+    const char next = i + 1 < text.size() ? text[i + 1] : '\n';
+    const std::size_t close = letter == '{' && !in_code ? text.find('}', i) : std::string::npos;
+    if (letter == '`') {
+      in_code = !in_code;
+    } else if (close != std::string::npos) {
+      sentence += get_name(text.substr(i + 1, close - i - 1));
+      i = close;
+    } else if (letter == '\n' && next == '\n') {
+      // The end of the paragraph.
+      break;
+    } else {
+      sentence += letter == '\n' ? ' ' : letter;
+    }
+    if (letter == '.' && !in_code && (next == ' ' || next == '\n')) break;
+  }
+  return Trim(sentence);
+}
+
 NodeText ReadNodeText(const std::filesystem::path& file, const std::string& name, std::vector<std::string>& errors) {
   return TextReader(file, name, errors).Read();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,6 +48,11 @@ struct NodeText {
   std::string surprises;
   std::string trial;
 };
+
+/// The first sentence of a text in Markdown, as plain text: on one line, without the marks of code. "{ClassName}"
+/// becomes what `get_name` answers for it.
+std::string GetFirstSentence(const std::string& text,
+                             const std::function<std::string(const std::string& class_name)>& get_name);
 
 /// Reads a text. What is wrong with its form goes to `errors`, one line each, every one naming `name`.
 NodeText ReadNodeText(const std::filesystem::path& file, const std::string& name, std::vector<std::string>& errors);

@@ -183,4 +183,21 @@ TEST_F(NodeTexts, AreMissedWhereThereIsNone) {
   EXPECT_EQ(errors_, Errors{"text: the text is missing; Docs/AddANode.md says what it holds"});
 }
 
+std::string FirstSentence(const std::string& text) {
+  return GetFirstSentence(text, [](const std::string& name) { return "<" + name + ">"; });
+}
+
+TEST(FirstSentence, EndsAtItsFullStop) {
+  EXPECT_EQ(FirstSentence("The lower limit."), "The lower limit.");
+  EXPECT_EQ(FirstSentence("The factor. Negative numbers turn it."), "The factor.");
+  EXPECT_EQ(FirstSentence("Up to 0.5 pixels\nor 3. More."), "Up to 0.5 pixels or 3.");
+  EXPECT_EQ(FirstSentence("No stop\n\n| a | table. |"), "No stop");
+  EXPECT_EQ(FirstSentence(""), "");
+}
+
+TEST(FirstSentence, LosesTheMarks) {
+  EXPECT_EQ(FirstSentence("From `low` to `a. b` and\nback. Then"), "From low to a. b and back.");
+  EXPECT_EQ(FirstSentence("As in {ImageReliefNode}. Not."), "As in <ImageReliefNode>.");
+}
+
 }  // namespace

@@ -71,3 +71,4 @@ std::unique_ptr<Command> MakeStatsCommand(const CommonOptions& common, Reporter&
 std::unique_ptr<Command> MakeDoctorCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeSelftestCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeValidateCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakePanelCommand(const CommonOptions& common, Reporter& reporter);

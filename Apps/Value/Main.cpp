@@ -37,7 +37,7 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
   common.Declare(app);
   std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
   for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand,
-                          MakeSelftestCommand, MakeDoctorCommand, MakeValidateCommand}) {
+                          MakeSelftestCommand, MakeDoctorCommand, MakeValidateCommand, MakePanelCommand}) {
     auto command = make(common, reporter);
     CLI::App* sub = command->Declare(app);
     common.Declare(*sub);
@@ -62,7 +62,7 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
     if (sub->parsed()) return Leave(command->Run());
   }
   reporter.Error(
-      "a command is missing: nodes, apply, run, check, stats, selftest, doctor or validate (see value --help)");
+      "a command is missing: nodes, apply, run, check, stats, selftest, doctor, validate or panel (see value --help)");
   reporter.Finish(nlohmann::ordered_json::object());
   return Leave(ExitCode::kUsage);
 }

@@ -68,6 +68,7 @@ Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status
   }
   ids_.push_back(id);
   ids_by_node_[node] = id;
+  node->SetLabel(id);
   entries_[id] = {node, node->GetAttributeVersion()};
   return node;
 }
@@ -280,24 +281,36 @@ RunReport GraphDocument::Run(const Progress& progress) {
   Engine::Options options;
   options.release_results = true;
   options.on_evaluated = [&](Node& node, std::size_t done, std::size_t total) {
-    const std::string id = GetId(node);
-    const std::string& message = node.GetStateMessage();
-    if (node.IsInError()) {
-      const bool of_file = node.GetState() == Node::State::kFileError;
-      report.findings.errors.push_back("node " + Quote(id) + ": " + message);
-      report.failure = std::max(report.failure, of_file ? RunFailure::kFile : RunFailure::kNode);
-    } else if (!message.empty()) {
-      for (std::size_t from = 0; from < message.size();) {
-        const std::size_t end = std::min(message.find('\n', from), message.size());
-        report.findings.notes.push_back("node " + Quote(id) + ": " + message.substr(from, end - from));
-        from = end + 1;
-      }
-    }
+    ReportState(node, report);
     WriteOutputs(node, report);
-    if (progress) progress(id, done, total);
+    if (progress) progress(GetId(node), done, total);
   };
   engine_.Evaluate(requests, options);
   return report;
+}
+
+RunReport GraphDocument::Evaluate(Node& node, unsigned outplug) {
+  RunReport report;
+  engine_.Evaluate({{&node, outplug}});
+  // A node that is up to date is not evaluated again, but what it had to say still holds.
+  for (const std::string& id : ids_) ReportState(*FindNode(id), report);
+  return report;
+}
+
+void GraphDocument::ReportState(const Node& node, RunReport& report) const {
+  const std::string name = "node " + Quote(GetId(node)) + ": ";
+  const std::string& message = node.GetStateMessage();
+  if (node.IsInError()) {
+    const bool of_file = node.GetState() == Node::State::kFileError;
+    report.findings.errors.push_back(name + message);
+    report.failure = std::max(report.failure, of_file ? RunFailure::kFile : RunFailure::kNode);
+    return;
+  }
+  for (std::size_t from = 0; from < message.size();) {
+    const std::size_t end = std::min(message.find('\n', from), message.size());
+    report.findings.notes.push_back(name + message.substr(from, end - from));
+    from = end + 1;
+  }
 }
 
 }  // namespace ScEng

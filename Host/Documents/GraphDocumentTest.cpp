@@ -616,4 +616,39 @@ TEST_F(GraphDocumentTest, NotesOfTheFilesReachTheReport) {
   for (const std::string& note : report.findings.notes) EXPECT_TRUE(Contains(note, "1 sample "));
 }
 
+// ---- Evaluating without writing ----
+
+TEST_F(GraphDocumentTest, EvaluatesOneOutputAndKeepsIt) {
+  LoadGood(MakeText("{'id': 'a', 'type': 'ImageTerrainNode'}, {'id': 'b', 'type': 'ImageValueAddNode'}",
+                    "{'from': 'a.image', 'to': 'b.image'}", "{'from': 'b.image', 'path': 'b.exr'}"));
+  Node* node = document_.FindNode("b");
+  EXPECT_EQ(node->GetLabel(), "b");
+  RunReport report = document_.Evaluate(*node, 0);
+  EXPECT_TRUE(report.findings.errors.empty());
+  ASSERT_NE(node->GetOutputImage(0), nullptr);
+  const float before = node->GetOutputImage(0)->GetConstArray()[0];
+  const Image* source = document_.FindNode("a")->GetOutputImage(0);
+  ASSERT_NE(source, nullptr);
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "b.exr"));
+
+  node->GetAttribute(std::string("constant"))->SetNumber(0.25, false);
+  report = document_.Evaluate(*node, 0);
+  EXPECT_EQ(node->GetOutputImage(0)->GetConstArray()[0], before + 0.25F);
+  // What has not changed is not made again.
+  EXPECT_EQ(document_.FindNode("a")->GetOutputImage(0), source);
+}
+
+TEST_F(GraphDocumentTest, EvaluationSaysWhatNodesReport) {
+  LoadGood(
+      MakeText("{'id': 'a', 'type': 'ImageReaderNode', 'attributes': {'path': 'missing.exr'}},"
+               "{'id': 'b', 'type': 'ImageValueAddNode'}",
+               "{'from': 'a.image', 'to': 'b.image'}"));
+  for (int i = 0; i < 2; ++i) {
+    const RunReport report = document_.Evaluate(*document_.FindNode("b"), 0);
+    EXPECT_EQ(report.failure, RunFailure::kFile);
+    ASSERT_EQ(report.findings.errors.size(), 1U);
+    EXPECT_TRUE(Contains(report.findings.errors[0], "missing.exr"));
+  }
+}
+
 }  // namespace

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Files/ImageFile.h"
 
-#include <dlfcn.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,29 +9,23 @@
 #include "Host/Files/AtomicFile.h"
 #include "Host/Files/Codecs/ImageCodecs.h"
 #include "Host/Files/FileErrors.h"
+#include "Host/Util/HostModule.h"
 
 namespace ScEng {
 namespace {
 
-/// The module of image formats, found beside this library, and why there is none where there is none.
+HostModule MakeModule() { return {"HostCodecs", "the module of image formats"}; }
+
+/// The module of image formats, and why there is none where there is none.
 struct LoadedCodecs {
   const ImageCodecs* codecs = nullptr;
   std::string problem;
 
   LoadedCodecs() {
-    const ImageFormatsReport found = FindImageFormats();
-    problem = found.problem;
-    if (!problem.empty()) return;
-    // It stays for the rest of the process: its libraries are not made to be unloaded.
-    void* handle = dlopen(found.file.c_str(), RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
-    const auto get_codecs =
-        handle == nullptr ? nullptr : reinterpret_cast<decltype(&GetImageCodecs)>(dlsym(handle, "GetImageCodecs"));
-    if (get_codecs != nullptr) {
-      codecs = get_codecs();
-    } else {
-      const char* reason = dlerror();
-      problem = "the module of image formats cannot be loaded: " + std::string(reason != nullptr ? reason : "unknown");
-    }
+    HostModule module = MakeModule();
+    const auto get_codecs = module.Load<decltype(&GetImageCodecs)>("GetImageCodecs");
+    if (get_codecs != nullptr) codecs = get_codecs();
+    problem = module.GetProblem();
   }
 };
 
@@ -44,14 +37,8 @@ const LoadedCodecs& GetCodecs() {
 }  // namespace
 
 ImageFormatsReport FindImageFormats() {
-  Dl_info self{};
-  if (dladdr(reinterpret_cast<const void*>(&ReadImageFile), &self) == 0 || self.dli_fname == nullptr) {
-    return {{}, "the folder of the host's libraries is unknown"};
-  }
-  const std::filesystem::path file = std::filesystem::path(self.dli_fname).parent_path() / "libHostCodecs.so";
-  std::error_code error;
-  if (std::filesystem::is_regular_file(file, error)) return {file, ""};
-  return {file, "the module of image formats cannot be loaded: there is no " + file.string()};
+  const HostModule module = MakeModule();
+  return {module.GetFile(), module.GetProblem()};
 }
 
 const char* GetName(SampleType type) {

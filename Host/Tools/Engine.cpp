@@ -123,6 +123,7 @@ class Engine::Graph {
     inputs.insert(place, connection);
     connection.from->outputs.push_back(connection);
     MarkDirty(*connection.to);
+    TellSource(connection, connection.from->node.Get());
     return {};
   }
 
@@ -134,7 +135,16 @@ class Engine::Graph {
     auto& outputs = connection.from->outputs;
     outputs.erase(std::find(outputs.begin(), outputs.end(), connection));
     MarkDirty(*connection.to);
+    TellSource(connection, nullptr);
     return true;
+  }
+
+  /// Tells a node what feeds the plug of one of its attributes now.
+  static void TellSource(const Connection& connection, const Node* from) {
+    Node& node = *connection.to->node;
+    const std::size_t inputs = node.GetNumRegularInputs();
+    if (connection.inplug < inputs) return;
+    node.SetAttributeSource(static_cast<unsigned>(connection.inplug - inputs), from, connection.outplug);
   }
 
   void Evaluate(const std::vector<Request>& requests, const Options& options) {

@@ -340,6 +340,37 @@ TEST_F(EngineTest, ConnectsAndDisconnects) {
   EXPECT_FALSE(engine_.DisconnectNodes(source, "image", 0, sum, "first", 0));
 }
 
+TEST_F(EngineTest, TellsNodesWhatFeedsTheirAttributes) {
+  class Watcher : public NodeObserver {
+   public:
+    void OnAttributeSourcesChanged(Node&) override { ++changes; }
+    int changes = 0;
+  };
+  SourceNode* source = CreateSource(2.0);
+  auto* sum = Create<SumNode>();
+  auto* feed = Create<FeedNode>();
+  feed->SetLabel("height");
+  Watcher watcher;
+  sum->AddObserver(&watcher);
+  const unsigned amount = sum->GetAttribute(std::string("amount"))->GetId();
+  EXPECT_EQ(sum->GetAttributeSource(amount), "");
+
+  Link(source, "image", sum, "first");
+  EXPECT_EQ(watcher.changes, 0);
+  Link(feed, "number", sum, "amount");
+  EXPECT_EQ(watcher.changes, 1);
+  EXPECT_EQ(sum->GetAttributeSource(amount), "height.number");
+  EXPECT_EQ(sum->GetAttributeSource(amount + 1), "");
+  EXPECT_TRUE(engine_.DisconnectNodes(feed, "number", 0, sum, "amount", 0));
+  EXPECT_EQ(watcher.changes, 2);
+  EXPECT_EQ(sum->GetAttributeSource(amount), "");
+
+  Link(feed, "number", sum, "amount");
+  EXPECT_TRUE(engine_.DeleteNode(feed));
+  EXPECT_EQ(sum->GetAttributeSource(amount), "");
+  sum->RemoveObserver(&watcher);
+}
+
 TEST_F(EngineTest, RefusesPlugsThatDoNotExist) {
   SourceNode* source = CreateSource(2.0);
   auto* sum = Create<SumNode>();

@@ -19,7 +19,12 @@ std::string NameOf(const std::vector<PlugRecord>& plugs, unsigned index) {
 }  // namespace
 
 Node::Node() = default;
-Node::~Node() = default;
+Node::~Node() { Tell(&NodeObserver::OnNodeDestroyed); }
+
+NodeObserver::~NodeObserver() = default;
+void NodeObserver::OnNodeChanged(Node&) {}
+void NodeObserver::OnAttributeSourcesChanged(Node&) {}
+void NodeObserver::OnNodeDestroyed(Node&) {}
 
 void Node::OnAdded() {}
 void Node::OnRemoved() {}
@@ -131,6 +136,33 @@ void Node::SetState(unsigned, State state, const std::string& message) {
 
 void Node::NotifyChanged() {
   if (change_listener_) change_listener_(*this);
+  Tell(&NodeObserver::OnNodeChanged);
+}
+
+void Node::AddObserver(NodeObserver* observer) { observers_.push_back(observer); }
+
+void Node::RemoveObserver(NodeObserver* observer) { std::erase(observers_, observer); }
+
+void Node::Tell(void (NodeObserver::*what)(Node&)) {
+  if (observers_.empty()) return;
+  // An observer may remove itself and others while it is told.
+  const std::vector<NodeObserver*> told = observers_;
+  for (NodeObserver* observer : told) {
+    if (std::find(observers_.begin(), observers_.end(), observer) != observers_.end()) (observer->*what)(*this);
+  }
+}
+
+std::string Node::GetAttributeSource(unsigned attribute) const {
+  if (attribute >= attribute_sources_.size() || attribute_sources_[attribute].node == nullptr) return {};
+  const AttributeSource& source = attribute_sources_[attribute];
+  return source.node->GetLabel() + "." + source.node->GetOutplugName(source.outplug);
+}
+
+void Node::SetAttributeSource(unsigned attribute, const Node* from, unsigned outplug) {
+  if (attribute >= attributes_.size()) return;
+  if (attribute >= attribute_sources_.size()) attribute_sources_.resize(attribute + 1);
+  attribute_sources_[attribute] = {from, outplug};
+  Tell(&NodeObserver::OnAttributeSourcesChanged);
 }
 
 void Node::UpdateInplugsAndOutplugs() {

@@ -157,6 +157,67 @@ TEST(Node, TellsOfItsSwitch) {
   EXPECT_EQ(changes, 2);
 }
 
+/// Counts what it is told.
+class CountingObserver : public NodeObserver {
+ public:
+  void OnNodeChanged(Node& node) override {
+    ++changes;
+    if (leaves) node.RemoveObserver(this);
+    if (removes != nullptr) node.RemoveObserver(removes);
+  }
+  void OnAttributeSourcesChanged(Node&) override { ++sources; }
+  void OnNodeDestroyed(Node&) override { ++ends; }
+
+  int changes = 0;
+  int sources = 0;
+  int ends = 0;
+  bool leaves = false;
+  NodeObserver* removes = nullptr;
+};
+
+TEST(Node, TellsItsObserversAfterTheListener) {
+  CountingObserver first;
+  CountingObserver second;
+  RefPtr<Node> node(new PluggedNode);
+  int told_before = -1;
+  node->SetChangeListener([&](Node&) { told_before = first.changes; });
+  node->AddObserver(&first);
+  node->AddObserver(&second);
+  node->NotifyChanged();
+  EXPECT_EQ(told_before, 0);
+  EXPECT_EQ(first.changes, 1);
+  EXPECT_EQ(second.changes, 1);
+  node->RemoveObserver(&first);
+  node->NotifyChanged();
+  EXPECT_EQ(first.changes, 1);
+  EXPECT_EQ(second.changes, 2);
+  node.Reset();
+  EXPECT_EQ(first.ends, 0);
+  EXPECT_EQ(second.ends, 1);
+}
+
+TEST(Node, ObserversMayLeaveWhileTheyAreTold) {
+  CountingObserver first;
+  CountingObserver second;
+  CountingObserver third;
+  const RefPtr<Node> node(new PluggedNode);
+  for (CountingObserver* observer : {&first, &second, &third}) node->AddObserver(observer);
+  first.leaves = true;
+  first.removes = &second;
+  node->NotifyChanged();
+  EXPECT_EQ(first.changes, 1);
+  EXPECT_EQ(second.changes, 0);
+  EXPECT_EQ(third.changes, 1);
+  node->RemoveObserver(&third);
+}
+
+TEST(Node, IsLabelledByItsNameUntilItHasALabel) {
+  const RefPtr<Node> node(new PluggedNode);
+  EXPECT_EQ(node->GetLabel(), node->GetName());
+  node->SetLabel("height");
+  EXPECT_EQ(node->GetLabel(), "height");
+}
+
 TEST(NodeEvent, KindIsTheThirdNumber) {
   NodeEvent event;
   event.sender = 1;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Checks of a node type that evaluate nothing: its icons, its factory, and what its nodes declare.
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -11,6 +9,7 @@
 
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/Node.h"
+#include "Host/Util/HostModule.h"
 #include "Host/Validation/Checks.h"
 #include "Host/Validation/Resources/ResourceReader.h"
 #include "Host/Validation/Trial.h"
@@ -23,13 +22,9 @@ constexpr int kSmallIcon = 12;
 
 std::string InQuotes(const std::string& text) { return "\"" + text + "\""; }
 
-/// The reader of Qt resources, found beside this library; null where it cannot be loaded.
+/// The reader of Qt resources; null where it cannot be loaded.
 decltype(&HostReadPicture) LoadReader() {
-  Dl_info self{};
-  if (dladdr(reinterpret_cast<const void*>(&CheckIcons), &self) == 0 || self.dli_fname == nullptr) return nullptr;
-  const std::filesystem::path file = std::filesystem::path(self.dli_fname).parent_path() / "libHostResources.so";
-  void* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  return handle == nullptr ? nullptr : reinterpret_cast<decltype(&HostReadPicture)>(dlsym(handle, "HostReadPicture"));
+  return HostModule("HostResources", "the reader of Qt resources").Load<decltype(&HostReadPicture)>("HostReadPicture");
 }
 
 void CheckIcon(Subject& subject, const std::string& path, const char* which, int wanted) {

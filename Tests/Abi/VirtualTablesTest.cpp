@@ -173,6 +173,16 @@ TEST_F(DescriptorTable, OffersNoPanelForAnotherSelector) {
   }
 }
 
+TEST_F(DescriptorTable, OffersNoPanelWithoutAnApplication) {
+  // Widgets cannot be made in this process, and slot 8 says so instead of ending it.
+  for (const void* descriptor : descriptors_) {
+    const void* factory = Call<void*>(descriptor, DescriptorSlot(1));
+    void* node = Call<void*>(factory, FactorySlot(1));
+    EXPECT_EQ((Call<void*, void*, void*, std::uintptr_t>(descriptor, DescriptorSlot(8), node, nullptr, 0)), nullptr);
+    Call<void>(node, kFreeNode);
+  }
+}
+
 TEST_F(DescriptorTable, HoldsCountFlagAndFactoryInThisOrder) {
   for (const void* descriptor : descriptors_) {
     EXPECT_EQ(Load<std::uint32_t>(descriptor, 8), 0U);

@@ -25,6 +25,13 @@ if(NOT run_output MATCHES "ImageValueAddNode")
   message(FATAL_ERROR "the installed program does not list its own nodes:\n${run_output}")
 endif()
 
+# So does its panel, whose modules lie among the installed libraries, with the texts of the tooltips.
+run("${prefix}/bin/value" panel "Value Clamp" --screenshot "${WORK_DIR}/panel.png")
+file(GLOB_RECURSE texts "${prefix}/*/attribute_texts.json")
+if(NOT EXISTS "${WORK_DIR}/panel.png" OR NOT texts)
+  message(FATAL_ERROR "the installed program does not draw its panel, or the texts of the panels are missing")
+endif()
+
 set(library "${WORK_DIR}/hello/HelloNode.so")
 run("${prefix}/bin/value" nodes --plugin "${library}")
 if(NOT run_output MATCHES "HelloContrastNode" OR run_output MATCHES "ImageValueAddNode")

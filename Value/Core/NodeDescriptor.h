@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "Host/Tools/NodeInterface.h"
+#include "Value/Core/AttributesPanel.h"
 #include "Value/Core/NodeRecord.h"
 
 /// The display name and the type of a node class as objects, built when the library is loaded.
@@ -33,6 +35,15 @@ class NodeDescriptorOf : public NodeInterface {
   [[nodiscard]] unsigned GetGroupCode() const override { return 9; }
   bool RunTest() override {
     return NodeClass::kRecord.run_test != nullptr ? NodeClass::kRecord.run_test() : NodeInterface::RunTest();
+  }
+  /// The host's panel for any node; there is none of another kind, so any selector but 0 gets null.
+  QWidget* CreateAttributesWidget(Node* node, QWidget* parent, std::uintptr_t selector) override {
+    if (selector != 0) return nullptr;
+    if constexpr (requires { NodeClass::GetPanelEntries(); }) {
+      return CreateAttributesPanel(node, parent, *this, NodeClass::GetPanelEntries());
+    } else {
+      return CreateAttributesPanel(node, parent, *this, {});
+    }
   }
   [[nodiscard]] std::string GetLibraryName() const override { return "Value"; }
   [[nodiscard]] std::string GetIconPath() const override { return IconPath(".png"); }

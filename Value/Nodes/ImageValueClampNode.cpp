@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/ImageValueClampNode.h"
 
+#include <iterator>
+
 #include "Host/Image/Image.h"
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
@@ -17,7 +19,16 @@ constexpr AttributeRow kAttributes[] = {
     ChoiceRow("profile", 0, "linear,smooth,perlin,arc_out,arc_in"),
 };
 
+// Both limits are usually near zero, although they may be far from it.
+constexpr double kLimitExponent = 2.0;
+
 }  // namespace
+
+std::vector<PanelEntry> ImageValueClampNode::GetPanelEntries() {
+  std::vector<PanelEntry> entries(std::size(kAttributes));
+  entries[kLow].slider_exponent = entries[kHigh].slider_exponent = kLimitExponent;
+  return entries;
+}
 
 ImageValueClampNode::ImageValueClampNode() {
   DeclareAttributes(*this, attributes_, kAttributes);

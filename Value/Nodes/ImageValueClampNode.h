@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Host/Tools/Node.h"
+#include "Value/Core/AttributesPanel.h"
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Core/OutputImages.h"
@@ -17,6 +18,7 @@ class ImageValueClampNode : public Node {
                                       [] { return false; }};
 
   ImageValueClampNode();
+  [[nodiscard]] static std::vector<PanelEntry> GetPanelEntries();
   [[nodiscard]] NodeType GetNodeType() const override;
   [[nodiscard]] std::string GetName() const override;
   /// "min" and "max" are the old names of "low" and "high".

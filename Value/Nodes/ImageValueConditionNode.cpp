@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/ImageValueConditionNode.h"
 
+#include <iterator>
+
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Operations/ConditionOperations.h"
@@ -17,7 +19,22 @@ constexpr AttributeRow kAttributes[] = {
     NumberRow("b", 0.0, -10000.0, 10000.0, 0.01, 3),
 };
 
+// What is shown for the words of "condition", in their order.
+constexpr const char* kConditionLabels =
+    "v == min,v != min,v == max,v != max,v < a,v <= a,v == a,v >= a,v > a,"
+    "a < v and v < b,a <= v and v < b,a < v and v <= b,a <= v and v <= b";
+
+// Both bounds are usually near zero, although they may be far from it.
+constexpr double kBoundExponent = 2.0;
+
 }  // namespace
+
+std::vector<PanelEntry> ImageValueConditionNode::GetPanelEntries() {
+  std::vector<PanelEntry> entries(std::size(kAttributes));
+  entries[kCondition].labels = kConditionLabels;
+  entries[kA].slider_exponent = entries[kB].slider_exponent = kBoundExponent;
+  return entries;
+}
 
 ImageValueConditionNode::ImageValueConditionNode() {
   DeclareAttributes(*this, attributes_, kAttributes);

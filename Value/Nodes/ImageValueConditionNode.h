@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Value/Core/AttributesPanel.h"
 #include "Value/Core/NodeDescriptor.h"
 #include "Value/Core/NodeRecord.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
@@ -16,6 +17,7 @@ class ImageValueConditionNode : public ImageValueOperationOneNode {
                                       SelfTests::RunCondition};
 
   ImageValueConditionNode();
+  [[nodiscard]] static std::vector<PanelEntry> GetPanelEntries();
   [[nodiscard]] NodeType GetNodeType() const override;
   [[nodiscard]] std::string GetName() const override;
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;

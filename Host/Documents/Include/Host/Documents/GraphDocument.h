@@ -94,6 +94,13 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// Evaluates what the outputs and the enabled writers need and writes each file as soon as its image is there.
   RunReport Run(const Progress& progress);
 
+  /// Evaluates what one output needs and keeps every result, so that the next call computes only what has changed
+  /// since. Writes nothing. The image, where there is one, is then at `node.GetOutputImage(outplug)`.
+  RunReport Evaluate(Node& node, unsigned outplug);
+
+  /// The engine that owns the nodes.
+  [[nodiscard]] Engine& GetEngine() { return engine_; }
+
  private:
   friend class DocumentReader;
 
@@ -114,6 +121,8 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// The node before, and the name after, the last dot; null and an error when there is no such node.
   Entry* FindPlugNode(const std::string& plug, std::string& name, Status& status);
   void WriteOutputs(const Node& node, RunReport& report);
+  /// Adds the state of a node that was evaluated to what a run has to say.
+  void ReportState(const Node& node, RunReport& report) const;
 
   Engine engine_;
   std::vector<std::string> ids_;

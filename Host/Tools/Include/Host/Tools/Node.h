@@ -43,6 +43,25 @@ struct PlugRecord {
   static PlugRecord Output(unsigned type, std::string name) { return {0, type, std::move(name), 0, 0}; }
 };
 
+class Node;
+
+/// Who wants to know what happens to a node: a panel that shows it, for example. Observers are told on the thread that
+/// makes the change, and may add and remove observers then.
+class HOST_TOOLS_API NodeObserver {
+ public:
+  NodeObserver() = default;
+  NodeObserver(const NodeObserver&) = delete;
+  NodeObserver& operator=(const NodeObserver&) = delete;
+  virtual ~NodeObserver();
+
+  /// An attribute or the enabled flag has changed.
+  virtual void OnNodeChanged(Node& node);
+  /// The plug of an attribute was connected or is free again.
+  virtual void OnAttributeSourcesChanged(Node& node);
+  /// The node is about to go. It tells this observer nothing any more.
+  virtual void OnNodeDestroyed(Node& node);
+};
+
 /// The base of every node: attributes, plugs, state, and the operations that the host's engine calls.
 ///
 /// A node class fills `attributes_`, `inplugs_` and `outplugs_` in its constructor and calls
@@ -188,6 +207,19 @@ class HOST_TOOLS_API Node : public RefCounter<Node> {
   void NotifyChanged();
   /// Who is told of such changes: the engine.
   void SetChangeListener(std::function<void(Node&)> listener) { change_listener_ = std::move(listener); }
+  /// Everybody else who is told, after the engine. Not counted; an observer is removed before it goes.
+  void AddObserver(NodeObserver* observer);
+  void RemoveObserver(NodeObserver* observer);
+
+  // ---- The node's place in its graph, for those who show it ----
+
+  /// The name that the graph gave to this node, a document's id for example; the display name where it gave none.
+  [[nodiscard]] std::string GetLabel() const { return label_.empty() ? GetName() : label_; }
+  void SetLabel(std::string label) { label_ = std::move(label); }
+  /// What feeds the plug of an attribute, as "label.plug"; empty where it carries the attribute's own value.
+  [[nodiscard]] std::string GetAttributeSource(unsigned attribute) const;
+  /// For the engine: `from`, which outlives the connection, feeds the plug of an attribute; null when nothing does.
+  void SetAttributeSource(unsigned attribute, const Node* from, unsigned outplug);
 
  protected:
   /// Derives the list of input plugs from `inplugs_` and `attributes_`. The last call of every node's constructor.
@@ -204,4 +236,14 @@ class HOST_TOOLS_API Node : public RefCounter<Node> {
   State state_ = State::kIdle;
   std::string state_message_;
   std::function<void(Node&)> change_listener_;
+  struct AttributeSource {
+    const Node* node = nullptr;
+    unsigned outplug = 0;
+  };
+  void Tell(void (NodeObserver::*what)(Node&));
+
+  std::vector<NodeObserver*> observers_;
+  // One entry per attribute that was ever connected, in id order.
+  std::vector<AttributeSource> attribute_sources_;
+  std::string label_;
 };

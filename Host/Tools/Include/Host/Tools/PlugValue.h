@@ -56,6 +56,8 @@ class PlugValue {
                                    PlugType::kText, PlugType::kColor, PlugType::kPoint, PlugType::kFrame};
     return kCodes[value_.index()];
   }
+  /// Of the same kind and equal; images by their address.
+  friend bool operator==(const PlugValue&, const PlugValue&) = default;
   [[nodiscard]] bool HasValue() const { return value_.index() != 0; }
 
   /// What is carried where it is of the asked kind, else a neutral value: null, false, 0, the empty string and so on.

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Host/Documents/GraphDocument.h"
+#include "Host/Tools/Node.h"
+#include "Host/Tools/NodeLibrary.h"
+#include "Host/Util/Status.h"
+
+/// A file and the plug that it belongs to, as a person wrote them: FILE or PLUG=FILE.
+struct PlugFile {
+  std::string plug;
+  std::string file;
+};
+
+/// The part of a command line that puts one node on image files, and the graph that follows from it: the node and a
+/// reader for each of its inputs.
+class OneNodeGraph {
+ public:
+  /// Declares NODE, -i and --set.
+  void DeclareNode(CLI::App& sub);
+  /// Declares --range.
+  void DeclareRange(CLI::App& sub);
+
+  /// The node as it was written; empty where it is missing. Where it stands behind "-i FILE...", it was taken for one
+  /// more file.
+  [[nodiscard]] std::string FindNodeName(const ScEng::NodeCatalogue& catalogue);
+  [[nodiscard]] bool HasInputs() const { return !inputs_.empty(); }
+
+  /// Adds the node and sets its attributes. Messages name it by its display name.
+  ScEng::Status AddNode(ScEng::GraphDocument& document, const NodeInterface& descriptor,
+                        std::vector<std::string>& notes);
+  /// Adds and connects the readers. A node with inputs needs a file.
+  ScEng::Status ConnectInputs(ScEng::GraphDocument& document) const;
+
+  /// The node and its id, from `AddNode` on.
+  [[nodiscard]] Node& GetNode() const { return *node_; }
+  [[nodiscard]] const std::string& GetId() const { return id_; }
+
+  /// Splits PLUG=FILE; a text that is no plug but an existing file is a file with "=" in its name.
+  static ScEng::Status SplitPlug(const std::string& text, const std::vector<PlugRecord>& plugs, bool is_input,
+                                 PlugFile& result);
+  /// The image plugs among the first `count`.
+  static std::vector<PlugRecord> GetImagePlugs(const std::vector<PlugRecord>& plugs, std::size_t count);
+
+ private:
+  using Range = std::optional<std::pair<std::string, std::string>>;
+
+  ScEng::Status SetAttributes(ScEng::GraphDocument& document, std::vector<std::string>& notes) const;
+  ScEng::Status AddReader(ScEng::GraphDocument& document, const std::string& file, unsigned index,
+                          const Range& range) const;
+  ScEng::Status ReadRange(Range& range) const;
+
+  Node* node_ = nullptr;
+  std::string id_;
+  std::vector<std::string> words_;
+  std::vector<std::string> inputs_;
+  std::vector<std::string> settings_;
+  std::optional<std::string> range_;
+};

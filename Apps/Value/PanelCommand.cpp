@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdlib>
+
+#include "Apps/Panel/Panel.h"
+#include "Apps/Value/Common.h"
+#include "Apps/Value/OneNodeGraph.h"
+#include "Host/Nodes/HostNodes.h"
+#include "Host/Util/HostModule.h"
+
+namespace {
+
+using ScEng::Status;
+
+bool IsSet(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+class PanelCommand : public Command {
+ public:
+  using Command::Command;
+
+  CLI::App* Declare(CLI::App& app) override {
+    CLI::App* sub = app.add_subcommand("panel", "Opens the attribute panel of a node, with a live preview");
+    graph_.DeclareNode(*sub);
+    graph_.DeclareRange(*sub);
+    sub->add_option("--screenshot", screenshot_, "Draws the window to a file; needs no display")->type_name("FILE");
+    sub->add_option("--theme", theme_, "light or dark (default: as the desktop)")
+        ->type_name("THEME")
+        ->check(CLI::IsMember({"light", "dark"}));
+    sub->add_option("--scale", scale_, "Device pixels per pixel: 1 or 2")->type_name("N")->check(CLI::Range(1, 2));
+    sub->footer(
+        "Without -i the node gets a terrain.\n\n"
+        "Examples:\n"
+        "  value panel \"Value Clamp\" -i terrain.exr\n"
+        "  value panel Relief --set radius=12 --screenshot relief.png --theme dark --scale 2");
+    return sub;
+  }
+
+  ExitCode Run() override {
+    const auto catalogue = LoadCatalogue();
+    if (!catalogue) return ExitCode::kPlugin;
+    const std::string name = graph_.FindNodeName(*catalogue);
+    if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
+    const NodeInterface* found = FindNode(*catalogue, name);
+    if (found == nullptr) return ExitCode::kUsage;
+    // The same object as a descriptor that may be asked for a panel.
+    PanelRequest request;
+    request.descriptor = catalogue->Find(found->GetNodeType());
+
+    ScEng::GraphDocument document(catalogue);
+    std::vector<std::string> notes;
+    Status status = graph_.AddNode(document, *found, notes);
+    if (!status.IsError()) status = graph_.HasInputs() ? graph_.ConnectInputs(document) : AddGenerators(document);
+    if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
+    reporter_.Notes(notes);
+    if (screenshot_.empty() && !IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
+      return Fail(ExitCode::kNodeError,
+                  "there is no display to open a window on; give --screenshot FILE to draw it without one, or set "
+                  "DISPLAY");
+    }
+
+    request.document = &document;
+    request.node = &graph_.GetNode();
+    const std::vector<PlugRecord>& outplugs = request.node->GetOutplugs();
+    for (unsigned i = 0; i < outplugs.size(); ++i) {
+      if (outplugs[i].type == PlugType::kImage) request.outplugs.push_back(i);
+    }
+    // Whoever was added after the node itself feeds it, the first input first.
+    if (document.GetIds().size() > 1) request.source = document.FindNode(document.GetIds()[1]);
+
+    // A file that cannot be read is an error of the command. What the node itself reports is shown in the window too,
+    // since another value may mend it.
+    ExitCode code = ExitCode::kDone;
+    if (!request.outplugs.empty()) {
+      code = ReportRun(document.Evaluate(*request.node, request.outplugs.front()), "");
+      if (code == ExitCode::kFile) return Finish(request, PanelAnswer(), code);
+    }
+    return Show(request, code);
+  }
+
+ private:
+  /// Images for a node that is given none: a terrain, and waves for a second input.
+  Status AddGenerators(ScEng::GraphDocument& document) const {
+    const Node& node = graph_.GetNode();
+    unsigned index = 0;
+    for (const PlugRecord& plug : OneNodeGraph::GetImagePlugs(node.GetInplugs(), node.GetNumRegularInputs())) {
+      const std::string id = "input " + std::to_string(index + 1);
+      Status status;
+      document.AddNode(id, index == 0 ? ScEng::kImageTerrainType : ScEng::kImageWavesType, status);
+      std::vector<std::string> notes;
+      if (!status.IsError()) status = document.SetAttribute(id + ".frame", "0,0,512,512", notes);
+      if (!status.IsError()) status = document.SetAttribute(id + ".wavelength", "128", notes);
+      if (!status.IsError()) status = document.Connect(id + ".image", graph_.GetId() + "." + plug.name, 0);
+      if (status.IsError()) return status;
+      ++index;
+    }
+    return {};
+  }
+
+  ExitCode Show(PanelRequest& request, ExitCode code) {
+    ScEng::HostModule module("ValuePanel", "the module of the window");
+    const auto show = module.Load<decltype(&ValueShowPanel)>("ValueShowPanel");
+    if (show == nullptr) return Fail(ExitCode::kPlugin, module.GetProblem());
+    request.theme = theme_;
+    request.scale = scale_;
+    if (!screenshot_.empty()) request.screenshot = ScEng::MakePath(screenshot_).string();
+    request.on_fatal = [this](const std::string& text) {
+      Fail(ExitCode::kNodeError, text);
+      // Qt would abort the process next.
+      std::_Exit(static_cast<int>(ExitCode::kNodeError));
+    };
+    PanelAnswer answer;
+    show(request, answer);
+    if (answer.status.IsError()) {
+      reporter_.Error(answer.status.GetMessage());
+      code = ExitCode::kFile;
+    }
+    return Finish(request, answer, code);
+  }
+
+  ExitCode Finish(const PanelRequest& request, const PanelAnswer& shown, ExitCode code) {
+    nlohmann::ordered_json answer;
+    answer["node"] = request.descriptor->GetNodeFactory()->GetTypeName();
+    if (!request.screenshot.empty()) {
+      answer["screenshot"]["path"] = request.screenshot;
+      answer["screenshot"]["written"] = !shown.status.IsError();
+      answer["screenshot"]["width"] = shown.width;
+      answer["screenshot"]["height"] = shown.height;
+    }
+    // What the attributes hold in the end, in the form that --set takes.
+    answer["attributes"] = nlohmann::ordered_json::object();
+    for (std::size_t i = 0; i < request.node->GetNumAttributes(); ++i) {
+      const Attribute& attribute = *request.node->GetAttribute(i);
+      answer["attributes"][attribute.GetName()] = ToJson(attribute.GetValue());
+    }
+    reporter_.Finish(answer);
+    return code;
+  }
+
+  static nlohmann::ordered_json ToJson(const PlugValue& value) {
+    switch (value.GetType()) {
+      case PlugType::kFlag: return value.GetFlag();
+      case PlugType::kNumber: return ::ToJson(value.GetNumber());
+      case PlugType::kText: return value.GetText();
+      case PlugType::kPoint: return {value.GetPoint().x, value.GetPoint().y};
+      case PlugType::kColor: {
+        const ScEng::Rgbo color = value.GetColor();
+        return {color.red, color.green, color.blue, color.opacity};
+      }
+      case PlugType::kFrame: {
+        const ScEng::Frame frame = value.GetFrame();
+        return {frame.x, frame.y, frame.width, frame.height};
+      }
+      default: return nullptr;
+    }
+  }
+
+  OneNodeGraph graph_;
+  std::string screenshot_;
+  std::string theme_;
+  int scale_ = 1;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakePanelCommand(const CommonOptions& common, Reporter& reporter) {
+  return std::make_unique<PanelCommand>(common, reporter);
+}

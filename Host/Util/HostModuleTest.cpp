@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Util/HostModule.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using ScEng::HostModule;
+
+TEST(HostModule, IsFoundBesideTheHostsLibraries) {
+  const HostModule module("HostCodecs", "the module of image formats");
+  EXPECT_EQ(module.GetProblem(), "");
+  EXPECT_EQ(module.GetFile().filename(), "libHostCodecs.so");
+  EXPECT_TRUE(std::filesystem::is_regular_file(module.GetFile()));
+  EXPECT_TRUE(std::filesystem::exists(module.GetFile().parent_path() / "libHostUtil.so"));
+}
+
+TEST(HostModule, GivesItsEntryPoint) {
+  HostModule module("HostCodecs", "the module of image formats");
+  using Function = const void* (*)();
+  const auto function = module.Load<Function>("GetImageCodecs");
+  ASSERT_NE(function, nullptr) << module.GetProblem();
+  EXPECT_NE(function(), nullptr);
+  EXPECT_EQ(HostModule("HostCodecs", "").Load<Function>("GetImageCodecs"), function);
+}
+
+TEST(HostModule, SaysWhichFileIsMissing) {
+  HostModule module("HostNothing", "the module of nothing");
+  EXPECT_EQ(module.GetProblem(), "the module of nothing cannot be loaded: there is no " + module.GetFile().string());
+  EXPECT_EQ(module.Load<void (*)()>("Anything"), nullptr);
+}
+
+TEST(HostModule, SaysWhichEntryPointIsMissing) {
+  HostModule module("HostCodecs", "the module of image formats");
+  EXPECT_EQ(module.Load<void (*)()>("NoSuchEntryPoint"), nullptr);
+  EXPECT_NE(module.GetProblem().find("NoSuchEntryPoint"), std::string::npos) << module.GetProblem();
+  EXPECT_EQ(module.GetProblem().find("the module of image formats cannot be loaded: "), 0U);
+}
+
+}  // namespace
