@@ -37,16 +37,12 @@ OcclusionPlan::Step MakeStep(int direction, int length) {
   return step;
 }
 
-/// The window for groups that begin at a step: larger farther out, where a bound may be taken at a nearer step than
-/// the highest pixel's without becoming much larger.
-int ChooseWindow(int first) { return first < 40 ? 0 : 1; }
-
-/// From which step on groups are gathered in clusters, and in clusters of larger windows.
-constexpr int kFirstOfClusters = 20;
-constexpr int kFirstOfFarClusters = 48;
-/// The windows of clusters, 32 and 64 pixels along each side.
-constexpr int kClusterWindow = 2;
-constexpr int kFarClusterWindow = 3;
+/// From which step on groups are gathered in clusters: farther out a bound may be taken at a nearer step than the
+/// highest pixel's without becoming much larger.
+constexpr int kFirstOfClusters = 40;
+/// The windows of groups and of clusters, 8 and 16 pixels along each side.
+constexpr int kGroupWindow = 0;
+constexpr int kClusterWindow = 1;
 
 /// The pixels that some steps read, relative to the pixel that looks.
 class Extent {
@@ -93,7 +89,7 @@ void AddGroups(const OcclusionPlan::Step* along, int num_steps, int read, int sh
                std::vector<OcclusionPlan::Group>& groups) {
   const auto add_groups = [&](int first, int end) {
     while (first < end) {
-      groups.push_back(MakeGroup(along, first, end, ChooseWindow(first), read, sharing));
+      groups.push_back(MakeGroup(along, first, end, kGroupWindow, read, sharing));
       groups.back().next = static_cast<int>(groups.size());
       first = groups.back().end;
     }
@@ -102,8 +98,7 @@ void AddGroups(const OcclusionPlan::Step* along, int num_steps, int read, int sh
   int first = std::min(num_steps, kFirstOfClusters);
   add_groups(0, first);
   while (first < num_steps) {
-    const int window = first < kFirstOfFarClusters ? kClusterWindow : kFarClusterWindow;
-    OcclusionPlan::Group cluster = MakeGroup(along, first, num_steps, window, read, sharing);
+    OcclusionPlan::Group cluster = MakeGroup(along, first, num_steps, kClusterWindow, read, sharing);
     const int end = std::exchange(cluster.end, first);
     const std::size_t place = groups.size();
     groups.push_back(cluster);

@@ -83,7 +83,7 @@ TEST_P(OcclusionGroups, OfAClusterLieInItsWindow) {
         EXPECT_EQ(group.next, i + 1);
         continue;
       }
-      ASSERT_GT(group.next, i + 1);
+      ASSERT_GE(group.next, i + 2);
       ASSERT_LE(group.next, plan.group_starts[direction + 1]);
       const int end = plan.groups[static_cast<std::size_t>(group.next - 1)].end;
       for (int step = group.first; step < end; ++step) ExpectInside(plan, group, direction, step, sharing);
@@ -95,10 +95,10 @@ TEST(OcclusionPlan, GathersFarGroupsInClusters) {
   const OcclusionPlan near_plan(10, 4);
   EXPECT_EQ(near_plan.num_windows, 1);
   const OcclusionPlan far_plan(100, 4);
-  EXPECT_EQ(far_plan.num_windows, 4);
+  EXPECT_EQ(far_plan.num_windows, 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Steps, OcclusionGroups,
-                         testing::Combine(testing::Values(1, 2, 3, 10, 20, 21, 47, 99, 1024), testing::Values(1, 4)));
+                         testing::Combine(testing::Values(1, 2, 3, 10, 40, 41, 47, 99, 1024), testing::Values(1, 4)));
 
 }  // namespace

@@ -242,8 +242,9 @@ std::vector<double> GetNumbers(const PlugValue& value, Attribute::Kind kind) {
 void SetNumbers(Attribute& attribute, const std::vector<double>& numbers) {
   switch (attribute.GetKind()) {
     case Attribute::Kind::kColor: attribute.SetRgbo(numbers[0], numbers[1], numbers[2], numbers[3], true); break;
-    case Attribute::Kind::kPoint: attribute.SetPoint(numbers[0], numbers[1], true); break;
-    default: attribute.SetFrame(numbers[0], numbers[1], numbers[2], numbers[3], true); break;
+    // Some points are fractions of an image, so that nothing is rounded to whole pixels here.
+    case Attribute::Kind::kPoint: attribute.SetPoint(numbers[0], numbers[1], false); break;
+    default: attribute.SetFrame(numbers[0], numbers[1], numbers[2], numbers[3], false); break;
   }
 }
 
@@ -268,16 +269,6 @@ class NumbersEditor : public AttributeEditor {
 
   void Refresh() override {
     const std::vector<double> numbers = GetNumbers(GetAttribute().GetValue(), kind_);
-    if (kind_ != Attribute::Kind::kColor) {
-      // A value that was set in the panel is whole; one that was set by a program need not be.
-      const bool is_whole =
-          std::all_of(numbers.begin(), numbers.end(), [](double number) { return number == std::round(number); });
-      constexpr int kDecimals = 3;
-      for (NumberBox* box : boxes_) {
-        const QSignalBlocker blocker(box);
-        if (const int decimals = is_whole ? 0 : kDecimals; box->decimals() != decimals) box->setDecimals(decimals);
-      }
-    }
     for (std::size_t i = 0; i < boxes_.size(); ++i) boxes_[i]->Show(numbers[i]);
     if (swatch_ != nullptr) swatch_->SetColor(GetColor());
   }
@@ -292,21 +283,18 @@ class NumbersEditor : public AttributeEditor {
     connect(swatch_, &QAbstractButton::clicked, this, [this] { ChooseColor(); });
     AddFields({{"red", "R"}, {"green", "G"}, {"blue", "B"}, {"opacity", "O"}});
     constexpr double kColorStep = 0.05;
-    constexpr int kColorDecimals = 3;
-    for (NumberBox* box : boxes_) {
-      box->setSingleStep(kColorStep);
-      box->setDecimals(kColorDecimals);
-    }
+    for (NumberBox* box : boxes_) box->setSingleStep(kColorStep);
     boxes_.back()->setRange(0.0, 1.0);
     boxes_.back()->setToolTip(QStringLiteral("Opacity"));
   }
 
   void AddFields(const Fields& fields) {
     constexpr double kMost = 1e9;
+    constexpr int kDecimals = 3;
     for (const auto& [part, label] : fields) {
       const std::size_t index = boxes_.size();
       auto* box = new NumberBox(this);
-      box->setDecimals(0);
+      box->setDecimals(kDecimals);
       box->setRange(-kMost, kMost);
       const int row = static_cast<int>(index / 2);
       const int column = 1 + static_cast<int>(index % 2) * 2;

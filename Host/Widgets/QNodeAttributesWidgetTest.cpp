@@ -439,13 +439,17 @@ TEST_F(Panel, ChoosesAColorInADialog) {
   EXPECT_EQ(stack_.count(), 0);
 }
 
-TEST_F(Panel, EditsPointsAndFramesInWholeNumbers) {
+TEST_F(Panel, EditsPointsAndFrames) {
   Type(Box("place.x"), "17");
   EXPECT_EQ(Of("place").GetValue().GetPoint(), (ScEng::Point{17.0, 4.0}));
   Type(Box("area.height"), "128");
   EXPECT_EQ(Of("area").GetValue().GetFrame(), (ScEng::Frame{0.0, 0.0, 64.0, 128.0}));
+  Type(Box("place.y"), "0.125");
+  EXPECT_EQ(Of("place").GetValue().GetPoint(), (ScEng::Point{17.0, 0.125}));
+  EXPECT_EQ(Box("place.x")->text(), "17");
   Of("place").SetPoint(0.5, 2.0, false);
   EXPECT_EQ(Box("place.x")->text(), "0.5");
+  EXPECT_EQ(Box("place.y")->text(), "2");
 }
 
 // ---- Undo ----
