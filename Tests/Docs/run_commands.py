@@ -5,7 +5,8 @@
     run_commands.py ROOT FILE...    Markdown files, relative to the root; patterns are allowed
 
 Every line of an "sh" block that starts the command line program is run, with VALUE_PROGRAM in its place, in a scratch
-copy of what the commands read. Commands of one document run in order, so one may read what another has written.
+copy of what the commands read. Commands of one document run in order, so one may read what another has written. A JSON
+block that the text says to save (Save this as `FILE`) is there as that file.
 """
 
 import os
@@ -28,6 +29,10 @@ def commands(text):
                 yield words[1:]
 
 
+def documents(text):
+    return re.findall(r"[Ss]ave this as `([^`]+)`[^`]*^```json\n(.*?)^```", text, re.MULTILINE | re.DOTALL)
+
+
 def main():
     root, patterns = pathlib.Path(sys.argv[1]), sys.argv[2:]
     program = os.environ["VALUE_PROGRAM"]
@@ -37,7 +42,10 @@ def main():
             shutil.copytree(root / folder, pathlib.Path(scratch) / folder)
         (pathlib.Path(scratch) / "out").mkdir()
         for file in sorted(found for pattern in patterns for found in root.glob(pattern)):
-            for words in commands(file.read_text("utf-8")):
+            text = file.read_text("utf-8")
+            for name, content in documents(text):
+                (pathlib.Path(scratch) / name).write_text(content, "utf-8")
+            for words in commands(text):
                 run = subprocess.run([program, *words], cwd=scratch, capture_output=True, text=True, check=False)
                 runs += 1
                 if run.returncode != 0:
