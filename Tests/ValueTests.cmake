@@ -31,6 +31,7 @@ value_add_test(ValueNodeTests
     "${value_dir}/Nodes/CompareTest.cpp"
     "${value_dir}/Nodes/ComponentEdgesTest.cpp"
     "${value_dir}/Nodes/ComponentLabelsTest.cpp"
+    "${value_dir}/Nodes/ComponentNodesTest.cpp"
     "${value_dir}/Nodes/EveryNodeTest.cpp"
     "${value_dir}/Nodes/ImageAmbientOcclusionNodeTest.cpp"
     "${value_dir}/Nodes/ImageComponentEdgesNodeTest.cpp"

@@ -104,6 +104,12 @@ ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& p
   return ExitCode::kDone;
 }
 
+std::string JoinWords(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
 std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::string& text) {
   const std::size_t equals = text.find('=');
   if (equals == std::string::npos || equals == 0) return std::nullopt;

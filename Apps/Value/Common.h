@@ -54,6 +54,9 @@ class Command {
   Reporter& reporter_;
 };
 
+/// The words of a name that was written without quotes, in one.
+std::string JoinWords(const std::vector<std::string>& words);
+
 /// "left=right", split at the first "="; nothing where there is none or the left side is empty.
 std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::string& text);
 

@@ -179,8 +179,7 @@ class NodesCommand : public Command {
   ExitCode Run() override {
     const auto catalogue = LoadCatalogue();
     if (!catalogue) return ExitCode::kPlugin;
-    std::string name;
-    for (const std::string& word : words_) name += (name.empty() ? "" : " ") + word;
+    const std::string name = JoinWords(words_);
     return words_.empty() ? ListAll(*catalogue) : ShowOne(*catalogue, name);
   }
 

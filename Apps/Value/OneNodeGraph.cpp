@@ -54,8 +54,7 @@ std::vector<PlugRecord> OneNodeGraph::GetImagePlugs(const std::vector<PlugRecord
 }
 
 std::string OneNodeGraph::FindNodeName(const ScEng::NodeCatalogue& catalogue) {
-  std::string name;
-  for (const std::string& word : words_) name += (name.empty() ? "" : " ") + word;
+  std::string name = JoinWords(words_);
   for (auto it = inputs_.begin(); name.empty() && it != inputs_.end(); ++it) {
     std::error_code error;
     if (catalogue.FindWritten(*it) == nullptr || std::filesystem::exists(*it, error)) continue;

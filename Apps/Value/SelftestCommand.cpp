@@ -157,8 +157,7 @@ class SelftestCommand : public Command {
     const auto catalogue = LoadCatalogue();
     if (!catalogue) return ExitCode::kPlugin;
     std::vector<NodeInterface*> descriptors = catalogue->GetDescriptors();
-    std::string name;
-    for (const std::string& word : words_) name += (name.empty() ? "" : " ") + word;
+    const std::string name = JoinWords(words_);
     if (!name.empty()) {
       const NodeInterface* found = FindNode(*catalogue, name);
       if (found == nullptr) return ExitCode::kUsage;
