@@ -20,7 +20,7 @@ class CheckCommand : public Command {
     ScEng::GraphDocument document(catalogue);
     ScEng::Findings findings;
     const bool could_read = document.Load(ScEng::MakePath(file_), findings);
-    if (could_read) document.CheckComplete(findings);
+    if (could_read) CheckComplete(document, file_, findings);
     reporter_.Notes(findings.notes);
     for (const std::string& error : findings.errors) reporter_.Error(error);
 

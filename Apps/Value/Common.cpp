@@ -104,6 +104,12 @@ ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& p
   return ExitCode::kDone;
 }
 
+void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings) {
+  const std::size_t known = findings.errors.size();
+  document.CheckComplete(findings);
+  for (std::size_t i = known; i < findings.errors.size(); ++i) findings.errors[i].insert(0, file + ": ");
+}
+
 std::string JoinWords(const std::vector<std::string>& words) {
   std::string text;
   for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;

@@ -54,6 +54,9 @@ class Command {
   Reporter& reporter_;
 };
 
+/// Adds what stands in the way of a run although the document could be read, each error with the document's name.
+void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings);
+
 /// The words of a name that was written without quotes, in one.
 std::string JoinWords(const std::vector<std::string>& words);
 

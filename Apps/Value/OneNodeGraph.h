@@ -31,6 +31,7 @@ class OneNodeGraph {
   /// more file.
   [[nodiscard]] std::string FindNodeName(const ScEng::NodeCatalogue& catalogue);
   [[nodiscard]] bool HasInputs() const { return !inputs_.empty(); }
+  [[nodiscard]] bool HasRange() const { return range_.has_value(); }
 
   /// Adds the node and sets its attributes. Messages name it by its display name.
   ScEng::Status AddNode(ScEng::GraphDocument& document, const NodeInterface& descriptor,

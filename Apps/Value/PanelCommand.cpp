@@ -38,6 +38,10 @@ class PanelCommand : public Command {
   }
 
   ExitCode Run() override {
+    if (graph_.HasRange() && !graph_.HasInputs()) {
+      return Fail(ExitCode::kUsage, "--range declares the range of image files; give one with -i FILE");
+    }
+    if (screenshot_ && screenshot_->empty()) return Fail(ExitCode::kUsage, "--screenshot names no file");
     const auto catalogue = LoadCatalogue();
     if (!catalogue) return ExitCode::kPlugin;
     const std::string name = graph_.FindNodeName(*catalogue);
@@ -54,7 +58,7 @@ class PanelCommand : public Command {
     if (!status.IsError()) status = graph_.HasInputs() ? graph_.ConnectInputs(document) : AddGenerators(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
-    if (screenshot_.empty() && !IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
+    if (!screenshot_ && !IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
       return Fail(ExitCode::kNodeError,
                   "there is no display to open a window on; give --screenshot FILE to draw it without one, or set "
                   "DISPLAY");
@@ -104,7 +108,7 @@ class PanelCommand : public Command {
     if (show == nullptr) return Fail(ExitCode::kPlugin, module.GetProblem());
     request.theme = theme_;
     request.scale = scale_;
-    if (!screenshot_.empty()) request.screenshot = ScEng::MakePath(screenshot_).string();
+    if (screenshot_) request.screenshot = ScEng::MakePath(*screenshot_).string();
     request.on_fatal = [this](const std::string& text) {
       Fail(ExitCode::kNodeError, text);
       // Qt would abort the process next.
@@ -157,7 +161,7 @@ class PanelCommand : public Command {
   }
 
   OneNodeGraph graph_;
-  std::string screenshot_;
+  std::optional<std::string> screenshot_;
   std::string theme_;
   int scale_ = 1;
 };

@@ -87,7 +87,10 @@ class RunCommand : public Command {
                   const std::optional<std::filesystem::path>& input) const {
     ScEng::Findings findings;
     if (!document.Load(ScEng::MakePath(file_), findings)) return {ExitCode::kFile, findings.errors.front()};
-    if (!findings.errors.empty()) return RefuseDocument(findings);
+    if (!findings.errors.empty()) {
+      CheckComplete(document, file_, findings);
+      return RefuseDocument(findings);
+    }
     notes = findings.notes;
     Status status = ApplyOptions(document, notes);
     if (!status.IsError() && input) status = document.SetInput(SplitAssignment(each_)->first, *input);
@@ -97,11 +100,10 @@ class RunCommand : public Command {
       });
     }
     if (status.IsError()) return {ExitCode::kUsage, status.GetMessage()};
-    document.CheckComplete(findings);
+    CheckComplete(document, file_, findings);
     if (findings.errors.empty()) return {};
     // In a batch, outputs of one file name in different folders meet in one folder; else the document is at fault.
     if (input && HasDuplicate(document.GetOutputFiles())) return {ExitCode::kUsage, findings.errors.front()};
-    for (std::string& error : findings.errors) error = file_ + ": " + error;
     return RefuseDocument(findings);
   }
 

@@ -7,6 +7,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <system_error>
 
@@ -149,7 +150,8 @@ class SelftestCommand : public Command {
         "  value selftest\n"
         "  value selftest Relief --reference ../last-version/output\n"
         "Images go to output/ in the working directory, an EXR file and a PNG picture per case. Inputs that input/ in\n"
-        "the working directory does not have are the program's own. Exit code 1 when a test failed.");
+        "the working directory does not have are the program's own. Exit code 1 when a test failed. --quiet\n"
+        "leaves only the errors.");
     return sub;
   }
 
@@ -158,15 +160,15 @@ class SelftestCommand : public Command {
     if (!catalogue) return ExitCode::kPlugin;
     std::vector<NodeInterface*> descriptors = catalogue->GetDescriptors();
     const std::string name = JoinWords(words_);
-    if (!name.empty()) {
+    if (!words_.empty()) {
       const NodeInterface* found = FindNode(*catalogue, name);
       if (found == nullptr) return ExitCode::kUsage;
       std::erase_if(descriptors, [&](const NodeInterface* other) { return other != found; });
     }
-    const std::filesystem::path reference = ScEng::MakePath(reference_);
+    const std::filesystem::path reference = ScEng::MakePath(reference_.value_or(""));
     std::error_code error;
-    if (!reference.empty() && !std::filesystem::is_directory(reference, error)) {
-      return Fail(ExitCode::kFile, "--reference " + reference_ + ": there is no such folder");
+    if (reference_ && !std::filesystem::is_directory(reference, error)) {
+      return Fail(ExitCode::kFile, "--reference " + *reference_ + ": there is no such folder");
     }
 
     TestSession::Get().Start({.reference = reference, .inputs = FindShippedInputs()});
@@ -174,13 +176,13 @@ class SelftestCommand : public Command {
     answer["nodes"] = ordered_json::array();
     for (NodeInterface* descriptor : descriptors) {
       const Outcome outcome = RunTest(*descriptor, catalogue);
-      if (!outcome.has_test && name.empty()) continue;
+      if (!outcome.has_test && words_.empty()) continue;
       Report(*descriptor, outcome);
       answer["nodes"].push_back(ToJson(*descriptor, outcome));
     }
     // The nodes go before the library that their code is in.
     Engine::Get()->SetCatalogue(nullptr);
-    if (name.empty()) {
+    if (words_.empty() && !common_.quiet) {
       reporter_.Print(std::to_string(passed_) + " passed, " + std::to_string(failed_) + " failed\n");
     }
     answer["passed"] = passed_;
@@ -196,7 +198,7 @@ class SelftestCommand : public Command {
     Outcome outcome;
     {
       std::unique_ptr<CapturedOutput> captured;
-      if (reporter_.IsJson()) captured = std::make_unique<CapturedOutput>();
+      if (reporter_.IsJson() || common_.quiet) captured = std::make_unique<CapturedOutput>();
       try {
         outcome.passed = descriptor.RunTest();
       } catch (const std::exception& exception) {
@@ -228,11 +230,11 @@ class SelftestCommand : public Command {
     }
     if (outcome.passed) {
       ++passed_;
-      reporter_.Print(name + ": passed, " + std::to_string(cases) + " cases\n\n");
+      if (!common_.quiet) reporter_.Print(name + ": passed, " + std::to_string(cases) + " cases\n\n");
       return;
     }
     ++failed_;
-    reporter_.Print(name + ": failed\n\n");
+    if (!common_.quiet) reporter_.Print(name + ": failed\n\n");
     reporter_.Error(DescribeFailure(name, outcome));
     Worsen(ExitCode::kNodeError);
   }
@@ -241,7 +243,7 @@ class SelftestCommand : public Command {
   void Worsen(ExitCode code) { code_ = std::max(code_, code); }
 
   std::vector<std::string> words_;
-  std::string reference_;
+  std::optional<std::string> reference_;
   ExitCode code_ = ExitCode::kDone;
   std::size_t passed_ = 0;
   std::size_t failed_ = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <set>
 #include <sstream>
 
@@ -87,6 +88,7 @@ class ValidateCommand : public Command {
 
   ExitCode Run() override {
     const std::filesystem::path library = ScEng::MakePath(library_);
+    if (!std::isfinite(timeout_s_)) return Fail(ExitCode::kUsage, "--timeout takes a number of seconds");
     if (!channel_.empty()) {
       ScEng::RunValidationChild(library, channel_);
       return Fail(ExitCode::kUsage, "--child is for the program's own use");

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -90,7 +91,11 @@ std::optional<double> ParseNumber(std::string_view text) {
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   double number = 0.0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return std::nullopt;
+  // A number too small for a double counts as the nearest, like in a document.
+  if (error == std::errc::result_out_of_range) number = std::strtod(std::string(text).c_str(), nullptr);
+  if ((error != std::errc() && error != std::errc::result_out_of_range) || end != text.data() + text.size() ||
+      !std::isfinite(number))
+    return std::nullopt;
   return number;
 }
 

@@ -132,7 +132,9 @@ void DocumentReader::ReadNode(const json& node, std::size_t index) {
     const auto name = type.get<std::string>();
     descriptor = catalogue.FindTypeName(name);
     if (descriptor == nullptr) {
-      const std::string close = catalogue.Suggest(name);
+      // A display name is no type name, but says which type is meant.
+      const NodeInterface* meant = catalogue.FindWritten(name);
+      const std::string close = meant != nullptr ? meant->GetNodeFactory()->GetTypeName() : catalogue.Suggest(name);
       AddError(what + ": there is no node type " + Quote(name) + (close.empty() ? "" : "; the closest is " + close));
     }
   } else if (const auto numbers = ReadNumbers(type)) {

@@ -21,7 +21,7 @@ std::unique_ptr<Image> MakeDisplayImage(const Image& image, float low, float hig
   auto shown = std::make_unique<Image>(header, nullptr);
 
   const auto channels = static_cast<std::size_t>(image.GetNumChannels());
-  const std::size_t pixels = image.GetNumSamples() / channels;
+  const std::size_t pixels = static_cast<std::size_t>(image.GetSizeX()) * static_cast<std::size_t>(image.GetSizeY());
   const float span = high - low;
   const auto map = [low, span](float value) { return span > 0.0F ? Cut((value - low) / span) : 0.0F; };
   const float* from = image.GetConstArray();

@@ -82,8 +82,16 @@ const Image* Evaluate(Node& node, unsigned outplug, TestCaseReport& report) {
 
 /// Writes the image and its picture.
 void Write(const Image& image, TestCaseReport& report) {
+  std::error_code error;
+  std::filesystem::create_directories(report.file.parent_path(), error);
   std::vector<std::string> notes;
-  Status status = ScEng::WriteImageFile(image, report.file, ScEng::SampleType::kFloat, notes);
+  Status status;
+  if (error) {
+    status =
+        Status::Error("the folder \"" + report.file.parent_path().string() + "\" cannot be made: " + error.message());
+  } else {
+    status = ScEng::WriteImageFile(image, report.file, ScEng::SampleType::kFloat, notes);
+  }
   if (!status.IsError()) {
     const std::unique_ptr<Image> picture = ScEng::MakeDisplayImage(image, image.GetValueLow(), image.GetValueHigh());
     status = ScEng::WriteImageFile(*picture, std::filesystem::path(report.file).replace_extension(".png"),
@@ -103,21 +111,26 @@ std::string FormatNumber(double number, std::chars_format format, int precision)
 /// A difference with three digits.
 std::string FormatDifference(double difference) { return FormatNumber(difference, std::chars_format::general, 3); }
 
-/// Holds the written file against the reference file. Both went through the same format, which keeps the colour of a
-/// fully transparent pixel no better in one than in the other.
-void Compare(const std::filesystem::path& reference, const Tolerances& tolerances, TestCaseReport& report) {
+/// Reads an image file; null, with the reason in the report, where it cannot be read.
+std::unique_ptr<Image> Read(const std::filesystem::path& file, TestCaseReport& report) {
   std::vector<std::string> notes;
   Status status;
-  const auto expected = ScEng::ReadImageFile(reference, ScEng::ReadMode::kAuto, status, notes);
-  const auto written = expected ? ScEng::ReadImageFile(report.file, ScEng::ReadMode::kAuto, status, notes) : nullptr;
-  if (!written) {
+  auto image = ScEng::ReadImageFile(file, ScEng::ReadMode::kAuto, status, notes);
+  if (!image) {
     report.problem = status.GetMessage();
     report.is_file_problem = true;
-    return;
   }
-  report.difference = ScEng::CompareImages(*written, *expected);
+  return image;
+}
+
+/// Holds the written file against the reference. Both went through the same format, which keeps the colour of a fully
+/// transparent pixel no better in one than in the other.
+void Compare(const Image& expected, const Tolerances& tolerances, TestCaseReport& report) {
+  const std::unique_ptr<Image> written = Read(report.file, report);
+  if (!written) return;
+  report.difference = ScEng::CompareImages(*written, expected);
   if (!report.difference->same_shape) {
-    report.problem = "its size or mode is not that of the reference " + reference.string();
+    report.problem = "its size or mode is not that of the reference";
   } else if (!(report.difference->mean <= tolerances.mean && report.difference->largest <= tolerances.largest)) {
     report.problem = "it differs from the reference by " + FormatDifference(report.difference->mean) +
                      " on average and by " + FormatDifference(report.difference->largest) + " at most";
@@ -146,7 +159,7 @@ TestContext::TestContext(std::string directory_name, std::string title_line)
 void TestContext::InitializeTest() const {
   std::cout << title << std::endl;
   TestSession::Get().BeginTest(title, directory);
-  // A directory that cannot be made shows when the first image is written to it, with its name.
+  // A directory that cannot be made shows when the first image is written to it.
   std::error_code error;
   std::filesystem::create_directories(directory, error);
 }
@@ -159,11 +172,13 @@ bool TestContext::DoTest(Node* node, unsigned outplug, unsigned rendering) {
   TestCaseReport report;
   report.name = case_name + (rendering == 0 ? "" : "-" + std::to_string(rendering));
   report.file = std::filesystem::path(directory) / (report.name + ".exr");
-  const Image* image = node != nullptr ? Evaluate(*node, outplug, report) : nullptr;
-  if (node == nullptr) report.problem = "there is no node";
-  if (image != nullptr) Write(*image, report);
+  // The reference is read before anything is written: it may be what the last run left in the same place.
   const std::filesystem::path reference = TestSession::Get().FindReference(directory, report.name);
-  if (report.problem.empty() && !reference.empty()) Compare(reference, {mean_tolerance, largest_tolerance}, report);
+  const std::unique_ptr<Image> expected = reference.empty() ? nullptr : Read(reference, report);
+  if (node == nullptr) report.problem = "there is no node";
+  const Image* image = report.problem.empty() ? Evaluate(*node, outplug, report) : nullptr;
+  if (image != nullptr) Write(*image, report);
+  if (expected && report.problem.empty()) Compare(*expected, {mean_tolerance, largest_tolerance}, report);
   report.passed = report.problem.empty();
   Print(report);
   const bool passed = report.passed;

@@ -129,7 +129,7 @@ TEST_F(TestContextTest, FailsWhereItCannotWrite) {
   testing::internal::CaptureStdout();
   context_.InitializeTest();
   testing::internal::GetCapturedStdout();
-  EXPECT_TRUE(Contains(Render(context_, CreateWaves(), "rings"), "some/where/rings.exr"));
+  EXPECT_TRUE(Contains(Render(context_, CreateWaves(), "rings"), "the folder \"some/where\" cannot be made"));
   EXPECT_FALSE(answer_);
   EXPECT_TRUE(LastCase().is_file_problem);
 }
@@ -154,6 +154,16 @@ TEST_F(TestContextTest, ComparesWithTheReferenceOfTheSession) {
   context_.largest_tolerance = 1.0F;
   Render(context_, waves, "rings");
   EXPECT_TRUE(answer_);
+}
+
+TEST_F(TestContextTest, ReadsAReferenceThatItOverwritesBeforehand) {
+  context_.InitializeTest();
+  Node* waves = CreateWaves();
+  Render(context_, waves, "rings");
+  TestSession::Get().Start({.reference = folder_.Path(), .inputs = {}});
+  EXPECT_TRUE(Contains(Render(context_, waves, "rings"), "passed, at most 0 from the reference"));
+  waves->GetAttribute("height")->SetNumber(1.5, false);
+  EXPECT_TRUE(Contains(Render(context_, waves, "rings"), "failed: it differs from the reference"));
 }
 
 TEST_F(TestContextTest, TakesInputsFromTheWorkingFolderFirst) {

@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QRegularExpression>
 #include <QSignalBlocker>
 #include <algorithm>
 #include <cmath>
@@ -61,25 +62,33 @@ QString NumberBox::textFromValue(double value) const {
   return Shorten(QString::number(value, 'f', decimals()));
 }
 
-double NumberBox::valueFromText(const QString& text) const {
+double NumberBox::valueFromText(const QString& text) const { return Plain(text).toDouble(); }
+
+QString NumberBox::Plain(const QString& text) const {
   QString plain = text;
   plain.remove(suffix());
-  return plain.replace(u',', u'.').trimmed().toDouble();
+  return plain.replace(u',', u'.').trimmed();
 }
 
-QValidator::State NumberBox::validate(QString& text, int& position) const {
-  text.replace(u',', u'.');
-  if (decimals() == 0 && text.contains(u'.')) return QValidator::Invalid;
-  // Numbers too large to be written out have an exponent, which the base does not know.
-  QString plain = text;
-  plain.remove(suffix());
-  bool is_number = false;
-  const double value = plain.trimmed().toDouble(&is_number);
-  if (is_number && plain.contains(u'e')) {
-    return value >= minimum() && value <= maximum() ? QValidator::Acceptable : QValidator::Invalid;
-  }
-  return QDoubleSpinBox::validate(text, position);
+QValidator::State NumberBox::validate(QString& text, int&) const {
+  // Every number can be typed to its end. What the field cannot hold as it stands, it takes as the nearest that it can,
+  // once the number is complete.
+  static const QRegularExpression number(QStringLiteral("^[+-]?\\d*\\.?\\d*([eE][+-]?\\d*)?$"));
+  const QString plain = Plain(text);
+  if (!number.match(plain).hasMatch()) return QValidator::Invalid;
+  bool is_complete = false;
+  const double value = plain.toDouble(&is_complete);
+  if (!is_complete || value < minimum() || value > maximum()) return QValidator::Intermediate;
+  return Round(value) == value ? QValidator::Acceptable : QValidator::Intermediate;
 }
+
+void NumberBox::fixup(QString& text) const {
+  bool is_number = false;
+  const double value = Plain(text).toDouble(&is_number);
+  if (is_number) text = textFromValue(std::clamp(Round(value), minimum(), maximum())) + suffix();
+}
+
+double NumberBox::Round(double value) const { return QString::number(value, 'f', decimals()).toDouble(); }
 
 // ---- NumberSlider ----
 

@@ -25,9 +25,16 @@ class NumberBox : public QDoubleSpinBox {
   [[nodiscard]] QSize minimumSizeHint() const override;
   [[nodiscard]] QString textFromValue(double value) const override;
   [[nodiscard]] double valueFromText(const QString& text) const override;
+  /// Any number may be typed. One that the field cannot hold becomes the nearest that it can when it is complete.
   QValidator::State validate(QString& text, int& position) const override;
+  void fixup(QString& text) const override;
 
  private:
+  /// The number without its suffix, with a point for a comma.
+  [[nodiscard]] QString Plain(const QString& text) const;
+  /// Rounded to the decimals.
+  [[nodiscard]] double Round(double value) const;
+
   double shown_ = 0.0;
 };
 

@@ -241,3 +241,12 @@ class StartTest(PanelTestCase):
         loaded = self.libraries("panel", "Value Clamp", "--screenshot", str(self.dir / "a.png"))
         for library in ("libQt6Widgets", "libHostWidgets", "libValuePanel"):
             self.assertIn(library, loaded)
+
+
+class OptionsTest(PanelTestCase):
+    def test_a_range_without_a_file_and_a_screenshot_without_a_name_are_wrong_usage(self):
+        result = self.value("panel", "Relief", "--screenshot", "x.png", "--range", "0,1", code=USAGE)
+        self.assert_one_error(result, "--range", "-i FILE")
+        result = self.value("panel", "Relief", "--screenshot", "", code=USAGE)
+        self.assert_one_error(result, "--screenshot")
+        self.assert_files()

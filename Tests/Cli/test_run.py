@@ -1293,3 +1293,35 @@ class BatchTest(RunTestCase):
         self.results.write_bytes(b"a file")
         self.batch(code=FILE_ERROR)
         self.assertEqual(self.results.read_bytes(), b"a file")
+
+
+class CountOfErrorsTest(ValueTestCase):
+    def test_run_counts_what_check_lists(self):
+        self.save(
+            "bad.json",
+            document(
+                [node("x", "ImageReliefNode", style="zz", radius="a")],
+                outputs=[output("x.image", "a.exr"), output("x.image", "./a.exr")],
+            ),
+        )
+        listed = self.value("check", "bad.json", code=INVALID)
+        self.assertEqual(len(listed.err_lines), 3, str(listed))
+        for line in listed.err_lines:
+            self.assertTrue(line.startswith("value: bad.json: "), line)
+        result = self.value("run", "bad.json", code=INVALID)
+        self.assert_one_error(result, "(and 2 other errors;")
+
+    def test_a_number_too_small_for_a_double_is_read_alike_everywhere(self):
+        self.save(
+            "tiny.json",
+            '{"format": "value-graph", "version": 1, "nodes": [{"id": "n", "type": "NumberNode", '
+            '"attributes": {"value": 1e-400}}], "connections": [], "outputs": []}',
+        )
+        self.value("check", "tiny.json")
+        self.value("run", "tiny.json", "--set", "n.value=1e-400")
+        self.value("run", "tiny.json", "--set", "n.value=1e400", code=USAGE)
+
+    def test_a_display_name_in_a_document_names_the_type_that_is_meant(self):
+        self.save("named.json", document([node("c", "Value Clamp")]))
+        result = self.value("check", "named.json", code=INVALID)
+        self.assert_one_error(result, "Value Clamp", "ImageValueClampNode")

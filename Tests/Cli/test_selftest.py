@@ -229,6 +229,18 @@ class ReferenceOptionTest(SelftestCase):
             result = self.value("selftest", "Value Minimum", "--reference", folder)
             self.assertEqual(result.out.count("passed, at most 0 from the reference"), 16, str(result))
 
+    def test_the_output_of_the_last_run_is_a_reference_until_it_is_written_again(self):
+        self.value("selftest", "Relief")
+        levels = self.output("relief/levels")
+        shutil.copy(levels / "ae-levels-05-linear.exr", levels / "ae-levels-15-linear-soften.exr")
+        result = self.value("selftest", "Relief", "--reference", "output", code=NODE_ERROR)
+        self.assertRegex(result.out, case_line("ae-levels-15-linear-soften", "failed: .*differs"))
+        self.assert_one_error(result, "Relief", "1 of 15 cases")
+
+    def test_an_empty_name_is_no_folder(self):
+        self.value("selftest", "Relief", "--reference", "", code=FILE_ERROR)
+        self.assert_files()
+
     def change(self, alter):
         """A folder of references with one case changed."""
         folder = self.dir / "references"
@@ -307,13 +319,22 @@ class UsageTest(SelftestCase):
         self.assert_one_error(result, "Value Minimun", "Value Minimum")
         self.assert_files()
 
+    def test_an_empty_name_is_no_node(self):
+        self.value("selftest", "", code=USAGE)
+        self.assert_files()
+
+    def test_quiet_leaves_only_errors(self):
+        result = self.value("selftest", "--quiet", code=NODE_ERROR)
+        self.assertEqual(result.out, "")
+        self.assert_one_error(result, "Value Steps")
+
     def test_a_library_that_cannot_be_loaded(self):
         self.value("selftest", "--plugin", "nothing.so", code=PLUGIN_ERROR)
 
     def test_a_directory_that_cannot_be_made_fails_every_case(self):
         self.save("output", "a file where the folder should be")
         result = self.value("selftest", "Value Maximum", code=FILE_ERROR)
-        self.assert_one_error(result, "Value Maximum", "16 of 16 cases", "constant-a.exr")
+        self.assert_one_error(result, "Value Maximum", "16 of 16 cases", "output/nodes/value/max")
         self.assert_files("output")
 
     def test_the_answer_as_json_is_all_of_standard_output(self):

@@ -213,7 +213,7 @@ class NoNodeLibraryTest(ValidateTestCase):
 
     def test_wrong_usage(self):
         self.assert_one_error(self.value("validate", code=USAGE), "LIBRARY")
-        for seconds in ("0", "-1", "soon"):
+        for seconds in ("0", "-1", "soon", "nan"):
             with self.subTest(seconds=seconds):
                 result = self.value("validate", "x.so", "--timeout", seconds, code=USAGE)
                 self.assert_one_error(result, "--timeout")
