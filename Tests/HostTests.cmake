@@ -52,11 +52,13 @@ set(node_libraries
   Noisy
   NullDescriptor
   NullLibraryObject
+  OddState
   OtherNode
   ReadsPastEnd
   SharedDescriptor
   SilentError
   TakenNumbers
+  ThreadStays
   ThrowingEntry
   TinyLibrary
   TwinNames

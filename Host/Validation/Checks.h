@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,7 +22,15 @@ struct EntryPoints {
   NodeLibrary::GetLibraryInterfaceFunction get_library = nullptr;
   NodeLibrary::GetNumNodeInterfacesFunction get_count = nullptr;
   NodeLibrary::GetNodeInterfaceFunction get_descriptor = nullptr;
+  /// The threads that came up while the library was loaded.
+  std::set<std::string> own_threads;
 };
+
+/// The threads of this process, by their numbers.
+std::set<std::string> ListThreads();
+
+/// What is wrong with a name that is shown and stored; empty where nothing is.
+std::string FindNameProblem(const std::string& name);
 
 /// What a check works on, and where it says what it found. Lives in the child process.
 class Subject {

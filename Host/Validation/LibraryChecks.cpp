@@ -5,11 +5,16 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <map>
 #include <set>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "Host/Nodes/HostNodes.h"
@@ -36,16 +41,6 @@ bool IsUtf8(const std::string& text) {
     i += length;
   }
   return true;
-}
-
-/// What is wrong with a name that is shown and stored; empty where nothing is.
-std::string FindNameProblem(const std::string& name) {
-  const auto is_control = [](unsigned char letter) { return letter < 0x20 || letter == 0x7F; };
-  if (name.find_first_not_of(' ') == std::string::npos) return "is empty";
-  if (std::any_of(name.begin(), name.end(), is_control)) return "holds control characters";
-  if (!IsUtf8(name)) return "is not UTF-8";
-  if (name.front() == ' ' || name.back() == ' ') return "starts or ends with a blank";
-  return {};
 }
 
 std::string ToLower(std::string text) {
@@ -77,6 +72,15 @@ std::vector<std::pair<std::int32_t, RefPtr<NodeInterface>>> MakeDescriptors(cons
 }
 
 }  // namespace
+
+std::string FindNameProblem(const std::string& name) {
+  const auto is_control = [](unsigned char letter) { return letter < 0x20 || letter == 0x7F; };
+  if (name.find_first_not_of(' ') == std::string::npos) return "is empty";
+  if (std::any_of(name.begin(), name.end(), is_control)) return "holds control characters";
+  if (!IsUtf8(name)) return "is not UTF-8";
+  if (name.front() == ' ' || name.back() == ' ') return "starts or ends with a blank";
+  return {};
+}
 
 NodeInterface* Subject::GetDescriptor() {
   if (descriptor_) return descriptor_.Get();
@@ -281,11 +285,33 @@ void CheckUnload(Subject& subject) {
     subject.At("releasing a node of each type, then their descriptors");
   }
   subject.At("unloading the library");
+  const std::set<std::string> own_threads = entries.own_threads;
   if (dlclose(entries.handle) != 0) {
     const char* reason = dlerror();
     subject.Fail(std::string("the library cannot be unloaded: ") + (reason != nullptr ? reason : "unknown"));
   }
   entries = {};
+  // A thread that is about to end may take a moment.
+  const auto goes_on = [&own_threads] {
+    const std::set<std::string> threads = ListThreads();
+    return std::any_of(own_threads.begin(), own_threads.end(),
+                       [&threads](const std::string& thread) { return threads.contains(thread); });
+  };
+  constexpr auto kMoment = std::chrono::milliseconds(10);
+  for (int i = 0; i < 50 && goes_on(); ++i) std::this_thread::sleep_for(kMoment);
+  if (goes_on()) {
+    subject.Fail(
+        "a thread that the library started goes on, although its code is gone; end it before the library is let go");
+  }
+}
+
+std::set<std::string> ListThreads() {
+  std::set<std::string> threads;
+  std::error_code error;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
+    threads.insert(task.path().filename().string());
+  }
+  return threads;
 }
 
 }  // namespace ScEng

@@ -117,8 +117,18 @@ void CheckAttribute(Subject& subject, const Node& node, std::size_t id) {
   }
 }
 
+/// Documents and the command line write "node.plug" and "attribute=value".
+void CheckPlainName(Subject& subject, const std::string& name, const std::string& which) {
+  const std::string problem = name.empty() ? std::string() : FindNameProblem(name);
+  if (!problem.empty()) subject.Fail("the name of " + which + " " + problem + "; give it a plain word");
+  if (name.find_first_of(".=") == std::string::npos) return;
+  subject.Fail("the name of " + which + ", " + InQuotes(name) +
+               ", holds a point or an equals sign, which separate names from plugs and values");
+}
+
 void CheckPlug(Subject& subject, const PlugRecord& plug, const std::string& which, std::set<std::string>& names) {
   if (plug.name.empty()) subject.Fail(which + " has no name; connections are stored by plug names");
+  CheckPlainName(subject, plug.name, which);
   if (!plug.name.empty() && !names.insert(plug.name).second) {
     subject.Fail(which + " has the name " + InQuotes(plug.name) + ", which another one has as well");
   }

@@ -122,6 +122,29 @@ std::string FindProblem(const Image& image) {
 
 std::string InQuotes(const std::string& text) { return "\"" + text + "\""; }
 
+/// What is wrong with the state that an evaluation leaves.
+std::string FindStateProblem(const Node& node) {
+  const std::string& message = node.GetStateMessage();
+  const auto state = static_cast<unsigned>(node.GetState());
+  if (state > static_cast<unsigned>(Node::State::kFileError)) {
+    return "the node is in state " + std::to_string(state) + ", which does not exist; an error is 3";
+  }
+  if (node.IsInError() && message.empty()) {
+    return "the node is in an error state without a message; SetState is given one line that names the cause";
+  }
+  const auto is_control = [](unsigned char letter) { return letter < 0x20 || letter == 0x7F; };
+  if (std::any_of(message.begin(), message.end(), is_control)) {
+    return "the message of the node's state holds control characters; it is one line of text";
+  }
+  return {};
+}
+
+bool IsOneOf(const Image* image, const std::vector<PlugValue>& inputs) {
+  return std::any_of(inputs.begin(), inputs.end(), [image](const PlugValue& value) {
+    return value.GetType() == PlugType::kImage && value.GetImage() == image;
+  });
+}
+
 }  // namespace
 
 void DropResults(Node& node) {
@@ -178,14 +201,13 @@ Trial Evaluate(Subject& subject, Node& node, const Setup& setup, bool announce) 
   }
   trial.in_error = node.IsInError();
   trial.message = node.GetStateMessage();
-  if (trial.in_error && trial.message.empty() && trial.problem.empty()) {
-    trial.problem = "the node is in an error state without a message; SetState is given one line that names the cause";
-  }
+  if (trial.problem.empty()) trial.problem = FindStateProblem(node);
   for (unsigned output = 0; output < outputs; ++output) {
     OutputCopy copy;
     const Image* image = node.GetOutputImage(output);
     if (image != nullptr) {
-      const std::string problem = FindProblem(*image);
+      const std::string problem =
+          IsOneOf(image, inputs) ? "the input image itself; a node gives an image of its own" : FindProblem(*image);
       if (problem.empty()) {
         copy = CopyOf(*image);
       } else if (trial.problem.empty()) {

@@ -131,11 +131,15 @@ class Child {
 
   void Load() {
     Tell(Protocol::kAt, "loading the library");
+    const std::set<std::string> before = ListThreads();
     entry_points_.handle = dlopen(library_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (entry_points_.handle == nullptr) {
       const char* reason = dlerror();
       Tell(Protocol::kRefused, reason != nullptr ? reason : "unknown");
       return;
+    }
+    for (const std::string& thread : ListThreads()) {
+      if (!before.contains(thread)) entry_points_.own_threads.insert(thread);
     }
     void* handle = entry_points_.handle;
     entry_points_.get_library = FindExport<NodeLibrary::GetLibraryInterfaceFunction>(handle, "GetLibraryInterface");

@@ -41,6 +41,7 @@ BAD = {
     "BadAttributes": {"attributes": ["\"level\"", "outside its bounds 0 to 1", "\"style\"", "not in its list"]},
     "NoOutput": {"plugs": ["no output"]},
     "SilentError": {"tiny-images": ["1 x 5", "without a message"]},
+    "OddState": {"tiny-images": ["1 x 5", "one line of text"]},
     "IgnoresEvents": {"events": ["event 11", "output \"image\""]},
     "ModifiesInput": {"inputs-untouched": ["input is changed"]},
     "WritesPastEnd": {"memory-bounds": ["directly behind the 16 bytes of samples"]},
@@ -51,6 +52,7 @@ BAD = {
     "ForgetsSamples": {"repeatable": ["sample 3", "0.75 and then -3.5"]},
     "DependsOnThreads": {"threads": ["1 and with 2 threads"]},
     "ExitsInEvaluate": {"attribute-values": ["exit code 0", "\"style\" carrying nothing"]},
+    "ThreadStays": {"unload": ["thread that the library started"]},
     "CrashesOnUnload": {"unload": ["unloading the library"]},
     # Other checks use awkward samples as well.
     "CrashesOnNan": {
