@@ -31,15 +31,11 @@ constexpr std::size_t RoundUp(std::size_t value, std::size_t multiple) {
   return (value + multiple - 1) / multiple * multiple;
 }
 
-int CountSharingRows(const DeviceRecord& device) { return device.is_processor ? kSharing : 1; }
-
-/// Planes that the windows of all sizes take. The smallest ones are made in two that take turns.
-int CountPlanes(const OcclusionPlan& plan) { return std::max(plan.num_windows, 2); }
-
 /// The buffers' shape. The image is computed band by band; each has its margin around it.
 struct Layout {
   int lanes = 1;
   int rows = 1;
+  int sharing = 1;
   int margin = 0;
   int stride = 0;
   int band_size_y = 0;
@@ -51,21 +47,20 @@ struct Layout {
   }
 };
 
-Layout MakeLayout(const DeviceRecord& device, const HeightField& field, const OcclusionPlan& plan,
-                  std::size_t real_size) {
+Layout MakeLayout(const DeviceRecord& device, const HeightField& field, int steps, std::size_t real_size) {
   Layout layout;
   layout.lanes = static_cast<int>(device.lanes);
   layout.rows = device.is_processor ? kTileRows : 1;
+  layout.sharing = device.is_processor ? kSharing : 1;
   // Windows may reach farther than the steps.
-  layout.margin = plan.num_steps + 1 + (OcclusionPlan::kSmallestWindow << (plan.num_windows - 1));
+  layout.margin = steps + 1 + OcclusionPlan::kLargestWindow;
   layout.stride = RoundUp(RoundUp(field.size_x, layout.lanes) + 2 * layout.margin, 16);
 
   const auto stride = static_cast<std::size_t>(layout.stride);
   std::size_t band = kBandPixels / stride;
   if (device.largest_buffer > 0) {
     // The largest buffer holds the windows of every size.
-    const std::size_t most_rows =
-        device.largest_buffer / (stride * real_size * static_cast<std::size_t>(CountPlanes(plan)));
+    const std::size_t most_rows = device.largest_buffer / (stride * real_size * OcclusionPlan::kNumWindows);
     const auto around = 2 * static_cast<std::size_t>(layout.margin) + static_cast<std::size_t>(layout.rows) + 1;
     band = std::min(band, most_rows > around ? most_rows - around : 1);
   }
@@ -210,20 +205,19 @@ class Run {
 
 template <class Real>
 Status Run::Compute(int steps, float* result) {
-  const int sharing = CountSharingRows(device_.GetRecord());
-  const OcclusionPlan plan(steps, sharing);
-  const Layout layout = MakeLayout(device_.GetRecord(), field_, plan, sizeof(Real));
+  const Layout layout = MakeLayout(device_.GetRecord(), field_, steps, sizeof(Real));
   const bool is_double = sizeof(Real) == sizeof(double);
   cl_program program = device_.GetProgram(
       std::string(is_double ? "-DREAL=double -DUSES_DOUBLE" : "-DREAL=float -cl-single-precision-constant") +
           " -DLANES=" + std::to_string(layout.lanes) + " -DROWS=" + std::to_string(layout.rows) +
-          " -DSHARING=" + std::to_string(sharing) + " -DLEAST=" + kLeastRise,
+          " -DSHARING=" + std::to_string(layout.sharing) + " -DLEAST=" + kLeastRise,
       status_);
   if (!IsFine()) return status_;
   const Kernel widen = MakeKernel(program, "WidenWindows");
   const Kernel occlude = MakeKernel(program, "Occlude");
   OpenQueue();
 
+  const OcclusionPlan plan(steps, layout.sharing);
   std::vector<cl_int> offsets;
   std::vector<Real> shares;
   for (const OcclusionPlan::Step& step : plan.steps) {
@@ -242,7 +236,7 @@ Status Run::Compute(int steps, float* result) {
   const Buffer start_table = MakeTable(plan.group_starts);
   std::vector<cl_int4> groups;
   for (const OcclusionPlan::Group& group : plan.groups) {
-    groups.push_back({{group.first, group.end, group.window * plane + group.y * layout.stride + group.x, group.next}});
+    groups.push_back({{group.first, group.end, group.window * plane + group.y * layout.stride + group.x, 0}});
   }
   const Buffer group_table = MakeTable(groups);
 
@@ -250,7 +244,7 @@ Status Run::Compute(int steps, float* result) {
   const auto size_x = static_cast<std::size_t>(field_.size_x);
   const std::size_t result_bytes = size_x * static_cast<std::size_t>(layout.band_size_y) * sizeof(float);
   const Buffer heights = MakeBuffer(CL_MEM_READ_ONLY, height_bytes);
-  const Buffer windows = MakeBuffer(CL_MEM_READ_WRITE, static_cast<std::size_t>(CountPlanes(plan)) * height_bytes);
+  const Buffer windows = MakeBuffer(CL_MEM_READ_WRITE, OcclusionPlan::kNumWindows * height_bytes);
   const Buffer band_result = MakeBuffer(CL_MEM_WRITE_ONLY, result_bytes);
 
   for (int row = 0; IsFine() && row < field_.size_y; row += layout.band_size_y) {
@@ -261,13 +255,11 @@ Status Run::Compute(int steps, float* result) {
       Start(widen, layout.stride / layout.lanes, layout.padded_size_y, from, from_plane * plane, windows,
             to_plane * plane, side, layout.stride, layout.padded_size_y);
     };
-    // Two planes take turns up to the smallest windows; each further size has a plane of its own.
+    // Two planes take turns and end with the two sizes of windows, 8 and 16.
     widen_into(heights, 0, 0, 1);
     widen_into(windows, 0, 1, 2);
     widen_into(windows, 1, 0, 4);
-    for (int window = 1; window < plan.num_windows; ++window) {
-      widen_into(windows, window - 1, window, OcclusionPlan::kSmallestWindow << (window - 1));
-    }
+    widen_into(windows, 0, 1, 8);
     Start(occlude, RoundUp(field_.size_x, layout.lanes) / layout.lanes, RoundUp(band_size_y, layout.rows) / layout.rows,
           heights, windows, layout.stride, layout.margin, offset_table, share_table, inverse_table, steps, start_table,
           group_table, band_result, field_.size_x, band_size_y);

@@ -9,8 +9,8 @@ namespace Gpu {
 
 inline constexpr int kDirections = 16;
 
-/// The steps of ambient occlusion, worked out once per run: where each step's four pixels lie and what they share, the
-/// groups in which steps are taken or left out together, and the clusters in which far groups are left out together.
+/// The steps of ambient occlusion, worked out once per run: where each step's four pixels lie and what they share, and
+/// the groups in which steps are taken or left out together.
 struct HOST_GPU_API OcclusionPlan {
   /// A step along one direction: its first pixel, relative to the pixel that looks, and the bilinear shares of left
   /// and right, upper and lower pixels; `upper` and `lower` are divided by the step's length.
@@ -25,18 +25,16 @@ struct HOST_GPU_API OcclusionPlan {
   /// Steps from `first` to before `end` (step n is n + 1 pixels long), and the window that holds all pixels that they
   /// read: its upper left pixel, relative to the pixel that looks, and its size, window 0 being `kSmallestWindow`
   /// pixels along each side and each further one twice that.
-  ///
-  /// A cluster is a group without steps of its own (`end` is `first`). It stands before groups that lie in its window.
   struct Group {
     int first = 0;
     int end = 0;
     int window = 0;
     int x = 0;
     int y = 0;
-    /// The group to go on with when this one is left out: the next, or the one behind a cluster's last.
-    int next = 0;
   };
   static constexpr int kSmallestWindow = 8;
+  static constexpr int kNumWindows = 2;
+  static constexpr int kLargestWindow = kSmallestWindow << (kNumWindows - 1);
 
   /// `sharing` rows of pixels, one below the other, share the windows of the first.
   OcclusionPlan(int steps, int sharing);
@@ -45,8 +43,6 @@ struct HOST_GPU_API OcclusionPlan {
   static bool MeetsPixels(int direction) { return direction % 4 == 0; }
 
   int num_steps = 0;
-  /// How many sizes of windows the groups use.
-  int num_windows = 0;
   /// `num_steps` for each direction.
   std::vector<Step> steps;
   /// Direction by direction; `group_starts` has the first of each, and at its end the number of all.

@@ -62,9 +62,8 @@ kernel void WidenWindows(global const REAL* from, int from_plane, global REAL* t
 /// length's inverse. The directions along rows and columns meet pixels exactly and use the first pixel alone.
 ///
 /// Steps are taken in `groups`: the first step, one past the last, and the place of the window that holds all pixels
-/// that they read, relative to the place of the pixel that looks in `windows`, and the group to go on with when this one
-/// is left out; a cluster has no steps, but leaves out the groups behind it. Those of a direction begin at its entry in
-/// `group_starts`. `margin` is the place of the first pixel in a row of heights and in a column.
+/// that they read, relative to the place of the pixel that looks in `windows`. Those of a direction begin at its entry
+/// in `group_starts`. `margin` is the place of the first pixel in a row of heights and in a column.
 kernel void Occlude(global const REAL* heights, global const REAL* windows, int stride, int margin,
                     global const int* offsets, global const REAL* shares, global const REAL* inverses, int steps,
                     global const int* group_starts, global const int4* groups, global float* result, int size_x,
@@ -86,9 +85,7 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
     const bool meets_pixels = (direction & 3) == 0;
     Vector steepest[ROWS];
     UNROLL for (int row = 0; row < ROWS; ++row) steepest[row] = (Vector)LEAST;
-    const int last_group = group_starts[direction + 1];
-    int group = group_starts[direction];
-    while (group < last_group) {
+    for (int group = group_starts[direction]; group < group_starts[direction + 1]; ++group) {
       const int begin = groups[group].x;
       const int end = groups[group].y;
       // A group whose highest pixel, as near as its nearest, would be no steeper rise is left out.
@@ -101,11 +98,7 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
           excess = max(excess, (highest + depth[next]) * nearest - steepest[next]);
         }
       }
-      if (!ANY(excess > (Vector)0)) {
-        group = groups[group].w;
-        continue;
-      }
-      ++group;
+      if (!ANY(excess > (Vector)0)) continue;
 
       for (int step = begin; step < end; ++step) {
         const int at = direction * steps + step;
