@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <cstddef>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
