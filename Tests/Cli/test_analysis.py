@@ -194,7 +194,7 @@ class AnalysisTestCase(ValueTestCase):
 class EveryAnalysisNodeTest(AnalysisTestCase):
     COPYING = ("relief", "distance", "occlusion", "components", "edges")
 
-    def test_disabled_copies_its_input_whole(self):
+    def test_when_off_copies_its_input_whole(self):
         pictures = [
             sample_picture(mode, seed=mode, pin=(4, -5), pivot=(0.5, 0.75), low=-9, high=11)
             for mode in (COLOR, SIGNED, VALUE, PAIR)
@@ -214,7 +214,7 @@ class EveryAnalysisNodeTest(AnalysisTestCase):
                 with self.subTest(node=kind, mode=picture.mode):
                     self.assert_picture(self.dir / f"{kind}{index}.exr", picture)
 
-    def test_disabled_copy_has_settings_that_do_not_matter(self):
+    def test_when_off_copy_has_settings_that_do_not_matter(self):
         picture = random_values(5, 4, pin=(2, 3), low=-1, high=3)
         self.run_document(
             document(
@@ -1014,7 +1014,7 @@ class GradientTest(AnalysisTestCase):
             for place in PLACES
         )
 
-    def test_disabled_gives_zeros_on_both_outputs(self):
+    def test_when_off_gives_zeros_on_both_outputs(self):
         pictures = [
             sample_picture(mode, 5, 3, seed=mode, pin=(4, -5), pivot=(0.5, 0.75), low=-9, high=11)
             for mode in (COLOR, SIGNED, VALUE, PAIR)

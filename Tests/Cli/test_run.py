@@ -310,7 +310,7 @@ class AttributeTest(RunTestCase):
         )
         self.assertEqual(got, INF)
 
-    def test_disabled_number_counts_as_zero(self):
+    def test_when_off_number_counts_as_zero(self):
         picture = Picture([[3.0, -2.0]], VALUE)
         for name in ("Add", "Subtract", "Multiply", "Divide", "Minimum", "Maximum", "Power"):
             with self.subTest(node=name):
@@ -360,7 +360,7 @@ class AttributeTest(RunTestCase):
 
 
 class DisabledTest(RunTestCase):
-    def test_disabled_arithmetic_copies_its_first_image_whole(self):
+    def test_when_off_arithmetic_copies_its_first_image_whole(self):
         first = sample_picture(VALUE, seed=11, pin=(4, -5), pivot=(0.5, 0.75), low=-9, high=11)
         second = sample_picture(VALUE, 2, 2, seed=12)
         for name in OPERATIONS:
@@ -376,7 +376,7 @@ class DisabledTest(RunTestCase):
                 ))
                 self.assert_picture(self.dir / "out.exr", first)
 
-    def test_disabled_arithmetic_passes_over_an_image_without_pixels(self):
+    def test_when_off_arithmetic_passes_over_an_image_without_pixels(self):
         picture = sample_picture(SIGNED, seed=13)
         self.run_document(document(
             [
@@ -389,7 +389,7 @@ class DisabledTest(RunTestCase):
         ))
         self.assert_picture(self.dir / "out.exr", picture)
 
-    def test_disabled_reader_has_no_output(self):
+    def test_when_off_reader_has_no_output(self):
         picture = sample_picture(VALUE, seed=14)
         off = self.reader("off", sample_picture(VALUE, seed=15))
         off["enabled"] = False
@@ -433,7 +433,7 @@ class DisabledTest(RunTestCase):
         self.assert_one_error(result, "lonely")
         self.assert_files("graph.json", "box.exr")
 
-    def test_disabled_reader_of_a_missing_file_is_no_error(self):
+    def test_when_off_reader_of_a_missing_file_is_no_error(self):
         picture = sample_picture(VALUE, seed=16)
         self.run_document(document(
             [
