@@ -175,8 +175,12 @@ bool TestContext::DoTest(Node* node, unsigned outplug, unsigned rendering) {
   // The reference is read before anything is written: it may be what the last run left in the same place.
   const std::filesystem::path reference = TestSession::Get().FindReference(directory, report.name);
   const std::unique_ptr<Image> expected = reference.empty() ? nullptr : Read(reference, report);
-  if (node == nullptr) report.problem = "there is no node";
-  const Image* image = report.problem.empty() ? Evaluate(*node, outplug, report) : nullptr;
+  const Image* image = nullptr;
+  if (node == nullptr) {
+    report.problem = "there is no node";
+  } else if (report.problem.empty()) {
+    image = Evaluate(*node, outplug, report);
+  }
   if (image != nullptr) Write(*image, report);
   if (expected && report.problem.empty()) Compare(*expected, {mean_tolerance, largest_tolerance}, report);
   report.passed = report.problem.empty();
