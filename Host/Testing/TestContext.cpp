@@ -174,15 +174,16 @@ bool TestContext::DoTest(Node* node, unsigned outplug, unsigned rendering) {
   report.file = std::filesystem::path(directory) / (report.name + ".exr");
   // The reference is read before anything is written: it may be what the last run left in the same place.
   const std::filesystem::path reference = TestSession::Get().FindReference(directory, report.name);
-  const std::unique_ptr<Image> expected = reference.empty() ? nullptr : Read(reference, report);
-  const Image* image = nullptr;
-  if (node == nullptr) {
-    report.problem = "there is no node";
-  } else if (report.problem.empty()) {
-    image = Evaluate(*node, outplug, report);
-  }
+  TestCaseReport reading;
+  const std::unique_ptr<Image> expected = reference.empty() ? nullptr : Read(reference, reading);
+  const Image* image = node != nullptr ? Evaluate(*node, outplug, report) : nullptr;
+  if (node == nullptr) report.problem = "there is no node";
   if (image != nullptr) Write(*image, report);
-  if (expected && report.problem.empty()) Compare(*expected, {mean_tolerance, largest_tolerance}, report);
+  if (report.problem.empty() && expected) Compare(*expected, {mean_tolerance, largest_tolerance}, report);
+  if (report.problem.empty() && !reading.problem.empty()) {
+    report.problem = reading.problem;
+    report.is_file_problem = true;
+  }
   report.passed = report.problem.empty();
   Print(report);
   const bool passed = report.passed;

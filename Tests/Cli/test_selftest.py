@@ -301,6 +301,7 @@ class ReferenceOptionTest(SelftestCase):
         self.save("references/min/min-constant-a-5.exr", b"no image")
         result = self.value("selftest", "Value Minimum", "--reference", folder, code=FILE_ERROR)
         self.assert_one_error(result, "min-constant-a-5.exr")
+        self.assert_like_model(self.output("min") / "min-constant-a-5.exr", "min", "min-constant-a-5")
 
     def test_a_missing_folder_is_a_file_error(self):
         result = self.value("selftest", "Relief", "--reference", "nowhere", code=FILE_ERROR)
