@@ -3,7 +3,8 @@
 #   cmake -P cmake/CheckLayers.cmake
 #
 # A module may include headers of itself and of the modules listed for it. The node library knows the host's public
-# headers up to Tools and Testing; nothing but the library's own tests and the benchmarks includes anything of the library.
+# headers up to Tools and Testing; nothing but the library's own tests and the benchmarks includes anything of the
+# library.
 cmake_minimum_required(VERSION 3.25)
 get_filename_component(root "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
