@@ -14,7 +14,7 @@ namespace {
 
 /// The host's terrain: eight octaves, the first with eight hills along a side.
 std::unique_ptr<Image> MakeTerrain() {
-  Engine engine(ScEng::CreateHostCatalogue());
+  Engine engine(ScEng::CreateHostCatalog());
   Node* terrain = engine.CreateNode(NodeType(10, 16, 40));
   terrain->GetAttribute("frame")->SetFrame(0, 0, Bench::kSide, Bench::kSide, false);
   terrain->GetAttribute("wavelength")->SetNumber(Bench::kSide / 8, false);

@@ -45,10 +45,10 @@ class TestNode : public Node {
 };
 
 template <class... NodeClasses>
-std::shared_ptr<ScEng::NodeCatalogue> MakeCatalogue() {
-  auto catalogue = std::make_shared<ScEng::NodeCatalogue>();
-  (catalogue->AddDescriptor(ScEng::RefPtr<NodeInterface>(new TestDescriptor<NodeClasses>)), ...);
-  return catalogue;
+std::shared_ptr<ScEng::NodeCatalog> MakeCatalog() {
+  auto catalog = std::make_shared<ScEng::NodeCatalog>();
+  (catalog->AddDescriptor(ScEng::RefPtr<NodeInterface>(new TestDescriptor<NodeClasses>)), ...);
+  return catalog;
 }
 
 }  // namespace HostTest

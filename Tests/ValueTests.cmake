@@ -24,7 +24,7 @@ value_add_test(ValueOperationTests
 
 value_add_test(ValueNodeTests
   SOURCES
-    Contract/CatalogueTest.cpp
+    Contract/CatalogTest.cpp
     "${value_dir}/Nodes/AnalysisNodesTest.cpp"
     "${value_dir}/Nodes/ArithmeticNodesTest.cpp"
     "${value_dir}/Nodes/ClampTest.cpp"

@@ -60,8 +60,8 @@ std::string ReadWhole(const fs::path& file) {
 /// Everything under Docs/Nodes that the program writes, and whether it is so already.
 class Pages {
  public:
-  Pages(const fs::path& root, std::shared_ptr<const ScEng::NodeCatalogue> catalogue)
-      : folder_(root / "Docs" / "Nodes"), catalogue_(std::move(catalogue)) {}
+  Pages(const fs::path& root, std::shared_ptr<const ScEng::NodeCatalog> catalog)
+      : folder_(root / "Docs" / "Nodes"), catalog_(std::move(catalog)) {}
 
   [[nodiscard]] const std::vector<std::string>& GetErrors() const { return errors_; }
   [[nodiscard]] const std::vector<std::string>& GetNotes() const { return notes_; }
@@ -75,7 +75,7 @@ class Pages {
       if (RunExample(page)) pages_.push_back(std::move(page));
     }
     const auto get_name = [&](const std::string& class_name) {
-      const NodeInterface* descriptor = catalogue_->FindTypeName(class_name);
+      const NodeInterface* descriptor = catalog_->FindTypeName(class_name);
       return descriptor == nullptr ? std::string() : descriptor->GetName();
     };
     for (const NodePage& page : pages_) {
@@ -124,7 +124,7 @@ class Pages {
 
   void ReadTexts() {
     std::set<std::string> old_names;
-    for (const NodeInterface* descriptor : catalogue_->GetDescriptors()) {
+    for (const NodeInterface* descriptor : catalog_->GetDescriptors()) {
       // The host's own types come from no library.
       if (descriptor->GetLibraryName().empty()) continue;
       NodePage page;
@@ -158,7 +158,7 @@ class Pages {
   /// without one that reports an error of its own has nothing to show yet and gets none.
   bool RunExample(const NodePage& page) {
     const std::string name = ExampleName(page.GetClass());
-    ScEng::GraphDocument document(catalogue_);
+    ScEng::GraphDocument document(catalog_);
     ScEng::Findings findings;
     document.Load(folder_ / "Examples" / (page.GetClass() + ".json"), findings);
     const auto is_shown = [&](const std::string& id) {
@@ -212,7 +212,7 @@ class Pages {
     std::set<std::string> expected;
     for (const auto& [file, text] : files_) expected.insert(file);
     for (const auto& [file, picture] : pictures_) expected.insert(file);
-    for (const NodeInterface* descriptor : catalogue_->GetDescriptors()) {
+    for (const NodeInterface* descriptor : catalog_->GetDescriptors()) {
       const std::string class_name = descriptor->GetNodeFactory()->GetTypeName();
       if (descriptor->GetLibraryName().empty()) continue;
       expected.insert({"Texts/" + class_name + ".md", "Examples/" + class_name + ".json"});
@@ -239,7 +239,7 @@ class Pages {
   }
 
   fs::path folder_;
-  std::shared_ptr<const ScEng::NodeCatalogue> catalogue_;
+  std::shared_ptr<const ScEng::NodeCatalog> catalog_;
   ScratchFolder scratch_;
   std::vector<NodePage> candidates_;
   std::vector<NodePage> pages_;
@@ -249,11 +249,11 @@ class Pages {
   std::vector<std::string> notes_;
 };
 
-std::shared_ptr<const ScEng::NodeCatalogue> LoadCatalogue(const fs::path& plugin, Status& status) {
-  auto catalogue = ScEng::CreateHostCatalogue();
+std::shared_ptr<const ScEng::NodeCatalog> LoadCatalog(const fs::path& plugin, Status& status) {
+  auto catalog = ScEng::CreateHostCatalog();
   auto library = ScEng::NodeLibrary::Load(plugin, status);
-  if (library) status = catalogue->AddLibrary(std::move(library));
-  return catalogue;
+  if (library) status = catalog->AddLibrary(std::move(library));
+  return catalog;
 }
 
 int Report(const std::string& message) {
@@ -276,9 +276,9 @@ int main(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
 
   Status status;
-  const auto catalogue = LoadCatalogue(plugin, status);
+  const auto catalog = LoadCatalog(plugin, status);
   if (status.IsError()) return Report(status.GetMessage());
-  Pages pages(root, catalogue);
+  Pages pages(root, catalog);
   pages.Make();
   for (const std::string& note : pages.GetNotes()) std::cerr << "value-pages: note: " << note << "\n";
   for (const std::string& message : pages.GetErrors()) Report(message);

@@ -52,8 +52,8 @@ Pixel DrawValue(float value, const Look& look) {
   if (!std::isfinite(value)) return kNotFinite;
   if (look.kind == Look::Kind::kSigned) return DrawSigned(value, look.high);
   if (look.kind == Look::Kind::kLabels) return DrawLabel(value);
-  const float grey = std::clamp((value - look.low) / (look.high - look.low), 0.0F, 1.0F);
-  return {grey, grey, grey, 1.0F};
+  const float gray = std::clamp((value - look.low) / (look.high - look.low), 0.0F, 1.0F);
+  return {gray, gray, gray, 1.0F};
 }
 
 /// The mean of a block of pixels; infinite or NaN as soon as one of them is. Colour counts by its opacity.
@@ -88,7 +88,7 @@ Pixel DrawBlock(const Image& image, int left, int top, int size, const Look& loo
 
 float ToStep(float value) { return std::round(value * 255.0F) / 255.0F; }
 
-bool IsGrey(const std::vector<Pixel>& pixels) {
+bool IsGray(const std::vector<Pixel>& pixels) {
   return std::all_of(pixels.begin(), pixels.end(), [](const Pixel& pixel) {
     return pixel.red == pixel.green && pixel.red == pixel.blue && pixel.opacity == 1.0F;
   });
@@ -125,7 +125,7 @@ std::optional<Look> ParseLook(const std::string& text) {
 
 std::string DescribeLook(const Look& look) {
   switch (look.kind) {
-    case Look::Kind::kGrey: return "black is " + Format(look.low) + ", white is " + Format(look.high);
+    case Look::Kind::kGray: return "black is " + Format(look.low) + ", white is " + Format(look.high);
     case Look::Kind::kSigned: return "blue is " + Format(-look.high) + ", white is 0, red is " + Format(look.high);
     case Look::Kind::kLabels: return "each number has a colour of its own";
     case Look::Kind::kColor: break;
@@ -145,13 +145,13 @@ std::unique_ptr<Image> DrawPicture(const Image& image, const Look& look) {
       pixels.push_back(DrawBlock(image, x / zoom * block, y / zoom * block, block, look));
     }
   }
-  const bool grey = IsGrey(pixels);
+  const bool gray = IsGray(pixels);
   auto picture =
-      std::make_unique<Image>(columns * zoom, rows * zoom, grey ? ColorMode::kValue : ColorMode::kColor, nullptr);
+      std::make_unique<Image>(columns * zoom, rows * zoom, gray ? ColorMode::kValue : ColorMode::kColor, nullptr);
   float* sample = picture->GetArray();
   for (const Pixel& pixel : pixels) {
     *sample++ = ToStep(pixel.red);
-    if (grey) continue;
+    if (gray) continue;
     *sample++ = ToStep(pixel.green);
     *sample++ = ToStep(pixel.blue);
     *sample++ = ToStep(pixel.opacity);

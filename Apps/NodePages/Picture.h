@@ -11,7 +11,7 @@
 struct Look {
   enum class Kind {
     /// `low` is black, `high` is white.
-    kGrey,
+    kGray,
     /// Blue below zero, white at zero, red above; full colour at `high` on either side.
     kSigned,
     /// Every whole number has a colour of its own.
@@ -20,7 +20,7 @@ struct Look {
     kColor,
   };
 
-  Kind kind = Kind::kGrey;
+  Kind kind = Kind::kGray;
   float low = 0.0F;
   float high = 1.0F;
 };

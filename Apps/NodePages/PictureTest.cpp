@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr Look kGrey{};
+constexpr Look kGray{};
 
 std::unique_ptr<Image> MakeValues(int size_x, int size_y, const std::vector<float>& samples) {
   auto image = std::make_unique<Image>(size_x, size_y, ColorMode::kValue, nullptr);
@@ -53,7 +53,7 @@ TEST(PictureLook, IsDescribedWithItsNumbers) {
 }
 
 TEST(Picture, EnlargesSmallImagesPixelByPixel) {
-  const auto picture = DrawPicture(*MakeValues(2, 1, {0.0F, 1.0F}), kGrey);
+  const auto picture = DrawPicture(*MakeValues(2, 1, {0.0F, 1.0F}), kGray);
   ASSERT_EQ(picture->GetSizeX(), 256);
   ASSERT_EQ(picture->GetSizeY(), 128);
   EXPECT_EQ(GetSteps(*picture, 127, 0), Steps{0});
@@ -64,15 +64,15 @@ TEST(Picture, AveragesLargeImagesOverBlocks) {
   // 512 columns make blocks of two; the first holds 0 and 1, the second 1 and 1.
   std::vector<float> samples(512, 1.0F);
   samples[0] = 0.0F;
-  const auto picture = DrawPicture(*MakeValues(512, 1, samples), kGrey);
+  const auto picture = DrawPicture(*MakeValues(512, 1, samples), kGray);
   ASSERT_EQ(picture->GetSizeX(), 256);
   ASSERT_EQ(picture->GetSizeY(), 1);
   EXPECT_EQ(GetSteps(*picture, 0, 0), Steps{128});
   EXPECT_EQ(GetSteps(*picture, 1, 0), Steps{255});
 }
 
-TEST(Picture, CutsGreyAtItsEnds) {
-  const auto picture = DrawPicture(*MakeValues(2, 1, {-5.0F, 9.0F}), {Look::Kind::kGrey, 1.0F, 3.0F});
+TEST(Picture, CutsGrayAtItsEnds) {
+  const auto picture = DrawPicture(*MakeValues(2, 1, {-5.0F, 9.0F}), {Look::Kind::kGray, 1.0F, 3.0F});
   EXPECT_EQ(GetSteps(*picture, 0, 0), Steps{0});
   EXPECT_EQ(GetSteps(*picture, 255, 0), Steps{255});
 }
@@ -80,13 +80,13 @@ TEST(Picture, CutsGreyAtItsEnds) {
 TEST(Picture, ShowsWhatIsNotFiniteInMagenta) {
   const float infinity = std::numeric_limits<float>::infinity();
   const float nan = std::numeric_limits<float>::quiet_NaN();
-  const auto picture = DrawPicture(*MakeValues(2, 1, {infinity, nan}), kGrey);
+  const auto picture = DrawPicture(*MakeValues(2, 1, {infinity, nan}), kGray);
   const Steps magenta{230, 0, 230, 255};
   EXPECT_EQ(GetSteps(*picture, 0, 0), magenta);
   EXPECT_EQ(GetSteps(*picture, 255, 0), magenta);
 }
 
-TEST(Picture, GivesNeighbouringLabelsDifferentColors) {
+TEST(Picture, GivesNeighboringLabelsDifferentColors) {
   const auto picture = DrawPicture(*MakeValues(4, 1, {0.0F, 1.0F, 2.0F, 1.0F}), {Look::Kind::kLabels});
   EXPECT_NE(GetSteps(*picture, 0, 0), GetSteps(*picture, 64, 0));
   EXPECT_NE(GetSteps(*picture, 64, 0), GetSteps(*picture, 128, 0));
@@ -112,8 +112,8 @@ TEST(Picture, LooksAlikeWithinOneStep) {
 }
 
 TEST(Picture, LooksAlikeWhateverTheMode) {
-  const float grey[4] = {0.4F, 0.4F, 0.4F, 1.0F};
-  EXPECT_TRUE(LookAlike(*MakeValues(1, 1, {0.4F}), Image(1, 1, ColorMode::kColor, grey)));
+  const float gray[4] = {0.4F, 0.4F, 0.4F, 1.0F};
+  EXPECT_TRUE(LookAlike(*MakeValues(1, 1, {0.4F}), Image(1, 1, ColorMode::kColor, gray)));
   const float clear[4] = {0.4F, 0.4F, 0.4F, 0.5F};
   EXPECT_FALSE(LookAlike(*MakeValues(1, 1, {0.4F}), Image(1, 1, ColorMode::kColor, clear)));
 }

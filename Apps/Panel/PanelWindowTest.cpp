@@ -78,10 +78,10 @@ class Window : public testing::Test {
  protected:
   Window() {
     ScEng::Status status;
-    const auto catalogue = ScEng::CreateHostCatalogue();
-    catalogue->AddLibrary(ScEng::NodeLibrary::Load(VALUE_LIBRARY_FILE, status));
-    catalogue_ = catalogue;
-    document_ = std::make_unique<ScEng::GraphDocument>(catalogue_);
+    const auto catalog = ScEng::CreateHostCatalog();
+    catalog->AddLibrary(ScEng::NodeLibrary::Load(VALUE_LIBRARY_FILE, status));
+    catalog_ = catalog;
+    document_ = std::make_unique<ScEng::GraphDocument>(catalog_);
   }
   ~Window() override {
     window_.reset();
@@ -92,7 +92,7 @@ class Window : public testing::Test {
     ScEng::Status status;
     PanelRequest request;
     request.document = document_.get();
-    request.descriptor = catalogue_->FindTypeName(type);
+    request.descriptor = catalog_->FindTypeName(type);
     ASSERT_NE(request.descriptor, nullptr);
     request.node = node_ = document_->AddNode("node", request.descriptor->GetNodeType(), status);
     for (unsigned i = 0; i < node_->GetOutplugs().size(); ++i) request.outplugs.push_back(i);
@@ -107,7 +107,7 @@ class Window : public testing::Test {
   }
   [[nodiscard]] QImage Picture() const { return Find<Preview>(*window_, "preview")->GetPicture(); }
 
-  std::shared_ptr<const ScEng::NodeCatalogue> catalogue_;
+  std::shared_ptr<const ScEng::NodeCatalog> catalog_;
   std::unique_ptr<ScEng::GraphDocument> document_;
   Node* node_ = nullptr;
   std::unique_ptr<PanelWindow> window_;

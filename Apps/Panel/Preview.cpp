@@ -39,9 +39,9 @@ void DrawPixel(const float* pixel, const ImageHeader& header, std::uint8_t* byte
   // A range without extent tells only what lies above it.
   const auto share = [&](float sample) { return span > 0.0F ? (sample - low) / span : (sample > low ? 1.0F : 0.0F); };
   for (int c = 0; c < 3; ++c) {
-    const bool is_grey = channels == 1;
+    const bool is_gray = channels == 1;
     const bool is_missing = channels == 2 && c == 2;
-    bytes[c] = is_missing ? std::uint8_t{0} : ToByte(share(pixel[is_grey ? 0 : c]));
+    bytes[c] = is_missing ? std::uint8_t{0} : ToByte(share(pixel[is_gray ? 0 : c]));
   }
   bytes[3] = header.color_mode == ColorMode::kColor ? ToByte(pixel[3]) : std::uint8_t{255};
 }

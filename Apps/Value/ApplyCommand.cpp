@@ -32,13 +32,13 @@ class ApplyCommand : public Command {
   }
 
   ExitCode Run() override {
-    const auto catalogue = LoadCatalogue();
-    if (!catalogue) return ExitCode::kPlugin;
-    const std::string name = graph_.FindNodeName(*catalogue);
+    const auto catalog = LoadCatalog();
+    if (!catalog) return ExitCode::kPlugin;
+    const std::string name = graph_.FindNodeName(*catalog);
     if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
-    const NodeInterface* descriptor = FindNode(*catalogue, name);
+    const NodeInterface* descriptor = FindNode(*catalog, name);
     if (descriptor == nullptr) return ExitCode::kUsage;
-    ScEng::GraphDocument document(catalogue);
+    ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.AddNode(document, *descriptor, notes);
     if (!status.IsError()) status = graph_.ConnectInputs(document);

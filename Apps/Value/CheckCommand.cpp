@@ -15,9 +15,9 @@ class CheckCommand : public Command {
   }
 
   ExitCode Run() override {
-    const auto catalogue = LoadCatalogue();
-    if (!catalogue) return ExitCode::kPlugin;
-    ScEng::GraphDocument document(catalogue);
+    const auto catalog = LoadCatalog();
+    if (!catalog) return ExitCode::kPlugin;
+    ScEng::GraphDocument document(catalog);
     ScEng::Findings findings;
     const bool could_read = document.Load(ScEng::MakePath(file_), findings);
     if (could_read) CheckComplete(document, file_, findings);

@@ -58,24 +58,24 @@ Status CommonOptions::Apply(Reporter& reporter) const {
   return device.empty() ? Status() : GpuEngine::Get()->SelectDevice(device);
 }
 
-std::shared_ptr<const ScEng::NodeCatalogue> Command::FindCatalogue(Status& status) const {
+std::shared_ptr<const ScEng::NodeCatalog> Command::FindCatalog(Status& status) const {
   std::vector<std::filesystem::path> files;
   for (const std::string& plugin : common_.plugins) files.push_back(ScEng::MakePath(plugin));
   if (files.empty()) files.push_back(FindOwnLibrary());
-  const auto catalogue = ScEng::CreateHostCatalogue();
+  const auto catalog = ScEng::CreateHostCatalog();
   for (const std::filesystem::path& file : files) {
     auto library = NodeLibrary::Load(file, status);
-    if (library) status = catalogue->AddLibrary(std::move(library));
+    if (library) status = catalog->AddLibrary(std::move(library));
     if (status.IsError()) return nullptr;
   }
-  return catalogue;
+  return catalog;
 }
 
-std::shared_ptr<const ScEng::NodeCatalogue> Command::LoadCatalogue() {
+std::shared_ptr<const ScEng::NodeCatalog> Command::LoadCatalog() {
   Status status;
-  auto catalogue = FindCatalogue(status);
-  if (!catalogue) Fail(ExitCode::kPlugin, status.GetMessage());
-  return catalogue;
+  auto catalog = FindCatalog(status);
+  if (!catalog) Fail(ExitCode::kPlugin, status.GetMessage());
+  return catalog;
 }
 
 ExitCode Command::Fail(ExitCode code, const std::string& text) {
@@ -84,10 +84,10 @@ ExitCode Command::Fail(ExitCode code, const std::string& text) {
   return code;
 }
 
-const NodeInterface* Command::FindNode(const ScEng::NodeCatalogue& catalogue, const std::string& name) {
-  const NodeInterface* descriptor = catalogue.FindWritten(name);
+const NodeInterface* Command::FindNode(const ScEng::NodeCatalog& catalog, const std::string& name) {
+  const NodeInterface* descriptor = catalog.FindWritten(name);
   if (descriptor != nullptr) return descriptor;
-  const std::string close = catalogue.Suggest(name);
+  const std::string close = catalog.Suggest(name);
   Fail(ExitCode::kUsage, "there is no node \"" + name + "\"" +
                              (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
   return nullptr;

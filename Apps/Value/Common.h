@@ -40,13 +40,13 @@ class Command {
 
  protected:
   /// The host's own node types and those of the node libraries; null after an error was reported.
-  std::shared_ptr<const ScEng::NodeCatalogue> LoadCatalogue();
+  std::shared_ptr<const ScEng::NodeCatalog> LoadCatalog();
   /// The same, with the error in `status` instead of a report.
-  [[nodiscard]] std::shared_ptr<const ScEng::NodeCatalogue> FindCatalogue(ScEng::Status& status) const;
+  [[nodiscard]] std::shared_ptr<const ScEng::NodeCatalog> FindCatalog(ScEng::Status& status) const;
   /// Reports an error, ends the answer with it and passes the code on.
   ExitCode Fail(ExitCode code, const std::string& text);
   /// The node type that was written by its class, name or numbers; null after a wrong usage was reported.
-  const NodeInterface* FindNode(const ScEng::NodeCatalogue& catalogue, const std::string& name);
+  const NodeInterface* FindNode(const ScEng::NodeCatalog& catalog, const std::string& name);
   /// What a run has to say; the exit code that follows from it.
   ExitCode ReportRun(const ScEng::RunReport& report, const std::string& prefix);
 

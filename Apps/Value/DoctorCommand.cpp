@@ -169,13 +169,13 @@ class DoctorCommand : public Command {
     text_ << "Node libraries\n";
     answer_["libraries"] = ordered_json::array();
     ScEng::Status status;
-    const auto catalogue = FindCatalogue(status);
-    if (!catalogue) {
+    const auto catalog = FindCatalog(status);
+    if (!catalog) {
       problems_.push_back(status.GetMessage() + "; give the file with --plugin, or install the program anew");
       text_ << "  none\n";
       return false;
     }
-    for (const auto& library : catalogue->GetLibraries()) {
+    for (const auto& library : catalog->GetLibraries()) {
       const LibraryFindings findings = Inspect(*library);
       text_ << "  " << library->GetFile().string() << ": " << findings.types << " node types, " << findings.icons
             << " icons\n";

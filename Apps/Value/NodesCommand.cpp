@@ -177,19 +177,19 @@ class NodesCommand : public Command {
   }
 
   ExitCode Run() override {
-    const auto catalogue = LoadCatalogue();
-    if (!catalogue) return ExitCode::kPlugin;
+    const auto catalog = LoadCatalog();
+    if (!catalog) return ExitCode::kPlugin;
     const std::string name = JoinWords(words_);
-    return words_.empty() ? ListAll(*catalogue) : ShowOne(*catalogue, name);
+    return words_.empty() ? ListAll(*catalog) : ShowOne(*catalog, name);
   }
 
  private:
-  ExitCode ListAll(const ScEng::NodeCatalogue& catalogue) {
+  ExitCode ListAll(const ScEng::NodeCatalog& catalog) {
     ordered_json answer;
     answer["nodes"] = ordered_json::array();
     std::ostringstream text;
     text << Pad("Class", 32) << Pad("Name", 24) << Pad("Numbers", 16) << "Library\n";
-    for (const NodeInterface* descriptor : catalogue.GetDescriptors()) {
+    for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
       answer["nodes"].push_back(SummaryToJson(*descriptor));
       const std::string library = descriptor->GetLibraryName();
       text << Pad(descriptor->GetNodeFactory()->GetTypeName(), 32) << Pad(descriptor->GetName(), 24)
@@ -200,8 +200,8 @@ class NodesCommand : public Command {
     return ExitCode::kDone;
   }
 
-  ExitCode ShowOne(const ScEng::NodeCatalogue& catalogue, const std::string& name) {
-    const NodeInterface* descriptor = FindNode(catalogue, name);
+  ExitCode ShowOne(const ScEng::NodeCatalog& catalog, const std::string& name) {
+    const NodeInterface* descriptor = FindNode(catalog, name);
     if (descriptor == nullptr) return ExitCode::kUsage;
     const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
     reporter_.Print(DescribeNode(*descriptor, *node));

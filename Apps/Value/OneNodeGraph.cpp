@@ -53,11 +53,11 @@ std::vector<PlugRecord> OneNodeGraph::GetImagePlugs(const std::vector<PlugRecord
   return images;
 }
 
-std::string OneNodeGraph::FindNodeName(const ScEng::NodeCatalogue& catalogue) {
+std::string OneNodeGraph::FindNodeName(const ScEng::NodeCatalog& catalog) {
   std::string name = JoinWords(words_);
   for (auto it = inputs_.begin(); name.empty() && it != inputs_.end(); ++it) {
     std::error_code error;
-    if (catalogue.FindWritten(*it) == nullptr || std::filesystem::exists(*it, error)) continue;
+    if (catalog.FindWritten(*it) == nullptr || std::filesystem::exists(*it, error)) continue;
     name = *it;
     inputs_.erase(it);
     break;

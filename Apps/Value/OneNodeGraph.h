@@ -29,7 +29,7 @@ class OneNodeGraph {
 
   /// The node as it was written; empty where it is missing. Where it stands behind "-i FILE...", it was taken for one
   /// more file.
-  [[nodiscard]] std::string FindNodeName(const ScEng::NodeCatalogue& catalogue);
+  [[nodiscard]] std::string FindNodeName(const ScEng::NodeCatalog& catalog);
   [[nodiscard]] bool HasInputs() const { return !inputs_.empty(); }
   [[nodiscard]] bool HasRange() const { return range_.has_value(); }
 

@@ -42,17 +42,17 @@ class PanelCommand : public Command {
       return Fail(ExitCode::kUsage, "--range declares the range of image files; give one with -i FILE");
     }
     if (screenshot_ && screenshot_->empty()) return Fail(ExitCode::kUsage, "--screenshot names no file");
-    const auto catalogue = LoadCatalogue();
-    if (!catalogue) return ExitCode::kPlugin;
-    const std::string name = graph_.FindNodeName(*catalogue);
+    const auto catalog = LoadCatalog();
+    if (!catalog) return ExitCode::kPlugin;
+    const std::string name = graph_.FindNodeName(*catalog);
     if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
-    const NodeInterface* found = FindNode(*catalogue, name);
+    const NodeInterface* found = FindNode(*catalog, name);
     if (found == nullptr) return ExitCode::kUsage;
     // The same object as a descriptor that may be asked for a panel.
     PanelRequest request;
-    request.descriptor = catalogue->Find(found->GetNodeType());
+    request.descriptor = catalog->Find(found->GetNodeType());
 
-    ScEng::GraphDocument document(catalogue);
+    ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.AddNode(document, *found, notes);
     if (!status.IsError()) status = graph_.HasInputs() ? graph_.ConnectInputs(document) : AddGenerators(document);

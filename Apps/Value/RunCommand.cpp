@@ -67,8 +67,8 @@ class RunCommand : public Command {
   }
 
   ExitCode Run() override {
-    catalogue_ = LoadCatalogue();
-    if (!catalogue_) return ExitCode::kPlugin;
+    catalog_ = LoadCatalog();
+    if (!catalog_) return ExitCode::kPlugin;
     if (each_.empty() != output_dir_.empty()) {
       return Fail(ExitCode::kUsage, "--each and --output-dir go together: one names the files, the other the folder");
     }
@@ -157,7 +157,7 @@ class RunCommand : public Command {
   }
 
   ExitCode RunOnce() {
-    GraphDocument document(catalogue_);
+    GraphDocument document(catalog_);
     std::vector<std::string> notes;
     const Refusal refusal = Prepare(document, notes, std::nullopt);
     reporter_.Notes(notes);
@@ -182,7 +182,7 @@ class RunCommand : public Command {
     const std::filesystem::path probe = files.empty() ? std::filesystem::path("none") : files.front();
     {
       // The document and the options are the same for every file, so what is wrong with them is said once.
-      GraphDocument document(catalogue_);
+      GraphDocument document(catalog_);
       std::vector<std::string> notes;
       const Refusal refusal = Prepare(document, notes, probe);
       reporter_.Notes(notes);
@@ -245,7 +245,7 @@ class RunCommand : public Command {
     answer["outputs"] = nlohmann::ordered_json::array();
     const std::string prefix = file.string() + ": ";
     try {
-      GraphDocument document(catalogue_);
+      GraphDocument document(catalog_);
       std::vector<std::string> notes;
       const Refusal refusal = Prepare(document, notes, file);
       if (refusal.code != ExitCode::kDone) {
@@ -261,7 +261,7 @@ class RunCommand : public Command {
     }
   }
 
-  std::shared_ptr<const ScEng::NodeCatalogue> catalogue_;
+  std::shared_ptr<const ScEng::NodeCatalog> catalog_;
   std::string file_;
   std::vector<std::string> settings_;
   std::vector<std::string> inputs_;

@@ -156,12 +156,12 @@ class SelftestCommand : public Command {
   }
 
   ExitCode Run() override {
-    const auto catalogue = LoadCatalogue();
-    if (!catalogue) return ExitCode::kPlugin;
-    std::vector<NodeInterface*> descriptors = catalogue->GetDescriptors();
+    const auto catalog = LoadCatalog();
+    if (!catalog) return ExitCode::kPlugin;
+    std::vector<NodeInterface*> descriptors = catalog->GetDescriptors();
     const std::string name = JoinWords(words_);
     if (!words_.empty()) {
-      const NodeInterface* found = FindNode(*catalogue, name);
+      const NodeInterface* found = FindNode(*catalog, name);
       if (found == nullptr) return ExitCode::kUsage;
       std::erase_if(descriptors, [&](const NodeInterface* other) { return other != found; });
     }
@@ -175,13 +175,13 @@ class SelftestCommand : public Command {
     ordered_json answer;
     answer["nodes"] = ordered_json::array();
     for (NodeInterface* descriptor : descriptors) {
-      const Outcome outcome = RunTest(*descriptor, catalogue);
+      const Outcome outcome = RunTest(*descriptor, catalog);
       if (!outcome.has_test && words_.empty()) continue;
       Report(*descriptor, outcome);
       answer["nodes"].push_back(ToJson(*descriptor, outcome));
     }
     // The nodes go before the library that their code is in.
-    Engine::Get()->SetCatalogue(nullptr);
+    Engine::Get()->SetCatalog(nullptr);
     if (words_.empty() && !common_.quiet) {
       reporter_.Print(std::to_string(passed_) + " passed, " + std::to_string(failed_) + " failed\n");
     }
@@ -192,9 +192,9 @@ class SelftestCommand : public Command {
   }
 
  private:
-  Outcome RunTest(NodeInterface& descriptor, const std::shared_ptr<const ScEng::NodeCatalogue>& catalogue) const {
+  Outcome RunTest(NodeInterface& descriptor, const std::shared_ptr<const ScEng::NodeCatalog>& catalog) const {
     const std::size_t before = TestSession::Get().GetReports().size();
-    Engine::Get()->SetCatalogue(catalogue);
+    Engine::Get()->SetCatalog(catalog);
     Outcome outcome;
     {
       std::unique_ptr<CapturedOutput> captured;

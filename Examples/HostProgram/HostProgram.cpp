@@ -30,14 +30,14 @@ int main(int argc, char** argv) {
   ScEng::Status status;
   std::shared_ptr<ScEng::NodeLibrary> library = ScEng::NodeLibrary::Load(argv[1], status);
   if (!library) return Fail(status.GetMessage());
-  const std::shared_ptr<ScEng::NodeCatalogue> catalogue = ScEng::CreateHostCatalogue();
-  status = catalogue->AddLibrary(std::move(library));
+  const std::shared_ptr<ScEng::NodeCatalog> catalog = ScEng::CreateHostCatalog();
+  status = catalog->AddLibrary(std::move(library));
   if (status.IsError()) return Fail(status.GetMessage());
-  const NodeInterface* add_type = catalogue->FindTypeName("ImageValueAddNode");
+  const NodeInterface* add_type = catalog->FindTypeName("ImageValueAddNode");
   if (add_type == nullptr) return Fail("the library has no ImageValueAddNode");
 
   // The graph. The engine owns the nodes and keeps the catalogue, and so the library, for as long as it lives.
-  Engine engine(catalogue);
+  Engine engine(catalog);
   Node* reader = engine.CreateNode(ScEng::kImageReaderType);
   Node* add = engine.CreateNode(add_type->GetNodeType());
   reader->GetAttribute("path")->SetString(argv[2], false);

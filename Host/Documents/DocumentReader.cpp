@@ -124,21 +124,21 @@ void DocumentReader::ReadNode(const json& node, std::size_t index) {
   const bool has_id = ReadString(node, place, "id", id);
   const std::string what = has_id ? "node " + Quote(id) : place;
 
-  const NodeCatalogue& catalogue = document_.engine_.GetCatalogue();
+  const NodeCatalog& catalog = document_.engine_.GetCatalog();
   const NodeInterface* descriptor = nullptr;
   if (!node.contains("type")) {
     AddError(what + ": \"type\" is missing");
   } else if (const json& type = node["type"]; type.is_string()) {
     const auto name = type.get<std::string>();
-    descriptor = catalogue.FindTypeName(name);
+    descriptor = catalog.FindTypeName(name);
     if (descriptor == nullptr) {
       // A display name is no type name, but says which type is meant.
-      const NodeInterface* meant = catalogue.FindWritten(name);
-      const std::string close = meant != nullptr ? meant->GetNodeFactory()->GetTypeName() : catalogue.Suggest(name);
+      const NodeInterface* meant = catalog.FindWritten(name);
+      const std::string close = meant != nullptr ? meant->GetNodeFactory()->GetTypeName() : catalog.Suggest(name);
       AddError(what + ": there is no node type " + Quote(name) + (close.empty() ? "" : "; the closest is " + close));
     }
   } else if (const auto numbers = ReadNumbers(type)) {
-    descriptor = catalogue.Find(*numbers);
+    descriptor = catalog.Find(*numbers);
     if (descriptor == nullptr) AddError(what + ": there is no node type [" + numbers->ToString() + "]");
   } else {
     AddError(what + ": \"type\" is neither a type name nor its three numbers");

@@ -47,7 +47,7 @@ void SetFile(Attribute& attribute, const std::filesystem::path& file) {
 
 }  // namespace
 
-GraphDocument::GraphDocument(std::shared_ptr<const NodeCatalogue> catalogue) : engine_(std::move(catalogue)) {}
+GraphDocument::GraphDocument(std::shared_ptr<const NodeCatalog> catalog) : engine_(std::move(catalog)) {}
 
 GraphDocument::~GraphDocument() = default;
 

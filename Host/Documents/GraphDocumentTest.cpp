@@ -27,16 +27,16 @@ using ScEng::SampleType;
 using ScEng::Status;
 
 /// The host's own node types and those of the node library.
-std::shared_ptr<ScEng::NodeCatalogue> GetCatalogue() {
-  static const auto catalogue = [] {
-    auto made = ScEng::CreateHostCatalogue();
+std::shared_ptr<ScEng::NodeCatalog> GetCatalog() {
+  static const auto catalog = [] {
+    auto made = ScEng::CreateHostCatalog();
     Status status;
     auto library = ScEng::NodeLibrary::Load(VALUE_LIBRARY_FILE, status);
     EXPECT_NE(library, nullptr) << status.GetMessage();
     if (library) made->AddLibrary(std::move(library));
     return made;
   }();
-  return catalogue;
+  return catalog;
 }
 
 std::string Quoted(std::string text) {
@@ -68,7 +68,7 @@ class GraphDocumentTest : public testing::Test {
   }
   /// Expects one error that names the document and holds all the parts.
   void ExpectError(const std::string& text, const std::vector<std::string>& parts) {
-    GraphDocument document(GetCatalogue());
+    GraphDocument document(GetCatalog());
     const Findings findings = Load(document, text);
     ASSERT_EQ(findings.errors.size(), 1U) << text;
     EXPECT_TRUE(Contains(findings.errors[0], "graph.json"));
@@ -102,7 +102,7 @@ class GraphDocumentTest : public testing::Test {
   }
 
   TemporaryFolder folder_;
-  GraphDocument document_{GetCatalogue()};
+  GraphDocument document_{GetCatalog()};
 };
 
 // ---- Reading ----
@@ -145,7 +145,7 @@ TEST_F(GraphDocumentTest, ReadsASmallestDocument) {
 TEST_F(GraphDocumentTest, FilesThatCannotBeRead) {
   for (const auto& file : {folder_ / "none.json", folder_.Path()}) {
     Findings findings;
-    EXPECT_FALSE(GraphDocument(GetCatalogue()).Load(file, findings));
+    EXPECT_FALSE(GraphDocument(GetCatalog()).Load(file, findings));
     ASSERT_EQ(findings.errors.size(), 1U);
     EXPECT_TRUE(Contains(findings.errors[0], file.string()));
   }
@@ -317,7 +317,7 @@ TEST_F(GraphDocumentTest, OldNamesLoad) {
 
 TEST_F(GraphDocumentTest, NewNameWinsOverTheOldOne) {
   for (const char* attributes : {"'value': 4, 'constant': 5", "'constant': 5, 'value': 4"}) {
-    GraphDocument document(GetCatalogue());
+    GraphDocument document(GetCatalog());
     const Findings findings = Load(document, MakeText("{'id': 'a', 'type': 'ImageValueAddNode', 'attributes': {" +
                                                       std::string(attributes) + "}}"));
     EXPECT_TRUE(findings.errors.empty());

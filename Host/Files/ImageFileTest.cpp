@@ -360,10 +360,10 @@ TEST(ImageFileModes, ChannelsDecideTheMode) {
   const TemporaryFolder folder;
   WriteForeign(folder / "1.tif", ForeignLayout(1, 1, 1, OIIO::TypeDesc::FLOAT), {0.5F});
   WriteForeign(folder / "3.tif", ForeignLayout(1, 1, 3, OIIO::TypeDesc::FLOAT), {0.5F, 0.25F, 0.75F});
-  OIIO::ImageSpec grey = ForeignLayout(1, 1, 2, OIIO::TypeDesc::FLOAT);
-  grey.channelnames = {"Y", "A"};
-  grey.alpha_channel = 1;
-  WriteForeign(folder / "2.exr", grey, {0.25F, 0.5F});
+  OIIO::ImageSpec gray = ForeignLayout(1, 1, 2, OIIO::TypeDesc::FLOAT);
+  gray.channelnames = {"Y", "A"};
+  gray.alpha_channel = 1;
+  WriteForeign(folder / "2.exr", gray, {0.25F, 0.5F});
 
   const auto one = Read(folder / "1.tif");
   EXPECT_EQ(one->GetColorMode(), ColorMode::kValue);
@@ -385,9 +385,9 @@ TEST(ImageFileModes, AskedModeDecides) {
   WriteForeign(folder / "3.tif", ForeignLayout(1, 1, 3, OIIO::TypeDesc::FLOAT), {0.25F, 0.5F, 0.75F});
   WriteForeign(folder / "4.exr", ForeignLayout(1, 1, 4, OIIO::TypeDesc::FLOAT), {0.25F, 0.5F, 0.75F, 0.5F});
 
-  const auto grey = Read(folder / "1.tif", ReadMode::kColor);
-  EXPECT_EQ(grey->GetColorMode(), ColorMode::kColor);
-  EXPECT_EQ(SamplesOf(*grey), (std::vector<float>{0.5F, 0.5F, 0.5F, 1.0F}));
+  const auto gray = Read(folder / "1.tif", ReadMode::kColor);
+  EXPECT_EQ(gray->GetColorMode(), ColorMode::kColor);
+  EXPECT_EQ(SamplesOf(*gray), (std::vector<float>{0.5F, 0.5F, 0.5F, 1.0F}));
   const auto plain = Read(folder / "4.exr", ReadMode::kSigned);
   EXPECT_EQ(plain->GetColorMode(), ColorMode::kSigned);
   EXPECT_EQ(SamplesOf(*plain), (std::vector<float>{0.25F, 0.5F, 0.75F, 0.5F}));

@@ -100,7 +100,7 @@ class RowMeasure {
     if (std::any_of(row, row + width_, is_far)) {
       MeasureByEnvelope(row);
     } else {
-      MeasureByNeighbours(row);
+      MeasureByNeighbors(row);
     }
   }
 
@@ -116,7 +116,7 @@ class RowMeasure {
 
   [[nodiscard]] std::size_t Size() const { return static_cast<std::size_t>(width_); }
 
-  void MeasureByNeighbours(float* row) {
+  void MeasureByNeighbors(float* row) {
     float* const squares = near_squares_.data() + kNear;
     for (int x = 0; x < width_; ++x) squares[x] = row[x] * row[x];
     for (int i = 0; i < kNear; ++i) {

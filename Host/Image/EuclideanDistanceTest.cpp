@@ -67,7 +67,7 @@ ImagePtr MakeMask(int width, int height, unsigned one_in, std::mt19937& random) 
   return mask;
 }
 
-TEST(EuclideanDistance, MeasuresFromCentreToCentre) {
+TEST(EuclideanDistance, MeasuresFromCenterToCenter) {
   const ImagePtr image = MakeImage(5, 3, ColorMode::kValue,
                                    {1, 0, 0, 0, 0,  //
                                     0, 0, 0, 0, 0,  //
@@ -184,7 +184,7 @@ TEST(EuclideanDistance, ReadsEveryColorModeAsValues) {
   EXPECT_TRUE(SameSamples({0, 1, 2}, SamplesOf(*Measure(*pair, 0.5F, false, false))));
 }
 
-TEST(EuclideanDistance, DividesByTheLargestWhenNormalised) {
+TEST(EuclideanDistance, DividesByTheLargestWhenNormalized) {
   const ImagePtr image = MakeImage(4, 1, ColorMode::kValue, {1, 0, 0, 0});
   const ImagePtr open = Measure(*image, 0.5F, true, false);
   EXPECT_TRUE(SameSamples({0.0F, 1.0F / 3.0F, 2.0F / 3.0F, 1.0F}, SamplesOf(*open)));
@@ -201,16 +201,16 @@ TEST(EuclideanDistance, KnowsImagesWithoutAnEdge) {
     EXPECT_TRUE(SameSamples(std::vector<float>(6, kInfinity), SamplesOf(*far)));
     EXPECT_EQ(far->GetValueLow(), 0.0F);
     EXPECT_EQ(far->GetValueHigh(), 0.0F);
-    const ImagePtr far_normalised = Measure(none, 0.5F, true, wrap);
-    EXPECT_TRUE(SameSamples(std::vector<float>(6, 1.0F), SamplesOf(*far_normalised)));
-    EXPECT_EQ(far_normalised->GetValueHigh(), 1.0F);
+    const ImagePtr far_normalized = Measure(none, 0.5F, true, wrap);
+    EXPECT_TRUE(SameSamples(std::vector<float>(6, 1.0F), SamplesOf(*far_normalized)));
+    EXPECT_EQ(far_normalized->GetValueHigh(), 1.0F);
 
     const ImagePtr all = Measure(none, -1.0F, false, wrap);
     EXPECT_TRUE(SameSamples(std::vector<float>(6, 0.0F), SamplesOf(*all)));
     EXPECT_EQ(all->GetValueHigh(), 0.0F);
-    const ImagePtr all_normalised = Measure(none, -1.0F, true, wrap);
-    EXPECT_TRUE(SameSamples(std::vector<float>(6, 0.0F), SamplesOf(*all_normalised)));
-    EXPECT_EQ(all_normalised->GetValueHigh(), 1.0F);
+    const ImagePtr all_normalized = Measure(none, -1.0F, true, wrap);
+    EXPECT_TRUE(SameSamples(std::vector<float>(6, 0.0F), SamplesOf(*all_normalized)));
+    EXPECT_EQ(all_normalized->GetValueHigh(), 1.0F);
   }
 }
 

@@ -382,7 +382,7 @@ TEST(GaussianBlur, LeavesNothingButNaNAndInfinitiesWhereThereIsNothingElse) {
 }
 
 // Hand-made: for sigma 0.5 the kernel has e^-2 beside its middle and e^-8 beside that.
-TEST(GaussianBlur, WeighsNeighboursByTheSampledGaussian) {
+TEST(GaussianBlur, WeighsNeighborsByTheSampledGaussian) {
   const auto image = MakeImage(7, 1, ColorMode::kValue, {0.0F, 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F});
   const auto output = Blur(*image, 0.5F, 0.5F, 'b');
   const double near = 0.1353352832366127;

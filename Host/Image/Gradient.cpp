@@ -49,13 +49,13 @@ struct GradientRanges {
 };
 
 /// The two positions whose difference is the derivative at a position, and what it is multiplied by.
-struct Neighbours {
+struct Neighbors {
   std::size_t minus;
   std::size_t plus;
   float factor;
 };
 
-Neighbours FindNeighbours(std::size_t position, std::size_t size, bool seamless) {
+Neighbors FindNeighbors(std::size_t position, std::size_t size, bool seamless) {
   const bool first = position == 0;
   const bool last = position + 1 == size;
   const bool one_sided = !seamless && (first || last);
@@ -115,7 +115,7 @@ GradientRanges Derive(const GradientRow& task) {
   const std::size_t lanes = hn::Lanes(d);
   const auto derive_pixels = [&](std::size_t from, std::size_t to) {
     for (std::size_t i = from; i < to; ++i) {
-      const Neighbours x = FindNeighbours(i, task.width, task.seamless);
+      const Neighbors x = FindNeighbors(i, task.width, task.seamless);
       task.to_x[i] = task.width == 1 ? 0.0F : (task.row[x.plus] - task.row[x.minus]) * x.factor;
       task.to_y[i] = (task.below[i] - task.above[i]) * task.factor_y;
     }
@@ -200,7 +200,7 @@ bool ImageValue::Gradient(const Image& source, Image& out_x, Image& out_y, bool 
                  task.seamless = seamless;
                  task.streamed = source.GetNumSamples() >= kStreamedSamples;
                  for (std::size_t y = from; y < to; ++y) {
-                   const Neighbours rows = FindNeighbours(y, height, seamless);
+                   const Neighbors rows = FindNeighbors(y, height, seamless);
                    task.row = samples + y * width;
                    task.above = height == 1 ? zeros.data() : samples + rows.minus * width;
                    task.below = height == 1 ? zeros.data() : samples + rows.plus * width;

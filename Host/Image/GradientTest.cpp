@@ -46,7 +46,7 @@ float Derivative(const std::vector<float>& line, std::size_t place, bool seamles
   return (line[place + 1] - line[place - 1]) * 0.5F;
 }
 
-TEST(Gradient, IsHalfTheDifferenceOfTheNeighbours) {
+TEST(Gradient, IsHalfTheDifferenceOfTheNeighbors) {
   const auto image = MakeImage(4, 3, ColorMode::kValue,
                                {1.0F, 2.0F, 4.0F, 8.0F,  //
                                 0.0F, 0.0F, 8.0F, 0.0F,  //

@@ -98,7 +98,7 @@ std::optional<FewSamples> FindFewSamples(const RegionPlane& plane) {
 void ReplacePlane(const RegionPlane& plane, const RegionStep& step) {
   const std::optional<FewSamples> few = FindFewSamples(plane);
   if (!few) {
-    ScEng::ReplaceGrey(plane, step);
+    ScEng::ReplaceGray(plane, step);
     return;
   }
   if (few->GetCount() < 2) return;

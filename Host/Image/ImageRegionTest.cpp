@@ -121,8 +121,8 @@ std::vector<float> Expected(const std::vector<float>& samples, int width, int he
 }
 
 /// Kinds of content. Those with at most two different samples are computed in another way than the others.
-enum class Kind { kGrey, kStrange, kMostlyNaN, kSparseMask, kDenseMask, kZeros, kNaNMask, kInfinities, kFlat };
-constexpr Kind kKinds[] = {Kind::kGrey,  Kind::kStrange, Kind::kMostlyNaN,  Kind::kSparseMask, Kind::kDenseMask,
+enum class Kind { kGray, kStrange, kMostlyNaN, kSparseMask, kDenseMask, kZeros, kNaNMask, kInfinities, kFlat };
+constexpr Kind kKinds[] = {Kind::kGray,  Kind::kStrange, Kind::kMostlyNaN,  Kind::kSparseMask, Kind::kDenseMask,
                            Kind::kZeros, Kind::kNaNMask, Kind::kInfinities, Kind::kFlat};
 
 std::vector<float> MakeSamples(std::size_t count, Kind kind, std::mt19937& random) {
@@ -130,11 +130,11 @@ std::vector<float> MakeSamples(std::size_t count, Kind kind, std::mt19937& rando
   const auto two = [&](unsigned one_in, float rare, float common) { return random() % one_in == 0 ? rare : common; };
   std::vector<float> samples(count);
   for (float& sample : samples) {
-    const float grey = static_cast<float>(static_cast<int>(random() % 2001) - 1000) * 0.125F;
+    const float gray = static_cast<float>(static_cast<int>(random() % 2001) - 1000) * 0.125F;
     switch (kind) {
-      case Kind::kGrey: sample = grey; break;
-      case Kind::kStrange: sample = random() % 3 == 0 ? grey : kStrange[random() % std::size(kStrange)]; break;
-      case Kind::kMostlyNaN: sample = two(60, grey, kNaN); break;
+      case Kind::kGray: sample = gray; break;
+      case Kind::kStrange: sample = random() % 3 == 0 ? gray : kStrange[random() % std::size(kStrange)]; break;
+      case Kind::kMostlyNaN: sample = two(60, gray, kNaN); break;
       case Kind::kSparseMask: sample = two(70, 1.0F, 0.0F); break;
       case Kind::kDenseMask: sample = two(3, 0.25F, 0.75F); break;
       case Kind::kZeros: sample = two(20, 0.0F, -0.0F); break;
@@ -179,7 +179,7 @@ TEST(ImageRegion, GivesTheExtremeOfTheEllipseAcrossStripsAndBands) {
   std::mt19937 random(22);
   for (const std::size_t threads : {1U, 2U, 16U}) {
     const ThreadsScope scope(threads);
-    for (const Kind kind : {Kind::kGrey, Kind::kStrange, Kind::kSparseMask}) {
+    for (const Kind kind : {Kind::kGray, Kind::kStrange, Kind::kSparseMask}) {
       ExpectDefinition(131, 29, kind, random);
       ExpectDefinition(5, 211, kind, random);
     }
@@ -226,9 +226,9 @@ std::set<std::pair<int, int>> OffsetsOf(float radius_x, float radius_y, bool str
 
 TEST(ImageRegion, DecidesTheEdgeOfTheEllipseExactly) {
   const auto holds = [](float radius_x, float radius_y, int i, int j) {
-    const bool as_grey = OffsetsOf(radius_x, radius_y, true).contains({i, j});
-    EXPECT_EQ(OffsetsOf(radius_x, radius_y, false).contains({i, j}), as_grey);
-    return as_grey;
+    const bool as_gray = OffsetsOf(radius_x, radius_y, true).contains({i, j});
+    EXPECT_EQ(OffsetsOf(radius_x, radius_y, false).contains({i, j}), as_gray);
+    return as_gray;
   };
   const auto below = [](float radius) { return std::nextafter(radius, 0.0F); };
   // 3, 4 and 5 are the sides of a right triangle; 7 is 4/5 of 8.75.
@@ -351,7 +351,7 @@ TEST(ImageRegion, ReadsAndWritesItsBoxAndChannelsOnly) {
 
 TEST(ImageRegion, CutsItsBoxToTheImage) {
   std::mt19937 random(25);
-  const ImagePtr image = MakeImage(9, 7, ColorMode::kValue, MakeSamples(63, Kind::kGrey, random));
+  const ImagePtr image = MakeImage(9, 7, ColorMode::kValue, MakeSamples(63, Kind::kGray, random));
   const Settings settings{2.0F, 2.0F, true, Way::kShrink};
   Image actual(*image);
   ImageRegion region;
@@ -362,7 +362,7 @@ TEST(ImageRegion, CutsItsBoxToTheImage) {
 
 TEST(ImageRegion, DoesNothingWhereThereIsNothingToDo) {
   std::mt19937 random(26);
-  const ImagePtr image = MakeImage(5, 4, ColorMode::kColor, MakeSamples(80, Kind::kGrey, random));
+  const ImagePtr image = MakeImage(5, 4, ColorMode::kColor, MakeSamples(80, Kind::kGray, random));
   const std::vector<float> before = SamplesOf(*image);
   constexpr int kNothing[][5] = {{0, 0, 0, 4, -1},  {0, 0, 5, 0, -1}, {3, 0, 2, 4, -1}, {5, 0, 9, 4, -1},
                                  {-4, 0, 0, 4, -1}, {0, 0, 5, 4, 4},  {0, 0, 5, 4, -2}};
@@ -463,7 +463,7 @@ RC_GTEST_PROP(ImageRegion, GrowsFurtherByALargerRadius, ()) {
   RC_ASSERT(AtMost(grown, Applied(*image, settings)));
 }
 
-RC_GTEST_PROP(ImageRegion, GivesAMaskWhatItGivesAGreyImage, ()) {
+RC_GTEST_PROP(ImageRegion, GivesAMaskWhatItGivesAGrayImage, ()) {
   // A third sample further away than the ellipse reaches makes the image grey, and changes nothing near by.
   const int width = *rc::gen::inRange(1, 90);
   const int height = *rc::gen::inRange(1, 20);
@@ -473,12 +473,12 @@ RC_GTEST_PROP(ImageRegion, GivesAMaskWhatItGivesAGreyImage, ()) {
   settings.wrap = false;
   const ImagePtr mask = MakeImage(width, height, ColorMode::kValue, samples);
   samples.insert(samples.end(), static_cast<std::size_t>(width) * 20, 0.5F);
-  const ImagePtr grey = MakeImage(width, height + 20, ColorMode::kValue, samples);
+  const ImagePtr gray = MakeImage(width, height + 20, ColorMode::kValue, samples);
   const std::vector<float> of_mask = Applied(*mask, settings);
-  const std::vector<float> of_grey = Applied(*grey, settings);
+  const std::vector<float> of_gray = Applied(*gray, settings);
   const int compared = std::max(height - static_cast<int>(settings.radius_y) - 1, 0) * width;
   for (int i = 0; i < compared; ++i) {
-    RC_ASSERT(of_mask[static_cast<std::size_t>(i)] == of_grey[static_cast<std::size_t>(i)]);
+    RC_ASSERT(of_mask[static_cast<std::size_t>(i)] == of_gray[static_cast<std::size_t>(i)]);
   }
 }
 

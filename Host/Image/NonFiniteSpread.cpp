@@ -101,13 +101,13 @@ void SpreadLines(const Lines& lines, int size, int radius, bool wrap) {
 }
 
 /// Whether the weight of a pixel's only neighbours is zero, as that of a tiny sigma is.
-bool NeighboursWeighNothing(float sigma) {
+bool NeighborsWeighNothing(float sigma) {
   const auto width = static_cast<double>(sigma);
   return GetGaussianRadius(sigma) == 1 && std::exp(-1.0 / (2.0 * width * width)) == 0.0;
 }
 
 /// Zero times an infinity is NaN.
-void SpreadToWeightlessNeighbours(const Lines& lines, const BorderMap& map) {
+void SpreadToWeightlessNeighbors(const Lines& lines, const BorderMap& map) {
   const auto at = [&](int position) { return lines.from + static_cast<std::size_t>(map[position]) * lines.stride; };
   for (int position = 0; position < map.GetSize(); ++position) {
     Mark* to = lines.to + static_cast<std::size_t>(position) * lines.stride;
@@ -119,8 +119,8 @@ void SpreadToWeightlessNeighbours(const Lines& lines, const BorderMap& map) {
 }
 
 void SpreadOneWay(const Lines& lines, int size, float sigma, bool wrap) {
-  if (NeighboursWeighNothing(sigma)) {
-    SpreadToWeightlessNeighbours(lines, BorderMap(size, 1, wrap));
+  if (NeighborsWeighNothing(sigma)) {
+    SpreadToWeightlessNeighbors(lines, BorderMap(size, 1, wrap));
   } else {
     SpreadLines(lines, size, GetGaussianRadius(sigma), wrap);
   }

@@ -36,8 +36,8 @@ struct RegionStep {
 using RegionKey = std::int32_t;
 inline constexpr RegionKey kNothing = INT32_MIN;
 
-/// Of any plane, by the sample (`RegionGrey.cpp`).
-void ReplaceGrey(const RegionPlane& plane, const RegionStep& step);
+/// Of any plane, by the sample (`RegionGray.cpp`).
+void ReplaceGray(const RegionPlane& plane, const RegionStep& step);
 
 /// Of a plane that holds no other samples than `winner` and `loser`, where the first wins over the second
 /// (`RegionMask.cpp`).

@@ -45,7 +45,7 @@ TEST(RoundHalfDown, RoundsEverythingElseToNearest) {
   EXPECT_EQ(RoundHalfDown(-0.75F), -1);
 }
 
-TEST(RoundHalfDown, DecidesAtTheNeighboursOfAHalf) {
+TEST(RoundHalfDown, DecidesAtTheNeighborsOfAHalf) {
   EXPECT_EQ(RoundHalfDown(std::nextafter(0.5, 1.0)), 1);
   EXPECT_EQ(RoundHalfDown(std::nextafter(0.5, 0.0)), 0);
   EXPECT_EQ(RoundHalfDown(std::nextafter(0.5F, 1.0F)), 1);
@@ -95,7 +95,7 @@ TEST(Box, EdgesAreWiderThan32Bits) {
   EXPECT_EQ(box.Width(), std::int64_t{4294967300});
 }
 
-TEST(Geometry, ColoursAreOpaqueByDefault) { EXPECT_EQ(ScEng::Rgbo(), (ScEng::Rgbo{0.0, 0.0, 0.0, 1.0})); }
+TEST(Geometry, ColorsAreOpaqueByDefault) { EXPECT_EQ(ScEng::Rgbo(), (ScEng::Rgbo{0.0, 0.0, 0.0, 1.0})); }
 
 std::uint32_t BitsOf(float value) { return std::bit_cast<std::uint32_t>(value); }
 

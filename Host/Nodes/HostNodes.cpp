@@ -22,10 +22,10 @@ std::vector<RefPtr<NodeInterface>> CreateHostDescriptors() {
                            ImageTerrainNode, NumberNode, FlagNode, TextNode>();
 }
 
-std::shared_ptr<NodeCatalogue> CreateHostCatalogue() {
-  auto catalogue = std::make_shared<NodeCatalogue>();
-  for (auto& descriptor : CreateHostDescriptors()) catalogue->AddDescriptor(std::move(descriptor));
-  return catalogue;
+std::shared_ptr<NodeCatalog> CreateHostCatalog() {
+  auto catalog = std::make_shared<NodeCatalog>();
+  for (auto& descriptor : CreateHostDescriptors()) catalog->AddDescriptor(std::move(descriptor));
+  return catalog;
 }
 
 }  // namespace ScEng

@@ -60,7 +60,7 @@ class HostNodesTest : public testing::Test {
     EXPECT_FALSE(status.IsError()) << status.GetMessage();
   }
 
-  Engine engine_{ScEng::CreateHostCatalogue()};
+  Engine engine_{ScEng::CreateHostCatalog()};
   TemporaryFolder folder_;
 };
 
@@ -69,9 +69,9 @@ TEST_F(HostNodesTest, HaveTheirNumbersAndNames) {
       {{10, 16, 5}, "ImageReaderNode"},   {{10, 16, 6}, "ImageWriterNode"}, {{10, 16, 10}, "ImageRectangleNode"},
       {{10, 16, 16}, "ImageCheckerNode"}, {{10, 16, 32}, "ImageWavesNode"}, {{10, 16, 40}, "ImageTerrainNode"},
       {{10, 16, 48}, "NumberNode"},       {{10, 16, 49}, "FlagNode"},       {{10, 16, 50}, "TextNode"}};
-  EXPECT_EQ(engine_.GetCatalogue().GetDescriptors().size(), 9U);
+  EXPECT_EQ(engine_.GetCatalog().GetDescriptors().size(), 9U);
   for (const auto& [type, name] : kTypes) {
-    NodeInterface* descriptor = engine_.GetCatalogue().Find(type);
+    NodeInterface* descriptor = engine_.GetCatalog().Find(type);
     ASSERT_NE(descriptor, nullptr) << name;
     EXPECT_EQ(descriptor->GetNodeFactory()->GetTypeName(), name);
     EXPECT_EQ(descriptor->GetNodeFactory()->GetNodeType(), type);
@@ -178,7 +178,7 @@ TEST_F(HostNodesTest, CheckerWithoutCellSizeStillEnds) {
   EXPECT_NE(Evaluate(node), nullptr);
 }
 
-TEST_F(HostNodesTest, WavesAreRingsAroundTheCentre) {
+TEST_F(HostNodesTest, WavesAreRingsAroundTheCenter) {
   Node* node = Create(ScEng::kImageWavesType);
   SetFrame(node, 10, 20, 9, 9);
   SetNumber(node, "height", 2.0);
@@ -202,7 +202,7 @@ TEST_F(HostNodesTest, WavesAreRingsAroundTheCentre) {
   EXPECT_NEAR(at(7, 8), 2.0F, 1e-6F);
 }
 
-TEST_F(HostNodesTest, WavesOfAnEvenFrameHaveTheirCentreBetweenPixels) {
+TEST_F(HostNodesTest, WavesOfAnEvenFrameHaveTheirCenterBetweenPixels) {
   Node* node = Create(ScEng::kImageWavesType);
   SetFrame(node, 0, 0, 2, 1);
   SetNumber(node, "wavelength", 2.0);

@@ -28,11 +28,11 @@ using ScEng::TestSession;
 class TestContextTest : public testing::Test {
  protected:
   TestContextTest() {
-    Engine::Get()->SetCatalogue(ScEng::CreateHostCatalogue());
+    Engine::Get()->SetCatalog(ScEng::CreateHostCatalog());
     TestSession::Get().Start({});
   }
   ~TestContextTest() override {
-    Engine::Get()->SetCatalogue(nullptr);
+    Engine::Get()->SetCatalog(nullptr);
     TestSession::Get().Start({});
   }
 

@@ -348,20 +348,20 @@ Engine* Engine::Get() {
 
 Engine::Engine() : Engine(nullptr) {}
 
-Engine::Engine(std::shared_ptr<const ScEng::NodeCatalogue> catalogue) { SetCatalogue(std::move(catalogue)); }
+Engine::Engine(std::shared_ptr<const ScEng::NodeCatalog> catalog) { SetCatalog(std::move(catalog)); }
 
 Engine::~Engine() = default;
 
-void Engine::SetCatalogue(std::shared_ptr<const ScEng::NodeCatalogue> catalogue) {
+void Engine::SetCatalog(std::shared_ptr<const ScEng::NodeCatalog> catalog) {
   // The nodes go before the library that their code is in.
   graph_ = std::make_unique<Graph>();
-  catalogue_ = catalogue ? std::move(catalogue) : std::make_shared<const ScEng::NodeCatalogue>();
+  catalog_ = catalog ? std::move(catalog) : std::make_shared<const ScEng::NodeCatalog>();
 }
 
-const ScEng::NodeCatalogue& Engine::GetCatalogue() const { return *catalogue_; }
+const ScEng::NodeCatalog& Engine::GetCatalog() const { return *catalog_; }
 
 Node* Engine::CreateNode(const NodeType& type) {
-  const NodeInterface* descriptor = catalogue_->Find(type);
+  const NodeInterface* descriptor = catalog_->Find(type);
   if (descriptor == nullptr) return nullptr;
   Node* node = descriptor->GetNodeFactory()->CreateNode();
   return node == nullptr ? nullptr : graph_->Add(node);

@@ -265,12 +265,12 @@ class EngineTest : public testing::Test {
   }
 
   Engine engine_{
-      HostTest::MakeCatalogue<SourceNode, SumNode, ThrowingNode, TogetherNode, SeparateNode, FeedNode, SinkNode>()};
+      HostTest::MakeCatalog<SourceNode, SumNode, ThrowingNode, TogetherNode, SeparateNode, FeedNode, SinkNode>()};
 };
 
 // ---- Creating and deleting ----
 
-TEST_F(EngineTest, CreatesNodesOfTheCatalogue) {
+TEST_F(EngineTest, CreatesNodesOfTheCatalog) {
   Node* node = engine_.CreateNode(SumNode::kType);
   ASSERT_NE(node, nullptr);
   EXPECT_EQ(node->GetNodeType(), SumNode::kType);
@@ -281,13 +281,13 @@ TEST_F(EngineTest, CreatesNodesOfTheCatalogue) {
 TEST_F(EngineTest, TellsNodesThatTheyComeAndGo) {
   SumNode::added = SumNode::removed = 0;
   {
-    Engine engine(HostTest::MakeCatalogue<SumNode>());
+    Engine engine(HostTest::MakeCatalog<SumNode>());
     Node* first = engine.CreateNode(SumNode::kType);
     engine.CreateNode(SumNode::kType);
     EXPECT_EQ(SumNode::added, 2);
     EXPECT_TRUE(engine.DeleteNode(first));
     EXPECT_EQ(SumNode::removed, 1);
-    engine.SetCatalogue(nullptr);
+    engine.SetCatalog(nullptr);
     EXPECT_EQ(SumNode::removed, 2);
     EXPECT_EQ(engine.CreateNode(SumNode::kType), nullptr);
   }
@@ -295,7 +295,7 @@ TEST_F(EngineTest, TellsNodesThatTheyComeAndGo) {
 }
 
 TEST_F(EngineTest, DeletesOnlyItsOwnNodes) {
-  Engine other(HostTest::MakeCatalogue<SumNode>());
+  Engine other(HostTest::MakeCatalog<SumNode>());
   Node* foreign = other.CreateNode(SumNode::kType);
   EXPECT_FALSE(engine_.DeleteNode(foreign));
   EXPECT_FALSE(engine_.DeleteNode(nullptr));
@@ -378,7 +378,7 @@ TEST_F(EngineTest, RefusesPlugsThatDoNotExist) {
   EXPECT_TRUE(Contains(Refusal(source, "image", sum, "second"), "second"));
   EXPECT_TRUE(Contains(Refusal(source, "image", sum, "first", 0, 1), "1"));
   Refusal(nullptr, "image", sum, "first");
-  Engine other(HostTest::MakeCatalogue<SumNode>());
+  Engine other(HostTest::MakeCatalog<SumNode>());
   Refusal(source, "image", other.CreateNode(SumNode::kType), "first");
 }
 

@@ -83,7 +83,7 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
     return nullptr;
   }
   try {
-    status = library->ReadCatalogue();
+    status = library->ReadCatalog();
   } catch (const std::exception& thrown) {
     status = Status::Error(std::string("an entry point threw an exception: ") + thrown.what());
   } catch (...) {
@@ -96,7 +96,7 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
   return library;
 }
 
-Status NodeLibrary::ReadCatalogue() {
+Status NodeLibrary::ReadCatalog() {
   const auto get_library = FindExport<GetLibraryInterfaceFunction>(handle_, "GetLibraryInterface");
   const auto get_count = FindExport<GetNumNodeInterfacesFunction>(handle_, "GetNumNodeInterfaces");
   const auto get_descriptor = FindExport<GetNodeInterfaceFunction>(handle_, "GetNodeInterface");
@@ -138,7 +138,7 @@ NodeLibrary::~NodeLibrary() {
   if (handle_ != nullptr) dlclose(handle_);
 }
 
-Status NodeCatalogue::Check(const NodeInterface& descriptor) const {
+Status NodeCatalog::Check(const NodeInterface& descriptor) const {
   const std::string type_name = descriptor.GetNodeFactory()->GetTypeName();
   if (const NodeInterface* other = Find(descriptor.GetNodeType())) {
     return Status::Error("node type " + type_name + " has the numbers " + descriptor.GetNodeType().ToString() +
@@ -150,13 +150,13 @@ Status NodeCatalogue::Check(const NodeInterface& descriptor) const {
   return {};
 }
 
-Status NodeCatalogue::AddDescriptor(RefPtr<NodeInterface> descriptor) {
+Status NodeCatalog::AddDescriptor(RefPtr<NodeInterface> descriptor) {
   Status status = Check(*descriptor);
   if (!status.IsError()) descriptors_.push_back(std::move(descriptor));
   return status;
 }
 
-Status NodeCatalogue::AddLibrary(std::shared_ptr<NodeLibrary> library) {
+Status NodeCatalog::AddLibrary(std::shared_ptr<NodeLibrary> library) {
   for (const auto& loaded : libraries_) {
     if (loaded->GetFile() == library->GetFile()) return {};
   }
@@ -172,27 +172,27 @@ Status NodeCatalogue::AddLibrary(std::shared_ptr<NodeLibrary> library) {
   return {};
 }
 
-std::vector<NodeInterface*> NodeCatalogue::GetDescriptors() const {
+std::vector<NodeInterface*> NodeCatalog::GetDescriptors() const {
   std::vector<NodeInterface*> descriptors;
   for (const auto& descriptor : descriptors_) descriptors.push_back(descriptor.Get());
   return descriptors;
 }
 
-NodeInterface* NodeCatalogue::Find(const NodeType& type) const {
+NodeInterface* NodeCatalog::Find(const NodeType& type) const {
   for (const auto& descriptor : descriptors_) {
     if (descriptor->GetNodeType() == type) return descriptor.Get();
   }
   return nullptr;
 }
 
-NodeInterface* NodeCatalogue::FindTypeName(const std::string& type_name) const {
+NodeInterface* NodeCatalog::FindTypeName(const std::string& type_name) const {
   for (const auto& descriptor : descriptors_) {
     if (descriptor->GetNodeFactory()->GetTypeName() == type_name) return descriptor.Get();
   }
   return nullptr;
 }
 
-NodeInterface* NodeCatalogue::FindWritten(const std::string& text) const {
+NodeInterface* NodeCatalog::FindWritten(const std::string& text) const {
   NodeType type;
   if (ReadNumbers(text, type)) return Find(type);
   const std::string lower = ToLower(text);
@@ -204,7 +204,7 @@ NodeInterface* NodeCatalogue::FindWritten(const std::string& text) const {
   return nullptr;
 }
 
-std::string NodeCatalogue::Suggest(const std::string& text) const {
+std::string NodeCatalog::Suggest(const std::string& text) const {
   std::vector<std::string> names;
   for (const auto& descriptor : descriptors_) {
     names.push_back(descriptor->GetName());

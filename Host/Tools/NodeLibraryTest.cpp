@@ -17,7 +17,7 @@
 namespace {
 
 using HostTest::Contains;
-using ScEng::NodeCatalogue;
+using ScEng::NodeCatalog;
 using ScEng::NodeLibrary;
 using ScEng::RefPtr;
 using ScEng::Status;
@@ -63,11 +63,11 @@ TEST(NodeLibrary, LoadsAGoodLibrary) {
 
 TEST(NodeLibrary, NodesOfALibraryAreEvaluated) {
   Status status;
-  auto catalogue = std::make_shared<NodeCatalogue>();
-  EXPECT_FALSE(catalogue->AddLibrary(NodeLibrary::Load(LibraryFile("TinyLibrary"), status)).IsError());
+  auto catalog = std::make_shared<NodeCatalog>();
+  EXPECT_FALSE(catalog->AddLibrary(NodeLibrary::Load(LibraryFile("TinyLibrary"), status)).IsError());
   {
-    Engine engine(catalogue);
-    catalogue.reset();
+    Engine engine(catalog);
+    catalog.reset();
     Node* node = engine.CreateNode({900, 1, 7});
     ASSERT_NE(node, nullptr);
     engine.Evaluate({{node, 0}});
@@ -106,7 +106,7 @@ TEST(NodeLibrary, NoLibraryObject) {
 
 TEST(NodeLibrary, NegativeCount) { EXPECT_TRUE(Contains(Failure(LibraryFile("NegativeCount")), "-3")); }
 
-TEST(NodeLibrary, CatalogueThatAnswersNull) {
+TEST(NodeLibrary, CatalogThatAnswersNull) {
   const std::string message = Failure(LibraryFile("NullDescriptor"));
   EXPECT_TRUE(Contains(message, "GetNodeInterface(1)"));
   EXPECT_TRUE(Contains(message, "null"));
@@ -161,76 +161,76 @@ RefPtr<NodeInterface> MakeDescriptor() {
   return RefPtr<NodeInterface>(new HostTest::TestDescriptor<NodeClass>);
 }
 
-TEST(NodeCatalogue, RefusesNumbersAndNamesThatAreTaken) {
-  NodeCatalogue catalogue;
-  EXPECT_FALSE(catalogue.AddDescriptor(MakeDescriptor<FirstNode>()).IsError());
-  EXPECT_FALSE(catalogue.AddDescriptor(MakeDescriptor<SecondNode>()).IsError());
-  const Status numbers = catalogue.AddDescriptor(MakeDescriptor<SameNumbersNode>());
+TEST(NodeCatalog, RefusesNumbersAndNamesThatAreTaken) {
+  NodeCatalog catalog;
+  EXPECT_FALSE(catalog.AddDescriptor(MakeDescriptor<FirstNode>()).IsError());
+  EXPECT_FALSE(catalog.AddDescriptor(MakeDescriptor<SecondNode>()).IsError());
+  const Status numbers = catalog.AddDescriptor(MakeDescriptor<SameNumbersNode>());
   EXPECT_TRUE(numbers.IsError());
   EXPECT_TRUE(Contains(numbers.GetMessage(), "10, 16, 10"));
   EXPECT_TRUE(Contains(numbers.GetMessage(), "FirstNode"));
   EXPECT_TRUE(Contains(numbers.GetMessage(), "SameNumbersNode"));
-  const Status name = catalogue.AddDescriptor(MakeDescriptor<SameNameNode>());
+  const Status name = catalog.AddDescriptor(MakeDescriptor<SameNameNode>());
   EXPECT_TRUE(name.IsError());
   EXPECT_TRUE(Contains(name.GetMessage(), "FirstNode"));
-  EXPECT_EQ(catalogue.GetDescriptors().size(), 2U);
+  EXPECT_EQ(catalog.GetDescriptors().size(), 2U);
 }
 
-TEST(NodeCatalogue, TakesALibraryAsAWholeOrNotAtAll) {
-  NodeCatalogue catalogue;
-  catalogue.AddDescriptor(MakeDescriptor<FirstNode>());
+TEST(NodeCatalog, TakesALibraryAsAWholeOrNotAtAll) {
+  NodeCatalog catalog;
+  catalog.AddDescriptor(MakeDescriptor<FirstNode>());
   Status status;
   auto taken = NodeLibrary::Load(LibraryFile("TakenNumbers"), status);
   ASSERT_NE(taken, nullptr) << status.GetMessage();
-  status = catalogue.AddLibrary(std::move(taken));
+  status = catalog.AddLibrary(std::move(taken));
   EXPECT_TRUE(status.IsError());
   EXPECT_TRUE(Contains(status.GetMessage(), "TakenNumbers.so"));
   EXPECT_TRUE(Contains(status.GetMessage(), "10, 16, 10"));
-  EXPECT_EQ(catalogue.GetDescriptors().size(), 1U);
-  EXPECT_EQ(catalogue.Find({900, 1, 5}), nullptr);
-  EXPECT_TRUE(catalogue.GetLibraries().empty());
+  EXPECT_EQ(catalog.GetDescriptors().size(), 1U);
+  EXPECT_EQ(catalog.Find({900, 1, 5}), nullptr);
+  EXPECT_TRUE(catalog.GetLibraries().empty());
   EXPECT_FALSE(IsInProcess(LibraryFile("TakenNumbers")));
 }
 
-TEST(NodeCatalogue, PassesOverALibraryThatItHas) {
-  NodeCatalogue catalogue;
+TEST(NodeCatalog, PassesOverALibraryThatItHas) {
+  NodeCatalog catalog;
   Status status;
-  EXPECT_FALSE(catalogue.AddLibrary(NodeLibrary::Load(LibraryFile("TinyLibrary"), status)).IsError());
+  EXPECT_FALSE(catalog.AddLibrary(NodeLibrary::Load(LibraryFile("TinyLibrary"), status)).IsError());
   const auto same_file = std::filesystem::path(VALUE_TEST_LIBRARIES) / "." / "TinyLibrary.so";
-  EXPECT_FALSE(catalogue.AddLibrary(NodeLibrary::Load(same_file, status)).IsError());
-  EXPECT_EQ(catalogue.GetLibraries().size(), 1U);
-  EXPECT_EQ(catalogue.GetDescriptors().size(), 1U);
+  EXPECT_FALSE(catalog.AddLibrary(NodeLibrary::Load(same_file, status)).IsError());
+  EXPECT_EQ(catalog.GetLibraries().size(), 1U);
+  EXPECT_EQ(catalog.GetDescriptors().size(), 1U);
 }
 
-TEST(NodeCatalogue, FindsByNumbersAndNames) {
-  NodeCatalogue catalogue;
-  catalogue.AddDescriptor(MakeDescriptor<FirstNode>());
-  catalogue.AddDescriptor(MakeDescriptor<SecondNode>());
-  NodeInterface* second = catalogue.Find({10, 16, 11});
+TEST(NodeCatalog, FindsByNumbersAndNames) {
+  NodeCatalog catalog;
+  catalog.AddDescriptor(MakeDescriptor<FirstNode>());
+  catalog.AddDescriptor(MakeDescriptor<SecondNode>());
+  NodeInterface* second = catalog.Find({10, 16, 11});
   ASSERT_NE(second, nullptr);
   EXPECT_EQ(second->GetNodeFactory()->GetTypeName(), "SecondNode");
-  EXPECT_EQ(catalogue.FindTypeName("SecondNode"), second);
-  EXPECT_EQ(catalogue.FindTypeName("secondnode"), nullptr);
-  EXPECT_EQ(catalogue.FindTypeName("Test SecondNode"), nullptr);
+  EXPECT_EQ(catalog.FindTypeName("SecondNode"), second);
+  EXPECT_EQ(catalog.FindTypeName("secondnode"), nullptr);
+  EXPECT_EQ(catalog.FindTypeName("Test SecondNode"), nullptr);
   for (const char* written : {"SecondNode", "secondnode", "Test SecondNode", "TEST SECONDNODE", "10, 16, 11",
                               "10 16 11", "10,16,11", "[10, 16, 11]"}) {
-    EXPECT_EQ(catalogue.FindWritten(written), second) << written;
+    EXPECT_EQ(catalog.FindWritten(written), second) << written;
   }
   for (const char* written :
        {"", "Second", "10, 16", "10, 16, 11, 0", "10, 16, 99", "10, 16, -11", "99999999999, 16, 11"}) {
-    EXPECT_EQ(catalogue.FindWritten(written), nullptr) << written;
+    EXPECT_EQ(catalog.FindWritten(written), nullptr) << written;
   }
-  EXPECT_EQ(catalogue.Find({10, 16, 99}), nullptr);
+  EXPECT_EQ(catalog.Find({10, 16, 99}), nullptr);
 }
 
-TEST(NodeCatalogue, SuggestsTheClosestName) {
-  NodeCatalogue catalogue;
-  catalogue.AddDescriptor(MakeDescriptor<FirstNode>());
-  catalogue.AddDescriptor(MakeDescriptor<SecondNode>());
-  EXPECT_EQ(catalogue.Suggest("SecondNoed"), "SecondNode");
-  EXPECT_EQ(catalogue.Suggest("firstnode"), "FirstNode");
-  EXPECT_EQ(catalogue.Suggest("Tst FirstNode"), "Test FirstNode");
-  EXPECT_EQ(catalogue.Suggest("quite another thing"), "");
+TEST(NodeCatalog, SuggestsTheClosestName) {
+  NodeCatalog catalog;
+  catalog.AddDescriptor(MakeDescriptor<FirstNode>());
+  catalog.AddDescriptor(MakeDescriptor<SecondNode>());
+  EXPECT_EQ(catalog.Suggest("SecondNoed"), "SecondNode");
+  EXPECT_EQ(catalog.Suggest("firstnode"), "FirstNode");
+  EXPECT_EQ(catalog.Suggest("Tst FirstNode"), "Test FirstNode");
+  EXPECT_EQ(catalog.Suggest("quite another thing"), "");
 }
 
 TEST(FindClosest, AllowsAThirdOfTheLetters) {

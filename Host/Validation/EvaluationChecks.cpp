@@ -303,13 +303,13 @@ void CheckEvents(Subject& subject) {
 void CheckGraph(Subject& subject) {
   NodeInterface* descriptor = subject.GetDescriptor();
   if (descriptor == nullptr) return;
-  const std::shared_ptr<NodeCatalogue> catalogue = CreateHostCatalogue();
+  const std::shared_ptr<NodeCatalog> catalog = CreateHostCatalog();
   // Numbers or a name that the host has already are the affair of other checks.
-  if (catalogue->AddDescriptor(RefPtr<NodeInterface>(descriptor)).IsError()) {
+  if (catalog->AddDescriptor(RefPtr<NodeInterface>(descriptor)).IsError()) {
     subject.Skip("its numbers or its class name are taken");
     return;
   }
-  Engine engine(catalogue);
+  Engine engine(catalog);
   subject.At("adding a node to the engine");
   Node* const node = engine.CreateNode(descriptor->GetNodeType());
   if (node == nullptr) {

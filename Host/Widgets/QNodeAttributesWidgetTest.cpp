@@ -87,9 +87,9 @@ class BareNode : public HostTest::TestNode {
 
 class Panel : public testing::Test {
  protected:
-  Panel() : engine_(std::make_unique<Engine>(HostTest::MakeCatalogue<PanelNode, SourceNode, BareNode>())) {
+  Panel() : engine_(std::make_unique<Engine>(HostTest::MakeCatalog<PanelNode, SourceNode, BareNode>())) {
     node_ = engine_->CreateNode(PanelNode::kType);
-    descriptor_ = engine_->GetCatalogue().Find(PanelNode::kType);
+    descriptor_ = engine_->GetCatalog().Find(PanelNode::kType);
     Make(nullptr);
   }
   ~Panel() override {

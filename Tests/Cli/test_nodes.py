@@ -266,7 +266,7 @@ def describes(item, form):
     return default_matches(item, default, words) and joined in ",".join(in_order)
 
 
-class CatalogueTest(ValueTestCase):
+class CatalogTest(ValueTestCase):
     def test_lists_twenty_classes_and_display_names(self):
         result = self.value("nodes")
         self.assert_quiet(result)

@@ -24,11 +24,11 @@ class ValuePanels : public testing::Test {
  protected:
   ValuePanels() {
     ScEng::Status status;
-    auto catalogue = ScEng::CreateHostCatalogue();
+    auto catalog = ScEng::CreateHostCatalog();
     auto library = ScEng::NodeLibrary::Load(VALUE_LIBRARY_FILE, status);
     EXPECT_FALSE(status.IsError()) << status.GetMessage();
-    EXPECT_FALSE(catalogue->AddLibrary(std::move(library)).IsError());
-    engine_ = std::make_unique<Engine>(catalogue);
+    EXPECT_FALSE(catalog->AddLibrary(std::move(library)).IsError());
+    engine_ = std::make_unique<Engine>(catalog);
   }
   ~ValuePanels() override {
     // Commands hold nodes, whose code goes with the library.
@@ -38,7 +38,7 @@ class ValuePanels : public testing::Test {
 
   /// A node of the library with a terrain at its first input.
   void Create(const std::string& type) {
-    descriptor_ = engine_->GetCatalogue().FindTypeName(type);
+    descriptor_ = engine_->GetCatalog().FindTypeName(type);
     ASSERT_NE(descriptor_, nullptr) << type;
     node_ = engine_->CreateNode(descriptor_->GetNodeType());
     terrain_ = engine_->CreateNode(ScEng::kImageTerrainType);
@@ -66,7 +66,7 @@ class ValuePanels : public testing::Test {
 
 TEST_F(ValuePanels, EveryTypeHasThePanelOfTheHostAndNoOther) {
   int types = 0;
-  for (NodeInterface* descriptor : engine_->GetCatalogue().GetDescriptors()) {
+  for (NodeInterface* descriptor : engine_->GetCatalog().GetDescriptors()) {
     if (descriptor->GetLibraryName() != "Value") continue;
     ++types;
     SCOPED_TRACE(descriptor->GetName());

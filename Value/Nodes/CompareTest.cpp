@@ -169,7 +169,7 @@ TEST(CompareApply, AsksEveryChannelOfFour) {
   EXPECT_EQ(Apply(*a, *b, Relation::kGreater), (std::vector<float>{0.0F, 0.0F, 0.0F, 0.0F}));
 }
 
-TEST(CompareApply, FailsWhereOneOfTwoColourImagesHasNoPixel) {
+TEST(CompareApply, FailsWhereOneOfTwoColorImagesHasNoPixel) {
   const ImageRef a = Testing::MakeColors({1.0F, 1.0F, 1.0F, 1.0F});
   const ImageRef b = Testing::MakeColors({1.0F, 1.0F, 1.0F, 1.0F, 2.0F, 2.0F, 2.0F, 2.0F});
   a->SetOutsideValue(2.0F);

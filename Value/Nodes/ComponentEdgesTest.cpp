@@ -90,7 +90,7 @@ TEST(ComponentEdges, MarksNothingOfAFlatImage) {
   }
 }
 
-TEST(ComponentEdges, MarksALineOfOnePixelAndTheNeighboursOnBothSides) {
+TEST(ComponentEdges, MarksALineOfOnePixelAndTheNeighborsOnBothSides) {
   const Pixels line = MakeGray(7, {0, 0, 0, 1, 0, 0, 0,  //
                                    0, 0, 0, 1, 0, 0, 0,  //
                                    0, 0, 0, 1, 0, 0, 0});
@@ -143,7 +143,7 @@ TEST(ComponentEdges, FindsTheFirstPixelOfTheNextRowRightOfTheLastOne) {
                                                                     1, 1, 1}));
 }
 
-TEST(ComponentEdges, HasNoNeighboursAboveTheFirstAndBelowTheLastRow) {
+TEST(ComponentEdges, HasNoNeighborsAboveTheFirstAndBelowTheLastRow) {
   // In one row the upper right corner of the first pixel would be the second one if rows went on endlessly.
   EXPECT_EQ(Mark(MakeGray(4, {0, 0, 1, 1}), {0.5F, kAll, kBounded}), (std::vector<float>{0, 1, 1, 0}));
   // A column: the pixel above is also the left neighbour, and the corners are two rows away or the pixel itself.
@@ -304,7 +304,7 @@ RC_GTEST_PROP(ComponentEdges, AreTheSameHoweverTheRowsAreSplit, ()) {
   RC_ASSERT(marked == Mark(pixels, rule));
 }
 
-RC_GTEST_PROP(ComponentEdges, OfTheCrossAreEdgesOfAllNeighbours, ()) {
+RC_GTEST_PROP(ComponentEdges, OfTheCrossAreEdgesOfAllNeighbors, ()) {
   const Pixels pixels = AnyPixels();
   NeighborRule rule = AnyRule();
   rule.cross = true;

@@ -146,7 +146,7 @@ TEST(ComponentLabels, JoinsChainsOfSmallStepsHoweverFarTheirEndsDriftApart) {
   EXPECT_EQ(LabelsOf(ramp, {1.5F, kAll, kBounded}), std::vector<float>(6, 0.0F));
 }
 
-TEST(ComponentLabels, SplitsNeighboursThatDifferByTheWholeRange) {
+TEST(ComponentLabels, SplitsNeighborsThatDifferByTheWholeRange) {
   // Tolerance 1 is the whole range of these.
   EXPECT_EQ(LabelsOf(MakeGray(4, {0.0F, 0.5F, 1.0F, 0.0F}), {1.0F, kAll, kBounded}), (std::vector<float>{0, 0, 0, 1}));
   const Labels one = Label(MakeGray(4, {0.0F, 0.5F, 1.0F, 0.5F}), {1.0F, kAll, kBounded});
@@ -164,7 +164,7 @@ TEST(ComponentLabels, NumbersComponentsByTheirFirstPixels) {
                                                                             0, 0, 0, 4, 5}));
 }
 
-TEST(ComponentLabels, JoinsRegionsThatTouchAtACornerUnlessNeighboursAreTheCross) {
+TEST(ComponentLabels, JoinsRegionsThatTouchAtACornerUnlessNeighborsAreTheCross) {
   const Pixels falling = MakeGray(2, {1, 0, 0, 1});
   EXPECT_EQ(LabelsOf(falling, {0.5F, kAll, kBounded}), (std::vector<float>{0, 1, 1, 0}));
   EXPECT_EQ(LabelsOf(falling, {0.5F, kCross, kBounded}), (std::vector<float>{0, 1, 2, 3}));

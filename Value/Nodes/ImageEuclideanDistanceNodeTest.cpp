@@ -33,7 +33,7 @@ TEST_F(DistanceNode, StaysInsideTheImageWhenNotSeamless) {
   EXPECT_TRUE(HoldsSamples(Evaluate(row_), {0.0F, 1.0F, 2.0F, 3.0F, 4.0F}));
 }
 
-TEST_F(DistanceNode, NormalisesOnRequest) {
+TEST_F(DistanceNode, NormalizesOnRequest) {
   Testing::SetFlag(*node_, "normalize", true);
   EXPECT_TRUE(HoldsSamples(Evaluate(row_), {0.0F, 0.5F, 1.0F, 1.0F, 0.5F}));
   Testing::SetFlag(*node_, "seamless", false);

@@ -23,7 +23,7 @@ class ToValueNode : public testing::Test {
   const Testing::NodeRef<ImageToValueNode> node_ = Testing::MakeNode<ImageToValueNode>();
 };
 
-TEST_F(ToValueNode, TakesColourAsItIsByDefault) {
+TEST_F(ToValueNode, TakesColorAsItIsByDefault) {
   const ImageRef image = Testing::MakeColors({1.0F, 1.0F, 1.0F, 1.0F,  //
                                               1.0F, 1.0F, 1.0F, 0.5F,  //
                                               9.0F, 9.0F, 9.0F, 0.0F,  //

@@ -165,7 +165,7 @@ TEST_F(CompareNode, GivesZerosForImagesOfDifferentModes) {
   }
 }
 
-TEST_F(CompareNode, ComparesColoursChannelByChannel) {
+TEST_F(CompareNode, ComparesColorsChannelByChannel) {
   const ImageRef a = Testing::MakeColors({1.0F, 1.0F, 1.0F, 1.0F, 0.0F, 2.0F, 1.0F, 1.0F});
   const ImageRef b = Testing::MakeColors({1.0F, 1.0F, 1.0F, 1.0F, 1.0F, 1.0F, 1.0F, 1.0F});
   EXPECT_TRUE(HoldsSamples(Evaluate(kEqual, a, b), {1.0F, 0.0F}));

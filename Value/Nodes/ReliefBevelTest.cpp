@@ -156,7 +156,7 @@ TEST(ReliefBevel, FollowsTheProfile) {
   }
 }
 
-TEST(ReliefBevel, TakesRoundNeighbourhoods) {
+TEST(ReliefBevel, TakesRoundNeighborhoods) {
   // Of the 5 x 5 pixels around the set one, 13 are within 2.
   ExpectDrawn(
       *MakeImage(5, 5, ColorMode::kValue, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}),

@@ -32,7 +32,7 @@ std::vector<float> Remap(const std::vector<float>& values, const ValueRange& sou
   return mapped;
 }
 
-TEST(ToValueReduce, WeighsColourByOpacity) {
+TEST(ToValueReduce, WeighsColorByOpacity) {
   ValueRange range;
   const std::vector<float> values = Reduce({1.0F, 1.0F, 1.0F, 1.0F,    //
                                             1.0F, 1.0F, 1.0F, 0.5F,    //

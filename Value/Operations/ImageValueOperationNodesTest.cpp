@@ -481,10 +481,10 @@ class TestDescriptor : public NodeInterface {
 class TypicalRequest : public testing::Test {
  protected:
   TypicalRequest() {
-    auto catalogue = std::make_shared<ScEng::NodeCatalogue>();
-    EXPECT_FALSE(catalogue->AddDescriptor(ScEng::RefPtr<NodeInterface>(new TestDescriptor<TracedAddNode>)).IsError());
-    EXPECT_FALSE(catalogue->AddDescriptor(ScEng::RefPtr<NodeInterface>(new TestDescriptor<SourceNode>)).IsError());
-    engine_ = std::make_unique<Engine>(std::move(catalogue));
+    auto catalog = std::make_shared<ScEng::NodeCatalog>();
+    EXPECT_FALSE(catalog->AddDescriptor(ScEng::RefPtr<NodeInterface>(new TestDescriptor<TracedAddNode>)).IsError());
+    EXPECT_FALSE(catalog->AddDescriptor(ScEng::RefPtr<NodeInterface>(new TestDescriptor<SourceNode>)).IsError());
+    engine_ = std::make_unique<Engine>(std::move(catalog));
     add_ = engine_->CreateNode({99, 2, 1});
     first_ = static_cast<SourceNode*>(engine_->CreateNode({99, 2, 2}));
     second_ = static_cast<SourceNode*>(engine_->CreateNode({99, 2, 2}));

@@ -134,7 +134,7 @@ TEST(ThresholdProfile, HasItsValuesAtAQuarterAndAHalf) {
   EXPECT_SAME(ThresholdProfile::ArcIn(0.75F), 1.0F - 0.661437827766147713F);
 }
 
-RC_GTEST_PROP(ThresholdProperties, LiesBetweenZeroAndOneAndFallsAwayFromTheCentre, ()) {
+RC_GTEST_PROP(ThresholdProperties, LiesBetweenZeroAndOneAndFallsAwayFromTheCenter, ()) {
   const auto thousandth = [](int from, int to) { return static_cast<float>(*rc::gen::inRange(from, to)) / 1000.0F; };
   const float center = thousandth(-2000, 2000);
   const float size = thousandth(0, 2000);

@@ -29,10 +29,10 @@ struct CheckerRow {
 // The first two become the checker inputs. The last two feed no case: bands and columns, one over the whole frame and
 // one over a part of it.
 constexpr CheckerRow kCheckers[] = {
-    {{0.0, 0.0, 64.0, 64.0}, {16.0, 32.0}, kBlack, kWhite, Grey(0.5), Grey(0.25)},
-    {{16.0, 16.0, 32.0, 32.0}, {8.0, 8.0}, kWhite, Grey(0.5), kBlack, Grey(0.75)},
+    {{0.0, 0.0, 64.0, 64.0}, {16.0, 32.0}, kBlack, kWhite, Gray(0.5), Gray(0.25)},
+    {{16.0, 16.0, 32.0, 32.0}, {8.0, 8.0}, kWhite, Gray(0.5), kBlack, Gray(0.75)},
     {{0.0, 0.0, 64.0, 64.0}, {64.0, 16.0}, kBlack, kBlack, kWhite, kWhite},
-    {{0.0, 16.0, 64.0, 32.0}, {16.0, 64.0}, Grey(0.25), Grey(0.75), Grey(0.25), Grey(0.75)},
+    {{0.0, 16.0, 64.0, 32.0}, {16.0, 64.0}, Gray(0.25), Gray(0.75), Gray(0.25), Gray(0.75)},
 };
 
 /// The images that the tests combine, two of each kind.

@@ -17,38 +17,38 @@
 
 namespace {
 
-using ScEng::NodeCatalogue;
+using ScEng::NodeCatalog;
 using ScEng::RefPtr;
 using ScEng::TestSession;
 
 /// The library's own types.
-std::shared_ptr<NodeCatalogue> MakeLibraryCatalogue() {
-  auto catalogue = std::make_shared<NodeCatalogue>();
+std::shared_ptr<NodeCatalog> MakeLibraryCatalog() {
+  auto catalog = std::make_shared<NodeCatalog>();
   for (std::uint64_t index = 0; index < 20; ++index) {
-    catalogue->AddDescriptor(RefPtr<NodeInterface>(NodeTable::CreateDescriptor(index)));
+    catalog->AddDescriptor(RefPtr<NodeInterface>(NodeTable::CreateDescriptor(index)));
   }
-  return catalogue;
+  return catalog;
 }
 
 class SelfTestsTest : public testing::Test {
  protected:
   SelfTestsTest() { TestSession::Get().Start({}); }
   ~SelfTestsTest() override {
-    Engine::Get()->SetCatalogue(nullptr);
+    Engine::Get()->SetCatalog(nullptr);
     TestSession::Get().Start({});
   }
 
   /// Runs a test with these node types and answers what it printed.
-  std::string Run(bool (*test)(), std::shared_ptr<const NodeCatalogue> catalogue) {
-    Engine::Get()->SetCatalogue(std::move(catalogue));
+  std::string Run(bool (*test)(), std::shared_ptr<const NodeCatalog> catalog) {
+    Engine::Get()->SetCatalog(std::move(catalog));
     testing::internal::CaptureStdout();
     passed_ = test();
     return testing::internal::GetCapturedStdout();
   }
 
   /// The same for a test that cannot create its nodes: it renders nothing and answers false.
-  void ExpectFailure(bool (*test)(), const std::shared_ptr<const NodeCatalogue>& catalogue, const std::string& text) {
-    EXPECT_EQ(Run(test, catalogue), text);
+  void ExpectFailure(bool (*test)(), const std::shared_ptr<const NodeCatalog>& catalog, const std::string& text) {
+    EXPECT_EQ(Run(test, catalog), text);
     EXPECT_FALSE(passed_);
     for (const auto& report : TestSession::Get().GetReports()) EXPECT_TRUE(report.cases.empty()) << report.title;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.Path())) {
@@ -62,7 +62,7 @@ class SelfTestsTest : public testing::Test {
 };
 
 TEST_F(SelfTestsTest, SayWhichNodesAreMissingWhenTheHostHasNone) {
-  const auto library = MakeLibraryCatalogue();
+  const auto library = MakeLibraryCatalog();
   ExpectFailure(SelfTests::RunAdd, library, "Value.DLL Add Value\nERROR: Failed to create input nodes\n");
   ExpectFailure(SelfTests::RunMultiply, library, "Value.DLL Multiply Value\nERROR: Failed to create input nodes\n");
   ExpectFailure(SelfTests::RunMinimum, library, "Value.DLL Min Value\nERROR: Failed to create input nodes\n");
@@ -72,26 +72,26 @@ TEST_F(SelfTestsTest, SayWhichNodesAreMissingWhenTheHostHasNone) {
 }
 
 TEST_F(SelfTestsTest, RunBothTestsOfReliefAlthoughTheFirstFailed) {
-  ExpectFailure(SelfTests::RunRelief, MakeLibraryCatalogue(),
+  ExpectFailure(SelfTests::RunRelief, MakeLibraryCatalog(),
                 "Value.DLL Relief Inner Bevel\nERROR: Failed to create reader node\n"
                 "Value.DLL Relief Levels\nERROR: Failed to create reader node\n");
-  ExpectFailure(SelfTests::RunRelief, ScEng::CreateHostCatalogue(),
+  ExpectFailure(SelfTests::RunRelief, ScEng::CreateHostCatalog(),
                 "Value.DLL Relief Inner Bevel\nERROR: Failed to create Relief Inner Bevel node\n"
                 "Value.DLL Relief Levels\nERROR: Failed to create Relief node\n");
 }
 
 TEST_F(SelfTestsTest, SayThatTheNodeUnderTestIsMissing) {
-  const auto host = ScEng::CreateHostCatalogue();
+  const auto host = ScEng::CreateHostCatalog();
   ExpectFailure(SelfTests::RunAdd, host, "Value.DLL Add Value\nERROR: Failed to create input nodes\n");
   ExpectFailure(SelfTests::RunCondition, host, "Value.DLL Value Condition\nERROR: Failed to create checker node\n");
   ExpectFailure(SelfTests::RunAbsolute, host, "Value.DLL Value Absolute\nERROR: Failed to create waves node\n");
 }
 
 TEST_F(SelfTestsTest, AreRunByTheDescriptorsOfTheirNodeTypes) {
-  const auto host = ScEng::CreateHostCatalogue();
-  const auto library = MakeLibraryCatalogue();
+  const auto host = ScEng::CreateHostCatalog();
+  const auto library = MakeLibraryCatalog();
   const auto title = [&](const char* type_name) {
-    Engine::Get()->SetCatalogue(host);
+    Engine::Get()->SetCatalog(host);
     testing::internal::CaptureStdout();
     EXPECT_FALSE(library->FindTypeName(type_name)->RunTest()) << "a node type is missing";
     const std::string text = testing::internal::GetCapturedStdout();

@@ -32,7 +32,7 @@ struct Shade {
 
 inline constexpr Shade kBlack{0.0, 0.0, 0.0, 1.0};
 inline constexpr Shade kWhite{1.0, 1.0, 1.0, 1.0};
-constexpr Shade Grey(double value) { return {value, value, value, 1.0}; }
+constexpr Shade Gray(double value) { return {value, value, value, 1.0}; }
 
 inline void SetFrame(Node& node, const ScEng::Frame& frame) {
   node.GetAttribute("frame")->SetFrame(frame.x, frame.y, frame.width, frame.height, false);

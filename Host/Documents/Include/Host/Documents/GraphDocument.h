@@ -49,7 +49,7 @@ struct RunReport {
 /// what it is about. Used on one thread at a time; separate documents are independent.
 class HOST_DOCUMENTS_API GraphDocument {
  public:
-  explicit GraphDocument(std::shared_ptr<const NodeCatalogue> catalogue);
+  explicit GraphDocument(std::shared_ptr<const NodeCatalog> catalog);
   ~GraphDocument();
   GraphDocument(const GraphDocument&) = delete;
   GraphDocument& operator=(const GraphDocument&) = delete;

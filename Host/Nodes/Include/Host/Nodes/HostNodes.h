@@ -26,6 +26,6 @@ inline constexpr NodeType kTextType{10, 16, 50};
 HOST_NODES_API std::vector<RefPtr<NodeInterface>> CreateHostDescriptors();
 
 /// A catalogue with the host's own types.
-HOST_NODES_API std::shared_ptr<NodeCatalogue> CreateHostCatalogue();
+HOST_NODES_API std::shared_ptr<NodeCatalog> CreateHostCatalog();
 
 }  // namespace ScEng

@@ -24,14 +24,14 @@ class HOST_TOOLS_API Engine {
   static Engine* Get();
 
   Engine();
-  explicit Engine(std::shared_ptr<const ScEng::NodeCatalogue> catalogue);
+  explicit Engine(std::shared_ptr<const ScEng::NodeCatalog> catalog);
   ~Engine();
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
 
   /// The node types that can be created. Deletes the nodes of the catalogue before.
-  void SetCatalogue(std::shared_ptr<const ScEng::NodeCatalogue> catalogue);
-  [[nodiscard]] const ScEng::NodeCatalogue& GetCatalogue() const;
+  void SetCatalog(std::shared_ptr<const ScEng::NodeCatalog> catalog);
+  [[nodiscard]] const ScEng::NodeCatalog& GetCatalog() const;
 
   /// A new node, owned by the engine; null when the catalogue has no such type.
   Node* CreateNode(const NodeType& type);
@@ -79,6 +79,6 @@ class HOST_TOOLS_API Engine {
 
  private:
   class Graph;
-  std::shared_ptr<const ScEng::NodeCatalogue> catalogue_;
+  std::shared_ptr<const ScEng::NodeCatalog> catalog_;
   std::unique_ptr<Graph> graph_;
 };

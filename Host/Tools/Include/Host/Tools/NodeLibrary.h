@@ -41,7 +41,7 @@ class HOST_TOOLS_API NodeLibrary {
 
  private:
   NodeLibrary() = default;
-  Status ReadCatalogue();
+  Status ReadCatalog();
 
   std::filesystem::path file_;
   std::string name_;
@@ -51,7 +51,7 @@ class HOST_TOOLS_API NodeLibrary {
 
 /// The node types that a host offers: its own and those of the libraries it has loaded. Read-only once it is complete,
 /// and then usable from several threads.
-class HOST_TOOLS_API NodeCatalogue {
+class HOST_TOOLS_API NodeCatalog {
  public:
   /// Adds a descriptor of the host's own. Refused, with an error, when its numbers or its type name are taken.
   Status AddDescriptor(RefPtr<NodeInterface> descriptor);

@@ -66,18 +66,18 @@ Names GetIconNames() {
   return names;
 }
 
-TEST(Catalogue, HasTwentyTypes) {
+TEST(Catalog, HasTwentyTypes) {
   EXPECT_EQ(NodeTable::GetSize(), 20);
   EXPECT_EQ(GetTypeNames().size(), 20U);
 }
 
-TEST(Catalogue, HasNothingBeyondItsEnd) {
+TEST(Catalog, HasNothingBeyondItsEnd) {
   for (const std::uint64_t index : {std::uint64_t{20}, std::uint64_t{21}, std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
     EXPECT_EQ(NodeTable::CreateDescriptor(index), nullptr);
   }
 }
 
-TEST(Catalogue, GivesNoNumbersAndNoDisplayNameTwice) {
+TEST(Catalog, GivesNoNumbersAndNoDisplayNameTwice) {
   std::set<NodeType> types;
   Names display_names;
   for (const auto& descriptor : GetDescriptors()) {
@@ -86,20 +86,20 @@ TEST(Catalogue, GivesNoNumbersAndNoDisplayNameTwice) {
   }
 }
 
-TEST(Catalogue, HasASourcePairForEachTypeAndATypeForEachPair) {
+TEST(Catalog, HasASourcePairForEachTypeAndATypeForEachPair) {
   const Names types = GetTypeNames();
   EXPECT_EQ(FindFiles(kValueFolder / "Nodes", "Image", "Node.h"), types);
   EXPECT_EQ(FindFiles(kValueFolder / "Nodes", "Image", "Node.cpp"), types);
 }
 
-TEST(Catalogue, NamesEachSourceInTheBuild) {
+TEST(Catalog, NamesEachSourceInTheBuild) {
   const std::string build = ReadText(kValueFolder / "CMakeLists.txt");
   for (const std::string& type : GetTypeNames()) {
     EXPECT_NE(build.find("Nodes/" + type + ".cpp"), std::string::npos) << type;
   }
 }
 
-TEST(Catalogue, NamesDescriptorAndFactoryAfterTheNodeClass) {
+TEST(Catalog, NamesDescriptorAndFactoryAfterTheNodeClass) {
   for (const std::string& type : GetTypeNames()) {
     const std::string header = ReadText(kValueFolder / "Nodes" / (type + ".h"));
     for (const std::string& name : {type, type + "Interface", type + "Factory"}) {
@@ -108,7 +108,7 @@ TEST(Catalogue, NamesDescriptorAndFactoryAfterTheNodeClass) {
   }
 }
 
-TEST(Catalogue, NamesTheSmallIconAfterTheLargeOne) {
+TEST(Catalog, NamesTheSmallIconAfterTheLargeOne) {
   for (const auto& descriptor : GetDescriptors()) {
     const std::string large = descriptor->GetIconPath();
     ASSERT_EQ(path(large).extension(), ".png");
@@ -116,17 +116,17 @@ TEST(Catalogue, NamesTheSmallIconAfterTheLargeOne) {
   }
 }
 
-TEST(Catalogue, UsesEveryIconAndHasEveryIcon) {
+TEST(Catalog, UsesEveryIconAndHasEveryIcon) {
   const Names icons = GetIconNames();
   EXPECT_EQ(icons.size(), 40U);
   EXPECT_EQ(FindFiles(kIconFolder, "", ".png"), icons);
 }
 
-TEST(Catalogue, HasAVectorSourceForEachIcon) {
+TEST(Catalog, HasAVectorSourceForEachIcon) {
   EXPECT_EQ(FindFiles(kIconFolder / "Sources", "", ".svg"), GetIconNames());
 }
 
-TEST(Catalogue, ListsEachIconOnceForTheResourceCompiler) {
+TEST(Catalog, ListsEachIconOnceForTheResourceCompiler) {
   const std::string list = ReadText(kIconFolder / "Icons.qrc");
   EXPECT_NE(list.find("prefix=\"/Value/Resources/Icons\""), std::string::npos);
   const std::string opening = "<file>";

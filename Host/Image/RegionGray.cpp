@@ -11,7 +11,7 @@
 #include "Host/Image/RegionPlane.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Host/Image/RegionGrey.cpp"
+#define HWY_TARGET_INCLUDE "Host/Image/RegionGray.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -372,7 +372,7 @@ class TileWorker {
 
 }  // namespace
 
-void ReplaceGrey(const RegionPlane& plane, const RegionStep& step) {
+void ReplaceGray(const RegionPlane& plane, const RegionStep& step) {
   const Kernels kernels;
   const Shape shape(step.chords);
   const KeyPlane keys(plane, step.extreme == Extreme::kSmallest, kernels);
