@@ -11,9 +11,9 @@
 #include "Bench/BenchSupport.h"
 #include "Host/Image/Image.h"
 #include "Host/Util/ParallelRows.h"
-#include "Value/Nodes/ComponentEdges.h"
-#include "Value/Nodes/ComponentLabels.h"
-#include "Value/Nodes/NeighborInputs.h"
+#include "Value/Nodes/Components/ComponentEdges.h"
+#include "Value/Nodes/Components/ComponentLabels.h"
+#include "Value/Nodes/Components/NeighborInputs.h"
 
 namespace {
 

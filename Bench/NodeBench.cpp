@@ -11,13 +11,13 @@
 #include "Bench/BenchSupport.h"
 #include "Host/Tools/Node.h"
 #include "Host/Util/RefCounter.h"
-#include "Value/Nodes/ImageToValueNode.h"
-#include "Value/Nodes/ImageValueClampNode.h"
-#include "Value/Nodes/ImageValueCompareNode.h"
-#include "Value/Nodes/ImageValueConditionNode.h"
-#include "Value/Nodes/ImageValueFunctionNode.h"
-#include "Value/Nodes/ImageValueRangeNode.h"
-#include "Value/Nodes/ImageValueStepsNode.h"
+#include "Value/Nodes/Clamp/ImageValueClampNode.h"
+#include "Value/Nodes/Compare/ImageValueCompareNode.h"
+#include "Value/Nodes/Condition/ImageValueConditionNode.h"
+#include "Value/Nodes/Function/ImageValueFunctionNode.h"
+#include "Value/Nodes/Range/ImageValueRangeNode.h"
+#include "Value/Nodes/Steps/ImageValueStepsNode.h"
+#include "Value/Nodes/ToValue/ImageToValueNode.h"
 
 namespace {
 

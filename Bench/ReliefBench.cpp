@@ -13,8 +13,8 @@
 #include "Host/Image/Filter.h"
 #include "Host/Nodes/Terrain.h"
 #include "Host/Util/ThreadPool.h"
-#include "Value/Nodes/ReliefBevel.h"
-#include "Value/Nodes/ReliefLevels.h"
+#include "Value/Nodes/Relief/ReliefBevel.h"
+#include "Value/Nodes/Relief/ReliefLevels.h"
 
 namespace {
 

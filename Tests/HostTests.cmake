@@ -91,17 +91,17 @@ value_add_test(HostBaseTests
 
 value_add_test(HostImageTests
   SOURCES
-    "${host}/Image/ComputeValueTest.cpp"
+    "${host}/Image/Values/ComputeValueTest.cpp"
     "${host}/Image/DisplayImageTest.cpp"
-    "${host}/Image/EuclideanDistanceTest.cpp"
-    "${host}/Image/FilterTest.cpp"
-    "${host}/Image/GaussianBlurTest.cpp"
-    "${host}/Image/GradientTest.cpp"
-    "${host}/Image/ImageOpTest.cpp"
-    "${host}/Image/ImageRegionTest.cpp"
+    "${host}/Image/Distance/EuclideanDistanceTest.cpp"
+    "${host}/Image/Blur/FilterTest.cpp"
+    "${host}/Image/Blur/GaussianBlurTest.cpp"
+    "${host}/Image/Gradient/GradientTest.cpp"
+    "${host}/Image/Placement/ImageOpTest.cpp"
+    "${host}/Image/Regions/ImageRegionTest.cpp"
     "${host}/Image/ImageTest.cpp"
-    "${host}/Image/PasteTest.cpp"
-    "${host}/Image/SampleRangeTest.cpp"
+    "${host}/Image/Placement/PasteTest.cpp"
+    "${host}/Image/Values/SampleRangeTest.cpp"
   DEPENDS ValueHost::Image hwy::hwy ${CMAKE_DL_LIBS})
 add_dependencies(HostImageTests TestLibraryTwinTwo TestLibraryTwinThree)
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Host/Tools/NodeLibrary.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
@@ -98,7 +98,7 @@ class NodeTexts : public testing::Test {
     return errors_;
   }
 
-  HostTest::TemporaryFolder folder_;
+  Testing::TemporaryFolder folder_;
   std::shared_ptr<ScEng::NodeLibrary> library_;
   ScEng::RefPtr<Node> clamp_;
   std::vector<std::string> errors_;

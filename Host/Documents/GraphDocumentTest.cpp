@@ -10,21 +10,21 @@
 #include <vector>
 
 #include "Host/Nodes/HostNodes.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
-using HostTest::Contains;
-using HostTest::MakeImage;
-using HostTest::MaxSizeScope;
-using HostTest::SamplesOf;
-using HostTest::TemporaryFolder;
 using ScEng::Findings;
 using ScEng::GraphDocument;
 using ScEng::RunFailure;
 using ScEng::RunReport;
 using ScEng::SampleType;
 using ScEng::Status;
+using Testing::Contains;
+using Testing::GetSamples;
+using Testing::MakeUniqueImage;
+using Testing::MaxSizeScope;
+using Testing::TemporaryFolder;
 
 /// The host's own node types and those of the node library.
 std::shared_ptr<ScEng::NodeCatalog> GetCatalog() {
@@ -54,7 +54,7 @@ class GraphDocumentTest : public testing::Test {
  protected:
   /// Loads a text as a document of the test's folder.
   Findings Load(GraphDocument& document, const std::string& text) {
-    HostTest::WriteText(folder_ / "graph.json", text);
+    Testing::WriteText(folder_ / "graph.json", text);
     Findings findings;
     EXPECT_TRUE(document.Load(folder_ / "graph.json", findings));
     return findings;
@@ -90,14 +90,14 @@ class GraphDocumentTest : public testing::Test {
     Status status;
     std::vector<std::string> notes;
     const auto image = ScEng::ReadImageFile(file, ScEng::ReadMode::kAuto, status, notes);
-    if (image) return SamplesOf(*image);
+    if (image) return GetSamples(*image);
     ADD_FAILURE() << status.GetMessage();
     return {};
   }
   static void WriteValue(const std::filesystem::path& file, float value) {
     std::vector<std::string> notes;
     const Status status =
-        ScEng::WriteImageFile(*MakeImage(1, 1, ColorMode::kValue, {value}), file, SampleType::kFloat, notes);
+        ScEng::WriteImageFile(*MakeUniqueImage(1, 1, ColorMode::kValue, {value}), file, SampleType::kFloat, notes);
     EXPECT_FALSE(status.IsError()) << status.GetMessage();
   }
 

@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -42,16 +42,16 @@ extern "C" __attribute__((visibility("default"))) int fsync(int descriptor) {
 
 namespace {
 
-using HostTest::Contains;
-using HostTest::MakeImage;
-using HostTest::MaxSizeScope;
-using HostTest::SameSamples;
-using HostTest::SamplesOf;
-using HostTest::TemporaryFolder;
-using HostTest::ThreadsScope;
 using ScEng::ReadMode;
 using ScEng::SampleType;
 using ScEng::Status;
+using Testing::Contains;
+using Testing::GetSamples;
+using Testing::MakeUniqueImage;
+using Testing::MaxSizeScope;
+using Testing::SameSamples;
+using Testing::TemporaryFolder;
+using Testing::ThreadsScope;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -134,7 +134,7 @@ std::unique_ptr<Image> MakeMarked(unsigned mode) {
     const bool opacity = channels == 4 && i % 4 == 3;
     samples.push_back(opacity ? 0.5F : static_cast<float>(i) * 0.25F - 2.0F);
   }
-  auto image = MakeImage(3, 2, mode, samples);
+  auto image = MakeUniqueImage(3, 2, mode, samples);
   image->SetPin(-70, 41);
   image->SetPivot(0.25F, -1.5F);
   image->SetValueLowHigh(-2.5F, 9.25F);
@@ -159,7 +159,7 @@ TEST(ImageFileRoundTrip, FloatAndHalfKeepSamplesAndHeaderInEveryMode) {
       EXPECT_EQ(read->GetSizeX(), 3);
       EXPECT_EQ(read->GetSizeY(), 2);
       EXPECT_EQ(read->GetRefCount(), 0U);
-      EXPECT_TRUE(SameSamples(SamplesOf(*image), SamplesOf(*read)));
+      EXPECT_TRUE(SameSamples(GetSamples(*image), GetSamples(*read)));
       EXPECT_EQ(read->GetPinX(), -70);
       EXPECT_EQ(read->GetPinY(), 41);
       EXPECT_EQ(read->GetPivotX(), 0.25F);
@@ -180,12 +180,12 @@ TEST(ImageFileRoundTrip, TiffKeepsTheChannels) {
     const auto read = Read(folder / "a.tif", read_mode);
     ASSERT_NE(read, nullptr);
     EXPECT_EQ(read->GetColorMode(), mode);
-    EXPECT_TRUE(SameSamples(SamplesOf(*image), SamplesOf(*read)));
+    EXPECT_TRUE(SameSamples(GetSamples(*image), GetSamples(*read)));
   }
   const auto pair = MakeMarked(ColorMode::kPair);
   Write(*pair, folder / "b.tif", SampleType::kFloat);
   int channels = 0;
-  EXPECT_TRUE(SameSamples(SamplesOf(*pair), StoredSamples(folder / "b.tif", &channels)));
+  EXPECT_TRUE(SameSamples(GetSamples(*pair), StoredSamples(folder / "b.tif", &channels)));
   EXPECT_EQ(channels, 2);
 }
 
@@ -193,60 +193,60 @@ TEST(ImageFileRoundTrip, FloatsOfEveryKindSurvive) {
   const TemporaryFolder folder;
   const std::vector<float> samples{kNaN,   kInfinity, -kInfinity, 0.0F,        -0.0F,
                                    1e-42F, 3.4e38F,   0.1F,       16777217.0F, -7.25F};
-  const auto image = MakeImage(5, 2, ColorMode::kValue, samples);
+  const auto image = MakeUniqueImage(5, 2, ColorMode::kValue, samples);
   for (const char* name : {"a.exr", "a.tif"}) {
     Write(*image, folder / name, SampleType::kFloat);
-    EXPECT_TRUE(SameSamples(samples, SamplesOf(*Read(folder / name)))) << name;
+    EXPECT_TRUE(SameSamples(samples, GetSamples(*Read(folder / name)))) << name;
   }
 }
 
 TEST(ImageFileRoundTrip, HalfIsTheNearest) {
   const TemporaryFolder folder;
   // Halves between 1 and 2 lie 1/1024 apart; ties go to the even one.
-  const auto image =
-      MakeImage(6, 1, ColorMode::kValue,
-                {1.0F + 0.4F / 1024, 1.0F + 0.6F / 1024, 1.0F + 0.5F / 1024, 1.0F + 1.5F / 1024, -kInfinity, 65504.0F});
+  const auto image = MakeUniqueImage(
+      6, 1, ColorMode::kValue,
+      {1.0F + 0.4F / 1024, 1.0F + 0.6F / 1024, 1.0F + 0.5F / 1024, 1.0F + 1.5F / 1024, -kInfinity, 65504.0F});
   Write(*image, folder / "a.exr", SampleType::kHalf);
   EXPECT_EQ(StoredFormat(folder / "a.exr"), "half");
   EXPECT_TRUE(SameSamples({1.0F, 1.0F + 1.0F / 1024, 1.0F, 1.0F + 2.0F / 1024, -kInfinity, 65504.0F},
-                          SamplesOf(*Read(folder / "a.exr"))));
+                          GetSamples(*Read(folder / "a.exr"))));
 }
 
 TEST(ImageFileRoundTrip, IntegersAreZeroToOne) {
   const TemporaryFolder folder;
-  const auto bytes = MakeImage(4, 1, ColorMode::kValue, {0.0F, 51.0F / 255, 254.0F / 255, 1.0F});
-  const auto words = MakeImage(4, 1, ColorMode::kValue, {0.0F, 257.0F / 65535, 65534.0F / 65535, 1.0F});
+  const auto bytes = MakeUniqueImage(4, 1, ColorMode::kValue, {0.0F, 51.0F / 255, 254.0F / 255, 1.0F});
+  const auto words = MakeUniqueImage(4, 1, ColorMode::kValue, {0.0F, 257.0F / 65535, 65534.0F / 65535, 1.0F});
   for (const char* name : {"a.png", "a.tif"}) {
     Notes notes;
     Write(*bytes, folder / name, SampleType::kUint8, &notes);
     EXPECT_TRUE(notes.empty());
     EXPECT_EQ(StoredFormat(folder / name), "uint8");
-    EXPECT_TRUE(SameSamples(SamplesOf(*bytes), SamplesOf(*Read(folder / name)))) << name;
+    EXPECT_TRUE(SameSamples(GetSamples(*bytes), GetSamples(*Read(folder / name)))) << name;
     Write(*words, folder / name, SampleType::kUint16, &notes);
     EXPECT_TRUE(notes.empty());
     EXPECT_EQ(StoredFormat(folder / name), "uint16");
-    EXPECT_TRUE(SameSamples(SamplesOf(*words), SamplesOf(*Read(folder / name)))) << name;
+    EXPECT_TRUE(SameSamples(GetSamples(*words), GetSamples(*Read(folder / name)))) << name;
   }
 }
 
 TEST(ImageFileRoundTrip, IntegersAreRoundedToNearest) {
   const TemporaryFolder folder;
   const auto image =
-      MakeImage(5, 1, ColorMode::kValue, {10.4F / 255, 10.6F / 255, 0.49F / 255, 0.51F / 255, 254.6F / 255});
+      MakeUniqueImage(5, 1, ColorMode::kValue, {10.4F / 255, 10.6F / 255, 0.49F / 255, 0.51F / 255, 254.6F / 255});
   Write(*image, folder / "a.png", SampleType::kUint8);
-  EXPECT_TRUE(SameSamples({10.0F / 255, 11.0F / 255, 0.0F, 1.0F / 255, 1.0F}, SamplesOf(*Read(folder / "a.png"))));
+  EXPECT_TRUE(SameSamples({10.0F / 255, 11.0F / 255, 0.0F, 1.0F / 255, 1.0F}, GetSamples(*Read(folder / "a.png"))));
 }
 
 TEST(ImageFileRoundTrip, ValuesOutsideAreCutWithANote) {
   const TemporaryFolder folder;
-  const auto image = MakeImage(7, 1, ColorMode::kValue, {-0.25F, 0.5F, 1.5F, kInfinity, -kInfinity, kNaN, 1.0F});
+  const auto image = MakeUniqueImage(7, 1, ColorMode::kValue, {-0.25F, 0.5F, 1.5F, kInfinity, -kInfinity, kNaN, 1.0F});
   Notes notes;
   Write(*image, folder / "a.png", SampleType::kUint16, &notes);
   ASSERT_EQ(notes.size(), 1U);
   EXPECT_TRUE(Contains(notes[0], "5 samples"));
   EXPECT_TRUE(Contains(notes[0], "a.png"));
-  EXPECT_TRUE(SameSamples({0.0F, 32768.0F / 65535, 1.0F, 1.0F, 0.0F, 0.0F, 1.0F}, SamplesOf(*Read(folder / "a.png"))));
-  Write(*MakeImage(2, 1, ColorMode::kValue, {2.0F, 1.0F}), folder / "b.png", SampleType::kUint8, &notes);
+  EXPECT_TRUE(SameSamples({0.0F, 32768.0F / 65535, 1.0F, 1.0F, 0.0F, 0.0F, 1.0F}, GetSamples(*Read(folder / "a.png"))));
+  Write(*MakeUniqueImage(2, 1, ColorMode::kValue, {2.0F, 1.0F}), folder / "b.png", SampleType::kUint8, &notes);
   ASSERT_EQ(notes.size(), 1U);
   EXPECT_TRUE(Contains(notes[0], "1 sample "));
 }
@@ -266,7 +266,7 @@ TEST(ImageFileRoundTrip, CutsAreCountedOnAnyNumberOfThreads) {
 
 TEST(ImageFileRoundTrip, TypesThatAFormatLacksAreReplacedWithANote) {
   const TemporaryFolder folder;
-  const auto image = MakeImage(1, 1, ColorMode::kValue, {0.5F});
+  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {0.5F});
   Notes notes;
   Write(*image, folder / "a.png", SampleType::kFloat, &notes);
   ASSERT_EQ(notes.size(), 1U);
@@ -279,18 +279,18 @@ TEST(ImageFileRoundTrip, TypesThatAFormatLacksAreReplacedWithANote) {
 TEST(ImageFileRoundTrip, RadianceStoresThreeChannels) {
   const TemporaryFolder folder;
   // Powers of two share one exponent without loss.
-  const auto color = MakeImage(2, 1, ColorMode::kColor, {1.0F, 0.5F, 0.25F, 0.5F, 8.0F, 2.0F, 4.0F, 1.0F});
+  const auto color = MakeUniqueImage(2, 1, ColorMode::kColor, {1.0F, 0.5F, 0.25F, 0.5F, 8.0F, 2.0F, 4.0F, 1.0F});
   Notes notes;
   Write(*color, folder / "a.hdr", SampleType::kFloat, &notes);
   ASSERT_EQ(notes.size(), 1U);
   EXPECT_TRUE(Contains(notes[0], "opacity"));
   const auto read = Read(folder / "a.hdr");
   EXPECT_EQ(read->GetColorMode(), ColorMode::kColor);
-  EXPECT_TRUE(SameSamples({1.0F, 0.5F, 0.25F, 1.0F, 8.0F, 2.0F, 4.0F, 1.0F}, SamplesOf(*read)));
+  EXPECT_TRUE(SameSamples({1.0F, 0.5F, 0.25F, 1.0F, 8.0F, 2.0F, 4.0F, 1.0F}, GetSamples(*read)));
 
-  Write(*MakeImage(2, 1, ColorMode::kValue, {0.5F, 4.0F}), folder / "b.hdr", SampleType::kFloat, &notes);
+  Write(*MakeUniqueImage(2, 1, ColorMode::kValue, {0.5F, 4.0F}), folder / "b.hdr", SampleType::kFloat, &notes);
   EXPECT_TRUE(notes.empty());
-  EXPECT_TRUE(SameSamples({0.5F, 0.5F, 0.5F, 1.0F, 4.0F, 4.0F, 4.0F, 1.0F}, SamplesOf(*Read(folder / "b.hdr"))));
+  EXPECT_TRUE(SameSamples({0.5F, 0.5F, 0.5F, 1.0F, 4.0F, 4.0F, 4.0F, 1.0F}, GetSamples(*Read(folder / "b.hdr"))));
 }
 
 TEST(ImageFileRoundTrip, LargeImagesComeBackTheSameOnAnyNumberOfThreads) {
@@ -304,7 +304,7 @@ TEST(ImageFileRoundTrip, LargeImagesComeBackTheSameOnAnyNumberOfThreads) {
     const ThreadsScope scope(threads);
     for (const char* name : {"a.exr", "a.tif"}) {
       Write(image, folder / name, SampleType::kFloat);
-      EXPECT_TRUE(SameSamples(SamplesOf(image), SamplesOf(*Read(folder / name)))) << name;
+      EXPECT_TRUE(SameSamples(GetSamples(image), GetSamples(*Read(folder / name)))) << name;
     }
   }
 }
@@ -313,45 +313,45 @@ TEST(ImageFileRoundTrip, LargeImagesComeBackTheSameOnAnyNumberOfThreads) {
 
 TEST(ImageFileOpacity, ExrStoresMultipliedColor) {
   const TemporaryFolder folder;
-  const auto image = MakeImage(2, 1, ColorMode::kColor, {0.5F, 1.0F, 2.0F, 0.25F, 3.0F, 3.0F, 3.0F, 1.0F});
+  const auto image = MakeUniqueImage(2, 1, ColorMode::kColor, {0.5F, 1.0F, 2.0F, 0.25F, 3.0F, 3.0F, 3.0F, 1.0F});
   Write(*image, folder / "a.exr", SampleType::kFloat);
   EXPECT_TRUE(SameSamples({0.125F, 0.25F, 0.5F, 0.25F, 3.0F, 3.0F, 3.0F, 1.0F}, StoredSamples(folder / "a.exr")));
-  EXPECT_TRUE(SameSamples(SamplesOf(*image), SamplesOf(*Read(folder / "a.exr"))));
+  EXPECT_TRUE(SameSamples(GetSamples(*image), GetSamples(*Read(folder / "a.exr"))));
 }
 
 TEST(ImageFileOpacity, ColorWithoutOpacityStaysAsStored) {
   const TemporaryFolder folder;
   WriteForeign(folder / "a.exr", ForeignLayout(2, 1, 4, OIIO::TypeDesc::FLOAT),
                {0.5F, 1.0F, 2.0F, 0.0F, 1.0F, 2.0F, 3.0F, 0.5F});
-  EXPECT_TRUE(SameSamples({0.5F, 1.0F, 2.0F, 0.0F, 2.0F, 4.0F, 6.0F, 0.5F}, SamplesOf(*Read(folder / "a.exr"))));
+  EXPECT_TRUE(SameSamples({0.5F, 1.0F, 2.0F, 0.0F, 2.0F, 4.0F, 6.0F, 0.5F}, GetSamples(*Read(folder / "a.exr"))));
 }
 
 TEST(ImageFileOpacity, SignedAndPairAreStoredPlain) {
   const TemporaryFolder folder;
   const std::vector<float> normal{0.5F, -1.0F, 1.0F, 0.25F};
-  Write(*MakeImage(1, 1, ColorMode::kSigned, normal), folder / "a.exr", SampleType::kFloat);
+  Write(*MakeUniqueImage(1, 1, ColorMode::kSigned, normal), folder / "a.exr", SampleType::kFloat);
   EXPECT_TRUE(SameSamples(normal, StoredSamples(folder / "a.exr")));
   const std::vector<float> pair{3.0F, 0.5F};
-  Write(*MakeImage(1, 1, ColorMode::kPair, pair), folder / "b.exr", SampleType::kFloat);
+  Write(*MakeUniqueImage(1, 1, ColorMode::kPair, pair), folder / "b.exr", SampleType::kFloat);
   EXPECT_TRUE(SameSamples(pair, StoredSamples(folder / "b.exr")));
 }
 
 TEST(ImageFileOpacity, TiffKeepsStraightColorAndReadsMultipliedColor) {
   const TemporaryFolder folder;
   const std::vector<float> straight{0.5F, 1.0F, 2.0F, 0.25F};
-  Write(*MakeImage(1, 1, ColorMode::kColor, straight), folder / "a.tif", SampleType::kFloat);
+  Write(*MakeUniqueImage(1, 1, ColorMode::kColor, straight), folder / "a.tif", SampleType::kFloat);
   EXPECT_TRUE(SameSamples(straight, StoredSamples(folder / "a.tif")));
   // A file of another program, marked as multiplied.
   WriteForeign(folder / "b.tif", ForeignLayout(1, 1, 4, OIIO::TypeDesc::FLOAT), {0.125F, 0.25F, 0.5F, 0.25F});
-  EXPECT_TRUE(SameSamples(straight, SamplesOf(*Read(folder / "b.tif"))));
+  EXPECT_TRUE(SameSamples(straight, GetSamples(*Read(folder / "b.tif"))));
 }
 
 TEST(ImageFileOpacity, PngIsStraight) {
   const TemporaryFolder folder;
   const std::vector<float> samples{1.0F, 51.0F / 255, 0.0F, 102.0F / 255, 0.6F, 0.8F, 1.0F, 0.0F};
-  Write(*MakeImage(2, 1, ColorMode::kColor, samples), folder / "a.png", SampleType::kUint8);
+  Write(*MakeUniqueImage(2, 1, ColorMode::kColor, samples), folder / "a.png", SampleType::kUint8);
   EXPECT_TRUE(SameSamples({1.0F, 51.0F / 255, 0.0F, 102.0F / 255, 153.0F / 255, 204.0F / 255, 1.0F, 0.0F},
-                          SamplesOf(*Read(folder / "a.png"))));
+                          GetSamples(*Read(folder / "a.png"))));
 }
 
 // ---- Channels and modes ----
@@ -367,16 +367,16 @@ TEST(ImageFileModes, ChannelsDecideTheMode) {
 
   const auto one = Read(folder / "1.tif");
   EXPECT_EQ(one->GetColorMode(), ColorMode::kValue);
-  EXPECT_EQ(SamplesOf(*one), (std::vector<float>{0.5F}));
+  EXPECT_EQ(GetSamples(*one), (std::vector<float>{0.5F}));
   EXPECT_EQ(one->GetValueLow(), 0.0F);
   EXPECT_EQ(one->GetValueHigh(), 1.0F);
   EXPECT_EQ(one->GetPinX(), 0);
   const auto two = Read(folder / "2.exr");
   EXPECT_EQ(two->GetColorMode(), ColorMode::kColor);
-  EXPECT_EQ(SamplesOf(*two), (std::vector<float>{0.5F, 0.5F, 0.5F, 0.5F}));
+  EXPECT_EQ(GetSamples(*two), (std::vector<float>{0.5F, 0.5F, 0.5F, 0.5F}));
   const auto three = Read(folder / "3.tif");
   EXPECT_EQ(three->GetColorMode(), ColorMode::kColor);
-  EXPECT_EQ(SamplesOf(*three), (std::vector<float>{0.5F, 0.25F, 0.75F, 1.0F}));
+  EXPECT_EQ(GetSamples(*three), (std::vector<float>{0.5F, 0.25F, 0.75F, 1.0F}));
 }
 
 TEST(ImageFileModes, AskedModeDecides) {
@@ -387,17 +387,17 @@ TEST(ImageFileModes, AskedModeDecides) {
 
   const auto gray = Read(folder / "1.tif", ReadMode::kColor);
   EXPECT_EQ(gray->GetColorMode(), ColorMode::kColor);
-  EXPECT_EQ(SamplesOf(*gray), (std::vector<float>{0.5F, 0.5F, 0.5F, 1.0F}));
+  EXPECT_EQ(GetSamples(*gray), (std::vector<float>{0.5F, 0.5F, 0.5F, 1.0F}));
   const auto plain = Read(folder / "4.exr", ReadMode::kSigned);
   EXPECT_EQ(plain->GetColorMode(), ColorMode::kSigned);
-  EXPECT_EQ(SamplesOf(*plain), (std::vector<float>{0.25F, 0.5F, 0.75F, 0.5F}));
+  EXPECT_EQ(GetSamples(*plain), (std::vector<float>{0.25F, 0.5F, 0.75F, 0.5F}));
   EXPECT_EQ(plain->GetValueLow(), -1.0F);
   const auto value = Read(folder / "3.tif", ReadMode::kValue);
   EXPECT_EQ(value->GetColorMode(), ColorMode::kValue);
-  EXPECT_EQ(SamplesOf(*value), (std::vector<float>{0.5F}));
+  EXPECT_EQ(GetSamples(*value), (std::vector<float>{0.5F}));
   // (1 + 0.5 + 1.5) halves, each times the opacity of a half.
   const auto weighted = Read(folder / "4.exr", ReadMode::kValue);
-  EXPECT_EQ(SamplesOf(*weighted), (std::vector<float>{0.5F}));
+  EXPECT_EQ(GetSamples(*weighted), (std::vector<float>{0.5F}));
 }
 
 TEST(ImageFileModes, StoredRangeGoesWithTheSamplesInEveryMode) {
@@ -436,7 +436,7 @@ TEST(ImageFileModes, TiledFilesAreRead) {
   ASSERT_TRUE(output->open((folder / "a.tif").string(), layout));
   ASSERT_TRUE(output->write_image(OIIO::TypeDesc::FLOAT, samples.data()));
   ASSERT_TRUE(output->close());
-  EXPECT_TRUE(SameSamples(samples, SamplesOf(*Read(folder / "a.tif"))));
+  EXPECT_TRUE(SameSamples(samples, GetSamples(*Read(folder / "a.tif"))));
 }
 
 // ---- Files that cannot be read ----
@@ -451,12 +451,12 @@ TEST(ImageFileErrors, MissingFilesAndFolders) {
 TEST(ImageFileErrors, DamagedFiles) {
   const TemporaryFolder folder;
   for (const char* name : {"a.exr", "a.png", "a.tif", "a.hdr", "a.jpg"}) {
-    HostTest::WriteText(folder / name, "this is a letter and no image at all, whatever its name says\n");
+    Testing::WriteText(folder / name, "this is a letter and no image at all, whatever its name says\n");
     ReadFailure(folder / name);
-    HostTest::WriteText(folder / name, "");
+    Testing::WriteText(folder / name, "");
     ReadFailure(folder / name);
   }
-  HostTest::WriteText(folder / "a.txt", "a letter");
+  Testing::WriteText(folder / "a.txt", "a letter");
   ReadFailure(folder / "a.txt");
 }
 
@@ -484,9 +484,9 @@ TEST(ImageFileErrors, ShortenedFiles) {
                                    {"a.tif", SampleType::kUint8},
                                    {"a.png", SampleType::kUint8}}) {
     Write(image, folder / name, type);
-    const std::string whole = HostTest::ReadText(folder / name);
+    const std::string whole = Testing::ReadText(folder / name);
     for (const std::size_t parts : {1U, 2U, 3U}) {
-      HostTest::WriteText(folder / name, std::string_view(whole).substr(0, whole.size() * parts / 4));
+      Testing::WriteText(folder / name, std::string_view(whole).substr(0, whole.size() * parts / 4));
       ReadFailure(folder / name);
     }
   }
@@ -524,7 +524,7 @@ class ImageFileWrite : public testing::Test {
  protected:
   void TearDown() override { disk_is_full = false; }
   TemporaryFolder folder_;
-  std::unique_ptr<Image> image_ = MakeImage(2, 1, ColorMode::kValue, {0.25F, 0.5F});
+  std::unique_ptr<Image> image_ = MakeUniqueImage(2, 1, ColorMode::kValue, {0.25F, 0.5F});
 };
 
 TEST_F(ImageFileWrite, LeavesOneFileAndNothingElse) {
@@ -545,7 +545,7 @@ TEST_F(ImageFileWrite, RefusesFoldersAndMissingFolders) {
   EXPECT_TRUE(Contains(WriteFailure(*image_, folder_ / "a.exr"), "folder"));
   EXPECT_TRUE(std::filesystem::is_empty(folder_ / "a.exr"));
   EXPECT_TRUE(Contains(WriteFailure(*image_, folder_ / "none" / "b.exr"), "none"));
-  HostTest::WriteText(folder_ / "letter", "text");
+  Testing::WriteText(folder_ / "letter", "text");
   WriteFailure(*image_, folder_ / "letter" / "b.exr");
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr", "letter"}));
 }
@@ -568,12 +568,12 @@ TEST_F(ImageFileWrite, UnwritableFolder) {
 
 TEST_F(ImageFileWrite, FollowsASymbolicLink) {
   std::filesystem::create_directory(folder_ / "real");
-  Write(*MakeImage(1, 1, ColorMode::kValue, {1.0F}), folder_ / "real" / "a.exr", SampleType::kFloat);
+  Write(*MakeUniqueImage(1, 1, ColorMode::kValue, {1.0F}), folder_ / "real" / "a.exr", SampleType::kFloat);
   std::filesystem::create_symlink("real/a.exr", folder_ / "link.exr");
   Write(*image_, folder_ / "link.exr", SampleType::kFloat);
   EXPECT_TRUE(std::filesystem::is_symlink(folder_ / "link.exr"));
   EXPECT_FALSE(std::filesystem::is_symlink(folder_ / "real" / "a.exr"));
-  EXPECT_EQ(SamplesOf(*Read(folder_ / "real" / "a.exr")), SamplesOf(*image_));
+  EXPECT_EQ(GetSamples(*Read(folder_ / "real" / "a.exr")), GetSamples(*image_));
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"link.exr", "real"}));
 }
 
@@ -588,7 +588,7 @@ TEST_F(ImageFileWrite, FollowsASymbolicLinkToAFileThatIsNotThereYet) {
 
 TEST_F(ImageFileWrite, KeepsTheOldFileWhenTheDiskIsFull) {
   Write(*image_, folder_ / "old.exr", SampleType::kFloat);
-  const std::string before = HostTest::ReadText(folder_ / "old.exr");
+  const std::string before = Testing::ReadText(folder_ / "old.exr");
   disk_is_full = true;
   EXPECT_TRUE(Contains(WriteFailure(Image(64, 64, ColorMode::kValue, image_->GetConstArray()), folder_ / "old.exr"),
                        "No space left"));
@@ -596,7 +596,7 @@ TEST_F(ImageFileWrite, KeepsTheOldFileWhenTheDiskIsFull) {
   EXPECT_TRUE(ScEng::WriteWholeFile(folder_ / "text.txt", "text").IsError());
   disk_is_full = false;
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"old.exr"}));
-  EXPECT_EQ(HostTest::ReadText(folder_ / "old.exr"), before);
+  EXPECT_EQ(Testing::ReadText(folder_ / "old.exr"), before);
 }
 
 TEST_F(ImageFileWrite, FillsADiskThatIsReallyTooSmall) {
@@ -609,16 +609,16 @@ TEST_F(ImageFileWrite, FillsADiskThatIsReallyTooSmall) {
       const std::string user = "0 " + std::to_string(geteuid()) + " 1";
       const std::string group = "0 " + std::to_string(getegid()) + " 1";
       if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return kNoMount;
-      HostTest::WriteText("/proc/self/setgroups", "deny");
-      HostTest::WriteText("/proc/self/uid_map", user);
-      HostTest::WriteText("/proc/self/gid_map", group);
+      Testing::WriteText("/proc/self/setgroups", "deny");
+      Testing::WriteText("/proc/self/uid_map", user);
+      Testing::WriteText("/proc/self/gid_map", group);
       if (geteuid() != 0 || getegid() != 0) return kNoMount;
       if (mount("none", folder_.Path().c_str(), "tmpfs", 0, "size=64k") != 0) return kNoMount;
       if (ScEng::WriteWholeFile(folder_ / "a.txt", "old").IsError()) return kNoError;
       const std::string large(1 << 20, 'x');
       if (!ScEng::WriteWholeFile(folder_ / "a.txt", large).IsError()) return kNoError;
       if (folder_.List() != std::vector<std::string>{"a.txt"}) return kLeftBehind;
-      return HostTest::ReadText(folder_ / "a.txt") == "old" ? kFine : kOldFileGone;
+      return Testing::ReadText(folder_ / "a.txt") == "old" ? kFine : kOldFileGone;
     };
     _exit(run());
   }
@@ -634,9 +634,9 @@ TEST_F(ImageFileWrite, FillsADiskThatIsReallyTooSmall) {
 TEST_F(ImageFileWrite, WholeFilesAreReplaced) {
   EXPECT_FALSE(ScEng::WriteWholeFile(folder_ / "a.txt", "first and longer").IsError());
   EXPECT_FALSE(ScEng::WriteWholeFile(folder_ / "a.txt", "second").IsError());
-  EXPECT_EQ(HostTest::ReadText(folder_ / "a.txt"), "second");
+  EXPECT_EQ(Testing::ReadText(folder_ / "a.txt"), "second");
   EXPECT_FALSE(ScEng::WriteWholeFile(folder_ / "a.txt", "").IsError());
-  EXPECT_EQ(HostTest::ReadText(folder_ / "a.txt"), "");
+  EXPECT_EQ(Testing::ReadText(folder_ / "a.txt"), "");
   EXPECT_TRUE(ScEng::WriteWholeFile(folder_.Path(), "text").IsError());
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.txt"}));
 }
@@ -645,7 +645,7 @@ TEST_F(ImageFileWrite, RelativeNamesStandInTheWorkingFolder) {
   const auto before = std::filesystem::current_path();
   std::filesystem::current_path(folder_.Path());
   Write(*image_, "a.exr", SampleType::kFloat);
-  EXPECT_EQ(SamplesOf(*Read("a.exr")), SamplesOf(*image_));
+  EXPECT_EQ(GetSamples(*Read("a.exr")), GetSamples(*image_));
   std::filesystem::current_path(before);
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr"}));
 }

@@ -17,13 +17,13 @@
 #include <vector>
 
 #include "Host/Gpu/GpuEngine.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
-using HostTest::Contains;
-using HostTest::MakeImage;
 using ScEng::Status;
+using Testing::Contains;
+using Testing::MakeUniqueImage;
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
@@ -144,7 +144,7 @@ std::unique_ptr<Image> MakeHills(int size_x, int size_y, double detail) {
 
 TEST(AmbientOcclusion, IsAccurateAtAnySize) {
   for (const auto& [x, y] : {std::pair{1, 1}, {1, 7}, {9, 1}, {2, 2}, {3, 5}, {15, 9}, {16, 8}, {17, 9}, {33, 23}}) {
-    const auto image = MakeImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), 3));
+    const auto image = MakeUniqueImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), 3));
     for (const char border : {'p', 'b'}) {
       for (const float radius : {2.5F, 3.0F, 7.9F}) {
         EXPECT_TRUE(IsAccurate(*image, radius, border)) << x << " x " << y << " " << border << " " << radius;
@@ -164,7 +164,7 @@ TEST(AmbientOcclusion, IsAccurateOnTerrainAtAnyRadius) {
 }
 
 TEST(AmbientOcclusion, LooksFartherThanTheImageIsLarge) {
-  const auto image = MakeImage(3, 2, ColorMode::kValue, {0.0F, 0.5F, 1.0F, 0.25F, 0.0F, 0.75F});
+  const auto image = MakeUniqueImage(3, 2, ColorMode::kValue, {0.0F, 0.5F, 1.0F, 0.25F, 0.0F, 0.75F});
   EXPECT_TRUE(IsAccurate(*image, 100.0F, 'p'));
   EXPECT_TRUE(IsAccurate(*image, 100.0F, 'b'));
   EXPECT_TRUE(IsAccurate(*image, 1024.0F, 'p'));
@@ -175,7 +175,7 @@ TEST(AmbientOcclusion, FindsALoneTowerAtEveryDistance) {
   for (const float radius : {3.0F, 30.0F, 100.0F}) {
     std::vector<float> samples(75 * 53, 0.0F);
     samples[26 * 75 + 37] = 1.0F;
-    EXPECT_TRUE(IsAccurate(*MakeImage(75, 53, ColorMode::kValue, samples), radius, 'b')) << radius;
+    EXPECT_TRUE(IsAccurate(*MakeUniqueImage(75, 53, ColorMode::kValue, samples), radius, 'b')) << radius;
   }
 }
 
@@ -186,7 +186,7 @@ TEST(AmbientOcclusion, OfAStepIsWhatIsWorkedOutByHand) {
   for (std::size_t y = 0; y < 21; ++y) {
     for (std::size_t x = 11; x < 21; ++x) samples[y * 21 + x] = 1.0F;
   }
-  const auto result = Occlude(*MakeImage(21, 21, ColorMode::kValue, samples), 3.0F, 'b');
+  const auto result = Occlude(*MakeUniqueImage(21, 21, ColorMode::kValue, samples), 3.0F, 'b');
   double expected = 9.0;  // The directions along the step and away from it are open.
   expected += 1.0 / (1.0 + 9.0);
   for (const double angle : {1.0, 2.0, 3.0}) {
@@ -206,13 +206,13 @@ TEST(AmbientOcclusion, OfFlatGroundIsExactlyOpen) {
   const float level = 0.3F;
   const Image flat(40, 20, ColorMode::kValue, &level);
   const auto result = Occlude(flat, 100.0F, 'b');
-  EXPECT_TRUE(HostTest::SameSamples(std::vector<float>(800, 1.0F), HostTest::SamplesOf(*result)));
+  EXPECT_TRUE(Testing::SameSamples(std::vector<float>(800, 1.0F), Testing::GetSamples(*result)));
 }
 
 TEST(AmbientOcclusion, OfAnEmptyDeclaredRangeIsOpenEverywhere) {
   auto image = MakeHills(20, 10, 0.5);
   image->SetValueLowHigh(0.5F, 0.5F);
-  EXPECT_TRUE(HostTest::SameSamples(std::vector<float>(200, 1.0F), HostTest::SamplesOf(*Occlude(*image, 9.0F, 'p'))));
+  EXPECT_TRUE(Testing::SameSamples(std::vector<float>(200, 1.0F), Testing::GetSamples(*Occlude(*image, 9.0F, 'p'))));
 }
 
 TEST(AmbientOcclusion, ReadsHeightsByTheDeclaredRange) {
@@ -227,17 +227,17 @@ TEST(AmbientOcclusion, IsAccurateWhereValuesAreFarOutsideTheRange) {
   // Neighbours differ by little beside their values, which single precision would lose.
   std::vector<float> samples = Noise(33 * 17, 9);
   for (float& sample : samples) sample = 100000.0F + 4.0F * sample;
-  EXPECT_TRUE(IsAccurate(*MakeImage(33, 17, ColorMode::kValue, samples), 50.0F, 'b'));
+  EXPECT_TRUE(IsAccurate(*MakeUniqueImage(33, 17, ColorMode::kValue, samples), 50.0F, 'b'));
 }
 
 TEST(AmbientOcclusion, TakesNanForTheHeightZero) {
   std::vector<float> samples = Noise(25 * 13, 4);
   for (std::size_t i = 0; i < samples.size(); i += 7) samples[i] = kNan;
-  auto image = MakeImage(25, 13, ColorMode::kValue, samples);
+  auto image = MakeUniqueImage(25, 13, ColorMode::kValue, samples);
   image->SetValueLowHigh(-1.0F, 1.0F);
   EXPECT_TRUE(IsAccurate(*image, 8.0F, 'p'));
   const Image all(9, 9, ColorMode::kValue, &kNan);
-  EXPECT_TRUE(HostTest::SameSamples(std::vector<float>(81, 1.0F), HostTest::SamplesOf(*Occlude(all, 8.0F, 'p'))));
+  EXPECT_TRUE(Testing::SameSamples(std::vector<float>(81, 1.0F), Testing::GetSamples(*Occlude(all, 8.0F, 'p'))));
 }
 
 TEST(AmbientOcclusion, FollowsArithmeticAtInfiniteHeights) {
@@ -245,9 +245,9 @@ TEST(AmbientOcclusion, FollowsArithmeticAtInfiniteHeights) {
     std::vector<float> samples = Noise(31 * 23, 6);
     samples[11 * 31 + 15] = odd;
     samples[4 * 31 + 3] = kInfinity;
-    const auto image = MakeImage(31, 23, ColorMode::kValue, samples);
+    const auto image = MakeUniqueImage(31, 23, ColorMode::kValue, samples);
     EXPECT_TRUE(IsAccurate(*image, 9.0F, 'p')) << odd;
-    for (const float sample : HostTest::SamplesOf(*Occlude(*image, 9.0F, 'p'))) {
+    for (const float sample : Testing::GetSamples(*Occlude(*image, 9.0F, 'p'))) {
       EXPECT_TRUE(sample >= 0.0F && sample <= 1.0F) << sample;
     }
   }
@@ -256,7 +256,7 @@ TEST(AmbientOcclusion, FollowsArithmeticAtInfiniteHeights) {
 TEST(AmbientOcclusion, ReadsOtherModesAsValues) {
   for (const unsigned mode : {ColorMode::kColor, ColorMode::kSigned, ColorMode::kPair}) {
     const auto channels = static_cast<std::size_t>(ColorMode::GetNumChannels(mode));
-    auto image = MakeImage(19, 11, mode, Noise(19 * 11 * channels, 8));
+    auto image = MakeUniqueImage(19, 11, mode, Noise(19 * 11 * channels, 8));
     image->SetPin(7, -5);
     image->SetPivot(0.25F, 0.75F);
     image->SetValueLowHigh(-2.0F, 3.0F);
@@ -267,8 +267,7 @@ TEST(AmbientOcclusion, ReadsOtherModesAsValues) {
 TEST(AmbientOcclusion, WithoutAStepIsOpen) {
   const auto image = MakeHills(5, 4, 0.5);
   for (const float radius : {0.9F, 0.0F, -3.0F}) {
-    EXPECT_TRUE(
-        HostTest::SameSamples(std::vector<float>(20, 1.0F), HostTest::SamplesOf(*Occlude(*image, radius, 'p'))));
+    EXPECT_TRUE(Testing::SameSamples(std::vector<float>(20, 1.0F), Testing::GetSamples(*Occlude(*image, radius, 'p'))));
   }
 }
 
@@ -294,12 +293,12 @@ TEST(AmbientOcclusion, JoinsItsBandsWithoutSeams) {
 
 TEST(AmbientOcclusion, IsTheSameFromSeveralThreadsAtOnce) {
   const auto image = MakeHills(64, 64, 0.1);
-  const std::vector<float> expected = HostTest::SamplesOf(*Occlude(*image, 20.0F, 'p'));
+  const std::vector<float> expected = Testing::GetSamples(*Occlude(*image, 20.0F, 'p'));
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       for (int run = 0; run < 3; ++run) {
-        EXPECT_TRUE(HostTest::SameSamples(expected, HostTest::SamplesOf(*Occlude(*image, 20.0F, 'p'))));
+        EXPECT_TRUE(Testing::SameSamples(expected, Testing::GetSamples(*Occlude(*image, 20.0F, 'p'))));
       }
     });
   }
@@ -354,7 +353,7 @@ TEST(AmbientOcclusion, IsAccurateWhateverTheImage) {
     const float radius = static_cast<float>(*rc::gen::inRange(4, 80)) / 4.0F;
     const char border = *rc::gen::element('p', 'b');
     const auto seed = *rc::gen::arbitrary<std::uint32_t>();
-    auto image = MakeImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), seed));
+    auto image = MakeUniqueImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), seed));
     image->SetValueLowHigh(static_cast<float>(*rc::gen::inRange(-3, 1)), static_cast<float>(*rc::gen::inRange(1, 9)));
     RC_ASSERT(IsAccurate(*image, radius, border));
   });

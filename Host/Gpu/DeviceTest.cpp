@@ -9,14 +9,14 @@
 #include "Host/Gpu/AmbientOcclusion.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Gpu/OpenClApi.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
 using Gpu::DeviceRecord;
 using Gpu::OpenClApi;
-using HostTest::Contains;
 using ScEng::Status;
+using Testing::Contains;
 
 const OpenClApi& RealApi() {
   static OpenClApi api;

@@ -16,18 +16,18 @@
 #include <type_traits>
 #include <vector>
 
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
-using HostTest::MakeImage;
-using HostTest::MaxSizeScope;
-using HostTest::SameSamples;
-using HostTest::SamplesOf;
-using HostTest::ThreadsScope;
 using ScEng::Box2I;
 using ScEng::RefPtr;
 using ScEng::SampleRange;
+using Testing::GetSamples;
+using Testing::MakeUniqueImage;
+using Testing::MaxSizeScope;
+using Testing::SameSamples;
+using Testing::ThreadsScope;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -60,7 +60,7 @@ TEST(ImageLayout, RowsAreDenseAndChannelsInterleaved) {
   EXPECT_EQ(Image(7, 5, ColorMode::kPair, nullptr).GetNumSamples(), 70U);
   const float fill[] = {1.0F, 2.0F};
   const Image pair(3, 1, ColorMode::kPair, fill);
-  EXPECT_EQ(SamplesOf(pair), (std::vector<float>{1, 2, 1, 2, 1, 2}));
+  EXPECT_EQ(GetSamples(pair), (std::vector<float>{1, 2, 1, 2, 1, 2}));
 }
 
 TEST(ImageLayout, WritingArrayIsTheReadingArray) {
@@ -129,7 +129,7 @@ TEST(ImageFill, FillsEveryPixelWithOneFloatPerChannel) {
       // Enough pixels for several threads.
       const Image image(401, 307, mode, fill);
       const auto channels = static_cast<std::size_t>(image.GetNumChannels());
-      const std::vector<float> samples = SamplesOf(image);
+      const std::vector<float> samples = GetSamples(image);
       std::size_t wrong = 0;
       for (std::size_t i = 0; i < samples.size(); ++i) wrong += samples[i] == fill[i % channels] ? 0 : 1;
       EXPECT_EQ(wrong, 0U) << "mode " << mode;
@@ -140,9 +140,9 @@ TEST(ImageFill, FillsEveryPixelWithOneFloatPerChannel) {
 TEST(ImageFill, ReadsNoMoreThanTheChannels) {
   // On the heap, so that a reading past the end is seen by an address sanitizer.
   const std::vector<float> one{0.5F};
-  EXPECT_EQ(SamplesOf(Image(2, 1, ColorMode::kValue, one.data())), (std::vector<float>{0.5F, 0.5F}));
+  EXPECT_EQ(GetSamples(Image(2, 1, ColorMode::kValue, one.data())), (std::vector<float>{0.5F, 0.5F}));
   const std::vector<float> two{0.5F, 0.25F};
-  EXPECT_EQ(SamplesOf(Image(1, 1, ColorMode::kPair, two.data())), two);
+  EXPECT_EQ(GetSamples(Image(1, 1, ColorMode::kPair, two.data())), two);
 }
 
 ImageHeader MakeOddHeader(unsigned mode) {
@@ -178,19 +178,19 @@ TEST(ImageCopy, KeepsSamplesAndHeaderAndStartsUncounted) {
     EXPECT_EQ(copy.GetValueLow(), -3.0F);
     EXPECT_EQ(copy.GetValueHigh(), 8.0F);
     EXPECT_NE(copy.GetConstArray(), image->GetConstArray());
-    EXPECT_TRUE(SameSamples(SamplesOf(*image), SamplesOf(copy)));
+    EXPECT_TRUE(SameSamples(GetSamples(*image), GetSamples(copy)));
   }
 }
 
 TEST(ImageCopy, IsIndependentOfTheOriginal) {
-  const auto image = MakeImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
+  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
   EXPECT_EQ(image->GetSampleRange().high, 2.0F);
   Image copy(*image);
   EXPECT_EQ(copy.GetSampleRange().high, 2.0F);
   copy.GetArray()[0] = 5.0F;
   EXPECT_EQ(copy.GetSampleRange().high, 5.0F);
   EXPECT_EQ(image->GetSampleRange().high, 2.0F);
-  EXPECT_EQ(SamplesOf(*image), (std::vector<float>{1.0F, 2.0F}));
+  EXPECT_EQ(GetSamples(*image), (std::vector<float>{1.0F, 2.0F}));
 }
 
 TEST(ImageCopy, LargeImagesAreCopiedWhole) {
@@ -199,33 +199,34 @@ TEST(ImageCopy, LargeImagesAreCopiedWhole) {
     Image image(1021, 509, ColorMode::kValue, nullptr);
     float* samples = image.GetArray();
     for (std::size_t i = 0; i < image.GetNumSamples(); ++i) samples[i] = static_cast<float>(i);
-    EXPECT_EQ(SamplesOf(Image(image)), SamplesOf(image));
+    EXPECT_EQ(GetSamples(Image(image)), GetSamples(image));
   }
 }
 
 TEST(ImageConversion, ColorBecomesTheOpacityWeightedMean) {
-  const auto color = MakeImage(8, 1, ColorMode::kColor,
-                               {
-                                   0.25F,     0.5F,  0.75F, 1.0F,  // 1.5 thirds
-                                   1.0F,      1.0F,  1.0F,  1.0F,  // white
-                                   3.0F,      3.0F,  3.0F,  0.5F,  // 4.5 thirds
-                                   9.0F,      8.0F,  7.0F,  0.0F,  // nothing shows
-                                   1e8F,      1.0F,  -1e8F, 1.0F,  // green and red are added first: the 1 is lost
-                                   1e8F,      -1e8F, 1.0F,  1.0F,  // here it is not
-                                   kInfinity, 1.0F,  1.0F,  0.0F,  // 0 times infinity
-                                   -1.0F,     -2.0F, 0.0F,  1.0F,  // -3 thirds
-                               });
+  const auto color = MakeUniqueImage(8, 1, ColorMode::kColor,
+                                     {
+                                         0.25F,     0.5F,  0.75F, 1.0F,  // 1.5 thirds
+                                         1.0F,      1.0F,  1.0F,  1.0F,  // white
+                                         3.0F,      3.0F,  3.0F,  0.5F,  // 4.5 thirds
+                                         9.0F,      8.0F,  7.0F,  0.0F,  // nothing shows
+                                         1e8F,      1.0F,  -1e8F, 1.0F,  // green and red are added first: the 1 is lost
+                                         1e8F,      -1e8F, 1.0F,  1.0F,  // here it is not
+                                         kInfinity, 1.0F,  1.0F,  0.0F,  // 0 times infinity
+                                         -1.0F,     -2.0F, 0.0F,  1.0F,  // -3 thirds
+                                     });
   const Image value(*color, ColorMode::kValue);
-  EXPECT_TRUE(SameSamples({0.5F, 1.0F, 1.5F, 0.0F, 0.0F, 0.33333334F, kNaN, -1.0F}, SamplesOf(value)));
+  EXPECT_TRUE(SameSamples({0.5F, 1.0F, 1.5F, 0.0F, 0.0F, 0.33333334F, kNaN, -1.0F}, GetSamples(value)));
 }
 
 TEST(ImageConversion, SignedGivesItsThirdChannelAndPairItsFirst) {
-  const auto signed_image = MakeImage(2, 1, ColorMode::kSigned, {0.1F, 0.2F, -0.5F, 1.0F, 1.0F, 1.0F, kInfinity, 0.0F});
-  EXPECT_EQ(SamplesOf(Image(*signed_image, ColorMode::kValue)), (std::vector<float>{-0.5F, kInfinity}));
-  const auto pair = MakeImage(2, 1, ColorMode::kPair, {4.0F, 5.0F, -0.0F, 7.0F});
-  EXPECT_TRUE(SameSamples({4.0F, -0.0F}, SamplesOf(Image(*pair, ColorMode::kValue))));
-  const auto value = MakeImage(2, 1, ColorMode::kValue, {kNaN, 3.0F});
-  EXPECT_TRUE(SameSamples({kNaN, 3.0F}, SamplesOf(Image(*value, ColorMode::kValue))));
+  const auto signed_image =
+      MakeUniqueImage(2, 1, ColorMode::kSigned, {0.1F, 0.2F, -0.5F, 1.0F, 1.0F, 1.0F, kInfinity, 0.0F});
+  EXPECT_EQ(GetSamples(Image(*signed_image, ColorMode::kValue)), (std::vector<float>{-0.5F, kInfinity}));
+  const auto pair = MakeUniqueImage(2, 1, ColorMode::kPair, {4.0F, 5.0F, -0.0F, 7.0F});
+  EXPECT_TRUE(SameSamples({4.0F, -0.0F}, GetSamples(Image(*pair, ColorMode::kValue))));
+  const auto value = MakeUniqueImage(2, 1, ColorMode::kValue, {kNaN, 3.0F});
+  EXPECT_TRUE(SameSamples({kNaN, 3.0F}, GetSamples(Image(*value, ColorMode::kValue))));
 }
 
 TEST(ImageConversion, KeepsThePlaceAndChoosesTheRange) {
@@ -265,14 +266,14 @@ TEST(ImageConversion, ConvertToMGivesAValueImageOfItsOwn) {
   ASSERT_NE(converted, nullptr);
   EXPECT_EQ(converted->GetColorMode(), ColorMode::kValue);
   EXPECT_EQ(converted->GetOutsideValue(), 3.0F);
-  EXPECT_EQ(SamplesOf(*converted), (std::vector<float>{0.25F, 0.25F}));
+  EXPECT_EQ(GetSamples(*converted), (std::vector<float>{0.25F, 0.25F}));
 
   const Image value(MakeOddHeader(ColorMode::kValue), fill + 2);
   const SharedImage copied = ConvertToM(&value, -1.0F);
   EXPECT_NE(copied->GetConstArray(), value.GetConstArray());
   EXPECT_EQ(copied->GetValueLow(), -3.0F);
   EXPECT_EQ(copied->GetOutsideValue(), -1.0F);
-  EXPECT_EQ(SamplesOf(*copied), (std::vector<float>{0.25F, 0.25F}));
+  EXPECT_EQ(GetSamples(*copied), (std::vector<float>{0.25F, 0.25F}));
 }
 
 Box2I BoxOf(int size_x, int size_y, int pin_x, int pin_y, float pivot_x, float pivot_y) {
@@ -358,7 +359,7 @@ TEST(ImageMaxSize, EmptyImagesAreImages) {
 }
 
 SampleRange RangeOf(const std::vector<float>& samples) {
-  return MakeImage(static_cast<int>(samples.size()), 1, ColorMode::kValue, samples)->GetSampleRange();
+  return MakeUniqueImage(static_cast<int>(samples.size()), 1, ColorMode::kValue, samples)->GetSampleRange();
 }
 
 TEST(ImageRange, SkipsNaN) {
@@ -396,13 +397,13 @@ TEST(ImageRange, ZerosArePositive) {
 }
 
 TEST(ImageRange, CountsAllChannels) {
-  const auto image = MakeImage(1, 1, ColorMode::kColor, {0.0F, -5.0F, 2.0F, 9.0F});
+  const auto image = MakeUniqueImage(1, 1, ColorMode::kColor, {0.0F, -5.0F, 2.0F, 9.0F});
   EXPECT_EQ(image->GetSampleRange().low, -5.0F);
   EXPECT_EQ(image->GetSampleRange().high, 9.0F);
 }
 
 TEST(ImageRange, IsRememberedUntilTheSamplesAreWritten) {
-  const auto image = MakeImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 3.0F});
+  const auto image = MakeUniqueImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 3.0F});
   EXPECT_FALSE(image->GetKnownSampleRange().has_value());
   EXPECT_EQ(image->GetSampleRange().high, 3.0F);
   ASSERT_TRUE(image->GetKnownSampleRange().has_value());

@@ -12,17 +12,17 @@
 
 #include "Host/Files/ImageFile.h"
 #include "Host/Tools/Engine.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
-using HostTest::Contains;
-using HostTest::MakeImage;
-using HostTest::MaxSizeScope;
-using HostTest::SameSamples;
-using HostTest::SamplesOf;
-using HostTest::TemporaryFolder;
-using HostTest::ThreadsScope;
+using Testing::Contains;
+using Testing::GetSamples;
+using Testing::MakeUniqueImage;
+using Testing::MaxSizeScope;
+using Testing::SameSamples;
+using Testing::TemporaryFolder;
+using Testing::ThreadsScope;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -126,7 +126,7 @@ TEST_F(HostNodesTest, RectangleFillsItsFrame) {
   ASSERT_NE(image, nullptr);
   EXPECT_EQ(image->GetSizeX(), 64);
   EXPECT_EQ(image->GetSizeY(), 64);
-  EXPECT_EQ(SamplesOf(*image), std::vector<float>(64 * 64 * 4, 1.0F));
+  EXPECT_EQ(GetSamples(*image), std::vector<float>(64 * 64 * 4, 1.0F));
 
   SetFrame(node, -3.5, 4.75, 2.5, 1.75);
   Get(node, "color")->SetRgbo(0.25, -1.0, 3.0, 0.5, false);
@@ -141,7 +141,7 @@ TEST_F(HostNodesTest, RectangleFillsItsFrame) {
   EXPECT_EQ(image->GetPivotX(), 0.0F);
   EXPECT_EQ(image->GetPivotY(), 0.0F);
   EXPECT_EQ(image->GetOutsideValue(), 0.0F);
-  EXPECT_EQ(SamplesOf(*image),
+  EXPECT_EQ(GetSamples(*image),
             (std::vector<float>{0.25F, -1, 3, 0.5F, 0.25F, -1, 3, 0.5F, 0.25F, -1, 3, 0.5F, 0.25F, -1, 3, 0.5F}));
 }
 
@@ -224,7 +224,7 @@ TEST_F(HostNodesTest, TerrainSpansZeroToOneExactly) {
     EXPECT_EQ(image->GetColorMode(), ColorMode::kValue);
     EXPECT_EQ(image->GetValueLow(), 0.0F);
     EXPECT_EQ(image->GetValueHigh(), 1.0F);
-    const std::vector<float> samples = SamplesOf(*image);
+    const std::vector<float> samples = GetSamples(*image);
     EXPECT_EQ(*std::min_element(samples.begin(), samples.end()), 0.0F);
     EXPECT_EQ(*std::max_element(samples.begin(), samples.end()), 1.0F);
   }
@@ -261,7 +261,7 @@ TEST_F(HostNodesTest, TerrainIsTheSameOnAnyNumberOfThreads) {
     const ThreadsScope scope(threads);
     Node* node = Create(ScEng::kImageTerrainType);
     SetFrame(node, 0, 0, 201, 133);
-    results.push_back(SamplesOf(*Evaluate(node)));
+    results.push_back(GetSamples(*Evaluate(node)));
   }
   EXPECT_TRUE(SameSamples(results[0], results[1]));
   EXPECT_TRUE(SameSamples(results[0], results[2]));
@@ -273,7 +273,7 @@ TEST_F(HostNodesTest, TerrainFollowsItsSeed) {
     Node* node = Create(ScEng::kImageTerrainType);
     SetFrame(node, 0, 0, 48, 48);
     SetNumber(node, "seed", seed);
-    results.push_back(SamplesOf(*Evaluate(node)));
+    results.push_back(GetSamples(*Evaluate(node)));
   }
   for (std::size_t a = 0; a < 4; ++a) {
     for (std::size_t b = a + 1; b < 4; ++b) EXPECT_NE(results[a], results[b]) << a << " and " << b;
@@ -325,7 +325,7 @@ TEST_F(HostNodesTest, GeneratorsDropTheirImageOnEvent11) {
 // ---- Reader and writer ----
 
 TEST_F(HostNodesTest, ReaderReadsItsFile) {
-  const auto image = MakeImage(3, 1, ColorMode::kValue, {0.5F, -2.0F, 7.0F});
+  const auto image = MakeUniqueImage(3, 1, ColorMode::kValue, {0.5F, -2.0F, 7.0F});
   image->SetValueLowHigh(-1.0F, 5.0F);
   image->SetPin(4, 5);
   image->SetPivot(0.5F, 1.0F);
@@ -334,7 +334,7 @@ TEST_F(HostNodesTest, ReaderReadsItsFile) {
   SetText(reader, "path", (folder_ / "a.exr").string());
   const Image* read = Evaluate(reader);
   ASSERT_NE(read, nullptr);
-  EXPECT_EQ(SamplesOf(*read), SamplesOf(*image));
+  EXPECT_EQ(GetSamples(*read), GetSamples(*image));
   EXPECT_EQ(read->GetValueLow(), -1.0F);
   EXPECT_EQ(read->GetValueHigh(), 5.0F);
   EXPECT_EQ(read->GetPinX(), 4);
@@ -343,7 +343,7 @@ TEST_F(HostNodesTest, ReaderReadsItsFile) {
 }
 
 TEST_F(HostNodesTest, ReaderChoosesTheRange) {
-  const auto image = MakeImage(5, 1, ColorMode::kValue, {kNaN, -2.0F, 7.0F, kInfinity, -kInfinity});
+  const auto image = MakeUniqueImage(5, 1, ColorMode::kValue, {kNaN, -2.0F, 7.0F, kInfinity, -kInfinity});
   image->SetValueLowHigh(-1.0F, 5.0F);
   WriteFile(*image, folder_ / "a.exr");
   Node* reader = Create(ScEng::kImageReaderType);
@@ -363,7 +363,7 @@ TEST_F(HostNodesTest, ReaderChoosesTheRange) {
 }
 
 TEST_F(HostNodesTest, ReaderChoosesModeAndPlace) {
-  const auto image = MakeImage(1, 1, ColorMode::kColor, {0.5F, 0.25F, 0.75F, 1.0F});
+  const auto image = MakeUniqueImage(1, 1, ColorMode::kColor, {0.5F, 0.25F, 0.75F, 1.0F});
   image->SetPin(4, 5);
   WriteFile(*image, folder_ / "a.exr");
   Node* reader = Create(ScEng::kImageReaderType);
@@ -387,7 +387,7 @@ TEST_F(HostNodesTest, ReaderChoosesModeAndPlace) {
 
 TEST_F(HostNodesTest, ReaderTakesItsPathFromItsFolderWithEitherSlash) {
   std::filesystem::create_directory(folder_ / "sub");
-  WriteFile(*MakeImage(1, 1, ColorMode::kValue, {0.5F}), folder_ / "sub" / "a.exr");
+  WriteFile(*MakeUniqueImage(1, 1, ColorMode::kValue, {0.5F}), folder_ / "sub" / "a.exr");
   Node* reader = Create(ScEng::kImageReaderType);
   Get(reader, "path")->SetFolder(folder_.Path());
   SetText(reader, "path", "sub\\a.exr");
@@ -428,7 +428,7 @@ TEST_F(HostNodesTest, WriterWritesItsInput) {
   std::vector<std::string> notes;
   const auto read = ScEng::ReadImageFile(folder_ / "a.png", ScEng::ReadMode::kAuto, status, notes);
   ASSERT_NE(read, nullptr);
-  EXPECT_EQ(SamplesOf(*read), (std::vector<float>{0.2F, 1.0F, 0.6F, 1.0F, 0.2F, 1.0F, 0.6F, 1.0F}));
+  EXPECT_EQ(GetSamples(*read), (std::vector<float>{0.2F, 1.0F, 0.6F, 1.0F, 0.2F, 1.0F, 0.6F, 1.0F}));
 }
 
 TEST_F(HostNodesTest, WriterFailsByWhatItLacks) {
@@ -491,7 +491,7 @@ TEST_F(HostNodesTest, FeedNodesFeedAttributesWithoutBounds) {
 }
 
 TEST_F(HostNodesTest, TextFeedsStringsAndChoices) {
-  const auto image = MakeImage(1, 1, ColorMode::kValue, {3.0F});
+  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {3.0F});
   WriteFile(*image, folder_ / "a.exr");
   Node* path = Create(ScEng::kTextType);
   Node* range = Create(ScEng::kTextType);

@@ -12,17 +12,17 @@
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Testing/TestSession.h"
 #include "Host/Tools/Engine.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
-using HostTest::Contains;
-using HostTest::SameSamples;
-using HostTest::SamplesOf;
-using HostTest::TemporaryFolder;
-using HostTest::WorkingFolder;
 using ScEng::TestCaseReport;
 using ScEng::TestSession;
+using Testing::Contains;
+using Testing::GetSamples;
+using Testing::SameSamples;
+using Testing::TemporaryFolder;
+using Testing::WorkingFolder;
 
 /// A context in a folder of its own, with the host's node types on the process's engine.
 class TestContextTest : public testing::Test {
@@ -89,7 +89,7 @@ TEST_F(TestContextTest, WritesTheImageWithItsHeaderAndAPicture) {
   EXPECT_TRUE(Contains(line, "rings: ")) << line;
   EXPECT_TRUE(Contains(line, " ms, passed\n")) << line;
   const auto image = Read("some/where/rings.exr");
-  EXPECT_TRUE(SameSamples(SamplesOf(*waves->GetOutputImage(0)), SamplesOf(*image)));
+  EXPECT_TRUE(SameSamples(GetSamples(*waves->GetOutputImage(0)), GetSamples(*image)));
   EXPECT_EQ(image->GetPinX(), 2);
   EXPECT_EQ(image->GetValueLow(), -1.0F);
   EXPECT_EQ(Read("some/where/rings.png")->GetSizeX(), 4);
@@ -125,7 +125,7 @@ TEST_F(TestContextTest, FailsWithTheMessageOfANodeInError) {
 }
 
 TEST_F(TestContextTest, FailsWhereItCannotWrite) {
-  HostTest::WriteText("some", "a file where the folder should be");
+  Testing::WriteText("some", "a file where the folder should be");
   testing::internal::CaptureStdout();
   context_.InitializeTest();
   testing::internal::GetCapturedStdout();
@@ -193,14 +193,14 @@ TEST(TestSessionTest, FindsAReferenceBelowAnyPartOfTheDirectory) {
   TestSession& session = TestSession::Get();
   session.Start({.reference = folder.Path(), .inputs = {}});
   EXPECT_EQ(session.FindReference("a/b/", "name"), "");
-  HostTest::WriteText(folder / "name.exr", "flat");
+  Testing::WriteText(folder / "name.exr", "flat");
   EXPECT_EQ(session.FindReference("a/b/", "name"), folder / "name.exr");
   std::filesystem::create_directories(folder / "a/b");
-  HostTest::WriteText(folder / "a/b/name.exr", "whole");
+  Testing::WriteText(folder / "a/b/name.exr", "whole");
   EXPECT_EQ(session.FindReference("a/b/", "name"), folder / "a/b/name.exr");
   EXPECT_EQ(session.FindReference("a/b", "name"), folder / "a/b/name.exr");
   std::filesystem::create_directories(folder / "c");
-  HostTest::WriteText(folder / "c/name.exr", "last folder");
+  Testing::WriteText(folder / "c/name.exr", "last folder");
   EXPECT_EQ(session.FindReference("b/c", "name"), folder / "c/name.exr");
   session.Start({});
   EXPECT_EQ(session.FindReference("a/b", "name"), "");

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Host/Image/Image.h"
-#include "Tests/TestNodes.h"
+#include "Tests/Support/TestNodes.h"
 
 namespace {
 
@@ -229,7 +229,7 @@ TEST(Attribute, DefaultIsKeptApartFromTheValue) {
   EXPECT_EQ(choice->GetValue().GetText(), "b");
 }
 
-class CountingNode : public HostTest::TestNode {
+class CountingNode : public Testing::TestNode {
  public:
   CountingNode() {
     Add("number", 0.0, -1.0, 1.0, 0.1, 2);

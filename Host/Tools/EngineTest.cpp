@@ -10,14 +10,14 @@
 #include <vector>
 
 #include "Host/Image/Image.h"
-#include "Tests/HostTestSupport.h"
-#include "Tests/TestNodes.h"
+#include "Tests/Support/HostTesting.h"
+#include "Tests/Support/TestNodes.h"
 
 namespace {
 
-using HostTest::Contains;
-using HostTest::TestNode;
 using ScEng::RefPtr;
+using Testing::Contains;
+using Testing::TestNode;
 
 /// The names of evaluated nodes, in order.
 std::vector<std::string> evaluated;
@@ -265,7 +265,7 @@ class EngineTest : public testing::Test {
   }
 
   Engine engine_{
-      HostTest::MakeCatalog<SourceNode, SumNode, ThrowingNode, TogetherNode, SeparateNode, FeedNode, SinkNode>()};
+      Testing::MakeCatalog<SourceNode, SumNode, ThrowingNode, TogetherNode, SeparateNode, FeedNode, SinkNode>()};
 };
 
 // ---- Creating and deleting ----
@@ -281,7 +281,7 @@ TEST_F(EngineTest, CreatesNodesOfTheCatalog) {
 TEST_F(EngineTest, TellsNodesThatTheyComeAndGo) {
   SumNode::added = SumNode::removed = 0;
   {
-    Engine engine(HostTest::MakeCatalog<SumNode>());
+    Engine engine(Testing::MakeCatalog<SumNode>());
     Node* first = engine.CreateNode(SumNode::kType);
     engine.CreateNode(SumNode::kType);
     EXPECT_EQ(SumNode::added, 2);
@@ -295,7 +295,7 @@ TEST_F(EngineTest, TellsNodesThatTheyComeAndGo) {
 }
 
 TEST_F(EngineTest, DeletesOnlyItsOwnNodes) {
-  Engine other(HostTest::MakeCatalog<SumNode>());
+  Engine other(Testing::MakeCatalog<SumNode>());
   Node* foreign = other.CreateNode(SumNode::kType);
   EXPECT_FALSE(engine_.DeleteNode(foreign));
   EXPECT_FALSE(engine_.DeleteNode(nullptr));
@@ -378,7 +378,7 @@ TEST_F(EngineTest, RefusesPlugsThatDoNotExist) {
   EXPECT_TRUE(Contains(Refusal(source, "image", sum, "second"), "second"));
   EXPECT_TRUE(Contains(Refusal(source, "image", sum, "first", 0, 1), "1"));
   Refusal(nullptr, "image", sum, "first");
-  Engine other(HostTest::MakeCatalog<SumNode>());
+  Engine other(Testing::MakeCatalog<SumNode>());
   Refusal(source, "image", other.CreateNode(SumNode::kType), "first");
 }
 

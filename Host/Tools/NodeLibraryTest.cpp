@@ -11,16 +11,16 @@
 
 #include "Host/Image/Image.h"
 #include "Host/Tools/Engine.h"
-#include "Tests/HostTestSupport.h"
-#include "Tests/TestNodes.h"
+#include "Tests/Support/HostTesting.h"
+#include "Tests/Support/TestNodes.h"
 
 namespace {
 
-using HostTest::Contains;
 using ScEng::NodeCatalog;
 using ScEng::NodeLibrary;
 using ScEng::RefPtr;
 using ScEng::Status;
+using Testing::Contains;
 
 std::filesystem::path LibraryFile(const std::string& name) {
   return std::filesystem::path(VALUE_TEST_LIBRARIES) / (name + ".so");
@@ -86,10 +86,10 @@ TEST(NodeLibrary, FolderInsteadOfAFile) {
 }
 
 TEST(NodeLibrary, TextInsteadOfALibrary) {
-  const HostTest::TemporaryFolder folder;
-  HostTest::WriteText(folder / "letter.so", "Dear host, I am no library.\n");
+  const Testing::TemporaryFolder folder;
+  Testing::WriteText(folder / "letter.so", "Dear host, I am no library.\n");
   EXPECT_TRUE(Contains(Failure(folder / "letter.so"), "cannot be loaded"));
-  HostTest::WriteText(folder / "empty.so", "");
+  Testing::WriteText(folder / "empty.so", "");
   Failure(folder / "empty.so");
 }
 
@@ -130,7 +130,7 @@ TEST(NodeLibrary, EntryPointThatThrows) {
 
 // ---- The catalogue ----
 
-class FirstNode : public HostTest::TestNode {
+class FirstNode : public Testing::TestNode {
  public:
   static constexpr NodeType kType{10, 16, 10};
   static constexpr const char* kName = "FirstNode";
@@ -158,7 +158,7 @@ class SameNameNode : public FirstNode {
 
 template <class NodeClass>
 RefPtr<NodeInterface> MakeDescriptor() {
-  return RefPtr<NodeInterface>(new HostTest::TestDescriptor<NodeClass>);
+  return RefPtr<NodeInterface>(new Testing::TestDescriptor<NodeClass>);
 }
 
 TEST(NodeCatalog, RefusesNumbersAndNamesThatAreTaken) {

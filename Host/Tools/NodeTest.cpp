@@ -7,14 +7,14 @@
 #include <string>
 
 #include "Host/Tools/LibraryInterface.h"
-#include "Tests/TestNodes.h"
+#include "Tests/Support/TestNodes.h"
 
 namespace {
 
 using ScEng::RefPtr;
 
 /// Two single inputs around one that takes many, three attributes, two outputs, and an old attribute name.
-class PluggedNode : public HostTest::TestNode {
+class PluggedNode : public Testing::TestNode {
  public:
   PluggedNode() {
     Add("amount", 1.0, 0.0, 10.0, 0.1, 2);
@@ -110,7 +110,7 @@ TEST(Node, AnswersForPlugsInEveryForm) {
 }
 
 TEST(Node, DefaultsOfTheVirtualOperations) {
-  class PlainNode : public HostTest::TestNode {
+  class PlainNode : public Testing::TestNode {
    public:
     PlainNode() { UpdateInplugsAndOutplugs(); }
     [[nodiscard]] NodeType GetNodeType() const override { return {}; }

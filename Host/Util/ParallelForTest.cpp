@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
@@ -107,7 +107,7 @@ RC_GTEST_PROP(ParallelFor, PiecesJoinWithoutGapAndKeepToTheChunk, ()) {
 }
 
 TEST(ParallelFor, RunsAsManyPiecesAtOnceAsThereAreCores) {
-  const HostTest::ThreadsScope scope(1);
+  const Testing::ThreadsScope scope(1);
   const int threads = CountThreads();
   // Each piece waits until all have begun: with fewer threads this would never end, so it gives up.
   std::atomic<int> begun = 0;

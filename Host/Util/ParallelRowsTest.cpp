@@ -13,12 +13,12 @@
 #include <vector>
 
 #include "Host/Util/Status.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
-using HostTest::ThreadsScope;
 using ScEng::ParallelRows;
+using Testing::ThreadsScope;
 
 TEST(ParallelRows, CoversEachIndexOnce) {
   for (const std::size_t threads : {1U, 2U, 16U}) {

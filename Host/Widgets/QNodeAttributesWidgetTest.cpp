@@ -20,8 +20,8 @@
 
 #include "Host/Image/Image.h"
 #include "Host/Tools/Engine.h"
-#include "Tests/HostTestSupport.h"
-#include "Tests/TestNodes.h"
+#include "Tests/Support/HostTesting.h"
+#include "Tests/Support/TestNodes.h"
 #include "Tests/Widgets/WidgetTesting.h"
 
 namespace {
@@ -32,7 +32,7 @@ using WidgetTest::ShowAndActivate;
 using WidgetTest::Type;
 
 /// A node with an attribute of every kind. It makes an image of one pixel: "amount", or 1000 when "tiled" is on.
-class PanelNode : public HostTest::TestNode {
+class PanelNode : public Testing::TestNode {
  public:
   static constexpr NodeType kType{90, 1, 1};
   static constexpr const char* kName = "PanelNode";
@@ -63,7 +63,7 @@ class PanelNode : public HostTest::TestNode {
 };
 
 /// Delivers a number.
-class SourceNode : public HostTest::TestNode {
+class SourceNode : public Testing::TestNode {
  public:
   static constexpr NodeType kType{90, 1, 2};
   static constexpr const char* kName = "SourceNode";
@@ -77,7 +77,7 @@ class SourceNode : public HostTest::TestNode {
   [[nodiscard]] PlugValue GetOutputValue(unsigned) const override { return 7.0; }
 };
 
-class BareNode : public HostTest::TestNode {
+class BareNode : public Testing::TestNode {
  public:
   static constexpr NodeType kType{90, 1, 3};
   static constexpr const char* kName = "BareNode";
@@ -87,7 +87,7 @@ class BareNode : public HostTest::TestNode {
 
 class Panel : public testing::Test {
  protected:
-  Panel() : engine_(std::make_unique<Engine>(HostTest::MakeCatalog<PanelNode, SourceNode, BareNode>())) {
+  Panel() : engine_(std::make_unique<Engine>(Testing::MakeCatalog<PanelNode, SourceNode, BareNode>())) {
     node_ = engine_->CreateNode(PanelNode::kType);
     descriptor_ = engine_->GetCatalog().Find(PanelNode::kType);
     Make(nullptr);
@@ -408,8 +408,8 @@ TEST_F(Panel, APathCountsWhenItIsComplete) {
 }
 
 TEST_F(Panel, ChoosesAFileInADialog) {
-  const HostTest::TemporaryFolder folder;
-  HostTest::WriteText(folder / "hills.exr", "x");
+  const Testing::TemporaryFolder folder;
+  Testing::WriteText(folder / "hills.exr", "x");
   Of("file").SetFolder(folder.Path());
   QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QTest::mouseClick(Get<QAbstractButton>("file.browse"), Qt::LeftButton);

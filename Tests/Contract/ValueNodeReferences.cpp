@@ -8,10 +8,10 @@
 #include <limits>
 
 #include "Host/Math/Constants.h"
-#include "Value/Nodes/ClampReference.h"
-#include "Value/Nodes/CompareReference.h"
-#include "Value/Nodes/StepsReference.h"
-#include "Value/Nodes/ToValueReference.h"
+#include "Value/Nodes/Clamp/ClampReference.h"
+#include "Value/Nodes/Compare/CompareReference.h"
+#include "Value/Nodes/Steps/StepsReference.h"
+#include "Value/Nodes/ToValue/ToValueReference.h"
 
 namespace Testing {
 namespace {

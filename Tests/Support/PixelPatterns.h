@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Tests/Support/ValueTesting.h"
-#include "Value/Nodes/NeighborRule.h"
+#include "Value/Nodes/Components/NeighborRule.h"
 
 namespace Testing {
 

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "Tests/Support/ValueTesting.h"
-#include "Value/Nodes/ImageAmbientOcclusionNode.h"
-#include "Value/Nodes/ImageComponentEdgesNode.h"
-#include "Value/Nodes/ImageComputeGradientNode.h"
-#include "Value/Nodes/ImageConnectedComponentsNode.h"
-#include "Value/Nodes/ImageEuclideanDistanceNode.h"
-#include "Value/Nodes/ImageReliefNode.h"
+#include "Value/Nodes/AmbientOcclusion/ImageAmbientOcclusionNode.h"
+#include "Value/Nodes/Components/ImageComponentEdgesNode.h"
+#include "Value/Nodes/Components/ImageConnectedComponentsNode.h"
+#include "Value/Nodes/Distance/ImageEuclideanDistanceNode.h"
+#include "Value/Nodes/Gradient/ImageComputeGradientNode.h"
+#include "Value/Nodes/Relief/ImageReliefNode.h"
 
 namespace {
 

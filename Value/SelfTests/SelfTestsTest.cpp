@@ -12,7 +12,7 @@
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Testing/TestSession.h"
 #include "Host/Tools/Engine.h"
-#include "Tests/HostTestSupport.h"
+#include "Tests/Support/HostTesting.h"
 #include "Value/NodeTable.h"
 
 namespace {
@@ -56,8 +56,8 @@ class SelfTestsTest : public testing::Test {
     }
   }
 
-  HostTest::TemporaryFolder folder_;
-  HostTest::WorkingFolder working_folder_{folder_.Path()};
+  Testing::TemporaryFolder folder_;
+  Testing::WorkingFolder working_folder_{folder_.Path()};
   bool passed_ = true;
 };
 

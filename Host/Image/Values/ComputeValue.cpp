@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Image/ComputeValue.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include "Host/Image/Values/ValueOperationLoops.h"
+#include "Host/Util/ParallelRows.h"
+
+namespace {
+
+using ScEng::Box2I;
+using ScEng::SampleRange;
+using ScEng::ValueOperationLoops;
+
+// A block of every image taking part stays in the first cache level while it is fetched, computed, measured and
+// written.
+constexpr std::size_t kBlockSamples = 2048;
+using Block = std::array<float, kBlockSamples>;
+
+// A result of this size is out of the caches before anybody reads it, so it is written past them.
+constexpr std::size_t kStreamedSamples = std::size_t{1} << 21;
+
+// The definition: one virtual call per sample. Every other loop must give the same bits.
+void ComputeOne(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
+  auto& callable = const_cast<ValueOperation&>(operation);
+  for (std::size_t i = 0; i < count; ++i) to[i] = callable.Compute(values[i]);
+}
+
+void ComputeTwo(const ValueOperation& operation, const float* first, const float* second, float* to,
+                std::size_t count) {
+  auto& callable = const_cast<ValueOperation&>(operation);
+  for (std::size_t i = 0; i < count; ++i) to[i] = callable.Compute(first[i], second[i]);
+}
+
+ValueOperationLoops GetLoops(const ValueOperation& operation) {
+  return ScEng::FindValueOperationLoops(typeid(operation)).value_or(ValueOperationLoops{ComputeOne, ComputeTwo, true});
+}
+
+void StoreRange(const SampleRange& range, ValueOperation& operation) {
+  operation.min = range.IsEmpty() ? 0.0F : range.low;
+  operation.max = range.IsEmpty() ? 1.0F : range.high;
+}
+
+/// Where the result lies and what it is.
+struct Layout {
+  Box2I box;
+  bool all_boxes_equal = true;
+  unsigned color_mode = ColorMode::kValue;
+};
+
+Layout MakeLayout(const std::vector<const Image*>& images) {
+  Layout layout;
+  layout.box = images.front()->GetBox();
+  layout.color_mode = images.front()->GetColorMode();
+  for (const Image* image : images) {
+    const Box2I box = image->GetBox();
+    if (box != layout.box) layout.all_boxes_equal = false;
+    layout.box = ScEng::Union(layout.box, box);
+  }
+  const bool one_mode = std::all_of(images.begin(), images.end(), [&](const Image* image) {
+    return image->GetColorMode() == images.front()->GetColorMode();
+  });
+  if (!one_mode) layout.color_mode = ColorMode::kValue;
+  return layout;
+}
+
+/// The result without samples, or null when it cannot be made.
+std::unique_ptr<Image> MakeOutput(const Layout& layout, const Image& first) {
+  if (layout.box.Width() > Image::GetMaxSizeX() || layout.box.Height() > Image::GetMaxSizeY()) return nullptr;
+  ImageHeader header = first.GetImageHeader();
+  header.color_mode = layout.color_mode;
+  header.size_x = static_cast<int>(layout.box.Width());
+  header.size_y = static_cast<int>(layout.box.Height());
+  header.outside_value = 0.0F;
+  if (!layout.all_boxes_equal) {
+    header.pivot_x = static_cast<float>(header.pin_x - layout.box.left) / static_cast<float>(header.size_x);
+    header.pivot_y = static_cast<float>(header.pin_y - layout.box.top) / static_cast<float>(header.size_y);
+  }
+  try {
+    return std::make_unique<Image>(header, nullptr);
+  } catch (const std::length_error&) {
+    return nullptr;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+/// Hands out the samples of one image for any run of the result's pixels, in the result's colour mode.
+class Source {
+ public:
+  Source(const Image& image, const Layout& layout)
+      : image_(image),
+        channels_(static_cast<std::size_t>(ColorMode::GetNumChannels(layout.color_mode))),
+        mode_(layout.color_mode),
+        left_(image.GetBox().left - layout.box.left),
+        top_(image.GetBox().top - layout.box.top) {}
+
+  /// `count` pixels of row `y` from column `x` on: a pointer into the image where it holds them all in the right mode,
+  /// else `buffer`, filled.
+  const float* Fetch(std::int64_t x, std::int64_t y, std::size_t count, float* buffer) const {
+    const std::int64_t row = y - top_;
+    const std::int64_t from = std::max<std::int64_t>(x - left_, 0);
+    const std::int64_t to = std::min<std::int64_t>(x - left_ + static_cast<std::int64_t>(count), image_.GetSizeX());
+    const bool row_inside = row >= 0 && row < image_.GetSizeY();
+    const bool converted = mode_ != image_.GetColorMode();
+    const bool all_inside = row_inside && to - from == static_cast<std::int64_t>(count);
+    if (all_inside && !converted) return Pixel(from, row);
+    if (!all_inside) std::fill_n(buffer, count * channels_, image_.GetOutsideValue());
+    if (row_inside && from < to) {
+      float* inside = buffer + static_cast<std::size_t>(from - (x - left_)) * channels_;
+      ScEng::ConvertSamples(Pixel(from, row), image_.GetColorMode(), inside, mode_,
+                            static_cast<std::size_t>(to - from));
+    }
+    return buffer;
+  }
+
+ private:
+  const float* Pixel(std::int64_t x, std::int64_t y) const {
+    return image_.GetConstArray() + (y * image_.GetSizeX() + x) * image_.GetNumChannels();
+  }
+
+  const Image& image_;
+  std::size_t channels_;
+  unsigned mode_;
+  std::int64_t left_;
+  std::int64_t top_;
+};
+
+/// The ranges that a pass finds on the way.
+struct PassRanges {
+  SampleRange input;
+  SampleRange output;
+};
+
+/// Runs the operation over every block of the result.
+class Pass {
+ public:
+  Pass(const std::vector<const Image*>& images, const Layout& layout, ValueOperation& operation,
+       const ValueOperationLoops& loops, Image& output)
+      : operation_(operation), loops_(loops), output_(output.GetArray()) {
+    const auto channels = static_cast<std::size_t>(output.GetNumChannels());
+    for (const Image* image : images) sources_.emplace_back(*image, layout);
+    streamed_ = output.GetNumSamples() >= kStreamedSamples;
+    channels_ = channels;
+    width_ = static_cast<std::size_t>(output.GetSizeX());
+    rows_ = static_cast<std::size_t>(output.GetSizeY());
+    const bool one_mode = std::all_of(images.begin(), images.end(),
+                                      [&](const Image* image) { return image->GetColorMode() == layout.color_mode; });
+    if (layout.all_boxes_equal && one_mode) {
+      // Every image is one dense run of samples at the same places: no row ends to stop at.
+      flat_ = images;
+      width_ *= rows_;
+      rows_ = width_ == 0 ? 0 : 1;
+    }
+    block_pixels_ = kBlockSamples / std::max<std::size_t>(channels_, 1);
+    blocks_per_row_ = (width_ + block_pixels_ - 1) / block_pixels_;
+    measures_input_ = images.size() == 1 && !loops.reads_range && !images.front()->GetKnownSampleRange();
+  }
+
+  PassRanges Run() {
+    constexpr std::size_t kGrainBlocks = 32;
+    PassRanges total;
+    std::mutex mutex;
+    ScEng::ParallelRows(rows_ * blocks_per_row_, kGrainBlocks, [&](std::size_t from, std::size_t to) {
+      const PassRanges part = RunBlocks(from, to);
+      const std::lock_guard lock(mutex);
+      total.input.Include(part.input);
+      total.output.Include(part.output);
+    });
+    return total;
+  }
+
+ private:
+  PassRanges RunBlocks(std::size_t from, std::size_t to) const {
+    alignas(64) Block fetched;
+    alignas(64) Block even;
+    alignas(64) Block odd;
+    PassRanges ranges;
+    for (std::size_t index = from; index < to; ++index) {
+      const std::size_t y = index / blocks_per_row_;
+      const std::size_t x = (index % blocks_per_row_) * block_pixels_;
+      const std::size_t pixels = std::min(block_pixels_, width_ - x);
+      const std::size_t count = pixels * channels_;
+      float* target = output_ + (y * width_ + x) * channels_;
+
+      // A result that is folded further, or streamed, is made in a block of its own first.
+      const float* result = Fetch(0, x, y, pixels, odd.data());
+      if (sources_.size() == 1) {
+        if (measures_input_) ranges.input.Include(ScEng::MeasureRange(result, count));
+        float* made = streamed_ ? even.data() : target;
+        loops_.one(operation_, result, made, count);
+        result = made;
+      }
+      for (std::size_t i = 1; i < sources_.size(); ++i) {
+        const bool last = i + 1 == sources_.size();
+        float* made = last && !streamed_ ? target : (i % 2 == 1 ? even.data() : odd.data());
+        loops_.two(operation_, result, Fetch(i, x, y, pixels, fetched.data()), made, count);
+        result = made;
+      }
+      ranges.output.Include(streamed_ ? ScEng::StreamSamples(result, target, count, FindNext(index + 1, to))
+                                      : ScEng::MeasureFiniteRange(result, count));
+    }
+    return ranges;
+  }
+
+  /// The first image's samples of the next block, where it is a whole one in one piece.
+  const float* FindNext(std::size_t next, std::size_t end) const {
+    if (flat_.empty() || next >= end || next + 1 >= blocks_per_row_) return nullptr;
+    return flat_.front()->GetConstArray() + next * block_pixels_ * channels_;
+  }
+
+  const float* Fetch(std::size_t source, std::size_t x, std::size_t y, std::size_t pixels, float* buffer) const {
+    if (!flat_.empty()) return flat_[source]->GetConstArray() + x * channels_;
+    return sources_[source].Fetch(static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), pixels, buffer);
+  }
+
+  ValueOperation& operation_;
+  const ValueOperationLoops& loops_;
+  float* output_;
+  std::vector<Source> sources_;
+  std::vector<const Image*> flat_;
+  std::size_t channels_ = 1;
+  std::size_t width_ = 0;
+  std::size_t rows_ = 0;
+  std::size_t block_pixels_ = 0;
+  std::size_t blocks_per_row_ = 0;
+  bool streamed_ = false;
+  bool measures_input_ = false;
+};
+
+float FoldOutsideValues(const std::vector<const Image*>& images, ValueOperation& operation) {
+  float folded = images.front()->GetOutsideValue();
+  for (std::size_t i = 1; i < images.size(); ++i) folded = operation.Compute(folded, images[i]->GetOutsideValue());
+  return folded;
+}
+
+}  // namespace
+
+Image* ComputeValue(const Image* image, ValueOperation* operation) {
+  return ComputeValue(std::vector<const Image*>{image}, operation);
+}
+
+Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation) {
+  const bool any_null = std::find(images.begin(), images.end(), nullptr) != images.end();
+  if (images.empty() || any_null || operation == nullptr) return nullptr;
+
+  const Layout layout = MakeLayout(images);
+  std::unique_ptr<Image> output = MakeOutput(layout, *images.front());
+  if (!output) return nullptr;
+
+  const ValueOperationLoops loops = GetLoops(*operation);
+  const bool single = images.size() == 1;
+  if (single && loops.reads_range) StoreRange(images.front()->GetSampleRange(), *operation);
+
+  const PassRanges ranges = Pass(images, layout, *operation, loops, *output).Run();
+  if (single && !loops.reads_range) {
+    const auto known = images.front()->GetKnownSampleRange();
+    if (!known) images.front()->RememberSampleRange(ranges.input);
+    StoreRange(known.value_or(ranges.input), *operation);
+  }
+
+  output->SetValueLowHigh(ranges.output.IsEmpty() ? 0.0F : ranges.output.low,
+                          ranges.output.IsEmpty() ? 0.0F : ranges.output.high);
+  if (!single) output->SetOutsideValue(FoldOutsideValues(images, *operation));
+  return output.release();
+}

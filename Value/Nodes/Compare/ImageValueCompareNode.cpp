@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Value/Nodes/Compare/ImageValueCompareNode.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+#include "Host/Image/Image.h"
+#include "Value/Core/AttributeTable.h"
+#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Nodes/Compare/Compare.h"
+
+namespace {
+
+enum : unsigned { kPrecision };
+
+// One hundred-thousandth is missing from the list, so the labels above the gap are ten times finer than their steps.
+constexpr AttributeRow kAttributes[] = {
+    ChoiceRow("precision", 4,
+              "0.0000000001,0.000000001,0.00000001,0.0000001,0.000001,0.0001,0.001,0.01,0.1,1.0,10.0,100.0,1000.0,"
+              "10000.0,100000.0,1000000.0,10000000.0,100000000.0,1000000000.0"),
+};
+
+struct OutputRow {
+  const char* name;
+  const char* alias;
+  Compare::Relation relation;
+};
+
+constexpr OutputRow kOutputs[] = {
+    {"image_a_l_b", "a < b", Compare::Relation::kLess},
+    {"image_a_le_b", "a <= b", Compare::Relation::kLessEqual},
+    {"image_a_eq_b", "a == b", Compare::Relation::kEqual},
+    {"image_a_df_b", "a != b", Compare::Relation::kDifferent},
+    {"image_a_ge_b", "a >= b", Compare::Relation::kGreaterEqual},
+    {"image_a_g_b", "a > b", Compare::Relation::kGreater},
+};
+
+/// A result over a box, pinned where image a is, its samples unset.
+Image* MakeUnion(const Image& a, const ScEng::Box2I& box) {
+  ImageHeader header = ImageHeader::Fresh(0, 0, ColorMode::kValue);
+  // Beyond the 32-bit range every size is beyond the maximum, which the constructor refuses.
+  constexpr std::int64_t kLargest = INT32_MAX;
+  header.size_x = static_cast<int>(std::min(box.Width(), kLargest));
+  header.size_y = static_cast<int>(std::min(box.Height(), kLargest));
+  header.pin_x = a.GetPinX();
+  header.pin_y = a.GetPinY();
+  header.pivot_x = static_cast<float>(a.GetPinX() - box.left) / static_cast<float>(header.size_x);
+  header.pivot_y = static_cast<float>(a.GetPinY() - box.top) / static_cast<float>(header.size_y);
+  return new Image(header, nullptr);
+}
+
+}  // namespace
+
+ImageValueCompareNode::ImageValueCompareNode() {
+  DeclareAttributes(*this, attributes_, kAttributes);
+  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image_a"), PlugRecord::Input(PlugType::kImage, "image_b")};
+  for (const OutputRow& row : kOutputs) outplugs_.push_back(PlugRecord::Output(PlugType::kImage, row.name));
+  UpdateInplugsAndOutplugs();
+}
+
+NodeType ImageValueCompareNode::GetNodeType() const { return kNodeType<ImageValueCompareNode>; }
+std::string ImageValueCompareNode::GetName() const { return kDisplayName<ImageValueCompareNode>; }
+
+std::string ImageValueCompareNode::GetOutplugAlias(unsigned outplug) const {
+  return outplug < std::size(kOutputs) ? kOutputs[outplug].alias : GetOutplugName(outplug);
+}
+
+void ImageValueCompareNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+  if (evaluation >= std::size(kOutputs)) return;
+  outputs_.Release(evaluation);
+  // Disabled, the node passes nothing through: no input is what a comparison would be.
+  if (!IsEnabled()) return;
+  const EvaluatedInputs evaluated(*this, inputs);
+  const Image* a = evaluated.GetImage(0);
+  const Image* b = evaluated.GetImage(1);
+  if (a == nullptr && b == nullptr) return;
+
+  constexpr float kZero = 0.0F;
+  if (a == nullptr || b == nullptr) {
+    const Image& present = a != nullptr ? *a : *b;
+    auto* output = new Image(present.GetSizeX(), present.GetSizeY(), ColorMode::kValue, &kZero);
+    outputs_.Set(evaluation, output);
+    output->SetPin(present.GetPinX(), present.GetPinY());
+    output->SetPivot(present.GetPivotX(), present.GetPivotY());
+    return;
+  }
+  const ScEng::Box2I box = ScEng::Union(a->GetBox(), b->GetBox());
+  Image* output = MakeUnion(*a, box);
+  outputs_.Set(evaluation, output);
+  if (a->GetColorMode() != b->GetColorMode()) {
+    // Images of different colour modes do not compare.
+    std::fill_n(output->GetArray(), output->GetNumSamples(), 0.0F);
+    return;
+  }
+  const Compare::Rounding rounding(evaluated.GetChoiceIndex(kPrecision));
+  Compare::Apply(*a, *b, rounding, kOutputs[evaluation].relation, box, output->GetArray());
+}

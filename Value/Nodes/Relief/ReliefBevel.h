@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "Host/Image/Image.h"
+#include "Value/Nodes/Relief/ReliefProfile.h"
+
+/// The bevel styles of the Relief node: rings of rising level around the edge of a mask, each drawn over the one
+/// before.
+namespace ReliefBevel {
+
+/// One bevel. Step i of `steps` draws where the mask is set once it is grown by `start` - i pixels, or shrunk where
+/// that is negative, with the level of t = (i + 1) * (1 / steps), or of 1 - t when inverted.
+struct Rings {
+  int steps = 0;  ///< Nothing is drawn when it is not positive.
+  int start = 0;
+  bool is_inverted = false;
+  ReliefProfile profile = ReliefProfile::kLinear;
+};
+
+/// The level of a ring, in single precision: linear v, smooth (3 - 2v) * v^2, arc out sqrt(1 - (v - 1)^2), arc in
+/// 1 - sqrt(1 - v^2).
+float GetLevel(ReliefProfile profile, float v);
+
+/// Draws a bevel as it is defined: one copy of the mask for each step, grown or shrunk by a disc and filled into the
+/// output. `output` and `mask` are images of one size in the value mode.
+///
+/// Takes time in proportion to the steps, and to their offsets where the mask has more than two different samples.
+void DrawStepByStep(const Image& mask, bool wrap, const Rings& rings, Image& output);
+
+/// What the bevels of one mask have in common.
+class Analysis {
+ public:
+  /// The mask must outlive the analysis.
+  Analysis(const Image& mask, bool wrap);
+
+  /// Draws the same samples as `DrawStepByStep`.
+  ///
+  /// Where every sample of the mask is at most 0 or at least 1, a pixel belongs to all rings from the first on up to
+  /// one that its exact distance from the edge tells. The distances are found once, for all bevels of the mask.
+  void Draw(const Rings& rings, Image& output);
+
+ private:
+  void FindGrown();
+  void FindShrunk();
+
+  const Image& mask_;
+  bool wrap_;
+  bool is_hard_;
+  /// The least number of pixels by which the mask must grow (negative: may shrink) for a pixel to be set.
+  std::vector<std::int16_t> least_offsets_;
+  bool has_grown_ = false;
+  bool has_shrunk_ = false;
+};
+
+}  // namespace ReliefBevel

@@ -1,0 +1,464 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Value/Nodes/Relief/ReliefLevels.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Tests/Support/InstructionSets.h"
+#include "Tests/Support/ValueTesting.h"
+
+namespace {
+
+using Testing::AreSame;
+using Testing::kInfinity;
+using Testing::kLargest;
+using Testing::kNan;
+using Testing::kSmallest;
+using Testing::OnEveryInstructionSet;
+
+constexpr std::array kProfiles = {ReliefProfile::kLinear, ReliefProfile::kSmooth, ReliefProfile::kArcOut,
+                                  ReliefProfile::kArcIn};
+
+/// A mask with all that goes with it; every pixel is computed unless the test says otherwise.
+struct Scene {
+  int width = 0;
+  int height = 0;
+  std::vector<float> mask;
+  std::vector<float> grown = std::vector<float>(mask.size(), 1.0F);
+  bool wrap = false;
+  int radius = 1;
+  ReliefProfile profile = ReliefProfile::kLinear;
+  float low = 0.0F;
+  float high = 1.0F;
+
+  [[nodiscard]] ReliefLevels::Field GetField() const {
+    return {mask.data(), grown.data(), width, height, wrap, radius, profile, low, high};
+  }
+};
+
+Scene MakeRowScene(const std::vector<float>& mask, int radius) {
+  Scene scene{static_cast<int>(mask.size()), 1, mask};
+  scene.radius = radius;
+  return scene;
+}
+
+std::vector<float> Compute(const Scene& scene) {
+  std::vector<float> output(scene.mask.size(), -1.0F);
+  const ReliefLevels::Analysis analysis(scene.GetField());
+  for (int y = 0; y < scene.height; y += 10) {
+    analysis.ComputeRows(y, std::min(y + 10, scene.height), output.data());
+  }
+  return output;
+}
+
+std::vector<float> ComputePlainly(const Scene& scene) {
+  std::vector<float> output(scene.mask.size(), -1.0F);
+  ReliefLevels::ComputeRowsPlainly(scene.GetField(), 0, scene.height, output.data());
+  return output;
+}
+
+/// The definition, from a table of the disc's offsets, with all roots in double precision.
+class Reference {
+ public:
+  explicit Reference(const Scene& scene) : scene_(scene) {
+    const int r = scene.radius;
+    for (int j = 0; j <= 2 * r; ++j) {
+      for (int i = 0; i <= 2 * r; ++i) {
+        const double dx = i - r;
+        const double dy = j - r;
+        const auto d = static_cast<float>(std::sqrt(dx * dx + dy * dy));
+        if (d < static_cast<float>(r)) disc_.push_back({i, j, d});
+      }
+    }
+  }
+
+  [[nodiscard]] std::vector<float> Compute() const {
+    std::vector<float> output(scene_.mask.size(), 0.0F);
+    for (int y = 0; y < scene_.height; ++y) {
+      for (int x = 0; x < scene_.width; ++x) {
+        if (scene_.grown[GetIndex(x, y)] > 0.0F) output[GetIndex(x, y)] = ComputePixel(x, y);
+      }
+    }
+    return output;
+  }
+
+ private:
+  struct Record {
+    std::int32_t i;
+    std::int32_t j;
+    float d;
+  };
+
+  [[nodiscard]] std::size_t GetIndex(int x, int y) const {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(scene_.width) + static_cast<std::size_t>(x);
+  }
+
+  static int Wrap(int at, int size) {
+    while (at < 0) at += size;
+    while (at >= size) at -= size;
+    return at;
+  }
+
+  [[nodiscard]] float GetLevel(float t) const {
+    const float u = 1.0F - t;
+    if (scene_.profile == ReliefProfile::kSmooth) {
+      const float slope = 3.0F - 2.0F * u;
+      const float square = u * u;
+      return slope * square;
+    }
+    if (scene_.profile == ReliefProfile::kArcOut) {
+      const float square = t * t;
+      return static_cast<float>(std::sqrt(static_cast<double>(1.0F - square)));
+    }
+    if (scene_.profile == ReliefProfile::kArcIn) {
+      const float square = u * u;
+      return 1.0F - static_cast<float>(std::sqrt(static_cast<double>(1.0F - square)));
+    }
+    return u;
+  }
+
+  [[nodiscard]] float ComputePixel(int x, int y) const {
+    const float a = scene_.mask[GetIndex(x, y)];
+    if (a >= scene_.high) return a;
+    const float range = scene_.high - scene_.low;
+    const float inverse = 1.0F / range;
+    float largest = scene_.low;
+    for (const Record& record : disc_) {
+      int source_x = x + record.i - scene_.radius;
+      int source_y = y + record.j - scene_.radius;
+      if (scene_.wrap) {
+        source_x = Wrap(source_x, scene_.width);
+        source_y = Wrap(source_y, scene_.height);
+      }
+      if (source_x < 0 || source_x >= scene_.width || source_y < 0 || source_y >= scene_.height) continue;
+      const float b = scene_.mask[GetIndex(source_x, source_y)];
+      const float q = (b - scene_.low) * inverse;
+      const float quotient = record.d / (static_cast<float>(scene_.radius) * q);
+      const float from_zero = 0.0F < quotient ? quotient : 0.0F;
+      const float t = from_zero < 1.0F ? from_zero : 1.0F;
+      const float candidate = GetLevel(t) * q * range + scene_.low;
+      if (largest < candidate) largest = candidate;
+    }
+    return largest;
+  }
+
+  const Scene& scene_;
+  std::vector<Record> disc_;
+};
+
+testing::AssertionResult AreSameSamples(const std::vector<float>& actual, const std::vector<float>& expected) {
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    if (AreSame(actual[i], expected[i])) continue;
+    return testing::AssertionFailure() << "sample " << i << " is " << testing::PrintToString(actual[i]) << ", not "
+                                       << testing::PrintToString(expected[i]);
+  }
+  return testing::AssertionSuccess();
+}
+
+class Random {
+ public:
+  explicit Random(std::uint32_t seed) : state_(seed) {}
+  /// A multiple of 2 to the -20 in [0, 1).
+  float Next() {
+    state_ = state_ * 1664525U + 1013904223U;
+    return static_cast<float>(state_ >> 12) / 1048576.0F;
+  }
+
+ private:
+  std::uint32_t state_;
+};
+
+/// Kinds of masks, each of which the search meets in another way.
+const std::vector<std::pair<const char*, std::function<float(int x, int y, Random&)>>> kMasks = {
+    {"Noise", [](int, int, Random& random) { return random.Next(); }},
+    {"Hills",
+     [](int x, int y, Random& random) {
+       const double hill = std::sin(0.21 * x) * std::cos(0.17 * y) + 0.4 * std::sin(0.9 * x + 0.7 * y);
+       return static_cast<float>(0.5 + 0.3 * hill) + 0.02F * random.Next();
+     }},
+    {"Peaks", [](int, int, Random& random) { return random.Next() > 0.98F ? random.Next() : 0.0F; }},
+    {"BlackAndWhite", [](int x, int y, Random&) { return x / 9 % 2 == 0 && y / 7 % 3 == 0 ? 1.0F : 0.0F; }},
+    {"Plain", [](int, int, Random&) { return 0.375F; }},
+    {"Ramp", [](int x, int y, Random&) { return 0.01F * static_cast<float>(x) + 0.004F * static_cast<float>(y); }},
+    // With a radius of 16, slopes as steep as the cone to the last bit.
+    {"Slopes", [](int x, int y, Random&) { return static_cast<float>((x + 3 * y) % 17) / 16.0F; }},
+    {"Terraces", [](int x, int y, Random&) { return static_cast<float>((x / 5 + y / 4) % 5) / 4.0F; }},
+    {"BeyondTheRange", [](int, int, Random& random) { return 3.0F * random.Next() - 1.5F; }},
+    {"Tiny", [](int, int, Random& random) { return random.Next() * 1e-38F; }},
+    {"Strange",
+     [](int, int, Random& random) {
+       const float pick = random.Next();
+       if (pick < 0.02F) return kNan;
+       if (pick < 0.03F) return -kInfinity;
+       if (pick < 0.035F) return kInfinity;
+       if (pick < 0.04F) return kLargest;
+       if (pick < 0.05F) return -kLargest;
+       return pick < 0.06F ? -0.0F : random.Next();
+     }},
+};
+
+Scene MakeScene(int width, int height, std::size_t kind, std::uint32_t seed) {
+  Scene scene{width, height, std::vector<float>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height))};
+  scene.grown.resize(scene.mask.size());
+  Random random(seed);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const auto i = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+      scene.mask[i] = kMasks[kind].second(x, y, random);
+      const float pick = random.Next();
+      scene.grown[i] = pick < 0.03F ? 0.0F : pick < 0.04F ? -1.0F : pick < 0.05F ? kNan : 0.001F;
+    }
+  }
+  return scene;
+}
+
+void ExpectSameAsReference(const Scene& scene) {
+  const std::vector<float> expected = Reference(scene).Compute();
+  EXPECT_TRUE(AreSameSamples(ComputePlainly(scene), expected)) << "the plain loop";
+  OnEveryInstructionSet([&] { EXPECT_TRUE(AreSameSamples(Compute(scene), expected)); });
+}
+
+/// Both computations of the product against numbers worked out by hand.
+void ExpectSamples(const Scene& scene, const std::vector<float>& expected) {
+  EXPECT_TRUE(AreSameSamples(ComputePlainly(scene), expected)) << "the plain loop";
+  OnEveryInstructionSet([&] { EXPECT_TRUE(AreSameSamples(Compute(scene), expected)); });
+}
+
+TEST(ReliefLevels, RaisesAConeFromAPixelOfFullHeight) {
+  ExpectSamples(MakeRowScene({0, 0, 0, 0, 1, 0, 0, 0, 0}, 4), {0, 0.25F, 0.5F, 0.75F, 1, 0.75F, 0.5F, 0.25F, 0});
+}
+
+TEST(ReliefLevels, MakesTheConeOfAPixelOfHalfTheHeightHalfAsWide) {
+  ExpectSamples(MakeRowScene({0, 0, 0, 0.5F, 0, 0, 0}, 4), {0, 0, 0.25F, 0.5F, 0.25F, 0, 0});
+}
+
+TEST(ReliefLevels, FollowsTheProfile) {
+  // At distance 2 of 4: t and u are 1/2.
+  Scene scene = MakeRowScene({1, 0, 0, 0, 0}, 4);
+  const std::array<float, 4> at_half = {0.5F, 0.5F, std::sqrt(0.75F), 1.0F - std::sqrt(0.75F)};
+  // At distance 1: t is 1/4, u is 3/4.
+  const std::array<float, 4> near = {0.75F, 27.0F / 32.0F, std::sqrt(15.0F / 16.0F), 1.0F - std::sqrt(7.0F / 16.0F)};
+  const std::array<float, 4> far = {0.25F, 5.0F / 32.0F, std::sqrt(7.0F / 16.0F), 1.0F - std::sqrt(15.0F / 16.0F)};
+  for (std::size_t i = 0; i < kProfiles.size(); ++i) {
+    SCOPED_TRACE(i);
+    scene.profile = kProfiles[i];
+    ExpectSamples(scene, {1.0F, near[i], at_half[i], far[i], 0.0F});
+  }
+}
+
+TEST(ReliefLevels, MeasuresHeightsAgainstTheRange) {
+  Scene scene = MakeRowScene({-2, -2, -2, 2, -2, -2, -2}, 4);
+  scene.low = -2.0F;
+  scene.high = 6.0F;
+  // q is 1/2: the cone is 2 wide and rises by 4.
+  ExpectSamples(scene, {-2, -2, 0, 2, 0, -2, -2});
+}
+
+TEST(ReliefLevels, StartsFromTheLowValue) {
+  Scene scene = MakeRowScene({-3, -3, -3}, 2);
+  ExpectSamples(scene, {0, 0, 0});
+}
+
+TEST(ReliefLevels, KeepsPixelsFromTheHighValueUp) {
+  ExpectSamples(MakeRowScene({1.0F, 3.0F, 1.5F}, 5), {1.0F, 3.0F, 1.5F});
+}
+
+TEST(ReliefLevels, EndsTheBumpOfAPixelBeyondTheRangeAtTheRadius) {
+  // q is 2: t is d / 8.
+  ExpectSamples(MakeRowScene({2, 0, 0, 0, 0, 0}, 4), {2, 1.75F, 1.5F, 1.25F, 0, 0});
+}
+
+TEST(ReliefLevels, LeavesPixelsOutsideTheGrownMaskAtZero) {
+  Scene scene = MakeRowScene({5, 5, 5, 7}, 2);
+  scene.low = 4.0F;
+  scene.high = 6.0F;
+  scene.grown = {0.0F, 0.25F, kNan, -1.0F};
+  // The second pixel: q is 1/2 of its own and its neighbours, 3/2 of the one at distance 2, which is out of reach.
+  ExpectSamples(scene, {0, 5, 0, 0});
+}
+
+TEST(ReliefLevels, WithARadiusOfOneLetsEachPixelCountForItselfOnly) {
+  ExpectSamples(MakeRowScene({0.25F, 0.75F, -1.0F, 2.0F, kNan}, 1), {0.25F, 0.75F, 0.0F, 2.0F, 0.0F});
+}
+
+TEST(ReliefLevels, TilesWhereItWraps) {
+  Scene scene = MakeRowScene({1, 0, 0, 0, 0, 0}, 4);
+  ExpectSamples(scene, {1, 0.75F, 0.5F, 0.25F, 0, 0});
+  scene.wrap = true;
+  ExpectSamples(scene, {1, 0.75F, 0.5F, 0.25F, 0.5F, 0.75F});
+}
+
+TEST(ReliefLevels, NeverLetsANanWin) {
+  ExpectSamples(MakeRowScene({kNan, 0.5F, 0, kNan}, 4), {0.25F, 0.5F, 0.25F, 0.0F});
+}
+
+TEST(ReliefLevels, RaisesEverythingInReachOfAnInfinitePixelToInfinity) {
+  ExpectSamples(MakeRowScene({0, 0.5F, 0, -kInfinity, 0, kInfinity}, 4),
+                {0.25F, 0.5F, kInfinity, kInfinity, kInfinity, kInfinity});
+}
+
+TEST(ReliefLevels, GivesTheLowValueWhereTheRangeIsEmpty) {
+  Scene scene = MakeRowScene({0.5F, 0.25F, 0.75F, kNan, -0.5F}, 3);
+  scene.low = 0.5F;
+  scene.high = 0.5F;
+  ExpectSamples(scene, {0.5F, 0.5F, 0.75F, 0.5F, 0.5F});
+}
+
+TEST(ReliefLevels, TakesTheLargestOfTheDiscWhereTheRangeIsReversed) {
+  Scene scene = MakeRowScene({0.0F, -1.0F, 0.5F, -1.0F, -1.0F, 3.0F}, 2);
+  scene.low = 0.25F;
+  scene.high = 0.125F;
+  // At or above 0.125 a pixel keeps its value; the others take the largest within one pixel that is above 0.25.
+  ExpectSamples(scene, {0.25F, 0.5F, 0.5F, 0.5F, 3.0F, 3.0F});
+}
+
+TEST(ReliefLevels, AnEmptyImageIsNoTrouble) {
+  const Scene scene{0, 0, {}};
+  EXPECT_TRUE(Compute(scene).empty());
+}
+
+TEST(ReliefLevels, IsTheSameAsThePlainLoopForEveryKindOfMask) {
+  for (std::size_t kind = 0; kind < kMasks.size(); ++kind) {
+    Scene scene = MakeScene(37, 29, kind, 5);
+    for (const int radius : {2, 7, 16}) {
+      for (const bool wrap : {false, true}) {
+        for (const ReliefProfile profile : kProfiles) {
+          SCOPED_TRACE(std::string(kMasks[kind].first) + ", radius " + std::to_string(radius) + ", wrap " +
+                       std::to_string(wrap) + ", profile " + std::to_string(static_cast<int>(profile)));
+          scene.radius = radius;
+          scene.wrap = wrap;
+          scene.profile = profile;
+          ExpectSameAsReference(scene);
+        }
+      }
+    }
+  }
+}
+
+TEST(ReliefLevels, IsTheSameAsThePlainLoopForEverySize) {
+  constexpr std::array<std::array<int, 2>, 11> kSizes = {
+      {{1, 1}, {1, 31}, {31, 1}, {2, 3}, {7, 5}, {8, 10}, {9, 11}, {64, 4}, {65, 13}, {3, 67}, {127, 2}}};
+  for (const auto& [width, height] : kSizes) {
+    for (const std::size_t kind : {0U, 1U, 10U}) {
+      Scene scene = MakeScene(width, height, kind, static_cast<std::uint32_t>(width * 131 + height));
+      for (const int radius : {1, 3, 12, 70}) {
+        scene.radius = radius;
+        scene.profile = kProfiles[static_cast<std::size_t>(radius) % 4];
+        for (const bool wrap : {false, true}) {
+          SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height) + ", kind " + std::to_string(kind) +
+                       ", radius " + std::to_string(radius) + ", wrap " + std::to_string(wrap));
+          scene.wrap = wrap;
+          ExpectSameAsReference(scene);
+        }
+      }
+    }
+  }
+}
+
+TEST(ReliefLevels, IsTheSameAsThePlainLoopAtTheLargestRadius) {
+  for (const ReliefProfile profile : kProfiles) {
+    Scene scene = MakeScene(17, 3, 1, 3);
+    scene.radius = 250;
+    scene.wrap = profile != ReliefProfile::kSmooth;
+    scene.profile = profile;
+    SCOPED_TRACE(static_cast<int>(profile));
+    ExpectSameAsReference(scene);
+  }
+}
+
+TEST(ReliefLevels, IsTheSameAsThePlainLoopForEveryRange) {
+  constexpr std::array<std::array<float, 2>, 14> kRanges = {{{0.0F, 1.0F},
+                                                             {-1.0F, 0.5F},
+                                                             {0.3F, 0.9F},
+                                                             {1.0F, 0.0F},
+                                                             {0.7F, 0.7F},
+                                                             {-0.0F, 1.0F},
+                                                             {0.5F, kLargest},
+                                                             {-kLargest, kLargest},
+                                                             {0.0F, kSmallest},
+                                                             {0.0F, 1e-30F},
+                                                             {0.0F, kInfinity},
+                                                             {-kInfinity, 1.0F},
+                                                             {kNan, 1.0F},
+                                                             {0.0F, kNan}}};
+  for (const std::size_t kind : {0U, 1U, 10U}) {
+    Scene scene = MakeScene(29, 23, kind, 11);
+    for (const auto& [low, high] : kRanges) {
+      for (const ReliefProfile profile : kProfiles) {
+        SCOPED_TRACE(testing::PrintToString(low) + " to " + testing::PrintToString(high) + ", kind " +
+                     std::to_string(kind) + ", profile " + std::to_string(static_cast<int>(profile)));
+        scene.low = low;
+        scene.high = high;
+        scene.radius = 6;
+        scene.wrap = profile == ReliefProfile::kArcOut;
+        scene.profile = profile;
+        ExpectSameAsReference(scene);
+      }
+    }
+  }
+}
+
+TEST(ReliefLevels, DoesNotDependOnHowTheRowsAreSplit) {
+  Scene scene = MakeScene(75, 64, 1, 9);
+  scene.radius = 40;
+  scene.wrap = true;
+  const std::vector<float> expected = Compute(scene);
+  const ReliefLevels::Analysis analysis(scene.GetField());
+  for (const int rows : {1, 2, 7, 64}) {
+    std::vector<float> output(scene.mask.size(), -1.0F);
+    for (int y = 0; y < scene.height; y += rows) {
+      analysis.ComputeRows(y, std::min(y + rows, scene.height), output.data());
+    }
+    EXPECT_TRUE(AreSameSamples(output, expected)) << rows;
+  }
+}
+
+TEST(ReliefLevels, WritesNoOtherRows) {
+  Scene scene = MakeScene(20, 12, 0, 1);
+  scene.radius = 5;
+  std::vector<float> output(scene.mask.size(), -7.0F);
+  ReliefLevels::Analysis(scene.GetField()).ComputeRows(3, 9, output.data());
+  EXPECT_TRUE(std::all_of(output.begin(), output.begin() + 60, [](float value) { return value == -7.0F; }));
+  EXPECT_TRUE(std::none_of(output.begin() + 60, output.begin() + 180, [](float value) { return value == -7.0F; }));
+  EXPECT_TRUE(std::all_of(output.begin() + 180, output.end(), [](float value) { return value == -7.0F; }));
+}
+
+RC_GTEST_PROP(ReliefLevels, IsTheSameAsThePlainLoopForAnyMask, ()) {
+  const int width = *rc::gen::inRange(1, 24);
+  const int height = *rc::gen::inRange(1, 16);
+  Scene scene =
+      MakeScene(width, height, *rc::gen::inRange(std::size_t{0}, kMasks.size()), *rc::gen::arbitrary<std::uint32_t>());
+  scene.radius = *rc::gen::inRange(1, 30);
+  scene.wrap = *rc::gen::arbitrary<bool>();
+  scene.profile = *rc::gen::elementOf(kProfiles);
+  const auto number = rc::gen::map(rc::gen::inRange(-8, 9), [](int i) { return 0.25F * static_cast<float>(i); });
+  scene.low = *number;
+  scene.high = *number;
+  RC_ASSERT(AreSameSamples(Compute(scene), Reference(scene).Compute()));
+}
+
+RC_GTEST_PROP(ReliefLevels, IsNeverBelowThePixelNorBelowTheLowValue, ()) {
+  Scene scene = MakeScene(*rc::gen::inRange(1, 40), *rc::gen::inRange(1, 30), 0, *rc::gen::arbitrary<std::uint32_t>());
+  scene.radius = *rc::gen::inRange(1, 60);
+  scene.profile = *rc::gen::elementOf(kProfiles);
+  scene.low = 0.25F;
+  const std::vector<float> output = Compute(scene);
+  for (std::size_t i = 0; i < output.size(); ++i) {
+    if (!(scene.grown[i] > 0.0F)) continue;
+    RC_ASSERT(output[i] >= scene.low);
+    // A pixel's own candidate is (b - low) / range * range + low, with three roundings.
+    RC_ASSERT(output[i] >= scene.mask[i] - 1e-6F);
+  }
+}
+
+}  // namespace
