@@ -5,29 +5,38 @@
 
 #include "Host/Image/Gradient.h"
 #include "Host/Image/Image.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/ValueLibrary.h"
 
 namespace {
 
-enum : unsigned { kSeamless };
 enum : std::size_t { kOutputX, kOutputY };
 
-constexpr AttributeRow kAttributes[] = {
-    FlagRow("seamless", true),
-};
+constexpr AttributeRow kSeamless =
+    FlagRow("seamless", true, "Treats the image as a tile: at the border the neighbour on the opposite side counts.");
+constexpr AttributeRow kAttributes[] = {kSeamless};
+
+constexpr PlugRow kOutputs[] = {ImagePlug("output_x"), ImagePlug("output_y")};
+
+Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
+  return Reach::Rows(1, EvaluatedInputs(node, inputs).GetFlag(kSeamless));
+}
 
 }  // namespace
 
-ImageComputeGradientNode::ImageComputeGradientNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "output_x"), PlugRecord::Output(PlugType::kImage, "output_y")};
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageComputeGradientNode::GetNodeType() const { return kNodeType<ImageComputeGradientNode>; }
-std::string ImageComputeGradientNode::GetName() const { return kDisplayName<ImageComputeGradientNode>; }
+constinit const NodeRecord ImageComputeGradientNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageComputeGradientNode",
+    .display_name = "Value Gradient",
+    .type = NodeType(10, 320, 48),
+    .icon = "Gradient",
+    .group = "Shape",
+    .sentence = "Gives the slope of a value image along x and along y.",
+    .keywords = "slope,derivative,normal,sobel,steepness,incline,edge",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kOutputs,
+    .reach = FindReach,
+};
 
 void ImageComputeGradientNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   outputs_.ReleaseAll();

@@ -14,27 +14,35 @@
 #include "Host/Math/Geometry.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/ThreadPool.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
-#include "Value/Core/EvaluationFrame.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Relief/ReliefBevel.h"
 #include "Value/Nodes/Relief/ReliefLevels.h"
 #include "Value/Nodes/Relief/ReliefProfile.h"
+#include "Value/SelfTests/SelfTests.h"
 
 namespace {
 
-enum : unsigned { kRadius, kMultiplier, kStyle, kProfile, kSoften, kGrow, kSeamless };
 enum : int { kLevels, kInnerBevel, kOuterBevel, kEmboss, kPillowEmboss };
 
-constexpr AttributeRow kAttributes[] = {
-    NumberRow("radius", 1.0, 0.0, 250.0, 1.0, 0),
-    NumberRow("multiplier", 1.0, -1000.0, 1000.0, 1.0, 2),
-    ChoiceRow("style", 0, "levels,inner_bevel,outer_bevel,emboss,pillow_emboss"),
-    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in"),
-    NumberRow("soften", 0.0, 0.0, 16.0, 1.0, 0),
-    FlagRow("grow", false),
-    FlagRow("seamless", true),
-};
+constexpr AttributeRow kRadius =
+    NumberRow("radius", 1.0, 0.0, 250.0, 1.0, 0, "How far the slope reaches.").WithUnit("px");
+constexpr AttributeRow kMultiplier =
+    NumberRow("multiplier", 1.0, -1000.0, 1000.0, 1.0, 2,
+              "The factor of the finished relief: negative values turn hills into hollows.");
+constexpr AttributeRow kStyle =
+    ChoiceRow("style", 0, "levels,inner_bevel,outer_bevel,emboss,pillow_emboss",
+              "Which relief is made: levels raises a cone or dome on every pixel, as wide as the pixel is high; the "
+              "others cut a slope inside the edges of a mask, outside of them, or on both sides.");
+constexpr AttributeRow kProfile =
+    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The cross-section of the slope.");
+constexpr AttributeRow kSoften = NumberRow("soften", 0.0, 0.0, 16.0, 1.0, 0,
+                                           "Blurs the mask before the relief is made, by a Gaussian of this sigma.")
+                                     .WithUnit("px");
+constexpr AttributeRow kGrow = FlagRow(
+    "grow", false, "Enlarges the result by the radius on every side, so that what spreads outward is not cut off.");
+constexpr AttributeRow kSeamless =
+    FlagRow("seamless", true, "Treats the image as a tile: what leaves it on one side enters on the other.");
+constexpr AttributeRow kAttributes[] = {kRadius, kMultiplier, kStyle, kProfile, kSoften, kGrow, kSeamless};
 
 /// What the attributes ask for, as far as the styles need it.
 struct Settings {
@@ -132,17 +140,33 @@ void Multiply(Image& image, float factor) {
   image.SetValueLowHigh(std::min(0.0F, factor), std::max(0.0F, factor));
 }
 
-}  // namespace
-
-ImageReliefNode::ImageReliefNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-  UpdateInplugsAndOutplugs();
+/// The blur reads four sigmas of rows, the styles a radius, levels one more for the pixels that it leaves out.
+Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
+  const EvaluatedInputs evaluated(node, inputs);
+  const std::int64_t radius_px = std::max(evaluated.GetWholePixels(kRadius), 0);
+  const std::int64_t soften_px = std::max(evaluated.GetWholePixels(kSoften), 0);
+  const bool is_levels = evaluated.GetChoiceIndex(kStyle) == kLevels;
+  return Reach::Rows(4 * soften_px + radius_px + 1, evaluated.GetFlag(kSeamless),
+                     is_levels ? Reach::Range::kDeclared : Reach::Range::kNone);
 }
 
-NodeType ImageReliefNode::GetNodeType() const { return kNodeType<ImageReliefNode>; }
-std::string ImageReliefNode::GetName() const { return kDisplayName<ImageReliefNode>; }
+}  // namespace
+
+constinit const NodeRecord ImageReliefNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageReliefNode",
+    .display_name = "Relief",
+    .type = NodeType(10, 288, 26),
+    .icon = "Relief",
+    .group = "Shape",
+    .sentence = "Turns a mask or height field into a relief whose edges rise by a chosen profile over a chosen radius.",
+    .keywords = "bevel,emboss,pillow,chisel,extrude,dilate,cone,dome,slope,blur,soften",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = FindReach,
+    .run_test = SelfTests::RunRelief,
+};
 
 std::string ImageReliefNode::TranslateAttributeName(unsigned version, const std::string& name) const {
   return version == 0 && name == "height" ? "multiplier" : name;
