@@ -154,7 +154,7 @@ class PageWriter {
     if (!names.empty()) out_ << "| Old names that are read | " << names << " |\n";
     std::string gone;
     for (const std::string& name : text_.gone_names) gone += (gone.empty() ? "" : ", ") + Code(name);
-    if (!gone.empty()) out_ << "| Attributes of old documents that are passed over | " << gone << " |\n";
+    if (!gone.empty()) out_ << "| Attributes of old documents that are ignored | " << gone << " |\n";
     out_ << "\n[All nodes](README.md)\n";
   }
 
