@@ -18,9 +18,9 @@ class EvaluatedInputs {
   [[nodiscard]] const Image* GetImage(unsigned input) const {
     return At(node_.GetInplugIdFromRegularInputId(input)).GetImage();
   }
-  [[nodiscard]] float GetNumber(unsigned attribute) const {
-    return static_cast<float>(AtAttribute(attribute).GetNumber());
-  }
+  /// The number as the plug carries it.
+  [[nodiscard]] double GetDouble(unsigned attribute) const { return AtAttribute(attribute).GetNumber(); }
+  [[nodiscard]] float GetNumber(unsigned attribute) const { return static_cast<float>(GetDouble(attribute)); }
   [[nodiscard]] bool GetFlag(unsigned attribute) const { return AtAttribute(attribute).GetFlag(); }
   /// The index of the word that the plug carries; -1 for a word that is not in the attribute's list.
   [[nodiscard]] int GetChoiceIndex(unsigned attribute) const {
