@@ -2,10 +2,8 @@
 #include "Value/Nodes/Components/ImageConnectedComponentsNode.h"
 
 #include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
-#include "Value/Core/EvaluationFrame.h"
 #include "Value/Nodes/Components/ComponentLabels.h"
-#include "Value/Nodes/Components/NeighborInputs.h"
+#include "Value/Nodes/Components/NeighborEvaluation.h"
 
 namespace {
 
@@ -29,15 +27,9 @@ ImageConnectedComponentsNode::ImageConnectedComponentsNode() {
 NodeType ImageConnectedComponentsNode::GetNodeType() const { return kNodeType<ImageConnectedComponentsNode>; }
 std::string ImageConnectedComponentsNode::GetName() const { return kDisplayName<ImageConnectedComponentsNode>; }
 
-void ImageConnectedComponentsNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
-  const EvaluatedInputs evaluated(*this, inputs);
-  const Image* image = BeginEvaluation(*this, evaluated, output_);
-  if (image == nullptr) return;
-  const ScEng::RefPtr<Image> labels(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
-  labels->SetPin(image->GetPinX(), image->GetPinY());
-  labels->SetPivot(image->GetPivotX(), image->GetPivotY());
-  const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kNeighbors, kSeamless);
-  const float count = ComponentLabels::Label(ViewPixels(*image), rule, labels->GetArray());
-  labels->SetValueLowHigh(0.0F, count - 1.0F);
-  output_.Set(labels.Get());
+void ImageConnectedComponentsNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+  EvaluateNeighbors(*this, evaluation, inputs, {kThreshold, kNeighbors, kSeamless}, output_,
+                    [](const PixelView& pixels, const NeighborRule& rule, float* labels, ScEng::Status&) {
+                      return ComponentLabels::Label(pixels, rule, labels) - 1.0F;
+                    });
 }
