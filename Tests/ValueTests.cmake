@@ -27,6 +27,7 @@ file(GLOB_RECURSE node_tests CONFIGURE_DEPENDS "${value_dir}/Nodes/*Test.cpp")
 value_add_test(ValueNodeTests
   SOURCES
     Contract/CatalogTest.cpp
+    Support/WatchedMemory.cpp
     ${node_tests}
     "${value_dir}/SelfTests/SelfTestsTest.cpp"
   DEPENDS ValueObjects ValueHost::Nodes ValueHost::Tools ValueHost::Image hwy::hwy

@@ -4,7 +4,7 @@
 #
 # A module may include headers of itself and of the modules listed for it. The node library knows the host's public
 # headers up to Tools and Testing; nothing but the library's own tests and the benchmarks includes anything of the
-# library.
+# library. Files named *Reference.h hold definitions that are slow and plain: tests alone include them.
 cmake_minimum_required(VERSION 3.25)
 get_filename_component(root "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
@@ -56,6 +56,10 @@ file(GLOB_RECURSE files RELATIVE "${root}" "${root}/Value/*.h" "${root}/Value/*.
 foreach(file IN LISTS files)
   if(NOT file MATCHES "Test\\.cpp$")
     check_file("${file}" "Value" ${Value_may})
+    file(STRINGS "${root}/${file}" references REGEX "^#include .*Reference\\.h")
+    if(references AND NOT file MATCHES "Reference\\.h$")
+      message(SEND_ERROR "${file} includes what only tests may: ${references}")
+    endif()
   endif()
 endforeach()
 file(GLOB_RECURSE files RELATIVE "${root}" "${root}/Apps/*.h" "${root}/Apps/*.cpp")

@@ -3,7 +3,7 @@
 
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Components/ComponentEdges.h"
-#include "Value/Nodes/Components/NeighborInputs.h"
+#include "Value/Nodes/Components/NeighborEvaluation.h"
 
 namespace {
 
@@ -40,17 +40,12 @@ constinit const NodeRecord ImageComponentEdgesNode::kRecord{
     .reach = FindReach,
 };
 
-void ImageComponentEdgesNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
-  const EvaluatedInputs evaluated(*this, inputs);
-  const Image* image = BeginEvaluation(*this, evaluated, output_);
-  if (image == nullptr) return;
-  const ScEng::RefPtr<Image> marked(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
-  marked->SetPin(image->GetPinX(), image->GetPinY());
-  marked->SetPivot(image->GetPivotX(), image->GetPivotY());
-  marked->SetValueLowHigh(0.0F, 1.0F);
-  const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kSeamless);
-  const bool invert = evaluated.GetFlag(kInvert);
+void ImageComponentEdgesNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+  const bool invert = EvaluatedInputs(*this, inputs).GetFlag(kInvert);
   const ComponentEdges::Marks marks = invert ? ComponentEdges::Marks{1.0F, 0.0F} : ComponentEdges::Marks{0.0F, 1.0F};
-  ComponentEdges::Mark(ViewPixels(*image), rule, marks, marked->GetArray());
-  output_.Set(marked.Get());
+  EvaluateNeighbors(*this, evaluation, inputs, kThreshold, kSeamless, output_,
+                    [&marks](const PixelView& pixels, const NeighborRule& rule, float* marked, ScEng::Status&) {
+                      ComponentEdges::Mark(pixels, rule, marks, marked);
+                      return 1.0F;
+                    });
 }

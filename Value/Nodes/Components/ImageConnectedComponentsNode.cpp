@@ -3,7 +3,7 @@
 
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Components/ComponentLabels.h"
-#include "Value/Nodes/Components/NeighborInputs.h"
+#include "Value/Nodes/Components/NeighborEvaluation.h"
 
 namespace {
 
@@ -33,15 +33,9 @@ constinit const NodeRecord ImageConnectedComponentsNode::kRecord{
     .reach = FindReach,
 };
 
-void ImageConnectedComponentsNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
-  const EvaluatedInputs evaluated(*this, inputs);
-  const Image* image = BeginEvaluation(*this, evaluated, output_);
-  if (image == nullptr) return;
-  const ScEng::RefPtr<Image> labels(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
-  labels->SetPin(image->GetPinX(), image->GetPinY());
-  labels->SetPivot(image->GetPivotX(), image->GetPivotY());
-  const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kSeamless);
-  const float count = ComponentLabels::Label(ViewPixels(*image), rule, labels->GetArray());
-  labels->SetValueLowHigh(0.0F, count - 1.0F);
-  output_.Set(labels.Get());
+void ImageConnectedComponentsNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+  EvaluateNeighbors(*this, evaluation, inputs, kThreshold, kSeamless, output_,
+                    [](const PixelView& pixels, const NeighborRule& rule, float* labels, ScEng::Status&) {
+                      return ComponentLabels::Label(pixels, rule, labels) - 1.0F;
+                    });
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Gradient/ImageComputeGradientNode.h"
 
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "Host/Image/Gradient.h"
 #include "Host/Image/Image.h"
@@ -10,6 +12,8 @@
 namespace {
 
 enum : std::size_t { kOutputX, kOutputY };
+
+using OutputImage = std::unique_ptr<Image>;
 
 constexpr AttributeRow kSeamless =
     FlagRow("seamless", true, "Treats the image as a tile: at the border the neighbour on the opposite side counts.");
@@ -43,17 +47,22 @@ void ImageComputeGradientNode::Evaluate(unsigned, const std::vector<PlugValue>& 
   const EvaluatedInputs evaluated(*this, inputs);
   const Image* image = evaluated.GetImage(0);
   if (image == nullptr) return;
+  // Nothing is cached before both images are complete: where one of them cannot be made, neither is shown.
+  const auto cache = [this](OutputImage x, OutputImage y) {
+    outputs_.Set(kOutputX, x.release());
+    outputs_.Set(kOutputY, y.release());
+  };
   if (!IsEnabled()) {
     constexpr float kZero = 0.0F;
     ImageHeader header = image->GetImageHeader();
     header.color_mode = ColorMode::kValue;
-    outputs_.Set(kOutputX, new Image(header, &kZero));
-    outputs_.Set(kOutputY, new Image(header, &kZero));
+    cache(std::make_unique<Image>(header, &kZero), std::make_unique<Image>(header, &kZero));
     return;
   }
   std::optional<Image> converted;
   if (image->GetColorMode() != ColorMode::kValue) image = &converted.emplace(*image, ColorMode::kValue);
-  outputs_.Set(kOutputX, new Image(image->GetImageHeader(), nullptr));
-  outputs_.Set(kOutputY, new Image(image->GetImageHeader(), nullptr));
-  ImageValue::Gradient(*image, *outputs_.Get(kOutputX), *outputs_.Get(kOutputY), evaluated.GetFlag(kSeamless));
+  auto x = std::make_unique<Image>(image->GetImageHeader(), nullptr);
+  auto y = std::make_unique<Image>(image->GetImageHeader(), nullptr);
+  ImageValue::Gradient(*image, *x, *y, evaluated.GetFlag(kSeamless));
+  cache(std::move(x), std::move(y));
 }

@@ -6,14 +6,16 @@
 #include <array>
 #include <cstddef>
 
+#include "Value/Nodes/Relief/ReliefField.h"
+
 /// What the search of `ReliefLevels::Analysis` looks into.
 namespace ReliefLevels {
 
 /// A tree of square blocks over the plane of the mask's pixels, each split into 4 x 4 smaller ones.
 ///
 /// The plane is the mask, with a border of its repetitions all around where it tiles. Positions in it are counted from
-/// its corner, `pad` pixels to the left of and above the mask's. A block's entry is the highest q in it; q is 0 where
-/// it says that a pixel raises no other.
+/// its corner, `pad_x` pixels to the left of and `pad_y` pixels above the mask's. A block's entry is the highest q in
+/// it; q is 0 where it says that a pixel raises no other.
 struct Tree {
   /// Blocks along the side of a block of the next level.
   static constexpr int kSplit = 4;
@@ -25,7 +27,15 @@ struct Tree {
   /// So many entries may be read behind the last one of a level.
   static constexpr std::size_t kReadAhead = 16;
 
-  int pad = 0;
+  /// The most pixels that repetitions may take: 2 GiB of them.
+  static constexpr double kMostRepeated = 536870912.0;
+
+  /// The tree of a field that has candidates. Throws `std::bad_alloc`, also where the repetitions would take more than
+  /// `kMostRepeated` pixels.
+  explicit Tree(const Field& field);
+
+  int pad_x = 0;
+  int pad_y = 0;
   /// Blocks of the top level in a row and a column.
   int columns = 0;
   int rows = 0;
