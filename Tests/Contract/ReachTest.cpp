@@ -47,8 +47,9 @@ ImageRef MakeWhole(unsigned mode, std::uint32_t seed) {
   std::mt19937 random(seed);
   for (float& sample : samples) sample = kLow + static_cast<float>(random() % 1025) * (kHigh - kLow) / 1024.0F;
   for (std::size_t channel = 0; channel < channels; ++channel) {
-    samples[channel] = kLow - 1.0F;
-    samples[channels + channel] = kHigh + 1.0F;
+    const bool is_opacity = mode == ColorMode::kColor && channel == 3;
+    samples[channel] = is_opacity ? 1.0F : kLow - 1.0F;
+    samples[channels + channel] = is_opacity ? 1.0F : kHigh + 1.0F;
   }
   ImageRef image = Testing::MakeImage(kWidth, kHeight, mode, samples);
   image->SetValueLowHigh(kLow, kHigh);

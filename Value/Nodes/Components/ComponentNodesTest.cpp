@@ -84,9 +84,12 @@ TYPED_TEST(ComponentNodes, SeeEveryChannelOfEveryMode) {
 
 TYPED_TEST(ComponentNodes, TakeTheErrorOfTheirComputationAndKeepWhatItWrote) {
   const ImageRef image = MakeRow({0.25F, 0.5F});
+  // Rows are told by their names.
+  constexpr AttributeRow kThreshold = NumberRow("threshold", 0.1, 0.0, 1.0, 0.01, 3, "");
+  constexpr AttributeRow kSeamless = FlagRow("seamless", true, "");
   OutputImages<1> output;
   const auto evaluate = [&](unsigned code) {
-    EvaluateNeighbors(*this->node_, 0, Testing::MakeInputs(*this->node_, {image.Get()}), {0, 1, 2}, output,
+    EvaluateNeighbors(*this->node_, 0, Testing::MakeInputs(*this->node_, {image.Get()}), kThreshold, kSeamless, output,
                       [code](const PixelView& pixels, const NeighborRule&, float* samples, ScEng::Status& status) {
                         for (std::size_t i = 0; i < pixels.width; ++i) samples[i] = 2.0F * pixels.samples[i];
                         status = {code, "Something is wrong."};
