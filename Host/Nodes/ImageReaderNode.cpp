@@ -1,25 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Nodes/ImageReaderNode.h"
 
-#include <memory>
-#include <mutex>
+#include <utility>
 
 #include "Host/Files/ImageFile.h"
 #include "Host/Nodes/Notes.h"
-#include "Host/Util/ParallelRows.h"
+#include "Host/Util/ParallelReduce.h"
 
 namespace {
 
 using ScEng::SampleRange;
 
 SampleRange MeasureFinite(const Image& image) {
-  SampleRange measured;
-  std::mutex mutex;
-  ScEng::ParallelRows(image.GetNumSamples(), 65536, [&](std::size_t from, std::size_t to) {
-    const SampleRange piece = ScEng::MeasureFiniteRange(image.GetConstArray() + from, to - from);
-    const std::lock_guard lock(mutex);
-    measured.Include(piece);
-  });
+  const auto measured =
+      ScEng::ParallelReduce<SampleRange>(image.GetNumSamples(), 65536, [&](std::size_t from, std::size_t to) {
+        return ScEng::MeasureFiniteRange(image.GetConstArray() + from, to - from);
+      });
   if (measured.IsEmpty()) return {0.0F, 0.0F};
   return measured;
 }
@@ -56,7 +52,7 @@ void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   ScEng::Status status;
   std::vector<std::string> notes;
   const auto mode = FindReadMode(Read(inputs, "color_mode").GetText());
-  std::unique_ptr<Image> image = ScEng::ReadImageFile(path, mode, status, notes);
+  ImagePtr image = ScEng::ReadImageFile(path, mode, status, notes);
   if (!image) {
     SetState(evaluation, State::kFileError, status.GetMessage());
     return;
@@ -75,6 +71,6 @@ void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     image->SetPin(ScEng::RoundHalfDown(pin.x), ScEng::RoundHalfDown(pin.y));
     image->SetPivot(static_cast<float>(pivot.x), static_cast<float>(pivot.y));
   }
-  output_.Reset(image.release());
+  output_ = std::move(image);
   ScEng::ReportNotes(*this, evaluation, notes);
 }

@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <vector>
 
+#include "Host/Image/Oversize.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Core/OutputImages.h"
 
-/// The one state message that this library words itself.
-inline constexpr const char* kOversizeMessage = "Output image is larger than maximum image size.";
+using ScEng::kOversizeMessage;
 
 /// The start of an evaluation that most nodes share: the cached images go first, so that a failed evaluation leaves no
 /// stale result; without an input image there is nothing to do; a disabled node passes a copy of its input through.

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Placement.h"
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Nodes/Clamp/Clamp.h"
@@ -54,8 +55,7 @@ void ImageValueClampNode::Evaluate(unsigned, const std::vector<PlugValue>& input
 
   auto* output = new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr);
   output_.Set(output);
-  output->SetPin(image->GetPinX(), image->GetPinY());
-  output->SetPivot(image->GetPivotX(), image->GetPivotY());
+  ScEng::PlaceLike(*image, *output);
 
   const float* samples = image->GetConstArray();
   const auto stride = static_cast<std::size_t>(image->GetNumChannels());

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Components/ImageComponentEdgesNode.h"
 
+#include "Host/Image/Placement.h"
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Core/EvaluationFrame.h"
@@ -34,9 +35,8 @@ void ImageComponentEdgesNode::Evaluate(unsigned, const std::vector<PlugValue>& i
   const EvaluatedInputs evaluated(*this, inputs);
   const Image* image = BeginEvaluation(*this, evaluated, output_);
   if (image == nullptr) return;
-  const ScEng::RefPtr<Image> marked(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
-  marked->SetPin(image->GetPinX(), image->GetPinY());
-  marked->SetPivot(image->GetPivotX(), image->GetPivotY());
+  const ImagePtr marked(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
+  ScEng::PlaceLike(*image, *marked);
   marked->SetValueLowHigh(0.0F, 1.0F);
   const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kNeighbors, kSeamless);
   const bool invert = evaluated.GetFlag(kInvert);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Components/ImageConnectedComponentsNode.h"
 
+#include "Host/Image/Placement.h"
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
 #include "Value/Core/EvaluationFrame.h"
@@ -33,9 +34,8 @@ void ImageConnectedComponentsNode::Evaluate(unsigned, const std::vector<PlugValu
   const EvaluatedInputs evaluated(*this, inputs);
   const Image* image = BeginEvaluation(*this, evaluated, output_);
   if (image == nullptr) return;
-  const ScEng::RefPtr<Image> labels(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
-  labels->SetPin(image->GetPinX(), image->GetPinY());
-  labels->SetPivot(image->GetPivotX(), image->GetPivotY());
+  const ImagePtr labels(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
+  ScEng::PlaceLike(*image, *labels);
   const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kNeighbors, kSeamless);
   const float count = ComponentLabels::Label(ViewPixels(*image), rule, labels->GetArray());
   labels->SetValueLowHigh(0.0F, count - 1.0F);
