@@ -14,6 +14,7 @@ from cli_support import (
     output,
     sample_picture,
 )
+from first_twenty import FIRST_TWENTY
 
 
 def good():
@@ -85,28 +86,8 @@ class ValidTest(CheckTestCase):
             node("i", "TextNode", value="any text, with \"quotes\" and ü"),
         ]))
 
-    def test_all_twenty_types_by_name_and_by_numbers(self):
-        types = {
-            "ImageToValueNode": [10, 320, 0],
-            "ImageValueAddNode": [10, 320, 5],
-            "ImageValueSubtractNode": [10, 320, 90],
-            "ImageValueMultiplyNode": [10, 320, 10],
-            "ImageValueDivideNode": [10, 320, 96],
-            "ImageValuePowerNode": [10, 320, 69],
-            "ImageValueMinimumNode": [10, 320, 16],
-            "ImageValueMaximumNode": [10, 320, 21],
-            "ImageValueClampNode": [10, 320, 42],
-            "ImageValueStepsNode": [10, 320, 80],
-            "ImageValueConditionNode": [10, 320, 32],
-            "ImageValueCompareNode": [10, 320, 37],
-            "ImageValueRangeNode": [10, 320, 58],
-            "ImageValueFunctionNode": [10, 320, 64],
-            "ImageReliefNode": [10, 288, 26],
-            "ImageEuclideanDistanceNode": [10, 288, 74],
-            "ImageComputeGradientNode": [10, 320, 48],
-            "ImageAmbientOcclusionNode": [10, 320, 85],
-            "ImageConnectedComponentsNode": [10, 320, 101],
-            "ImageComponentEdgesNode": [10, 320, 106],
+    def test_the_first_twenty_types_by_name_and_by_numbers(self):
+        types = FIRST_TWENTY | {
             "ImageReaderNode": [10, 16, 5],
             "ImageRectangleNode": [10, 16, 10],
             "ImageCheckerNode": [10, 16, 16],

@@ -20,29 +20,9 @@ from cli_support import (
     write_file,
     write_picture,
 )
+from first_twenty import FIRST_TWENTY
 
-CLASSES = [
-    "ImageToValueNode",
-    "ImageValueAddNode",
-    "ImageValueSubtractNode",
-    "ImageValueMultiplyNode",
-    "ImageValueDivideNode",
-    "ImageValuePowerNode",
-    "ImageValueMinimumNode",
-    "ImageValueMaximumNode",
-    "ImageValueClampNode",
-    "ImageValueStepsNode",
-    "ImageValueConditionNode",
-    "ImageValueCompareNode",
-    "ImageValueRangeNode",
-    "ImageValueFunctionNode",
-    "ImageReliefNode",
-    "ImageEuclideanDistanceNode",
-    "ImageComputeGradientNode",
-    "ImageAmbientOcclusionNode",
-    "ImageConnectedComponentsNode",
-    "ImageComponentEdgesNode",
-]
+CLASSES = list(FIRST_TWENTY)
 
 
 def without_display():
