@@ -28,8 +28,8 @@ double Median(std::vector<double> values) {
 
 }  // namespace
 
-std::unique_ptr<Image> MakeNoise(unsigned color_mode, std::uint32_t seed) {
-  auto image = std::make_unique<Image>(kSide, kSide, color_mode, nullptr);
+ImagePtr MakeNoise(unsigned color_mode, std::uint32_t seed) {
+  auto image = ScEng::MakeRef<Image>(kSide, kSide, color_mode, nullptr);
   float* samples = image->GetArray();
   for (std::size_t i = 0; i < image->GetNumSamples(); ++i) {
     seed = seed * 1664525U + 1013904223U;

@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,7 +19,7 @@ namespace Bench {
 inline constexpr int kSide = 4096;
 
 /// An image of kSide times kSide pixels with samples of every size between 0.001 and 1.001.
-std::unique_ptr<Image> MakeNoise(unsigned color_mode, std::uint32_t seed);
+ImagePtr MakeNoise(unsigned color_mode, std::uint32_t seed);
 
 /// Seconds that `body` takes.
 double Time(const std::function<void()>& body);

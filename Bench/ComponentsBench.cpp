@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <string>
 
 #include "Bench/BenchSupport.h"
@@ -19,8 +18,8 @@ namespace {
 
 /// A field between 0 and 1 which tiles: waves of halving length, down to ten pixels, and falling height. The steepest
 /// slopes are a few 1/256 per pixel.
-std::unique_ptr<Image> MakeTerrain() {
-  auto image = std::make_unique<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
+ImagePtr MakeTerrain() {
+  auto image = ScEng::MakeRef<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
   float* samples = image->GetArray();
   ScEng::ParallelRows(Bench::kSide, 16, [&](std::size_t from, std::size_t to) {
     for (std::size_t y = from; y < to; ++y) {
@@ -43,21 +42,21 @@ std::unique_ptr<Image> MakeTerrain() {
   return image;
 }
 
-std::unique_ptr<Image> MakeLevels(float levels) {
+ImagePtr MakeLevels(float levels) {
   auto image = MakeTerrain();
   float* samples = image->GetArray();
   for (std::size_t i = 0; i < image->GetNumSamples(); ++i) samples[i] = std::floor(samples[i] * levels) / levels;
   return image;
 }
 
-std::unique_ptr<Image> MakeColorNoise() { return Bench::MakeNoise(ColorMode::kColor, 1); }
-std::unique_ptr<Image> MakeValueNoise() { return Bench::MakeNoise(ColorMode::kValue, 1); }
+ImagePtr MakeColorNoise() { return Bench::MakeNoise(ColorMode::kColor, 1); }
+ImagePtr MakeValueNoise() { return Bench::MakeNoise(ColorMode::kValue, 1); }
 
-using Maker = std::unique_ptr<Image> (*)();
+using Maker = ImagePtr (*)();
 
 void RegisterLabels(const std::string& name, Maker maker, float tolerance, Neighbors neighbors) {
   Bench::Register("ComponentLabels/" + name, Bench::Threads::kCaller, [=](benchmark::State& state) {
-    const std::unique_ptr<Image> image = maker();
+    const ImagePtr image = maker();
     const NeighborRule rule{tolerance, neighbors, true};
     const double copies = (1.0 + 1.0 / image->GetNumChannels()) / 2.0;
     Bench::RunAgainstCopy(state, *image, copies, [&] {
@@ -73,7 +72,7 @@ void RegisterLabels(const std::string& name, Maker maker, float tolerance, Neigh
 /// threads is one of a machine with two cores.
 void RegisterEdges(const std::string& name, Maker maker, float tolerance, Neighbors neighbors) {
   Bench::Register("ComponentEdges/" + name, Bench::Threads::kOneAndTwo, [=](benchmark::State& state) {
-    const std::unique_ptr<Image> image = maker();
+    const ImagePtr image = maker();
     const NeighborRule rule{tolerance, neighbors, true};
     const double copies = (1.0 + 1.0 / image->GetNumChannels()) / 2.0;
     Bench::RunAgainstCopy(state, *image, copies, [&] {

@@ -3,7 +3,6 @@
 // ComputeValue on images of 4096 x 4096 values: every arithmetic operation, with one image and with two, and an
 // operation that the host has never seen.
 
-#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -26,14 +25,14 @@ class UnknownOperation : public ValueOperation {
 double CopiesOfTheSameBytes(std::size_t inputs) { return static_cast<double>(inputs + 1) / 2.0; }
 
 void RunComputeValue(benchmark::State& state, ValueOperation& operation, std::size_t num_inputs) {
-  const std::unique_ptr<Image> first = Bench::MakeNoise(ColorMode::kValue, 1);
-  const std::unique_ptr<Image> second = Bench::MakeNoise(ColorMode::kValue, 2);
-  std::vector<const Image*> images{first.get(), second.get()};
+  const ImagePtr first = Bench::MakeNoise(ColorMode::kValue, 1);
+  const ImagePtr second = Bench::MakeNoise(ColorMode::kValue, 2);
+  std::vector<const Image*> images{first.Get(), second.Get()};
   images.resize(num_inputs);
   Bench::RunAgainstCopy(state, *first, CopiesOfTheSameBytes(num_inputs), [&] {
     // A lone image's range is found anew each time, as for one that was just made.
     static_cast<void>(first->GetArray());
-    const std::unique_ptr<Image> result(ComputeValue(images, &operation));
+    const ImagePtr result(ComputeValue(images, &operation));
     benchmark::DoNotOptimize(result->GetConstArray());
   });
 }

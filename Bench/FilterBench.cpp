@@ -3,7 +3,6 @@
 // Filters on images of 4096 x 4096 values: the Gaussian blur with a small, a middle and a large kernel, and the
 // gradient.
 
-#include <memory>
 #include <string>
 
 #include "Bench/BenchSupport.h"
@@ -12,13 +11,11 @@
 
 namespace {
 
-std::unique_ptr<Image> MakeOutput() {
-  return std::make_unique<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
-}
+ImagePtr MakeOutput() { return ScEng::MakeRef<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr); }
 
 void RunBlur(benchmark::State& state, float sigma, char mode) {
-  const std::unique_ptr<Image> image = Bench::MakeNoise(ColorMode::kValue, 1);
-  const std::unique_ptr<Image> output = MakeOutput();
+  const ImagePtr image = Bench::MakeNoise(ColorMode::kValue, 1);
+  const ImagePtr output = MakeOutput();
   Bench::RunAgainstCopy(state, *image, 1.0, [&] {
     Filter::ApplyGaussianBlur(*image, *output, sigma, sigma, mode);
     benchmark::DoNotOptimize(output->GetConstArray());
@@ -27,9 +24,9 @@ void RunBlur(benchmark::State& state, float sigma, char mode) {
 
 /// Held against one copy of the source, though it writes two images.
 void RunGradient(benchmark::State& state, bool seamless) {
-  const std::unique_ptr<Image> image = Bench::MakeNoise(ColorMode::kValue, 1);
-  const std::unique_ptr<Image> x = MakeOutput();
-  const std::unique_ptr<Image> y = MakeOutput();
+  const ImagePtr image = Bench::MakeNoise(ColorMode::kValue, 1);
+  const ImagePtr x = MakeOutput();
+  const ImagePtr y = MakeOutput();
   Bench::RunAgainstCopy(state, *image, 1.0, [&] {
     ImageValue::Gradient(*image, *x, *y, seamless);
     benchmark::DoNotOptimize(x->GetConstArray());

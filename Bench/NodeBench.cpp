@@ -45,11 +45,11 @@ void Add(const std::string& name, const Settings& settings, double moved, Bench:
   Bench::Register(name, threads, [=](benchmark::State& state) {
     const ScEng::RefPtr<Node> node(new NodeClass);
     Set(*node, settings);
-    std::vector<std::unique_ptr<Image>> images;
+    std::vector<ImagePtr> images;
     std::vector<PlugValue> inputs;
     for (std::size_t i = 0; i < node->GetNumRegularInputs(); ++i) {
       images.push_back(Bench::MakeNoise(color_mode, static_cast<std::uint32_t>(i + 1)));
-      inputs.emplace_back(static_cast<const Image*>(images.back().get()));
+      inputs.emplace_back(static_cast<const Image*>(images.back().Get()));
     }
     for (std::size_t id = 0; id < node->GetNumAttributes(); ++id) {
       inputs.push_back(node->GetAttribute(id)->GetValue());

@@ -2,7 +2,6 @@
 //
 // Ambient occlusion of fractal terrain, near and far. The cost must not grow in proportion to the radius.
 
-#include <memory>
 #include <string>
 
 #include "Bench/BenchSupport.h"
@@ -13,26 +12,26 @@
 namespace {
 
 /// The host's terrain: eight octaves, the first with eight hills along a side.
-std::unique_ptr<Image> MakeTerrain() {
+ImagePtr MakeTerrain() {
   Engine engine(ScEng::CreateHostCatalog());
   Node* terrain = engine.CreateNode(NodeType(10, 16, 40));
   terrain->GetAttribute("frame")->SetFrame(0, 0, Bench::kSide, Bench::kSide, false);
   terrain->GetAttribute("wavelength")->SetNumber(Bench::kSide / 8, false);
   engine.Evaluate({{terrain, 0}});
-  return std::make_unique<Image>(*terrain->GetOutputImage(0));
+  return ScEng::MakeRef<Image>(*terrain->GetOutputImage(0));
 }
 
 void RunOcclusion(benchmark::State& state, float radius) {
-  const std::unique_ptr<Image> terrain = MakeTerrain();
+  const ImagePtr terrain = MakeTerrain();
   // The device's program is compiled once per process; that is not what is timed.
   ScEng::Status status;
-  const std::unique_ptr<Image> first(GpuEngine::Get()->ExecuteAmbientOcclusion(terrain.get(), radius, 'p', status));
+  const ImagePtr first(GpuEngine::Get()->ExecuteAmbientOcclusion(terrain.Get(), radius, 'p', status));
   if (!first) {
     state.SkipWithError(status.GetMessage().c_str());
     return;
   }
   Bench::RunAgainstCopy(state, *terrain, 1.0, [&] {
-    const std::unique_ptr<Image> result(GpuEngine::Get()->ExecuteAmbientOcclusion(terrain.get(), radius, 'p', status));
+    const ImagePtr result(GpuEngine::Get()->ExecuteAmbientOcclusion(terrain.Get(), radius, 'p', status));
     benchmark::DoNotOptimize(result->GetConstArray());
   });
 }

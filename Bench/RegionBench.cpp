@@ -4,7 +4,6 @@
 // many, growing of grey images and of masks.
 
 #include <cmath>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,9 +15,9 @@ namespace {
 
 /// Noise of `octaves` wavelengths, each half of the one before, of about the same steepness: a coast line with islands
 /// where it is cut. Between 0 and 1, mostly near 0.5.
-std::unique_ptr<Image> MakeTerrain(int octaves) {
-  auto image = std::make_unique<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
-  const std::unique_ptr<Image> noise = Bench::MakeNoise(ColorMode::kValue, 3);
+ImagePtr MakeTerrain(int octaves) {
+  auto image = ScEng::MakeRef<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
+  const ImagePtr noise = Bench::MakeNoise(ColorMode::kValue, 3);
   const float* lattice = noise->GetConstArray();
   float* samples = image->GetArray();
   for (int y = 0; y < Bench::kSide; ++y) {
@@ -46,8 +45,8 @@ std::unique_ptr<Image> MakeTerrain(int octaves) {
 }
 
 /// 1 where `image` is above `level`, else 0.
-std::unique_ptr<Image> MakeMask(const Image& image, float level) {
-  auto mask = std::make_unique<Image>(image);
+ImagePtr MakeMask(const Image& image, float level) {
+  auto mask = ScEng::MakeRef<Image>(image);
   float* samples = mask->GetArray();
   for (std::size_t i = 0; i < mask->GetNumSamples(); ++i) samples[i] = samples[i] > level ? 1.0F : 0.0F;
   return mask;
@@ -55,7 +54,7 @@ std::unique_ptr<Image> MakeMask(const Image& image, float level) {
 
 enum class Content { kFewPixels, kHalfOfThePixels, kIslands, kNoise };
 
-std::unique_ptr<Image> MakeContent(Content content) {
+ImagePtr MakeContent(Content content) {
   switch (content) {
     case Content::kFewPixels:
       // One pixel in about 20000.
@@ -69,9 +68,9 @@ std::unique_ptr<Image> MakeContent(Content content) {
 
 void RegisterDistance(const std::string& name, Content content, bool wrap) {
   Bench::Register("EuclideanDistance/" + name, Bench::Threads::kOneAndTwo, [=](benchmark::State& state) {
-    const std::unique_ptr<Image> mask = MakeContent(content);
+    const ImagePtr mask = MakeContent(content);
     Bench::RunAgainstCopy(state, *mask, 1.0, [&] {
-      const std::unique_ptr<Image> result(EuclideanDistance(*mask, 0.5F, false, wrap));
+      const ImagePtr result(EuclideanDistance(*mask, 0.5F, false, wrap));
       benchmark::DoNotOptimize(result->GetConstArray());
     });
   });
@@ -79,7 +78,7 @@ void RegisterDistance(const std::string& name, Content content, bool wrap) {
 
 void RegisterGrow(const std::string& name, Content content, float radius, bool wrap) {
   Bench::Register("Grow/" + name, Bench::Threads::kOneAndTwo, [=](benchmark::State& state) {
-    const std::unique_ptr<Image> original = MakeContent(content);
+    const ImagePtr original = MakeContent(content);
     Image image(*original);
     // Growing what has grown before would be another case; the copy back is part of the time, about one copy.
     Bench::RunAgainstCopy(state, *original, 1.0, [&] {

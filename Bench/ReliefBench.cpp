@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,13 +19,13 @@ namespace {
 
 constexpr std::array<const char*, 4> kProfileNames = {"linear", "smooth", "arc_out", "arc_in"};
 
-std::unique_ptr<Image> MakeTerrain() {
-  auto image = std::make_unique<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
+ImagePtr MakeTerrain() {
+  auto image = ScEng::MakeRef<Image>(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
   Terrain::Generate(*image, 7, 8, 512.0);
   return image;
 }
 
-std::unique_ptr<Image> MakeMask() {
+ImagePtr MakeMask() {
   auto image = MakeTerrain();
   float* samples = image->GetArray();
   std::transform(samples, samples + image->GetNumSamples(), samples,
@@ -35,9 +34,9 @@ std::unique_ptr<Image> MakeMask() {
 }
 
 void RunLevels(benchmark::State& state, int radius_px, ReliefProfile profile) {
-  const std::unique_ptr<const Image> terrain = MakeTerrain();
+  const ImagePtr terrain = MakeTerrain();
   const std::vector<float> everywhere(terrain->GetNumSamples(), 1.0F);
-  const auto output = std::make_unique<Image>(*terrain);
+  const auto output = ScEng::MakeRef<Image>(*terrain);
   Bench::RunAgainstCopy(state, *terrain, 1.0, [&] {
     const ReliefLevels::Analysis analysis({.mask = terrain->GetConstArray(),
                                            .grown = everywhere.data(),
@@ -57,7 +56,7 @@ void RunLevels(benchmark::State& state, int radius_px, ReliefProfile profile) {
 }
 
 void RunBevel(benchmark::State& state, const Image& mask, const ReliefBevel::Rings& rings) {
-  const auto output = std::make_unique<Image>(mask);
+  const auto output = ScEng::MakeRef<Image>(mask);
   Bench::RunAgainstCopy(state, mask, 1.0, [&] { ReliefBevel::Analysis(mask, true).Draw(rings, *output); });
 }
 
@@ -80,7 +79,7 @@ void Bench::RegisterRelief() {
              });
   }
   Register("Relief/emboss/soft_mask/5", Threads::kOneAndTwo, [](benchmark::State& state) {
-    const std::unique_ptr<const Image> mask = MakeMask();
+    const ImagePtr mask = MakeMask();
     Image soft(*mask);
     Filter::ApplyGaussianBlur(*mask, soft, 2.0F, 2.0F, 'p');
     RunBevel(state, soft, {.steps = 5, .start = 3});

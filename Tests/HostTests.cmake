@@ -80,10 +80,12 @@ file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/PoclCache")
 
 value_add_test(HostBaseTests
   SOURCES
+    "${host}/Math/BorderTest.cpp"
     "${host}/Math/GeometryTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
     "${host}/Util/ParallelForTest.cpp"
+    "${host}/Util/ParallelReduceTest.cpp"
     "${host}/Util/ParallelRowsTest.cpp"
     "${host}/Util/RefCounterTest.cpp"
     "${host}/Util/ThreadPoolTest.cpp"
@@ -100,7 +102,9 @@ value_add_test(HostImageTests
     "${host}/Image/Placement/ImageOpTest.cpp"
     "${host}/Image/Regions/ImageRegionTest.cpp"
     "${host}/Image/ImageTest.cpp"
+    "${host}/Image/OversizeTest.cpp"
     "${host}/Image/Placement/PasteTest.cpp"
+    "${host}/Image/Placement/PlacementTest.cpp"
     "${host}/Image/Values/SampleRangeTest.cpp"
   DEPENDS ValueHost::Image hwy::hwy ${CMAKE_DL_LIBS})
 add_dependencies(HostImageTests TestLibraryTwinTwo TestLibraryTwinThree)

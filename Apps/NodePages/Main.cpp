@@ -247,7 +247,7 @@ class Pages {
   std::vector<NodePage> candidates_;
   std::vector<NodePage> pages_;
   std::map<std::string, std::string> files_;
-  std::map<std::string, std::unique_ptr<Image>> pictures_;
+  std::map<std::string, ImagePtr> pictures_;
   std::vector<std::string> errors_;
   std::vector<std::string> notes_;
 };

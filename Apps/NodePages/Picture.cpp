@@ -133,7 +133,7 @@ std::string DescribeLook(const Look& look) {
   return "in its own colours";
 }
 
-std::unique_ptr<Image> DrawPicture(const Image& image, const Look& look) {
+ImagePtr DrawPicture(const Image& image, const Look& look) {
   const int longest = std::max({image.GetSizeX(), image.GetSizeY(), 1});
   const int block = (longest + kSide - 1) / kSide;
   const int zoom = std::max(kSide / longest, 1);
@@ -147,7 +147,7 @@ std::unique_ptr<Image> DrawPicture(const Image& image, const Look& look) {
   }
   const bool gray = IsGray(pixels);
   auto picture =
-      std::make_unique<Image>(columns * zoom, rows * zoom, gray ? ColorMode::kValue : ColorMode::kColor, nullptr);
+      ScEng::MakeRef<Image>(columns * zoom, rows * zoom, gray ? ColorMode::kValue : ColorMode::kColor, nullptr);
   float* sample = picture->GetArray();
   for (const Pixel& pixel : pixels) {
     *sample++ = ToStep(pixel.red);

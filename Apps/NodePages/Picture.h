@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -34,7 +33,7 @@ std::string DescribeLook(const Look& look);
 /// The picture that documents show, of at most 256 pixels a side: large images are averaged over whole blocks of pixels
 /// (labels take one pixel of each), small ones enlarged pixel by pixel. What is not finite is shown in magenta. The
 /// samples are exact multiples of 1/255.
-std::unique_ptr<Image> DrawPicture(const Image& image, const Look& look);
+ImagePtr DrawPicture(const Image& image, const Look& look);
 
 /// Whether two pictures have one size and differ by one step of 8 bit at the most, whatever their modes.
 bool LookAlike(const Image& a, const Image& b);

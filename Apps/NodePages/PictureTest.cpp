@@ -14,8 +14,8 @@ namespace {
 
 constexpr Look kGray{};
 
-std::unique_ptr<Image> MakeValues(int size_x, int size_y, const std::vector<float>& samples) {
-  auto image = std::make_unique<Image>(size_x, size_y, ColorMode::kValue, nullptr);
+ImagePtr MakeValues(int size_x, int size_y, const std::vector<float>& samples) {
+  auto image = ScEng::MakeRef<Image>(size_x, size_y, ColorMode::kValue, nullptr);
   std::copy(samples.begin(), samples.end(), image->GetArray());
   return image;
 }

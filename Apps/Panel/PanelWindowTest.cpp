@@ -16,11 +16,10 @@
 
 namespace {
 
-using Testing::MakeUniqueImage;
+using Testing::kInfinity;
+using Testing::kNan;
+using Testing::MakeImage;
 using WidgetTest::Find;
-
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // ---- The picture ----
 
@@ -33,7 +32,7 @@ std::vector<QRgb> PixelsOf(const QImage& picture) {
 }
 
 TEST(DrawImage, SpansTheDeclaredRange) {
-  const auto image = MakeUniqueImage(5, 1, ColorMode::kValue, {-2.0F, 0.0F, 2.0F, 3.0F, -kInfinity});
+  const auto image = MakeImage(5, 1, ColorMode::kValue, {-2.0F, 0.0F, 2.0F, 3.0F, -kInfinity});
   image->SetValueLowHigh(-2.0F, 2.0F);
   EXPECT_EQ(
       PixelsOf(DrawImage(*image, 100)),
@@ -41,35 +40,35 @@ TEST(DrawImage, SpansTheDeclaredRange) {
 }
 
 TEST(DrawImage, ShowsNanInMagenta) {
-  const auto value = MakeUniqueImage(2, 1, ColorMode::kValue, {kNan, 1.0F});
+  const auto value = MakeImage(2, 1, ColorMode::kValue, {kNan, 1.0F});
   EXPECT_EQ(PixelsOf(DrawImage(*value, 100)), (std::vector<QRgb>{qRgb(255, 0, 255), qRgb(255, 255, 255)}));
-  const auto color = MakeUniqueImage(1, 1, ColorMode::kColor, {1.0F, 1.0F, kNan, 1.0F});
+  const auto color = MakeImage(1, 1, ColorMode::kColor, {1.0F, 1.0F, kNan, 1.0F});
   EXPECT_EQ(PixelsOf(DrawImage(*color, 100)), (std::vector<QRgb>{qRgb(255, 0, 255)}));
 }
 
 TEST(DrawImage, ShowsColorWithItsOpacityAndTheSignedModeFromMinusOne) {
-  const auto color = MakeUniqueImage(1, 1, ColorMode::kColor, {1.0F, 0.0F, 0.2F, 0.6F});
+  const auto color = MakeImage(1, 1, ColorMode::kColor, {1.0F, 0.0F, 0.2F, 0.6F});
   color->SetValueLowHigh(0.0F, 100.0F);
   EXPECT_EQ(PixelsOf(DrawImage(*color, 100)), (std::vector<QRgb>{qRgba(255, 0, 51, 153)}));
-  const auto signed_image = MakeUniqueImage(1, 1, ColorMode::kSigned, {-1.0F, 0.0F, 1.0F, 0.5F});
+  const auto signed_image = MakeImage(1, 1, ColorMode::kSigned, {-1.0F, 0.0F, 1.0F, 0.5F});
   EXPECT_EQ(PixelsOf(DrawImage(*signed_image, 100)), (std::vector<QRgb>{qRgb(0, 128, 255)}));
-  const auto pair = MakeUniqueImage(1, 1, ColorMode::kPair, {1.0F, 0.0F});
+  const auto pair = MakeImage(1, 1, ColorMode::kPair, {1.0F, 0.0F});
   EXPECT_EQ(PixelsOf(DrawImage(*pair, 100)), (std::vector<QRgb>{qRgb(255, 0, 0)}));
 }
 
 TEST(DrawImage, TakesARangeWithoutExtent) {
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {3.0F, 4.0F});
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {3.0F, 4.0F});
   image->SetValueLowHigh(3.0F, 3.0F);
   EXPECT_EQ(PixelsOf(DrawImage(*image, 100)), (std::vector<QRgb>{qRgb(0, 0, 0), qRgb(255, 255, 255)}));
 }
 
 TEST(DrawImage, LeavesPixelsOutOfLargeImages) {
-  const auto image = MakeUniqueImage(5, 2, ColorMode::kValue, {0, 1, 1, 1, 1, 0, 0, 0, 0, 0});
+  const auto image = MakeImage(5, 2, ColorMode::kValue, {0, 1, 1, 1, 1, 0, 0, 0, 0, 0});
   // Every third one.
   const QImage picture = DrawImage(*image, 2);
   EXPECT_EQ(picture.size(), QSize(2, 1));
   EXPECT_EQ(PixelsOf(picture), (std::vector<QRgb>{qRgb(0, 0, 0), qRgb(255, 255, 255)}));
-  EXPECT_TRUE(DrawImage(*MakeUniqueImage(0, 0, ColorMode::kValue, {}), 100).isNull());
+  EXPECT_TRUE(DrawImage(*MakeImage(0, 0, ColorMode::kValue, {}), 100).isNull());
 }
 
 // ---- The window ----

@@ -46,6 +46,8 @@ void CommonOptions::Declare(CLI::App& app) {
                  "(default: VALUE_DEVICE, else the first GPU, else the first processor)")
       ->type_name("DEVICE")
       ->group(group);
+  app.add_flag("--any-device", any_device, "Where that device fails, try once on another one, with a warning")
+      ->group(group);
   app.add_flag("--quiet", quiet, "No notes, no progress, no summary")->group(group);
   app.add_flag("--json", json, "Answer as JSON on standard output")->group(group);
 }
@@ -55,6 +57,7 @@ Status CommonOptions::Apply(Reporter& reporter) const {
   reporter.SetQuiet(quiet);
   if (threads) ScEng::SetNumThreads(*threads);
   if (max_size) Image::SetMaxSize(*max_size, *max_size);
+  if (any_device) GpuEngine::Get()->SetTriesOtherDevice(true);
   return device.empty() ? Status() : GpuEngine::Get()->SelectDevice(device);
 }
 

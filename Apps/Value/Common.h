@@ -19,6 +19,7 @@ struct CommonOptions {
   std::optional<unsigned> threads;
   std::optional<int> max_size;
   std::string device;
+  bool any_device = false;
   bool quiet = false;
   bool json = false;
 

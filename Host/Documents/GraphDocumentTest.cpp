@@ -22,7 +22,7 @@ using ScEng::SampleType;
 using ScEng::Status;
 using Testing::Contains;
 using Testing::GetSamples;
-using Testing::MakeUniqueImage;
+using Testing::MakeImage;
 using Testing::MaxSizeScope;
 using Testing::TemporaryFolder;
 
@@ -97,7 +97,7 @@ class GraphDocumentTest : public testing::Test {
   static void WriteValue(const std::filesystem::path& file, float value) {
     std::vector<std::string> notes;
     const Status status =
-        ScEng::WriteImageFile(*MakeUniqueImage(1, 1, ColorMode::kValue, {value}), file, SampleType::kFloat, notes);
+        ScEng::WriteImageFile(*MakeImage(1, 1, ColorMode::kValue, {value}), file, SampleType::kFloat, notes);
     EXPECT_FALSE(status.IsError()) << status.GetMessage();
   }
 
@@ -550,7 +550,7 @@ TEST_F(GraphDocumentTest, NodeFailuresLeaveTheOtherOutputs) {
   EXPECT_EQ(report.failure, RunFailure::kNode);
   ASSERT_EQ(report.findings.errors.size(), 1U);
   EXPECT_TRUE(Contains(report.findings.errors[0], "\"large\""));
-  EXPECT_TRUE(Contains(report.findings.errors[0], "Output image is larger than maximum image size."));
+  EXPECT_TRUE(Contains(report.findings.errors[0], Testing::kOversize));
   EXPECT_FALSE(report.outputs[0].written);
   EXPECT_TRUE(report.outputs[1].written);
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"good.exr", "graph.json"}));

@@ -64,8 +64,8 @@ std::filesystem::path MakePath(const std::string& written, const std::filesystem
   return folder / path;
 }
 
-std::unique_ptr<Image> ReadImageFile(const std::filesystem::path& file, ReadMode mode, Status& status,
-                                     std::vector<std::string>& notes) {
+ImagePtr ReadImageFile(const std::filesystem::path& file, ReadMode mode, Status& status,
+                       std::vector<std::string>& notes) {
   std::error_code error;
   if (std::filesystem::is_directory(file, error)) {
     status = MakeReadError(file, "it is a folder");

@@ -47,14 +47,13 @@ using ScEng::SampleType;
 using ScEng::Status;
 using Testing::Contains;
 using Testing::GetSamples;
-using Testing::MakeUniqueImage;
+using Testing::kInfinity;
+using Testing::kNan;
+using Testing::MakeImage;
 using Testing::MaxSizeScope;
 using Testing::SameSamples;
 using Testing::TemporaryFolder;
 using Testing::ThreadsScope;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 using Notes = std::vector<std::string>;
 
@@ -65,8 +64,7 @@ void Write(const Image& image, const std::filesystem::path& file, SampleType typ
   if (notes != nullptr) *notes = own;
 }
 
-std::unique_ptr<Image> Read(const std::filesystem::path& file, ReadMode mode = ReadMode::kAuto,
-                            Notes* notes = nullptr) {
+ImagePtr Read(const std::filesystem::path& file, ReadMode mode = ReadMode::kAuto, Notes* notes = nullptr) {
   Notes own;
   Status status;
   auto image = ScEng::ReadImageFile(file, mode, status, own);
@@ -127,14 +125,14 @@ std::string StoredFormat(const std::filesystem::path& file) {
 }
 
 /// Samples that a half holds exactly, and opacities that divide without rounding.
-std::unique_ptr<Image> MakeMarked(unsigned mode) {
+ImagePtr MakeMarked(unsigned mode) {
   std::vector<float> samples;
   const int channels = ColorMode::GetNumChannels(mode);
   for (int i = 0; i < 6 * channels; ++i) {
     const bool opacity = channels == 4 && i % 4 == 3;
     samples.push_back(opacity ? 0.5F : static_cast<float>(i) * 0.25F - 2.0F);
   }
-  auto image = MakeUniqueImage(3, 2, mode, samples);
+  auto image = MakeImage(3, 2, mode, samples);
   image->SetPin(-70, 41);
   image->SetPivot(0.25F, -1.5F);
   image->SetValueLowHigh(-2.5F, 9.25F);
@@ -191,9 +189,9 @@ TEST(ImageFileRoundTrip, TiffKeepsTheChannels) {
 
 TEST(ImageFileRoundTrip, FloatsOfEveryKindSurvive) {
   const TemporaryFolder folder;
-  const std::vector<float> samples{kNaN,   kInfinity, -kInfinity, 0.0F,        -0.0F,
+  const std::vector<float> samples{kNan,   kInfinity, -kInfinity, 0.0F,        -0.0F,
                                    1e-42F, 3.4e38F,   0.1F,       16777217.0F, -7.25F};
-  const auto image = MakeUniqueImage(5, 2, ColorMode::kValue, samples);
+  const auto image = MakeImage(5, 2, ColorMode::kValue, samples);
   for (const char* name : {"a.exr", "a.tif"}) {
     Write(*image, folder / name, SampleType::kFloat);
     EXPECT_TRUE(SameSamples(samples, GetSamples(*Read(folder / name)))) << name;
@@ -203,9 +201,9 @@ TEST(ImageFileRoundTrip, FloatsOfEveryKindSurvive) {
 TEST(ImageFileRoundTrip, HalfIsTheNearest) {
   const TemporaryFolder folder;
   // Halves between 1 and 2 lie 1/1024 apart; ties go to the even one.
-  const auto image = MakeUniqueImage(
-      6, 1, ColorMode::kValue,
-      {1.0F + 0.4F / 1024, 1.0F + 0.6F / 1024, 1.0F + 0.5F / 1024, 1.0F + 1.5F / 1024, -kInfinity, 65504.0F});
+  const auto image =
+      MakeImage(6, 1, ColorMode::kValue,
+                {1.0F + 0.4F / 1024, 1.0F + 0.6F / 1024, 1.0F + 0.5F / 1024, 1.0F + 1.5F / 1024, -kInfinity, 65504.0F});
   Write(*image, folder / "a.exr", SampleType::kHalf);
   EXPECT_EQ(StoredFormat(folder / "a.exr"), "half");
   EXPECT_TRUE(SameSamples({1.0F, 1.0F + 1.0F / 1024, 1.0F, 1.0F + 2.0F / 1024, -kInfinity, 65504.0F},
@@ -214,8 +212,8 @@ TEST(ImageFileRoundTrip, HalfIsTheNearest) {
 
 TEST(ImageFileRoundTrip, IntegersAreZeroToOne) {
   const TemporaryFolder folder;
-  const auto bytes = MakeUniqueImage(4, 1, ColorMode::kValue, {0.0F, 51.0F / 255, 254.0F / 255, 1.0F});
-  const auto words = MakeUniqueImage(4, 1, ColorMode::kValue, {0.0F, 257.0F / 65535, 65534.0F / 65535, 1.0F});
+  const auto bytes = MakeImage(4, 1, ColorMode::kValue, {0.0F, 51.0F / 255, 254.0F / 255, 1.0F});
+  const auto words = MakeImage(4, 1, ColorMode::kValue, {0.0F, 257.0F / 65535, 65534.0F / 65535, 1.0F});
   for (const char* name : {"a.png", "a.tif"}) {
     Notes notes;
     Write(*bytes, folder / name, SampleType::kUint8, &notes);
@@ -232,21 +230,21 @@ TEST(ImageFileRoundTrip, IntegersAreZeroToOne) {
 TEST(ImageFileRoundTrip, IntegersAreRoundedToNearest) {
   const TemporaryFolder folder;
   const auto image =
-      MakeUniqueImage(5, 1, ColorMode::kValue, {10.4F / 255, 10.6F / 255, 0.49F / 255, 0.51F / 255, 254.6F / 255});
+      MakeImage(5, 1, ColorMode::kValue, {10.4F / 255, 10.6F / 255, 0.49F / 255, 0.51F / 255, 254.6F / 255});
   Write(*image, folder / "a.png", SampleType::kUint8);
   EXPECT_TRUE(SameSamples({10.0F / 255, 11.0F / 255, 0.0F, 1.0F / 255, 1.0F}, GetSamples(*Read(folder / "a.png"))));
 }
 
 TEST(ImageFileRoundTrip, ValuesOutsideAreCutWithANote) {
   const TemporaryFolder folder;
-  const auto image = MakeUniqueImage(7, 1, ColorMode::kValue, {-0.25F, 0.5F, 1.5F, kInfinity, -kInfinity, kNaN, 1.0F});
+  const auto image = MakeImage(7, 1, ColorMode::kValue, {-0.25F, 0.5F, 1.5F, kInfinity, -kInfinity, kNan, 1.0F});
   Notes notes;
   Write(*image, folder / "a.png", SampleType::kUint16, &notes);
   ASSERT_EQ(notes.size(), 1U);
   EXPECT_TRUE(Contains(notes[0], "5 samples"));
   EXPECT_TRUE(Contains(notes[0], "a.png"));
   EXPECT_TRUE(SameSamples({0.0F, 32768.0F / 65535, 1.0F, 1.0F, 0.0F, 0.0F, 1.0F}, GetSamples(*Read(folder / "a.png"))));
-  Write(*MakeUniqueImage(2, 1, ColorMode::kValue, {2.0F, 1.0F}), folder / "b.png", SampleType::kUint8, &notes);
+  Write(*MakeImage(2, 1, ColorMode::kValue, {2.0F, 1.0F}), folder / "b.png", SampleType::kUint8, &notes);
   ASSERT_EQ(notes.size(), 1U);
   EXPECT_TRUE(Contains(notes[0], "1 sample "));
 }
@@ -266,7 +264,7 @@ TEST(ImageFileRoundTrip, CutsAreCountedOnAnyNumberOfThreads) {
 
 TEST(ImageFileRoundTrip, TypesThatAFormatLacksAreReplacedWithANote) {
   const TemporaryFolder folder;
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {0.5F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {0.5F});
   Notes notes;
   Write(*image, folder / "a.png", SampleType::kFloat, &notes);
   ASSERT_EQ(notes.size(), 1U);
@@ -279,7 +277,7 @@ TEST(ImageFileRoundTrip, TypesThatAFormatLacksAreReplacedWithANote) {
 TEST(ImageFileRoundTrip, RadianceStoresThreeChannels) {
   const TemporaryFolder folder;
   // Powers of two share one exponent without loss.
-  const auto color = MakeUniqueImage(2, 1, ColorMode::kColor, {1.0F, 0.5F, 0.25F, 0.5F, 8.0F, 2.0F, 4.0F, 1.0F});
+  const auto color = MakeImage(2, 1, ColorMode::kColor, {1.0F, 0.5F, 0.25F, 0.5F, 8.0F, 2.0F, 4.0F, 1.0F});
   Notes notes;
   Write(*color, folder / "a.hdr", SampleType::kFloat, &notes);
   ASSERT_EQ(notes.size(), 1U);
@@ -288,7 +286,7 @@ TEST(ImageFileRoundTrip, RadianceStoresThreeChannels) {
   EXPECT_EQ(read->GetColorMode(), ColorMode::kColor);
   EXPECT_TRUE(SameSamples({1.0F, 0.5F, 0.25F, 1.0F, 8.0F, 2.0F, 4.0F, 1.0F}, GetSamples(*read)));
 
-  Write(*MakeUniqueImage(2, 1, ColorMode::kValue, {0.5F, 4.0F}), folder / "b.hdr", SampleType::kFloat, &notes);
+  Write(*MakeImage(2, 1, ColorMode::kValue, {0.5F, 4.0F}), folder / "b.hdr", SampleType::kFloat, &notes);
   EXPECT_TRUE(notes.empty());
   EXPECT_TRUE(SameSamples({0.5F, 0.5F, 0.5F, 1.0F, 4.0F, 4.0F, 4.0F, 1.0F}, GetSamples(*Read(folder / "b.hdr"))));
 }
@@ -313,7 +311,7 @@ TEST(ImageFileRoundTrip, LargeImagesComeBackTheSameOnAnyNumberOfThreads) {
 
 TEST(ImageFileOpacity, ExrStoresMultipliedColor) {
   const TemporaryFolder folder;
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kColor, {0.5F, 1.0F, 2.0F, 0.25F, 3.0F, 3.0F, 3.0F, 1.0F});
+  const auto image = MakeImage(2, 1, ColorMode::kColor, {0.5F, 1.0F, 2.0F, 0.25F, 3.0F, 3.0F, 3.0F, 1.0F});
   Write(*image, folder / "a.exr", SampleType::kFloat);
   EXPECT_TRUE(SameSamples({0.125F, 0.25F, 0.5F, 0.25F, 3.0F, 3.0F, 3.0F, 1.0F}, StoredSamples(folder / "a.exr")));
   EXPECT_TRUE(SameSamples(GetSamples(*image), GetSamples(*Read(folder / "a.exr"))));
@@ -329,17 +327,17 @@ TEST(ImageFileOpacity, ColorWithoutOpacityStaysAsStored) {
 TEST(ImageFileOpacity, SignedAndPairAreStoredPlain) {
   const TemporaryFolder folder;
   const std::vector<float> normal{0.5F, -1.0F, 1.0F, 0.25F};
-  Write(*MakeUniqueImage(1, 1, ColorMode::kSigned, normal), folder / "a.exr", SampleType::kFloat);
+  Write(*MakeImage(1, 1, ColorMode::kSigned, normal), folder / "a.exr", SampleType::kFloat);
   EXPECT_TRUE(SameSamples(normal, StoredSamples(folder / "a.exr")));
   const std::vector<float> pair{3.0F, 0.5F};
-  Write(*MakeUniqueImage(1, 1, ColorMode::kPair, pair), folder / "b.exr", SampleType::kFloat);
+  Write(*MakeImage(1, 1, ColorMode::kPair, pair), folder / "b.exr", SampleType::kFloat);
   EXPECT_TRUE(SameSamples(pair, StoredSamples(folder / "b.exr")));
 }
 
 TEST(ImageFileOpacity, TiffKeepsStraightColorAndReadsMultipliedColor) {
   const TemporaryFolder folder;
   const std::vector<float> straight{0.5F, 1.0F, 2.0F, 0.25F};
-  Write(*MakeUniqueImage(1, 1, ColorMode::kColor, straight), folder / "a.tif", SampleType::kFloat);
+  Write(*MakeImage(1, 1, ColorMode::kColor, straight), folder / "a.tif", SampleType::kFloat);
   EXPECT_TRUE(SameSamples(straight, StoredSamples(folder / "a.tif")));
   // A file of another program, marked as multiplied.
   WriteForeign(folder / "b.tif", ForeignLayout(1, 1, 4, OIIO::TypeDesc::FLOAT), {0.125F, 0.25F, 0.5F, 0.25F});
@@ -349,7 +347,7 @@ TEST(ImageFileOpacity, TiffKeepsStraightColorAndReadsMultipliedColor) {
 TEST(ImageFileOpacity, PngIsStraight) {
   const TemporaryFolder folder;
   const std::vector<float> samples{1.0F, 51.0F / 255, 0.0F, 102.0F / 255, 0.6F, 0.8F, 1.0F, 0.0F};
-  Write(*MakeUniqueImage(2, 1, ColorMode::kColor, samples), folder / "a.png", SampleType::kUint8);
+  Write(*MakeImage(2, 1, ColorMode::kColor, samples), folder / "a.png", SampleType::kUint8);
   EXPECT_TRUE(SameSamples({1.0F, 51.0F / 255, 0.0F, 102.0F / 255, 153.0F / 255, 204.0F / 255, 1.0F, 0.0F},
                           GetSamples(*Read(folder / "a.png"))));
 }
@@ -524,7 +522,7 @@ class ImageFileWrite : public testing::Test {
  protected:
   void TearDown() override { disk_is_full = false; }
   TemporaryFolder folder_;
-  std::unique_ptr<Image> image_ = MakeUniqueImage(2, 1, ColorMode::kValue, {0.25F, 0.5F});
+  ImagePtr image_ = MakeImage(2, 1, ColorMode::kValue, {0.25F, 0.5F});
 };
 
 TEST_F(ImageFileWrite, LeavesOneFileAndNothingElse) {
@@ -568,7 +566,7 @@ TEST_F(ImageFileWrite, UnwritableFolder) {
 
 TEST_F(ImageFileWrite, FollowsASymbolicLink) {
   std::filesystem::create_directory(folder_ / "real");
-  Write(*MakeUniqueImage(1, 1, ColorMode::kValue, {1.0F}), folder_ / "real" / "a.exr", SampleType::kFloat);
+  Write(*MakeImage(1, 1, ColorMode::kValue, {1.0F}), folder_ / "real" / "a.exr", SampleType::kFloat);
   std::filesystem::create_symlink("real/a.exr", folder_ / "link.exr");
   Write(*image_, folder_ / "link.exr", SampleType::kFloat);
   EXPECT_TRUE(std::filesystem::is_symlink(folder_ / "link.exr"));

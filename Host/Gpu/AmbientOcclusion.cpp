@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,8 +27,11 @@ constexpr int kSharing = 4;
 /// A band of the image has about this many pixels: enough for every core, and little memory beside the image's own.
 constexpr std::size_t kBandPixels = std::size_t{1} << 22;
 
-constexpr int RoundUp(int value, int multiple) { return (value + multiple - 1) / multiple * multiple; }
-constexpr std::size_t RoundUp(std::size_t value, std::size_t multiple) {
+/// The most heights of a band: twice as many, of both sizes of windows, are addressed by numbers of 32 bits.
+constexpr std::int64_t kMostHeights = (std::int64_t{1} << 30) - 64;
+
+template <class Whole>
+constexpr Whole RoundUp(Whole value, Whole multiple) {
   return (value + multiple - 1) / multiple * multiple;
 }
 
@@ -36,7 +40,8 @@ struct Layout {
   int lanes = 1;
   int rows = 1;
   int sharing = 1;
-  int margin = 0;
+  int margin_x = 0;
+  int margin_y = 0;
   int stride = 0;
   int band_size_y = 0;
   int padded_size_y = 0;
@@ -47,37 +52,43 @@ struct Layout {
   }
 };
 
+/// Windows may reach farther than the steps, and steps no farther than the field is large.
+std::int64_t FindMargin(int steps, int size) {
+  return std::min<std::int64_t>(steps, std::int64_t{size} + 1) + 1 + OcclusionPlan::kLargestWindow;
+}
+
 Layout MakeLayout(const DeviceRecord& device, const HeightField& field, int steps, std::size_t real_size) {
   Layout layout;
   layout.lanes = static_cast<int>(device.lanes);
   layout.rows = device.is_processor ? kTileRows : 1;
   layout.sharing = device.is_processor ? kSharing : 1;
-  // Windows may reach farther than the steps.
-  layout.margin = steps + 1 + OcclusionPlan::kLargestWindow;
-  layout.stride = RoundUp(RoundUp(field.size_x, layout.lanes) + 2 * layout.margin, 16);
+  const std::int64_t margin_x = FindMargin(steps, field.size_x);
+  const std::int64_t margin_y = FindMargin(steps, field.size_y);
+  const std::int64_t row = RoundUp<std::int64_t>(RoundUp<std::int64_t>(field.size_x, layout.lanes) + 2 * margin_x, 16);
+  if (row * (2 * margin_y + layout.rows) > kMostHeights) throw std::bad_alloc();
+  layout.margin_x = static_cast<int>(margin_x);
+  layout.margin_y = static_cast<int>(margin_y);
+  layout.stride = static_cast<int>(row);
 
   const auto stride = static_cast<std::size_t>(layout.stride);
+  const auto around = 2 * static_cast<std::size_t>(layout.margin_y) + static_cast<std::size_t>(layout.rows) + 1;
+  const auto rows_in = [&](std::size_t heights) {
+    const std::size_t rows = heights / stride;
+    return rows > around ? rows - around : 1;
+  };
   std::size_t band = kBandPixels / stride;
   if (device.largest_buffer > 0) {
     // The largest buffer holds the windows of every size.
-    const std::size_t most_rows = device.largest_buffer / (stride * real_size * OcclusionPlan::kNumWindows);
-    const auto around = 2 * static_cast<std::size_t>(layout.margin) + static_cast<std::size_t>(layout.rows) + 1;
-    band = std::min(band, most_rows > around ? most_rows - around : 1);
+    band = std::min(band, rows_in(device.largest_buffer / (real_size * OcclusionPlan::kNumWindows)));
   }
   // A margin is copied for each band, so that bands are not made smaller than it.
-  band = std::max(band, static_cast<std::size_t>(2 * layout.margin));
+  band = std::max(band, 2 * static_cast<std::size_t>(layout.margin_y));
+  band = std::min(band, rows_in(static_cast<std::size_t>(kMostHeights)));
   band = std::min(RoundUp(band, static_cast<std::size_t>(layout.rows)),
-                  static_cast<std::size_t>(RoundUp(field.size_y, layout.rows)));
+                  static_cast<std::size_t>(RoundUp<std::int64_t>(field.size_y, layout.rows)));
   layout.band_size_y = static_cast<int>(band);
-  layout.padded_size_y = layout.band_size_y + 2 * layout.margin;
+  layout.padded_size_y = layout.band_size_y + 2 * layout.margin_y;
   return layout;
-}
-
-/// Which pixel of a side stands at a place that may be beyond the border.
-int FindSource(int place, int size, bool wraps) {
-  if (!wraps) return std::clamp(place, 0, size - 1);
-  const int rest = place % size;
-  return rest < 0 ? rest + size : rest;
 }
 
 /// Fills a band of heights with its margin, `first_row` being the image's row of the band's first.
@@ -86,17 +97,18 @@ void FillHeights(const HeightField& field, const Layout& layout, int first_row, 
   const auto stride = static_cast<std::size_t>(layout.stride);
   std::vector<int> columns(stride);
   for (std::size_t i = 0; i < stride; ++i) {
-    columns[i] = FindSource(static_cast<int>(i) - layout.margin, field.size_x, field.wraps);
+    columns[i] = ScEng::BorderIndex(static_cast<int>(i) - layout.margin_x, field.size_x, field.border);
   }
   const auto make_height = [&](float value) {
     const double height = (static_cast<double>(value) - field.low) * field.scale;
     return static_cast<Real>(std::isnan(height) ? 0.0 : height);
   };
-  const auto margin = static_cast<std::size_t>(layout.margin);
+  const auto margin = static_cast<std::size_t>(layout.margin_x);
   const auto size_x = static_cast<std::size_t>(field.size_x);
   ScEng::ParallelRows(static_cast<std::size_t>(layout.padded_size_y), 8, [&](std::size_t from, std::size_t to) {
     for (std::size_t y = from; y < to; ++y) {
-      const int source = FindSource(first_row - layout.margin + static_cast<int>(y), field.size_y, field.wraps);
+      const int source =
+          ScEng::BorderIndex(first_row - layout.margin_y + static_cast<int>(y), field.size_y, field.border);
       const float* values = field.values + static_cast<std::size_t>(source) * size_x;
       Real* row = heights + y * stride;
       for (std::size_t x = 0; x < size_x; ++x) row[margin + x] = make_height(values[x]);
@@ -107,6 +119,8 @@ void FillHeights(const HeightField& field, const Layout& layout, int first_row, 
     }
   });
 }
+
+FieldShape MakeShape(const HeightField& field) { return {field.size_x, field.size_y, field.border}; }
 
 /// One run on a device. Every call that fails leaves an error behind, after which nothing more is tried.
 class Run {
@@ -217,7 +231,7 @@ Status Run::Compute(int steps, float* result) {
   const Kernel occlude = MakeKernel(program, "Occlude");
   OpenQueue();
 
-  const OcclusionPlan plan(steps, layout.sharing);
+  const OcclusionPlan plan(steps, layout.sharing, MakeShape(field_));
   std::vector<cl_int> offsets;
   std::vector<Real> shares;
   for (const OcclusionPlan::Step& step : plan.steps) {
@@ -261,8 +275,8 @@ Status Run::Compute(int steps, float* result) {
     widen_into(windows, 1, 0, 4);
     widen_into(windows, 0, 1, 8);
     Start(occlude, RoundUp(field_.size_x, layout.lanes) / layout.lanes, RoundUp(band_size_y, layout.rows) / layout.rows,
-          heights, windows, layout.stride, layout.margin, offset_table, share_table, inverse_table, steps, start_table,
-          group_table, band_result, field_.size_x, band_size_y);
+          heights, windows, layout.stride, layout.margin_x, layout.margin_y, offset_table, share_table, inverse_table,
+          steps, start_table, group_table, band_result, field_.size_x, band_size_y);
     Map<float>(band_result, CL_MAP_READ, result_bytes, [&](const float* from) {
       const std::size_t count = size_x * static_cast<std::size_t>(band_size_y);
       std::copy_n(from, count, result + static_cast<std::size_t>(row) * size_x);
@@ -274,7 +288,9 @@ Status Run::Compute(int steps, float* result) {
 
 }  // namespace
 
-Status RunAmbientOcclusion(Device& device, const HeightField& field, int steps, double largest_height, float* result) {
+Status RunAmbientOcclusion(Device& device, const HeightField& field, double radius, double largest_height,
+                           float* result) {
+  const int steps = CountSteps(radius, MakeShape(field));
   Run run(device, field);
   const bool needs_double = !(largest_height <= kHighestInSingle);
   if (needs_double && device.GetRecord().has_double) return run.Compute<double>(steps, result);

@@ -19,19 +19,16 @@
 #include "Host/Gpu/GpuEngine.h"
 #include "Tests/Support/HostTesting.h"
 
+namespace Testing {
 namespace {
 
 using ScEng::Status;
-using Testing::Contains;
-using Testing::MakeUniqueImage;
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr double kAccuracy = 2e-4;
 
-std::unique_ptr<Image> Occlude(const Image& image, float radius, char border) {
+ImagePtr Occlude(const Image& image, float radius, char border) {
   Status status;
-  std::unique_ptr<Image> result(GpuEngine::Get()->ExecuteAmbientOcclusion(&image, radius, border, status));
+  ImagePtr result(GpuEngine::Get()->ExecuteAmbientOcclusion(&image, radius, border, status));
   EXPECT_EQ(status.GetMessage(), "");
   return result;
 }
@@ -65,13 +62,16 @@ std::vector<double> Reference(const Image& image, float radius, char border) {
     return z[static_cast<std::size_t>(Fold(y, size_y, border)) * static_cast<std::size_t>(size_x) +
              static_cast<std::size_t>(Fold(x, size_x, border))];
   };
+  // Beyond the corners border pixels go on for ever, and rises to them only sink.
+  const double beyond = border == 'b' ? 8.0 * (size_x + size_y) : static_cast<double>(radius);
+  const int steps = static_cast<int>(std::floor(std::min(static_cast<double>(radius), beyond)));
   std::vector<double> result;
   for (int y = 0; y < size_y; ++y) {
     for (int x = 0; x < size_x; ++x) {
       double sum = 0.0;
       for (int k = 0; k < 16; ++k) {
         double steepest = 0.0;
-        for (int s = 1; s <= static_cast<int>(std::floor(radius)); ++s) {
+        for (int s = 1; s <= steps; ++s) {
           double found = 0.0;
           if (k % 4 == 0) {
             const int dx[] = {s, 0, -s, 0};
@@ -100,7 +100,7 @@ std::vector<double> Reference(const Image& image, float radius, char border) {
 
 /// Passes when the engine's result is the reference's within the promised accuracy, in the promised header.
 testing::AssertionResult IsAccurate(const Image& image, float radius, char border) {
-  const std::unique_ptr<Image> result = Occlude(image, radius, border);
+  const ImagePtr result = Occlude(image, radius, border);
   if (!result) return testing::AssertionFailure() << "there is no result";
   const ImageHeader& header = result->GetImageHeader();
   if (header.size_x != image.GetSizeX() || header.size_y != image.GetSizeY() || header.color_mode != 2 ||
@@ -128,8 +128,8 @@ std::vector<float> Noise(std::size_t count, std::uint32_t seed) {
 }
 
 /// Hills of several sizes and some noise, between about 0 and 1.
-std::unique_ptr<Image> MakeHills(int size_x, int size_y, double detail) {
-  auto image = std::make_unique<Image>(size_x, size_y, ColorMode::kValue, nullptr);
+ImagePtr MakeHills(int size_x, int size_y, double detail) {
+  auto image = ScEng::MakeRef<Image>(size_x, size_y, ColorMode::kValue, nullptr);
   const std::vector<float> noise = Noise(image->GetNumSamples(), 5);
   float* samples = image->GetArray();
   for (int y = 0; y < size_y; ++y) {
@@ -144,7 +144,7 @@ std::unique_ptr<Image> MakeHills(int size_x, int size_y, double detail) {
 
 TEST(AmbientOcclusion, IsAccurateAtAnySize) {
   for (const auto& [x, y] : {std::pair{1, 1}, {1, 7}, {9, 1}, {2, 2}, {3, 5}, {15, 9}, {16, 8}, {17, 9}, {33, 23}}) {
-    const auto image = MakeUniqueImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), 3));
+    const auto image = MakeImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), 3));
     for (const char border : {'p', 'b'}) {
       for (const float radius : {2.5F, 3.0F, 7.9F}) {
         EXPECT_TRUE(IsAccurate(*image, radius, border)) << x << " x " << y << " " << border << " " << radius;
@@ -164,10 +164,27 @@ TEST(AmbientOcclusion, IsAccurateOnTerrainAtAnyRadius) {
 }
 
 TEST(AmbientOcclusion, LooksFartherThanTheImageIsLarge) {
-  const auto image = MakeUniqueImage(3, 2, ColorMode::kValue, {0.0F, 0.5F, 1.0F, 0.25F, 0.0F, 0.75F});
+  const auto image = MakeImage(3, 2, ColorMode::kValue, {0.0F, 0.5F, 1.0F, 0.25F, 0.0F, 0.75F});
   EXPECT_TRUE(IsAccurate(*image, 100.0F, 'p'));
   EXPECT_TRUE(IsAccurate(*image, 100.0F, 'b'));
   EXPECT_TRUE(IsAccurate(*image, 1024.0F, 'p'));
+}
+
+TEST(AmbientOcclusion, TakesAnyRadius) {
+  const auto small = MakeImage(5, 4, ColorMode::kValue, Noise(20, 11));
+  const auto thin = MakeImage(301, 1, ColorMode::kValue, Noise(301, 12));
+  for (const char border : {'p', 'b'}) {
+    for (const float radius : {1025.0F, 5000.5F}) {
+      EXPECT_TRUE(IsAccurate(*small, radius, border)) << border << " " << radius;
+      EXPECT_TRUE(IsAccurate(*thin, radius, border)) << border << " " << radius;
+    }
+  }
+  // Heights of some pixels, which are what a share of the declared range makes of such radii.
+  for (const float radius : {1e7F, 1e9F, 3e38F}) {
+    std::vector<float> samples = Noise(21 * 13, 13);
+    for (float& sample : samples) sample *= 4.0F / radius;
+    EXPECT_TRUE(IsAccurate(*MakeImage(21, 13, ColorMode::kValue, samples), radius, 'b')) << radius;
+  }
 }
 
 TEST(AmbientOcclusion, FindsALoneTowerAtEveryDistance) {
@@ -175,7 +192,7 @@ TEST(AmbientOcclusion, FindsALoneTowerAtEveryDistance) {
   for (const float radius : {3.0F, 30.0F, 100.0F}) {
     std::vector<float> samples(75 * 53, 0.0F);
     samples[26 * 75 + 37] = 1.0F;
-    EXPECT_TRUE(IsAccurate(*MakeUniqueImage(75, 53, ColorMode::kValue, samples), radius, 'b')) << radius;
+    EXPECT_TRUE(IsAccurate(*MakeImage(75, 53, ColorMode::kValue, samples), radius, 'b')) << radius;
   }
 }
 
@@ -186,7 +203,7 @@ TEST(AmbientOcclusion, OfAStepIsWhatIsWorkedOutByHand) {
   for (std::size_t y = 0; y < 21; ++y) {
     for (std::size_t x = 11; x < 21; ++x) samples[y * 21 + x] = 1.0F;
   }
-  const auto result = Occlude(*MakeUniqueImage(21, 21, ColorMode::kValue, samples), 3.0F, 'b');
+  const auto result = Occlude(*MakeImage(21, 21, ColorMode::kValue, samples), 3.0F, 'b');
   double expected = 9.0;  // The directions along the step and away from it are open.
   expected += 1.0 / (1.0 + 9.0);
   for (const double angle : {1.0, 2.0, 3.0}) {
@@ -206,13 +223,13 @@ TEST(AmbientOcclusion, OfFlatGroundIsExactlyOpen) {
   const float level = 0.3F;
   const Image flat(40, 20, ColorMode::kValue, &level);
   const auto result = Occlude(flat, 100.0F, 'b');
-  EXPECT_TRUE(Testing::SameSamples(std::vector<float>(800, 1.0F), Testing::GetSamples(*result)));
+  EXPECT_TRUE(SameSamples(std::vector<float>(800, 1.0F), GetSamples(*result)));
 }
 
 TEST(AmbientOcclusion, OfAnEmptyDeclaredRangeIsOpenEverywhere) {
   auto image = MakeHills(20, 10, 0.5);
   image->SetValueLowHigh(0.5F, 0.5F);
-  EXPECT_TRUE(Testing::SameSamples(std::vector<float>(200, 1.0F), Testing::GetSamples(*Occlude(*image, 9.0F, 'p'))));
+  EXPECT_TRUE(SameSamples(std::vector<float>(200, 1.0F), GetSamples(*Occlude(*image, 9.0F, 'p'))));
 }
 
 TEST(AmbientOcclusion, ReadsHeightsByTheDeclaredRange) {
@@ -227,17 +244,17 @@ TEST(AmbientOcclusion, IsAccurateWhereValuesAreFarOutsideTheRange) {
   // Neighbours differ by little beside their values, which single precision would lose.
   std::vector<float> samples = Noise(33 * 17, 9);
   for (float& sample : samples) sample = 100000.0F + 4.0F * sample;
-  EXPECT_TRUE(IsAccurate(*MakeUniqueImage(33, 17, ColorMode::kValue, samples), 50.0F, 'b'));
+  EXPECT_TRUE(IsAccurate(*MakeImage(33, 17, ColorMode::kValue, samples), 50.0F, 'b'));
 }
 
 TEST(AmbientOcclusion, TakesNanForTheHeightZero) {
   std::vector<float> samples = Noise(25 * 13, 4);
   for (std::size_t i = 0; i < samples.size(); i += 7) samples[i] = kNan;
-  auto image = MakeUniqueImage(25, 13, ColorMode::kValue, samples);
+  auto image = MakeImage(25, 13, ColorMode::kValue, samples);
   image->SetValueLowHigh(-1.0F, 1.0F);
   EXPECT_TRUE(IsAccurate(*image, 8.0F, 'p'));
   const Image all(9, 9, ColorMode::kValue, &kNan);
-  EXPECT_TRUE(Testing::SameSamples(std::vector<float>(81, 1.0F), Testing::GetSamples(*Occlude(all, 8.0F, 'p'))));
+  EXPECT_TRUE(SameSamples(std::vector<float>(81, 1.0F), GetSamples(*Occlude(all, 8.0F, 'p'))));
 }
 
 TEST(AmbientOcclusion, FollowsArithmeticAtInfiniteHeights) {
@@ -245,9 +262,9 @@ TEST(AmbientOcclusion, FollowsArithmeticAtInfiniteHeights) {
     std::vector<float> samples = Noise(31 * 23, 6);
     samples[11 * 31 + 15] = odd;
     samples[4 * 31 + 3] = kInfinity;
-    const auto image = MakeUniqueImage(31, 23, ColorMode::kValue, samples);
+    const auto image = MakeImage(31, 23, ColorMode::kValue, samples);
     EXPECT_TRUE(IsAccurate(*image, 9.0F, 'p')) << odd;
-    for (const float sample : Testing::GetSamples(*Occlude(*image, 9.0F, 'p'))) {
+    for (const float sample : GetSamples(*Occlude(*image, 9.0F, 'p'))) {
       EXPECT_TRUE(sample >= 0.0F && sample <= 1.0F) << sample;
     }
   }
@@ -256,7 +273,7 @@ TEST(AmbientOcclusion, FollowsArithmeticAtInfiniteHeights) {
 TEST(AmbientOcclusion, ReadsOtherModesAsValues) {
   for (const unsigned mode : {ColorMode::kColor, ColorMode::kSigned, ColorMode::kPair}) {
     const auto channels = static_cast<std::size_t>(ColorMode::GetNumChannels(mode));
-    auto image = MakeUniqueImage(19, 11, mode, Noise(19 * 11 * channels, 8));
+    auto image = MakeImage(19, 11, mode, Noise(19 * 11 * channels, 8));
     image->SetPin(7, -5);
     image->SetPivot(0.25F, 0.75F);
     image->SetValueLowHigh(-2.0F, 3.0F);
@@ -267,14 +284,14 @@ TEST(AmbientOcclusion, ReadsOtherModesAsValues) {
 TEST(AmbientOcclusion, WithoutAStepIsOpen) {
   const auto image = MakeHills(5, 4, 0.5);
   for (const float radius : {0.9F, 0.0F, -3.0F}) {
-    EXPECT_TRUE(Testing::SameSamples(std::vector<float>(20, 1.0F), Testing::GetSamples(*Occlude(*image, radius, 'p'))));
+    EXPECT_TRUE(SameSamples(std::vector<float>(20, 1.0F), GetSamples(*Occlude(*image, radius, 'p'))));
   }
 }
 
 TEST(AmbientOcclusion, JoinsItsBandsWithoutSeams) {
   // More pixels than one band has, made of a small field that repeats itself, which is the reference.
   const auto tile = MakeHills(4, 64, 0.3);
-  auto image = std::make_unique<Image>(4096, 1280, ColorMode::kValue, nullptr);
+  auto image = ScEng::MakeRef<Image>(4096, 1280, ColorMode::kValue, nullptr);
   float* samples = image->GetArray();
   for (std::size_t y = 0; y < 1280; ++y) {
     for (std::size_t x = 0; x < 4096; ++x) samples[y * 4096 + x] = tile->GetConstArray()[(y % 64) * 4 + x % 4];
@@ -293,12 +310,12 @@ TEST(AmbientOcclusion, JoinsItsBandsWithoutSeams) {
 
 TEST(AmbientOcclusion, IsTheSameFromSeveralThreadsAtOnce) {
   const auto image = MakeHills(64, 64, 0.1);
-  const std::vector<float> expected = Testing::GetSamples(*Occlude(*image, 20.0F, 'p'));
+  const std::vector<float> expected = GetSamples(*Occlude(*image, 20.0F, 'p'));
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       for (int run = 0; run < 3; ++run) {
-        EXPECT_TRUE(Testing::SameSamples(expected, Testing::GetSamples(*Occlude(*image, 20.0F, 'p'))));
+        EXPECT_TRUE(SameSamples(expected, GetSamples(*Occlude(*image, 20.0F, 'p'))));
       }
     });
   }
@@ -323,7 +340,7 @@ TEST(AmbientOcclusion, IsAccurateOnOneLaneAsOnAGpu) {
   field.size_x = 37;
   field.size_y = 29;
   field.scale = 15.0;
-  field.wraps = true;
+  field.border = ScEng::Border::kWrap;
   std::vector<float> result(image->GetNumSamples());
   EXPECT_EQ(Gpu::RunAmbientOcclusion(*device, field, 15, 15.0, result.data()).GetMessage(), "");
   const std::vector<double> expected = Reference(*image, 15.0F, 'p');
@@ -341,9 +358,11 @@ TEST(AmbientOcclusion, RefusesWhatMakesNoSense) {
     EXPECT_TRUE(Contains(status.GetMessage(), part));
   };
   refuse(nullptr, 3.0F, 'p', "no image");
-  refuse(image.get(), kNan, 'p', "radius");
-  refuse(image.get(), 1025.0F, 'p', "1024");
-  refuse(image.get(), 3.0F, 'x', "border");
+  refuse(image.Get(), kNan, 'p', "radius");
+  refuse(image.Get(), kInfinity, 'b', "the radius is inf");
+  // More steps than tables can hold.
+  refuse(image.Get(), 1e30F, 'p', "not enough memory");
+  refuse(image.Get(), 3.0F, 'x', "border");
 }
 
 TEST(AmbientOcclusion, IsAccurateWhateverTheImage) {
@@ -353,7 +372,7 @@ TEST(AmbientOcclusion, IsAccurateWhateverTheImage) {
     const float radius = static_cast<float>(*rc::gen::inRange(4, 80)) / 4.0F;
     const char border = *rc::gen::element('p', 'b');
     const auto seed = *rc::gen::arbitrary<std::uint32_t>();
-    auto image = MakeUniqueImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), seed));
+    auto image = MakeImage(x, y, ColorMode::kValue, Noise(static_cast<std::size_t>(x * y), seed));
     image->SetValueLowHigh(static_cast<float>(*rc::gen::inRange(-3, 1)), static_cast<float>(*rc::gen::inRange(1, 9)));
     RC_ASSERT(IsAccurate(*image, radius, border));
   });
@@ -375,3 +394,4 @@ TEST(GpuEngine, ComputesOnTheDeviceThatIsSelected) {
 }
 
 }  // namespace
+}  // namespace Testing

@@ -14,8 +14,6 @@ namespace {
 
 using ScEng::Status;
 
-constexpr const char* kInstall = "install a driver of OpenCL (the package pocl-opencl-icd runs on every processor)";
-
 std::string ToLower(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
                  [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
@@ -33,6 +31,20 @@ std::string ReadText(const Get& get) {
   const std::size_t begin = text.find_first_not_of(" \n");
   if (begin == std::string::npos) return {};
   return text.substr(begin, text.find_last_not_of(" \n") + 1 - begin);
+}
+
+std::vector<cl_platform_id> GetPlatforms(const OpenClApi& api) {
+  cl_uint count = 0;
+  if (api.GetPlatformIDs(0, nullptr, &count) != CL_SUCCESS || count == 0) return {};
+  std::vector<cl_platform_id> platforms(count);
+  if (api.GetPlatformIDs(count, platforms.data(), nullptr) != CL_SUCCESS) return {};
+  return platforms;
+}
+
+std::string GetPlatformName(const OpenClApi& api, cl_platform_id platform) {
+  return ReadText([&](std::size_t size, void* to, std::size_t* needed) {
+    return api.GetPlatformInfo(platform, CL_PLATFORM_NAME, size, to, needed);
+  });
 }
 
 class DeviceReader {
@@ -118,16 +130,17 @@ std::string NameAll(const std::vector<DeviceRecord>& devices) {
 
 }  // namespace
 
+std::vector<std::string> ListPlatforms(const OpenClApi& api) {
+  std::vector<std::string> names;
+  for (cl_platform_id platform : GetPlatforms(api)) names.push_back(GetPlatformName(api, platform));
+  return names;
+}
+
 std::vector<DeviceRecord> ListDevices(const OpenClApi& api) {
-  cl_uint count = 0;
-  if (api.GetPlatformIDs(0, nullptr, &count) != CL_SUCCESS || count == 0) return {};
-  std::vector<cl_platform_id> platforms(count);
-  if (api.GetPlatformIDs(count, platforms.data(), nullptr) != CL_SUCCESS) return {};
   std::vector<DeviceRecord> devices;
-  for (cl_platform_id platform : platforms) {
-    const std::string name = ReadText([&](std::size_t size, void* to, std::size_t* needed) {
-      return api.GetPlatformInfo(platform, CL_PLATFORM_NAME, size, to, needed);
-    });
+  for (cl_platform_id platform : GetPlatforms(api)) {
+    const std::string name = GetPlatformName(api, platform);
+    cl_uint count = 0;
     if (api.GetDeviceIDs(platform, CL_DEVICE_TYPE_ALL, 0, nullptr, &count) != CL_SUCCESS || count == 0) continue;
     std::vector<cl_device_id> ids(count);
     if (api.GetDeviceIDs(platform, CL_DEVICE_TYPE_ALL, count, ids.data(), nullptr) != CL_SUCCESS) continue;
@@ -139,7 +152,7 @@ std::vector<DeviceRecord> ListDevices(const OpenClApi& api) {
 int ChooseDevice(const std::vector<DeviceRecord>& devices, const std::string& word, const std::string& origin,
                  Status& status) {
   if (devices.empty()) {
-    status = Status::Error(std::string("there is no OpenCL device; ") + kInstall);
+    status = Status::Error(std::string("there is no OpenCL device; ") + kInstallDriver);
     return -1;
   }
   const auto find = [&](const auto& is_wanted) {
@@ -156,7 +169,7 @@ int ChooseDevice(const std::vector<DeviceRecord>& devices, const std::string& wo
     if (chosen < 0) chosen = find(is_usable);
     if (chosen < 0) {
       status = Status::Error("no OpenCL device can be used; \"" + devices[0].info.name +
-                             "\": " + devices[0].info.problem + "; " + kInstall);
+                             "\": " + devices[0].info.problem + "; " + kInstallDriver);
     }
     return chosen;
   }

@@ -27,6 +27,13 @@ struct DeviceRecord {
   std::size_t largest_buffer = 0;
 };
 
+/// What to do where no driver offers a device.
+inline constexpr const char* kInstallDriver =
+    "install a driver of OpenCL (the package pocl-opencl-icd runs on every processor)";
+
+/// The names of all platforms, one for each driver.
+HOST_GPU_API std::vector<std::string> ListPlatforms(const OpenClApi& api);
+
 /// Every device of every platform, in the order in which OpenCL names them.
 HOST_GPU_API std::vector<DeviceRecord> ListDevices(const OpenClApi& api);
 

@@ -3,20 +3,25 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Host/Gpu/AmbientOcclusion.h"
+#include "Host/Gpu/DevicePool.h"
+#include "Host/Gpu/DriverCache.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Gpu/OpenClApi.h"
 #include "Tests/Support/HostTesting.h"
 
+namespace Testing {
 namespace {
 
 using Gpu::DeviceRecord;
 using Gpu::OpenClApi;
 using ScEng::Status;
-using Testing::Contains;
 
 const OpenClApi& RealApi() {
   static OpenClApi api;
@@ -182,4 +187,175 @@ TEST_F(FailingDevice, NamesAResultThatCannotBeReached) {
   ExpectError(Run(), "cannot be reached", "try again");
 }
 
+/// How many computations are yet to fail.
+int failures_left = 0;
+
+/// A pool of the processor under two names, whose next computations fail.
+class FailingPool : public testing::Test {
+ protected:
+  void SetUp() override {
+    Status status;
+    const std::vector<DeviceRecord> devices = Gpu::ListDevices(RealApi());
+    const int processor = Gpu::ChooseDevice(devices, "cpu", "test", status);
+    ASSERT_GE(processor, 0) << status.GetMessage();
+    records_ = {devices[static_cast<std::size_t>(processor)], devices[static_cast<std::size_t>(processor)]};
+    records_[0].info.name = "First";
+    records_[1].info.name = "Second";
+    api_.EnqueueNDRangeKernel = [](cl_command_queue queue, cl_kernel kernel, cl_uint dimensions,
+                                   const std::size_t* offset, const std::size_t* size, const std::size_t* group,
+                                   cl_uint, const cl_event*, cl_event*) -> cl_int {
+      if (failures_left > 0) {
+        --failures_left;
+        return CL_OUT_OF_RESOURCES;
+      }
+      return RealApi().EnqueueNDRangeKernel(queue, kernel, dimensions, offset, size, group, 0, nullptr, nullptr);
+    };
+  }
+
+  /// A tower of height 3 beside open ground.
+  Status Run(bool tries_other, int failures) {
+    failures_left = failures;
+    Gpu::DevicePool pool(api_, records_);
+    return pool.Run(0, tries_other, [&](Gpu::Device& device) {
+      const float values[] = {0.0F, 3.0F};
+      Gpu::HeightField field;
+      field.values = values;
+      field.size_x = 2;
+      field.size_y = 1;
+      return Gpu::RunAmbientOcclusion(device, field, 1.0, 3.0, result_);
+    });
+  }
+
+  OpenClApi api_ = RealApi();
+  std::vector<DeviceRecord> records_;
+  float result_[2] = {-1.0F, -1.0F};
+};
+
+TEST_F(FailingPool, ComputesOnTheDeviceThatIsChosen) {
+  EXPECT_EQ(Run(true, 0).GetMessage(), "");
+  EXPECT_EQ(result_[1], 1.0F);
+}
+
+TEST_F(FailingPool, EndsInTheErrorOfTheDeviceUnlessAnotherMayBeTried) {
+  const Status status = Run(false, 1);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_TRUE(Contains(status.GetMessage(), "\"First\""));
+  EXPECT_EQ(result_[1], -1.0F);
+}
+
+TEST_F(FailingPool, TriesAnotherDeviceOnceAndSaysSo) {
+  const Status status = Run(true, 1);
+  EXPECT_EQ(status.GetCode(), Status::kWarning);
+  EXPECT_TRUE(Contains(status.GetMessage(), "\"First\""));
+  EXPECT_TRUE(Contains(status.GetMessage(), "lost"));
+  EXPECT_TRUE(Contains(status.GetMessage(), "computed on device 1 \"Second\" instead"));
+  EXPECT_EQ(result_[1], 1.0F);
+  EXPECT_LT(result_[0], 1.0F);
+}
+
+TEST_F(FailingPool, EndsInTheFirstErrorWhereTheOtherDeviceFailsToo) {
+  const Status status = Run(true, 2);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_TRUE(Contains(status.GetMessage(), "\"First\""));
+  EXPECT_EQ(failures_left, 0) << "there is no third attempt";
+}
+
+TEST_F(FailingPool, HasNoOtherDeviceWhereNoneCanBeUsed) {
+  records_[1].info.problem = "it is broken";
+  EXPECT_TRUE(Run(true, 1).IsError());
+  records_.pop_back();
+  EXPECT_TRUE(Run(true, 1).IsError());
+}
+
+/// Sets an environment variable for one scope; null removes it.
+class VariableScope {
+ public:
+  VariableScope(const char* name, const char* value) : name_(name) {
+    if (const char* before = std::getenv(name)) before_ = before;
+    Set(value);
+  }
+  ~VariableScope() { Set(before_ ? before_->c_str() : nullptr); }
+  VariableScope(const VariableScope&) = delete;
+  VariableScope& operator=(const VariableScope&) = delete;
+
+ private:
+  void Set(const char* value) const {
+    if (value != nullptr) {
+      setenv(name_, value, 1);
+    } else {
+      unsetenv(name_);
+    }
+  }
+
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
+TEST(DriverCache, FollowsTheDriversVariables) {
+  const VariableScope home("HOME", "/home/somebody");
+  const VariableScope cache("XDG_CACHE_HOME", nullptr);
+  const VariableScope own("POCL_CACHE_DIR", nullptr);
+  EXPECT_EQ(Gpu::FindCacheFolder(), "/home/somebody/.cache/pocl/kcache");
+  const VariableScope other_cache("XDG_CACHE_HOME", "/var/cache");
+  EXPECT_EQ(Gpu::FindCacheFolder(), "/var/cache/pocl/kcache");
+  const VariableScope other_own("POCL_CACHE_DIR", "/somewhere");
+  EXPECT_EQ(Gpu::FindCacheFolder(), "/somewhere");
+}
+
+TEST(DriverCache, ForgetsAnEmptyVariableAlone) {
+  {
+    const VariableScope own("POCL_CACHE_DIR", "");
+    Gpu::ForgetEmptyCacheFolder();
+    EXPECT_EQ(std::getenv("POCL_CACHE_DIR"), nullptr);
+  }
+  const VariableScope own("POCL_CACHE_DIR", "/somewhere");
+  Gpu::ForgetEmptyCacheFolder();
+  EXPECT_STREQ(std::getenv("POCL_CACHE_DIR"), "/somewhere");
+}
+
+const char* platform_name = "";
+
+/// A table with one platform of the name `platform_name`.
+OpenClApi MakePlatformApi() {
+  OpenClApi api;
+  api.GetPlatformIDs = [](cl_uint, cl_platform_id* platforms, cl_uint* count) -> cl_int {
+    if (count != nullptr) *count = 1;
+    if (platforms != nullptr) *platforms = nullptr;
+    return CL_SUCCESS;
+  };
+  api.GetPlatformInfo = [](cl_platform_id, cl_platform_info, std::size_t, void* to, std::size_t* size) -> cl_int {
+    const std::string name = platform_name;
+    if (size != nullptr) *size = name.size() + 1;
+    if (to != nullptr) std::copy_n(name.c_str(), name.size() + 1, static_cast<char*>(to));
+    return CL_SUCCESS;
+  };
+  return api;
+}
+
+TEST(DriverCache, IsNamedWhereTheDriverCannotWriteIt) {
+  platform_name = "Portable Computing Language";
+  const VariableScope own("POCL_CACHE_DIR", "/dev/null/cache");
+  const Status status = Gpu::ExplainNoDevice(MakePlatformApi());
+  EXPECT_TRUE(status.IsError());
+  EXPECT_TRUE(Contains(status.GetMessage(), "\"/dev/null/cache\""));
+  EXPECT_TRUE(Contains(status.GetMessage(), "POCL_CACHE_DIR"));
+  EXPECT_EQ(status.GetMessage().find("install"), std::string::npos);
+}
+
+TEST(DriverCache, IsNotBlamedForAnythingElse) {
+  platform_name = "Another Driver";
+  {
+    const VariableScope own("POCL_CACHE_DIR", "/dev/null/cache");
+    EXPECT_TRUE(Contains(Gpu::ExplainNoDevice(MakePlatformApi()).GetMessage(), "\"Another Driver\" offers none"));
+  }
+  platform_name = "Portable Computing Language";
+  const TemporaryFolder folder;
+  const VariableScope own("POCL_CACHE_DIR", folder.Path().c_str());
+  EXPECT_TRUE(Contains(Gpu::ExplainNoDevice(MakePlatformApi()).GetMessage(), "offers none"));
+  OpenClApi none;
+  none.GetPlatformIDs = [](cl_uint, cl_platform_id*, cl_uint*) -> cl_int { return -1001; };
+  EXPECT_TRUE(Contains(Gpu::ExplainNoDevice(none).GetMessage(), "pocl-opencl-icd"));
+}
+
 }  // namespace
+}  // namespace Testing

@@ -8,11 +8,18 @@
 #include <new>
 #include <optional>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "Host/Gpu/AmbientOcclusion.h"
 #include "Host/Gpu/Device.h"
+#include "Host/Gpu/DevicePool.h"
+#include "Host/Gpu/DriverCache.h"
 #include "Host/Gpu/OpenClApi.h"
-#include "Host/Util/ParallelRows.h"
+#include "Host/Image/Placement.h"
+#include "Host/Math/Border.h"
+#include "Host/Util/Log.h"
+#include "Host/Util/ParallelReduce.h"
 
 namespace {
 
@@ -20,24 +27,20 @@ using ScEng::Status;
 
 constexpr const char* kLoader = "libOpenCL.so.1";
 constexpr const char* kVariable = "VALUE_DEVICE";
-constexpr float kLargestRadius = 1024.0F;
 constexpr std::size_t kGrain = std::size_t{1} << 16;
 
 /// The largest |z| of a field; infinite where a height is.
 double FindLargestHeight(const Image& image, double low, double scale) {
-  std::optional<ScEng::SampleRange> range = image.GetKnownSampleRange();
-  if (!range) {
-    range.emplace();
-    std::mutex mutex;
-    ScEng::ParallelRows(image.GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
-      const ScEng::SampleRange piece = ScEng::MeasureRange(image.GetConstArray() + from, to - from);
-      const std::lock_guard lock(mutex);
-      range->Include(piece);
-    });
-  }
-  if (range->IsEmpty()) return 0.0;
-  return std::max(std::abs((static_cast<double>(range->low) - low) * scale),
-                  std::abs((static_cast<double>(range->high) - low) * scale));
+  const auto measure = [&] {
+    return ScEng::ParallelReduce<ScEng::SampleRange>(
+        image.GetNumSamples(), kGrain,
+        [&](std::size_t from, std::size_t to) { return ScEng::MeasureRange(image.GetConstArray() + from, to - from); });
+  };
+  const std::optional<ScEng::SampleRange> known = image.GetKnownSampleRange();
+  const ScEng::SampleRange range = known ? *known : measure();
+  if (range.IsEmpty()) return 0.0;
+  return std::max(std::abs((static_cast<double>(range.low) - low) * scale),
+                  std::abs((static_cast<double>(range.high) - low) * scale));
 }
 
 }  // namespace
@@ -45,62 +48,71 @@ double FindLargestHeight(const Image& image, double low, double scale) {
 /// OpenCL, the devices and the one in use, each found when it is first asked for.
 class GpuEngine::State {
  public:
-  /// The device to compute on; null and an error when there is none.
-  std::shared_ptr<Gpu::Device> GetDevice(Status& status) {
-    const std::lock_guard lock(mutex_);
-    if (device_) return device_;
+  /// Runs `work` on the device to compute on; an error when there is none.
+  Status Run(const Gpu::DevicePool::Work& work) {
+    std::unique_lock lock(mutex_);
+    Status status;
     const int chosen = Choose(status);
-    if (chosen < 0) return nullptr;
-    device_ = Gpu::Device::Open(api_, (*devices_)[static_cast<std::size_t>(chosen)], status);
-    return device_;
-  }
-
-  /// Makes the device ready anew at the next request: one that failed may be lost for good.
-  void Drop(const std::shared_ptr<Gpu::Device>& device) {
-    const std::lock_guard lock(mutex_);
-    if (device_ == device) device_.reset();
+    if (chosen < 0) return status;
+    const bool tries_other = tries_other_;
+    lock.unlock();
+    return pool_->Run(chosen, tries_other, work);
   }
 
   Status Select(const std::string& word) {
     const std::lock_guard lock(mutex_);
     Status status;
-    if (!word.empty() && (!List(status) || Gpu::ChooseDevice(*devices_, word, "--device", status) < 0)) return status;
+    if (!word.empty() && (!List(status) || Gpu::ChooseDevice(pool_->GetRecords(), word, "--device", status) < 0)) {
+      return status;
+    }
     word_ = word;
-    device_.reset();
     return status;
+  }
+
+  void SetTriesOtherDevice(bool tries) {
+    const std::lock_guard lock(mutex_);
+    tries_other_ = tries;
   }
 
   std::vector<GpuDevice> GetDevices(Status& status) {
     const std::lock_guard lock(mutex_);
     const int chosen = Choose(status);
     std::vector<GpuDevice> infos;
-    if (!devices_) return infos;
-    for (const Gpu::DeviceRecord& device : *devices_) infos.push_back(device.info);
+    if (!pool_) return infos;
+    for (const Gpu::DeviceRecord& device : pool_->GetRecords()) infos.push_back(device.info);
     if (chosen >= 0) infos[static_cast<std::size_t>(chosen)].is_chosen = true;
     return infos;
   }
 
  private:
-  /// Lists the devices once; false and an error when OpenCL cannot be loaded, which is tried again at the next call.
+  /// Lists the devices once; false and an error when OpenCL cannot be loaded or has none, which is tried again at the
+  /// next call.
   bool List(Status& status) {
-    if (devices_) return true;
+    if (pool_) return true;
+    Gpu::ForgetEmptyCacheFolder();
     if (Gpu::LoadOpenCl(kLoader, api_, status) == nullptr) return false;
-    devices_ = Gpu::ListDevices(api_);
+    std::vector<Gpu::DeviceRecord> records = Gpu::ListDevices(api_);
+    if (records.empty()) {
+      status = Gpu::ExplainNoDevice(api_);
+      return false;
+    }
+    pool_.emplace(api_, std::move(records));
     return true;
   }
 
   int Choose(Status& status) {
     if (!List(status)) return -1;
-    if (!word_.empty()) return Gpu::ChooseDevice(*devices_, word_, "--device", status);
+    if (!word_.empty()) return Gpu::ChooseDevice(pool_->GetRecords(), word_, "--device", status);
     const char* named = std::getenv(kVariable);
-    return Gpu::ChooseDevice(*devices_, named == nullptr ? "" : named, kVariable, status);
+    return Gpu::ChooseDevice(pool_->GetRecords(), named == nullptr ? "" : named, kVariable, status);
   }
 
   std::mutex mutex_;
   Gpu::OpenClApi api_;
-  std::optional<std::vector<Gpu::DeviceRecord>> devices_;
+  /// Set once and never taken back.
+  std::optional<Gpu::DevicePool> pool_;
   std::string word_;
-  std::shared_ptr<Gpu::Device> device_;
+  bool tries_other_ = false;
 };
 
 GpuEngine::GpuEngine() : state_(std::make_unique<State>()) {}
@@ -112,6 +124,8 @@ GpuEngine* GpuEngine::Get() {
   return engine;
 }
 
+void GpuEngine::SetTriesOtherDevice(bool tries) { state_->SetTriesOtherDevice(tries); }
+
 Status GpuEngine::SelectDevice(const std::string& word) { return state_->Select(word); }
 
 std::vector<GpuDevice> GpuEngine::GetDevices(Status& status) { return state_->GetDevices(status); }
@@ -121,8 +135,9 @@ Image* GpuEngine::ExecuteAmbientOcclusion(const Image* image, float radius, char
     status = Status::Error("ambient occlusion: there is no image");
     return nullptr;
   }
-  if (!(radius <= kLargestRadius)) {
-    status = Status::Error("ambient occlusion: the radius is " + std::to_string(radius) + "; it must be 1024 at most");
+  if (!std::isfinite(radius)) {
+    status =
+        Status::Error("ambient occlusion: the radius is " + std::to_string(radius) + "; it must be a number of pixels");
     return nullptr;
   }
   if (border != 'p' && border != 'b') {
@@ -130,42 +145,36 @@ Image* GpuEngine::ExecuteAmbientOcclusion(const Image* image, float radius, char
                            "'; there are 'p' (repeats the image) and 'b' (repeats border pixels)");
     return nullptr;
   }
-  const std::shared_ptr<Gpu::Device> device = state_->GetDevice(status);
-  if (!device) return nullptr;
-
   try {
     std::optional<Image> converted;
     if (image->GetColorMode() != ColorMode::kValue) image = &converted.emplace(*image, ColorMode::kValue);
-    const ImageHeader& header = image->GetImageHeader();
-    ImageHeader result_header = ImageHeader::Fresh(header.size_x, header.size_y, ColorMode::kValue);
-    result_header.pin_x = header.pin_x;
-    result_header.pin_y = header.pin_y;
-    result_header.pivot_x = header.pivot_x;
-    result_header.pivot_y = header.pivot_y;
-
     Gpu::HeightField field;
     field.values = image->GetConstArray();
-    field.size_x = header.size_x;
-    field.size_y = header.size_y;
-    field.low = static_cast<double>(header.value_low);
-    const double span = static_cast<double>(header.value_high) - field.low;
+    field.size_x = image->GetSizeX();
+    field.size_y = image->GetSizeY();
+    field.low = static_cast<double>(image->GetValueLow());
+    const double span = static_cast<double>(image->GetValueHigh()) - field.low;
     field.scale = static_cast<double>(radius) / span;
-    field.wraps = border == 'p';
-    const int steps = static_cast<int>(std::floor(std::max(radius, 0.0F)));
+    field.border = ScEng::BorderOf(border == 'p');
 
+    auto result = std::make_unique<Image>(field.size_x, field.size_y, ColorMode::kValue, nullptr);
+    ScEng::PlaceLike(*image, *result);
     // Without steps, on flat ground and where no height is a number, every point is open.
-    const bool is_open = steps == 0 || span == 0.0 || std::isnan(field.scale) || image->GetNumSamples() == 0;
-    const float open = 1.0F;
-    auto result = std::make_unique<Image>(result_header, is_open ? &open : nullptr);
-    if (is_open) return result.release();
-    const double largest = FindLargestHeight(*image, field.low, field.scale);
-    const Status run = Gpu::RunAmbientOcclusion(*device, field, steps, largest, result->GetArray());
+    const bool is_open = radius < 1.0F || span == 0.0 || std::isnan(field.scale) || image->GetNumSamples() == 0;
+    const double largest = is_open ? 0.0 : FindLargestHeight(*image, field.low, field.scale);
+    float* const samples = result->GetArray();
+    const Status run = state_->Run([&](Gpu::Device& device) {
+      if (!is_open) return Gpu::RunAmbientOcclusion(device, field, static_cast<double>(radius), largest, samples);
+      std::fill_n(samples, result->GetNumSamples(), 1.0F);
+      return Status();
+    });
+    if (run.GetCode() == Status::kWarning) Log::Warning("%s", run.GetMessage().c_str());
+    if (run.GetCode() != Status::kFine) status = run;
     if (!run.IsError()) return result.release();
-    state_->Drop(device);
-    status = run;
   } catch (const std::bad_alloc&) {
-    status = Status::Error("ambient occlusion: memory does not suffice for an image of " +
-                           std::to_string(image->GetSizeX()) + " x " + std::to_string(image->GetSizeY()) + " pixels");
+    status = Status::Error("ambient occlusion: there is not enough memory for an image of " +
+                           std::to_string(image->GetSizeX()) + " x " + std::to_string(image->GetSizeY()) +
+                           " pixels and a radius of " + std::to_string(radius));
   } catch (const std::length_error& error) {
     status = Status::Error(std::string("ambient occlusion: ") + error.what());
   }

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <new>
 #include <numbers>
 
 namespace Gpu {
@@ -20,15 +22,22 @@ double Cosine(int direction) {
   }
 }
 
-OcclusionPlan::Step MakeStep(int direction, int length) {
+/// The offset of a pixel that stands for the one at `offset`, whichever pixel it is seen from.
+int FoldOffset(double offset, int size, ScEng::Border border) {
+  if (border == ScEng::Border::kExtend) return static_cast<int>(std::clamp<double>(offset, -size - 1.0, size));
+  if (std::abs(offset) <= size) return static_cast<int>(offset);
+  return static_cast<int>(ScEng::WrapIndex(static_cast<std::int64_t>(offset), std::int64_t{size}));
+}
+
+OcclusionPlan::Step MakeStep(int direction, int length, const FieldShape& shape) {
   const double x = length * Cosine(direction);
   // The sine is the cosine a quarter before.
   const double y = length * Cosine(direction + kDirections - kDirections / 4);
   const double left = std::floor(x);
   const double top = std::floor(y);
   OcclusionPlan::Step step;
-  step.x = static_cast<int>(left);
-  step.y = static_cast<int>(top);
+  step.x = FoldOffset(left, shape.size_x, shape.border);
+  step.y = FoldOffset(top, shape.size_y, shape.border);
   step.right = x - left;
   step.left = 1.0 - step.right;
   step.lower = (y - top) / length;
@@ -70,9 +79,24 @@ OcclusionPlan::Group MakeGroup(const OcclusionPlan::Step* along, int first, int 
 
 }  // namespace
 
-OcclusionPlan::OcclusionPlan(int steps_per_direction, int sharing) : num_steps(steps_per_direction) {
+int CountSteps(double radius, const FieldShape& shape) {
+  double steps = std::max(std::floor(radius), 1.0);
+  if (shape.border == ScEng::Border::kExtend) {
+    // The least that a step between rows and columns goes along either.
+    const double least = std::sin(2.0 * std::numbers::pi / kDirections);
+    steps = std::min(steps, std::ceil((std::max(shape.size_x, shape.size_y) + 1.0) / least));
+  }
+  // Tables are read by numbers of 32 bits, four for each step and direction.
+  constexpr double kMostSteps = 1 << 24;
+  if (!(steps <= kMostSteps)) throw std::bad_alloc();
+  return static_cast<int>(steps);
+}
+
+OcclusionPlan::OcclusionPlan(int steps_per_direction, int sharing, const FieldShape& shape)
+    : num_steps(steps_per_direction) {
+  steps.reserve(static_cast<std::size_t>(kDirections) * static_cast<std::size_t>(num_steps));
   for (int direction = 0; direction < kDirections; ++direction) {
-    for (int step = 0; step < num_steps; ++step) steps.push_back(MakeStep(direction, step + 1));
+    for (int step = 0; step < num_steps; ++step) steps.push_back(MakeStep(direction, step + 1, shape));
     const Step* const along = steps.data() + steps.size() - static_cast<std::size_t>(num_steps);
     group_starts.push_back(static_cast<int>(groups.size()));
     for (int first = 0; first < num_steps; first = groups.back().end) {

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <new>
 #include <numbers>
 
 namespace {
@@ -68,6 +69,44 @@ TEST(OcclusionPlan, HasEveryStepInOneGroupWhoseWindowHoldsItsPixels) {
       }
     }
   }
+}
+
+TEST(OcclusionPlan, StaysAsNearAsTheFieldIsLarge) {
+  for (const ScEng::Border border : {ScEng::Border::kWrap, ScEng::Border::kExtend}) {
+    const Gpu::FieldShape shape{5, 3, border};
+    const OcclusionPlan plain(200, 1);
+    const OcclusionPlan folded(200, 1, shape);
+    ASSERT_EQ(folded.steps.size(), plain.steps.size());
+    for (std::size_t i = 0; i < plain.steps.size(); ++i) {
+      EXPECT_GE(folded.steps[i].x, -6);
+      EXPECT_LE(folded.steps[i].x, 5);
+      EXPECT_GE(folded.steps[i].y, -4);
+      EXPECT_LE(folded.steps[i].y, 3);
+      // Both pixels that are read stand for the same, whichever pixel looks.
+      for (const int next : {0, 1}) {
+        for (int x = 0; x < 5; ++x) {
+          EXPECT_EQ(ScEng::BorderIndex(x + folded.steps[i].x + next, 5, border),
+                    ScEng::BorderIndex(x + plain.steps[i].x + next, 5, border));
+        }
+        for (int y = 0; y < 3; ++y) {
+          EXPECT_EQ(ScEng::BorderIndex(y + folded.steps[i].y + next, 3, border),
+                    ScEng::BorderIndex(y + plain.steps[i].y + next, 3, border));
+        }
+      }
+    }
+  }
+}
+
+TEST(OcclusionPlan, CountsTheStepsThatMatter) {
+  using ScEng::Border;
+  EXPECT_EQ(Gpu::CountSteps(3.9, {10, 10, Border::kExtend}), 3);
+  EXPECT_EQ(Gpu::CountSteps(5000.0, {10, 10, Border::kWrap}), 5000);
+  // The flattest direction between rows and columns goes along one of them by sin(22.5 degrees) = 0.3827 a step, and
+  // 11 / 0.3827 is 28.7.
+  EXPECT_EQ(Gpu::CountSteps(28.0, {10, 3, Border::kExtend}), 28);
+  EXPECT_EQ(Gpu::CountSteps(1e300, {10, 3, Border::kExtend}), 29);
+  EXPECT_EQ(Gpu::CountSteps(16777216.0, {10, 3, Border::kWrap}), 16777216);
+  EXPECT_THROW(Gpu::CountSteps(16777217.0, {10, 3, Border::kWrap}), std::bad_alloc);
 }
 
 }  // namespace

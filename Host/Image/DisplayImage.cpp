@@ -12,13 +12,13 @@ float Cut(float value) { return value > 0.0F ? std::min(value, 1.0F) : 0.0F; }
 
 }  // namespace
 
-std::unique_ptr<Image> MakeDisplayImage(const Image& image, float low, float high) {
+ImagePtr MakeDisplayImage(const Image& image, float low, float high) {
   ImageHeader header = image.GetImageHeader();
   const bool is_color = image.GetNumChannels() == 4;
   header.color_mode = is_color ? ColorMode::kColor : ColorMode::kValue;
   header.value_low = 0.0F;
   header.value_high = 1.0F;
-  auto shown = std::make_unique<Image>(header, nullptr);
+  auto shown = ScEng::MakeRef<Image>(header, nullptr);
 
   const auto channels = static_cast<std::size_t>(image.GetNumChannels());
   const std::size_t pixels = static_cast<std::size_t>(image.GetSizeX()) * static_cast<std::size_t>(image.GetSizeY());

@@ -5,12 +5,13 @@
 #include <atomic>
 #include <cstring>
 #include <limits>
-#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
 
+#include "Host/Image/Oversize.h"
 #include "Host/Image/SampleMemory.h"
+#include "Host/Util/ParallelReduce.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace {
@@ -66,6 +67,18 @@ ImageHeader ImageHeader::Fresh(int size_x, int size_y, unsigned color_mode) {
   header.color_mode = color_mode;
   if (color_mode == ColorMode::kSigned) header.value_low = -1.0F;
   return header;
+}
+
+ScEng::Box2I ImageHeader::GetBox() const {
+  const auto first_pixel = [](int pin, int size, float pivot) {
+    return std::int64_t{pin} - ScEng::RoundPlaceHalfDown(static_cast<float>(size) * pivot);
+  };
+  ScEng::Box2I box;
+  box.left = first_pixel(pin_x, size_x, pivot_x);
+  box.top = first_pixel(pin_y, size_y, pivot_y);
+  box.right = box.left + size_x;
+  box.bottom = box.top + size_y;
+  return box;
 }
 
 void ScEng::FreeSamples::operator()(float* samples) const noexcept { ReleaseSamples(samples, bytes); }
@@ -127,18 +140,6 @@ void Image::SetValueLowHigh(float low, float high) {
   header_.value_high = high;
 }
 
-ScEng::Box2I Image::GetBox() const {
-  const auto first_pixel = [](int pin, int size, float pivot) {
-    return std::int64_t{pin} - ScEng::RoundHalfDown(static_cast<float>(size) * pivot);
-  };
-  ScEng::Box2I box;
-  box.left = first_pixel(header_.pin_x, header_.size_x, header_.pivot_x);
-  box.top = first_pixel(header_.pin_y, header_.size_y, header_.pivot_y);
-  box.right = box.left + header_.size_x;
-  box.bottom = box.top + header_.size_y;
-  return box;
-}
-
 float* Image::GetArray() {
   sample_range_.reset();
   return samples_.get();
@@ -146,14 +147,9 @@ float* Image::GetArray() {
 
 ScEng::SampleRange Image::GetSampleRange() const {
   if (!sample_range_) {
-    ScEng::SampleRange measured;
-    std::mutex mutex;
-    ScEng::ParallelRows(GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
-      const auto piece = ScEng::MeasureRange(samples_.get() + from, to - from);
-      const std::lock_guard lock(mutex);
-      measured.Include(piece);
-    });
-    sample_range_ = measured;
+    sample_range_ = ScEng::ParallelReduce<ScEng::SampleRange>(
+        GetNumSamples(), kGrain,
+        [&](std::size_t from, std::size_t to) { return ScEng::MeasureRange(samples_.get() + from, to - from); });
   }
   return *sample_range_;
 }
@@ -166,10 +162,10 @@ void Image::SetMaxSize(int x, int y) {
   max_size_y = y;
 }
 
-SharedImage ConvertToM(const Image* image, float outside) {
+ImagePtr ConvertToM(const Image* image, float outside) {
   if (image == nullptr) return nullptr;
-  auto converted = std::make_shared<Image>(*image, ColorMode::kValue);
-  converted->SetOutsideValue(outside);
+  ImagePtr converted(ScEng::NullIfOversize([&] { return new Image(*image, ColorMode::kValue); }));
+  if (converted) converted->SetOutsideValue(outside);
   return converted;
 }
 

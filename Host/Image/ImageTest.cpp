@@ -18,19 +18,12 @@
 
 #include "Tests/Support/HostTesting.h"
 
+namespace Testing {
 namespace {
 
 using ScEng::Box2I;
 using ScEng::RefPtr;
 using ScEng::SampleRange;
-using Testing::GetSamples;
-using Testing::MakeUniqueImage;
-using Testing::MaxSizeScope;
-using Testing::SameSamples;
-using Testing::ThreadsScope;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 static_assert(!std::is_polymorphic_v<Image>);
 
@@ -169,7 +162,7 @@ void ExpectSamePlace(const Image& a, const Image& b) {
 
 TEST(ImageCopy, KeepsSamplesAndHeaderAndStartsUncounted) {
   for (const unsigned mode : {0U, 1U, 2U, 3U}) {
-    const float fill[] = {kNaN, kInfinity, -0.0F, 7.0F};
+    const float fill[] = {kNan, kInfinity, -0.0F, 7.0F};
     const RefPtr<Image> image(new Image(MakeOddHeader(mode), fill));
     const Image copy(*image);
     EXPECT_EQ(copy.GetRefCount(), 0U);
@@ -183,7 +176,7 @@ TEST(ImageCopy, KeepsSamplesAndHeaderAndStartsUncounted) {
 }
 
 TEST(ImageCopy, IsIndependentOfTheOriginal) {
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
   EXPECT_EQ(image->GetSampleRange().high, 2.0F);
   Image copy(*image);
   EXPECT_EQ(copy.GetSampleRange().high, 2.0F);
@@ -204,29 +197,28 @@ TEST(ImageCopy, LargeImagesAreCopiedWhole) {
 }
 
 TEST(ImageConversion, ColorBecomesTheOpacityWeightedMean) {
-  const auto color = MakeUniqueImage(8, 1, ColorMode::kColor,
-                                     {
-                                         0.25F,     0.5F,  0.75F, 1.0F,  // 1.5 thirds
-                                         1.0F,      1.0F,  1.0F,  1.0F,  // white
-                                         3.0F,      3.0F,  3.0F,  0.5F,  // 4.5 thirds
-                                         9.0F,      8.0F,  7.0F,  0.0F,  // nothing shows
-                                         1e8F,      1.0F,  -1e8F, 1.0F,  // green and red are added first: the 1 is lost
-                                         1e8F,      -1e8F, 1.0F,  1.0F,  // here it is not
-                                         kInfinity, 1.0F,  1.0F,  0.0F,  // 0 times infinity
-                                         -1.0F,     -2.0F, 0.0F,  1.0F,  // -3 thirds
-                                     });
+  const auto color = MakeImage(8, 1, ColorMode::kColor,
+                               {
+                                   0.25F,     0.5F,  0.75F, 1.0F,  // 1.5 thirds
+                                   1.0F,      1.0F,  1.0F,  1.0F,  // white
+                                   3.0F,      3.0F,  3.0F,  0.5F,  // 4.5 thirds
+                                   9.0F,      8.0F,  7.0F,  0.0F,  // nothing shows
+                                   1e8F,      1.0F,  -1e8F, 1.0F,  // green and red are added first: the 1 is lost
+                                   1e8F,      -1e8F, 1.0F,  1.0F,  // here it is not
+                                   kInfinity, 1.0F,  1.0F,  0.0F,  // 0 times infinity
+                                   -1.0F,     -2.0F, 0.0F,  1.0F,  // -3 thirds
+                               });
   const Image value(*color, ColorMode::kValue);
-  EXPECT_TRUE(SameSamples({0.5F, 1.0F, 1.5F, 0.0F, 0.0F, 0.33333334F, kNaN, -1.0F}, GetSamples(value)));
+  EXPECT_TRUE(SameSamples({0.5F, 1.0F, 1.5F, 0.0F, 0.0F, 0.33333334F, kNan, -1.0F}, GetSamples(value)));
 }
 
 TEST(ImageConversion, SignedGivesItsThirdChannelAndPairItsFirst) {
-  const auto signed_image =
-      MakeUniqueImage(2, 1, ColorMode::kSigned, {0.1F, 0.2F, -0.5F, 1.0F, 1.0F, 1.0F, kInfinity, 0.0F});
+  const auto signed_image = MakeImage(2, 1, ColorMode::kSigned, {0.1F, 0.2F, -0.5F, 1.0F, 1.0F, 1.0F, kInfinity, 0.0F});
   EXPECT_EQ(GetSamples(Image(*signed_image, ColorMode::kValue)), (std::vector<float>{-0.5F, kInfinity}));
-  const auto pair = MakeUniqueImage(2, 1, ColorMode::kPair, {4.0F, 5.0F, -0.0F, 7.0F});
+  const auto pair = MakeImage(2, 1, ColorMode::kPair, {4.0F, 5.0F, -0.0F, 7.0F});
   EXPECT_TRUE(SameSamples({4.0F, -0.0F}, GetSamples(Image(*pair, ColorMode::kValue))));
-  const auto value = MakeUniqueImage(2, 1, ColorMode::kValue, {kNaN, 3.0F});
-  EXPECT_TRUE(SameSamples({kNaN, 3.0F}, GetSamples(Image(*value, ColorMode::kValue))));
+  const auto value = MakeImage(2, 1, ColorMode::kValue, {kNan, 3.0F});
+  EXPECT_TRUE(SameSamples({kNan, 3.0F}, GetSamples(Image(*value, ColorMode::kValue))));
 }
 
 TEST(ImageConversion, KeepsThePlaceAndChoosesTheRange) {
@@ -262,18 +254,28 @@ TEST(ImageConversion, ConvertToMGivesAValueImageOfItsOwn) {
   EXPECT_EQ(ConvertToM(nullptr, 0.0F), nullptr);
   const float fill[] = {0.0F, 0.0F, 0.25F, 1.0F};
   const Image signed_image(MakeOddHeader(ColorMode::kSigned), fill);
-  const SharedImage converted = ConvertToM(&signed_image, 3.0F);
+  const ImagePtr converted = ConvertToM(&signed_image, 3.0F);
   ASSERT_NE(converted, nullptr);
   EXPECT_EQ(converted->GetColorMode(), ColorMode::kValue);
   EXPECT_EQ(converted->GetOutsideValue(), 3.0F);
   EXPECT_EQ(GetSamples(*converted), (std::vector<float>{0.25F, 0.25F}));
 
   const Image value(MakeOddHeader(ColorMode::kValue), fill + 2);
-  const SharedImage copied = ConvertToM(&value, -1.0F);
+  const ImagePtr copied = ConvertToM(&value, -1.0F);
   EXPECT_NE(copied->GetConstArray(), value.GetConstArray());
   EXPECT_EQ(copied->GetValueLow(), -3.0F);
   EXPECT_EQ(copied->GetOutsideValue(), -1.0F);
   EXPECT_EQ(GetSamples(*copied), (std::vector<float>{0.25F, 0.25F}));
+}
+
+TEST(ImageConversion, ConvertToMAnswersNullForWhatCannotBe) {
+  const float fill[] = {0.5F};
+  const Image image(3, 2, ColorMode::kValue, fill);
+  {
+    const MaxSizeScope scope(2, 2);
+    EXPECT_EQ(ConvertToM(&image, 0.0F), nullptr);
+  }
+  EXPECT_NE(ConvertToM(&image, 0.0F), nullptr);
 }
 
 Box2I BoxOf(int size_x, int size_y, int pin_x, int pin_y, float pivot_x, float pivot_y) {
@@ -359,28 +361,28 @@ TEST(ImageMaxSize, EmptyImagesAreImages) {
 }
 
 SampleRange RangeOf(const std::vector<float>& samples) {
-  return MakeUniqueImage(static_cast<int>(samples.size()), 1, ColorMode::kValue, samples)->GetSampleRange();
+  return MakeImage(static_cast<int>(samples.size()), 1, ColorMode::kValue, samples)->GetSampleRange();
 }
 
 TEST(ImageRange, SkipsNaN) {
-  const SampleRange range = RangeOf({kNaN, 3.0F, kNaN, -2.0F, 1.0F, kNaN});
+  const SampleRange range = RangeOf({kNan, 3.0F, kNan, -2.0F, 1.0F, kNan});
   EXPECT_EQ(range.low, -2.0F);
   EXPECT_EQ(range.high, 3.0F);
-  EXPECT_TRUE(RangeOf({kNaN, kNaN}).IsEmpty());
+  EXPECT_TRUE(RangeOf({kNan, kNan}).IsEmpty());
 }
 
 TEST(ImageRange, CountsInfinities) {
   SampleRange range = RangeOf({1.0F, kInfinity, 2.0F});
   EXPECT_EQ(range.low, 1.0F);
   EXPECT_EQ(range.high, kInfinity);
-  range = RangeOf({kNaN, -kInfinity, 2.0F});
+  range = RangeOf({kNan, -kInfinity, 2.0F});
   EXPECT_EQ(range.low, -kInfinity);
   EXPECT_EQ(range.high, 2.0F);
   range = RangeOf({kInfinity, kInfinity});
   EXPECT_FALSE(range.IsEmpty());
   EXPECT_EQ(range.low, kInfinity);
   EXPECT_EQ(range.high, kInfinity);
-  range = RangeOf({-kInfinity, kNaN});
+  range = RangeOf({-kInfinity, kNan});
   EXPECT_FALSE(range.IsEmpty());
   EXPECT_EQ(range.low, -kInfinity);
   EXPECT_EQ(range.high, -kInfinity);
@@ -397,13 +399,13 @@ TEST(ImageRange, ZerosArePositive) {
 }
 
 TEST(ImageRange, CountsAllChannels) {
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kColor, {0.0F, -5.0F, 2.0F, 9.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kColor, {0.0F, -5.0F, 2.0F, 9.0F});
   EXPECT_EQ(image->GetSampleRange().low, -5.0F);
   EXPECT_EQ(image->GetSampleRange().high, 9.0F);
 }
 
 TEST(ImageRange, IsRememberedUntilTheSamplesAreWritten) {
-  const auto image = MakeUniqueImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 3.0F});
+  const auto image = MakeImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 3.0F});
   EXPECT_FALSE(image->GetKnownSampleRange().has_value());
   EXPECT_EQ(image->GetSampleRange().high, 3.0F);
   ASSERT_TRUE(image->GetKnownSampleRange().has_value());
@@ -439,13 +441,13 @@ TEST(ImageMemory, RecycledSamplesAreTheNewImagesOwn) {
   for (int round = 0; round < 20; ++round) {
     const float first_fill[] = {1.0F + static_cast<float>(round)};
     const float second_fill[] = {-1.0F - static_cast<float>(round)};
-    auto first = std::make_unique<Image>(kSide, kSide, ColorMode::kValue, first_fill);
-    auto second = std::make_unique<Image>(kSide, kSide, ColorMode::kValue, second_fill);
+    auto first = ScEng::MakeRef<Image>(kSide, kSide, ColorMode::kValue, first_fill);
+    auto second = ScEng::MakeRef<Image>(kSide, kSide, ColorMode::kValue, second_fill);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first->GetConstArray()) % 64, 0U);
     EXPECT_NE(first->GetConstArray(), second->GetConstArray());
     EXPECT_TRUE(AllAre(*first, first_fill[0]));
     EXPECT_TRUE(AllAre(*second, second_fill[0]));
-    first.reset();
+    first.Reset();
     EXPECT_TRUE(AllAre(*second, second_fill[0]));
   }
 }
@@ -453,10 +455,10 @@ TEST(ImageMemory, RecycledSamplesAreTheNewImagesOwn) {
 TEST(ImageMemory, SizesBelowAndAboveTheRecycledOnesWork) {
   const float fill[] = {3.0F};
   // Around one MiB of samples, in and out of several times, more images than are kept.
-  std::vector<std::unique_ptr<Image>> images;
+  std::vector<ImagePtr> images;
   for (int round = 0; round < 3; ++round) {
     for (const int width : {511, 512, 513, 1024, 2048}) {
-      for (int i = 0; i < 4; ++i) images.push_back(std::make_unique<Image>(width, 512, ColorMode::kValue, fill));
+      for (int i = 0; i < 4; ++i) images.push_back(ScEng::MakeRef<Image>(width, 512, ColorMode::kValue, fill));
     }
     for (const auto& image : images) EXPECT_TRUE(AllAre(*image, 3.0F));
     images.clear();
@@ -481,3 +483,4 @@ TEST(ImageMemory, ManyThreadsMakeAndDropImages) {
 }
 
 }  // namespace
+}  // namespace Testing

@@ -18,14 +18,13 @@ namespace {
 
 using Testing::Contains;
 using Testing::GetSamples;
-using Testing::MakeUniqueImage;
+using Testing::kInfinity;
+using Testing::kNan;
+using Testing::MakeImage;
 using Testing::MaxSizeScope;
 using Testing::SameSamples;
 using Testing::TemporaryFolder;
 using Testing::ThreadsScope;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 class HostNodesTest : public testing::Test {
  protected:
@@ -299,7 +298,7 @@ TEST_F(HostNodesTest, GeneratorsReportFramesThatAreTooLarge) {
     SetFrame(node, 0, 0, 101, 50);
     EXPECT_EQ(Evaluate(node), nullptr);
     EXPECT_EQ(node->GetState(), Node::State::kError);
-    EXPECT_EQ(node->GetStateMessage(), "Output image is larger than maximum image size.");
+    EXPECT_EQ(node->GetStateMessage(), Testing::kOversize);
     SetFrame(node, 0, 0, 100, 50);
     EXPECT_NE(Evaluate(node), nullptr);
     SetFrame(node, 0, 0, -5, 0);
@@ -325,7 +324,7 @@ TEST_F(HostNodesTest, GeneratorsDropTheirImageOnEvent11) {
 // ---- Reader and writer ----
 
 TEST_F(HostNodesTest, ReaderReadsItsFile) {
-  const auto image = MakeUniqueImage(3, 1, ColorMode::kValue, {0.5F, -2.0F, 7.0F});
+  const auto image = MakeImage(3, 1, ColorMode::kValue, {0.5F, -2.0F, 7.0F});
   image->SetValueLowHigh(-1.0F, 5.0F);
   image->SetPin(4, 5);
   image->SetPivot(0.5F, 1.0F);
@@ -343,7 +342,7 @@ TEST_F(HostNodesTest, ReaderReadsItsFile) {
 }
 
 TEST_F(HostNodesTest, ReaderChoosesTheRange) {
-  const auto image = MakeUniqueImage(5, 1, ColorMode::kValue, {kNaN, -2.0F, 7.0F, kInfinity, -kInfinity});
+  const auto image = MakeImage(5, 1, ColorMode::kValue, {kNan, -2.0F, 7.0F, kInfinity, -kInfinity});
   image->SetValueLowHigh(-1.0F, 5.0F);
   WriteFile(*image, folder_ / "a.exr");
   Node* reader = Create(ScEng::kImageReaderType);
@@ -363,7 +362,7 @@ TEST_F(HostNodesTest, ReaderChoosesTheRange) {
 }
 
 TEST_F(HostNodesTest, ReaderChoosesModeAndPlace) {
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kColor, {0.5F, 0.25F, 0.75F, 1.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kColor, {0.5F, 0.25F, 0.75F, 1.0F});
   image->SetPin(4, 5);
   WriteFile(*image, folder_ / "a.exr");
   Node* reader = Create(ScEng::kImageReaderType);
@@ -387,7 +386,7 @@ TEST_F(HostNodesTest, ReaderChoosesModeAndPlace) {
 
 TEST_F(HostNodesTest, ReaderTakesItsPathFromItsFolderWithEitherSlash) {
   std::filesystem::create_directory(folder_ / "sub");
-  WriteFile(*MakeUniqueImage(1, 1, ColorMode::kValue, {0.5F}), folder_ / "sub" / "a.exr");
+  WriteFile(*MakeImage(1, 1, ColorMode::kValue, {0.5F}), folder_ / "sub" / "a.exr");
   Node* reader = Create(ScEng::kImageReaderType);
   Get(reader, "path")->SetFolder(folder_.Path());
   SetText(reader, "path", "sub\\a.exr");
@@ -491,7 +490,7 @@ TEST_F(HostNodesTest, FeedNodesFeedAttributesWithoutBounds) {
 }
 
 TEST_F(HostNodesTest, TextFeedsStringsAndChoices) {
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {3.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {3.0F});
   WriteFile(*image, folder_ / "a.exr");
   Node* path = Create(ScEng::kTextType);
   Node* range = Create(ScEng::kTextType);

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Nodes/ImageReaderNode.h"
 
-#include <memory>
-#include <mutex>
-
 #include "Host/Files/ImageFile.h"
 #include "Host/Nodes/HostLibrary.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Nodes/Notes.h"
 #include "Host/Nodes/Paths.h"
-#include "Host/Util/ParallelRows.h"
+#include "Host/Util/ParallelReduce.h"
 
 namespace {
 
@@ -42,13 +39,10 @@ constexpr AttributeRow kPivot =
 constexpr AttributeRow kAttributes[] = {kPath, kColorMode, kRange, kLow, kHigh, kPlacement, kPin, kPivot};
 
 SampleRange MeasureFinite(const Image& image) {
-  SampleRange measured;
-  std::mutex mutex;
-  ScEng::ParallelRows(image.GetNumSamples(), 65536, [&](std::size_t from, std::size_t to) {
-    const SampleRange piece = ScEng::MeasureFiniteRange(image.GetConstArray() + from, to - from);
-    const std::lock_guard lock(mutex);
-    measured.Include(piece);
-  });
+  const auto measured =
+      ScEng::ParallelReduce<SampleRange>(image.GetNumSamples(), 65536, [&](std::size_t from, std::size_t to) {
+        return ScEng::MeasureFiniteRange(image.GetConstArray() + from, to - from);
+      });
   if (measured.IsEmpty()) return {0.0F, 0.0F};
   return measured;
 }
@@ -85,7 +79,7 @@ void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   ScEng::Status status;
   std::vector<std::string> notes;
   const auto mode = FindReadMode(evaluated.GetText(kColorMode));
-  std::unique_ptr<Image> image = ScEng::ReadImageFile(path, mode, status, notes);
+  ImagePtr image = ScEng::ReadImageFile(path, mode, status, notes);
   if (!image) {
     SetState(evaluation, State::kFileError, status.GetMessage());
     return;
@@ -103,6 +97,6 @@ void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     image->SetPin(ScEng::RoundHalfDown(pin.x), ScEng::RoundHalfDown(pin.y));
     image->SetPivot(static_cast<float>(pivot.x), static_cast<float>(pivot.y));
   }
-  output_.Set(image.release());
+  output_.Set(image.Get());
   ScEng::ReportNotes(*this, evaluation, notes);
 }

@@ -93,7 +93,7 @@ void Write(const Image& image, TestCaseReport& report) {
     status = ScEng::WriteImageFile(image, report.file, ScEng::SampleType::kFloat, notes);
   }
   if (!status.IsError()) {
-    const std::unique_ptr<Image> picture = ScEng::MakeDisplayImage(image, image.GetValueLow(), image.GetValueHigh());
+    const ImagePtr picture = ScEng::MakeDisplayImage(image, image.GetValueLow(), image.GetValueHigh());
     status = ScEng::WriteImageFile(*picture, std::filesystem::path(report.file).replace_extension(".png"),
                                    ScEng::SampleType::kUint8, notes);
   }
@@ -112,7 +112,7 @@ std::string FormatNumber(double number, std::chars_format format, int precision)
 std::string FormatDifference(double difference) { return FormatNumber(difference, std::chars_format::general, 3); }
 
 /// Reads an image file; null, with the reason in the report, where it cannot be read.
-std::unique_ptr<Image> Read(const std::filesystem::path& file, TestCaseReport& report) {
+ImagePtr Read(const std::filesystem::path& file, TestCaseReport& report) {
   std::vector<std::string> notes;
   Status status;
   auto image = ScEng::ReadImageFile(file, ScEng::ReadMode::kAuto, status, notes);
@@ -126,7 +126,7 @@ std::unique_ptr<Image> Read(const std::filesystem::path& file, TestCaseReport& r
 /// Holds the written file against the reference. Both went through the same format, which keeps the colour of a fully
 /// transparent pixel no better in one than in the other.
 void Compare(const Image& expected, const Tolerances& tolerances, TestCaseReport& report) {
-  const std::unique_ptr<Image> written = Read(report.file, report);
+  const ImagePtr written = Read(report.file, report);
   if (!written) return;
   report.difference = ScEng::CompareImages(*written, expected);
   if (!report.difference->same_shape) {
@@ -175,7 +175,7 @@ bool TestContext::DoTest(Node* node, unsigned outplug, unsigned rendering) {
   // The reference is read before anything is written: it may be what the last run left in the same place.
   const std::filesystem::path reference = TestSession::Get().FindReference(directory, report.name);
   TestCaseReport reading;
-  const std::unique_ptr<Image> expected = reference.empty() ? nullptr : Read(reference, reading);
+  const ImagePtr expected = reference.empty() ? nullptr : Read(reference, reading);
   const Image* image = node != nullptr ? Evaluate(*node, outplug, report) : nullptr;
   if (node == nullptr) report.problem = "there is no node";
   if (image != nullptr) Write(*image, report);

@@ -46,7 +46,7 @@ class TestContextTest : public testing::Test {
 
   static const TestCaseReport& LastCase() { return TestSession::Get().GetReports().back().cases.back(); }
 
-  static std::unique_ptr<Image> Read(const std::filesystem::path& file) {
+  static ImagePtr Read(const std::filesystem::path& file) {
     ScEng::Status status;
     std::vector<std::string> notes;
     auto image = ScEng::ReadImageFile(file, ScEng::ReadMode::kAuto, status, notes);

@@ -9,13 +9,12 @@
 #include <utility>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Oversize.h"
 
 namespace {
 
 using ScEng::RefPtr;
 using ScEng::Status;
-
-constexpr const char* kOversize = "Output image is larger than maximum image size.";
 
 struct Vertex;
 
@@ -321,9 +320,9 @@ class Engine::Graph {
       node.Evaluate(outplug, inputs);
       return;
     } catch (const std::length_error&) {
-      node.SetState(outplug, Node::State::kError, kOversize);
+      node.SetState(outplug, Node::State::kError, ScEng::kOversizeMessage);
     } catch (const std::bad_alloc&) {
-      node.SetState(outplug, Node::State::kError, kOversize);
+      node.SetState(outplug, Node::State::kError, ScEng::kOversizeMessage);
     } catch (const std::exception& error) {
       node.SetState(outplug, Node::State::kError, error.what());
     } catch (...) {

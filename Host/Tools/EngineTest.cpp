@@ -692,8 +692,8 @@ TEST_F(EngineTest, NodesAreReadyAfterwards) {
 
 TEST_F(EngineTest, ExceptionsBecomeErrorStates) {
   const std::pair<const char*, const char*> kCases[] = {
-      {"length", "Output image is larger than maximum image size."},
-      {"memory", "Output image is larger than maximum image size."},
+      {"length", Testing::kOversize},
+      {"memory", Testing::kOversize},
       {"runtime", "the kettle boiled over"},
   };
   for (const auto& [what, message] : kCases) {

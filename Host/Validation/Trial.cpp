@@ -12,6 +12,7 @@
 #include <random>
 #include <stdexcept>
 
+#include "Host/Image/Oversize.h"
 #include "Host/Validation/Checks.h"
 
 namespace ScEng {
@@ -83,9 +84,9 @@ std::string EvaluateOutput(Node& node, unsigned output, const std::vector<PlugVa
     node.Evaluate(output, inputs);
     return {};
   } catch (const std::length_error&) {
-    node.SetState(output, Node::State::kError, "Output image is larger than maximum image size.");
+    node.SetState(output, Node::State::kError, kOversizeMessage);
   } catch (const std::bad_alloc&) {
-    node.SetState(output, Node::State::kError, "Output image is larger than maximum image size.");
+    node.SetState(output, Node::State::kError, kOversizeMessage);
   } catch (const std::exception& error) {
     node.SetState(output, Node::State::kError, error.what());
   } catch (...) {

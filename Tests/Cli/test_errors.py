@@ -207,7 +207,7 @@ class HelpTest(ValueTestCase):
     def test_options_of_all_commands_are_told(self):
         for command in COMMANDS:
             text = self.value(command, "--help").out
-            for option in ("--plugin", "--threads", "--max-size", "--device", "--quiet", "--json"):
+            for option in ("--plugin", "--threads", "--max-size", "--device", "--any-device", "--quiet", "--json"):
                 with self.subTest(command=command, option=option):
                     self.assertIn(option, text)
 

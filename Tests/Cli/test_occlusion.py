@@ -233,6 +233,17 @@ class DoctorTest(EnvironmentTestCase):
         self.assertEqual(answer.json_values()[0]["devices"], [])
         self.assertEqual(len(answer.json_values()[0]["problems"]), 1)
 
+    def test_empty_cache_folder_counts_as_none(self):
+        result = self.value_with({"POCL_CACHE_DIR": "", "HOME": str(self.dir)}, "doctor")
+        self.assertIn("All is well", result.out)
+
+    def test_cache_folder_that_cannot_be_written_is_named(self):
+        result = self.value_with({"POCL_CACHE_DIR": "/dev/null/cache"}, "doctor", code=NODE_ERROR)
+        self.assertEqual(len(result.err_lines), 1)
+        self.assertIn('"/dev/null/cache"', result.err)
+        self.assertIn("POCL_CACHE_DIR", result.err)
+        self.assertNotIn("pocl-opencl-icd", result.err)
+
     def test_wrong_variable(self):
         result = self.value_with({"VALUE_DEVICE": "zebra"}, "doctor", code=NODE_ERROR)
         self.assertIn("VALUE_DEVICE", result.err)

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
-
 #include "Host/Math/Constants.h"
 
 /// The lowest and highest of some values. It starts reversed, from the largest float to its negative, and stays so
@@ -17,10 +15,3 @@ struct ValueRange {
     if (value > high) high = value;
   }
 };
-
-namespace PixelLoops {
-
-/// Whether a result of that many values is out of the caches before anybody reads it, so that it is written past them.
-inline bool IsStreamed(std::size_t values) { return values >= std::size_t{1} << 21; }
-
-}  // namespace PixelLoops

@@ -205,8 +205,8 @@ unsigned ChooseFileMode(const StoredHeader& stored, int channels, ReadMode mode,
   return channels == 1 && mode != ReadMode::kColor ? ColorMode::kValue : ColorMode::kColor;
 }
 
-std::unique_ptr<Image> ReadOpenFile(OIIO::ImageInput& input, const std::filesystem::path& file, ReadMode mode,
-                                    Status& status, std::vector<std::string>& notes) {
+ImagePtr ReadOpenFile(OIIO::ImageInput& input, const std::filesystem::path& file, ReadMode mode, Status& status,
+                      std::vector<std::string>& notes) {
   const OIIO::ImageSpec spec = input.spec();
   if (const std::string problem = CheckSpec(spec); !problem.empty()) {
     status = MakeReadError(file, problem);
@@ -214,7 +214,7 @@ std::unique_ptr<Image> ReadOpenFile(OIIO::ImageInput& input, const std::filesyst
   }
   const StoredHeader stored = ReadStoredHeader(spec);
   const unsigned file_mode = ChooseFileMode(stored, spec.nchannels, mode, notes, file);
-  auto image = std::make_unique<Image>(spec.width, spec.height, file_mode, nullptr);
+  auto image = ScEng::MakeRef<Image>(spec.width, spec.height, file_mode, nullptr);
   if (!SampleReader(input, image->GetArray(), image->GetNumChannels()).Read() || input.has_error()) {
     status = MakeReadError(file, input.geterror());
     return nullptr;
@@ -229,7 +229,7 @@ std::unique_ptr<Image> ReadOpenFile(OIIO::ImageInput& input, const std::filesyst
                                                      : file_mode;
   if (wanted != file_mode) {
     const bool signed_as_color = wanted == ColorMode::kColor && file_mode == ColorMode::kSigned;
-    image = std::make_unique<Image>(*image, wanted);
+    image = ScEng::MakeRef<Image>(*image, wanted);
     if (signed_as_color) image->SetValueLowHigh(0.0F, 1.0F);
   }
   if (stored.range) image->SetValueLowHigh(stored.range->first, stored.range->second);
@@ -397,8 +397,8 @@ Status EncodeTo(const Image& image, OIIO::ImageOutput& output, const std::string
   return {};
 }
 
-std::unique_ptr<Image> DecodeImage(const std::filesystem::path& file, ReadMode mode, Status& status,
-                                   std::vector<std::string>& notes) {
+ImagePtr DecodeImage(const std::filesystem::path& file, ReadMode mode, Status& status,
+                     std::vector<std::string>& notes) {
   ShareThreads();
   try {
     OIIO::ImageSpec config;

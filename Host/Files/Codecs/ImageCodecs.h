@@ -19,8 +19,7 @@ namespace ScEng {
 /// all else that a program does at its start. Commands that touch no image file do without.
 struct ImageCodecs {
   /// As `ReadImageFile`, of a file that exists.
-  std::unique_ptr<Image> (*decode)(const std::filesystem::path& file, ReadMode mode, Status& status,
-                                   std::vector<std::string>& notes);
+  ImagePtr (*decode)(const std::filesystem::path& file, ReadMode mode, Status& status, std::vector<std::string>& notes);
   /// Encodes an image in the format that the ending of `file` names, into what is opened under `path`.
   Status (*encode)(const Image& image, const std::filesystem::path& file, const std::string& path, SampleType type,
                    std::vector<std::string>& notes);

@@ -63,15 +63,15 @@ kernel void WidenWindows(global const REAL* from, int from_plane, global REAL* t
 ///
 /// Steps are taken in `groups`: the first step, one past the last, and the place of the window that holds all pixels
 /// that they read, relative to the place of the pixel that looks in `windows`. Those of a direction begin at its entry
-/// in `group_starts`. `margin` is the place of the first pixel in a row of heights and in a column.
-kernel void Occlude(global const REAL* heights, global const REAL* windows, int stride, int margin,
+/// in `group_starts`. `margin_x` is the place of the first pixel in a row of heights, `margin_y` in a column.
+kernel void Occlude(global const REAL* heights, global const REAL* windows, int stride, int margin_x, int margin_y,
                     global const int* offsets, global const REAL* shares, global const REAL* inverses, int steps,
                     global const int* group_starts, global const int4* groups, global float* result, int size_x,
                     int size_y) {
   const int x = get_global_id(0) * LANES;
   const int y = get_global_id(1) * ROWS;
   if (x >= size_x || y >= size_y) return;
-  const size_t place = (size_t)(y + margin) * stride + (x + margin);
+  const size_t place = (size_t)(y + margin_y) * stride + (x + margin_x);
   const global REAL* first = heights + place;
 
   Vector openness[ROWS];

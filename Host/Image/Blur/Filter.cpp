@@ -79,7 +79,7 @@ void Filter::ApplyGaussianBlur(const Image& in, Image& out, float sigma_x, float
                                 ", must be another image of the input's size and mode, " + Describe(in) + ".");
   }
   if (sigma_x > 0.0F || sigma_y > 0.0F) {
-    ScEng::GaussianBlur(in, out, sigma_x, sigma_y, mode == 'p');
+    ScEng::GaussianBlur(in, out, sigma_x, sigma_y, ScEng::BorderOf(mode == 'p'));
     out.SetValueLowHigh(in.GetValueLow(), in.GetValueHigh());
   } else {
     Copy(&in, &out);

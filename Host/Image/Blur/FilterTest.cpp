@@ -11,18 +11,11 @@
 
 #include "Tests/Support/HostTesting.h"
 
+namespace Testing {
 namespace {
 
-using Testing::GetSamples;
-using Testing::MakeUniqueImage;
-using Testing::SameSamples;
-using Testing::ThreadsScope;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
 TEST(Fill, SetsEveryPixelWithoutAMask) {
-  const float value[] = {1.0F, kNaN, -0.0F, 4.0F, 9.0F};
+  const float value[] = {1.0F, kNan, -0.0F, 4.0F, 9.0F};
   for (unsigned mode = 0; mode < ColorMode::kCount; ++mode) {
     const auto channels = static_cast<std::size_t>(ColorMode::GetNumChannels(mode));
     Image image(3, 2, mode, nullptr);
@@ -34,17 +27,17 @@ TEST(Fill, SetsEveryPixelWithoutAMask) {
 }
 
 TEST(Fill, MovesSamplesAsFarAsTheMaskSays) {
-  const auto image = MakeUniqueImage(9, 1, ColorMode::kValue, {0.0F, 8.0F, 8.0F, 8.0F, 8.0F, 8.0F, -8.0F, 0.0F, 8.0F});
+  const auto image = MakeImage(9, 1, ColorMode::kValue, {0.0F, 8.0F, 8.0F, 8.0F, 8.0F, 8.0F, -8.0F, 0.0F, 8.0F});
   const auto mask =
-      MakeUniqueImage(9, 1, ColorMode::kValue, {0.5F, 0.0F, 0.25F, 1.0F, 2.0F, -1.0F, kNaN, kInfinity, -kInfinity});
+      MakeImage(9, 1, ColorMode::kValue, {0.5F, 0.0F, 0.25F, 1.0F, 2.0F, -1.0F, kNan, kInfinity, -kInfinity});
   const float value = 4.0F;
-  Filter::Fill(*image, mask.get(), &value, 0);
+  Filter::Fill(*image, mask.Get(), &value, 0);
   EXPECT_TRUE(SameSamples({2.0F, 8.0F, 7.0F, 4.0F, 4.0F, 8.0F, -8.0F, 4.0F, 8.0F}, GetSamples(*image)));
 }
 
 TEST(Fill, IsExactlyTheValueWhereTheMaskIsOne) {
   // 1e9 + (0.3 - 1e9) * 1 is 0.
-  const auto image = MakeUniqueImage(4, 1, ColorMode::kValue, {1e9F, kNaN, kInfinity, -kInfinity});
+  const auto image = MakeImage(4, 1, ColorMode::kValue, {1e9F, kNan, kInfinity, -kInfinity});
   const float one = 1.0F;
   const Image mask(4, 1, ColorMode::kValue, &one);
   const float value = 0.3F;
@@ -53,12 +46,12 @@ TEST(Fill, IsExactlyTheValueWhereTheMaskIsOne) {
 }
 
 TEST(Fill, FollowsItsFormulaForStrangeSamples) {
-  const auto image = MakeUniqueImage(4, 1, ColorMode::kValue, {kInfinity, kNaN, -0.0F, 3.0F});
+  const auto image = MakeImage(4, 1, ColorMode::kValue, {kInfinity, kNan, -0.0F, 3.0F});
   const float none = 0.0F;
   const Image mask(4, 1, ColorMode::kValue, &none);
   const float value = 1.0F;
   Filter::Fill(*image, &mask, &value, 0);
-  EXPECT_TRUE(SameSamples({kNaN, kNaN, 0.0F, 3.0F}, GetSamples(*image)));
+  EXPECT_TRUE(SameSamples({kNan, kNan, 0.0F, 3.0F}, GetSamples(*image)));
 }
 
 TEST(Fill, ReadsAMaskOfAnyModeByItsValue) {
@@ -72,9 +65,9 @@ TEST(Fill, ReadsAMaskOfAnyModeByItsValue) {
                // (0.5 * 1.5 + 0.5 * 1.5 + 0.5 * 0) / 3
                {ColorMode::kColor, {1.5F, 1.5F, 0.0F, 0.5F}}};
   for (const auto& [mode, pixel] : masks) {
-    const auto image = MakeUniqueImage(1, 1, ColorMode::kPair, {0.0F, 10.0F});
-    const auto mask = MakeUniqueImage(1, 1, mode, pixel);
-    Filter::Fill(*image, mask.get(), value, 0);
+    const auto image = MakeImage(1, 1, ColorMode::kPair, {0.0F, 10.0F});
+    const auto mask = MakeImage(1, 1, mode, pixel);
+    Filter::Fill(*image, mask.Get(), value, 0);
     EXPECT_TRUE(SameSamples({5.0F, 15.0F}, GetSamples(*image))) << mode;
   }
 }
@@ -91,7 +84,7 @@ TEST(Fill, DoesNotDependOnThreadsOrPlace) {
     std::vector<float> strengths(static_cast<std::size_t>(width * height));
     for (float& sample : samples) sample = number();
     for (float& strength : strengths) strength = number();
-    const auto mask = MakeUniqueImage(width, height, ColorMode::kValue, strengths);
+    const auto mask = MakeImage(width, height, ColorMode::kValue, strengths);
     std::vector<float> expected = samples;
     for (std::size_t i = 0; i < samples.size(); ++i) {
       const float strength = std::fmin(std::fmax(strengths[i / channels], 0.0F), 1.0F);
@@ -100,15 +93,15 @@ TEST(Fill, DoesNotDependOnThreadsOrPlace) {
     }
     for (const std::size_t threads : {1U, 2U, 16U}) {
       const ThreadsScope scope(threads);
-      const auto image = MakeUniqueImage(width, height, mode, samples);
-      Filter::Fill(*image, mask.get(), value, 0);
+      const auto image = MakeImage(width, height, mode, samples);
+      Filter::Fill(*image, mask.Get(), value, 0);
       EXPECT_TRUE(SameSamples(expected, GetSamples(*image))) << mode;
     }
   }
 }
 
 TEST(Fill, KeepsTheHeaderAndForgetsTheKnownRange) {
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
   image->SetValueLowHigh(-1.0F, 3.0F);
   image->SetPin(7, 8);
   EXPECT_EQ(image->GetSampleRange().high, 2.0F);
@@ -137,7 +130,7 @@ TEST(Fill, TakesImagesWithoutPixels) {
 }
 
 TEST(Copy, TakesSamplesAndValueRangeAndNothingElse) {
-  const auto from = MakeUniqueImage(2, 1, ColorMode::kPair, {kNaN, -0.0F, kInfinity, 4.0F});
+  const auto from = MakeImage(2, 1, ColorMode::kPair, {kNan, -0.0F, kInfinity, 4.0F});
   from->SetValueLowHigh(-1.0F, 3.0F);
   from->SetPin(7, 8);
   const float none[] = {0.0F, 0.0F};
@@ -145,7 +138,7 @@ TEST(Copy, TakesSamplesAndValueRangeAndNothingElse) {
   to.SetPin(1, 2);
   to.SetOutsideValue(0.5F);
   EXPECT_EQ(to.GetSampleRange().high, 0.0F);
-  EXPECT_TRUE(Filter::Copy(from.get(), &to));
+  EXPECT_TRUE(Filter::Copy(from.Get(), &to));
   EXPECT_TRUE(SameSamples(GetSamples(*from), GetSamples(to)));
   EXPECT_EQ(to.GetValueLow(), -1.0F);
   EXPECT_EQ(to.GetValueHigh(), 3.0F);
@@ -190,3 +183,4 @@ TEST(Copy, CopiesLargeImagesWithAnyNumberOfThreads) {
 }
 
 }  // namespace
+}  // namespace Testing

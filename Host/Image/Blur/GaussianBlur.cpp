@@ -2,18 +2,16 @@
 #include "Host/Image/Blur/GaussianBlur.h"
 
 #include <algorithm>
-#include <atomic>
-#include <cstring>
+#include <cstdint>
 #include <memory>
-#include <mutex>
-#include <optional>
 #include <vector>
 
 #include "Host/Image/Blur/GaussianKernel.h"
 #include "Host/Image/Blur/GaussianLoops.h"
 #include "Host/Image/Blur/NonFiniteSpread.h"
 #include "Host/Image/SampleMemory.h"
-#include "Host/Util/ParallelRows.h"
+#include "Host/Image/Streaming.h"
+#include "Host/Util/ParallelReduce.h"
 
 namespace ScEng {
 namespace {
@@ -29,9 +27,6 @@ constexpr std::size_t kLanes = 16;
 
 // Enough samples in one piece that handing it to a thread pays.
 constexpr std::size_t kGrainSamples = std::size_t{1} << 15;
-
-// Images of this size are out of the caches before anybody reads them, so they are written past them.
-constexpr std::size_t kStreamedSamples = std::size_t{1} << 21;
 
 std::size_t GrainFor(std::size_t samples_each) { return std::max<std::size_t>(1, kGrainSamples / samples_each); }
 
@@ -70,47 +65,43 @@ class Buffer {
 struct Measured {
   SampleRange finite;
   bool has_non_finite = false;
+
+  void Include(const Measured& other) {
+    finite.Include(other.finite);
+    has_non_finite = has_non_finite || other.has_non_finite;
+  }
 };
 
 Measured Measure(const Image& image) {
   constexpr std::size_t kRun = 4096;
-  Measured total;
-  std::mutex mutex;
-  ParallelRows(image.GetNumSamples(), kGrainSamples, [&](std::size_t from, std::size_t to) {
+  return ParallelReduce<Measured>(image.GetNumSamples(), kGrainSamples, [&](std::size_t from, std::size_t to) {
     Measured part;
     for (std::size_t i = from; i < to; i += kRun) {
+      const float* run = image.GetConstArray() + i;
       const std::size_t count = std::min(kRun, to - i);
-      part.finite.Include(MeasureFiniteRange(image.GetConstArray() + i, count));
-      part.has_non_finite = part.has_non_finite || HasNonFinite(image.GetConstArray() + i, count);
+      part.Include({MeasureFiniteRange(run, count), HasNonFinite(run, count)});
     }
-    const std::lock_guard lock(mutex);
-    total.finite.Include(part.finite);
-    total.has_non_finite = total.has_non_finite || part.has_non_finite;
+    return part;
   });
-  return total;
 }
 
 /// One direction of the blur: the kernel and, where it is large, its series.
 struct Direction {
-  Direction(float sigma, int size, bool wrap)
-      : radius(GetGaussianRadius(sigma)),
-        recursive(radius > kLargestDirectRadius),
-        map(size, radius + kRowsAhead, wrap) {
+  Direction(float sigma, int line_size, Border line_border)
+      : size(line_size),
+        border(line_border),
+        radius(GetGaussianRadius(sigma)),
+        recursive(radius > kLargestDirectRadius) {
     if (recursive) {
       cosines = MakeGaussianCosines(sigma);
-      start = MakeCosineStart(cosines, map);
+      start = MakeCosineStart(cosines, size, border);
     } else {
       weights = MakeGaussianWeights(sigma);
     }
   }
 
-  /// Where each position of the map lies, for lines whose positions are `stride` samples apart.
-  [[nodiscard]] std::vector<const float*> Locate(const float* line, std::size_t stride) const {
-    std::vector<const float*> rows;
-    for (int position = -map.GetReach(); position <= map.GetSize() + map.GetReach(); ++position) {
-      rows.push_back(line + static_cast<std::size_t>(map[position]) * stride);
-    }
-    return rows;
+  [[nodiscard]] int At(std::int64_t position) const {
+    return static_cast<int>(BorderIndex<std::int64_t>(position, size, border));
   }
 
   /// Space for the recursion of so many columns.
@@ -118,27 +109,66 @@ struct Direction {
     return 2 * GaussianCosines::kTerms * PadRow(columns);
   }
 
-  int radius;
+  int size;
+  Border border;
+  std::int64_t radius;
   bool recursive;
-  BorderMap map;
   std::vector<float> weights;
   GaussianCosines cosines;
   CosineStart start;
 };
 
+/// Where positions of a line lie that begin at `first`, at the line's own positions or beyond them; the line's are
+/// `stride` samples apart.
+class Positions {
+ public:
+  Positions(const Direction& direction, const float* line, std::size_t stride, std::int64_t first, std::int64_t end)
+      : first_(first) {
+    places_.reserve(static_cast<std::size_t>(end - first));
+    for (std::int64_t position = first; position < end; ++position) {
+      places_.push_back(line + static_cast<std::size_t>(direction.At(position)) * stride);
+    }
+  }
+
+  /// The entry of a position, in a list that goes on before and after it.
+  [[nodiscard]] const float* const* At(std::int64_t position) const { return places_.data() + (position - first_); }
+
+ private:
+  std::int64_t first_;
+  std::vector<const float*> places_;
+};
+
+/// The positions of a line, and those that enter and leave the kernel's window while it moves along.
+struct Window {
+  Window(const Direction& direction, const float* line, std::size_t stride)
+      : radius(direction.radius),
+        middle(direction, line, stride, 0, direction.size),
+        before(direction, line, stride, -radius - 1, direction.size - radius + kRowsAhead + 1),
+        after(direction, line, stride, radius - 1, direction.size + radius + kRowsAhead + 1) {}
+
+  [[nodiscard]] WindowStrip Strip(std::size_t num_rows, std::size_t first, std::size_t count) const {
+    return {{middle.At(0), num_rows, first, count}, before.At(-radius), after.At(radius)};
+  }
+
+  std::int64_t radius;
+  Positions middle;
+  Positions before;
+  Positions after;
+};
+
 class Blur {
  public:
-  Blur(const Image& in, Image& out, float sigma_x, float sigma_y, bool wrap, const SampleScale& scale)
+  Blur(const Image& in, Image& out, float sigma_x, float sigma_y, Border border, const SampleScale& scale)
       : in_(in.GetConstArray()),
         out_(out.GetArray()),
         channels_(static_cast<std::size_t>(in.GetNumChannels())),
         size_x_(static_cast<std::size_t>(in.GetSizeX())),
         size_y_(static_cast<std::size_t>(in.GetSizeY())),
         row_(size_x_ * channels_),
-        along_x_(sigma_x, in.GetSizeX(), wrap),
-        along_y_(sigma_y, in.GetSizeY(), wrap),
+        along_x_(sigma_x, in.GetSizeX(), border),
+        along_y_(sigma_y, in.GetSizeY(), border),
         scale_(scale),
-        is_large_(in.GetNumSamples() >= kStreamedSamples),
+        is_large_(IsStreamed(in.GetNumSamples())),
         between_(size_y_, row_) {}
 
   void Run() {
@@ -178,14 +208,14 @@ class Blur {
 
   void ConvolveRows() {
     ParallelRows(size_y_, GrainFor(row_), [&](std::size_t from, std::size_t to) {
-      const auto border = static_cast<std::size_t>(along_x_.radius) * channels_;
-      std::vector<float> continued(border + PadRow(row_) + border + kRowUnit);
-      float* row = continued.data() + border;
+      const auto beside = static_cast<std::size_t>(along_x_.radius) * channels_;
+      std::vector<float> continued(beside + PadRow(row_) + beside + kRowUnit);
+      float* row = continued.data() + beside;
       for (std::size_t y = from; y < to; ++y) {
         ScaleSamples(in_ + y * row_, row, row_, scale_);
         ContinueRow(row);
-        ConvolveAlong(row, between_.Row(y), PadRow(row_), channels_, along_x_.weights.data(), along_x_.radius,
-                      is_large_ ? Writing::kStreamed : Writing::kCached);
+        ConvolveAlong(row, between_.Row(y), PadRow(row_), channels_, along_x_.weights.data(),
+                      static_cast<int>(along_x_.radius), is_large_ ? Writing::kStreamed : Writing::kCached);
         PadWithZeros(between_.Row(y));
       }
     });
@@ -193,14 +223,13 @@ class Blur {
 
   /// Puts the pixels beyond the border on both sides of a row.
   void ContinueRow(float* row) const {
-    const auto put = [&](int position) {
-      const float* pixel = row + static_cast<std::size_t>(along_x_.map[position]) * channels_;
-      std::copy_n(pixel, channels_,
-                  row + static_cast<std::ptrdiff_t>(position) * static_cast<std::ptrdiff_t>(channels_));
+    const auto put = [&](std::int64_t position) {
+      const float* pixel = row + static_cast<std::size_t>(along_x_.At(position)) * channels_;
+      std::copy_n(pixel, channels_, row + position * static_cast<std::ptrdiff_t>(channels_));
     };
-    const int size = along_x_.map.GetSize();
-    for (int position = -along_x_.radius; position < 0; ++position) put(position);
-    for (int position = size; position < size + along_x_.radius; ++position) put(position);
+    const int size = along_x_.size;
+    for (std::int64_t position = -along_x_.radius; position < 0; ++position) put(position);
+    for (std::int64_t position = size; position < size + along_x_.radius; ++position) put(position);
   }
 
   /// Puts the pixels of a few rows side by side, so that the recursion runs down columns here as well.
@@ -211,8 +240,8 @@ class Blur {
       const auto columns = AllocateNumbers<float>(size_x_ * kLanes + kRowUnit);
       const auto blurred = AllocateNumbers<float>(size_x_ * kLanes + kRowUnit);
       const auto state = AllocateNumbers<double>(Direction::StateSize(kLanes));
-      const std::vector<const float*> positions = along_x_.Locate(columns.get(), kLanes);
-      const ColumnStrip strip{positions.data() + along_x_.map.GetReach(), size_x_, 0, kLanes};
+      const Window window(along_x_, columns.get(), kLanes);
+      const WindowStrip strip = window.Strip(size_x_, 0, kLanes);
       std::fill_n(columns.get(), size_x_ * kLanes + kRowUnit, 0.0F);
       for (std::size_t group = from; group < to; ++group) {
         const std::size_t first = group * rows_each;
@@ -235,27 +264,26 @@ class Blur {
   }
 
   void ConvolveColumns() {
-    const std::vector<const float*> rows = along_y_.Locate(between_.Row(0), between_.GetStride());
-    const std::size_t rows_in_reach = 2 * static_cast<std::size_t>(along_y_.radius) + 1;
+    const auto radius = static_cast<int>(along_y_.radius);
+    const Positions rows(along_y_, between_.Row(0), between_.GetStride(), -radius, along_y_.size + radius + kRowsAhead);
+    const std::size_t rows_in_reach = 2 * static_cast<std::size_t>(radius) + 1;
     const std::size_t columns = std::max<std::size_t>(1, kDirectSamples / rows_in_reach / kRowUnit) * kRowUnit;
     ParallelRows(size_y_, GrainFor(row_), [&](std::size_t from, std::size_t to) {
       for (std::size_t x = 0; x < row_; x += columns) {
-        const ColumnStrip strip{rows.data() + along_y_.map.GetReach() + from, to - from, x,
-                                std::min(columns, row_ - x)};
-        ConvolveAcross(strip, along_y_.weights.data(), along_y_.radius, scale_, TargetAt(x, from));
+        const ColumnStrip strip{rows.At(static_cast<std::int64_t>(from)), to - from, x, std::min(columns, row_ - x)};
+        ConvolveAcross(strip, along_y_.weights.data(), radius, scale_, TargetAt(x, from));
       }
     });
   }
 
   void RecurseDownColumns() {
-    const std::vector<const float*> rows = along_y_.Locate(between_.Row(0), between_.GetStride());
+    const Window window(along_y_, between_.Row(0), between_.GetStride());
     const std::size_t units = PadRow(row_) / kRowUnit;
     ParallelRows(units, GrainFor(size_y_ * kRowUnit), [&](std::size_t from, std::size_t to) {
       const auto state = AllocateNumbers<double>(Direction::StateSize(kRecursiveColumns));
       const std::size_t end = std::min(to * kRowUnit, row_);
       for (std::size_t x = from * kRowUnit; x < end; x += kRecursiveColumns) {
-        const ColumnStrip strip{rows.data() + along_y_.map.GetReach(), size_y_, x,
-                                std::min(kRecursiveColumns, end - x)};
+        const WindowStrip strip = window.Strip(size_y_, x, std::min(kRecursiveColumns, end - x));
         FilterAcross(strip, along_y_.cosines, along_y_.start, &scale_, TargetAt(x, 0), state.get());
       }
     });
@@ -276,11 +304,11 @@ class Blur {
 
 }  // namespace
 
-void GaussianBlur(const Image& in, Image& out, float sigma_x, float sigma_y, bool wrap) {
+void GaussianBlur(const Image& in, Image& out, float sigma_x, float sigma_y, Border border) {
   if (in.GetNumSamples() == 0) return;
   const Measured measured = Measure(in);
-  Blur(in, out, sigma_x, sigma_y, wrap, SampleScale::For(measured.finite)).Run();
-  if (measured.has_non_finite) SpreadNonFinite(in, out, sigma_x, sigma_y, wrap);
+  Blur(in, out, sigma_x, sigma_y, border, SampleScale::For(measured.finite)).Run();
+  if (measured.has_non_finite) SpreadNonFinite(in, out, sigma_x, sigma_y, border);
 }
 
 }  // namespace ScEng

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Host/Image/Image.h"
+#include "Host/Math/Border.h"
 
 namespace ScEng {
 
@@ -11,6 +12,6 @@ namespace ScEng {
 /// kernel is summed tap by tap in single precision, and a large one is a sum of cosines run in double precision, whose
 /// cost does not depend on its size. Samples that are not finite take part as the middle of the others; how far they
 /// spread depends on the radius alone and is entered at the end.
-void GaussianBlur(const Image& in, Image& out, float sigma_x, float sigma_y, bool wrap);
+void GaussianBlur(const Image& in, Image& out, float sigma_x, float sigma_y, Border border);
 
 }  // namespace ScEng

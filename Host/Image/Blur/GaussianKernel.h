@@ -5,32 +5,21 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
+
+#include "Host/Math/Border.h"
 
 namespace ScEng {
 
-/// Reach of the kernel in pixels: ceil(4 sigma); 0 for a sigma that is not above 0. A sigma above 65536 counts as
-/// 65536.
-int GetGaussianRadius(float sigma);
+/// Reach of the kernel in pixels: ceil(4 sigma); 0 for a sigma that is not above 0.
+///
+/// A sigma above 2^54 counts as 2^54, here and below. That is no bound on what can be asked for: the pixels of a line
+/// of 2^31 then weigh less than 1e-7 together beside its continuation, and a line that repeats itself is its mean.
+std::int64_t GetGaussianRadius(float sigma);
 
 /// Weights for the offsets 0 to the radius, each also that of the negative offset; all of them sum to 1.
 std::vector<float> MakeGaussianWeights(float sigma);
-
-/// Positions of a line and beyond both its ends, mapped to the positions that they stand for.
-class BorderMap {
- public:
-  /// Covers -reach to size + reach, both included. With `wrap` the line repeats, else its end positions do.
-  BorderMap(int size, int reach, bool wrap);
-
-  [[nodiscard]] int operator[](int position) const { return map_[static_cast<std::size_t>(position + reach_)]; }
-  [[nodiscard]] int GetReach() const { return reach_; }
-  [[nodiscard]] int GetSize() const { return size_; }
-
- private:
-  int size_;
-  int reach_;
-  std::vector<int> map_;
-};
 
 /// The kernel as a sum of cosines that are cut off at its radius r:
 ///
@@ -47,7 +36,7 @@ class BorderMap {
 struct GaussianCosines {
   static constexpr std::size_t kTerms = 7;
 
-  int radius = 0;
+  std::int64_t radius = 0;
   std::array<double, kTerms> amplitude{};
   std::array<double, kTerms> frequency{};
   std::array<double, kTerms> turn{};
@@ -65,7 +54,8 @@ struct CosineStart {
   std::vector<std::array<double, 2 * GaussianCosines::kTerms>> weights;
 };
 
-/// The map must reach the cosines' radius and one further.
-CosineStart MakeCosineStart(const GaussianCosines& cosines, const BorderMap& map);
+/// Of lines of `size` positions, which stand for those beyond their ends as `border` says. Time grows with the radius
+/// up to 2^18, and beyond with the size alone.
+CosineStart MakeCosineStart(const GaussianCosines& cosines, int size, Border border);
 
 }  // namespace ScEng

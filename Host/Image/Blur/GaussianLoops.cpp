@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "Host/Image/Values/Finite-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace ScEng::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
@@ -57,18 +59,13 @@ HWY_INLINE void FetchAhead(const float* samples, std::size_t count) {
 
 bool FindNonFinite(const float* samples, std::size_t count) {
   const DF d;
-  const hn::RebindToUnsigned<DF> bits;
   const std::size_t lanes = hn::Lanes(d);
-  VF strange = hn::Zero(d);
+  FiniteTest<DF> test;
   std::size_t i = 0;
-  for (; i + lanes <= count; i += lanes) {
-    const VF sample = hn::LoadU(d, samples + i);
-    // x - x has no bit set for a finite x and is NaN for any other.
-    strange = hn::Or(strange, hn::Sub(sample, sample));
-  }
-  if (!hn::AllTrue(bits, hn::Eq(hn::BitCast(bits, strange), hn::Zero(bits)))) return true;
+  for (; i + lanes <= count; i += lanes) test.Include(hn::LoadU(d, samples + i));
+  if (test.SawNonFinite()) return true;
   for (; i < count; ++i) {
-    if (samples[i] - samples[i] != 0.0F) return true;
+    if (!IsFinite(samples[i])) return true;
   }
   return false;
 }
@@ -84,7 +81,7 @@ void Scale(const float* from, float* to, std::size_t count, const SampleScale& s
     const auto finite = hn::Eq(hn::Sub(sample, sample), hn::Zero(d));
     hn::StoreU(hn::IfThenElseZero(finite, hn::Mul(hn::Sub(sample, middle), factor)), d, to + i);
   }
-  for (; i < count; ++i) to[i] = from[i] - from[i] == 0.0F ? (from[i] - scale.middle) * scale.scale : 0.0F;
+  for (; i < count; ++i) to[i] = IsFinite(from[i]) ? (from[i] - scale.middle) * scale.scale : 0.0F;
 }
 
 void UnscaleAll(const float* from, float* to, std::size_t count, const SampleScale& scale) {
@@ -180,7 +177,7 @@ HWY_INLINE void StartColumns(const ColumnStrip& strip, std::size_t column, const
 
 /// Two positions at a time, so that the responses are fetched and put back half as often.
 template <bool kScaleBack>
-HWY_INLINE void RunColumns(const ColumnStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
+HWY_INLINE void RunColumns(const WindowStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
                            const SampleScale& scale, const ColumnTarget& target, double* all_states) {
   const DD d;
   const DH half;
@@ -197,19 +194,19 @@ HWY_INLINE void RunColumns(const ColumnStrip& strip, const GaussianCosines& cosi
       hn::StoreU(sample, half, to);
     }
   };
-  const std::ptrdiff_t radius = cosines.radius;
   for (std::size_t y = 0; y < strip.num_rows; y += 2) {
-    const float* const* rows = strip.rows + y;
-    const float* leaving_after = rows[radius] + strip.first;
-    const float* entering_after = rows[radius + 1] + strip.first;
-    const float* next_after = rows[radius + 2] + strip.first;
-    const float* entering_before = rows[-radius - 1] + strip.first;
-    const float* leaving_before = rows[-radius] + strip.first;
-    const float* next_before = rows[-radius + 1] + strip.first;
+    const float* const* before_rows = strip.before + y;
+    const float* const* after_rows = strip.after + y;
+    const float* leaving_after = after_rows[0] + strip.first;
+    const float* entering_after = after_rows[1] + strip.first;
+    const float* next_after = after_rows[2] + strip.first;
+    const float* entering_before = before_rows[-1] + strip.first;
+    const float* leaving_before = before_rows[0] + strip.first;
+    const float* next_before = before_rows[1] + strip.first;
     // The pass along rows has its few columns in the caches already.
     for (int i = 0; kScaleBack && i < 2; ++i) {
-      FetchAhead(rows[radius + kRowsAhead - 1 + i] + strip.first, strip.count);
-      FetchAhead(rows[-radius + kRowsAhead - 1 + i] + strip.first, strip.count);
+      FetchAhead(after_rows[kRowsAhead - 1 + i] + strip.first, strip.count);
+      FetchAhead(before_rows[kRowsAhead - 1 + i] + strip.first, strip.count);
     }
     float* to = target.to + y * target.stride;
     const bool two = y + 1 < strip.num_rows;
@@ -245,7 +242,7 @@ HWY_INLINE void RunColumns(const ColumnStrip& strip, const GaussianCosines& cosi
   if (target.writing == Writing::kStreamed) hwy::FlushStream();
 }
 
-void Recurse(const ColumnStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
+void Recurse(const WindowStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
              const SampleScale* scale, const ColumnTarget& target, double* state) {
   if (scale != nullptr) {
     RunColumns<true>(strip, cosines, start, *scale, target, state);
@@ -353,7 +350,7 @@ void ConvolveAcross(const ColumnStrip& strip, const float* weights, int radius, 
   HWY_DYNAMIC_DISPATCH(Across)(strip, weights, radius, scale, target);
 }
 
-void FilterAcross(const ColumnStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
+void FilterAcross(const WindowStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
                   const SampleScale* scale, const ColumnTarget& target, double* state) {
   HWY_DYNAMIC_DISPATCH(Recurse)(strip, cosines, start, scale, target, state);
 }

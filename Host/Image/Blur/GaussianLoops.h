@@ -74,10 +74,18 @@ struct ColumnTarget {
 void ConvolveAcross(const ColumnStrip& strip, const float* weights, int radius, const SampleScale& scale,
                     const ColumnTarget& target);
 
-/// The same by the cosines' recursion, with as long a list of rows. The strip starts at position 0 of its lines. Rows
-/// are kept as they are where `scale` is null. `state` holds `2 * GaussianCosines::kTerms` numbers for each column of
-/// the strip, rounded up to `kRowUnit`.
-void FilterAcross(const ColumnStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
+/// A strip of whole columns with the rows that enter and leave the kernel's window. A list of the strip's own rows need
+/// not go on beyond its ends.
+struct WindowStrip : ColumnStrip {
+  /// Point to the first row's entry in lists of the rows that lie the radius before and after each row. The lists begin
+  /// one row earlier and go on for `kRowsAhead` rows.
+  const float* const* before = nullptr;
+  const float* const* after = nullptr;
+};
+
+/// The same by the cosines' recursion. Rows are kept as they are where `scale` is null. `state` holds
+/// `2 * GaussianCosines::kTerms` numbers for each column of the strip, rounded up to `kRowUnit`.
+void FilterAcross(const WindowStrip& strip, const GaussianCosines& cosines, const CosineStart& start,
                   const SampleScale* scale, const ColumnTarget& target, double* state);
 
 /// Columns from rows: to[x * rows + y] = from[y][x], a group of `channels` samples counting as one entry.

@@ -79,24 +79,24 @@ class Window {
 };
 
 /// Positions beyond the ends repeat what is nearer, unless the lines wrap.
-void SpreadLines(const Lines& lines, int size, int radius, bool wrap) {
+void SpreadLines(const Lines& lines, int size, int radius, Border border) {
   Window window(lines);
+  const bool wrap = border == Border::kWrap;
   const bool all_in_reach = wrap ? radius >= size / 2 : radius >= size - 1;
   if (all_in_reach) {
     for (int position = 0; position < size; ++position) window.Add(position);
     for (int position = 0; position < size; ++position) window.Store(position);
     return;
   }
-  const auto wrapped = [size](int position) { return position < 0 ? position + size : position % size; };
   for (int position = -radius; position <= radius; ++position) {
-    if (wrap || (position >= 0 && position < size)) window.Add(wrapped(position));
+    if (wrap || (position >= 0 && position < size)) window.Add(WrapIndex(position, size));
   }
   for (int position = 0; position < size; ++position) {
     window.Store(position);
     const int entering = position + radius + 1;
     const int leaving = position - radius;
-    if (wrap || entering < size) window.Add(wrapped(entering));
-    if (wrap || leaving >= 0) window.Remove(wrapped(leaving));
+    if (wrap || entering < size) window.Add(WrapIndex(entering, size));
+    if (wrap || leaving >= 0) window.Remove(WrapIndex(leaving, size));
   }
 }
 
@@ -107,22 +107,28 @@ bool NeighborsWeighNothing(float sigma) {
 }
 
 /// Zero times an infinity is NaN.
-void SpreadToWeightlessNeighbors(const Lines& lines, const BorderMap& map) {
-  const auto at = [&](int position) { return lines.from + static_cast<std::size_t>(map[position]) * lines.stride; };
-  for (int position = 0; position < map.GetSize(); ++position) {
+void SpreadToWeightlessNeighbors(const Lines& lines, int size, Border border) {
+  const auto at = [&](int position) {
+    return lines.from + static_cast<std::size_t>(BorderIndex(position, size, border)) * lines.stride;
+  };
+  for (int position = 0; position < size; ++position) {
+    const Mark* const here = at(position);
+    const Mark* const left = at(position - 1);
+    const Mark* const right = at(position + 1);
     Mark* to = lines.to + static_cast<std::size_t>(position) * lines.stride;
     for (std::size_t lane = 0; lane < lines.lanes; ++lane) {
-      const bool beside = (at(position - 1)[lane] | at(position + 1)[lane]) != 0;
-      to[lane] = beside ? kNan : at(position)[lane];
+      const bool beside = (left[lane] | right[lane]) != 0;
+      to[lane] = beside ? kNan : here[lane];
     }
   }
 }
 
-void SpreadOneWay(const Lines& lines, int size, float sigma, bool wrap) {
+void SpreadOneWay(const Lines& lines, int size, float sigma, Border border) {
   if (NeighborsWeighNothing(sigma)) {
-    SpreadToWeightlessNeighbors(lines, BorderMap(size, 1, wrap));
+    SpreadToWeightlessNeighbors(lines, size, border);
   } else {
-    SpreadLines(lines, size, GetGaussianRadius(sigma), wrap);
+    // Beyond its size a line has nothing new.
+    SpreadLines(lines, size, static_cast<int>(std::min<std::int64_t>(GetGaussianRadius(sigma), size)), border);
   }
 }
 
@@ -141,18 +147,18 @@ class Spread {
     });
   }
 
-  void Along(float sigma, bool wrap) {
+  void Along(float sigma, Border border) {
     if (GetGaussianRadius(sigma) == 0) return;
     ParallelRows(rows_, std::max<std::size_t>(1, kGrainSamples / row_), [&](std::size_t from, std::size_t to) {
       for (std::size_t y = from; y < to; ++y) {
         const Lines lines{marks_.data() + y * row_, other_.data() + y * row_, channels_, channels_};
-        SpreadOneWay(lines, size_x_, sigma, wrap);
+        SpreadOneWay(lines, size_x_, sigma, border);
       }
     });
     marks_.swap(other_);
   }
 
-  void Down(float sigma, bool wrap) {
+  void Down(float sigma, Border border) {
     if (GetGaussianRadius(sigma) == 0) return;
     const std::size_t strips = (row_ + kLanes - 1) / kLanes;
     const std::size_t grain = std::max<std::size_t>(1, kGrainSamples / (kLanes * rows_));
@@ -160,7 +166,7 @@ class Spread {
       for (std::size_t strip = from; strip < to; ++strip) {
         const std::size_t x = strip * kLanes;
         const Lines lines{marks_.data() + x, other_.data() + x, row_, std::min(kLanes, row_ - x)};
-        SpreadOneWay(lines, size_y_, sigma, wrap);
+        SpreadOneWay(lines, size_y_, sigma, border);
       }
     });
     marks_.swap(other_);
@@ -190,10 +196,10 @@ class Spread {
 
 }  // namespace
 
-void SpreadNonFinite(const Image& in, Image& out, float sigma_x, float sigma_y, bool wrap) {
+void SpreadNonFinite(const Image& in, Image& out, float sigma_x, float sigma_y, Border border) {
   Spread spread(in);
-  spread.Along(sigma_x, wrap);
-  spread.Down(sigma_y, wrap);
+  spread.Along(sigma_x, border);
+  spread.Down(sigma_y, border);
   spread.Enter(out.GetArray());
 }
 

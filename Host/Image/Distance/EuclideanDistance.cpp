@@ -13,12 +13,11 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <mutex>
-#include <new>
-#include <stdexcept>
 #include <vector>
 
-#include "Host/Util/ParallelRows.h"
+#include "Host/Image/Oversize.h"
+#include "Host/Image/Placement.h"
+#include "Host/Util/ParallelReduce.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ScEng::HWY_NAMESPACE {
@@ -206,11 +205,10 @@ SeedRow MakeSeeds(const Image& image, float level) {
   };
 }
 
-/// The result without samples, or null when it cannot be made.
+/// The result without samples.
 std::unique_ptr<Image> MakeOutput(const Image& image) {
   auto output = std::make_unique<Image>(image.GetSizeX(), image.GetSizeY(), ColorMode::kValue, nullptr);
-  output->SetPin(image.GetPinX(), image.GetPinY());
-  output->SetPivot(image.GetPivotX(), image.GetPivotY());
+  PlaceLike(image, *output);
   return output;
 }
 
@@ -221,16 +219,12 @@ constexpr std::size_t kGrainRows = 16;
 float MeasureRows(Image& output, bool wrap) {
   const auto width = static_cast<std::size_t>(output.GetSizeX());
   float* samples = output.GetArray();
-  float largest = 0.0F;
-  std::mutex mutex;
-  ParallelRows(static_cast<std::size_t>(output.GetSizeY()), kGrainRows, [&](std::size_t from, std::size_t to) {
+  const auto measure_rows = [&](std::size_t from, std::size_t to) {
     RowMeasure measure(output.GetSizeX(), wrap);
     for (std::size_t y = from; y < to; ++y) measure.Measure(samples + y * width);
-    const float high = MeasureRange(samples + from * width, (to - from) * width).high;
-    const std::lock_guard lock(mutex);
-    largest = std::max(largest, high);
-  });
-  return largest;
+    return MeasureRange(samples + from * width, (to - from) * width);
+  };
+  return ParallelReduce<SampleRange>(static_cast<std::size_t>(output.GetSizeY()), kGrainRows, measure_rows).high;
 }
 
 void Divide(Image& image, float divisor) {
@@ -269,12 +263,6 @@ std::unique_ptr<Image> Measure(const Image& image, float level, bool normalize, 
 }  // namespace ScEng
 
 Image* EuclideanDistance(const Image& image, float level, bool normalize, bool wrap) {
-  try {
-    return ScEng::Measure(image, level, normalize, wrap).release();
-  } catch (const std::length_error&) {
-    return nullptr;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return ScEng::NullIfOversize([&] { return ScEng::Measure(image, level, normalize, wrap).release(); });
 }
 #endif

@@ -12,10 +12,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <mutex>
 #include <vector>
 
-#include "Host/Util/ParallelRows.h"
+#include "Host/Image/Streaming.h"
+#include "Host/Image/Values/Finite-inl.h"
+#include "Host/Util/ParallelReduce.h"
 
 #ifndef HOST_IMAGE_GRADIENT_ROW
 #define HOST_IMAGE_GRADIENT_ROW
@@ -77,24 +78,19 @@ using V = hn::Vec<D>;
 /// Lowest and highest of the results of a row, where all are finite.
 class ResultRange {
  public:
-  HWY_INLINE ResultRange()
-      : low_(hn::Set(D(), std::numeric_limits<float>::infinity())), high_(hn::Neg(low_)), strange_(hn::Zero(D())) {}
+  HWY_INLINE ResultRange() : low_(hn::Set(D(), std::numeric_limits<float>::infinity())), high_(hn::Neg(low_)) {}
 
   HWY_INLINE void Include(V results) {
     low_ = hn::Min(low_, results);
     high_ = hn::Max(high_, results);
-    // x - x has no bit set for a finite x and is NaN for any other.
-    strange_ = hn::Or(strange_, hn::Sub(results, results));
+    test_.Include(results);
   }
 
   /// The range of the results from `from` up to `to`, of which the vectors so far were included, and of those around.
   [[nodiscard]] HWY_INLINE SampleRange Get(const float* results, std::size_t from, std::size_t to,
                                            std::size_t count) const {
     const D d;
-    const hn::RebindToUnsigned<D> bits;
-    if (!hn::AllTrue(bits, hn::Eq(hn::BitCast(bits, strange_), hn::Zero(bits)))) {
-      return MeasureFiniteRange(results, count);
-    }
+    if (test_.SawNonFinite()) return MeasureFiniteRange(results, count);
     SampleRange range = MeasureFiniteRange(results, from);
     range.Include(MeasureFiniteRange(results + to, count - to));
     // A zero is kept without its sign.
@@ -107,7 +103,7 @@ class ResultRange {
  private:
   V low_;
   V high_;
-  V strange_;
+  FiniteTest<D> test_;
 };
 
 GradientRanges Derive(const GradientRow& task) {
@@ -160,8 +156,6 @@ namespace {
 
 HWY_EXPORT(Derive);
 
-// Results of this size are out of the caches before anybody reads them.
-constexpr std::size_t kStreamedSamples = std::size_t{1} << 21;
 // Enough samples in one piece that handing it to a thread pays.
 constexpr std::size_t kGrainSamples = std::size_t{1} << 16;
 
@@ -190,29 +184,27 @@ bool ImageValue::Gradient(const Image& source, Image& out_x, Image& out_y, bool 
   float* to_y = out_y.GetArray();
   // What a single row is compared with.
   const std::vector<float> zeros(height == 1 ? width : 0);
-  GradientRanges ranges;
-  std::mutex mutex;
-  ParallelRows(width == 0 ? 0 : height, kGrainSamples / std::max<std::size_t>(width, 1),
-               [&](std::size_t from, std::size_t to) {
-                 GradientRanges part;
-                 GradientRow task;
-                 task.width = width;
-                 task.seamless = seamless;
-                 task.streamed = source.GetNumSamples() >= kStreamedSamples;
-                 for (std::size_t y = from; y < to; ++y) {
-                   const Neighbors rows = FindNeighbors(y, height, seamless);
-                   task.row = samples + y * width;
-                   task.above = height == 1 ? zeros.data() : samples + rows.minus * width;
-                   task.below = height == 1 ? zeros.data() : samples + rows.plus * width;
-                   task.ahead = y + 2 < height ? samples + (y + 2) * width : nullptr;
-                   task.factor_y = rows.factor;
-                   task.to_x = to_x + y * width;
-                   task.to_y = to_y + y * width;
-                   part.Include(HWY_DYNAMIC_DISPATCH(Derive)(task));
-                 }
-                 const std::lock_guard lock(mutex);
-                 ranges.Include(part);
-               });
+  const auto derive_rows = [&](std::size_t from, std::size_t to) {
+    GradientRanges part;
+    GradientRow task;
+    task.width = width;
+    task.seamless = seamless;
+    task.streamed = IsStreamed(source.GetNumSamples());
+    for (std::size_t y = from; y < to; ++y) {
+      const Neighbors rows = FindNeighbors(y, height, seamless);
+      task.row = samples + y * width;
+      task.above = height == 1 ? zeros.data() : samples + rows.minus * width;
+      task.below = height == 1 ? zeros.data() : samples + rows.plus * width;
+      task.ahead = y + 2 < height ? samples + (y + 2) * width : nullptr;
+      task.factor_y = rows.factor;
+      task.to_x = to_x + y * width;
+      task.to_y = to_y + y * width;
+      part.Include(HWY_DYNAMIC_DISPATCH(Derive)(task));
+    }
+    return part;
+  };
+  const auto ranges = ParallelReduce<GradientRanges>(width == 0 ? 0 : height,
+                                                     kGrainSamples / std::max<std::size_t>(width, 1), derive_rows);
   SetRange(out_x, ranges.x);
   SetRange(out_y, ranges.y);
   return true;

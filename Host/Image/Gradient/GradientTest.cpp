@@ -12,26 +12,17 @@
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/InstructionSets.h"
 
+namespace Testing {
 namespace {
 
-using Testing::GetSamples;
-using Testing::MakeUniqueImage;
-using Testing::OnEveryInstructionSet;
-using Testing::SameSamples;
-using Testing::ThreadsScope;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kTiny = std::numeric_limits<float>::denorm_min();
-
 struct Derivatives {
-  std::unique_ptr<Image> x;
-  std::unique_ptr<Image> y;
+  ImagePtr x;
+  ImagePtr y;
 };
 
 Derivatives Derive(const Image& source, bool seamless) {
-  Derivatives result{std::make_unique<Image>(source.GetSizeX(), source.GetSizeY(), ColorMode::kValue, nullptr),
-                     std::make_unique<Image>(source.GetSizeX(), source.GetSizeY(), ColorMode::kValue, nullptr)};
+  Derivatives result{ScEng::MakeRef<Image>(source.GetSizeX(), source.GetSizeY(), ColorMode::kValue, nullptr),
+                     ScEng::MakeRef<Image>(source.GetSizeX(), source.GetSizeY(), ColorMode::kValue, nullptr)};
   EXPECT_TRUE(ImageValue::Gradient(source, *result.x, *result.y, seamless));
   return result;
 }
@@ -47,10 +38,10 @@ float Derivative(const std::vector<float>& line, std::size_t place, bool seamles
 }
 
 TEST(Gradient, IsHalfTheDifferenceOfTheNeighbors) {
-  const auto image = MakeUniqueImage(4, 3, ColorMode::kValue,
-                                     {1.0F, 2.0F, 4.0F, 8.0F,  //
-                                      0.0F, 0.0F, 8.0F, 0.0F,  //
-                                      9.0F, 2.0F, 6.0F, 4.0F});
+  const auto image = MakeImage(4, 3, ColorMode::kValue,
+                               {1.0F, 2.0F, 4.0F, 8.0F,  //
+                                0.0F, 0.0F, 8.0F, 0.0F,  //
+                                9.0F, 2.0F, 6.0F, 4.0F});
   const Derivatives open = Derive(*image, false);
   EXPECT_TRUE(SameSamples({1.0F, 1.5F, 3.0F, 4.0F,   //
                            0.0F, 4.0F, 0.0F, -8.0F,  //
@@ -72,36 +63,36 @@ TEST(Gradient, IsHalfTheDifferenceOfTheNeighbors) {
 }
 
 TEST(Gradient, IsZeroAlongASideOfOnePixelWhateverThePixelIs) {
-  for (const float level : {3.0F, kNaN, kInfinity}) {
+  for (const float level : {3.0F, kNan, kInfinity}) {
     for (const bool seamless : {false, true}) {
       const Image one(1, 1, ColorMode::kValue, &level);
       const Derivatives result = Derive(one, seamless);
       EXPECT_TRUE(SameSamples({0.0F}, GetSamples(*result.x)));
       EXPECT_TRUE(SameSamples({0.0F}, GetSamples(*result.y)));
-      const auto row = MakeUniqueImage(3, 1, ColorMode::kValue, {level, 1.0F, 2.0F});
+      const auto row = MakeImage(3, 1, ColorMode::kValue, {level, 1.0F, 2.0F});
       EXPECT_TRUE(SameSamples({0.0F, 0.0F, 0.0F}, GetSamples(*Derive(*row, seamless).y)));
-      const auto column = MakeUniqueImage(1, 3, ColorMode::kValue, {level, 1.0F, 2.0F});
+      const auto column = MakeImage(1, 3, ColorMode::kValue, {level, 1.0F, 2.0F});
       EXPECT_TRUE(SameSamples({0.0F, 0.0F, 0.0F}, GetSamples(*Derive(*column, seamless).x)));
     }
   }
 }
 
 TEST(Gradient, OfTwoPixelsIsTheirDifferenceOrSeamlesslyNothing) {
-  const auto row = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, 4.0F});
+  const auto row = MakeImage(2, 1, ColorMode::kValue, {1.0F, 4.0F});
   EXPECT_TRUE(SameSamples({3.0F, 3.0F}, GetSamples(*Derive(*row, false).x)));
   EXPECT_TRUE(SameSamples({0.0F, 0.0F}, GetSamples(*Derive(*row, true).x)));
 }
 
 TEST(Gradient, DeclaresTheRangeOfItsFiniteSamples) {
   // Along x, open: 2, 1.5, infinity, NaN, -infinity, -3.
-  const auto row = MakeUniqueImage(7, 1, ColorMode::kValue, {1.0F, 3.0F, 4.0F, kInfinity, kInfinity, 5.0F, 2.0F});
+  const auto row = MakeImage(7, 1, ColorMode::kValue, {1.0F, 3.0F, 4.0F, kInfinity, kInfinity, 5.0F, 2.0F});
   const Derivatives result = Derive(*row, false);
   EXPECT_TRUE(SameSamples({2.0F, 1.5F, kInfinity, kInfinity, -kInfinity, -kInfinity, -3.0F}, GetSamples(*result.x)));
   EXPECT_EQ(result.x->GetValueLow(), -3.0F);
   EXPECT_EQ(result.x->GetValueHigh(), 2.0F);
   EXPECT_EQ(result.y->GetValueLow(), 0.0F);
   EXPECT_EQ(result.y->GetValueHigh(), 0.0F);
-  const Image nan(3, 3, ColorMode::kValue, &kNaN);
+  const Image nan(3, 3, ColorMode::kValue, &kNan);
   const Derivatives none = Derive(nan, true);
   EXPECT_EQ(none.x->GetValueLow(), 0.0F);
   EXPECT_EQ(none.x->GetValueHigh(), 0.0F);
@@ -109,7 +100,7 @@ TEST(Gradient, DeclaresTheRangeOfItsFiniteSamples) {
 }
 
 TEST(Gradient, KeepsTheRestOfTheHeaders) {
-  const auto source = MakeUniqueImage(2, 1, ColorMode::kValue, {0.0F, 1.0F});
+  const auto source = MakeImage(2, 1, ColorMode::kValue, {0.0F, 1.0F});
   Image x(2, 1, ColorMode::kValue, nullptr);
   Image y(2, 1, ColorMode::kValue, nullptr);
   x.SetPin(3, 4);
@@ -126,7 +117,7 @@ TEST(Gradient, IsWhatOnePlainLoopFindsOnEveryInstructionSetAndNumberOfThreads) {
   const int sizes[][2] = {{1, 1},    {2, 2},    {3, 1},    {1, 3},    {5, 7},     {7, 9},    {15, 3},
                           {16, 4},   {17, 4},   {31, 5},   {33, 2},   {64, 2},    {65, 3},   {2047, 3},
                           {2048, 2}, {2049, 2}, {2051, 3}, {4100, 2}, {300, 401}, {1, 5000}, {1499, 1409}};
-  const float strange[] = {kNaN, kInfinity, -kInfinity, kTiny, -kTiny, 0.0F, -0.0F, 3e38F, -3e38F};
+  const float strange[] = {kNan, kInfinity, -kInfinity, kSmallest, -kSmallest, 0.0F, -0.0F, 3e38F, -3e38F};
   std::mt19937 random(9);
   for (const auto& size : sizes) {
     const auto width = static_cast<std::size_t>(size[0]);
@@ -136,7 +127,7 @@ TEST(Gradient, IsWhatOnePlainLoopFindsOnEveryInstructionSetAndNumberOfThreads) {
       sample = static_cast<float>(static_cast<int>(random() % 2001) - 1000) * 0.37F;
       if (random() % 50 == 0) sample = strange[random() % std::size(strange)];
     }
-    const auto image = MakeUniqueImage(size[0], size[1], ColorMode::kValue, samples);
+    const auto image = MakeImage(size[0], size[1], ColorMode::kValue, samples);
     for (const bool seamless : {false, true}) {
       std::vector<float> expected_x(samples.size());
       std::vector<float> expected_y(samples.size());
@@ -194,3 +185,4 @@ TEST(Gradient, RefusesImagesThatDoNotFit) {
 }
 
 }  // namespace
+}  // namespace Testing

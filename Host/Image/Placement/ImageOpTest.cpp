@@ -8,12 +8,10 @@
 
 #include "Tests/Support/HostTesting.h"
 
+namespace Testing {
 namespace {
 
 using ScEng::Box2I;
-using Testing::GetSamples;
-using Testing::SameSamples;
-using Testing::ThreadsScope;
 
 constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max();
 
@@ -93,3 +91,4 @@ TEST(FillBox, FillsLargeBoxesWithAnyNumberOfThreads) {
 }
 
 }  // namespace
+}  // namespace Testing

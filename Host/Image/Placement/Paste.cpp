@@ -2,41 +2,29 @@
 #include "Host/Image/Paste.h"
 
 #include <algorithm>
-#include <array>
-#include <limits>
 #include <memory>
-#include <new>
-#include <stdexcept>
 
+#include "Host/Image/Oversize.h"
+#include "Host/Image/Placement.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace {
 
 using ScEng::Box2I;
 
-bool FitsPin(std::int64_t position) {
-  return position >= std::numeric_limits<int>::min() && position <= std::numeric_limits<int>::max();
-}
-
 bool IsPossible(const Box2I& box, int color_mode) {
-  return color_mode >= 0 && ColorMode::GetNumChannels(static_cast<unsigned>(color_mode)) > 0 && FitsPin(box.left) &&
-         FitsPin(box.top) && box.right >= box.left && box.bottom >= box.top &&
-         box.right <= box.left + Image::GetMaxSizeX() && box.bottom <= box.top + Image::GetMaxSizeY();
+  return color_mode >= 0 && ColorMode::GetNumChannels(static_cast<unsigned>(color_mode)) > 0 && box.right >= box.left &&
+         box.bottom >= box.top && box.right <= box.left + Image::GetMaxSizeX() &&
+         box.bottom <= box.top + Image::GetMaxSizeY();
 }
 
+/// The result without samples, or null when it cannot be made.
 std::unique_ptr<Image> MakeOutput(const Image& image, const Box2I& box, unsigned color_mode) {
-  ImageHeader header = ImageHeader::Fresh(static_cast<int>(box.Width()), static_cast<int>(box.Height()), color_mode);
-  header.pin_x = static_cast<int>(box.left);
-  header.pin_y = static_cast<int>(box.top);
+  ImageHeader header = ScEng::PlaceAtCorner(box, color_mode);
+  if (header.GetBox() != box) return nullptr;
   header.value_low = image.GetValueLow();
   header.value_high = image.GetValueHigh();
-  try {
-    return std::make_unique<Image>(header, nullptr);
-  } catch (const std::length_error&) {
-    return nullptr;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return std::unique_ptr<Image>(ScEng::NullIfOversize([&] { return new Image(header, nullptr); }));
 }
 
 std::unique_ptr<Image> MakePasted(const Image* image, const Box2I& box, int color_mode, float outside) {

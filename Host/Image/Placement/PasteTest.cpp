@@ -9,24 +9,20 @@
 
 #include "Tests/Support/HostTesting.h"
 
+namespace Testing {
 namespace {
 
 using ScEng::Box2I;
-using Testing::GetSamples;
-using Testing::MakeUniqueImage;
-using Testing::MaxSizeScope;
-using Testing::SameSamples;
-using Testing::ThreadsScope;
 
 constexpr int kValueMode = static_cast<int>(ColorMode::kValue);
 
-std::unique_ptr<Image> Cut(const Image& image, const Box2I& box, unsigned mode) {
-  return std::unique_ptr<Image>(Paste(&image, box, static_cast<int>(mode)));
+ImagePtr Cut(const Image& image, const Box2I& box, unsigned mode) {
+  return ImagePtr(Paste(&image, box, static_cast<int>(mode)));
 }
 
 /// 2 x 2 values that cover 10 to 12 and 20 to 22.
-std::unique_ptr<Image> MakeSmall() {
-  auto image = MakeUniqueImage(2, 2, ColorMode::kValue, {1.0F, 2.0F, 3.0F, 4.0F});
+ImagePtr MakeSmall() {
+  auto image = MakeImage(2, 2, ColorMode::kValue, {1.0F, 2.0F, 3.0F, 4.0F});
   image->SetPin(11, 22);
   image->SetPivot(0.5F, 1.0F);
   image->SetValueLowHigh(-2.0F, 8.0F);
@@ -68,11 +64,11 @@ TEST(Paste, LiesWhereTheBoxIs) {
   EXPECT_EQ(result->GetValueLow(), -2.0F);
   EXPECT_EQ(result->GetValueHigh(), 8.0F);
   EXPECT_EQ(result->GetOutsideValue(), 0.5F);
-  EXPECT_EQ(result->GetRefCount(), 0U);
+  EXPECT_EQ(result->GetRefCount(), 1U) << "the reference of this test";
 }
 
 TEST(Paste, ConvertsToTheModeThatIsAskedFor) {
-  const auto color = MakeUniqueImage(1, 1, ColorMode::kColor, {1.0F, 3.0F, 2.0F, 0.5F});
+  const auto color = MakeImage(1, 1, ColorMode::kColor, {1.0F, 3.0F, 2.0F, 0.5F});
   color->SetOutsideValue(-1.0F);
   const Box2I box{0, 0, 2, 1};
   EXPECT_TRUE(SameSamples({1.0F, 3.0F, 2.0F, 0.5F, -1.0F, -1.0F, -1.0F, -1.0F},
@@ -95,14 +91,14 @@ TEST(Paste, AnswersNullForWhatCannotBe) {
   constexpr std::int64_t kFar = std::int64_t{1} << 40;
   EXPECT_EQ(Paste(nullptr, Box2I{0, 0, 1, 1}, kValueMode), nullptr);
   EXPECT_EQ(PasteMask(nullptr, Box2I{0, 0, 1, 1}, 0.0F), nullptr);
-  EXPECT_EQ(Paste(image.get(), Box2I{0, 0, 1, 1}, 4), nullptr);
-  EXPECT_EQ(Paste(image.get(), Box2I{0, 0, 1, 1}, -1), nullptr);
-  EXPECT_EQ(Paste(image.get(), Box2I{1, 0, 0, 1}, kValueMode), nullptr);
-  EXPECT_EQ(Paste(image.get(), Box2I{0, 1, 1, 0}, kValueMode), nullptr);
-  EXPECT_EQ(Paste(image.get(), Box2I{kFar, 0, kFar + 1, 1}, kValueMode), nullptr);
-  EXPECT_EQ(Paste(image.get(), Box2I{0, -kFar, 1, -kFar + 1}, kValueMode), nullptr);
+  EXPECT_EQ(Paste(image.Get(), Box2I{0, 0, 1, 1}, 4), nullptr);
+  EXPECT_EQ(Paste(image.Get(), Box2I{0, 0, 1, 1}, -1), nullptr);
+  EXPECT_EQ(Paste(image.Get(), Box2I{1, 0, 0, 1}, kValueMode), nullptr);
+  EXPECT_EQ(Paste(image.Get(), Box2I{0, 1, 1, 0}, kValueMode), nullptr);
+  EXPECT_EQ(Paste(image.Get(), Box2I{kFar, 0, kFar + 1, 1}, kValueMode), nullptr);
+  EXPECT_EQ(Paste(image.Get(), Box2I{0, -kFar, 1, -kFar + 1}, kValueMode), nullptr);
   constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
-  EXPECT_EQ(Paste(image.get(), Box2I{-kMost, -kMost, kMost, kMost}, kValueMode), nullptr);
+  EXPECT_EQ(Paste(image.Get(), Box2I{-kMost, -kMost, kMost, kMost}, kValueMode), nullptr);
 }
 
 TEST(Paste, AnswersNullBeyondTheLargestImageSize) {
@@ -111,23 +107,23 @@ TEST(Paste, AnswersNullBeyondTheLargestImageSize) {
   EXPECT_NE(Cut(*image, Box2I{0, 0, 5, 4}, ColorMode::kValue), nullptr);
   EXPECT_EQ(Cut(*image, Box2I{0, 0, 6, 4}, ColorMode::kValue), nullptr);
   EXPECT_EQ(Cut(*image, Box2I{0, 0, 5, 5}, ColorMode::kValue), nullptr);
-  EXPECT_EQ(PasteMask(image.get(), Box2I{0, 0, 6, 1}, 0.0F), nullptr);
+  EXPECT_EQ(PasteMask(image.Get(), Box2I{0, 0, 6, 1}, 0.0F), nullptr);
 }
 
 TEST(PasteMask, TakesTheValueAndAnOutsideOfItsOwn) {
-  const auto color = MakeUniqueImage(1, 1, ColorMode::kColor, {1.0F, 3.0F, 2.0F, 0.5F});
+  const auto color = MakeImage(1, 1, ColorMode::kColor, {1.0F, 3.0F, 2.0F, 0.5F});
   color->SetOutsideValue(-1.0F);
   color->SetValueLowHigh(4.0F, 5.0F);
-  const std::unique_ptr<Image> mask(PasteMask(color.get(), Box2I{-1, 0, 1, 1}, 0.75F));
+  const ImagePtr mask(PasteMask(color.Get(), Box2I{-1, 0, 1, 1}, 0.75F));
   EXPECT_TRUE(SameSamples({0.75F, 1.0F}, GetSamples(*mask)));
   EXPECT_EQ(mask->GetColorMode(), ColorMode::kValue);
   EXPECT_EQ(mask->GetValueLow(), 0.0F);
   EXPECT_EQ(mask->GetValueHigh(), 1.0F);
   EXPECT_EQ(mask->GetOutsideValue(), 0.75F);
   EXPECT_EQ(mask->GetBox(), (Box2I{-1, 0, 1, 1}));
-  EXPECT_EQ(mask->GetRefCount(), 0U);
-  const auto normal = MakeUniqueImage(1, 1, ColorMode::kSigned, {1.0F, 2.0F, 3.0F, 4.0F});
-  EXPECT_TRUE(SameSamples({3.0F}, GetSamples(*std::unique_ptr<Image>(PasteMask(normal.get(), {0, 0, 1, 1}, 0.0F)))));
+  EXPECT_EQ(mask->GetRefCount(), 1U) << "the reference of this test";
+  const auto normal = MakeImage(1, 1, ColorMode::kSigned, {1.0F, 2.0F, 3.0F, 4.0F});
+  EXPECT_TRUE(SameSamples({3.0F}, GetSamples(*ImagePtr(PasteMask(normal.Get(), {0, 0, 1, 1}, 0.0F)))));
 }
 
 TEST(Paste, GivesTheSameWithAnyNumberOfThreads) {
@@ -150,3 +146,4 @@ TEST(Paste, GivesTheSameWithAnyNumberOfThreads) {
 }
 
 }  // namespace
+}  // namespace Testing

@@ -8,12 +8,11 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <mutex>
 #include <optional>
 
 #include "Host/Image/Regions/EllipseChords.h"
 #include "Host/Image/Regions/RegionPlane.h"
-#include "Host/Util/ParallelRows.h"
+#include "Host/Util/ParallelReduce.h"
 
 namespace {
 
@@ -79,20 +78,25 @@ class FewSamples {
 
 /// The samples of a plane where there are no more than two different ones. Ends at the third.
 std::optional<FewSamples> FindFewSamples(const RegionPlane& plane) {
-  FewSamples all;
-  std::atomic<bool> too_many = false;
-  std::mutex mutex;
-  constexpr std::size_t kGrainRows = 16;
-  ScEng::ParallelRows(static_cast<std::size_t>(plane.height), kGrainRows, [&](std::size_t from, std::size_t to) {
-    FewSamples few;
-    for (std::size_t y = from; y < to && !too_many; ++y) {
-      if (!few.Add(plane.Row(static_cast<int>(y)), plane.pixel_stride, plane.width)) too_many = true;
+  /// What a range of rows holds; nothing once there are too many.
+  struct Found {
+    std::optional<FewSamples> few = FewSamples();
+
+    void Include(const Found& other) {
+      if (!few || !other.few || !few->Add(*other.few)) few.reset();
     }
-    const std::lock_guard lock(mutex);
-    if (!all.Add(few)) too_many = true;
-  });
-  if (too_many) return std::nullopt;
-  return all;
+  };
+  std::atomic<bool> too_many = false;
+  constexpr std::size_t kGrainRows = 16;
+  const auto look_through = [&](std::size_t from, std::size_t to) {
+    Found found;
+    for (std::size_t y = from; y < to && !too_many; ++y) {
+      if (!found.few->Add(plane.Row(static_cast<int>(y)), plane.pixel_stride, plane.width)) too_many = true;
+    }
+    if (too_many) found.few.reset();
+    return found;
+  };
+  return ScEng::ParallelReduce<Found>(static_cast<std::size_t>(plane.height), kGrainRows, look_through).few;
 }
 
 void ReplacePlane(const RegionPlane& plane, const RegionStep& step) {

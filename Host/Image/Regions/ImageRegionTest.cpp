@@ -17,20 +17,8 @@
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/InstructionSets.h"
 
+namespace Testing {
 namespace {
-
-using Testing::GetSamples;
-using Testing::MakeUniqueImage;
-using Testing::OnEveryInstructionSet;
-using Testing::SameSamples;
-using Testing::ThreadsScope;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kTiny = std::numeric_limits<float>::denorm_min();
-constexpr float kHuge = std::numeric_limits<float>::max();
-
-using ImagePtr = std::unique_ptr<Image>;
 
 enum class Way { kGrow, kShrink };
 
@@ -101,7 +89,7 @@ std::vector<float> Expected(const std::vector<float>& samples, int width, int he
   std::vector<float> result;
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
-      float chosen = kNaN;
+      float chosen = kNan;
       for (const auto& [i, j] : offsets) {
         int from_x = x + i;
         int from_y = y + j;
@@ -126,7 +114,8 @@ constexpr Kind kKinds[] = {Kind::kGray,  Kind::kStrange, Kind::kMostlyNaN,  Kind
                            Kind::kZeros, Kind::kNaNMask, Kind::kInfinities, Kind::kFlat};
 
 std::vector<float> MakeSamples(std::size_t count, Kind kind, std::mt19937& random) {
-  static const float kStrange[] = {kNaN, -kNaN, kInfinity, -kInfinity, 0.0F, -0.0F, kTiny, -kTiny, kHuge, -kHuge};
+  static const float kStrange[] = {kNan,  -kNan,     kInfinity,  -kInfinity, 0.0F,
+                                   -0.0F, kSmallest, -kSmallest, kLargest,   -kLargest};
   const auto two = [&](unsigned one_in, float rare, float common) { return random() % one_in == 0 ? rare : common; };
   std::vector<float> samples(count);
   for (float& sample : samples) {
@@ -134,11 +123,11 @@ std::vector<float> MakeSamples(std::size_t count, Kind kind, std::mt19937& rando
     switch (kind) {
       case Kind::kGray: sample = gray; break;
       case Kind::kStrange: sample = random() % 3 == 0 ? gray : kStrange[random() % std::size(kStrange)]; break;
-      case Kind::kMostlyNaN: sample = two(60, gray, kNaN); break;
+      case Kind::kMostlyNaN: sample = two(60, gray, kNan); break;
       case Kind::kSparseMask: sample = two(70, 1.0F, 0.0F); break;
       case Kind::kDenseMask: sample = two(3, 0.25F, 0.75F); break;
       case Kind::kZeros: sample = two(20, 0.0F, -0.0F); break;
-      case Kind::kNaNMask: sample = two(30, -3.0F, random() % 2 == 0 ? kNaN : -kNaN); break;
+      case Kind::kNaNMask: sample = two(30, -3.0F, random() % 2 == 0 ? kNan : -kNan); break;
       case Kind::kInfinities: sample = two(9, kInfinity, -kInfinity); break;
       case Kind::kFlat: sample = 0.5F; break;
     }
@@ -151,8 +140,8 @@ constexpr float kRadii[][2] = {{0.0F, 0.0F}, {1.0F, 1.0F},  {0.0F, 3.0F},  {4.0F
                                {3.3F, 9.7F}, {12.9F, 1.0F}, {0.99F, 2.5F}, {11.0F, 13.0F}};
 
 void ExpectDefinition(int width, int height, Kind kind, std::mt19937& random) {
-  const ImagePtr image = MakeUniqueImage(width, height, ColorMode::kValue,
-                                         MakeSamples(static_cast<std::size_t>(width * height), kind, random));
+  const ImagePtr image =
+      MakeImage(width, height, ColorMode::kValue, MakeSamples(static_cast<std::size_t>(width * height), kind, random));
   for (const auto& radii : kRadii) {
     for (const bool wrap : {false, true}) {
       for (const Way way : {Way::kGrow, Way::kShrink}) {
@@ -190,7 +179,7 @@ TEST(ImageRegion, GivesTheExtremeOfTheEllipseAcrossStripsAndBands) {
 TEST(ImageRegion, GivesTheSameBytesForAnyNumberOfThreads) {
   std::mt19937 random(23);
   for (const Kind kind : {Kind::kStrange, Kind::kSparseMask}) {
-    const ImagePtr image = MakeUniqueImage(700, 400, ColorMode::kValue, MakeSamples(280000, kind, random));
+    const ImagePtr image = MakeImage(700, 400, ColorMode::kValue, MakeSamples(280000, kind, random));
     for (const bool wrap : {false, true}) {
       const Settings settings{20.5F, 17.0F, wrap, Way::kShrink};
       std::vector<float> alone;
@@ -257,11 +246,11 @@ TEST(ImageRegion, HasTheShapesThatOneCanDraw) {
     EXPECT_EQ(OffsetsOf(0.0F, 2.0F, stray), (Offsets{{0, -2}, {0, -1}, {0, 0}, {0, 1}, {0, 2}}));
     EXPECT_EQ(OffsetsOf(1.9F, 0.5F, stray), (Offsets{{-1, 0}, {0, 0}, {1, 0}}));
     EXPECT_EQ(OffsetsOf(0.9F, 0.0F, stray), (Offsets{{0, 0}}));
-    EXPECT_EQ(OffsetsOf(kNaN, -7.0F, stray), (Offsets{{0, 0}}));
+    EXPECT_EQ(OffsetsOf(kNan, -7.0F, stray), (Offsets{{0, 0}}));
     EXPECT_EQ(OffsetsOf(0.0F, kInfinity, stray).size(), 61U);
     EXPECT_EQ(OffsetsOf(kInfinity, kInfinity, stray).size(), 61U * 61U);
     // Row 3 of an ellipse of height 3 is one pixel however wide the ellipse; the others are full.
-    EXPECT_EQ(OffsetsOf(kHuge, 3.0F, stray).size(), 5U * 61U + 2U);
+    EXPECT_EQ(OffsetsOf(kLargest, 3.0F, stray).size(), 5U * 61U + 2U);
   }
 }
 
@@ -271,7 +260,7 @@ TEST(ImageRegion, ReachesRoundATileMoreThanOnce) {
   samples[4 * 5 + 2] = 1.0F;
   for (const float third : {0.0F, 0.25F}) {
     samples[0] = third;
-    const ImagePtr image = MakeUniqueImage(5, 9, ColorMode::kValue, samples);
+    const ImagePtr image = MakeImage(5, 9, ColorMode::kValue, samples);
     const std::vector<float> tall = Applied(*image, {1.0F, 20.0F, true, Way::kGrow});
     for (std::size_t y = 0; y < 9; ++y) EXPECT_EQ(tall[y * 5 + 2], 1.0F);
     EXPECT_EQ(tall[4 * 5 + 1], 1.0F);
@@ -286,18 +275,18 @@ TEST(ImageRegion, ReachesRoundATileMoreThanOnce) {
 }
 
 TEST(ImageRegion, PassesNaNOver) {
-  const ImagePtr image = MakeUniqueImage(6, 1, ColorMode::kValue, {kNaN, 2.0F, kNaN, kNaN, kNaN, -1.0F});
-  EXPECT_TRUE(SameSamples({2.0F, 2.0F, 2.0F, kNaN, -1.0F, -1.0F}, Applied(*image, {1, 0, false, Way::kGrow})));
-  EXPECT_TRUE(SameSamples({-1.0F, 2.0F, 2.0F, kNaN, -1.0F, -1.0F}, Applied(*image, {1, 0, true, Way::kShrink})));
-  const ImagePtr nothing = MakeUniqueImage(3, 1, ColorMode::kValue, {kNaN, -kNaN, kNaN});
-  EXPECT_TRUE(SameSamples({kNaN, kNaN, kNaN}, Applied(*nothing, {5, 5, true, Way::kGrow})));
+  const ImagePtr image = MakeImage(6, 1, ColorMode::kValue, {kNan, 2.0F, kNan, kNan, kNan, -1.0F});
+  EXPECT_TRUE(SameSamples({2.0F, 2.0F, 2.0F, kNan, -1.0F, -1.0F}, Applied(*image, {1, 0, false, Way::kGrow})));
+  EXPECT_TRUE(SameSamples({-1.0F, 2.0F, 2.0F, kNan, -1.0F, -1.0F}, Applied(*image, {1, 0, true, Way::kShrink})));
+  const ImagePtr nothing = MakeImage(3, 1, ColorMode::kValue, {kNan, -kNan, kNan});
+  EXPECT_TRUE(SameSamples({kNan, kNan, kNan}, Applied(*nothing, {5, 5, true, Way::kGrow})));
 }
 
 TEST(ImageRegion, TellsTheZerosApart) {
-  const ImagePtr image = MakeUniqueImage(4, 1, ColorMode::kValue, {-0.0F, 0.0F, -0.0F, -0.0F});
+  const ImagePtr image = MakeImage(4, 1, ColorMode::kValue, {-0.0F, 0.0F, -0.0F, -0.0F});
   EXPECT_TRUE(SameSamples({0.0F, 0.0F, 0.0F, -0.0F}, Applied(*image, {1, 1, false, Way::kGrow})));
   EXPECT_TRUE(SameSamples({-0.0F, -0.0F, -0.0F, -0.0F}, Applied(*image, {1, 1, false, Way::kShrink})));
-  const ImagePtr three = MakeUniqueImage(4, 1, ColorMode::kValue, {0.0F, -0.0F, -0.0F, -5.0F});
+  const ImagePtr three = MakeImage(4, 1, ColorMode::kValue, {0.0F, -0.0F, -0.0F, -5.0F});
   EXPECT_TRUE(SameSamples({0.0F, 0.0F, -0.0F, -0.0F}, Applied(*three, {1, 1, false, Way::kGrow})));
 }
 
@@ -328,7 +317,7 @@ TEST(ImageRegion, ReadsAndWritesItsBoxAndChannelsOnly) {
     for (unsigned mode = 0; mode < ColorMode::kCount; ++mode) {
       const int channels = ColorMode::GetNumChannels(mode);
       const ImagePtr image =
-          MakeUniqueImage(23, 14, mode, MakeSamples(static_cast<std::size_t>(23 * 14 * channels), kind, random));
+          MakeImage(23, 14, mode, MakeSamples(static_cast<std::size_t>(23 * 14 * channels), kind, random));
       for (int channel = -1; channel < channels; ++channel) {
         for (const bool wrap : {false, true}) {
           const Settings settings{3.0F, 2.5F, wrap, Way::kGrow};
@@ -351,7 +340,7 @@ TEST(ImageRegion, ReadsAndWritesItsBoxAndChannelsOnly) {
 
 TEST(ImageRegion, CutsItsBoxToTheImage) {
   std::mt19937 random(25);
-  const ImagePtr image = MakeUniqueImage(9, 7, ColorMode::kValue, MakeSamples(63, Kind::kGray, random));
+  const ImagePtr image = MakeImage(9, 7, ColorMode::kValue, MakeSamples(63, Kind::kGray, random));
   const Settings settings{2.0F, 2.0F, true, Way::kShrink};
   Image actual(*image);
   ImageRegion region;
@@ -362,13 +351,13 @@ TEST(ImageRegion, CutsItsBoxToTheImage) {
 
 TEST(ImageRegion, DoesNothingWhereThereIsNothingToDo) {
   std::mt19937 random(26);
-  const ImagePtr image = MakeUniqueImage(5, 4, ColorMode::kColor, MakeSamples(80, Kind::kGray, random));
+  const ImagePtr image = MakeImage(5, 4, ColorMode::kColor, MakeSamples(80, Kind::kGray, random));
   const std::vector<float> before = GetSamples(*image);
   constexpr int kNothing[][5] = {{0, 0, 0, 4, -1},  {0, 0, 5, 0, -1}, {3, 0, 2, 4, -1}, {5, 0, 9, 4, -1},
                                  {-4, 0, 0, 4, -1}, {0, 0, 5, 4, 4},  {0, 0, 5, 4, -2}};
   for (const auto& box : kNothing) {
     ImageRegion region;
-    region.Init(image.get(), box[0], box[1], box[2], box[3], box[4]);
+    region.Init(image.Get(), box[0], box[1], box[2], box[3], box[4]);
     region.Grow(3.0F, 3.0F, true);
     region.Shrink(3.0F, 3.0F, false);
     EXPECT_TRUE(SameSamples(before, GetSamples(*image)));
@@ -382,7 +371,7 @@ TEST(ImageRegion, DoesNothingWhereThereIsNothingToDo) {
 }
 
 TEST(ImageRegion, KeepsTheHeaderAndForgetsTheMeasuredRange) {
-  const ImagePtr image = MakeUniqueImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 3.0F});
+  const ImagePtr image = MakeImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 3.0F});
   image->SetValueLowHigh(-2.0F, 6.0F);
   image->SetPin(4, 5);
   EXPECT_EQ(image->GetSampleRange().low, 1.0F);
@@ -394,7 +383,7 @@ TEST(ImageRegion, KeepsTheHeaderAndForgetsTheMeasuredRange) {
 }
 
 rc::Gen<float> AnySample() {
-  return rc::gen::oneOf(rc::gen::element(kNaN, kInfinity, -kInfinity, 0.0F, -0.0F, 1.0F),
+  return rc::gen::oneOf(rc::gen::element(kNan, kInfinity, -kInfinity, 0.0F, -0.0F, 1.0F),
                         rc::gen::map(rc::gen::inRange(-9, 10), [](int i) { return static_cast<float>(i) * 0.5F; }));
 }
 
@@ -403,8 +392,8 @@ ImagePtr AnyImage() {
   const int width = *rc::gen::inRange(1, 30);
   const int height = *rc::gen::inRange(1, 30);
   const auto sample = *rc::gen::arbitrary<bool>() ? AnySample() : rc::gen::element(0.0F, 0.0F, 0.0F, 1.0F);
-  return MakeUniqueImage(width, height, ColorMode::kValue,
-                         *rc::gen::container<std::vector<float>>(static_cast<std::size_t>(width * height), sample));
+  return MakeImage(width, height, ColorMode::kValue,
+                   *rc::gen::container<std::vector<float>>(static_cast<std::size_t>(width * height), sample));
 }
 
 float AnyRadius() { return static_cast<float>(*rc::gen::inRange(0, 1 << 20)) * 0x1p-16F; }
@@ -446,7 +435,7 @@ RC_GTEST_PROP(ImageRegion, ShrinksTheNegativeAsItGrowsTheImage, ()) {
   const ImagePtr image = AnyImage();
   Settings settings = AnySettings();
   const ImagePtr negative =
-      MakeUniqueImage(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, Negated(GetSamples(*image)));
+      MakeImage(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, Negated(GetSamples(*image)));
   settings.way = Way::kGrow;
   const std::vector<float> grown = Applied(*image, settings);
   settings.way = Way::kShrink;
@@ -471,9 +460,9 @@ RC_GTEST_PROP(ImageRegion, GivesAMaskWhatItGivesAGrayImage, ()) {
                                                          rc::gen::element(0.0F, 0.0F, 0.0F, 0.0F, 1.0F));
   Settings settings = AnySettings();
   settings.wrap = false;
-  const ImagePtr mask = MakeUniqueImage(width, height, ColorMode::kValue, samples);
+  const ImagePtr mask = MakeImage(width, height, ColorMode::kValue, samples);
   samples.insert(samples.end(), static_cast<std::size_t>(width) * 20, 0.5F);
-  const ImagePtr gray = MakeUniqueImage(width, height + 20, ColorMode::kValue, samples);
+  const ImagePtr gray = MakeImage(width, height + 20, ColorMode::kValue, samples);
   const std::vector<float> of_mask = Applied(*mask, settings);
   const std::vector<float> of_gray = Applied(*gray, settings);
   const int compared = std::max(height - static_cast<int>(settings.radius_y) - 1, 0) * width;
@@ -483,3 +472,4 @@ RC_GTEST_PROP(ImageRegion, GivesAMaskWhatItGivesAGrayImage, ()) {
 }
 
 }  // namespace
+}  // namespace Testing

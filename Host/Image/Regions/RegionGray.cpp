@@ -8,139 +8,29 @@
 // one that belongs to its distance. The work goes by strips of columns, narrow enough for all that a strip needs to
 // stay in the second cache level, and by a few input rows at once, so that an output row is fetched less often.
 
-#include "Host/Image/Regions/RegionPlane.h"
-
-#undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Host/Image/Regions/RegionGray.cpp"
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <limits>
-#include <type_traits>
+#include <vector>
 
+#include "Host/Image/Regions/RegionKeys.h"
+#include "Host/Image/Regions/RegionPlane.h"
 #include "Host/Image/Scratch.h"
+#include "Host/Math/Border.h"
 #include "Host/Util/ParallelRows.h"
 
-#ifndef HOST_IMAGE_REGION_GREY_CONSTANTS
-#define HOST_IMAGE_REGION_GREY_CONSTANTS
 namespace ScEng {
 namespace {
-
-/// Input rows that are taken in together.
-constexpr int kRowsAtOnce = 4;
-/// What holds of the length of every row of numbers here, so that vectors need no remainder (the longest is 64 of
-/// them).
-constexpr int kUnit = 64;
 
 /// What the rows of a strip may fill of the second cache level, and the bounds of its width: below, the margins and the
 /// calls cost more than the cache saves; above, there is nothing more to gain.
 constexpr std::size_t kCacheBytes = std::size_t{768} << 10;
-constexpr int kNarrowest = 2 * kUnit;
-constexpr int kWidest = 32 * kUnit;
-
-}  // namespace
-}  // namespace ScEng
-#endif
-
-HWY_BEFORE_NAMESPACE();
-namespace ScEng::HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
-
-// Not more than kUnit lanes, whatever the processor.
-using D = hn::CappedTag<RegionKey, 64>;
-
-/// Samples to keys and, in place of `count`, a whole number of vectors may be read from and written to.
-void ToKeys(const float* HWY_RESTRICT samples, std::size_t count, bool negate, RegionKey* HWY_RESTRICT keys) {
-  const D d;
-  const hn::RebindToFloat<D> d_float;
-  const auto turn = hn::Set(d, negate ? kNothing : 0);
-  const auto magnitude_bits = hn::Set(d, std::numeric_limits<RegionKey>::max());
-  const auto infinity = hn::Set(d, RegionKey{0x7F800000});
-  for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
-    const auto bits = hn::BitCast(d, hn::LoadU(d_float, samples + i));
-    const auto turned = hn::Xor(bits, turn);
-    // Negative floats grow with the number that their other bits are.
-    const auto key = hn::Xor(turned, hn::And(hn::BroadcastSignBit(turned), magnitude_bits));
-    const auto is_nan = hn::Gt(hn::And(bits, magnitude_bits), infinity);
-    hn::StoreU(hn::IfThenElse(is_nan, hn::Set(d, kNothing), key), d, keys + i);
-  }
-}
-
-void FromKeys(const RegionKey* HWY_RESTRICT keys, std::size_t count, bool negate, float* HWY_RESTRICT samples) {
-  const D d;
-  const hn::RebindToFloat<D> d_float;
-  const auto turn = hn::Set(d, negate ? kNothing : 0);
-  const auto magnitude_bits = hn::Set(d, std::numeric_limits<RegionKey>::max());
-  const auto nan = hn::Set(d, RegionKey{0x7FC00000});
-  for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
-    const auto key = hn::LoadU(d, keys + i);
-    const auto turned = hn::Xor(key, hn::And(hn::BroadcastSignBit(key), magnitude_bits));
-    const auto bits = hn::IfThenElse(hn::Eq(key, hn::Set(d, kNothing)), nan, hn::Xor(turned, turn));
-    hn::StoreU(hn::BitCast(d_float, bits), d_float, samples + i);
-  }
-}
-
-/// Makes a table over runs of `length` one over runs of twice that length, in place: entry x holds the largest key of a
-/// run that begins at x. Entries up to `count` are made from entries up to `count` + `length`.
-void DoubleRuns(RegionKey* keys, std::size_t count, std::size_t length) {
-  const D d;
-  for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
-    hn::StoreU(hn::Max(hn::LoadU(d, keys + x), hn::LoadU(d, keys + x + length)), d, keys + x);
-  }
-}
-
-/// The largest of two runs each, which overlap to one chord.
-void JoinRuns(const RegionKey* HWY_RESTRICT left, const RegionKey* HWY_RESTRICT right, std::size_t count,
-              RegionKey* HWY_RESTRICT to) {
-  const D d;
-  for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
-    hn::Store(hn::Max(hn::LoadU(d, left + x), hn::LoadU(d, right + x)), d, to + x);
-  }
-}
-
-/// Takes the keys of a few rows into `to`.
-void TakeIn(const RegionKey* const* rows, std::size_t count, RegionKey* HWY_RESTRICT to) {
-  static_assert(kRowsAtOnce == 4);
-  const D d;
-  const RegionKey* HWY_RESTRICT row0 = rows[0];
-  const RegionKey* HWY_RESTRICT row1 = rows[1];
-  const RegionKey* HWY_RESTRICT row2 = rows[2];
-  const RegionKey* HWY_RESTRICT row3 = rows[3];
-  for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
-    const auto upper = hn::Max(hn::Load(d, row0 + x), hn::Load(d, row1 + x));
-    const auto lower = hn::Max(hn::Load(d, row2 + x), hn::Load(d, row3 + x));
-    hn::Store(hn::Max(hn::Load(d, to + x), hn::Max(upper, lower)), d, to + x);
-  }
-}
-
-}  // namespace ScEng::HWY_NAMESPACE
-HWY_AFTER_NAMESPACE();
-
-#if HWY_ONCE
-namespace ScEng {
-namespace {
-
-HWY_EXPORT(ToKeys);
-HWY_EXPORT(FromKeys);
-HWY_EXPORT(DoubleRuns);
-HWY_EXPORT(JoinRuns);
-HWY_EXPORT(TakeIn);
-
-/// The functions for this processor, chosen once for an operation.
-struct Kernels {
-  std::decay_t<decltype(HWY_DYNAMIC_DISPATCH(ToKeys))> to_keys = HWY_DYNAMIC_DISPATCH(ToKeys);
-  std::decay_t<decltype(HWY_DYNAMIC_DISPATCH(FromKeys))> from_keys = HWY_DYNAMIC_DISPATCH(FromKeys);
-  std::decay_t<decltype(HWY_DYNAMIC_DISPATCH(DoubleRuns))> double_runs = HWY_DYNAMIC_DISPATCH(DoubleRuns);
-  std::decay_t<decltype(HWY_DYNAMIC_DISPATCH(JoinRuns))> join_runs = HWY_DYNAMIC_DISPATCH(JoinRuns);
-  std::decay_t<decltype(HWY_DYNAMIC_DISPATCH(TakeIn))> take_in = HWY_DYNAMIC_DISPATCH(TakeIn);
-};
+constexpr int kNarrowest = 2 * kKeyUnit;
+constexpr int kWidest = 32 * kKeyUnit;
 
 std::size_t Index(int i) { return static_cast<std::size_t>(i); }
 
-int RoundUp(int count) { return (count + kUnit - 1) / kUnit * kUnit; }
+int RoundUp(int count) { return (count + kKeyUnit - 1) / kKeyUnit * kKeyUnit; }
 
 void CopyStrided(const float* from, std::ptrdiff_t from_stride, float* to, std::ptrdiff_t to_stride, int count) {
   if (from_stride == 1 && to_stride == 1) {
@@ -171,7 +61,7 @@ struct Shape {
 
 /// A copy of the plane as keys.
 struct KeyPlane {
-  KeyPlane(const RegionPlane& plane, bool negate, const Kernels& kernels)
+  KeyPlane(const RegionPlane& plane, bool negate, const RegionKeyLoops& loops)
       : stride(Index(RoundUp(plane.width))), keys(stride * Index(plane.height)) {
     constexpr std::size_t kGrainRows = 16;
     ParallelRows(Index(plane.height), kGrainRows, [&](std::size_t from, std::size_t to) {
@@ -179,7 +69,7 @@ struct KeyPlane {
       for (std::size_t y = from; y < to; ++y) {
         const float* row = plane.Row(static_cast<int>(y));
         CopyStrided(row, plane.pixel_stride, padded.data(), 1, plane.width);
-        kernels.to_keys(padded.data(), stride, negate, keys.Get() + y * stride);
+        loops.to_keys(padded.data(), stride, negate, keys.Get() + y * stride);
       }
     });
   }
@@ -205,7 +95,7 @@ class Tiling {
   Tiling(const RegionPlane& plane, const Shape& shape) : width_(plane.width), height_(plane.height) {
     const std::size_t keys_per_column = kRowsAtOnce * shape.widths.size() + Index(2 * shape.reach_y + kRowsAtOnce);
     const int fitting = static_cast<int>(kCacheBytes / sizeof(RegionKey) / keys_per_column);
-    strip_ = std::min(RoundUp(plane.width), std::clamp(fitting / kUnit * kUnit, kNarrowest, kWidest));
+    strip_ = std::min(RoundUp(plane.width), std::clamp(fitting / kKeyUnit * kKeyUnit, kNarrowest, kWidest));
     strips_ = (width_ - 1) / strip_ + 1;
     const int wanted = static_cast<int>(4 * std::min<std::size_t>(GetNumThreads(), 256)) / strips_;
     const int most = height_ / (4 * shape.reach_y + 16);
@@ -235,15 +125,15 @@ class Tiling {
 class TileWorker {
  public:
   TileWorker(const KeyPlane& keys, const RegionPlane& plane, const RegionStep& step, const Shape& shape, int strip,
-             const Kernels& kernels)
+             const RegionKeyLoops& loops)
       : keys_(keys),
         plane_(plane),
         step_(step),
         shape_(shape),
-        kernels_(kernels),
+        loops_(loops),
         strip_(Index(strip)),
         ring_(std::min(2 * shape.reach_y + kRowsAtOnce, plane.height)),
-        runs_(strip_ + Index(2 * RoundUp(shape.reach_x) + 2 * kUnit)),
+        runs_(strip_ + Index(2 * RoundUp(shape.reach_x) + 2 * kKeyUnit)),
         chords_(strip_ * shape.widths.size() * kRowsAtOnce),
         results_(strip_ * Index(ring_)),
         samples_(strip_),
@@ -277,13 +167,13 @@ class TileWorker {
   /// Fills `runs_` with input row `y`, from the tile's left edge less the shape's reach on.
   void FetchRow(int y) {
     const int height = plane_.height;
-    const RegionKey* row = keys_.Row(((y % height) + height) % height);
+    const RegionKey* row = keys_.Row(WrapIndex(y, height));
     const int width = plane_.width;
     const int from = tile_.left - shape_.reach_x;
     const int count = static_cast<int>(strip_) + 2 * shape_.reach_x;
     RegionKey* to = runs_.Get();
     if (step_.wrap) {
-      int x = ((from % width) + width) % width;
+      int x = WrapIndex(from, width);
       for (int done = 0; done < count; x = 0) {
         const int piece = std::min(width - x, count - done);
         std::copy_n(row + x, piece, to + done);
@@ -307,11 +197,11 @@ class TileWorker {
       const int width = shape_.widths[i];
       const int chord = 2 * width + 1;
       while (2 * length <= chord) {
-        kernels_.double_runs(runs, strip_ + Index(2 * shape_.reach_x - 2 * length + 1), Index(length));
+        loops_.double_runs(runs, strip_ + Index(2 * shape_.reach_x - 2 * length + 1), Index(length));
         length *= 2;
       }
-      kernels_.join_runs(runs + shape_.reach_x - width, runs + shape_.reach_x + width + 1 - length, strip_,
-                         Chord(static_cast<std::ptrdiff_t>(i), place));
+      loops_.join_runs(runs + shape_.reach_x - width, runs + shape_.reach_x + width + 1 - length, strip_,
+                       Chord(static_cast<std::ptrdiff_t>(i), place));
     }
   }
 
@@ -343,12 +233,12 @@ class TileWorker {
     const std::vector<Sources> last = rows < kRowsAtOnce ? MakeSources(rows) : std::vector<Sources>();
     const Sources* const sources = rows < kRowsAtOnce ? last.data() : sources_.data();
     for (int result = from; result < to; ++result) {
-      kernels_.take_in(sources[result - uppermost].data(), strip_, Result(result));
+      loops_.take_in(sources[result - uppermost].data(), strip_, Result(result));
     }
   }
 
   void Finish(int y) {
-    kernels_.from_keys(Result(y), strip_, step_.extreme == Extreme::kSmallest, samples_.Get());
+    loops_.from_keys(Result(y), strip_, step_.extreme == Extreme::kSmallest, samples_.Get());
     float* to = plane_.Row(y) + tile_.left * plane_.pixel_stride;
     CopyStrided(samples_.Get(), 1, to, plane_.pixel_stride, tile_.right - tile_.left);
   }
@@ -357,7 +247,7 @@ class TileWorker {
   const RegionPlane& plane_;
   const RegionStep& step_;
   const Shape& shape_;
-  const Kernels& kernels_;
+  const RegionKeyLoops& loops_;
   std::size_t strip_;
   /// Rows of results that are being made at a time; row y of the plane is row y modulo this.
   int ring_;
@@ -373,15 +263,14 @@ class TileWorker {
 }  // namespace
 
 void ReplaceGray(const RegionPlane& plane, const RegionStep& step) {
-  const Kernels kernels;
+  const RegionKeyLoops loops;
   const Shape shape(step.chords);
-  const KeyPlane keys(plane, step.extreme == Extreme::kSmallest, kernels);
+  const KeyPlane keys(plane, step.extreme == Extreme::kSmallest, loops);
   const Tiling tiling(plane, shape);
   ParallelRows(tiling.GetCount(), 1, [&](std::size_t from, std::size_t to) {
-    TileWorker worker(keys, plane, step, shape, tiling.GetStripWidth(), kernels);
+    TileWorker worker(keys, plane, step, shape, tiling.GetStripWidth(), loops);
     for (std::size_t i = from; i < to; ++i) worker.Make(tiling.Get(i));
   });
 }
 
 }  // namespace ScEng
-#endif

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace ScEng {
@@ -30,11 +29,6 @@ struct RegionStep {
   bool wrap = false;
   Extreme extreme = Extreme::kLargest;
 };
-
-/// A sample as a whole number in the order of the samples, NaN as the least (`kNothing`) of all. -0.0 comes before
-/// +0.0. For the smallest sample the order is turned round, so that the largest number wins in either case.
-using RegionKey = std::int32_t;
-inline constexpr RegionKey kNothing = INT32_MIN;
 
 /// Of any plane, by the sample (`RegionGray.cpp`).
 void ReplaceGray(const RegionPlane& plane, const RegionStep& step);

@@ -5,13 +5,13 @@
 #include <array>
 #include <cstring>
 #include <memory>
-#include <mutex>
-#include <new>
-#include <stdexcept>
 #include <utility>
 
+#include "Host/Image/Oversize.h"
+#include "Host/Image/Placement.h"
+#include "Host/Image/Streaming.h"
 #include "Host/Image/Values/ValueOperationLoops.h"
-#include "Host/Util/ParallelRows.h"
+#include "Host/Util/ParallelReduce.h"
 
 namespace {
 
@@ -23,9 +23,6 @@ using ScEng::ValueOperationLoops;
 // written.
 constexpr std::size_t kBlockSamples = 2048;
 using Block = std::array<float, kBlockSamples>;
-
-// A result of this size is out of the caches before anybody reads it, so it is written past them.
-constexpr std::size_t kStreamedSamples = std::size_t{1} << 21;
 
 // The definition: one virtual call per sample. Every other loop must give the same bits.
 void ComputeOne(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
@@ -73,23 +70,12 @@ Layout MakeLayout(const std::vector<const Image*>& images) {
 
 /// The result without samples, or null when it cannot be made.
 std::unique_ptr<Image> MakeOutput(const Layout& layout, const Image& first) {
-  if (layout.box.Width() > Image::GetMaxSizeX() || layout.box.Height() > Image::GetMaxSizeY()) return nullptr;
-  ImageHeader header = first.GetImageHeader();
-  header.color_mode = layout.color_mode;
-  header.size_x = static_cast<int>(layout.box.Width());
-  header.size_y = static_cast<int>(layout.box.Height());
-  header.outside_value = 0.0F;
-  if (!layout.all_boxes_equal) {
-    header.pivot_x = static_cast<float>(header.pin_x - layout.box.left) / static_cast<float>(header.size_x);
-    header.pivot_y = static_cast<float>(header.pin_y - layout.box.top) / static_cast<float>(header.size_y);
+  ImageHeader header = ScEng::PlaceOver(layout.box, first, layout.color_mode);
+  if (layout.all_boxes_equal) {
+    header.pivot_x = first.GetPivotX();
+    header.pivot_y = first.GetPivotY();
   }
-  try {
-    return std::make_unique<Image>(header, nullptr);
-  } catch (const std::length_error&) {
-    return nullptr;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return std::unique_ptr<Image>(ScEng::NullIfOversize([&] { return new Image(header, nullptr); }));
 }
 
 /// Hands out the samples of one image for any run of the result's pixels, in the result's colour mode.
@@ -137,6 +123,11 @@ class Source {
 struct PassRanges {
   SampleRange input;
   SampleRange output;
+
+  void Include(const PassRanges& other) {
+    input.Include(other.input);
+    output.Include(other.output);
+  }
 };
 
 /// Runs the operation over every block of the result.
@@ -147,7 +138,7 @@ class Pass {
       : operation_(operation), loops_(loops), output_(output.GetArray()) {
     const auto channels = static_cast<std::size_t>(output.GetNumChannels());
     for (const Image* image : images) sources_.emplace_back(*image, layout);
-    streamed_ = output.GetNumSamples() >= kStreamedSamples;
+    streamed_ = ScEng::IsStreamed(output.GetNumSamples());
     channels_ = channels;
     width_ = static_cast<std::size_t>(output.GetSizeX());
     rows_ = static_cast<std::size_t>(output.GetSizeY());
@@ -166,15 +157,8 @@ class Pass {
 
   PassRanges Run() {
     constexpr std::size_t kGrainBlocks = 32;
-    PassRanges total;
-    std::mutex mutex;
-    ScEng::ParallelRows(rows_ * blocks_per_row_, kGrainBlocks, [&](std::size_t from, std::size_t to) {
-      const PassRanges part = RunBlocks(from, to);
-      const std::lock_guard lock(mutex);
-      total.input.Include(part.input);
-      total.output.Include(part.output);
-    });
-    return total;
+    return ScEng::ParallelReduce<PassRanges>(rows_ * blocks_per_row_, kGrainBlocks,
+                                             [&](std::size_t from, std::size_t to) { return RunBlocks(from, to); });
   }
 
  private:

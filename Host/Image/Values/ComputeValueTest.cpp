@@ -18,18 +18,10 @@
 
 #include "Tests/Support/HostTesting.h"
 
+namespace Testing {
 namespace {
 
 using ScEng::RefPtr;
-using Testing::AreSame;
-using Testing::GetSamples;
-using Testing::MakeUniqueImage;
-using Testing::MaxSizeScope;
-using Testing::SameSamples;
-using Testing::ThreadsScope;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 // ---- Operations ----
 
@@ -250,9 +242,9 @@ void CheckOne(const std::vector<const Image*>& images) {
 }
 
 /// With an operation that the host has never seen and with both kinds of loops.
-void Check(const std::vector<std::unique_ptr<Image>>& images) {
+void Check(const std::vector<ImagePtr>& images) {
   std::vector<const Image*> list;
-  for (const auto& image : images) list.push_back(image.get());
+  for (const auto& image : images) list.push_back(image.Get());
   {
     SCOPED_TRACE("unknown operation");
     CheckOne<UnknownOperation>(list);
@@ -268,13 +260,13 @@ void Check(const std::vector<std::unique_ptr<Image>>& images) {
 }
 
 /// Samples in steps of 1/8, so that no rounding hides a mistake, and where asked NaN and infinities among them.
-std::unique_ptr<Image> MakeRandom(int size_x, int size_y, unsigned mode, std::mt19937& random, bool strange = false) {
-  auto image = std::make_unique<Image>(size_x, size_y, mode, nullptr);
+ImagePtr MakeRandom(int size_x, int size_y, unsigned mode, std::mt19937& random, bool strange = false) {
+  auto image = ScEng::MakeRef<Image>(size_x, size_y, mode, nullptr);
   float* samples = image->GetArray();
   for (std::size_t i = 0; i < image->GetNumSamples(); ++i) {
     samples[i] = static_cast<float>(static_cast<int>(random() % 257) - 128) * 0.125F;
     if (strange && random() % 11 == 0) {
-      const float kStrange[] = {kNaN, kInfinity, -kInfinity, -0.0F, 1e-42F};
+      const float kStrange[] = {kNan, kInfinity, -kInfinity, -0.0F, 1e-42F};
       samples[i] = kStrange[random() % std::size(kStrange)];
     }
   }
@@ -296,7 +288,7 @@ TEST(ComputeValueReference, OneImage) {
     for (const unsigned mode : {0U, 1U, 2U, 3U}) {
       for (const bool strange : {false, true}) {
         SCOPED_TRACE(std::to_string(size.x) + " x " + std::to_string(size.y) + ", mode " + std::to_string(mode));
-        std::vector<std::unique_ptr<Image>> images;
+        std::vector<ImagePtr> images;
         images.push_back(MakeRandom(size.x, size.y, mode, random, strange));
         images[0]->SetPin(5, -6);
         images[0]->SetPivot(0.3F, 0.7F);
@@ -312,7 +304,7 @@ TEST(ComputeValueReference, EqualBoxes) {
     for (const unsigned mode : {0U, 1U, 2U, 3U}) {
       for (const std::size_t count : {2U, 3U, 4U}) {
         SCOPED_TRACE(std::to_string(size.x) + " x " + std::to_string(size.y) + ", mode " + std::to_string(mode));
-        std::vector<std::unique_ptr<Image>> images;
+        std::vector<ImagePtr> images;
         for (std::size_t i = 0; i < count; ++i) {
           images.push_back(MakeRandom(size.x, size.y, mode, random, true));
           images.back()->SetPin(-9, 4);
@@ -325,7 +317,7 @@ TEST(ComputeValueReference, EqualBoxes) {
 
 TEST(ComputeValueReference, EqualBoxesFromDifferentPins) {
   std::mt19937 random(3);
-  std::vector<std::unique_ptr<Image>> images;
+  std::vector<ImagePtr> images;
   images.push_back(MakeRandom(10, 6, 2, random));
   images.push_back(MakeRandom(10, 6, 2, random));
   images[0]->SetPin(4, 3);
@@ -340,7 +332,7 @@ TEST(ComputeValueReference, MixedModesOfEqualBoxes) {
     for (const unsigned second : {0U, 1U, 2U, 3U}) {
       for (const unsigned third : {0U, 2U}) {
         SCOPED_TRACE(std::to_string(first) + std::to_string(second) + std::to_string(third));
-        std::vector<std::unique_ptr<Image>> images;
+        std::vector<ImagePtr> images;
         for (const unsigned mode : {first, second, third}) images.push_back(MakeRandom(53, 47, mode, random, true));
         Check(images);
       }
@@ -352,7 +344,7 @@ TEST(ComputeValueReference, DifferentSizesPinsAndPivots) {
   std::mt19937 random(5);
   for (int round = 0; round < 60; ++round) {
     SCOPED_TRACE("round " + std::to_string(round));
-    std::vector<std::unique_ptr<Image>> images;
+    std::vector<ImagePtr> images;
     const std::size_t count = 2 + random() % 3;
     const bool mixed = random() % 2 == 0;
     const auto mode = static_cast<unsigned>(random() % 4);
@@ -371,7 +363,7 @@ TEST(ComputeValueReference, DifferentSizesPinsAndPivots) {
 TEST(ComputeValueReference, DisjointBoxes) {
   std::mt19937 random(6);
   for (const unsigned mode : {0U, 2U, 3U}) {
-    std::vector<std::unique_ptr<Image>> images;
+    std::vector<ImagePtr> images;
     images.push_back(MakeRandom(9, 5, mode, random, true));
     images.push_back(MakeRandom(4, 7, mode, random));
     images.push_back(MakeRandom(2, 2, 2, random));
@@ -384,7 +376,7 @@ TEST(ComputeValueReference, DisjointBoxes) {
 TEST(ComputeValueReference, WideRowsAreTakenInPieces) {
   std::mt19937 random(7);
   for (const unsigned mode : {0U, 2U, 3U}) {
-    std::vector<std::unique_ptr<Image>> images;
+    std::vector<ImagePtr> images;
     images.push_back(MakeRandom(5003, 3, mode, random, true));
     images.push_back(MakeRandom(2999, 4, mode, random));
     images[1]->SetPin(1777, -2);
@@ -396,7 +388,7 @@ TEST(ComputeValueReference, WideRowsAreTakenInPieces) {
 TEST(ComputeValueReference, LargeOneImage) {
   std::mt19937 random(8);
   for (const auto& [size, mode] : {std::pair{Size{2048, 1024}, 2U}, {Size{1449, 1451}, 2U}, {Size{733, 719}, 0U}}) {
-    std::vector<std::unique_ptr<Image>> images;
+    std::vector<ImagePtr> images;
     images.push_back(MakeRandom(size.x, size.y, mode, random, mode == 0));
     Check(images);
   }
@@ -405,7 +397,7 @@ TEST(ComputeValueReference, LargeOneImage) {
 TEST(ComputeValueReference, LargeEqualBoxes) {
   std::mt19937 random(9);
   for (const std::size_t count : {2U, 3U}) {
-    std::vector<std::unique_ptr<Image>> images;
+    std::vector<ImagePtr> images;
     for (std::size_t i = 0; i < count; ++i) images.push_back(MakeRandom(1451, 1447, 2, random, i == 1));
     Check(images);
   }
@@ -413,7 +405,7 @@ TEST(ComputeValueReference, LargeEqualBoxes) {
 
 TEST(ComputeValueReference, LargeByRows) {
   std::mt19937 random(10);
-  std::vector<std::unique_ptr<Image>> images;
+  std::vector<ImagePtr> images;
   images.push_back(MakeRandom(1301, 1409, 2, random));
   images.push_back(MakeRandom(1201, 907, 2, random, true));
   images.push_back(MakeRandom(300, 300, 0, random));
@@ -425,7 +417,7 @@ TEST(ComputeValueReference, LargeByRows) {
 
 TEST(ComputeValueReference, OneSampleBelowTheLargeSize) {
   std::mt19937 random(11);
-  std::vector<std::unique_ptr<Image>> images;
+  std::vector<ImagePtr> images;
   images.push_back(MakeRandom(2097151 / 127, 127, 2, random));
   Check(images);
 }
@@ -433,25 +425,25 @@ TEST(ComputeValueReference, OneSampleBelowTheLargeSize) {
 // ---- By hand ----
 
 TEST(ComputeValue, FoldsFromTheLeft) {
-  const auto first = MakeUniqueImage(2, 1, ColorMode::kValue, {8.0F, 1.0F});
-  const auto second = MakeUniqueImage(2, 1, ColorMode::kValue, {2.0F, 3.0F});
-  const auto third = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, 5.0F});
+  const auto first = MakeImage(2, 1, ColorMode::kValue, {8.0F, 1.0F});
+  const auto second = MakeImage(2, 1, ColorMode::kValue, {2.0F, 3.0F});
+  const auto third = MakeImage(2, 1, ColorMode::kValue, {1.0F, 5.0F});
   UnknownOperation operation;
   // ((8 / 2 - 2) / 2 - 1) and ((1 / 2 - 3) / 2 - 5)
-  const RefPtr<Image> result(ComputeValue({first.get(), second.get(), third.get()}, &operation));
+  const RefPtr<Image> result(ComputeValue({first.Get(), second.Get(), third.Get()}, &operation));
   EXPECT_EQ(GetSamples(*result), (std::vector<float>{0.0F, -6.25F}));
   EXPECT_EQ(result->GetValueLow(), -6.25F);
   EXPECT_EQ(result->GetValueHigh(), 0.0F);
 }
 
 TEST(ComputeValue, MissingPixelsReadAsTheOutsideValueInEveryChannel) {
-  const auto first = MakeUniqueImage(1, 1, ColorMode::kPair, {10.0F, 20.0F});
-  const auto second = MakeUniqueImage(1, 1, ColorMode::kPair, {1.0F, 2.0F});
+  const auto first = MakeImage(1, 1, ColorMode::kPair, {10.0F, 20.0F});
+  const auto second = MakeImage(1, 1, ColorMode::kPair, {1.0F, 2.0F});
   first->SetOutsideValue(6.0F);
   second->SetOutsideValue(-4.0F);
   second->SetPin(1, 0);
   UnknownOperation operation;
-  const RefPtr<Image> result(ComputeValue({first.get(), second.get()}, &operation));
+  const RefPtr<Image> result(ComputeValue({first.Get(), second.Get()}, &operation));
   // Left pixel: 10 / 2 + 4, 20 / 2 + 4; right pixel: 6 / 2 - 1, 6 / 2 - 2.
   EXPECT_EQ(GetSamples(*result), (std::vector<float>{9.0F, 14.0F, 2.0F, 1.0F}));
   EXPECT_EQ(result->GetOutsideValue(), 7.0F);
@@ -490,10 +482,10 @@ TEST(ComputeValue, EqualBoxesKeepTheFirstImagesPlace) {
 
 template <class Operation>
 void ExpectFields(const std::vector<float>& samples, float min, float max) {
-  const auto image = MakeUniqueImage(static_cast<int>(samples.size()), 1, ColorMode::kValue, samples);
+  const auto image = MakeImage(static_cast<int>(samples.size()), 1, ColorMode::kValue, samples);
   for (int round = 0; round < 2; ++round) {
     Operation operation;
-    const RefPtr<Image> result(ComputeValue(image.get(), &operation));
+    const RefPtr<Image> result(ComputeValue(image.Get(), &operation));
     EXPECT_EQ(operation.min, min) << "round " << round;
     EXPECT_EQ(operation.max, max) << "round " << round;
   }
@@ -507,87 +499,87 @@ void ExpectFieldsOfAll(const std::vector<float>& samples, float min, float max) 
 
 TEST(ComputeValue, StoresTheLowestAndHighestSample) {
   ExpectFieldsOfAll({3.0F, -2.0F, 5.5F}, -2.0F, 5.5F);
-  ExpectFieldsOfAll({kNaN, 4.0F, kNaN}, 4.0F, 4.0F);
-  ExpectFieldsOfAll({kNaN, 4.0F, -kInfinity}, -kInfinity, 4.0F);
-  ExpectFieldsOfAll({kInfinity, kNaN, kInfinity}, kInfinity, kInfinity);
-  ExpectFieldsOfAll({kNaN, kNaN}, 0.0F, 1.0F);
+  ExpectFieldsOfAll({kNan, 4.0F, kNan}, 4.0F, 4.0F);
+  ExpectFieldsOfAll({kNan, 4.0F, -kInfinity}, -kInfinity, 4.0F);
+  ExpectFieldsOfAll({kInfinity, kNan, kInfinity}, kInfinity, kInfinity);
+  ExpectFieldsOfAll({kNan, kNan}, 0.0F, 1.0F);
   ExpectFieldsOfAll({}, 0.0F, 1.0F);
 }
 
 TEST(ComputeValue, StoresTheRangeBeforeThePass) {
-  const auto image = MakeUniqueImage(3, 1, ColorMode::kValue, {2.0F, 4.0F, 10.0F});
+  const auto image = MakeImage(3, 1, ColorMode::kValue, {2.0F, 4.0F, 10.0F});
   UnknownOperation operation;
-  const RefPtr<Image> result(ComputeValue(image.get(), &operation));
+  const RefPtr<Image> result(ComputeValue(image.Get(), &operation));
   // (v - 2) * 3 - 0.5 * 10
   EXPECT_EQ(GetSamples(*result), (std::vector<float>{-5.0F, 1.0F, 19.0F}));
 }
 
 TEST(ComputeValue, StoresANewRangeAfterTheSamplesChanged) {
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
   LoopedOperation operation;
-  RefPtr<Image>(ComputeValue(image.get(), &operation)).Reset();
+  RefPtr<Image>(ComputeValue(image.Get(), &operation)).Reset();
   EXPECT_EQ(operation.max, 2.0F);
   image->GetArray()[0] = 8.0F;
-  RefPtr<Image>(ComputeValue(image.get(), &operation)).Reset();
+  RefPtr<Image>(ComputeValue(image.Get(), &operation)).Reset();
   EXPECT_EQ(operation.min, 2.0F);
   EXPECT_EQ(operation.max, 8.0F);
 }
 
 TEST(ComputeValue, LeavesTheFieldsAloneForSeveralImages) {
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {5.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {5.0F});
   RangedOperation operation;
   operation.min = -7.0F;
   operation.max = 7.0F;
-  const RefPtr<Image> result(ComputeValue({image.get(), image.get()}, &operation));
+  const RefPtr<Image> result(ComputeValue({image.Get(), image.Get()}, &operation));
   EXPECT_EQ(operation.min, -7.0F);
   EXPECT_EQ(operation.max, 7.0F);
   EXPECT_EQ(GetSamples(*result), (std::vector<float>{3.75F}));
 }
 
 TEST(ComputeValue, LeavesItsInputsAlone) {
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, kNaN});
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {1.0F, kNan});
   image->SetOutsideValue(3.0F);
   image->SetValueLowHigh(-9.0F, 9.0F);
   UnknownOperation operation;
-  const RefPtr<Image> result(ComputeValue({image.get(), image.get()}, &operation));
-  EXPECT_EQ(image->GetRefCount(), 0U);
-  EXPECT_TRUE(SameSamples({1.0F, kNaN}, GetSamples(*image)));
+  const RefPtr<Image> result(ComputeValue({image.Get(), image.Get()}, &operation));
+  EXPECT_EQ(image->GetRefCount(), 1U) << "the reference of this test";
+  EXPECT_TRUE(SameSamples({1.0F, kNan}, GetSamples(*image)));
   EXPECT_EQ(image->GetOutsideValue(), 3.0F);
   EXPECT_EQ(image->GetValueLow(), -9.0F);
 }
 
 TEST(ComputeValue, RangeOfTheResultIsOfItsFiniteSamples) {
   LoopedOperation operation;
-  const auto some = MakeUniqueImage(4, 1, ColorMode::kValue, {kNaN, 4.0F, -kInfinity, -8.0F});
-  RefPtr<Image> result(ComputeValue(some.get(), &operation));
+  const auto some = MakeImage(4, 1, ColorMode::kValue, {kNan, 4.0F, -kInfinity, -8.0F});
+  RefPtr<Image> result(ComputeValue(some.Get(), &operation));
   EXPECT_EQ(result->GetValueLow(), -6.0F);
   EXPECT_EQ(result->GetValueHigh(), 3.0F);
-  const auto none = MakeUniqueImage(2, 1, ColorMode::kValue, {kNaN, kInfinity});
-  result.Reset(ComputeValue(none.get(), &operation));
+  const auto none = MakeImage(2, 1, ColorMode::kValue, {kNan, kInfinity});
+  result.Reset(ComputeValue(none.Get(), &operation));
   EXPECT_EQ(result->GetValueLow(), 0.0F);
   EXPECT_EQ(result->GetValueHigh(), 0.0F);
 }
 
 TEST(ComputeValue, OutsideValueOfOneImageIsZero) {
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {1.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {1.0F});
   image->SetOutsideValue(5.0F);
   LoopedOperation operation;
-  RefPtr<Image> result(ComputeValue(image.get(), &operation));
+  RefPtr<Image> result(ComputeValue(image.Get(), &operation));
   EXPECT_EQ(result->GetOutsideValue(), 0.0F);
-  result.Reset(ComputeValue(std::vector<const Image*>{image.get()}, &operation));
+  result.Reset(ComputeValue(std::vector<const Image*>{image.Get()}, &operation));
   EXPECT_EQ(result->GetOutsideValue(), 0.0F);
 }
 
 TEST(ComputeValue, AnswersNullWhereThereIsNothingToCompute) {
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {1.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {1.0F});
   UnknownOperation operation;
   const Image* const none = nullptr;
   EXPECT_EQ(ComputeValue(none, &operation), nullptr);
-  EXPECT_EQ(ComputeValue(image.get(), nullptr), nullptr);
+  EXPECT_EQ(ComputeValue(image.Get(), nullptr), nullptr);
   EXPECT_EQ(ComputeValue(std::vector<const Image*>{}, &operation), nullptr);
   EXPECT_EQ(ComputeValue(std::vector<const Image*>{none}, &operation), nullptr);
-  EXPECT_EQ(ComputeValue({image.get(), nullptr}, &operation), nullptr);
-  EXPECT_EQ(ComputeValue({image.get(), image.get()}, nullptr), nullptr);
+  EXPECT_EQ(ComputeValue({image.Get(), nullptr}, &operation), nullptr);
+  EXPECT_EQ(ComputeValue({image.Get(), image.Get()}, nullptr), nullptr);
 }
 
 TEST(ComputeValue, ComputesEmptyImages) {
@@ -602,8 +594,8 @@ TEST(ComputeValue, ComputesEmptyImages) {
   result.Reset(ComputeValue({&empty, &empty}, &operation));
   ASSERT_TRUE(result);
   EXPECT_EQ(result->GetNumSamples(), 0U);
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {1.0F, 3.0F});
-  result.Reset(ComputeValue({image.get(), &empty}, &operation));
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {1.0F, 3.0F});
+  result.Reset(ComputeValue({image.Get(), &empty}, &operation));
   ASSERT_TRUE(result);
   EXPECT_EQ(result->GetSizeX(), 2);
   EXPECT_EQ(result->GetSizeY(), 4);
@@ -668,14 +660,14 @@ TEST(ComputeValue, HandsAnExceptionOfTheOperationToTheCaller) {
 TEST(ComputeValue, RunsOnSeveralThreadsAtOnce) {
   std::mt19937 random(12);
   const auto image = MakeRandom(301, 203, 2, random);
-  const std::vector<float> expected = Compute({image.get(), image.get()}, UnknownOperation()).samples;
+  const std::vector<float> expected = Compute({image.Get(), image.Get()}, UnknownOperation()).samples;
   std::atomic<int> wrong = 0;
   std::vector<std::thread> threads;
   for (int thread = 0; thread < 6; ++thread) {
     threads.emplace_back([&] {
       for (int round = 0; round < 5; ++round) {
         UnknownOperation operation;
-        const RefPtr<Image> result(ComputeValue({image.get(), image.get()}, &operation));
+        const RefPtr<Image> result(ComputeValue({image.Get(), image.Get()}, &operation));
         if (!SameSamples(expected, GetSamples(*result))) ++wrong;
       }
     });
@@ -687,14 +679,14 @@ TEST(ComputeValue, RunsOnSeveralThreadsAtOnce) {
 // ---- Loops ----
 
 TEST(ValueOperationLoops, AreUsedInsteadOfTheVirtualForms) {
-  const auto image = MakeUniqueImage(2, 1, ColorMode::kValue, {4.0F, 8.0F});
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {4.0F, 8.0F});
   image->SetOutsideValue(0.0F);
   LoopedOperation operation;
   virtual_calls = 0;
-  RefPtr<Image> result(ComputeValue(image.get(), &operation));
+  RefPtr<Image> result(ComputeValue(image.Get(), &operation));
   EXPECT_EQ(GetSamples(*result), (std::vector<float>{3.0F, 6.0F}));
   EXPECT_EQ(virtual_calls, 0);
-  result.Reset(ComputeValue({image.get(), image.get()}, &operation));
+  result.Reset(ComputeValue({image.Get(), image.Get()}, &operation));
   EXPECT_EQ(GetSamples(*result), (std::vector<float>{3.0F, 6.0F}));
   // The fold of the outside values is a call of its own.
   EXPECT_LE(virtual_calls, 1);
@@ -703,9 +695,9 @@ TEST(ValueOperationLoops, AreUsedInsteadOfTheVirtualForms) {
 TEST(ValueOperationLoops, AreOfExactlyTheirClass) {
   EXPECT_TRUE(ScEng::HasValueOperationLoops(typeid(LoopedOperation)));
   EXPECT_FALSE(ScEng::HasValueOperationLoops(typeid(DerivedOperation)));
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {4.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {4.0F});
   DerivedOperation operation;
-  const RefPtr<Image> result(ComputeValue(image.get(), &operation));
+  const RefPtr<Image> result(ComputeValue(image.Get(), &operation));
   EXPECT_EQ(GetSamples(*result), (std::vector<float>{104.0F}));
 }
 
@@ -715,9 +707,9 @@ TEST(ValueOperationLoops, CanBeTakenBackAndReplaced) {
     float Compute(float first, float) override { return first; }
     float Compute(float value) override { return value + 1.0F; }
   };
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {4.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {4.0F});
   Local operation;
-  const auto compute = [&] { return GetSamples(*RefPtr<Image>(ComputeValue(image.get(), &operation)))[0]; };
+  const auto compute = [&] { return GetSamples(*RefPtr<Image>(ComputeValue(image.Get(), &operation)))[0]; };
   operation.a = 2.0F;
   EXPECT_EQ(compute(), 5.0F);
   ScEng::RegisterValueOperationLoops(typeid(Local), {RunRangedOne, RunTwo, true});
@@ -765,7 +757,7 @@ TEST(ValueOperationLoops, AreToldFromThoseOfANamesakeInAnotherLibrary) {
   const Twin two("TwinTwo.so");
   const Twin three("TwinThree.so");
   ASSERT_STREQ(two.Call<const char*>("GetTwinName"), three.Call<const char*>("GetTwinName"));
-  const auto image = MakeUniqueImage(1, 1, ColorMode::kValue, {5.0F});
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {5.0F});
 
   two.Call<void>("RegisterTwin");
   EXPECT_TRUE(two.Call<bool>("HasTwin"));
@@ -785,3 +777,4 @@ TEST(ValueOperationLoops, AreToldFromThoseOfANamesakeInAnotherLibrary) {
 }
 
 }  // namespace
+}  // namespace Testing

@@ -12,6 +12,8 @@
 
 #include <cstdint>
 
+#include "Host/Image/Values/Finite-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace ScEng::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
@@ -27,23 +29,18 @@ class FiniteAccumulator {
       : low0_(hn::Set(D(), std::numeric_limits<float>::infinity())),
         low1_(low0_),
         high0_(hn::Neg(low0_)),
-        high1_(high0_),
-        strange_(hn::Zero(D())) {}
+        high1_(high0_) {}
 
   HWY_INLINE void Include(V even, V odd) {
     low0_ = hn::Min(low0_, even);
     low1_ = hn::Min(low1_, odd);
     high0_ = hn::Max(high0_, even);
     high1_ = hn::Max(high1_, odd);
-    // x - x has no bit set for a finite x and is NaN for any other.
-    strange_ = hn::Or(strange_, hn::Or(hn::Sub(even, even), hn::Sub(odd, odd)));
+    test_.Include(even, odd);
   }
 
   /// Whether a sample was no finite number, so that the result says nothing.
-  [[nodiscard]] HWY_INLINE bool SawNonFinite() const {
-    const hn::RebindToUnsigned<D> bits;
-    return !hn::AllTrue(bits, hn::Eq(hn::BitCast(bits, strange_), hn::Zero(bits)));
-  }
+  [[nodiscard]] HWY_INLINE bool SawNonFinite() const { return test_.SawNonFinite(); }
 
   [[nodiscard]] HWY_INLINE SampleRange GetRange() const {
     const D d;
@@ -56,11 +53,11 @@ class FiniteAccumulator {
   V low1_;
   V high0_;
   V high1_;
-  V strange_;
+  FiniteTest<D> test_;
 };
 
 void IncludeOne(float sample, bool finite_only, SampleRange& range) {
-  const bool counted = finite_only ? sample - sample == 0.0F : sample == sample;
+  const bool counted = finite_only ? IsFinite(sample) : sample == sample;
   if (counted && sample < range.low) range.low = sample;
   if (counted && sample > range.high) range.high = sample;
 }

@@ -13,16 +13,10 @@
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/InstructionSets.h"
 
+namespace Testing {
 namespace {
 
 using ScEng::SampleRange;
-using Testing::AreSame;
-using Testing::OnEveryInstructionSet;
-
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kTiny = std::numeric_limits<float>::denorm_min();
-constexpr float kHuge = std::numeric_limits<float>::max();
 
 /// The definition, sample by sample.
 SampleRange Expected(const float* samples, std::size_t count, bool finite_only) {
@@ -48,7 +42,8 @@ bool SameRange(const SampleRange& a, const SampleRange& b) {
 enum class Kind { kPlain, kStrange, kMostlyStrange };
 
 std::vector<float> MakeSamples(std::size_t count, Kind kind, std::mt19937& random) {
-  static const float kStrange[] = {kNaN, -kNaN, kInfinity, -kInfinity, 0.0F, -0.0F, kTiny, -kTiny, kHuge, -kHuge};
+  static const float kStrange[] = {kNan,  -kNan,     kInfinity,  -kInfinity, 0.0F,
+                                   -0.0F, kSmallest, -kSmallest, kLargest,   -kLargest};
   std::vector<float> samples(count);
   const unsigned one_in = kind == Kind::kPlain ? 0 : kind == Kind::kStrange ? 7 : 1;
   for (float& sample : samples) {
@@ -79,7 +74,7 @@ TEST(MeasureRange, IsWhatOnePlainLoopFinds) {
 TEST(MeasureRange, FindsAStrangeSampleAtAnyPlaceOfALongRun) {
   OnEveryInstructionSet([] {
     for (const std::size_t count : {4095U, 4096U, 4097U, 8191U, 8192U, 8193U, 12300U}) {
-      for (const float strange : {kNaN, kInfinity, -kInfinity, -0.0F, -kTiny, kHuge}) {
+      for (const float strange : {kNan, kInfinity, -kInfinity, -0.0F, -kSmallest, kLargest}) {
         std::vector<float> samples(count, 0.0F);
         for (std::size_t place = 0; place < count; place += 331) {
           samples[place] = strange;
@@ -97,7 +92,7 @@ TEST(MeasureRange, FindsAStrangeSampleAtAnyPlaceOfALongRun) {
 
 TEST(MeasureRange, SaysPlainlyWhatItCounts) {
   OnEveryInstructionSet([] {
-    const std::vector<float> samples{kNaN, 2.0F, -kInfinity, 5.0F, kInfinity, -1.0F};
+    const std::vector<float> samples{kNan, 2.0F, -kInfinity, 5.0F, kInfinity, -1.0F};
     const SampleRange all = ScEng::MeasureRange(samples.data(), samples.size());
     EXPECT_EQ(all.low, -kInfinity);
     EXPECT_EQ(all.high, kInfinity);
@@ -107,7 +102,7 @@ TEST(MeasureRange, SaysPlainlyWhatItCounts) {
     const std::vector<float> none(33, kInfinity);
     EXPECT_TRUE(ScEng::MeasureFiniteRange(none.data(), none.size()).IsEmpty());
     EXPECT_FALSE(ScEng::MeasureRange(none.data(), none.size()).IsEmpty());
-    const std::vector<float> nan(33, kNaN);
+    const std::vector<float> nan(33, kNan);
     EXPECT_TRUE(ScEng::MeasureRange(nan.data(), nan.size()).IsEmpty());
     EXPECT_TRUE(ScEng::MeasureRange(nullptr, 0).IsEmpty());
     EXPECT_TRUE(ScEng::MeasureFiniteRange(nullptr, 0).IsEmpty());
@@ -117,11 +112,11 @@ TEST(MeasureRange, SaysPlainlyWhatItCounts) {
 TEST(MeasureRange, TellsDenormalsFromZero) {
   OnEveryInstructionSet([] {
     std::vector<float> samples(40, 0.0F);
-    samples[13] = kTiny;
-    samples[31] = -kTiny;
+    samples[13] = kSmallest;
+    samples[31] = -kSmallest;
     const SampleRange range = ScEng::MeasureFiniteRange(samples.data(), samples.size());
-    EXPECT_TRUE(AreSame(range.low, -kTiny));
-    EXPECT_TRUE(AreSame(range.high, kTiny));
+    EXPECT_TRUE(AreSame(range.low, -kSmallest));
+    EXPECT_TRUE(AreSame(range.high, kSmallest));
   });
 }
 
@@ -195,3 +190,4 @@ TEST(SampleRangeParts, JoinToTheWhole) {
 }
 
 }  // namespace
+}  // namespace Testing

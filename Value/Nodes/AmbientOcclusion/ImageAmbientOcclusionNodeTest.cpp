@@ -22,7 +22,7 @@ class AmbientOcclusionNode : public testing::Test {
   /// What the engine gives for the parameters that the node should have passed on.
   static std::vector<float> Expected(const Image& image, float radius, char border) {
     ScEng::Status status;
-    const std::unique_ptr<Image> result(GpuEngine::Get()->ExecuteAmbientOcclusion(&image, radius, border, status));
+    const ImagePtr result(GpuEngine::Get()->ExecuteAmbientOcclusion(&image, radius, border, status));
     EXPECT_EQ(status.GetMessage(), "");
     return result ? Testing::GetSamples(*result) : std::vector<float>();
   }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Clamp/Clamp.h"
 
+#include "Host/Image/Streaming.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Value/Nodes/Clamp/Clamp.cpp"
 #include <hwy/foreach_target.h>
@@ -79,7 +81,7 @@ struct Shaped {
 
 template <class Pixel, class Op>
 void Run(const float* samples, float* values, std::size_t pixels, Op op) {
-  loops::Transform<Pixel>(samples, values, pixels, PixelLoops::IsStreamed(pixels), op);
+  loops::Transform<Pixel>(samples, values, pixels, ScEng::IsStreamed(pixels), op);
 }
 
 template <class Pixel>

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Placement.h"
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Clamp/Clamp.h"
 
@@ -61,8 +62,7 @@ void ImageValueClampNode::Evaluate(unsigned, const std::vector<PlugValue>& input
 
   auto* output = new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr);
   output_.Set(output);
-  output->SetPin(image->GetPinX(), image->GetPinY());
-  output->SetPivot(image->GetPivotX(), image->GetPivotY());
+  ScEng::PlaceLike(*image, *output);
 
   const float* samples = image->GetConstArray();
   const auto stride = static_cast<std::size_t>(image->GetNumChannels());

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <type_traits>
 
+#include "Host/Image/Streaming.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Value/Nodes/Compare/Compare.cpp"
 #include <hwy/foreach_target.h>
@@ -254,7 +256,7 @@ void Apply(const Image& a, const Image& b, const Rounding& rounding, Relation re
     // Both are dense runs of the same positions: no row ends to stop at.
     const Span all_a{a.GetConstArray(), a.GetOutsideValue()};
     const Span all_b{b.GetConstArray(), b.GetOutsideValue()};
-    const bool streamed = PixelLoops::IsStreamed(width * height);
+    const bool streamed = ScEng::IsStreamed(width * height);
     HWY_DYNAMIC_DISPATCH(CompareAny)(all_a, all_b, rounding, channels, relation, results, width * height, streamed);
     return;
   }

@@ -2,10 +2,10 @@
 #include "Value/Nodes/Compare/ImageValueCompareNode.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Placement.h"
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Compare/Compare.h"
 
@@ -33,20 +33,6 @@ constexpr OutputRow kOutputs[] = {
     {"image_a_ge_b", "a >= b", Compare::Relation::kGreaterEqual},
     {"image_a_g_b", "a > b", Compare::Relation::kGreater},
 };
-
-/// A result over a box, pinned where image a is, its samples unset.
-Image* MakeUnion(const Image& a, const ScEng::Box2I& box) {
-  ImageHeader header = ImageHeader::Fresh(0, 0, ColorMode::kValue);
-  // Beyond the 32-bit range every size is beyond the maximum, which the constructor refuses.
-  constexpr std::int64_t kLargest = INT32_MAX;
-  header.size_x = static_cast<int>(std::min(box.Width(), kLargest));
-  header.size_y = static_cast<int>(std::min(box.Height(), kLargest));
-  header.pin_x = a.GetPinX();
-  header.pin_y = a.GetPinY();
-  header.pivot_x = static_cast<float>(a.GetPinX() - box.left) / static_cast<float>(header.size_x);
-  header.pivot_y = static_cast<float>(a.GetPinY() - box.top) / static_cast<float>(header.size_y);
-  return new Image(header, nullptr);
-}
 
 constexpr PlugRow kInputs[] = {ImagePlug("image_a"), ImagePlug("image_b")};
 
@@ -90,12 +76,11 @@ void ImageValueCompareNode::Evaluate(unsigned evaluation, const std::vector<Plug
     const Image& present = a != nullptr ? *a : *b;
     auto* output = new Image(present.GetSizeX(), present.GetSizeY(), ColorMode::kValue, &kZero);
     outputs_.Set(evaluation, output);
-    output->SetPin(present.GetPinX(), present.GetPinY());
-    output->SetPivot(present.GetPivotX(), present.GetPivotY());
+    ScEng::PlaceLike(present, *output);
     return;
   }
   const ScEng::Box2I box = ScEng::Union(a->GetBox(), b->GetBox());
-  Image* output = MakeUnion(*a, box);
+  auto* output = new Image(ScEng::PlaceOver(box, *a, ColorMode::kValue), nullptr);
   outputs_.Set(evaluation, output);
   if (a->GetColorMode() != b->GetColorMode()) {
     // Images of different colour modes do not compare.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Placement.h"
 #include "Host/NodeKit/NodeKit.h"
 #include "Host/Util/RefCounter.h"
 #include "Host/Util/Status.h"
@@ -40,8 +41,7 @@ void EvaluateNeighbors(Node& node, unsigned evaluation, const std::vector<PlugVa
   const Image* image = BeginEvaluation(node, evaluated, output);
   if (image == nullptr) return;
   const ScEng::RefPtr<Image> made(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
-  made->SetPin(image->GetPinX(), image->GetPinY());
-  made->SetPivot(image->GetPivotX(), image->GetPivotY());
+  ScEng::PlaceLike(*image, *made);
   ScEng::Status status;
   const NeighborRule rule = ReadNeighborRule(evaluated, *image, threshold, seamless);
   made->SetValueLowHigh(0.0F, compute(ViewPixels(*image), rule, made->GetArray(), status));

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Gradient/ImageComputeGradientNode.h"
 
-#include <memory>
 #include <optional>
-#include <utility>
 
 #include "Host/Image/Gradient.h"
 #include "Host/Image/Image.h"
@@ -12,8 +10,6 @@
 namespace {
 
 enum : std::size_t { kOutputX, kOutputY };
-
-using OutputImage = std::unique_ptr<Image>;
 
 constexpr AttributeRow kSeamless =
     FlagRow("seamless", true, "Treats the image as a tile: at the border the neighbour on the opposite side counts.");
@@ -48,21 +44,21 @@ void ImageComputeGradientNode::Evaluate(unsigned, const std::vector<PlugValue>& 
   const Image* image = evaluated.GetImage(0);
   if (image == nullptr) return;
   // Nothing is cached before both images are complete: where one of them cannot be made, neither is shown.
-  const auto cache = [this](OutputImage x, OutputImage y) {
-    outputs_.Set(kOutputX, x.release());
-    outputs_.Set(kOutputY, y.release());
+  const auto cache = [this](const ImagePtr& x, const ImagePtr& y) {
+    outputs_.Set(kOutputX, x.Get());
+    outputs_.Set(kOutputY, y.Get());
   };
   if (!IsEnabled()) {
     constexpr float kZero = 0.0F;
     ImageHeader header = image->GetImageHeader();
     header.color_mode = ColorMode::kValue;
-    cache(std::make_unique<Image>(header, &kZero), std::make_unique<Image>(header, &kZero));
+    cache(ScEng::MakeRef<Image>(header, &kZero), ScEng::MakeRef<Image>(header, &kZero));
     return;
   }
   std::optional<Image> converted;
   if (image->GetColorMode() != ColorMode::kValue) image = &converted.emplace(*image, ColorMode::kValue);
-  auto x = std::make_unique<Image>(image->GetImageHeader(), nullptr);
-  auto y = std::make_unique<Image>(image->GetImageHeader(), nullptr);
+  auto x = ScEng::MakeRef<Image>(image->GetImageHeader(), nullptr);
+  auto y = ScEng::MakeRef<Image>(image->GetImageHeader(), nullptr);
   ImageValue::Gradient(*image, *x, *y, evaluated.GetFlag(kSeamless));
-  cache(std::move(x), std::move(y));
+  cache(x, y);
 }

@@ -7,13 +7,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
-#include <memory>
 #include <string>
 #include <thread>
 
 #include "Host/Image/Filter.h"
 #include "Host/Image/ImageRegion.h"
 #include "Host/Image/Paste.h"
+#include "Host/Image/Placement.h"
 #include "Host/Math/Geometry.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/ThreadPool.h"
@@ -69,25 +69,14 @@ ScEng::Box2I GetGrownBox(const Image& image, std::int64_t by) {
   return {box.left - by, box.top - by, box.right + by, box.bottom + by};
 }
 
-/// A header in the value mode for an image that covers `box` and keeps the pin of the input.
-ImageHeader MakeHeader(const Image& input, const ScEng::Box2I& box) {
-  ImageHeader header =
-      ImageHeader::Fresh(static_cast<int>(box.Width()), static_cast<int>(box.Height()), ColorMode::kValue);
-  header.pin_x = input.GetPinX();
-  header.pin_y = input.GetPinY();
-  header.pivot_x = static_cast<float>(header.pin_x - box.left) / static_cast<float>(box.Width());
-  header.pivot_y = static_cast<float>(header.pin_y - box.top) / static_cast<float>(box.Height());
-  return header;
-}
-
 /// Whether each pixel has one above 0 within the radius: 1 or 0. What the grown mask itself would be does not matter,
 /// and a mask of two values grows much faster.
-std::unique_ptr<Image> FindSurroundings(const Image& mask, float radius, bool wrap) {
-  auto set = std::make_unique<Image>(mask.GetImageHeader(), nullptr);
+ImagePtr FindSurroundings(const Image& mask, float radius, bool wrap) {
+  auto set = ScEng::MakeRef<Image>(mask.GetImageHeader(), nullptr);
   std::transform(mask.GetConstArray(), mask.GetConstArray() + mask.GetNumSamples(), set->GetArray(),
                  [](float sample) { return sample > 0.0F ? 1.0F : 0.0F; });
   ImageRegion region;
-  region.Init(set.get(), 0, 0, set->GetSizeX(), set->GetSizeY(), -1);
+  region.Init(set.Get(), 0, 0, set->GetSizeX(), set->GetSizeY(), -1);
   region.Grow(radius, radius, wrap);
   return set;
 }
@@ -203,17 +192,17 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     SetState(evaluation, Node::State::kError, DescribeTooLarge(radius));
     return;
   }
-  const std::unique_ptr<const Image> cutout(
+  const ImagePtr cutout(
       image->GetColorMode() == ColorMode::kValue ? Paste(image, box, ColorMode::kValue) : PasteMask(image, box, 0.0F));
   if (!cutout) {
     SetState(evaluation, Node::State::kError, kOversizeMessage);
     return;
   }
-  Image mask(MakeHeader(*image, box), nullptr);
+  Image mask(ScEng::PlaceOver(box, *image, ColorMode::kValue), nullptr);
   Filter::ApplyGaussianBlur(*cutout, mask, soften_px, soften_px, settings.seamless ? 'p' : 'b');
 
   const float zero = 0.0F;
-  auto output = std::make_unique<Image>(mask.GetImageHeader(), &zero);
+  auto output = ScEng::MakeRef<Image>(mask.GetImageHeader(), &zero);
   switch (settings.style) {
     case ReliefStyle::kLevels: DrawLevels(mask, settings, *output); break;
     case ReliefStyle::kInnerBevel:
@@ -223,5 +212,5 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     case ReliefStyle::kNone: break;
   }
   if (multiplier != 1.0F) Multiply(*output, multiplier);
-  output_.Set(output.release());
+  output_.Set(output.Get());
 }

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <new>
 #include <string>
 #include <vector>
@@ -224,6 +226,19 @@ TEST_F(ReliefNode, EndsInTheErrorStateForAnyRadiusTooLargeToGrowBy) {
     node_->Evaluate(0, inputs);
     EXPECT_EQ(node_->GetOutputImage(0), nullptr);
     EXPECT_TRUE(IsInErrorState(*node_, Testing::kOversize)) << radius;
+  }
+}
+
+TEST_F(ReliefNode, GrowsImagesAtTheEndsOfWhatAPinCanBe) {
+  SetFlag(*node_, "grow", true);
+  Set(3, "levels");
+  for (const int pin : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+    const ImageRef image = MakeRow({1, 1});
+    image->SetPin(pin, pin);
+    const Image* output = Evaluate(image);
+    ASSERT_NE(output, nullptr);
+    const std::int64_t place = pin;
+    EXPECT_EQ(output->GetBox(), (ScEng::Box2I{place - 3, place - 3, place + 5, place + 4}));
   }
 }
 

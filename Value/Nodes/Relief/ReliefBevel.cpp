@@ -35,7 +35,7 @@ bool IsSet(float sample) { return sample > 0.0F; }
 
 /// Each pixel's distance from the nearest set one, rounded up to whole pixels; kNever where there is none.
 std::vector<std::int32_t> FindWholeDistances(const Image& mask, bool wrap) {
-  const std::unique_ptr<const Image> distances(EuclideanDistance(mask, 0.0F, false, wrap));
+  const ImagePtr distances(EuclideanDistance(mask, 0.0F, false, wrap));
   if (!distances) throw std::bad_alloc();
   std::vector<std::int32_t> whole(distances->GetNumSamples());
   std::transform(distances->GetConstArray(), distances->GetConstArray() + whole.size(), whole.begin(), [](float d) {

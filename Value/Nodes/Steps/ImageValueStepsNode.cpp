@@ -2,6 +2,7 @@
 #include "Value/Nodes/Steps/ImageValueStepsNode.h"
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Placement.h"
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Steps/Steps.h"
 #include "Value/SelfTests/SelfTests.h"
@@ -41,8 +42,7 @@ void ImageValueStepsNode::Evaluate(unsigned, const std::vector<PlugValue>& input
 
   auto* output = new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr);
   output_.Set(output);
-  output->SetPin(image->GetPinX(), image->GetPinY());
-  output->SetPivot(image->GetPivotX(), image->GetPivotY());
+  ScEng::PlaceLike(*image, *output);
   output->SetValueLowHigh(image->GetValueLow(), image->GetValueHigh());
   Steps::Quantize(image->GetConstArray(), static_cast<std::size_t>(image->GetNumChannels()), output->GetArray(),
                   output->GetNumSamples(), Steps::GetCount(evaluated.GetNumber(kSteps)), image->GetValueLow(),

@@ -3,6 +3,8 @@
 
 #include <limits>
 
+#include "Host/Image/Streaming.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Value/Nodes/Steps/Steps.cpp"
 #include <hwy/foreach_target.h>
@@ -39,7 +41,7 @@ void QuantizeAny(const float* samples, std::size_t stride, float* values, std::s
   const float level = 1.0F / static_cast<float>(count - 1);
   const float span = high - low;
   Quantizer quantizer{low, 1.0F / span, static_cast<float>(count), span * level};
-  const bool streamed = PixelLoops::IsStreamed(pixels);
+  const bool streamed = ScEng::IsStreamed(pixels);
   switch (stride) {
     case 1: loops::Transform<loops::OnlyChannel>(samples, values, pixels, streamed, quantizer); break;
     case 2: loops::Transform<loops::FirstOfTwo>(samples, values, pixels, streamed, quantizer); break;

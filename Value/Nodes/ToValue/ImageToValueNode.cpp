@@ -2,6 +2,7 @@
 #include "Value/Nodes/ToValue/ImageToValueNode.h"
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Placement.h"
 #include "Host/Math/Constants.h"
 #include "Host/Util/Log.h"
 #include "Value/Core/ValueLibrary.h"
@@ -58,8 +59,7 @@ void ImageToValueNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) 
 
   auto* output = new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr);
   output_.Set(output);
-  output->SetPin(image->GetPinX(), image->GetPinY());
-  output->SetPivot(image->GetPivotX(), image->GetPivotY());
+  ScEng::PlaceLike(*image, *output);
   output->SetValueLowHigh(low, high);
 
   // The range is measured ahead only where the result depends on it; it is found on the way where it does not.

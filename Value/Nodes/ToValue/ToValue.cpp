@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/Streaming.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Value/Nodes/ToValue/ToValue.cpp"
@@ -64,7 +65,7 @@ template <class Pixel>
 ValueRange MapPixels(const float* samples, float* values, std::size_t pixels, const ValueRange& source, float low,
                      float high) {
   Mapper mapper(source, low, high);
-  loops::Transform<Pixel>(samples, values, pixels, PixelLoops::IsStreamed(pixels), mapper);
+  loops::Transform<Pixel>(samples, values, pixels, ScEng::IsStreamed(pixels), mapper);
   return mapper.GetRange<Pixel>(samples);
 }
 

@@ -43,8 +43,8 @@ HOST_FILES_API std::filesystem::path MakePath(const std::string& written, const 
 /// by opacity is divided out (opacity 0 leaves it as it is). Stored range, pin and pivot are restored. Null, and an
 /// error that names the file and the cause, for a missing, damaged or shortened file, for no channel or more than four,
 /// and beyond the maximum image size. `notes` receives remarks that do not stand in the way.
-HOST_FILES_API std::unique_ptr<Image> ReadImageFile(const std::filesystem::path& file, ReadMode mode, Status& status,
-                                                    std::vector<std::string>& notes);
+HOST_FILES_API ImagePtr ReadImageFile(const std::filesystem::path& file, ReadMode mode, Status& status,
+                                      std::vector<std::string>& notes);
 
 /// Writes an image in the format that the file's ending names, completely or not at all: it is encoded in memory,
 /// written beside the target, flushed to disk and renamed over it. The folder must exist.

@@ -52,16 +52,24 @@ class HOST_GPU_API GpuEngine {
   /// is open, one that sees such a pixel in some directions is dark in those.
   ///
   /// Returns a new image without references: value mode, size, pin and pivot of the input, range (0, 1). Null and an
-  /// error in `status`, which says what can be done, when `image` is null, `radius` is NaN or above 1024, `border` is
-  /// another letter, there is no device, or the device fails. Steps that cannot matter are left
-  /// out, see Docs/decisions/0008. The horizon search follows L. Bavoil, M. Sainz, R. Dimitrov, "Image-Space
-  /// Horizon-Based Ambient Occlusion" (2008), with the share of open sky 1 / (1 + T * T) = cos^2 of the horizon's
-  /// angle.
+  /// error in `status`, which says what can be done, when `image` is null, `radius` is NaN or infinite, `border` is
+  /// another letter, there is no device, memory runs out, or the device fails. A large radius takes memory only for as
+  /// many pixels beyond the border as the image is large, and, where the image repeats itself, for its steps. Where the
+  /// result comes from another device than the chosen one (`SetTriesOtherDevice`), `status` is a warning.
+  ///
+  /// Steps that cannot matter are left out, see Docs/decisions/0009. The horizon search follows L. Bavoil, M. Sainz, R.
+  /// Dimitrov, "Image-Space Horizon-Based Ambient Occlusion" (2008), with the share of open sky 1 / (1 + T * T) = cos^2
+  /// of the horizon's angle.
   Image* ExecuteAmbientOcclusion(const Image* image, float radius, char border, ScEng::Status& status);
 
   /// Computes from now on, on the device of that place in `GetDevices`, of that type, or with that word in its name
   /// (any case); the empty word restores the default. An error that names the devices there are, when none is meant.
   ScEng::Status SelectDevice(const std::string& word);
+
+  /// Whether a computation whose device fails is tried once on another: the one that would be taken unasked if the
+  /// first did not exist. Where that helps, the computation ends in a warning, which is logged as well. Off at the
+  /// start.
+  void SetTriesOtherDevice(bool tries);
 
   /// All devices of the system. When none is chosen, `status` becomes the error that a computation would end in.
   std::vector<GpuDevice> GetDevices(ScEng::Status& status);

@@ -14,6 +14,6 @@ namespace ScEng {
 /// Modes of four channels keep them: the first three are mapped, opacity is only cut to 0..1. The others become the
 /// value mode, from their first channel. The header is otherwise that of the input, with the value range (0, 1). On the
 /// calling thread.
-HOST_IMAGE_API std::unique_ptr<Image> MakeDisplayImage(const Image& image, float low, float high);
+HOST_IMAGE_API ImagePtr MakeDisplayImage(const Image& image, float low, float high);
 
 }  // namespace ScEng

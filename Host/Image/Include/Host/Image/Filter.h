@@ -11,9 +11,9 @@ namespace Filter {
 /// Blurs every channel of `in` with a Gaussian, along x and then along y, into `out`.
 ///
 /// `sigma_x` and `sigma_y` are standard deviations in pixels. A sigma that is not above 0 leaves its direction alone
-/// (both: `out` gets the bytes of `in`); one above 65536 counts as 65536. The kernel is exp(-k^2 / (2 sigma^2)) for
-/// whole k with |k| <= ceil(4 sigma), divided by its sum. `mode` says what lies beyond the border: 'p' the image again,
-/// as often as needed, anything else the border's pixel.
+/// (both: `out` gets the bytes of `in`); there is no largest one, and memory does not grow with it. The kernel is
+/// exp(-k^2 / (2 sigma^2)) for whole k with |k| <= ceil(4 sigma), divided by its sum. `mode` says what lies beyond the
+/// border: 'p' the image again, as often as needed, anything else the border's pixel.
 ///
 /// Every sample is within 1e-5 of the range of the input's finite samples, plus the rounding of the result to a float,
 /// of the same sum in double precision, and never outside that range. NaN and infinities spread exactly as far as the

@@ -31,6 +31,10 @@ struct ImageHeader {
   /// The header of a fresh image: pin, pivot and outside value zero, value range (0, 1), or (-1, 1) for the signed
   /// mode.
   HOST_IMAGE_API static ImageHeader Fresh(int size_x, int size_y, unsigned color_mode);
+
+  /// Where the image lies: left = pin x - R(size x * pivot x) and so on, the product taken in float and rounded with
+  /// halves going down.
+  [[nodiscard]] HOST_IMAGE_API ScEng::Box2I GetBox() const;
 };
 
 namespace ScEng {
@@ -42,6 +46,10 @@ struct FreeSamples {
 }  // namespace ScEng
 
 /// The host's image: float samples, channels interleaved, rows dense, the first sample 64-byte aligned.
+///
+/// Whoever keeps an image holds an `ImagePtr`. Functions that make an image for a node to keep (`ComputeValue`,
+/// `EuclideanDistance`, `Paste`, `GpuEngine::ExecuteAmbientOcclusion`) return a pointer without a reference, to be put
+/// into one at once; parameters are plain pointers or references, and the images stay the caller's.
 ///
 /// The reference count is the object's first 32 bits; `Image` has no virtual operations. Counting is not atomic: see
 /// `RefCounter`. Reading the samples of one image from many threads is fine.
@@ -84,9 +92,8 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   void SetValueLowHigh(float low, float high);
   void SetOutsideValue(float value) { header_.outside_value = value; }
 
-  /// Where the image lies: left = pin x - R(size x * pivot x) and so on, the product taken in float and rounded with
-  /// halves going down.
-  [[nodiscard]] ScEng::Box2I GetBox() const;
+  /// Where the image lies; see `ImageHeader::GetBox`.
+  [[nodiscard]] ScEng::Box2I GetBox() const { return header_.GetBox(); }
 
   [[nodiscard]] const float* GetConstArray() const { return samples_.get(); }
   /// The samples for writing. What is known of their range is forgotten; write only until the image is handed on.
@@ -113,12 +120,13 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   mutable std::optional<ScEng::SampleRange> sample_range_;
 };
 
-/// An image that converts itself: what `ConvertToM` returns.
-using SharedImage = std::shared_ptr<const Image>;
+/// The owner of an image: one counted reference.
+using ImagePtr = ScEng::RefPtr<Image>;
 
 /// The image in the value mode, sharing nothing with the caller: a converted image, or a copy where the mode is the
-/// value mode already. `outside` becomes its outside value. Null for a null image.
-HOST_IMAGE_API SharedImage ConvertToM(const Image* image, float outside);
+/// value mode already. `outside` becomes its outside value. Null for a null image, and where the result would exceed
+/// the largest image size or cannot be allocated.
+HOST_IMAGE_API ImagePtr ConvertToM(const Image* image, float outside);
 
 namespace ScEng {
 

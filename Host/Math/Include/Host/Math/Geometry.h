@@ -55,4 +55,8 @@ HOST_MATH_API std::int32_t RoundHalfDown(double x);
 /// The same rule evaluated in single precision, as pivots are.
 HOST_MATH_API std::int32_t RoundHalfDown(float x);
 
+/// The same for places in document coordinates, which may be beyond 32 bits: values beyond 2^60 either way give that
+/// number, so that a pin and a size can still be added; NaN gives 0.
+HOST_MATH_API std::int64_t RoundPlaceHalfDown(float x);
+
 }  // namespace ScEng

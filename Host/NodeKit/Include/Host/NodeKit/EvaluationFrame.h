@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "Host/Image/ComputeValue.h"
+#include "Host/Image/Oversize.h"
 #include "Host/Image/ValueOperation.h"
 #include "Host/NodeKit/EvaluatedInputs.h"
 #include "Host/NodeKit/OutputImages.h"
 
-/// The one state message that nodes of this kit word themselves.
-inline constexpr const char* kOversizeMessage = "Output image is larger than maximum image size.";
+using ScEng::kOversizeMessage;
 
 /// The start of an evaluation that most nodes share: the cached images go first, so that a failed evaluation leaves no
 /// stale result; without an input image there is nothing to do; a disabled node passes a copy of its input through.

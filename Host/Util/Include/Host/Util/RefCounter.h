@@ -61,9 +61,16 @@ class RefPtr {
   T* operator->() const { return object_; }
   T& operator*() const { return *object_; }
   explicit operator bool() const { return object_ != nullptr; }
+  friend bool operator==(const RefPtr& pointer, std::nullptr_t) { return pointer.object_ == nullptr; }
 
  private:
   T* object_ = nullptr;
 };
+
+/// A new object with one reference to it.
+template <class T, class... Arguments>
+RefPtr<T> MakeRef(Arguments&&... arguments) {
+  return RefPtr<T>(new T(std::forward<Arguments>(arguments)...));
+}
 
 }  // namespace ScEng

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+
+namespace ScEng {
+
+/// Whether a result of that many samples is out of the processor's caches before anybody reads it, so that it is
+/// written past them.
+constexpr bool IsStreamed(std::size_t samples) { return samples >= std::size_t{1} << 21; }
+
+}  // namespace ScEng
