@@ -137,6 +137,10 @@ value_add_test(HostValidationTests
 
 value_add_test(HostFilesTests
   SOURCES
+    "${host}/Documents/DocumentEditingTest.cpp"
+    "${host}/Documents/DocumentEvaluationTest.cpp"
+    "${host}/Documents/DocumentLimitsTest.cpp"
+    "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
     "${host}/Nodes/HostNodesTest.cpp"

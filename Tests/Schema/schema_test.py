@@ -46,7 +46,7 @@ CHANGES = {
     "other format": (["format"], "graph"),
     "no version": (["version"], DELETE),
     "version as text": (["version"], "1"),
-    "version 2": (["version"], 2),
+    "version 3": (["version"], 3),
     "no nodes": (["nodes"], DELETE),
     "nodes as object": (["nodes"], {}),
     "unknown key": (["comment"], "hello"),
