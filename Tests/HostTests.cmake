@@ -81,13 +81,15 @@ file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/PoclCache")
 value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/EvaluationScopeTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
     "${host}/Util/ParallelForTest.cpp"
     "${host}/Util/ParallelRowsTest.cpp"
     "${host}/Util/RefCounterTest.cpp"
     "${host}/Util/ThreadPoolTest.cpp"
-  DEPENDS ValueHost::Image)
+    "${host}/Util/WorkerLimitTest.cpp"
+  DEPENDS ValueHost::Image ${CMAKE_DL_LIBS})
 
 value_add_test(HostImageTests
   SOURCES
