@@ -117,6 +117,8 @@ value_add_test(HostGpuTests
 
 value_add_test(HostToolsTests
   SOURCES
+    "${host}/Tools/AcyclicGraph.cpp"
+    "${host}/Tools/AcyclicGraphTest.cpp"
     "${host}/Tools/AttributeTest.cpp"
     "${host}/Tools/EngineTest.cpp"
     "${host}/Tools/NodeLibraryTest.cpp"
