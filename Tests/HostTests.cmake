@@ -68,6 +68,12 @@ set(node_libraries
 foreach(library IN LISTS node_libraries)
   value_add_test_library(${library} SOURCE ${library}.cpp DEPENDS ValueHost::Tools)
 endforeach()
+set(throwing_operations Library LibraryName Count Factory FactoryType Name TypeName CreateNode)
+foreach(operation IN LISTS throwing_operations)
+  value_add_test_library(ThrowsIn${operation} SOURCE ThrowsInCatalog.cpp
+    DEPENDS ValueHost::Tools DEFINITIONS VALUE_THROWS_IN="${operation}")
+  list(APPEND node_libraries ThrowsIn${operation})
+endforeach()
 list(TRANSFORM node_libraries PREPEND TestLibrary OUTPUT_VARIABLE node_library_targets)
 
 # The OpenCL driver for processors compiles programs into a folder, and its libraries keep memory to the end of the
