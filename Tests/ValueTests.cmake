@@ -25,6 +25,7 @@ value_add_test(ValueOperationTests
 value_add_test(ValueNodeTests
   SOURCES
     Contract/CatalogTest.cpp
+    Support/WatchedMemory.cpp
     "${value_dir}/Nodes/AnalysisNodesTest.cpp"
     "${value_dir}/Nodes/Arithmetic/ArithmeticNodesTest.cpp"
     "${value_dir}/Nodes/Clamp/ClampTest.cpp"

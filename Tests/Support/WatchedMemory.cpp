@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace {
@@ -11,7 +12,13 @@ namespace {
 std::atomic<const void*> watched{nullptr};
 std::atomic<int> times_freed{0};
 
-void* Allocate(std::size_t bytes) noexcept { return std::malloc(bytes == 0 ? 1 : bytes); }
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+std::atomic<std::size_t> limit{kNoLimit};
+
+void* Allocate(std::size_t bytes) noexcept {
+  if (bytes >= limit) return nullptr;
+  return std::malloc(bytes == 0 ? 1 : bytes);
+}
 
 void Free(void* memory) noexcept {
   const void* expected = memory;
@@ -28,6 +35,9 @@ void Testing::WatchMemory(const void* object) {
 }
 
 int Testing::GetTimesFreed() { return times_freed; }
+
+Testing::MemoryLimit::MemoryLimit(std::size_t bytes) { limit = bytes; }
+Testing::MemoryLimit::~MemoryLimit() { limit = kNoLimit; }
 
 void* operator new(std::size_t bytes) {
   if (void* memory = Allocate(bytes)) return memory;

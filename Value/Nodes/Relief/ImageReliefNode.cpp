@@ -103,6 +103,7 @@ void DrawLevels(const Image& mask, const Settings& settings, Image& output) {
     pool.AddTask([&analysis, samples, from, to] { analysis.ComputeRows(from, to, samples); });
   }
   Log::Info("ThreadPool Work DoLevelsBumpWorker - finish");
+  pool.Wait();
 }
 
 void DrawPillowEmboss(ReliefBevel::Analysis& analysis, const Settings& settings, Image& output) {

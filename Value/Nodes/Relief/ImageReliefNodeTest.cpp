@@ -5,13 +5,16 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "Host/Image/Filter.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/ParallelRows.h"
+#include "Tests/Support/HostTesting.h"
 #include "Tests/Support/ValueTesting.h"
+#include "Tests/Support/WatchedMemory.h"
 #include "Value/Nodes/Relief/ReliefLevels.h"
 
 namespace {
@@ -312,6 +315,23 @@ TEST_F(ReliefNode, GivesTheSameSamplesWithAnyNumberOfThreads) {
       EXPECT_TRUE(HoldsSamples(Evaluate(image), expected)) << style;
     }
     ScEng::SetNumThreads(0);
+  }
+}
+
+TEST_F(ReliefNode, FailsWhereATaskOfTheLevelsFails) {
+  Set(200, "levels");
+  // Without an upper end of the range the tasks compute by the plain definition, for which each makes a table of
+  // 401 times 401 distances.
+  const ImageRef image = MakeRow({0, 1, 0});
+  image->SetValueLowHigh(0.0F, Testing::kInfinity);
+  for (const std::size_t threads : {1U, 4U}) {
+    const Testing::ThreadsScope scope(threads);
+    {
+      const Testing::MemoryLimit limit(401 * 401 * sizeof(float));
+      EXPECT_THROW(Evaluate(image), std::bad_alloc);
+    }
+    EXPECT_EQ(node_->GetOutputImage(0), nullptr);
+    EXPECT_NE(Evaluate(image), nullptr);
   }
 }
 
