@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Host/Documents/GraphDocument.h"
+#include "Host/Util/Cancellation.h"
 #include "Tests/Support/DocumentTesting.h"
 #include "Tests/Support/HostTesting.h"
 
@@ -135,6 +136,31 @@ TEST_F(DocumentEvaluationTest, OptionsReachTheEngine) {
   evaluated.clear();
   document_.Run(nullptr, options);
   EXPECT_EQ(evaluated, (std::vector<std::string>{"a", "add"}));
+}
+
+TEST_F(DocumentEvaluationTest, RunsCanBeStopped) {
+  LoadGood(
+      MakeText("{'id': 'a', 'type': 'ImageWavesNode', 'attributes': {'frame': [0, 0, 1, 1]}},"
+               "{'id': 'b', 'type': 'ImageValueAddNode'}",
+               "{'from': 'a.image', 'to': 'b.image'}",
+               "{'from': 'a.image', 'path': 'a.exr'}, {'from': 'b.image', 'path': 'b.exr'}"));
+  ScEng::Cancellation cancellation;
+  Engine::Options options;
+  options.cancellation = &cancellation;
+  options.on_evaluated = [&](Node&, std::size_t, std::size_t) { cancellation.Request(); };
+  const RunReport report = document_.Run(nullptr, options);
+  EXPECT_TRUE(report.cancelled);
+  EXPECT_EQ(report.failure, RunFailure::kNone);
+  EXPECT_TRUE(report.outputs[0].written);
+  EXPECT_FALSE(report.outputs[1].written);
+  EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr"}));
+  RunReport stopped;
+  EXPECT_FALSE(document_.Evaluate("b.image", stopped, options));
+  EXPECT_TRUE(stopped.cancelled);
+  EXPECT_TRUE(stopped.findings.errors.empty());
+  // The next one is whole.
+  EXPECT_FALSE(document_.Run().cancelled);
+  EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr", "b.exr"}));
 }
 
 // ---- Files ----

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "Host/Documents/GraphDocument.h"
 #include "Tests/Support/DocumentTesting.h"
 #include "Tests/Support/HostTesting.h"
+#include "Tests/Support/TestNodes.h"
 
 namespace {
 
@@ -205,6 +207,49 @@ TEST(DocumentMessageTest, FindingsAreBoundedAndAllAreCounted) {
   EXPECT_EQ(findings.GetNumErrors(), Findings::kMostKept + 2);
   EXPECT_EQ(findings.notes.size(), Findings::kMostKept);
   EXPECT_EQ(findings.GetNumNotes(), Findings::kMostKept + 1);
+}
+
+// ---- Node types that throw ----
+
+class ThrowingNode : public Testing::TestNode {
+ public:
+  static constexpr NodeType kType{900, 1, 1};
+  static constexpr const char* kName = "ThrowingNode";
+  ThrowingNode() {
+    Add("value", 0.0, 0.0, 1.0, 0.1, 1);
+    outplugs_ = {PlugRecord::Output(PlugType::kNumber, "number")};
+    UpdateInplugsAndOutplugs();
+  }
+  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
+  [[nodiscard]] std::string GetName() const override { return kName; }
+  [[nodiscard]] unsigned GetAttributeVersion() const override {
+    if (is_angry) throw std::runtime_error("no version today");
+    return 0;
+  }
+  [[nodiscard]] std::string TranslateAttributeName(unsigned, const std::string&) const override {
+    throw std::runtime_error("the shelf is bare");
+  }
+  bool is_angry = false;
+};
+
+TEST(DocumentGuardTest, ExceptionsOfNodeTypesAreErrors) {
+  GraphDocument document(Testing::MakeCatalog<ThrowingNode>());
+  const Findings findings =
+      LoadText(document, MakeText("{'id': 'a', 'type': 'ThrowingNode', 'attributes': {'value': 1}},"
+                                  "{'id': 'b', 'type': 'ThrowingNode'}",
+                                  "{'from': 'a.number', 'to': 'b.zebra'}, {'from': 'c.image', 'to': 'b.value'}"));
+  ASSERT_EQ(findings.errors.size(), 3U);
+  EXPECT_TRUE(Contains(findings.errors[0], "nodes[0]"));
+  EXPECT_TRUE(Contains(findings.errors[0], "the shelf is bare"));
+  EXPECT_TRUE(Contains(findings.errors[1], "connections[0]"));
+  EXPECT_TRUE(Contains(findings.errors[1], "the shelf is bare"));
+  EXPECT_TRUE(Contains(findings.errors[2], "connections[1]"));
+  std::string text;
+  EXPECT_FALSE(document.SaveText(text).IsError());
+  static_cast<ThrowingNode*>(document.FindNode("b"))->is_angry = true;
+  const ScEng::Status status = document.SaveText(text);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_TRUE(Contains(status.GetMessage(), "no version today"));
 }
 
 // ---- Limits ----

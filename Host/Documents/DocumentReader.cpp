@@ -9,6 +9,7 @@
 
 #include "Host/Documents/AttributeText.h"
 #include "Host/Documents/MessageText.h"
+#include "Host/Tools/Guard.h"
 
 namespace ScEng {
 namespace {
@@ -150,12 +151,16 @@ void DocumentReader::OnList(DocumentList list) { lists_.insert(list); }
 
 void DocumentReader::OnEntry(DocumentList list, std::size_t index, JsonValue entry) {
   const std::string place = DescribePlace(list, index);
-  switch (list) {
-    case DocumentList::kNodes: ReadNode(entry, place); break;
-    case DocumentList::kConnections: ReadConnection(entry, index, place); break;
-    case DocumentList::kOutputs: ReadOutput(entry, index, place); break;
-    case DocumentList::kFrames: ReadFrame(entry, place); break;
-  }
+  // A node type of a library answers for its names, and need not keep its exceptions to itself.
+  const Status status = CallGuarded("its node type", [&] {
+    switch (list) {
+      case DocumentList::kNodes: ReadNode(entry, place); break;
+      case DocumentList::kConnections: ReadConnection(entry, index, place); break;
+      case DocumentList::kOutputs: ReadOutput(entry, index, place); break;
+      case DocumentList::kFrames: ReadFrame(entry, place); break;
+    }
+  });
+  if (status.IsError()) AddError(place + ": " + status.GetMessage());
 }
 
 void DocumentReader::OnFault(const std::string& text) { AddError(text); }
@@ -362,7 +367,11 @@ void DocumentReader::ReadOutput(const JsonValue& output, std::size_t index, cons
 void DocumentReader::ReadRest() {
   for (const PendingConnection& connection : connections_) {
     if (IsOfFaultyNode(connection.from) || IsOfFaultyNode(connection.to)) continue;
-    const Status status = content_.Connect(connection.from, connection.to, connection.index, connection.gave_index);
+    Status status;
+    const Status guarded = CallGuarded("a node type", [&] {
+      status = content_.Connect(connection.from, connection.to, connection.index, connection.gave_index);
+    });
+    if (guarded.IsError()) status = guarded;
     if (status.IsError()) {
       AddError(DescribePlace(DocumentList::kConnections, connection.place) + " " + Quote(connection.from) + " to " +
                Quote(connection.to) + ": " + status.GetMessage());

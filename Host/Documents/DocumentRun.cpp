@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Host/Documents/MessageText.h"
+#include "Host/Tools/Guard.h"
 
 namespace ScEng {
 
@@ -35,6 +36,7 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
   }
   options.release_results = true;
   EvaluateWriterPaths(writers, options);
+  if (report_.cancelled) return std::move(report_);
   for (const DocumentEntry* writer : writers) {
     const std::filesystem::path file = FindWriterFile(*writer);
     if (file.empty() || ClaimFile(file, "node " + Quote(writer->id))) requests.push_back({writer->node, 0});
@@ -45,13 +47,13 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
     const auto outputs = outputs_of.find(&node);
     if (outputs != outputs_of.end() && !node.IsInError() && !content_.engine.IsBlocked(&node)) {
       for (const std::size_t i : outputs->second) {
-        WriteOutput(i, node.GetOutputImage(content_.output_entries[i].outplug));
+        WriteOutput(i, content_.engine.GetOutputImage(&node, content_.output_entries[i].outplug));
       }
     }
-    if (progress) progress(content_.entries_by_node.at(&node)->id, done, total);
+    if (progress) progress(node.GetLabel(), done, total);
     if (on_evaluated) on_evaluated(node, done, total);
   };
-  content_.engine.Evaluate(requests, options);
+  Evaluate(requests, options);
   return std::move(report_);
 }
 
@@ -65,11 +67,12 @@ RunReport DocumentRun::Evaluate(Node& node, unsigned outplug, Engine::Options op
   const auto on_evaluated = options.on_evaluated;
   options.on_evaluated = [&](Node& evaluated, std::size_t done, std::size_t total) {
     // Where results are released, this is the only moment at which the image is there.
-    if (&evaluated == &node && image != nullptr) image->Reset(node.GetOutputImage(outplug));
+    if (&evaluated == &node && image != nullptr) image->Reset(content_.engine.GetOutputImage(&node, outplug));
     if (on_evaluated) on_evaluated(evaluated, done, total);
   };
-  content_.engine.Evaluate({{&node, outplug}}, options);
-  if (image != nullptr && !*image && !node.IsInError()) image->Reset(node.GetOutputImage(outplug));
+  Evaluate({{&node, outplug}}, options);
+  if (report_.cancelled) return std::move(report_);
+  if (image != nullptr && !*image && !node.IsInError()) image->Reset(content_.engine.GetOutputImage(&node, outplug));
   // A node that is up to date is not evaluated again, but what it had to say still holds.
   for (const std::string& id : content_.ids) {
     const DocumentEntry& entry = *content_.Find(id);
@@ -145,7 +148,11 @@ void DocumentRun::EvaluateWriterPaths(const std::vector<const DocumentEntry*>& w
   // What these nodes deliver is needed again in a moment.
   own.release_results = false;
   own.on_evaluated = [&](Node& node, std::size_t, std::size_t) { ReportState(node); };
-  content_.engine.Evaluate(requests, own);
+  Evaluate(requests, own);
+}
+
+void DocumentRun::Evaluate(const std::vector<Engine::Request>& requests, const Engine::Options& options) {
+  report_.cancelled = content_.engine.Evaluate(requests, options) == Engine::Outcome::kCancelled;
 }
 
 std::filesystem::path DocumentRun::FindWriterFile(const DocumentEntry& writer) const {
@@ -155,7 +162,11 @@ std::filesystem::path DocumentRun::FindWriterFile(const DocumentEntry& writer) c
   if (source == path_sources_.end()) return GetFile(*path);
   const Node& node = *source->second->from->node;
   const int outplug = node.GetOutplugIndex(source->second->outplug);
-  const std::string written = node.GetOutputValue(static_cast<unsigned>(outplug)).GetText();
+  std::string written;
+  const Status status =
+      CallGuarded("GetOutputValue", [&] { written = node.GetOutputValue(static_cast<unsigned>(outplug)).GetText(); });
+  // The engine asks again, and reports it.
+  if (status.IsError()) return {};
   return written.empty() ? std::filesystem::path() : MakePath(written, path->GetFolder());
 }
 
@@ -184,7 +195,7 @@ void DocumentRun::WriteOutput(std::size_t output, const Image* image) {
 void DocumentRun::ReportState(const Node& node) {
   // A node that is evaluated once for a path and once for an image says the same twice.
   if (!reported_.insert(&node).second) return;
-  const std::string name = "node " + Quote(content_.entries_by_node.at(&node)->id) + ": ";
+  const std::string name = "node " + Quote(node.GetLabel()) + ": ";
   const std::string& message = node.GetStateMessage();
   if (node.IsInError()) {
     const bool of_file = node.GetState() == Node::State::kFileError;
@@ -221,7 +232,7 @@ RefPtr<Image> GraphDocument::Evaluate(const std::string& plug, RunReport& report
     return image;
   }
   report = DocumentRun(*this).Evaluate(*found.entry->node, found.outplug, options, &image);
-  if (!image && report.failure == RunFailure::kNone) {
+  if (!image && report.failure == RunFailure::kNone && !report.cancelled) {
     report.findings.AddError("output " + Quote(plug) + " has no image");
     report.failure = RunFailure::kNode;
   }

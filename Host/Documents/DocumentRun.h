@@ -37,6 +37,7 @@ class DocumentRun {
   bool ClaimFile(const std::filesystem::path& file, const std::string& writer);
   /// Evaluates what feeds the paths of the writers, so that no file is written before all names are known.
   void EvaluateWriterPaths(const std::vector<const DocumentEntry*>& writers, const Engine::Options& options);
+  void Evaluate(const std::vector<Engine::Request>& requests, const Engine::Options& options);
   /// The file that a writer is going to write; empty where it has none.
   [[nodiscard]] std::filesystem::path FindWriterFile(const DocumentEntry& writer) const;
   [[nodiscard]] const ConnectionEntry* FindPathSource(const DocumentEntry& writer) const;

@@ -10,6 +10,7 @@
 #include "Host/Documents/DocumentReader.h"
 #include "Host/Documents/DocumentWriter.h"
 #include "Host/Documents/MessageText.h"
+#include "Host/Tools/Guard.h"
 
 namespace ScEng {
 namespace {
@@ -69,7 +70,11 @@ Status GraphDocument::Save(const std::filesystem::path& file) const {
                           : WriteWholeFile(file, text);
 }
 
-Status GraphDocument::SaveText(std::string& text) const { return DocumentWriter(*this).Write(text); }
+Status GraphDocument::SaveText(std::string& text) const {
+  Status status;
+  const Status guarded = CallGuarded("a node type", [&] { status = DocumentWriter(*this).Write(text); });
+  return guarded.IsError() ? guarded : status;
+}
 
 // ---- Nodes ----
 
@@ -80,11 +85,11 @@ Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status
   }
   DocumentEntry* entry = content_->AddEntry(id, status);
   if (entry == nullptr) return nullptr;
-  Node* node = content_->engine.CreateNode(type);
+  Node* node = content_->engine.CreateNode(type, status);
   if (node == nullptr) {
     content_->ids.pop_back();
     content_->entries.erase(id);
-    status = Status::Error("node " + Quote(id) + ": a node of type [" + type.ToString() + "] cannot be made");
+    status = Status::Error("node " + Quote(id) + ": " + status.GetMessage());
     return nullptr;
   }
   entry->node = node;

@@ -122,7 +122,12 @@ std::string FormatJsonNumber(double number) {
   constexpr double kLargest = 1e21;
   const double size = std::abs(number);
   if (size >= kSmallest && size < kLargest) return to_text(std::chars_format::fixed);
-  return to_text(std::chars_format::scientific);
+  const std::string text = to_text(std::chars_format::scientific);
+  // The exponent without its plus and leading zeros: "1e+21" and "2e-07" are "1e21" and "2e-7".
+  const std::size_t exponent = text.find('e') + 1;
+  const bool is_negative = text[exponent] == '-';
+  const std::size_t digits = text.find_first_not_of("+-0", exponent);
+  return text.substr(0, exponent) + (is_negative ? "-" : "") + text.substr(digits);
 }
 
 std::string FormatJsonLine(const JsonValue& value, std::size_t most) {

@@ -36,6 +36,8 @@ struct OutputReport {
 struct RunReport {
   Findings findings;
   RunFailure failure = RunFailure::kNone;
+  /// Whether the evaluation was stopped before its end. What was written until then stays.
+  bool cancelled = false;
   std::vector<OutputReport> outputs;
 };
 
@@ -173,7 +175,7 @@ class HOST_DOCUMENTS_API GraphDocument {
 
   /// Evaluates what the outputs and the enabled writers need and writes each file as soon as its image is there. A file
   /// that is to be written twice is written once; the second time is an error that names both. Results are released
-  /// whatever `options` say; the rest of the options is the engine's.
+  /// whatever `options` say; what else they ask for (progress inside nodes, a way to stop) is the engine's to do.
   RunReport Run(const Progress& progress = nullptr, const Engine::Options& options = {});
 
   /// Evaluates what one output needs and keeps every result, so that the next call computes only what has changed
