@@ -68,6 +68,12 @@ set(node_libraries
 foreach(library IN LISTS node_libraries)
   value_add_test_library(${library} SOURCE ${library}.cpp DEPENDS ValueHost::Tools)
 endforeach()
+set(throwing_operations Library LibraryName Count Factory FactoryType Name TypeName CreateNode)
+foreach(operation IN LISTS throwing_operations)
+  value_add_test_library(ThrowsIn${operation} SOURCE ThrowsInCatalog.cpp
+    DEPENDS ValueHost::Tools DEFINITIONS VALUE_THROWS_IN="${operation}")
+  list(APPEND node_libraries ThrowsIn${operation})
+endforeach()
 list(TRANSFORM node_libraries PREPEND TestLibrary OUTPUT_VARIABLE node_library_targets)
 
 # The OpenCL driver for processors compiles programs into a folder, and its libraries keep memory to the end of the
@@ -82,6 +88,7 @@ value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/BorderTest.cpp"
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/EvaluationScopeTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
     "${host}/Util/ParallelForTest.cpp"
@@ -89,7 +96,8 @@ value_add_test(HostBaseTests
     "${host}/Util/ParallelRowsTest.cpp"
     "${host}/Util/RefCounterTest.cpp"
     "${host}/Util/ThreadPoolTest.cpp"
-  DEPENDS ValueHost::Image)
+    "${host}/Util/WorkerLimitTest.cpp"
+  DEPENDS ValueHost::Image ${CMAKE_DL_LIBS})
 
 value_add_test(HostImageTests
   SOURCES
@@ -119,6 +127,8 @@ value_add_test(HostGpuTests
 
 value_add_test(HostToolsTests
   SOURCES
+    "${host}/Tools/AcyclicGraph.cpp"
+    "${host}/Tools/AcyclicGraphTest.cpp"
     "${host}/Tools/AttributeTest.cpp"
     "${host}/Tools/EngineTest.cpp"
     "${host}/Tools/NodeLibraryTest.cpp"
@@ -141,6 +151,10 @@ value_add_test(HostValidationTests
 
 value_add_test(HostFilesTests
   SOURCES
+    "${host}/Documents/DocumentEditingTest.cpp"
+    "${host}/Documents/DocumentEvaluationTest.cpp"
+    "${host}/Documents/DocumentLimitsTest.cpp"
+    "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
     "${host}/Nodes/HostNodesTest.cpp"

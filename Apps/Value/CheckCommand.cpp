@@ -23,6 +23,9 @@ class CheckCommand : public Command {
     if (could_read) CheckComplete(document, file_, findings);
     reporter_.Notes(findings.notes);
     for (const std::string& error : findings.errors) reporter_.Error(error);
+    if (findings.further_errors > 0) {
+      reporter_.Error(file_ + ": there are " + std::to_string(findings.further_errors) + " further errors");
+    }
 
     nlohmann::ordered_json answer;
     answer["document"] = file_;

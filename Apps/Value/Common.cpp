@@ -110,7 +110,9 @@ ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& p
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings) {
   const std::size_t known = findings.errors.size();
   document.CheckComplete(findings);
-  for (std::size_t i = known; i < findings.errors.size(); ++i) findings.errors[i].insert(0, file + ": ");
+  for (std::size_t i = known; i < findings.errors.size(); ++i) {
+    findings.errors[i] = ScEng::MakeLine(file + ": " + findings.errors[i]);
+  }
 }
 
 std::string JoinWords(const std::vector<std::string>& words) {

@@ -6,33 +6,27 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <system_error>
 
+#include "Host/Documents/Findings.h"
+#include "Host/Documents/MessageText.h"
+
 namespace ScEng {
 namespace {
-
-using nlohmann::json;
-
-std::string FormatNumber(double number) {
-  char text[32];
-  const auto end = std::to_chars(text, text + sizeof(text), number).ptr;
-  return std::string(text, end);
-}
 
 Status SetNumber(Attribute& attribute, double number, std::vector<std::string>& notes) {
   if (!attribute.SetNumber(number, false)) return Status::Error("it takes a number, not NaN");
   const double taken = attribute.GetValue().GetNumber();
   if (taken != number)
-    notes.push_back(FormatNumber(number) + " is out of bounds and clamped to " + FormatNumber(taken));
+    notes.push_back(FormatJsonNumber(number) + " is out of bounds and clamped to " + FormatJsonNumber(taken));
   return {};
 }
 
 Status SetChoice(Attribute& attribute, const std::string& word) {
   if (attribute.SetChoice(word, false)) return {};
-  return Status::Error("\"" + word + "\" is not one of its words: " + JoinNames(attribute.GetChoices()));
+  return Status::Error(Quote(word) + " is not one of its words: " + JoinNames(attribute.GetChoices()));
 }
 
 /// How many numbers a point, frame or colour has, and what they are.
@@ -77,11 +71,10 @@ Status MakeKindError(const Attribute& attribute, const std::string& given) {
   return Status::Error("it takes " + wanted + ", not " + given);
 }
 
-std::string Describe(const json& value) {
-  std::string text = value.dump(-1, ' ', false, json::error_handler_t::replace);
+/// A value for a message: as much of it as is shown, and no more.
+std::string Describe(const JsonValue& value) {
   constexpr std::size_t kLongest = 40;
-  if (text.size() > kLongest) text = text.substr(0, kLongest) + "...";
-  return text;
+  return MakeLine(FormatJsonLine(value, kLongest), kLongest);
 }
 
 /// A whole text that is a number; "inf" and "nan" are none.
@@ -114,41 +107,74 @@ std::optional<std::vector<double>> ParseNumbers(const std::string& text) {
 
 }  // namespace
 
-std::string JoinNames(const std::vector<std::string>& names) {
-  std::string joined;
-  for (const std::string& name : names) joined += (joined.empty() ? "" : ", ") + name;
-  return joined;
-}
-
-Status SetAttributeFromJson(Attribute& attribute, const json& value, std::vector<std::string>& notes) {
+Status SetAttributeFromJson(Attribute& attribute, const JsonValue& value, std::vector<std::string>& notes) {
+  const std::string* text = value.GetText();
   switch (attribute.GetKind()) {
     case Attribute::Kind::kFlag:
-      if (!value.is_boolean()) return MakeKindError(attribute, Describe(value));
-      attribute.SetFlag(value.get<bool>(), false);
+      if (value.GetFlag() == nullptr) return MakeKindError(attribute, Describe(value));
+      attribute.SetFlag(*value.GetFlag(), false);
       return {};
     case Attribute::Kind::kNumber:
-      if (!value.is_number()) return MakeKindError(attribute, Describe(value));
-      return SetNumber(attribute, value.get<double>(), notes);
+      if (value.GetNumber() == nullptr) return MakeKindError(attribute, Describe(value));
+      return SetNumber(attribute, *value.GetNumber(), notes);
     case Attribute::Kind::kChoice:
-      if (!value.is_string()) return MakeKindError(attribute, Describe(value));
-      return SetChoice(attribute, value.get<std::string>());
+      return text != nullptr ? SetChoice(attribute, *text) : MakeKindError(attribute, Describe(value));
     case Attribute::Kind::kString:
-      if (!value.is_string()) return MakeKindError(attribute, Describe(value));
-      attribute.SetString(value.get<std::string>(), false);
+      if (text == nullptr) return MakeKindError(attribute, Describe(value));
+      if (attribute.GetStringUse() != Attribute::StringUse::kText && text->find('\0') != std::string::npos) {
+        return Status::Error("a path cannot hold the character 0");
+      }
+      attribute.SetString(*text, false);
       return {};
     default: break;
   }
+  const auto numbers = ReadNumbers(value);
+  return numbers ? SetNumbers(attribute, *numbers) : MakeKindError(attribute, Describe(value));
+}
+
+Status GetAttributeAsJson(const Attribute& attribute, JsonValue& value) {
+  const PlugValue& held = attribute.GetValue();
   std::vector<double> numbers;
-  if (!value.is_array()) return MakeKindError(attribute, Describe(value));
-  for (const json& number : value) {
-    if (!number.is_number()) return MakeKindError(attribute, Describe(value));
-    numbers.push_back(number.get<double>());
+  switch (attribute.GetKind()) {
+    case Attribute::Kind::kFlag: value = JsonValue(held.GetFlag()); return {};
+    case Attribute::Kind::kChoice:
+    case Attribute::Kind::kString:
+      value = JsonValue(held.GetText());
+      return IsUtf8(*value.GetText()) ? Status() : Status::Error("its text is not UTF-8, which a document cannot hold");
+    case Attribute::Kind::kNumber: numbers = {held.GetNumber()}; break;
+    case Attribute::Kind::kPoint: numbers = {held.GetPoint().x, held.GetPoint().y}; break;
+    case Attribute::Kind::kFrame: {
+      const Frame frame = held.GetFrame();
+      numbers = {frame.x, frame.y, frame.width, frame.height};
+      break;
+    }
+    case Attribute::Kind::kColor: {
+      const Rgbo color = held.GetColor();
+      numbers = {color.red, color.green, color.blue, color.opacity};
+      break;
+    }
   }
-  return SetNumbers(attribute, numbers);
+  if (!std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); })) {
+    return Status::Error("it is NaN or infinite, which a document cannot hold");
+  }
+  value = attribute.GetKind() == Attribute::Kind::kNumber ? JsonValue(numbers[0]) : JsonValue::Numbers(numbers);
+  return {};
+}
+
+std::optional<std::vector<double>> ReadNumbers(const JsonValue& value) {
+  const JsonValue::Array* array = value.GetArray();
+  if (array == nullptr) return std::nullopt;
+  std::vector<double> numbers;
+  numbers.reserve(array->size());
+  for (const JsonValue& entry : *array) {
+    if (entry.GetNumber() == nullptr) return std::nullopt;
+    numbers.push_back(*entry.GetNumber());
+  }
+  return numbers;
 }
 
 Status SetAttributeFromText(Attribute& attribute, const std::string& text, std::vector<std::string>& notes) {
-  const std::string quoted = "\"" + text + "\"";
+  const std::string quoted = Quote(text);
   switch (attribute.GetKind()) {
     case Attribute::Kind::kFlag:
       if (text != "true" && text != "false") return MakeKindError(attribute, quoted);

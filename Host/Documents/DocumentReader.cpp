@@ -3,302 +3,500 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <fstream>
-#include <iterator>
-#include <map>
-#include <nlohmann/json.hpp>
-#include <optional>
 #include <system_error>
 #include <utility>
 
 #include "Host/Documents/AttributeText.h"
+#include "Host/Documents/MessageText.h"
+#include "Host/Tools/Guard.h"
 
 namespace ScEng {
 namespace {
 
-using nlohmann::json;
-
 constexpr const char* kFormat = "value-graph";
-constexpr std::uint32_t kVersion = 1;
-
-std::string Quote(const std::string& text) { return "\"" + text + "\""; }
-
-/// The library's message without its leading "[json.exception...]".
-std::string DescribeJsonError(const json::exception& error) {
-  std::string text = error.what();
-  const std::size_t end = text.find("] ");
-  if (!text.empty() && text.front() == '[' && end != std::string::npos) text.erase(0, end + 2);
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return text;
-}
+constexpr std::uint32_t kOldestVersion = 1;
+constexpr std::uint32_t kNewestVersion = 2;
+constexpr std::size_t kLongestName = 120;
 
 /// A whole number from 0 to the largest of 32 bits, also where it is written with a fraction of zero.
-std::optional<std::uint32_t> ReadUnsigned(const json& value) {
-  if (!value.is_number()) return std::nullopt;
-  const auto number = value.get<double>();
-  if (number < 0.0 || number > static_cast<double>(UINT32_MAX) || number != std::floor(number)) return std::nullopt;
-  return static_cast<std::uint32_t>(number);
+std::optional<std::uint32_t> ReadUnsigned(const JsonValue& value) {
+  const double* number = value.GetNumber();
+  if (number == nullptr || *number < 0.0 || *number > static_cast<double>(UINT32_MAX) ||
+      *number != std::floor(*number)) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint32_t>(*number);
 }
 
-std::optional<NodeType> ReadNumbers(const json& value) {
-  if (!value.is_array() || value.size() != 3) return std::nullopt;
-  const auto first = ReadUnsigned(value[0]);
-  const auto second = ReadUnsigned(value[1]);
-  const auto third = ReadUnsigned(value[2]);
+std::optional<NodeType> ReadTypeNumbers(const JsonValue& value) {
+  const JsonValue::Array* array = value.GetArray();
+  if (array == nullptr || array->size() != 3) return std::nullopt;
+  const auto first = ReadUnsigned((*array)[0]);
+  const auto second = ReadUnsigned((*array)[1]);
+  const auto third = ReadUnsigned((*array)[2]);
   if (!first || !second || !third) return std::nullopt;
   return NodeType(*first, *second, *third);
 }
 
 /// A value for a message.
-std::string Describe(const json& value) { return value.dump(-1, ' ', false, json::error_handler_t::replace); }
-
-std::string Place(const char* list, std::size_t index) { return std::string(list) + "[" + std::to_string(index) + "]"; }
+std::string Describe(const JsonValue& value) {
+  constexpr std::size_t kLongest = 40;
+  return MakeLine(FormatJsonLine(value, kLongest), kLongest);
+}
 
 }  // namespace
 
-DocumentReader::DocumentReader(GraphDocument& document, std::filesystem::path file, Findings& findings)
-    : document_(document), file_(std::move(file)), findings_(findings) {}
+DocumentReader::DocumentReader(GraphDocument& document, const std::string& name, std::filesystem::path folder,
+                               Findings& findings, const LoadOptions& options)
+    : document_(document),
+      content_(*document.content_),
+      lead_(KeepEnd(name, kLongestName) + ": "),
+      folder_(std::move(folder)),
+      findings_(findings),
+      options_(options) {}
 
-bool DocumentReader::Read() {
+bool DocumentReader::ReadFile(const std::filesystem::path& file) {
   std::error_code error;
   const auto fail = [&](const std::string& reason) {
-    findings_.errors.push_back("cannot read document " + Quote(file_.string()) + ": " + reason);
+    findings_.AddError("cannot read document " + QuotePath(file) + ": " + reason);
     return false;
   };
-  if (!std::filesystem::exists(file_, error)) return fail("there is no such file");
-  if (std::filesystem::is_directory(file_, error)) return fail("it is a folder");
-  std::ifstream stream(file_, std::ios::binary);
-  const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  if (!std::filesystem::exists(file, error)) return fail("there is no such file");
+  if (std::filesystem::is_directory(file, error)) return fail("it is a folder");
+  std::ifstream stream(file, std::ios::binary);
   if (!stream) return fail("it cannot be opened");
+  std::string text;
+  constexpr std::size_t kPiece = std::size_t{1} << 20;
+  while (stream && text.size() <= kMostBytes) {
+    const std::size_t before = text.size();
+    text.resize(before + kPiece);
+    stream.read(text.data() + before, static_cast<std::streamsize>(kPiece));
+    text.resize(before + static_cast<std::size_t>(stream.gcount()));
+  }
+  if (stream.bad()) return fail("reading it failed");
   ReadText(text);
   return true;
 }
 
-void DocumentReader::ReadText(const std::string& text) {
-  // The parser keeps the last of two values under one key; here that is an error.
-  std::vector<std::set<std::string>> open_objects;
-  const auto watch_keys = [&](int, json::parse_event_t event, const json& parsed) {
-    if (event == json::parse_event_t::object_start) open_objects.emplace_back();
-    if (event == json::parse_event_t::object_end) open_objects.pop_back();
-    if (event == json::parse_event_t::key && !open_objects.back().insert(parsed.get<std::string>()).second) {
-      AddError("the key " + Quote(parsed.get<std::string>()) + " is there twice in one object");
-    }
-    return true;
+void DocumentReader::ReadText(std::string_view text) {
+  content_.folder = folder_;
+  const std::size_t before = findings_.errors.size();
+  const std::size_t further = findings_.further_errors;
+  const auto refuse = [&](const std::string& problem) {
+    findings_.errors.resize(before);
+    findings_.further_errors = further;
+    AddError(problem);
   };
-  try {
-    ReadDocument(json::parse(text, watch_keys));
-  } catch (const json::exception& error) {
-    AddError(DescribeJsonError(error));
+  if (text.size() > kMostBytes) {
+    refuse("it is larger than " + std::to_string(kMostBytes >> 20) + " MiB");
+    return;
   }
+  const std::string problem = ParseDocument(text, *this);
+  if (!problem.empty()) {
+    refuse(problem);
+    return;
+  }
+  const auto version = version_ ? ReadUnsigned(*version_) : std::nullopt;
+  if (version && *version > kNewestVersion) {
+    // What else looks wrong may well be right in that version.
+    refuse("\"version\" is " + std::to_string(*version) + "; this program reads versions " +
+           std::to_string(kOldestVersion) + " to " + std::to_string(kNewestVersion));
+    return;
+  }
+  ReadRest();
+  AddHeadErrors(before);
 }
 
-void DocumentReader::ReadDocument(const json& document) {
-  if (!CheckObject(document, "the document", {"format", "version", "nodes", "connections", "outputs"})) return;
-  if (!document.contains("format") || document["format"] != kFormat) {
+void DocumentReader::AddHeadErrors(std::size_t before) {
+  if (!is_object_) return;
+  const auto from = findings_.errors.begin() + static_cast<std::ptrdiff_t>(before);
+  const std::vector<std::string> others(std::make_move_iterator(from), std::make_move_iterator(findings_.errors.end()));
+  findings_.errors.resize(before);
+  const std::string* format = format_ ? format_->GetText() : nullptr;
+  if (format == nullptr || *format != kFormat) {
     AddError("\"format\" is not " + Quote(kFormat) + ", so this is no graph document");
   }
-  if (!document.contains("version") || ReadUnsigned(document["version"]) != kVersion) {
-    AddError("\"version\" is not " + std::to_string(kVersion) + ", the one version that can be read");
+  const auto version = version_ ? ReadUnsigned(*version_) : std::nullopt;
+  if (!version || *version < kOldestVersion) {
+    AddError("\"version\" is " + (version_ ? Describe(*version_) : "missing") + "; this program reads versions " +
+             std::to_string(kOldestVersion) + " to " + std::to_string(kNewestVersion));
   }
-  if (!document.contains("nodes")) AddError("\"nodes\" is missing");
-
-  const auto read_list = [&](const char* key, void (DocumentReader::*read)(const json&, std::size_t)) {
-    if (!document.contains(key)) return;
-    const json& list = document[key];
-    if (!list.is_array()) {
-      AddError(Quote(key) + " is not a list");
-      return;
-    }
-    for (std::size_t index = 0; index < list.size(); ++index) (this->*read)(list[index], index);
-  };
-  read_list("nodes", &DocumentReader::ReadNode);
-  read_list("connections", &DocumentReader::ReadConnection);
-  read_list("outputs", &DocumentReader::ReadOutput);
+  if (!lists_.contains(DocumentList::kNodes)) AddError("\"nodes\" is missing");
+  findings_.errors.insert(findings_.errors.end(), others.begin(), others.end());
 }
 
-void DocumentReader::ReadNode(const json& node, std::size_t index) {
-  const std::string place = Place("nodes", index);
-  if (!CheckObject(node, place, {"id", "type", "enabled", "attributeVersion", "attributes"})) return;
+void DocumentReader::OnValue(const std::string& key, const JsonValue& value) {
+  if (key == "format") {
+    format_ = value;
+  } else if (key == "version") {
+    version_ = value;
+  } else if (key == "$schema") {
+    if (value.GetText() != nullptr) {
+      content_.schema = *value.GetText();
+    } else {
+      AddError("\"$schema\" is not a string");
+    }
+  } else if (key == "view") {
+    ReadView(value);
+  } else {
+    AddError("the document: the key " + Quote(key) +
+             " is unknown; known are $schema, format, version, nodes, connections, outputs, frames, view");
+  }
+}
+
+void DocumentReader::OnObject() { is_object_ = true; }
+
+void DocumentReader::OnList(DocumentList list) { lists_.insert(list); }
+
+void DocumentReader::OnEntry(DocumentList list, std::size_t index, JsonValue entry) {
+  const std::string place = DescribePlace(list, index);
+  // A node type of a library answers for its names, and need not keep its exceptions to itself.
+  const Status status = CallGuarded("its node type", [&] {
+    switch (list) {
+      case DocumentList::kNodes: ReadNode(entry, place); break;
+      case DocumentList::kConnections: ReadConnection(entry, index, place); break;
+      case DocumentList::kOutputs: ReadOutput(entry, index, place); break;
+      case DocumentList::kFrames: ReadFrame(entry, place); break;
+    }
+  });
+  if (status.IsError()) AddError(place + ": " + status.GetMessage());
+}
+
+void DocumentReader::OnFault(const std::string& text) { AddError(text); }
+
+// ---- Nodes ----
+
+void DocumentReader::ReadNode(const JsonValue& node, const std::string& place) {
+  if (!CheckObject(node, place, {"id", "type", "enabled", "attributeVersion", "attributes", "position", "note"})) {
+    return;
+  }
   std::string id;
   const bool has_id = ReadString(node, place, "id", id);
   const std::string what = has_id ? "node " + Quote(id) : place;
-
-  const NodeCatalog& catalog = document_.engine_.GetCatalog();
+  const JsonValue* type = node.Find("type");
   const NodeInterface* descriptor = nullptr;
-  if (!node.contains("type")) {
+  if (type == nullptr) {
     AddError(what + ": \"type\" is missing");
-  } else if (const json& type = node["type"]; type.is_string()) {
-    const auto name = type.get<std::string>();
-    descriptor = catalog.FindTypeName(name);
-    if (descriptor == nullptr) {
-      // A display name is no type name, but says which type is meant.
-      const NodeInterface* meant = catalog.FindWritten(name);
-      const std::string close = meant != nullptr ? meant->GetNodeFactory()->GetTypeName() : catalog.Suggest(name);
-      AddError(what + ": there is no node type " + Quote(name) + (close.empty() ? "" : "; the closest is " + close));
-    }
-  } else if (const auto numbers = ReadNumbers(type)) {
-    descriptor = catalog.Find(*numbers);
-    if (descriptor == nullptr) AddError(what + ": there is no node type [" + numbers->ToString() + "]");
-  } else {
+  } else if (type->GetText() == nullptr && !ReadTypeNumbers(*type)) {
     AddError(what + ": \"type\" is neither a type name nor its three numbers");
+  } else {
+    descriptor = FindType(*type);
+    if (descriptor == nullptr) {
+      const bool is_kept = has_id && options_.unknown_types == UnknownTypes::kKeep;
+      if (is_kept) {
+        KeepPlaceholder(node, what, id, place);
+        return;
+      }
+      AddError(what + ": " + content_.DescribeUnknownType(*type));
+    }
   }
   if (!has_id) return;
   if (descriptor == nullptr) {
-    broken_ids_.insert(id);
+    faulty_ids_.insert(id);
     return;
   }
   Status status;
-  Node* created = document_.AddNode(id, descriptor->GetNodeType(), status);
+  const Node* created = document_.AddNode(id, descriptor->GetNodeType(), status);
   if (created == nullptr) {
-    AddError(place + ": " + status.GetMessage());
+    AddError(place + ", \"id\": " + status.GetMessage());
+    if (!document_.HasId(id)) faulty_ids_.insert(id);
     return;
   }
-  for (std::size_t i = 0; i < created->GetNumAttributes(); ++i) {
-    created->GetAttribute(i)->SetFolder(file_.parent_path());
-  }
+  DocumentEntry& entry = *content_.Find(id);
+  entry.gave_numbers = type->GetText() == nullptr;
+  ReadNodeKeys(node, what, entry);
+}
 
-  if (node.contains("enabled")) {
-    if (node["enabled"].is_boolean()) {
-      created->SetEnabled(node["enabled"].get<bool>());
-    } else {
+void DocumentReader::ReadNodeKeys(const JsonValue& node, const std::string& what, DocumentEntry& entry) {
+  if (const JsonValue* enabled = node.Find("enabled")) {
+    entry.gave_enabled = true;
+    if (enabled->GetFlag() == nullptr) {
       AddError(what + ": \"enabled\" takes true or false");
-    }
-  }
-  if (node.contains("attributeVersion")) {
-    if (const auto version = ReadUnsigned(node["attributeVersion"])) {
-      document_.entries_[id].attribute_version = *version;
+    } else if (entry.node != nullptr) {
+      entry.node->SetEnabled(*enabled->GetFlag());
     } else {
-      AddError(what + ": \"attributeVersion\" takes a whole number from 0");
+      entry.placeholder->enabled = *enabled->GetFlag();
     }
   }
-  if (node.contains("attributes")) ReadAttributes(node["attributes"], id);
+  if (const JsonValue* version = node.Find("attributeVersion")) {
+    const auto number = ReadUnsigned(*version);
+    entry.gave_version = true;
+    if (!number) {
+      AddError(what + ": \"attributeVersion\" takes a whole number from 0");
+    } else if (entry.node != nullptr) {
+      entry.attribute_version = *number;
+    } else {
+      entry.placeholder->attribute_version = *number;
+    }
+  }
+  if (const JsonValue* attributes = node.Find("attributes")) {
+    if (attributes->GetObject() == nullptr) {
+      AddError(what + ": \"attributes\" is not an object");
+    } else if (entry.node != nullptr) {
+      ReadAttributes(*attributes, entry);
+    } else {
+      entry.placeholder->attributes = *attributes;
+    }
+  }
+  const auto position = ReadOptionalNumbers(node, what, "position", 2, "x, y");
+  if (position) entry.position = Point{(*position)[0], (*position)[1]};
+  ReadOptionalString(node, what, "note", entry.note);
 }
 
-void DocumentReader::ReadAttributes(const json& attributes, const std::string& id) {
-  if (!attributes.is_object()) {
-    AddError("node " + Quote(id) + ": \"attributes\" is not an object");
+void DocumentReader::KeepPlaceholder(const JsonValue& node, const std::string& what, const std::string& id,
+                                     const std::string& place) {
+  Status status;
+  DocumentEntry* entry = content_.AddEntry(id, status);
+  if (entry == nullptr) {
+    AddError(place + ", \"id\": " + status.GetMessage());
+    if (!document_.HasId(id)) faulty_ids_.insert(id);
     return;
   }
-  const auto& entry = document_.entries_[id];
-  // By current name; a name that is current itself comes first.
-  std::map<std::string, std::vector<std::string>> written_names;
-  for (const auto& [written, value] : attributes.items()) {
-    const std::string current = entry.node->TranslateAttributeName(entry.attribute_version, written);
-    auto& names = written_names[current];
-    names.insert(written == current ? names.begin() : names.end(), written);
+  entry->placeholder = std::make_unique<Placeholder>();
+  entry->placeholder->type = *node.Find("type");
+  ReadNodeKeys(node, what, *entry);
+  AddNote(what + ": " + content_.DescribeUnknownType(entry->placeholder->type) + "; the node is kept as it is written");
+  content_.Tell(&DocumentObserver::OnNodeAdded, id);
+}
+
+const NodeInterface* DocumentReader::FindType(const JsonValue& type) {
+  const NodeCatalog& catalog = content_.engine.GetCatalog();
+  if (type.GetText() == nullptr) return catalog.Find(*ReadTypeNumbers(type));
+  if (types_.empty()) {
+    for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
+      types_.emplace(descriptor->GetNodeFactory()->GetTypeName(), descriptor);
+    }
   }
-  for (const auto& [current, names] : written_names) {
-    ReadAttribute(id, names.front(), attributes[names.front()]);
-    for (std::size_t i = 1; i < names.size(); ++i) {
-      AddNote(Quote(id + "." + names[i]) + " is an old name of " + Quote(current) + " and passed over, since " +
-              Quote(names.front()) + " is given too");
+  const auto found = types_.find(*type.GetText());
+  return found == types_.end() ? nullptr : found->second;
+}
+
+void DocumentReader::ReadAttributes(const JsonValue& attributes, DocumentEntry& entry) {
+  // By current name, in the order of the document; a name that is current itself comes first.
+  struct Given {
+    std::string current;
+    std::vector<const JsonMember*> members;
+  };
+  std::vector<Given> given;
+  std::unordered_map<std::string, std::size_t> places;
+  for (const JsonMember& member : *attributes.GetObject()) {
+    const std::string current = entry.node->TranslateAttributeName(entry.attribute_version, member.key);
+    const auto [place, is_new] = places.emplace(current, given.size());
+    if (is_new) given.push_back({current, {}});
+    auto& members = given[place->second].members;
+    members.insert(member.key == current ? members.begin() : members.end(), &member);
+  }
+  for (const auto& [current, members] : given) {
+    ReadAttribute(members.front()->key, members.front()->value, entry);
+    for (std::size_t i = 1; i < members.size(); ++i) {
+      AddNote(Quote(entry.id + "." + members[i]->key) + " is an old name of " + Quote(current) +
+              " and ignored, since " + Quote(members.front()->key) + " is given too");
     }
   }
 }
 
-void DocumentReader::ReadAttribute(const std::string& id, const std::string& written, const json& value) {
-  const auto& entry = document_.entries_[id];
-  const std::string what = Quote(id + "." + written);
-  const std::string current = entry.node->TranslateAttributeName(entry.attribute_version, written);
-  std::vector<std::string> names;
-  Attribute* attribute = nullptr;
-  for (std::size_t i = 0; i < entry.node->GetNumAttributes(); ++i) {
-    names.push_back(entry.node->GetAttribute(i)->GetName());
-    if (names.back() == current) attribute = entry.node->GetAttribute(i);
-  }
-  if (attribute == nullptr) {
-    if (entry.node->IsObsoleteAttribute(entry.attribute_version, written.c_str())) {
-      AddNote(what + " is obsolete and passed over");
-    } else {
-      AddError(what + ": " + entry.node->GetName() + " has no such attribute" +
-               (names.empty() ? "" : "; it has " + JoinNames(names)));
+void DocumentReader::ReadAttribute(const std::string& written, const JsonValue& value, DocumentEntry& entry) {
+  const Node& node = *entry.node;
+  const std::string current = node.TranslateAttributeName(entry.attribute_version, written);
+  const std::size_t count = node.GetNumAttributes();
+  std::size_t id = 0;
+  while (id < count && node.GetAttribute(id)->GetName() != current) ++id;
+  if (id == count) {
+    const std::string what = Quote(entry.id + "." + written);
+    if (node.IsObsoleteAttribute(entry.attribute_version, written.c_str())) {
+      AddNote(what + " is obsolete and ignored");
+      return;
     }
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < count; ++i) names.push_back(node.GetAttribute(i)->GetName());
+    AddError(what + ": " + node.GetName() + " has no such attribute" +
+             (names.empty() ? "" : "; it has " + JoinNames(names)));
     return;
   }
   std::vector<std::string> notes;
-  const Status status = SetAttributeFromJson(*attribute, value, notes);
-  if (status.IsError()) AddError(what + ": " + status.GetMessage());
-  for (const std::string& note : notes) AddNote(what + ": " + note);
+  const Status status = SetAttributeFromJson(*node.GetAttribute(id), value, notes);
+  entry.gave_attributes.resize(count);
+  entry.gave_attributes[id] = true;
+  if (status.IsError()) AddError(Quote(entry.id + "." + written) + ": " + status.GetMessage());
+  for (const std::string& note : notes) AddNote(Quote(entry.id + "." + written) + ": " + note);
 }
 
-void DocumentReader::ReadConnection(const json& connection, std::size_t index) {
-  const std::string place = Place("connections", index);
+// ---- Connections and outputs ----
+
+void DocumentReader::ReadConnection(const JsonValue& connection, std::size_t index, const std::string& place) {
   if (!CheckObject(connection, place, {"from", "to", "index"})) return;
-  std::string from;
-  std::string to;
-  const bool has_from = ReadString(connection, place, "from", from);
-  if (!ReadString(connection, place, "to", to) || !has_from) return;
-  std::uint32_t to_index = 0;
-  if (connection.contains("index")) {
-    const auto number = ReadUnsigned(connection["index"]);
+  PendingConnection pending;
+  pending.place = index;
+  const bool has_from = ReadString(connection, place, "from", pending.from);
+  if (!ReadString(connection, place, "to", pending.to) || !has_from) return;
+  if (const JsonValue* given = connection.Find("index")) {
+    const auto number = ReadUnsigned(*given);
     if (!number) {
       AddError(place + ": \"index\" takes a whole number from 0");
       return;
     }
-    to_index = *number;
+    pending.index = *number;
+    pending.gave_index = true;
   }
-  if (IsOfBrokenNode(from) || IsOfBrokenNode(to)) return;
-  const Status status = document_.Connect(from, to, to_index);
-  if (status.IsError()) AddError(place + " " + Quote(from) + " to " + Quote(to) + ": " + status.GetMessage());
+  connections_.push_back(std::move(pending));
 }
 
-void DocumentReader::ReadOutput(const json& output, std::size_t index) {
-  const std::string place = Place("outputs", index);
-  if (!CheckObject(output, place, {"from", "path", "type"})) return;
-  std::string from;
-  std::string path;
-  const bool has_from = ReadString(output, place, "from", from);
-  if (!ReadString(output, place, "path", path) || !has_from) return;
-  SampleType type = SampleType::kFloat;
-  if (output.contains("type")) {
-    const auto found =
-        output["type"].is_string() ? FindSampleType(output["type"].get<std::string>()) : std::optional<SampleType>();
-    if (!found) {
-      AddError(place + ": \"type\" takes one of the words float, half, uint16, uint8, not " + Describe(output["type"]));
-      return;
+void DocumentReader::ReadOutput(const JsonValue& output, std::size_t index, const std::string& place) {
+  if (!CheckObject(output, place, {"from", "path", "type", "samples", "opacity", "metadata", "layer"})) return;
+  PendingOutput pending;
+  pending.place = index;
+  bool is_good = ReadString(output, place, "from", pending.output.from);
+  is_good = ReadString(output, place, "path", pending.output.path) && is_good;
+  for (const OutputWords& known : GetOutputWords()) {
+    const JsonValue* word = output.Find(known.key);
+    if (word == nullptr) continue;
+    const std::string* text = word->GetText();
+    if (text != nullptr && std::find(known.words.begin(), known.words.end(), *text) != known.words.end()) {
+      pending.output.*known.word = *text;
+      continue;
     }
-    type = *found;
+    AddError(place + ": \"" + known.key + "\" takes one of the words " + JoinNames(known.words) + ", not " +
+             Describe(*word));
+    is_good = false;
   }
-  if (IsOfBrokenNode(from)) return;
-  const auto folder = file_.parent_path();
-  const Status status = document_.AddOutput(from, MakePath(path, folder), type);
-  if (status.IsError()) AddError(place + ": " + status.GetMessage());
+  is_good = ReadOptionalString(output, place, "layer", pending.output.layer) && is_good;
+  if (is_good) outputs_.push_back(std::move(pending));
 }
 
-void DocumentReader::AddError(const std::string& text) { findings_.errors.push_back(file_.string() + ": " + text); }
+void DocumentReader::ReadRest() {
+  for (const PendingConnection& connection : connections_) {
+    if (IsOfFaultyNode(connection.from) || IsOfFaultyNode(connection.to)) continue;
+    Status status;
+    const Status guarded = CallGuarded("a node type", [&] {
+      status = content_.Connect(connection.from, connection.to, connection.index, connection.gave_index);
+    });
+    if (guarded.IsError()) status = guarded;
+    if (status.IsError()) {
+      AddError(DescribePlace(DocumentList::kConnections, connection.place) + " " + Quote(connection.from) + " to " +
+               Quote(connection.to) + ": " + status.GetMessage());
+    }
+  }
+  for (const PendingOutput& output : outputs_) {
+    if (IsOfFaultyNode(output.output.from)) continue;
+    const Status status = document_.AddOutput(output.output);
+    if (status.IsError()) {
+      AddError(DescribePlace(DocumentList::kOutputs, output.place) + ": " + status.GetMessage());
+    }
+  }
+  if (!view_) return;
+  OutputEntry shown;
+  if (!view_->shown.empty() && content_.FindImageOutput(view_->shown, shown).IsError()) {
+    if (!IsOfFaultyNode(view_->shown)) {
+      AddNote("\"view\": " + Quote(view_->shown) + " is no image output, so nothing is shown");
+    }
+    view_->shown.clear();
+  }
+  content_.view = view_;
+  content_.Tell(&DocumentObserver::OnViewChanged);
+}
 
-void DocumentReader::AddNote(const std::string& text) { findings_.notes.push_back(file_.string() + ": " + text); }
+bool DocumentReader::IsOfFaultyNode(const std::string& plug) const {
+  return !faulty_ids_.empty() && faulty_ids_.contains(plug.substr(0, plug.rfind('.')));
+}
 
-bool DocumentReader::CheckObject(const json& json, const std::string& what, std::initializer_list<const char*> keys) {
-  if (!json.is_object()) {
+// ---- For people and editors ----
+
+void DocumentReader::ReadFrame(const JsonValue& value, const std::string& place) {
+  if (!CheckObject(value, place, {"title", "box", "color"})) return;
+  DocumentFrame frame;
+  bool is_good = ReadOptionalString(value, place, "title", frame.title);
+  is_good = ReadOptionalString(value, place, "color", frame.color) && is_good;
+  if (value.Find("box") == nullptr) AddError(place + ": \"box\" is missing");
+  const auto box = ReadOptionalNumbers(value, place, "box", 4, "x, y, width, height");
+  if (!box || !is_good) return;
+  frame.box = {(*box)[0], (*box)[1], (*box)[2], (*box)[3]};
+  const Status status = GraphDocument::Content::CheckFrame(frame);
+  if (status.IsError()) {
+    AddError(place + ": " + status.GetMessage());
+    return;
+  }
+  content_.frames.push_back(std::move(frame));
+  content_.Tell(&DocumentObserver::OnFramesChanged);
+}
+
+void DocumentReader::ReadView(const JsonValue& value) {
+  const std::string what = "\"view\"";
+  if (!CheckObject(value, what, {"center", "zoom", "shown"})) return;
+  DocumentView view;
+  const auto center = ReadOptionalNumbers(value, what, "center", 2, "x, y");
+  if (center) view.center = Point{(*center)[0], (*center)[1]};
+  if (const JsonValue* zoom = value.Find("zoom")) {
+    // Anything but a number counts as 0, which is no zoom either.
+    view.zoom = zoom->GetNumber() != nullptr ? *zoom->GetNumber() : 0.0;
+  }
+  const bool is_good = ReadOptionalString(value, what, "shown", view.shown);
+  const Status status = GraphDocument::Content::CheckView(view);
+  if (status.IsError()) {
+    AddError(what + ": " + status.GetMessage());
+  } else if (is_good) {
+    view_ = std::move(view);
+  }
+}
+
+// ---- What all share ----
+
+void DocumentReader::AddError(const std::string& text) { findings_.AddError(lead_ + text); }
+
+void DocumentReader::AddNote(const std::string& text) { findings_.AddNote(lead_ + text); }
+
+bool DocumentReader::CheckObject(const JsonValue& value, const std::string& what,
+                                 std::initializer_list<std::string_view> keys) {
+  const JsonValue::Object* object = value.GetObject();
+  if (object == nullptr) {
     AddError(what + " is not an object");
     return false;
   }
-  for (const auto& [key, value] : json.items()) {
-    const bool known = std::find(keys.begin(), keys.end(), key) != keys.end();
-    if (known) continue;
-    AddError(what + ": the key " + Quote(key) + " is unknown; known are " +
+  for (const JsonMember& member : *object) {
+    const bool is_known = std::find(keys.begin(), keys.end(), member.key) != keys.end();
+    if (is_known) continue;
+    AddError(what + ": the key " + Quote(member.key) + " is unknown; known are " +
              JoinNames(std::vector<std::string>(keys.begin(), keys.end())));
   }
   return true;
 }
 
-bool DocumentReader::ReadString(const json& json, const std::string& what, const char* key, std::string& value) {
-  if (!json.contains(key)) {
-    AddError(what + ": " + Quote(key) + " is missing");
+bool DocumentReader::ReadString(const JsonValue& object, const std::string& what, const char* key, std::string& value) {
+  const JsonValue* found = object.Find(key);
+  if (found == nullptr) {
+    AddError(what + ": \"" + key + "\" is missing");
     return false;
   }
-  if (!json[key].is_string() || json[key].get<std::string>().empty()) {
-    AddError(what + ": " + Quote(key) + " is not a string with something in it");
+  if (found->GetText() == nullptr || found->GetText()->empty()) {
+    AddError(what + ": \"" + key + "\" is not a string with something in it");
     return false;
   }
-  value = json[key].get<std::string>();
+  value = *found->GetText();
   return true;
 }
 
-bool DocumentReader::IsOfBrokenNode(const std::string& plug) const {
-  return broken_ids_.contains(plug.substr(0, plug.rfind('.')));
+bool DocumentReader::ReadOptionalString(const JsonValue& object, const std::string& what, const char* key,
+                                        std::string& value) {
+  const JsonValue* found = object.Find(key);
+  if (found == nullptr) return true;
+  if (found->GetText() == nullptr) {
+    AddError(what + ": \"" + key + "\" is not a string");
+    return false;
+  }
+  value = *found->GetText();
+  return true;
+}
+
+std::optional<std::vector<double>> DocumentReader::ReadOptionalNumbers(const JsonValue& object, const std::string& what,
+                                                                       const char* key, std::size_t count,
+                                                                       const char* names) {
+  const JsonValue* found = object.Find(key);
+  if (found == nullptr) return std::nullopt;
+  auto numbers = ReadNumbers(*found);
+  if (numbers && numbers->size() == count) return numbers;
+  AddError(what + ": \"" + key + "\" takes " + std::to_string(count) + " numbers (" + names + "), not " +
+           Describe(*found));
+  return std::nullopt;
 }
 
 }  // namespace ScEng

@@ -2,145 +2,291 @@
 #include "Host/Documents/GraphDocument.h"
 
 #include <algorithm>
-#include <system_error>
+#include <cmath>
 #include <utility>
 
 #include "Host/Documents/AttributeText.h"
+#include "Host/Documents/DocumentContent.h"
 #include "Host/Documents/DocumentReader.h"
+#include "Host/Documents/DocumentWriter.h"
+#include "Host/Documents/MessageText.h"
+#include "Host/Tools/Guard.h"
 
 namespace ScEng {
 namespace {
 
-std::string Quote(const std::string& text) { return "\"" + text + "\""; }
+// Enough for a few misspelt ids in a large document.
+constexpr std::size_t kMostComparisons = 200'000;
 
-std::vector<std::string> NamesOf(const std::vector<PlugRecord>& plugs) {
-  std::vector<std::string> names;
-  names.reserve(plugs.size());
-  for (const PlugRecord& plug : plugs) names.push_back(plug.name);
-  return names;
+Status MakePlaceError(const char* what, std::size_t index, std::size_t count) {
+  return Status::Error(std::string("there is no ") + what + " " + std::to_string(index) + "; the document has " +
+                       std::to_string(count));
 }
 
-/// One spelling of a path for comparing.
-std::filesystem::path Normalize(const std::filesystem::path& file) {
-  std::error_code error;
-  const auto canonical = std::filesystem::weakly_canonical(std::filesystem::absolute(file), error);
-  return error ? std::filesystem::absolute(file).lexically_normal() : canonical;
-}
-
-/// The attribute that holds the file which a node reads or writes; null where it does neither.
-Attribute* FindPathAttribute(const Node& node, Attribute::StringUse use) {
-  for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
-    Attribute* attribute = node.GetAttribute(i);
-    if (attribute->GetKind() == Attribute::Kind::kString && attribute->GetStringUse() == use) return attribute;
-  }
-  return nullptr;
-}
-
-std::filesystem::path GetFile(const Attribute& attribute) {
-  const std::string written = attribute.GetValue().GetText();
-  return written.empty() ? std::filesystem::path() : MakePath(written, attribute.GetFolder());
-}
-
-void SetFile(Attribute& attribute, const std::filesystem::path& file) {
-  attribute.SetString(std::filesystem::absolute(file).string(), false);
+/// "before.plug" as "now.plug"; any other plug as it is.
+void RenamePlug(std::string& plug, const std::string& before, const std::string& now) {
+  const std::size_t dot = plug.rfind('.');
+  if (dot == before.size() && plug.starts_with(before)) plug.replace(0, dot, now);
 }
 
 }  // namespace
 
-GraphDocument::GraphDocument(std::shared_ptr<const NodeCatalog> catalog) : engine_(std::move(catalog)) {}
+DocumentObserver::~DocumentObserver() = default;
+void DocumentObserver::OnNodeAdded(const std::string&) {}
+void DocumentObserver::OnNodeRemoved(const std::string&) {}
+void DocumentObserver::OnNodeRenamed(const std::string&, const std::string&) {}
+void DocumentObserver::OnNodeChanged(const std::string&) {}
+void DocumentObserver::OnOrderChanged() {}
+void DocumentObserver::OnConnectionAdded(const DocumentConnection&) {}
+void DocumentObserver::OnConnectionRemoved(const DocumentConnection&) {}
+void DocumentObserver::OnOutputsChanged() {}
+void DocumentObserver::OnFramesChanged() {}
+void DocumentObserver::OnViewChanged() {}
+
+GraphDocument::GraphDocument(std::shared_ptr<const NodeCatalog> catalog)
+    : content_(std::make_unique<Content>(std::move(catalog))) {
+  content_->comparisons_left = kMostComparisons;
+}
 
 GraphDocument::~GraphDocument() = default;
 
-bool GraphDocument::Load(const std::filesystem::path& file, Findings& findings) {
-  return DocumentReader(*this, file, findings).Read();
+Engine& GraphDocument::GetEngine() { return content_->engine; }
+
+// ---- Loading and saving ----
+
+bool GraphDocument::Load(const std::filesystem::path& file, Findings& findings, const LoadOptions& options) {
+  return DocumentReader(*this, file.string(), file.parent_path(), findings, options).ReadFile(file);
 }
 
+void GraphDocument::LoadText(std::string_view text, const std::filesystem::path& folder, const std::string& name,
+                             Findings& findings, const LoadOptions& options) {
+  DocumentReader(*this, name, folder, findings, options).ReadText(text);
+}
+
+Status GraphDocument::Save(const std::filesystem::path& file) const {
+  std::string text;
+  const Status status = SaveText(text);
+  return status.IsError() ? Status::Error("cannot save " + QuotePath(file) + ": " + status.GetMessage())
+                          : WriteWholeFile(file, text);
+}
+
+Status GraphDocument::SaveText(std::string& text) const {
+  Status status;
+  const Status guarded = CallGuarded("a node type", [&] { status = DocumentWriter(*this).Write(text); });
+  return guarded.IsError() ? guarded : status;
+}
+
+// ---- Nodes ----
+
 Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status& status) {
-  if (id.empty() || entries_.contains(id)) {
-    status =
-        Status::Error(id.empty() ? "a node's id is empty" : "a node with the id " + Quote(id) + " is there already");
-    return nullptr;
-  }
-  Node* node = engine_.CreateNode(type);
-  if (node == nullptr) {
+  if (content_->engine.GetCatalog().Find(type) == nullptr) {
     status = Status::Error("node " + Quote(id) + ": there is no node type [" + type.ToString() + "]");
     return nullptr;
   }
-  ids_.push_back(id);
-  ids_by_node_[node] = id;
+  DocumentEntry* entry = content_->AddEntry(id, status);
+  if (entry == nullptr) return nullptr;
+  Node* node = content_->engine.CreateNode(type, status);
+  if (node == nullptr) {
+    content_->ids.pop_back();
+    content_->entries.erase(id);
+    status = Status::Error("node " + Quote(id) + ": " + status.GetMessage());
+    return nullptr;
+  }
+  entry->node = node;
+  entry->attribute_version = node->GetAttributeVersion();
+  content_->entries_by_node[node] = entry;
   node->SetLabel(id);
-  entries_[id] = {node, node->GetAttributeVersion()};
+  for (std::size_t i = 0; i < node->GetNumAttributes(); ++i) {
+    Attribute* attribute = node->GetAttribute(i);
+    if (attribute->GetKind() == Attribute::Kind::kString) attribute->SetFolder(content_->folder);
+  }
+  content_->Tell(&DocumentObserver::OnNodeAdded, id);
   return node;
 }
 
+Status GraphDocument::RemoveNode(const std::string& id) {
+  Status status;
+  const DocumentEntry* entry = content_->Find(id, status);
+  if (entry == nullptr) return status;
+  content_->RemoveConnections(
+      [&](const ConnectionEntry& connection) { return connection.from == entry || connection.to == entry; });
+  const std::size_t outputs = content_->outputs.size();
+  for (std::size_t i = outputs; i-- > 0;) {
+    if (content_->output_entries[i].entry != entry) continue;
+    content_->outputs.erase(content_->outputs.begin() + static_cast<std::ptrdiff_t>(i));
+    content_->output_entries.erase(content_->output_entries.begin() + static_cast<std::ptrdiff_t>(i));
+  }
+  if (content_->outputs.size() != outputs) content_->Tell(&DocumentObserver::OnOutputsChanged);
+  if (content_->view && content_->view->shown.substr(0, content_->view->shown.rfind('.')) == id) {
+    content_->view->shown.clear();
+    content_->Tell(&DocumentObserver::OnViewChanged);
+  }
+  if (Node* node = entry->node; node != nullptr) {
+    std::erase_if(content_->sources, [&](const auto& source) { return source.first.first == node; });
+    content_->entries_by_node.erase(node);
+    content_->engine.DeleteNode(node);
+  }
+  const std::string removed = id;
+  std::erase(content_->ids, removed);
+  content_->entries.erase(removed);
+  content_->Tell(&DocumentObserver::OnNodeRemoved, removed);
+  return {};
+}
+
+Status GraphDocument::RenameNode(const std::string& id, const std::string& now) {
+  Status status;
+  if (content_->Find(id, status) == nullptr || id == now) return status;
+  status = Content::CheckId(now);
+  if (status.IsError()) return status;
+  if (content_->entries.contains(now)) return Status::Error("a node with the id " + Quote(now) + " is there already");
+  const std::string before = id;
+  // The entry stays where it is in memory, so that what points to it holds.
+  auto handle = content_->entries.extract(before);
+  handle.key() = now;
+  DocumentEntry& entry = content_->entries.insert(std::move(handle)).position->second;
+  entry.id = now;
+  if (entry.node != nullptr) entry.node->SetLabel(now);
+  std::replace(content_->ids.begin(), content_->ids.end(), before, now);
+  content_->RenameTakenInputs(before, now);
+  for (std::size_t i = 0; i < content_->outputs.size(); ++i) {
+    if (content_->output_entries[i].entry == &entry) RenamePlug(content_->outputs[i].from, before, now);
+  }
+  if (content_->view) RenamePlug(content_->view->shown, before, now);
+  content_->Tell(&DocumentObserver::OnNodeRenamed, before, now);
+  return {};
+}
+
+Status GraphDocument::MoveNode(const std::string& id, std::size_t place) {
+  Status status;
+  if (content_->Find(id, status) == nullptr) return status;
+  auto& ids = content_->ids;
+  const std::string moved = id;
+  ids.erase(std::find(ids.begin(), ids.end(), moved));
+  ids.insert(ids.begin() + static_cast<std::ptrdiff_t>(std::min(place, ids.size())), moved);
+  content_->Tell(&DocumentObserver::OnOrderChanged);
+  return {};
+}
+
 Node* GraphDocument::FindNode(const std::string& id) const {
-  const auto found = entries_.find(id);
-  return found == entries_.end() ? nullptr : found->second.node;
+  const DocumentEntry* entry = content_->Find(id);
+  return entry == nullptr ? nullptr : entry->node;
+}
+
+bool GraphDocument::HasId(const std::string& id) const { return content_->Find(id) != nullptr; }
+
+bool GraphDocument::IsPlaceholder(const std::string& id) const {
+  const DocumentEntry* entry = content_->Find(id);
+  return entry != nullptr && entry->node == nullptr;
 }
 
 std::string GraphDocument::GetId(const Node& node) const {
-  const auto found = ids_by_node_.find(&node);
-  return found == ids_by_node_.end() ? std::string() : found->second;
+  const auto found = content_->entries_by_node.find(&node);
+  return found == content_->entries_by_node.end() ? std::string() : found->second->id;
 }
 
-GraphDocument::Entry* GraphDocument::FindPlugNode(const std::string& plug, std::string& name, Status& status) {
-  const std::size_t dot = plug.rfind('.');
-  if (dot == std::string::npos || dot == 0 || dot + 1 == plug.size()) {
-    status = Status::Error(Quote(plug) + " is not of the form NODE.NAME");
-    return nullptr;
+const std::vector<std::string>& GraphDocument::GetIds() const { return content_->ids; }
+
+Status GraphDocument::SetEnabled(const std::string& id, bool enabled) {
+  Status status;
+  const DocumentEntry* entry = content_->Find(id, status);
+  if (entry == nullptr) return status;
+  if (entry->node != nullptr) {
+    entry->node->SetEnabled(enabled);
+  } else {
+    entry->placeholder->enabled = enabled;
   }
-  const std::string id = plug.substr(0, dot);
-  name = plug.substr(dot + 1);
-  const auto found = entries_.find(id);
-  if (found == entries_.end()) {
-    const std::string close = FindClosest(id, ids_);
-    status = Status::Error("there is no node " + Quote(id) + (close.empty() ? "" : "; the closest is " + Quote(close)));
-    return nullptr;
-  }
-  return &found->second;
+  content_->Tell(&DocumentObserver::OnNodeChanged, id);
+  return {};
 }
+
+bool GraphDocument::IsEnabled(const std::string& id) const {
+  const DocumentEntry* entry = content_->Find(id);
+  if (entry == nullptr) return true;
+  return entry->node != nullptr ? entry->node->IsEnabled() : entry->placeholder->enabled;
+}
+
+Status GraphDocument::SetPosition(const std::string& id, const std::optional<Point>& position) {
+  Status status;
+  DocumentEntry* entry = content_->Find(id, status);
+  if (entry == nullptr) return status;
+  if (position && (!std::isfinite(position->x) || !std::isfinite(position->y))) {
+    return Status::Error("node " + Quote(id) + ": a position takes 2 finite numbers (x, y)");
+  }
+  entry->position = position;
+  content_->Tell(&DocumentObserver::OnNodeChanged, id);
+  return {};
+}
+
+std::optional<Point> GraphDocument::GetPosition(const std::string& id) const {
+  const DocumentEntry* entry = content_->Find(id);
+  return entry == nullptr ? std::nullopt : entry->position;
+}
+
+Status GraphDocument::SetNote(const std::string& id, const std::string& note) {
+  Status status;
+  DocumentEntry* entry = content_->Find(id, status);
+  if (entry == nullptr) return status;
+  if (!IsUtf8(note)) return Status::Error("node " + Quote(id) + ": the note is not UTF-8");
+  entry->note = note;
+  content_->Tell(&DocumentObserver::OnNodeChanged, id);
+  return {};
+}
+
+std::string GraphDocument::GetNote(const std::string& id) const {
+  const DocumentEntry* entry = content_->Find(id);
+  return entry == nullptr ? std::string() : entry->note;
+}
+
+// ---- Connections ----
 
 Status GraphDocument::Connect(const std::string& from, const std::string& to, unsigned index) {
-  Status status;
-  std::string from_plug;
-  std::string to_plug;
-  const Entry* from_entry = FindPlugNode(from, from_plug, status);
-  if (from_entry == nullptr) return status;
-  const Entry* to_entry = FindPlugNode(to, to_plug, status);
-  if (to_entry == nullptr) return status;
-  if (from_entry->node->GetOutplugIndex(from_plug) < 0) {
-    const auto names = NamesOf(from_entry->node->GetOutplugs());
-    return Status::Error(from_entry->node->GetName() + " has no output " + Quote(from_plug) +
-                         (names.empty() ? "" : "; it has " + JoinNames(names)));
-  }
-  const auto inplugs = NamesOf(to_entry->node->GetInplugs());
-  if (std::find(inplugs.begin(), inplugs.end(), to_plug) == inplugs.end()) {
-    to_plug = to_entry->node->TranslateAttributeName(to_entry->attribute_version, to_plug);
-  }
-  if (std::find(inplugs.begin(), inplugs.end(), to_plug) == inplugs.end()) {
-    return Status::Error(to_entry->node->GetName() + " has no input or attribute " + Quote(to_plug) +
-                         (inplugs.empty() ? "" : "; it has " + JoinNames(inplugs)));
-  }
-  return engine_.Connect(from_entry->node, from_plug, 0, to_entry->node, to_plug, index);
+  return content_->Connect(from, to, index, false);
 }
+
+Status GraphDocument::Disconnect(const std::string& from, const std::string& to, unsigned index) {
+  ConnectionEntry wanted;
+  const Status status = content_->FindEnds(from, to, wanted);
+  if (status.IsError()) return status;
+  const std::size_t before = content_->connections.size();
+  content_->RemoveConnections([&](const ConnectionEntry& connection) {
+    return connection.from == wanted.from && connection.outplug == wanted.outplug && connection.to == wanted.to &&
+           connection.inplug == wanted.inplug && connection.index == index;
+  });
+  if (content_->connections.size() != before) return {};
+  return Status::Error("there is no connection from " + Quote(from) + " to " + Quote(to) + " at index " +
+                       std::to_string(index));
+}
+
+std::vector<DocumentConnection> GraphDocument::GetConnections() const {
+  std::vector<DocumentConnection> connections;
+  connections.reserve(content_->connections.size());
+  for (const ConnectionEntry& connection : content_->connections) {
+    connections.push_back(Content::Describe(connection));
+  }
+  return connections;
+}
+
+// ---- Attributes ----
 
 Status GraphDocument::SetAttribute(const std::string& attribute, const std::string& text,
                                    std::vector<std::string>& notes) {
   Status status;
   std::string name;
-  const Entry* entry = FindPlugNode(attribute, name, status);
+  const DocumentEntry* entry = content_->FindPlugNode(attribute, name, status);
   if (entry == nullptr) return status;
-  Attribute* found = entry->node->GetAttribute(name);
+  if (entry->node == nullptr) {
+    return Status::Error(Quote(attribute) + ": the node is of a type that is unknown here");
+  }
+  const Node& node = *entry->node;
+  Attribute* found = node.GetAttribute(name);
   if (found == nullptr) {
-    if (entry->node->IsObsoleteAttribute(0, name.c_str())) {
-      notes.push_back(Quote(attribute) + " is obsolete and passed over");
+    if (node.IsObsoleteAttribute(0, name.c_str())) {
+      notes.push_back(Quote(attribute) + " is obsolete and ignored");
       return {};
     }
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < entry->node->GetNumAttributes(); ++i) {
-      names.push_back(entry->node->GetAttribute(i)->GetName());
-    }
-    return Status::Error(Quote(attribute) + ": " + entry->node->GetName() + " has no such attribute" +
+    for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) names.push_back(node.GetAttribute(i)->GetName());
+    return Status::Error(Quote(attribute) + ": " + node.GetName() + " has no such attribute" +
                          (names.empty() ? "" : "; it has " + JoinNames(names)));
   }
   const bool is_path = found->GetKind() == Attribute::Kind::kString &&
@@ -155,162 +301,98 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
   return status.IsError() ? Status::Error(Quote(attribute) + ": " + status.GetMessage()) : status;
 }
 
-Status GraphDocument::SetInput(const std::string& id, const std::filesystem::path& file) {
-  const Node* node = FindNode(id);
-  if (node == nullptr) {
-    const std::string close = FindClosest(id, ids_);
-    return Status::Error("there is no node " + Quote(id) + (close.empty() ? "" : "; the closest is " + Quote(close)));
-  }
-  Attribute* path = FindPathAttribute(*node, Attribute::StringUse::kReadPath);
-  if (path == nullptr)
-    return Status::Error("node " + Quote(id) + " is no reader: " + node->GetName() + " reads no file");
-  SetFile(*path, file);
+// ---- Outputs ----
+
+Status GraphDocument::AddOutput(const DocumentOutput& output) {
+  OutputEntry found;
+  Status status = content_->FindOutput(output, found);
+  if (status.IsError()) return status;
+  content_->outputs.push_back(output);
+  content_->output_entries.push_back(std::move(found));
+  content_->Tell(&DocumentObserver::OnOutputsChanged);
   return {};
 }
 
 Status GraphDocument::AddOutput(const std::string& plug, const std::filesystem::path& file, SampleType type) {
-  Status status;
-  std::string name;
-  const Entry* entry = FindPlugNode(plug, name, status);
-  if (entry == nullptr) return status;
-  const int outplug = entry->node->GetOutplugIndex(name);
-  if (outplug < 0) {
-    const auto names = NamesOf(entry->node->GetOutplugs());
-    return Status::Error(Quote(plug) + ": " + entry->node->GetName() + " has no output " + Quote(name) +
-                         (names.empty() ? "" : "; it has " + JoinNames(names)));
-  }
-  const auto index = static_cast<unsigned>(outplug);
-  if (entry->node->GetOutplugs()[index].type != PlugType::kImage) {
-    return Status::Error(Quote(plug) + ": it delivers a " + PlugType::GetName(entry->node->GetOutplugs()[index].type) +
-                         ", and only images can be written");
-  }
-  outputs_.push_back({entry->node, index, plug, file, type});
+  DocumentOutput output;
+  output.from = plug;
+  output.path = file.empty() ? std::string() : std::filesystem::absolute(file).string();
+  output.type = GetName(type);
+  return AddOutput(output);
+}
+
+const std::vector<DocumentOutput>& GraphDocument::GetOutputs() const { return content_->outputs; }
+
+Status GraphDocument::SetOutput(std::size_t index, const DocumentOutput& output) {
+  if (index >= content_->outputs.size()) return MakePlaceError("output", index, content_->outputs.size());
+  OutputEntry found;
+  Status status = content_->FindOutput(output, found);
+  if (status.IsError()) return status;
+  content_->outputs[index] = output;
+  content_->output_entries[index] = std::move(found);
+  content_->Tell(&DocumentObserver::OnOutputsChanged);
+  return {};
+}
+
+Status GraphDocument::RemoveOutput(std::size_t index) {
+  if (index >= content_->outputs.size()) return MakePlaceError("output", index, content_->outputs.size());
+  content_->outputs.erase(content_->outputs.begin() + static_cast<std::ptrdiff_t>(index));
+  content_->output_entries.erase(content_->output_entries.begin() + static_cast<std::ptrdiff_t>(index));
+  content_->Tell(&DocumentObserver::OnOutputsChanged);
   return {};
 }
 
 std::optional<SampleType> GraphDocument::RemoveOutputs(const std::string& plug, const std::filesystem::path& file) {
   std::optional<SampleType> type;
-  std::erase_if(outputs_, [&](const Output& output) {
-    const bool removed = output.source == plug;
-    if (removed && output.file.extension() == file.extension()) type = output.type;
-    return removed;
-  });
+  for (std::size_t i = content_->outputs.size(); i-- > 0;) {
+    const DocumentOutput& output = content_->outputs[i];
+    if (output.from != plug) continue;
+    if (!type && content_->GetFile(output).extension() == file.extension()) {
+      type = FindSampleType(output.type).value_or(SampleType::kFloat);
+    }
+    static_cast<void>(RemoveOutput(i));
+  }
   return type;
 }
 
-Status GraphDocument::RenameOutputs(const std::function<std::filesystem::path(const std::filesystem::path&)>& rename) {
-  for (Output& output : outputs_) output.file = rename(output.file);
-  for (const std::string& id : ids_) {
-    const Node& node = *entries_[id].node;
-    Attribute* path = FindPathAttribute(node, Attribute::StringUse::kWritePath);
-    if (path == nullptr || !node.IsEnabled()) continue;
-    if (engine_.IsConnected(&node, path->GetName())) {
-      return Status::Error("node " + Quote(id) + ": its path is fed by a connection, so each run would write one file");
-    }
-    if (!GetFile(*path).empty()) SetFile(*path, rename(GetFile(*path)));
+// ---- For people and editors ----
+
+const std::vector<DocumentFrame>& GraphDocument::GetFrames() const { return content_->frames; }
+
+Status GraphDocument::SetFrames(std::vector<DocumentFrame> frames) {
+  for (const DocumentFrame& frame : frames) {
+    Status status = Content::CheckFrame(frame);
+    if (status.IsError()) return status;
   }
+  content_->frames = std::move(frames);
+  content_->Tell(&DocumentObserver::OnFramesChanged);
   return {};
 }
 
-std::vector<std::filesystem::path> GraphDocument::GetOutputFiles() const {
-  std::vector<std::filesystem::path> files;
-  for (const Output& output : outputs_) files.push_back(Normalize(output.file));
-  for (const std::string& id : ids_) {
-    const Node& node = *FindNode(id);
-    const Attribute* path = FindPathAttribute(node, Attribute::StringUse::kWritePath);
-    if (path == nullptr || !node.IsEnabled() || engine_.IsConnected(&node, path->GetName())) continue;
-    if (!GetFile(*path).empty()) files.push_back(Normalize(GetFile(*path)));
+const std::optional<DocumentView>& GraphDocument::GetView() const { return content_->view; }
+
+Status GraphDocument::SetView(std::optional<DocumentView> view) {
+  if (view) {
+    Status status = Content::CheckView(*view);
+    OutputEntry shown;
+    if (!status.IsError() && !view->shown.empty()) status = content_->FindImageOutput(view->shown, shown);
+    if (status.IsError()) return status;
   }
-  return files;
+  content_->view = std::move(view);
+  content_->Tell(&DocumentObserver::OnViewChanged);
+  return {};
 }
 
-void GraphDocument::CheckComplete(Findings& findings) const {
-  for (const std::string& id : ids_) {
-    const Node& node = *FindNode(id);
-    for (const auto use : {Attribute::StringUse::kReadPath, Attribute::StringUse::kWritePath}) {
-      const Attribute* path = FindPathAttribute(node, use);
-      if (path == nullptr || !node.IsEnabled() || engine_.IsConnected(&node, path->GetName())) continue;
-      if (path->GetValue().GetText().empty()) {
-        findings.errors.push_back("node " + Quote(id) + ": " + node.GetName() + " has no path; its attribute " +
-                                  Quote(path->GetName()) + " is empty");
-      }
-    }
-  }
-  std::vector<std::filesystem::path> files = GetOutputFiles();
-  std::sort(files.begin(), files.end());
-  for (std::size_t i = 1; i < files.size(); ++i) {
-    const bool is_second = files[i] == files[i - 1] && (i < 2 || files[i] != files[i - 2]);
-    if (is_second) findings.errors.push_back("two outputs have the one path " + Quote(files[i].string()));
-  }
+const std::string& GraphDocument::GetSchema() const { return content_->schema; }
+
+Status GraphDocument::SetSchema(const std::string& schema) {
+  if (!IsUtf8(schema)) return Status::Error("\"$schema\" is not UTF-8");
+  content_->schema = schema;
+  return {};
 }
 
-void GraphDocument::WriteOutputs(const Node& node, RunReport& report) {
-  for (std::size_t i = 0; i < outputs_.size(); ++i) {
-    const Output& output = outputs_[i];
-    if (output.node != &node || node.IsInError() || engine_.IsBlocked(&node)) continue;
-    const Image* image = node.GetOutputImage(output.outplug);
-    if (image == nullptr) {
-      report.findings.errors.push_back("output " + Quote(output.source) + " has no image, so \"" +
-                                       output.file.string() + "\" is not written");
-      report.failure = std::max(report.failure, RunFailure::kNode);
-      continue;
-    }
-    const Status status = WriteImageFile(*image, output.file, output.type, report.findings.notes);
-    if (status.IsError()) {
-      report.findings.errors.push_back("output " + Quote(output.source) + ": " + status.GetMessage());
-      report.failure = RunFailure::kFile;
-      continue;
-    }
-    report.outputs[i].written = true;
-    report.outputs[i].header = image->GetImageHeader();
-  }
-}
+void GraphDocument::AddObserver(DocumentObserver* observer) { content_->observers.push_back(observer); }
 
-RunReport GraphDocument::Run(const Progress& progress) {
-  RunReport report;
-  std::vector<Engine::Request> requests;
-  for (const Output& output : outputs_) {
-    requests.push_back({output.node, output.outplug});
-    report.outputs.push_back({output.source, output.file, false, {}});
-  }
-  for (const std::string& id : ids_) {
-    Node* node = entries_[id].node;
-    if (node->IsSink() && node->IsEnabled()) requests.push_back({node, 0});
-  }
-
-  Engine::Options options;
-  options.release_results = true;
-  options.on_evaluated = [&](Node& node, std::size_t done, std::size_t total) {
-    ReportState(node, report);
-    WriteOutputs(node, report);
-    if (progress) progress(GetId(node), done, total);
-  };
-  engine_.Evaluate(requests, options);
-  return report;
-}
-
-RunReport GraphDocument::Evaluate(Node& node, unsigned outplug) {
-  RunReport report;
-  engine_.Evaluate({{&node, outplug}});
-  // A node that is up to date is not evaluated again, but what it had to say still holds.
-  for (const std::string& id : ids_) ReportState(*FindNode(id), report);
-  return report;
-}
-
-void GraphDocument::ReportState(const Node& node, RunReport& report) const {
-  const std::string name = "node " + Quote(GetId(node)) + ": ";
-  const std::string& message = node.GetStateMessage();
-  if (node.IsInError()) {
-    const bool of_file = node.GetState() == Node::State::kFileError;
-    report.findings.errors.push_back(name + message);
-    report.failure = std::max(report.failure, of_file ? RunFailure::kFile : RunFailure::kNode);
-    return;
-  }
-  for (std::size_t from = 0; from < message.size();) {
-    const std::size_t end = std::min(message.find('\n', from), message.size());
-    report.findings.notes.push_back(name + message.substr(from, end - from));
-    from = end + 1;
-  }
-}
+void GraphDocument::RemoveObserver(DocumentObserver* observer) { std::erase(content_->observers, observer); }
 
 }  // namespace ScEng

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Host/Nodes/HostNodes.h"
+#include "Tests/Support/DocumentTesting.h"
 #include "Tests/Support/HostTesting.h"
 
 namespace {
@@ -21,34 +22,13 @@ using ScEng::RunReport;
 using ScEng::SampleType;
 using ScEng::Status;
 using Testing::Contains;
+using Testing::GetCatalog;
 using Testing::GetSamples;
 using Testing::MakeImage;
+using Testing::MakeText;
 using Testing::MaxSizeScope;
+using Testing::Quoted;
 using Testing::TemporaryFolder;
-
-/// The host's own node types and those of the node library.
-std::shared_ptr<ScEng::NodeCatalog> GetCatalog() {
-  static const auto catalog = [] {
-    auto made = ScEng::CreateHostCatalog();
-    Status status;
-    auto library = ScEng::NodeLibrary::Load(VALUE_LIBRARY_FILE, status);
-    EXPECT_NE(library, nullptr) << status.GetMessage();
-    if (library) made->AddLibrary(std::move(library));
-    return made;
-  }();
-  return catalog;
-}
-
-std::string Quoted(std::string text) {
-  std::replace(text.begin(), text.end(), '\'', '"');
-  return text;
-}
-
-/// A document with these lists; single quotes stand for double ones.
-std::string MakeText(const std::string& nodes, const std::string& connections = "", const std::string& outputs = "") {
-  return Quoted("{'format': 'value-graph', 'version': 1, 'nodes': [" + nodes + "], 'connections': [" + connections +
-                "], 'outputs': [" + outputs + "]}");
-}
 
 class GraphDocumentTest : public testing::Test {
  protected:
@@ -160,7 +140,7 @@ TEST_F(GraphDocumentTest, TextsThatAreNoDocument) {
   ExpectError(Quoted("{'version': 1, 'nodes': []}"), {"\"format\"", "value-graph"});
   ExpectError(Quoted("{'format': 'graph', 'version': 1, 'nodes': []}"), {"\"format\""});
   ExpectError(Quoted("{'format': 'value-graph', 'nodes': []}"), {"\"version\""});
-  for (const char* version : {"2", "0", "-1", "1.5", "'1'", "true"}) {
+  for (const char* version : {"3", "0", "-1", "1.5", "'1'", "true"}) {
     ExpectError(Quoted("{'format': 'value-graph', 'version': " + std::string(version) + ", 'nodes': []}"),
                 {"\"version\""});
   }

@@ -2,57 +2,115 @@
 #include "Host/Tools/Engine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
+#include <map>
 #include <new>
+#include <optional>
+#include <queue>
+#include <set>
 #include <stdexcept>
 #include <unordered_map>
 #include <utility>
 
 #include "Host/Image/Image.h"
 #include "Host/Image/Oversize.h"
+#include "Host/Tools/AcyclicGraph.h"
+#include "Host/Tools/Guard.h"
+#include "Host/Util/EvaluationScope.h"
+#include "Host/Util/Log.h"
 
 namespace {
 
+using ScEng::AcyclicGraph;
 using ScEng::RefPtr;
 using ScEng::Status;
 
 struct Vertex;
 
-struct Connection {
-  Vertex* from = nullptr;
-  unsigned outplug = 0;
-  Vertex* to = nullptr;
-  unsigned inplug = 0;
-  unsigned index = 0;
+struct Connection : AcyclicGraph::Edge {
+  Connection(Vertex& starts_at, unsigned starts_at_outplug, Vertex& ends_at, unsigned ends_at_inplug,
+             unsigned ends_at_index);
+  [[nodiscard]] Vertex& From() const;
+  [[nodiscard]] Vertex& To() const;
 
-  friend bool operator==(const Connection&, const Connection&) = default;
+  unsigned outplug;
+  unsigned inplug;
+  unsigned index;
 };
 
 /// A node and what the engine keeps about it.
-struct Vertex {
+struct Vertex : AcyclicGraph::Vertex {
   RefPtr<Node> node;
-  // Ordered by input plug, then by index: the order in which a node receives them.
-  std::vector<Connection> inputs;
-  std::vector<Connection> outputs;
+  // By input plug and index: the order in which a node receives them.
+  std::map<std::pair<unsigned, unsigned>, Connection> inputs;
   // Something that the result depends on has changed. Everything downstream of a dirty vertex is dirty too.
   bool dirty = true;
   bool blocked = false;
   // Which outputs hold the result of the last evaluation (one entry also for a node without outputs).
   std::vector<bool> valid;
+  // Images that stand in for outputs; empty where none ever did.
+  std::vector<RefPtr<Image>> overrides;
+  Engine::NodeStatistics statistics;
 
-  // ---- Of the evaluation that is running ----
+  // ---- Of the evaluation that is running, whose number they carry ----
+  std::uint64_t evaluation = 0;
   bool visited = false;
+  bool needed = false;
   std::vector<bool> wanted;
   // Connections and requests that still need this node's results.
   std::size_t uses = 0;
   bool requested = false;
+
+  [[nodiscard]] Image* GetOverride(unsigned outplug) const {
+    return outplug < overrides.size() ? overrides[outplug].Get() : nullptr;
+  }
 };
+
+Connection::Connection(Vertex& starts_at, unsigned starts_at_outplug, Vertex& ends_at, unsigned ends_at_inplug,
+                       unsigned ends_at_index)
+    : Edge(starts_at, ends_at), outplug(starts_at_outplug), inplug(ends_at_inplug), index(ends_at_index) {}
+Vertex& Connection::From() const { return static_cast<Vertex&>(*from); }
+Vertex& Connection::To() const { return static_cast<Vertex&>(*to); }
+
+const Connection& AsConnection(const AcyclicGraph::Edge* edge) { return *static_cast<const Connection*>(edge); }
+
+/// Calls an operation of a node. An exception becomes the node's error state.
+template <class Result, class Function>
+Result CallNode(Node& node, const char* operation, Result fallback, const Function& function) {
+  Status status;
+  Result result = ScEng::CallGuarded(operation, status, std::move(fallback), function);
+  if (status.IsError()) node.SetState(0, Node::State::kError, status.GetMessage());
+  return result;
+}
 
 void Tell(Node& node, std::uint32_t kind) {
   NodeEvent event;
   event.kind = kind;
-  node.OnProcessEvent(event);
+  CallNode(node, "OnProcessEvent", false, [&] { return node.OnProcessEvent(event); });
 }
+
+Image* GetOwnImage(Node& node, unsigned outplug) {
+  return CallNode<Image*>(node, "GetOutputImage", nullptr, [&] { return node.GetOutputImage(outplug); });
+}
+
+std::string NameOf(Node& node) {
+  return CallNode(node, "GetName", std::string("a node"), [&] { return node.GetName(); });
+}
+
+/// The bytes of all samples that a node's outputs hold.
+std::size_t CountBytes(Node& node) {
+  std::set<const Image*> images;
+  std::size_t bytes = 0;
+  for (unsigned outplug = 0; outplug < node.GetOutplugs().size(); ++outplug) {
+    const Image* image = GetOwnImage(node, outplug);
+    if (image != nullptr && images.insert(image).second) bytes += image->GetNumSamples() * sizeof(float);
+  }
+  return bytes;
+}
+
+/// Ends an evaluation at a node that was stopped.
+struct Stopped {};
 
 }  // namespace
 
@@ -62,24 +120,33 @@ class Engine::Graph {
     while (!vertices_.empty()) Delete(vertices_.begin()->first);
   }
 
-  Node* Add(Node* node) {
+  Node* Add(Node* node, Status& status) {
     auto vertex = std::make_unique<Vertex>();
     vertex->node.Reset(node);
     vertex->valid.assign(std::max<std::size_t>(node->GetOutplugs().size(), 1), false);
     Vertex* raw = vertex.get();
-    node->SetChangeListener([raw](Node&) { MarkDirty(*raw); });
     vertices_.emplace(node, std::move(vertex));
-    node->OnAdded();
-    return node;
+    order_.Add(*raw);
+    node->SetChangeListener([raw](Node&) { MarkDirty(*raw); });
+    const Status added = ScEng::CallGuarded("OnAdded", [&] { node->OnAdded(); });
+    if (!added.IsError()) return node;
+    // It has not joined, so it does not leave either.
+    status = added;
+    node->SetChangeListener(nullptr);
+    order_.Remove(*raw);
+    vertices_.erase(node);
+    return nullptr;
   }
 
   bool Delete(const Node* node) {
     Vertex* vertex = Find(node);
     if (vertex == nullptr) return false;
-    while (!vertex->inputs.empty()) Disconnect(vertex->inputs.back());
-    while (!vertex->outputs.empty()) Disconnect(vertex->outputs.back());
+    while (!vertex->inputs.empty()) Disconnect(vertex->inputs.begin()->second);
+    while (!vertex->out.empty()) Disconnect(AsConnection(vertex->out.back()));
     vertex->node->SetChangeListener(nullptr);
-    vertex->node->OnRemoved();
+    const Status removed = ScEng::CallGuarded("OnRemoved", [&] { vertex->node->OnRemoved(); });
+    if (removed.IsError()) Log::Error("%s: %s", NameOf(*vertex->node).c_str(), removed.GetMessage().c_str());
+    order_.Remove(*vertex);
     vertices_.erase(node);
     return true;
   }
@@ -96,96 +163,106 @@ class Engine::Graph {
     return nodes;
   }
 
-  static Status Connect(const Connection& connection) {
-    const PlugRecord& inplug = connection.to->node->GetInplugs()[connection.inplug];
-    const PlugRecord& outplug = connection.from->node->GetOutplugs()[connection.outplug];
+  Status Connect(Vertex& from, unsigned from_outplug, Vertex& to, unsigned to_inplug, unsigned to_index) {
+    const PlugRecord& inplug = to.node->GetInplugs()[to_inplug];
+    const PlugRecord& outplug = from.node->GetOutplugs()[from_outplug];
     if (inplug.type != outplug.type) {
       return Status::Error(std::string("an output of kind ") + PlugType::GetName(outplug.type) +
                            " cannot feed an input of kind " + PlugType::GetName(inplug.type));
     }
     const bool takes_many = inplug.connections == PlugRecord::kAnyNumber;
-    if (!takes_many && connection.index != 0) {
+    if (!takes_many && to_index != 0) {
       return Status::Error("input \"" + inplug.name + "\" takes one connection, so its index is 0, not " +
-                           std::to_string(connection.index));
+                           std::to_string(to_index));
     }
-    for (const Connection& other : connection.to->inputs) {
-      if (other.inplug != connection.inplug || other.index != connection.index) continue;
+    const auto [place, is_free] =
+        to.inputs.try_emplace({to_inplug, to_index}, from, from_outplug, to, to_inplug, to_index);
+    if (!is_free) {
       return Status::Error("input \"" + inplug.name + "\" is connected already" +
-                           (takes_many ? " at index " + std::to_string(connection.index) : ""));
+                           (takes_many ? " at index " + std::to_string(to_index) : ""));
     }
-    if (Reaches(*connection.to, *connection.from)) return Status::Error("it would close a cycle");
-
-    auto& inputs = connection.to->inputs;
-    const auto place = std::find_if(inputs.begin(), inputs.end(), [&](const Connection& other) {
-      return std::pair(other.inplug, other.index) > std::pair(connection.inplug, connection.index);
-    });
-    inputs.insert(place, connection);
-    connection.from->outputs.push_back(connection);
-    MarkDirty(*connection.to);
-    TellSource(connection, connection.from->node.Get());
+    if (!order_.Connect(place->second)) {
+      to.inputs.erase(place);
+      return Status::Error("it would close a cycle");
+    }
+    MarkDirty(to);
+    TellSource(place->second, from.node.Get());
     return {};
   }
 
-  static bool Disconnect(const Connection connection) {
-    auto& inputs = connection.to->inputs;
-    const auto found = std::find(inputs.begin(), inputs.end(), connection);
-    if (found == inputs.end()) return false;
-    inputs.erase(found);
-    auto& outputs = connection.from->outputs;
-    outputs.erase(std::find(outputs.begin(), outputs.end(), connection));
-    MarkDirty(*connection.to);
-    TellSource(connection, nullptr);
+  bool Disconnect(Vertex& from, unsigned outplug, Vertex& to, unsigned inplug, unsigned index) {
+    const auto found = to.inputs.find({inplug, index});
+    if (found == to.inputs.end() || &found->second.From() != &from || found->second.outplug != outplug) return false;
+    Disconnect(found->second);
     return true;
   }
 
-  /// Tells a node what feeds the plug of one of its attributes now.
-  static void TellSource(const Connection& connection, const Node* from) {
-    Node& node = *connection.to->node;
-    const std::size_t inputs = node.GetNumRegularInputs();
-    if (connection.inplug < inputs) return;
-    node.SetAttributeSource(static_cast<unsigned>(connection.inplug - inputs), from, connection.outplug);
+  void SetOverride(Vertex& vertex, unsigned outplug, const RefPtr<Image>& image) {
+    if (vertex.overrides.empty()) {
+      if (!image) return;
+      vertex.overrides.resize(vertex.valid.size());
+    }
+    RefPtr<Image>& place = vertex.overrides[outplug];
+    if (!image && !place) return;
+    place = image;
+    for (const AcyclicGraph::Edge* output : vertex.out) {
+      if (AsConnection(output).outplug == outplug) MarkDirty(AsConnection(output).To());
+    }
   }
 
-  void Evaluate(const std::vector<Request>& requests, const Options& options) {
+  Outcome Evaluate(const std::vector<Request>& requests, const Options& options) {
     const std::vector<Vertex*> order = Plan(requests);
     std::size_t done = 0;
     for (Vertex* vertex : order) {
-      EvaluateVertex(*vertex);
+      try {
+        EvaluateVertex(*vertex, options);
+      } catch (const Stopped&) {
+        if (options.release_results) {
+          for (std::size_t i = 0; i < done; ++i) ReleaseAll(*order[i]);
+        }
+        return Outcome::kCancelled;
+      }
       if (options.release_results) {
-        for (const Connection& input : vertex->inputs) ReleaseUse(*input.from);
+        for (const auto& [place, input] : vertex->inputs) {
+          if (input.From().GetOverride(input.outplug) == nullptr) ReleaseUse(input.From());
+        }
       }
       ++done;
       if (options.on_evaluated) options.on_evaluated(*vertex->node, done, order.size());
       if (options.release_results && vertex->requested) ReleaseUse(*vertex);
     }
+    return Outcome::kComplete;
   }
 
  private:
+  void Disconnect(const Connection& connection) {
+    Vertex& to = connection.To();
+    const auto place = to.inputs.find({connection.inplug, connection.index});
+    order_.Disconnect(place->second);
+    MarkDirty(to);
+    TellSource(connection, nullptr);
+    to.inputs.erase(place);
+  }
+
+  /// Tells a node what feeds the plug of one of its attributes now.
+  static void TellSource(const Connection& connection, const Node* from) {
+    Node& node = *connection.To().node;
+    const std::size_t inputs = node.GetNumRegularInputs();
+    if (connection.inplug < inputs) return;
+    node.SetAttributeSource(static_cast<unsigned>(connection.inplug - inputs), from, connection.outplug);
+  }
+
   static void MarkDirty(Vertex& start) {
     std::vector<Vertex*> pending{&start};
     while (!pending.empty()) {
       Vertex& vertex = *pending.back();
       pending.pop_back();
       vertex.dirty = true;
-      for (const Connection& output : vertex.outputs) {
-        if (!output.to->dirty) pending.push_back(output.to);
+      for (const AcyclicGraph::Edge* output : vertex.out) {
+        Vertex& to = AsConnection(output).To();
+        if (!to.dirty) pending.push_back(&to);
       }
     }
-  }
-
-  /// Whether `goal` can be reached from `start` along connections (a node reaches itself).
-  static bool Reaches(const Vertex& start, const Vertex& goal) {
-    std::vector<const Vertex*> pending{&start};
-    std::unordered_map<const Vertex*, bool> seen{{&start, true}};
-    while (!pending.empty()) {
-      const Vertex* vertex = pending.back();
-      pending.pop_back();
-      if (vertex == &goal) return true;
-      for (const Connection& output : vertex->outputs) {
-        if (seen.emplace(output.to, true).second) pending.push_back(output.to);
-      }
-    }
-    return false;
   }
 
   static bool IsUpToDate(const Vertex& vertex) {
@@ -196,61 +273,87 @@ class Engine::Graph {
     return true;
   }
 
-  /// The vertices that have to be evaluated, each after everything that it depends on.
+  /// Makes a vertex ready for the plan, unless it is.
+  void Enter(Vertex& vertex) const {
+    if (vertex.evaluation == evaluation_) return;
+    vertex.evaluation = evaluation_;
+    vertex.visited = false;
+    vertex.needed = false;
+    vertex.requested = false;
+    vertex.uses = 0;
+    vertex.wanted.assign(vertex.valid.size(), false);
+  }
+
+  /// The vertices that have to be evaluated, each after everything that it depends on. Looks only at these and at what
+  /// feeds them.
   std::vector<Vertex*> Plan(const std::vector<Request>& requests) {
-    for (auto& [node, vertex] : vertices_) {
-      vertex->visited = false;
-      vertex->requested = false;
-      vertex->uses = 0;
-      vertex->wanted.assign(vertex->valid.size(), false);
-    }
+    ++evaluation_;
+    // The latest vertex comes first: then whether it is up to date can be decided, since all that can want something of
+    // it has been looked at.
+    const auto comes_later = [](const Vertex* a, const Vertex* b) { return AcyclicGraph::IsBefore(*a, *b); };
+    std::priority_queue<Vertex*, std::vector<Vertex*>, decltype(comes_later)> candidates(comes_later);
+    const auto want = [&](Vertex& vertex, unsigned outplug) {
+      if (!std::exchange(vertex.visited, true)) candidates.push(&vertex);
+      vertex.wanted[outplug] = true;
+    };
     std::vector<Vertex*> roots;
     for (const Request& request : requests) {
       Vertex* vertex = Find(request.node);
-      if (vertex == nullptr || request.outplug >= vertex->wanted.size()) continue;
-      vertex->wanted[request.outplug] = true;
+      if (vertex == nullptr || request.outplug >= vertex->valid.size()) continue;
+      Enter(*vertex);
+      if (vertex->GetOverride(request.outplug) != nullptr) continue;
+      want(*vertex, request.outplug);
       if (!std::exchange(vertex->requested, true)) ++vertex->uses;
       roots.push_back(vertex);
     }
-
-    // First everything that the requests can need, so that each vertex's wanted outputs are complete before it is
-    // decided whether it is up to date.
-    std::vector<Vertex*> downstream_first = CollectUpstream(roots);
-    std::reverse(downstream_first.begin(), downstream_first.end());
-    std::vector<Vertex*> needed;
-    for (Vertex* candidate : downstream_first) {
-      Vertex& vertex = *candidate;
-      const bool is_wanted = std::find(vertex.wanted.begin(), vertex.wanted.end(), true) != vertex.wanted.end();
-      if (!is_wanted || IsUpToDate(vertex)) continue;
-      needed.push_back(&vertex);
-      for (const Connection& input : vertex.inputs) {
-        input.from->wanted[input.outplug] = true;
-        ++input.from->uses;
+    while (!candidates.empty()) {
+      Vertex& vertex = *candidates.top();
+      candidates.pop();
+      if (IsUpToDate(vertex)) continue;
+      vertex.needed = true;
+      for (const auto& [place, input] : vertex.inputs) {
+        Vertex& from = input.From();
+        if (from.GetOverride(input.outplug) != nullptr) continue;
+        Enter(from);
+        want(from, input.outplug);
+        ++from.uses;
       }
     }
-    std::reverse(needed.begin(), needed.end());
-    return needed;
+    return CollectNeeded(roots);
   }
 
-  /// The roots and all they depend on, every vertex after what it depends on. No recursion: graphs may be deep.
-  static std::vector<Vertex*> CollectUpstream(const std::vector<Vertex*>& roots) {
+  /// What is needed, every vertex after what it depends on, and as late as that allows, so that few results wait to be
+  /// used. No recursion: graphs may be deep.
+  std::vector<Vertex*> CollectNeeded(const std::vector<Vertex*>& roots) const {
     std::vector<Vertex*> post_order;
-    std::vector<std::pair<Vertex*, std::size_t>> stack;
+    std::vector<std::pair<Vertex*, decltype(Vertex::inputs)::const_iterator>> stack;
+    const auto enter = [&](Vertex& vertex) {
+      if (vertex.evaluation != evaluation_ || !std::exchange(vertex.needed, false)) return;
+      stack.emplace_back(&vertex, vertex.inputs.cbegin());
+    };
     for (Vertex* root : roots) {
-      if (std::exchange(root->visited, true)) continue;
-      stack.emplace_back(root, 0);
+      enter(*root);
       while (!stack.empty()) {
         auto& [vertex, next] = stack.back();
-        if (next == vertex->inputs.size()) {
+        if (next == vertex->inputs.cend()) {
           post_order.push_back(vertex);
           stack.pop_back();
           continue;
         }
-        Vertex* from = vertex->inputs[next++].from;
-        if (!std::exchange(from->visited, true)) stack.emplace_back(from, 0);
+        enter((next++)->second.From());
       }
     }
     return post_order;
+  }
+
+  static bool IsFailed(const Connection& input) {
+    const Vertex& from = input.From();
+    return from.GetOverride(input.outplug) == nullptr && (from.blocked || from.node->IsInError());
+  }
+
+  static bool HasFailedInput(const Vertex& vertex) {
+    return std::any_of(vertex.inputs.begin(), vertex.inputs.end(),
+                       [](const auto& input) { return IsFailed(input.second); });
   }
 
   static std::vector<PlugValue> GatherInputs(Vertex& vertex) {
@@ -262,8 +365,8 @@ class Engine::Graph {
     for (unsigned inplug = 0; inplug < inplugs; ++inplug) {
       const std::size_t before = values.size();
       bool connected = false;
-      for (; input != vertex.inputs.end() && input->inplug == inplug; ++input) {
-        values.push_back(ReadOutput(*input->from, input->outplug));
+      for (; input != vertex.inputs.end() && input->second.inplug == inplug; ++input) {
+        values.push_back(ReadOutput(input->second.From(), input->second.outplug));
         connected = true;
       }
       if (!connected) {
@@ -278,19 +381,28 @@ class Engine::Graph {
   }
 
   static PlugValue ReadOutput(const Vertex& vertex, unsigned outplug) {
-    const Node& node = *vertex.node;
-    if (node.GetOutplugs()[outplug].type != PlugType::kImage) return node.GetOutputValue(outplug);
-    const Image* image = node.GetOutputImage(outplug);
+    if (const Image* image = vertex.GetOverride(outplug)) return PlugValue(image);
+    Node& node = *vertex.node;
+    if (node.GetOutplugs()[outplug].type != PlugType::kImage) {
+      return CallNode(node, "GetOutputValue", PlugValue(), [&] { return node.GetOutputValue(outplug); });
+    }
+    const Image* image = GetOwnImage(node, outplug);
     return image != nullptr ? PlugValue(image) : PlugValue();
   }
 
-  static void EvaluateVertex(Vertex& vertex) {
+  /// Throws `Stopped`.
+  static void EvaluateVertex(Vertex& vertex, const Options& options) {
+    if (options.cancellation != nullptr && options.cancellation->IsRequested()) throw Stopped();
     Node& node = *vertex.node;
     const bool was_dirty = std::exchange(vertex.dirty, false);
-    vertex.blocked = std::any_of(vertex.inputs.begin(), vertex.inputs.end(), [](const Connection& input) {
-      return input.from->blocked || input.from->node->IsInError();
-    });
+    vertex.blocked = HasFailedInput(vertex);
     node.SetState(0, Node::State::kIdle, {});
+    std::vector<PlugValue> inputs;
+    if (!vertex.blocked) {
+      inputs = GatherInputs(vertex);
+      // An output may have failed only now that it was read.
+      vertex.blocked = HasFailedInput(vertex);
+    }
     // A node with several outputs computes each at its own request, so an old one could pass for a new one. A node with
     // one output keeps it: some show their last result while they are disabled.
     if (vertex.blocked || (was_dirty && vertex.valid.size() > 1)) Tell(node, NodeEvent::kDropCachedResults);
@@ -300,25 +412,48 @@ class Engine::Graph {
       return;
     }
 
-    const std::vector<PlugValue> inputs = GatherInputs(vertex);
+    const auto begun = std::chrono::steady_clock::now();
     for (unsigned outplug = 0; outplug < vertex.wanted.size() && !node.IsInError(); ++outplug) {
       if (!vertex.wanted[outplug] || vertex.valid[outplug]) continue;
-      EvaluateOutput(node, outplug, inputs);
+      if (!EvaluateOutput(node, outplug, inputs, options)) {
+        // Nothing half-made or of before stays. Where the node was up to date but for this output, what depends on the
+        // others still is.
+        Tell(node, NodeEvent::kDropCachedResults);
+        vertex.valid.assign(vertex.valid.size(), false);
+        vertex.dirty = was_dirty;
+        node.SetState(0, Node::State::kIdle, {});
+        throw Stopped();
+      }
       vertex.valid[outplug] = true;
       // Some nodes make all their outputs at once.
       for (unsigned other = 0; other < node.GetOutplugs().size(); ++other) {
-        if (node.GetOutputImage(other) != nullptr) vertex.valid[other] = true;
+        if (GetOwnImage(node, other) != nullptr) vertex.valid[other] = true;
       }
     }
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begun;
+    vertex.statistics.seconds = taken.count();
+    ++vertex.statistics.evaluations;
+    vertex.statistics.bytes_made = CountBytes(node);
     // An error stands until something changes; it is not tried again for each output.
     if (node.IsInError()) vertex.valid.assign(vertex.valid.size(), true);
     if (node.GetState() == Node::State::kIdle) node.SetState(0, Node::State::kReady, {});
   }
 
-  static void EvaluateOutput(Node& node, unsigned outplug, const std::vector<PlugValue>& inputs) {
+  /// False where the evaluation was stopped, whatever the node made of that.
+  static bool EvaluateOutput(Node& node, unsigned outplug, const std::vector<PlugValue>& inputs,
+                             const Options& options) {
+    std::optional<ScEng::EvaluationScope> scope;
+    if (options.cancellation != nullptr || options.on_progress) {
+      ScEng::EvaluationScope::Progress progress;
+      if (options.on_progress) progress = [&](double fraction) { options.on_progress(node, fraction); };
+      scope.emplace(options.cancellation, std::move(progress));
+    }
+    bool failed = true;
     try {
       node.Evaluate(outplug, inputs);
-      return;
+      failed = false;
+    } catch (const ScEng::Cancelled&) {
+      return false;
     } catch (const std::length_error&) {
       node.SetState(outplug, Node::State::kError, ScEng::kOversizeMessage);
     } catch (const std::bad_alloc&) {
@@ -328,16 +463,29 @@ class Engine::Graph {
     } catch (...) {
       node.SetState(outplug, Node::State::kError, "The node failed with an exception of unknown type.");
     }
-    Tell(node, NodeEvent::kDropCachedResults);
+    if (scope && scope->WasStopped()) return false;
+    if (failed) Tell(node, NodeEvent::kDropCachedResults);
+    return true;
   }
 
   static void ReleaseUse(Vertex& vertex) {
     if (vertex.uses == 0 || --vertex.uses > 0) return;
+    Drop(vertex);
+  }
+
+  /// Releases what still waited to be used.
+  static void ReleaseAll(Vertex& vertex) {
+    if (std::exchange(vertex.uses, 0) > 0) Drop(vertex);
+  }
+
+  static void Drop(Vertex& vertex) {
     Tell(*vertex.node, NodeEvent::kDropCachedResults);
     vertex.valid.assign(vertex.valid.size(), false);
   }
 
+  AcyclicGraph order_;
   std::unordered_map<const Node*, std::unique_ptr<Vertex>> vertices_;
+  std::uint64_t evaluation_ = 0;
 };
 
 Engine* Engine::Get() {
@@ -359,11 +507,24 @@ void Engine::SetCatalog(std::shared_ptr<const ScEng::NodeCatalog> catalog) {
 
 const ScEng::NodeCatalog& Engine::GetCatalog() const { return *catalog_; }
 
-Node* Engine::CreateNode(const NodeType& type) {
+Node* Engine::CreateNode(const NodeType& type, Status& status) {
   const NodeInterface* descriptor = catalog_->Find(type);
-  if (descriptor == nullptr) return nullptr;
-  Node* node = descriptor->GetNodeFactory()->CreateNode();
-  return node == nullptr ? nullptr : graph_->Add(node);
+  if (descriptor == nullptr) {
+    status = Status::Error("the catalogue has no node type " + type.ToString());
+    return nullptr;
+  }
+  Status created;
+  Node* node = ScEng::CallGuarded<Node*>("CreateNode", created, nullptr,
+                                         [&] { return descriptor->GetNodeFactory()->CreateNode(); });
+  if (node == nullptr && !created.IsError()) created = Status::Error("CreateNode answers null instead of a node");
+  if (!created.IsError()) node = graph_->Add(node, created);
+  if (created.IsError()) status = Status::Error("node type " + type.ToString() + ": " + created.GetMessage());
+  return created.IsError() ? nullptr : node;
+}
+
+Node* Engine::CreateNode(const NodeType& type) {
+  Status status;
+  return CreateNode(type, status);
 }
 
 bool Engine::DeleteNode(Node* node) { return graph_->Delete(node); }
@@ -372,19 +533,16 @@ std::vector<Node*> Engine::GetNodes() const { return graph_->GetNodes(); }
 
 Status Engine::Connect(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
                        const std::string& to_plug, unsigned to_index) {
-  Connection connection;
-  connection.from = graph_->Find(from);
-  connection.to = graph_->Find(to);
-  if (connection.from == nullptr || connection.to == nullptr) return Status::Error("a node is not of this graph");
+  Vertex* from_vertex = graph_->Find(from);
+  Vertex* to_vertex = graph_->Find(to);
+  if (from_vertex == nullptr || to_vertex == nullptr) return Status::Error("a node is not of this graph");
   const int outplug = from->GetOutplugIndex(from_plug);
   const int inplug = to->GetInplugIndex(to_plug);
-  if (outplug < 0) return Status::Error(from->GetName() + " has no output \"" + from_plug + "\"");
-  if (inplug < 0) return Status::Error(to->GetName() + " has no input or attribute \"" + to_plug + "\"");
+  if (outplug < 0) return Status::Error(NameOf(*from) + " has no output \"" + from_plug + "\"");
+  if (inplug < 0) return Status::Error(NameOf(*to) + " has no input or attribute \"" + to_plug + "\"");
   if (from_index != 0) return Status::Error("an output has the one index 0, not " + std::to_string(from_index));
-  connection.outplug = static_cast<unsigned>(outplug);
-  connection.inplug = static_cast<unsigned>(inplug);
-  connection.index = to_index;
-  return Graph::Connect(connection);
+  return graph_->Connect(*from_vertex, static_cast<unsigned>(outplug), *to_vertex, static_cast<unsigned>(inplug),
+                         to_index);
 }
 
 bool Engine::ConnectNodes(Node* from, const std::string& from_plug, unsigned from_index, Node* to,
@@ -400,20 +558,44 @@ bool Engine::DisconnectNodes(Node* from, const std::string& from_plug, unsigned 
   const int outplug = from->GetOutplugIndex(from_plug);
   const int inplug = to->GetInplugIndex(to_plug);
   if (outplug < 0 || inplug < 0) return false;
-  return Graph::Disconnect(
-      {from_vertex, static_cast<unsigned>(outplug), to_vertex, static_cast<unsigned>(inplug), to_index});
+  return graph_->Disconnect(*from_vertex, static_cast<unsigned>(outplug), *to_vertex, static_cast<unsigned>(inplug),
+                            to_index);
 }
 
 bool Engine::IsConnected(const Node* node, const std::string& inplug) const {
   const Vertex* vertex = graph_->Find(node);
   if (vertex == nullptr) return false;
   const int index = node->GetInplugIndex(inplug);
-  return std::any_of(vertex->inputs.begin(), vertex->inputs.end(),
-                     [&](const Connection& input) { return static_cast<int>(input.inplug) == index; });
+  if (index < 0) return false;
+  const auto first = vertex->inputs.lower_bound({static_cast<unsigned>(index), 0});
+  return first != vertex->inputs.end() && first->second.inplug == static_cast<unsigned>(index);
 }
 
-void Engine::Evaluate(const std::vector<Request>& requests, const Options& options) {
-  graph_->Evaluate(requests, options);
+Engine::Outcome Engine::Evaluate(const std::vector<Request>& requests, const Options& options) {
+  return graph_->Evaluate(requests, options);
+}
+
+bool Engine::SetOutputOverride(Node* node, unsigned outplug, const RefPtr<Image>& image) {
+  Vertex* vertex = graph_->Find(node);
+  if (vertex == nullptr || outplug >= node->GetOutplugs().size()) return false;
+  if (node->GetOutplugs()[outplug].type != PlugType::kImage) return false;
+  graph_->SetOverride(*vertex, outplug, image);
+  return true;
+}
+
+Image* Engine::GetOutputImage(Node* node, unsigned outplug) const {
+  const Vertex* vertex = graph_->Find(node);
+  if (vertex == nullptr) return nullptr;
+  Image* image = vertex->GetOverride(outplug);
+  return image != nullptr ? image : GetOwnImage(*node, outplug);
+}
+
+Engine::NodeStatistics Engine::GetStatistics(Node* node) const {
+  const Vertex* vertex = graph_->Find(node);
+  if (vertex == nullptr) return {};
+  NodeStatistics statistics = vertex->statistics;
+  statistics.bytes_held = CountBytes(*node);
+  return statistics;
 }
 
 bool Engine::IsBlocked(const Node* node) const {

@@ -3,13 +3,21 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "Host/Image/Image.h"
+#include "Host/Util/EvaluationScope.h"
+#include "Host/Util/Log.h"
+#include "Host/Util/ParallelRows.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/TestNodes.h"
 
@@ -234,9 +242,103 @@ class SinkNode : public TestNode {
   float taken = 0.0F;
 };
 
+/// Throws in the operation that its attribute names.
+class UnrulyNode : public ImageNode {
+ public:
+  static constexpr NodeType kType{700, 1, 8};
+  static constexpr const char* kName = "UnrulyNode";
+  UnrulyNode() {
+    Add("where", 0, "nowhere,event,image,value,name,translate");
+    inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
+    outplugs_ = {PlugRecord::Output(PlugType::kImage, "image"), PlugRecord::Output(PlugType::kNumber, "number")};
+    UpdateInplugsAndOutplugs();
+  }
+  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
+  void OnAdded() override { Reach("added"); }
+  void OnRemoved() override { Reach("removed"); }
+  [[nodiscard]] std::string GetName() const override {
+    Reach("name");
+    return "Unruly";
+  }
+  [[nodiscard]] std::string TranslateAttributeName(unsigned, const std::string& name) const override {
+    Reach("translate");
+    return name;
+  }
+  bool OnProcessEvent(NodeEvent event) override {
+    Reach("event");
+    return ImageNode::OnProcessEvent(event);
+  }
+  void Evaluate(unsigned, const std::vector<PlugValue>&) override {
+    ++evaluations;
+    output_ = MakePixel(1.0F);
+  }
+  [[nodiscard]] Image* GetOutputImage(unsigned outplug) const override {
+    Reach("image");
+    return ImageNode::GetOutputImage(outplug);
+  }
+  [[nodiscard]] PlugValue GetOutputValue(unsigned) const override {
+    Reach("value");
+    return PlugValue(1.5);
+  }
+
+  static void Reach(const std::string& operation) {
+    if (operation == throws_in) throw std::runtime_error("the lid came off");
+  }
+  inline static std::string throws_in;
+};
+
+/// Works for some seconds in one of several ways, asked by its attribute, and can be stopped.
+class LongNode : public ImageNode {
+ public:
+  static constexpr NodeType kType{700, 1, 9};
+  static constexpr const char* kName = "LongNode";
+  LongNode() {
+    Add("how", 0, "quick,rows,loop,swallows");
+    inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
+    outplugs_ = {PlugRecord::Output(PlugType::kImage, "image"), PlugRecord::Output(PlugType::kImage, "other")};
+    UpdateInplugsAndOutplugs();
+  }
+  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
+  void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override {
+    ++evaluations;
+    const Image* image = inputs.at(0).GetImage();
+    output_ = MakePixel(image != nullptr ? image->GetConstArray()[0] : 0.5F);
+    const std::string how = inputs.at(GetInplugIdFromAttributeId(0)).GetText();
+    const auto work = [this] {
+      if (on_work) on_work();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
+    if (how == "rows") {
+      ScEng::ParallelRows(5000, 1, [&](std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i) work();
+      });
+    } else if (how == "loop") {
+      ScEng::ProgressPass pass(5000);
+      for (int i = 0; i < 5000; ++i) {
+        work();
+        pass.Step();
+      }
+    } else if (how == "swallows") {
+      try {
+        for (int i = 0; i < 5000; ++i) {
+          work();
+          ScEng::PollCancellation();
+        }
+      } catch (const std::exception& error) {
+        SetState(evaluation, State::kError, error.what());
+      }
+    }
+  }
+  std::function<void()> on_work;
+};
+
 class EngineTest : public testing::Test {
  protected:
-  EngineTest() { evaluated.clear(); }
+  EngineTest() {
+    evaluated.clear();
+    UnrulyNode::throws_in.clear();
+  }
+  ~EngineTest() override { UnrulyNode::throws_in.clear(); }
 
   template <class NodeClass>
   NodeClass* Create(const std::string& label = "") {
@@ -264,8 +366,8 @@ class EngineTest : public testing::Test {
     return image != nullptr ? image->GetConstArray()[0] : -1.0F;
   }
 
-  Engine engine_{
-      Testing::MakeCatalog<SourceNode, SumNode, ThrowingNode, TogetherNode, SeparateNode, FeedNode, SinkNode>()};
+  Engine engine_{Testing::MakeCatalog<SourceNode, SumNode, ThrowingNode, TogetherNode, SeparateNode, FeedNode, SinkNode,
+                                      UnrulyNode, LongNode>()};
 };
 
 // ---- Creating and deleting ----
@@ -899,6 +1001,318 @@ TEST_F(EngineTest, ReleasesThroughAFailure) {
   failing->GetAttribute(std::size_t{0})->SetChoice("nothing", false);
   engine_.Evaluate({{sum, 0}});
   EXPECT_EQ(LevelOf(sum), 1.0F);
+}
+
+// ---- Libraries that throw ----
+
+TEST_F(EngineTest, ANodeThatThrowsWhenItJoinsIsNotMade) {
+  UnrulyNode::throws_in = "added";
+  ScEng::Status status;
+  EXPECT_EQ(engine_.CreateNode(UnrulyNode::kType, status), nullptr);
+  EXPECT_EQ(status.GetMessage(), "node type 700, 1, 8: OnAdded threw an exception: the lid came off");
+  EXPECT_TRUE(engine_.GetNodes().empty());
+  EXPECT_EQ(engine_.CreateNode({1, 2, 3}, status), nullptr);
+  EXPECT_EQ(status.GetMessage(), "the catalogue has no node type 1, 2, 3");
+}
+
+TEST_F(EngineTest, ANodeThatThrowsWhenItLeavesIsGoneAllTheSame) {
+  std::vector<std::string> logged;
+  Log::SetSink([&](Log::Level, const std::string& text) { logged.push_back(text); });
+  auto* node = Create<UnrulyNode>();
+  UnrulyNode::throws_in = "removed";
+  EXPECT_TRUE(engine_.DeleteNode(node));
+  Log::SetSink(nullptr);
+  EXPECT_TRUE(engine_.GetNodes().empty());
+  EXPECT_EQ(logged, (std::vector<std::string>{"Unruly: OnRemoved threw an exception: the lid came off"}));
+}
+
+TEST_F(EngineTest, ExceptionsOfOtherOperationsBecomeErrorStates) {
+  const std::pair<const char*, const char*> kCases[] = {
+      {"event", "OnProcessEvent threw an exception: the lid came off"},
+      {"image", "GetOutputImage threw an exception: the lid came off"},
+      {"value", "GetOutputValue threw an exception: the lid came off"},
+  };
+  for (const auto& [where, message] : kCases) {
+    auto* unruly = Create<UnrulyNode>();
+    auto* sum = Create<SumNode>();
+    Link(unruly, "image", sum, "first");
+    Link(unruly, "number", sum, "amount");
+    UnrulyNode::throws_in = where;
+    EXPECT_EQ(engine_.Evaluate({{sum, 0}}), Engine::Outcome::kComplete);
+    UnrulyNode::throws_in.clear();
+    EXPECT_EQ(unruly->GetState(), Node::State::kError) << where;
+    EXPECT_EQ(unruly->GetStateMessage(), message);
+    EXPECT_TRUE(engine_.IsBlocked(sum)) << where;
+    EXPECT_EQ(sum->evaluations, 0) << where;
+    unruly->NotifyChanged();
+    engine_.Evaluate({{sum, 0}});
+    EXPECT_FALSE(unruly->IsInError());
+    EXPECT_EQ(sum->evaluations, 1);
+  }
+}
+
+TEST_F(EngineTest, ExceptionsOfNamesLeaveTheHostOnItsFeet) {
+  auto* unruly = Create<UnrulyNode>();
+  auto* sum = Create<SumNode>();
+  UnrulyNode::throws_in = "name";
+  EXPECT_EQ(unruly->GetLabel(), "a node");
+  EXPECT_TRUE(unruly->IsInError());
+  EXPECT_EQ(Refusal(unruly, "picture", sum, "first"), "a node has no output \"picture\"");
+  Link(unruly, "number", sum, "amount");
+  EXPECT_EQ(sum->GetAttributeSource(0), "a node.number");
+  UnrulyNode::throws_in = "translate";
+  EXPECT_EQ(unruly->GetInplugIndex("no such plug"), -1);
+  EXPECT_EQ(unruly->GetStateMessage(), "TranslateAttributeName threw an exception: the lid came off");
+  EXPECT_NE(unruly->GetAttribute(std::string("where")), nullptr);
+}
+
+// ---- Images in the place of outputs ----
+
+TEST_F(EngineTest, AnImageStandsInForAnOutput) {
+  SourceNode* source = CreateSource(1.0);
+  auto* sum = Create<SumNode>();
+  auto* after = Create<SumNode>();
+  Link(source, "image", sum, "first");
+  Link(sum, "image", after, "first");
+  EXPECT_TRUE(engine_.SetOutputOverride(sum, 0, MakePixel(7.0F)));
+  engine_.Evaluate({{after, 0}});
+  EXPECT_EQ(LevelOf(after), 7.0F);
+  EXPECT_EQ(source->evaluations, 0);
+  EXPECT_EQ(sum->evaluations, 0);
+  EXPECT_EQ(engine_.GetOutputImage(sum, 0)->GetConstArray()[0], 7.0F);
+  engine_.Evaluate({{sum, 0}});
+  EXPECT_EQ(sum->evaluations, 0);
+
+  EXPECT_TRUE(engine_.SetOutputOverride(sum, 0, MakePixel(8.0F)));
+  engine_.Evaluate({{after, 0}});
+  EXPECT_EQ(LevelOf(after), 8.0F);
+  EXPECT_TRUE(engine_.SetOutputOverride(sum, 0, nullptr));
+  engine_.Evaluate({{after, 0}});
+  EXPECT_EQ(LevelOf(after), 1.0F);
+  EXPECT_EQ(sum->evaluations, 1);
+  EXPECT_EQ(engine_.GetOutputImage(sum, 0), sum->GetOutputImage(0));
+}
+
+TEST_F(EngineTest, OnlyTheOutputThatAnImageStandsInForIsLeftOut) {
+  auto* separate = Create<SeparateNode>();
+  auto* sum = Create<SumNode>();
+  Link(separate, "x", sum, "first");
+  Link(separate, "y", sum, "last");
+  engine_.SetOutputOverride(separate, 0, MakePixel(100.0F));
+  engine_.Evaluate({{sum, 0}});
+  EXPECT_EQ(separate->asked, (std::vector<unsigned>{1}));
+  EXPECT_EQ(LevelOf(sum), 120.0F);
+  // What depends on the other output alone is still up to date.
+  auto* other = Create<SumNode>();
+  Link(separate, "y", other, "first");
+  engine_.Evaluate({{other, 0}});
+  engine_.SetOutputOverride(separate, 0, MakePixel(200.0F));
+  engine_.Evaluate({{other, 0}, {sum, 0}});
+  EXPECT_EQ(other->evaluations, 1);
+  EXPECT_EQ(LevelOf(sum), 220.0F);
+}
+
+TEST_F(EngineTest, AnImageStandsInForAnOutputThatFailed) {
+  auto* failing = Create<ThrowingNode>();
+  auto* sum = Create<SumNode>();
+  Link(failing, "image", sum, "first");
+  failing->GetAttribute(std::size_t{0})->SetChoice("runtime", false);
+  engine_.Evaluate({{sum, 0}});
+  EXPECT_TRUE(engine_.IsBlocked(sum));
+  engine_.SetOutputOverride(failing, 0, MakePixel(4.0F));
+  engine_.Evaluate({{sum, 0}});
+  EXPECT_FALSE(engine_.IsBlocked(sum));
+  EXPECT_EQ(LevelOf(sum), 4.0F);
+}
+
+TEST_F(EngineTest, ImagesInThePlaceOfOutputsSurviveTheRelease) {
+  SourceNode* source = CreateSource(1.0);
+  auto* sum = Create<SumNode>();
+  Link(source, "image", sum, "first");
+  const RefPtr<Image> image = MakePixel(9.0F);
+  engine_.SetOutputOverride(source, 0, image);
+  EXPECT_EQ(image->GetRefCount(), 2U);
+  float result = 0.0F;
+  Engine::Options options;
+  options.release_results = true;
+  options.on_evaluated = [&](Node&, std::size_t, std::size_t) { result = LevelOf(sum); };
+  engine_.Evaluate({{sum, 0}}, options);
+  EXPECT_EQ(result, 9.0F);
+  EXPECT_EQ(engine_.GetOutputImage(source, 0), image.Get());
+  EXPECT_TRUE(source->events.empty());
+  engine_.DeleteNode(source);
+  EXPECT_EQ(image->GetRefCount(), 1U);
+}
+
+TEST_F(EngineTest, RefusesImagesForWhatIsNoImageOutput) {
+  auto* feed = Create<FeedNode>();
+  Engine other(Testing::MakeCatalog<SourceNode>());
+  EXPECT_FALSE(engine_.SetOutputOverride(feed, 0, MakePixel(1.0F)));
+  EXPECT_FALSE(engine_.SetOutputOverride(CreateSource(1.0), 1, MakePixel(1.0F)));
+  EXPECT_FALSE(engine_.SetOutputOverride(nullptr, 0, MakePixel(1.0F)));
+  EXPECT_FALSE(engine_.SetOutputOverride(other.CreateNode(SourceNode::kType), 0, MakePixel(1.0F)));
+}
+
+// ---- Cancellation, progress, statistics ----
+
+TEST_F(EngineTest, StopsWithinANodeAndMakesWhatIsMissingNextTime) {
+  for (const char* how : {"rows", "loop", "swallows"}) {
+    SourceNode* source = CreateSource(3.0);
+    auto* node = Create<LongNode>();
+    auto* after = Create<SumNode>();
+    Link(source, "image", node, "image");
+    Link(node, "image", after, "first");
+    engine_.Evaluate({{after, 0}});
+    EXPECT_EQ(LevelOf(after), 3.0F);
+
+    ScEng::Cancellation cancellation;
+    Engine::Options options;
+    options.cancellation = &cancellation;
+    node->GetAttribute(std::size_t{0})->SetChoice(how, false);
+    source->GetAttribute(std::size_t{0})->SetNumber(4.0, false);
+    std::thread other;
+    node->on_work = [&, once = std::make_shared<std::once_flag>()] {
+      std::call_once(*once, [&] {
+        other = std::thread([&cancellation] {
+          std::this_thread::sleep_for(std::chrono::milliseconds(10));
+          cancellation.Request();
+        });
+      });
+    };
+    EXPECT_EQ(engine_.Evaluate({{after, 0}}, options), Engine::Outcome::kCancelled) << how;
+    other.join();
+    EXPECT_EQ(source->evaluations, 2);
+    EXPECT_EQ(LevelOf(source), 4.0F);
+    EXPECT_EQ(node->evaluations, 2);
+    EXPECT_EQ(node->GetOutputImage(0), nullptr) << "a half-made result stays";
+    EXPECT_EQ(node->GetState(), Node::State::kIdle);
+    EXPECT_EQ(after->evaluations, 1);
+    EXPECT_EQ(engine_.GetStatistics(node).evaluations, 1U);
+
+    // As long as the request stands nothing is begun.
+    EXPECT_EQ(engine_.Evaluate({{after, 0}}, options), Engine::Outcome::kCancelled);
+    EXPECT_EQ(node->evaluations, 2);
+    cancellation.Reset();
+    node->GetAttribute(std::size_t{0})->SetChoice("quick", false);
+    EXPECT_EQ(engine_.Evaluate({{after, 0}}, options), Engine::Outcome::kComplete);
+    EXPECT_EQ(source->evaluations, 2);
+    EXPECT_EQ(LevelOf(after), 4.0F) << how;
+  }
+}
+
+TEST_F(EngineTest, WhatDependsOnAStoppedNodeIsMadeAnewAfterAChange) {
+  SourceNode* source = CreateSource(3.0);
+  auto* node = Create<LongNode>();
+  auto* after = Create<SumNode>();
+  Link(source, "image", node, "image");
+  Link(node, "image", after, "first");
+  Engine::Options releasing;
+  releasing.release_results = true;
+  engine_.Evaluate({{node, 0}}, releasing);
+  engine_.Evaluate({{after, 0}});
+  // The node alone is asked for, for its other output, and stopped: it is not dirty, and nor is what depends on it.
+  ScEng::Cancellation cancellation;
+  Engine::Options options;
+  options.cancellation = &cancellation;
+  engine_.Evaluate({{node, 0}}, releasing);
+  node->on_work = [&] { cancellation.Request(); };
+  node->GetAttribute(std::size_t{0})->SetChoice("loop", false);
+  EXPECT_EQ(engine_.Evaluate({{node, 0}}, options), Engine::Outcome::kCancelled);
+  node->on_work = nullptr;
+  node->GetAttribute(std::size_t{0})->SetChoice("quick", false);
+  source->GetAttribute(std::size_t{0})->SetNumber(5.0, false);
+  engine_.Evaluate({{after, 0}});
+  EXPECT_EQ(LevelOf(after), 5.0F);
+}
+
+TEST_F(EngineTest, ReleasesWhatWaitedForANodeThatWasStopped) {
+  SourceNode* source = CreateSource(3.0);
+  auto* node = Create<LongNode>();
+  auto* sum = Create<SumNode>();
+  Link(source, "image", node, "image");
+  Link(source, "image", sum, "first");
+  Link(node, "image", sum, "last");
+  node->GetAttribute(std::size_t{0})->SetChoice("loop", false);
+  ScEng::Cancellation cancellation;
+  node->on_work = [&] { cancellation.Request(); };
+  Engine::Options options;
+  options.release_results = true;
+  options.cancellation = &cancellation;
+  EXPECT_EQ(engine_.Evaluate({{sum, 0}}, options), Engine::Outcome::kCancelled);
+  EXPECT_EQ(source->GetOutputImage(0), nullptr);
+}
+
+TEST_F(EngineTest, ReportsProgressWithinNodes) {
+  auto* node = Create<LongNode>();
+  auto* sum = Create<SumNode>();
+  Link(node, "image", sum, "first");
+  node->GetAttribute(std::size_t{0})->SetChoice("rows", false);
+  const std::thread::id here = std::this_thread::get_id();
+  ScEng::Cancellation cancellation;
+  std::vector<double> fractions;
+  Engine::Options options;
+  options.cancellation = &cancellation;
+  options.on_progress = [&](Node& working, double fraction) {
+    EXPECT_EQ(&working, node);
+    EXPECT_EQ(std::this_thread::get_id(), here);
+    EXPECT_GT(fraction, fractions.empty() ? 0.0 : fractions.back());
+    EXPECT_LE(fraction, 1.0);
+    fractions.push_back(fraction);
+    if (fractions.size() == 5) cancellation.Request();
+  };
+  EXPECT_EQ(engine_.Evaluate({{sum, 0}}, options), Engine::Outcome::kCancelled);
+  EXPECT_EQ(fractions.size(), 5U);
+}
+
+TEST_F(EngineTest, CountsTimeAndBytes) {
+  auto* node = Create<LongNode>();
+  EXPECT_EQ(engine_.GetStatistics(node).evaluations, 0U);
+  node->GetAttribute(std::size_t{0})->SetChoice("quick", false);
+  engine_.Evaluate({{node, 0}});
+  const Engine::NodeStatistics quick = engine_.GetStatistics(node);
+  EXPECT_EQ(quick.evaluations, 1U);
+  EXPECT_EQ(quick.bytes_made, sizeof(float));
+  EXPECT_EQ(quick.bytes_held, sizeof(float));
+  auto* together = Create<TogetherNode>();
+  Engine::Options options;
+  options.release_results = true;
+  engine_.Evaluate({{together, 0}}, options);
+  EXPECT_EQ(engine_.GetStatistics(together).bytes_made, 2 * sizeof(float));
+  EXPECT_EQ(engine_.GetStatistics(together).bytes_held, 0U);
+  EXPECT_EQ(engine_.GetStatistics(nullptr).evaluations, 0U);
+}
+
+// ---- Large graphs ----
+
+TEST_F(EngineTest, TakesAHundredThousandConnectionsAtOneInputInAnyOrder) {
+  constexpr unsigned kCount = 100000;
+  auto* sum = Create<SumNode>();
+  std::vector<Node*> sources;
+  for (unsigned i = 0; i < kCount; ++i) sources.push_back(CreateSource(i == 70000 ? 2.0 : 0.0));
+  for (unsigned i = kCount; i-- > 0;) ASSERT_TRUE(engine_.ConnectNodes(sources[i], "image", 0, sum, "many", i));
+  EXPECT_TRUE(engine_.IsConnected(sum, "many"));
+  EXPECT_FALSE(engine_.ConnectNodes(sources[1], "image", 0, sum, "many", 5));
+  engine_.Evaluate({{sum, 0}});
+  EXPECT_EQ(LevelOf(sum), 2.0F);
+  EXPECT_EQ(sum->levels.at(70001), 2.0F);
+  EXPECT_TRUE(engine_.DisconnectNodes(sources[70000], "image", 0, sum, "many", 70000));
+  engine_.Evaluate({{sum, 0}});
+  EXPECT_EQ(LevelOf(sum), 0.0F);
+  for (Node* source : sources) ASSERT_TRUE(engine_.DeleteNode(source));
+  EXPECT_FALSE(engine_.IsConnected(sum, "many"));
+}
+
+TEST_F(EngineTest, TakesAChainListedInReverse) {
+  constexpr int kLength = 30000;
+  std::vector<Node*> chain{CreateSource(4.0)};
+  for (int i = 0; i < kLength; ++i) chain.push_back(Create<SumNode>());
+  for (int i = kLength; i-- > 0;) {
+    ASSERT_TRUE(engine_.ConnectNodes(chain[static_cast<std::size_t>(i)], "image", 0,
+                                     chain[static_cast<std::size_t>(i) + 1], "first", 0));
+  }
+  EXPECT_EQ(Refusal(chain.back(), "image", chain[1], "last"), "it would close a cycle");
+  engine_.Evaluate({{chain.back(), 0}});
+  EXPECT_EQ(LevelOf(chain.back()), 4.0F);
 }
 
 }  // namespace

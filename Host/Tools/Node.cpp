@@ -4,9 +4,24 @@
 #include <algorithm>
 #include <numeric>
 
+#include "Host/Tools/Guard.h"
 #include "Host/Tools/NodeRecord.h"
 
 namespace {
+
+/// Asks a node for a text. An exception becomes the node's error state and `fallback` the answer.
+template <class Function>
+std::string AskNode(const Node& node, const char* operation, const std::string& fallback, const Function& function) {
+  ScEng::Status status;
+  std::string answer = ScEng::CallGuarded(operation, status, fallback, function);
+  // Nodes are never constant objects; that their state changes is no change of what is asked for.
+  if (status.IsError()) const_cast<Node&>(node).SetState(0, Node::State::kError, status.GetMessage());
+  return answer;
+}
+
+std::string Translate(const Node& node, const std::string& name) {
+  return AskNode(node, "TranslateAttributeName", name, [&] { return node.TranslateAttributeName(0, name); });
+}
 
 int FindPlug(const std::vector<PlugRecord>& plugs, const std::string& name) {
   const auto found =
@@ -95,7 +110,7 @@ Attribute* Node::GetAttribute(std::size_t id) const {
 }
 
 Attribute* Node::GetAttribute(const std::string& name) const {
-  const std::string current = TranslateAttributeName(0, name);
+  const std::string current = Translate(*this, name);
   for (const auto& attribute : attributes_) {
     if (attribute && attribute->GetName() == current) return attribute.Get();
   }
@@ -107,7 +122,7 @@ std::string Node::GetOutplugName(unsigned outplug) const { return NameOf(outplug
 
 int Node::GetInplugIndex(const std::string& name) const {
   const int index = FindPlug(all_inplugs_, name);
-  return index >= 0 ? index : FindPlug(all_inplugs_, TranslateAttributeName(0, name));
+  return index >= 0 ? index : FindPlug(all_inplugs_, Translate(*this, name));
 }
 
 int Node::GetOutplugIndex(const std::string& name) const { return FindPlug(outplugs_, name); }
@@ -152,6 +167,10 @@ void Node::Tell(void (NodeObserver::*what)(Node&)) {
   for (NodeObserver* observer : told) {
     if (std::find(observers_.begin(), observers_.end(), observer) != observers_.end()) (observer->*what)(*this);
   }
+}
+
+std::string Node::GetLabel() const {
+  return label_.empty() ? AskNode(*this, "GetName", "a node", [this] { return GetName(); }) : label_;
 }
 
 std::string Node::GetAttributeSource(unsigned attribute) const {

@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <cctype>
-#include <exception>
 #include <limits>
 #include <numeric>
 #include <sstream>
 #include <system_error>
 #include <utility>
+
+#include "Host/Tools/Guard.h"
 
 namespace ScEng {
 namespace {
@@ -82,13 +83,7 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
     status = Status::Error("plug-in \"" + file.string() + "\" cannot be loaded: " + (reason ? reason : "unknown"));
     return nullptr;
   }
-  try {
-    status = library->ReadCatalog();
-  } catch (const std::exception& thrown) {
-    status = Status::Error(std::string("an entry point threw an exception: ") + thrown.what());
-  } catch (...) {
-    status = Status::Error("an entry point threw an exception");
-  }
+  status = library->ReadCatalog();
   if (status.IsError()) {
     status = Status::Error("plug-in \"" + file.string() + "\": " + status.GetMessage());
     return nullptr;
@@ -107,29 +102,54 @@ Status NodeLibrary::ReadCatalog() {
     return Status::Error(std::string("it does not export ") + missing + ", so it is not a node library");
   }
 
-  LibraryInterface* const interface = get_library();
+  // Each call into the library is guarded, and the first that throws ends the reading.
+  Status status;
+  LibraryInterface* const interface =
+      CallGuarded<LibraryInterface*>("GetLibraryInterface", status, nullptr, [&] { return get_library(); });
+  if (status.IsError()) return status;
   if (interface == nullptr) return Status::Error("GetLibraryInterface answers null instead of a library object");
   KeepForever(interface);
-  name_ = interface->GetName();
+  status = CallGuarded("the library object's GetName", [&] { name_ = interface->GetName(); });
+  if (status.IsError()) return status;
 
-  const std::int32_t count = get_count();
+  const auto count = CallGuarded<std::int32_t>("GetNumNodeInterfaces", status, 0, [&] { return get_count(); });
+  if (status.IsError()) return status;
   if (count < 0 || count > kMostNodeTypes) {
     return Status::Error("GetNumNodeInterfaces answers " + std::to_string(count) + ", which is no count of node types");
   }
   for (std::int32_t index = 0; index < count; ++index) {
-    const RefPtr<NodeInterface> descriptor(get_descriptor(static_cast<std::uint64_t>(index)));
-    const std::string which = "GetNodeInterface(" + std::to_string(index) + ")";
-    if (!descriptor) {
-      return Status::Error(which + " answers null although GetNumNodeInterfaces answers " + std::to_string(count));
-    }
-    const NodeFactory* factory = descriptor->GetNodeFactory();
-    if (factory == nullptr) return Status::Error(which + " answers a descriptor without a factory");
-    if (factory->GetNodeType() != descriptor->GetNodeType()) {
-      return Status::Error(which + " answers a descriptor of type " + descriptor->GetNodeType().ToString() +
-                           " with a factory of type " + factory->GetNodeType().ToString());
-    }
-    descriptors_.push_back(descriptor);
+    status = ReadDescriptor(index, count, get_descriptor);
+    if (status.IsError()) return status;
   }
+  return {};
+}
+
+Status NodeLibrary::ReadDescriptor(std::int32_t index, std::int32_t count, GetNodeInterfaceFunction get_descriptor) {
+  const std::string which = "GetNodeInterface(" + std::to_string(index) + ")";
+  Status status;
+  const RefPtr<NodeInterface> descriptor(CallGuarded<NodeInterface*>(
+      which.c_str(), status, nullptr, [&] { return get_descriptor(static_cast<std::uint64_t>(index)); }));
+  if (status.IsError()) return status;
+  if (!descriptor) {
+    return Status::Error(which + " answers null although GetNumNodeInterfaces answers " + std::to_string(count));
+  }
+  const NodeFactory* const factory =
+      CallGuarded<const NodeFactory*>("GetNodeFactory", status, nullptr, [&] { return descriptor->GetNodeFactory(); });
+  if (!status.IsError() && factory == nullptr) return Status::Error(which + " answers a descriptor without a factory");
+  NodeType of_factory;
+  NodeType of_descriptor;
+  if (!status.IsError()) {
+    status = CallGuarded("GetNodeType", [&] {
+      of_factory = factory->GetNodeType();
+      of_descriptor = descriptor->GetNodeType();
+    });
+  }
+  if (status.IsError()) return Status::Error(which + ": " + status.GetMessage());
+  if (of_factory != of_descriptor) {
+    return Status::Error(which + " answers a descriptor of type " + of_descriptor.ToString() +
+                         " with a factory of type " + of_factory.ToString());
+  }
+  descriptors_.push_back(descriptor);
   return {};
 }
 
@@ -138,21 +158,36 @@ NodeLibrary::~NodeLibrary() {
   if (handle_ != nullptr) dlclose(handle_);
 }
 
-Status NodeCatalog::Check(const NodeInterface& descriptor) const {
-  const std::string type_name = descriptor.GetNodeFactory()->GetTypeName();
-  if (const NodeInterface* other = Find(descriptor.GetNodeType())) {
-    return Status::Error("node type " + type_name + " has the numbers " + descriptor.GetNodeType().ToString() +
-                         ", which " + other->GetNodeFactory()->GetTypeName() + " has already");
+Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor) {
+  Entry entry;
+  entry.descriptor = descriptor;
+  NodeType type;
+  Status status = CallGuarded("GetNodeType", [&] { type = descriptor->GetNodeType(); });
+  if (!status.IsError()) status = CallGuarded("GetName", [&] { entry.name = descriptor->GetName(); });
+  if (!status.IsError()) {
+    status = CallGuarded("GetTypeName", [&] { entry.type_name = descriptor->GetNodeFactory()->GetTypeName(); });
   }
-  if (FindTypeName(type_name) != nullptr) {
-    return Status::Error("node type " + type_name + " is in the catalogue already");
+  if (status.IsError()) return Status::Error("node type " + type.ToString() + ": " + status.GetMessage());
+
+  if (const auto other = by_type.find(type); other != by_type.end()) {
+    const auto holds_it = [&](const Entry& candidate) { return candidate.descriptor.Get() == other->second; };
+    return Status::Error("node type " + entry.type_name + " has the numbers " + type.ToString() + ", which " +
+                         std::find_if(entries.begin(), entries.end(), holds_it)->type_name + " has already");
   }
+  if (!by_type_name.emplace(entry.type_name, descriptor.Get()).second) {
+    return Status::Error("node type " + entry.type_name + " is in the catalogue already");
+  }
+  by_type.emplace(type, descriptor.Get());
+  by_written.emplace(ToLower(entry.type_name), descriptor.Get());
+  by_written.emplace(ToLower(entry.name), descriptor.Get());
+  entries.push_back(std::move(entry));
   return {};
 }
 
 Status NodeCatalog::AddDescriptor(RefPtr<NodeInterface> descriptor) {
-  Status status = Check(*descriptor);
-  if (!status.IsError()) descriptors_.push_back(std::move(descriptor));
+  Index next = index_;
+  Status status = next.Add(descriptor);
+  if (!status.IsError()) std::swap(index_, next);
   return status;
 }
 
@@ -160,55 +195,47 @@ Status NodeCatalog::AddLibrary(std::shared_ptr<NodeLibrary> library) {
   for (const auto& loaded : libraries_) {
     if (loaded->GetFile() == library->GetFile()) return {};
   }
-  const std::size_t before = descriptors_.size();
+  Index next = index_;
   for (const auto& descriptor : library->GetDescriptors()) {
-    const Status status = AddDescriptor(descriptor);
+    const Status status = next.Add(descriptor);
     if (status.IsError()) {
-      descriptors_.resize(before);
       return Status::Error("plug-in \"" + library->GetFile().string() + "\": " + status.GetMessage());
     }
   }
   libraries_.push_back(std::move(library));
+  std::swap(index_, next);
   return {};
 }
 
 std::vector<NodeInterface*> NodeCatalog::GetDescriptors() const {
   std::vector<NodeInterface*> descriptors;
-  for (const auto& descriptor : descriptors_) descriptors.push_back(descriptor.Get());
+  descriptors.reserve(index_.entries.size());
+  for (const Entry& entry : index_.entries) descriptors.push_back(entry.descriptor.Get());
   return descriptors;
 }
 
 NodeInterface* NodeCatalog::Find(const NodeType& type) const {
-  for (const auto& descriptor : descriptors_) {
-    if (descriptor->GetNodeType() == type) return descriptor.Get();
-  }
-  return nullptr;
+  const auto found = index_.by_type.find(type);
+  return found == index_.by_type.end() ? nullptr : found->second;
 }
 
 NodeInterface* NodeCatalog::FindTypeName(const std::string& type_name) const {
-  for (const auto& descriptor : descriptors_) {
-    if (descriptor->GetNodeFactory()->GetTypeName() == type_name) return descriptor.Get();
-  }
-  return nullptr;
+  const auto found = index_.by_type_name.find(type_name);
+  return found == index_.by_type_name.end() ? nullptr : found->second;
 }
 
 NodeInterface* NodeCatalog::FindWritten(const std::string& text) const {
   NodeType type;
   if (ReadNumbers(text, type)) return Find(type);
-  const std::string lower = ToLower(text);
-  for (const auto& descriptor : descriptors_) {
-    if (ToLower(descriptor->GetNodeFactory()->GetTypeName()) == lower || ToLower(descriptor->GetName()) == lower) {
-      return descriptor.Get();
-    }
-  }
-  return nullptr;
+  const auto found = index_.by_written.find(ToLower(text));
+  return found == index_.by_written.end() ? nullptr : found->second;
 }
 
 std::string NodeCatalog::Suggest(const std::string& text) const {
   std::vector<std::string> names;
-  for (const auto& descriptor : descriptors_) {
-    names.push_back(descriptor->GetName());
-    names.push_back(descriptor->GetNodeFactory()->GetTypeName());
+  for (const Entry& entry : index_.entries) {
+    names.push_back(entry.name);
+    names.push_back(entry.type_name);
   }
   return FindClosest(text, names);
 }
@@ -217,6 +244,8 @@ std::string FindClosest(const std::string& word, const std::vector<std::string>&
   std::string closest;
   std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
   for (const std::string& candidate : words) {
+    // No fewer letters differ than one of them has more.
+    if (std::max(word.size(), candidate.size()) - std::min(word.size(), candidate.size()) >= least) continue;
     const std::size_t distance = GetEditDistance(ToLower(word), ToLower(candidate));
     if (distance < least) {
       least = distance;

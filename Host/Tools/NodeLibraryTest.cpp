@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Host/Image/Image.h"
@@ -128,7 +129,56 @@ TEST(NodeLibrary, EntryPointThatThrows) {
   EXPECT_TRUE(Contains(Failure(LibraryFile("ThrowingEntry")), "the shelf is bare"));
 }
 
+TEST(NodeLibrary, EntryPointsThatThrowAreNamed) {
+  const std::pair<const char*, const char*> kCases[] = {
+      {"ThrowsInLibrary", "GetLibraryInterface threw an exception"},
+      {"ThrowsInLibraryName", "the library object's GetName threw an exception"},
+      {"ThrowsInCount", "GetNumNodeInterfaces threw an exception"},
+      {"ThrowsInFactory", "GetNodeInterface(1): GetNodeFactory threw an exception"},
+      {"ThrowsInFactoryType", "GetNodeInterface(1): GetNodeType threw an exception"},
+  };
+  for (const auto& [library, message] : kCases) {
+    EXPECT_EQ(Failure(LibraryFile(library)), "plug-in \"" + LibraryFile(library).string() + "\": " + message +
+                                                 ": the shelf is bare and the door is shut");
+  }
+}
+
 // ---- The catalogue ----
+
+TEST(NodeCatalog, ALibraryWhoseNamesThrowLeavesNothingBehind) {
+  const std::pair<const char*, const char*> kCases[] = {{"ThrowsInName", "GetName"},
+                                                        {"ThrowsInTypeName", "GetTypeName"}};
+  for (const auto& [name, operation] : kCases) {
+    NodeCatalog catalog;
+    Status status;
+    auto library = NodeLibrary::Load(LibraryFile(name), status);
+    ASSERT_NE(library, nullptr) << status.GetMessage();
+    status = catalog.AddLibrary(std::move(library));
+    // The library is unloaded by now, and its text with it.
+    EXPECT_FALSE(IsInProcess(LibraryFile(name)));
+    EXPECT_EQ(status.GetMessage(), "plug-in \"" + std::filesystem::canonical(LibraryFile(name)).string() +
+                                       "\": node type 900, 2, 2: " + operation +
+                                       " threw an exception: the shelf is bare and the door is shut");
+    EXPECT_TRUE(catalog.GetDescriptors().empty());
+    EXPECT_TRUE(catalog.GetLibraries().empty());
+    EXPECT_EQ(catalog.Find({900, 2, 1}), nullptr);
+    EXPECT_EQ(catalog.FindTypeName("PartsNode1"), nullptr);
+    EXPECT_EQ(catalog.FindWritten("parts node 1"), nullptr);
+  }
+}
+
+TEST(NodeCatalog, AFactoryThatThrowsMakesNoNode) {
+  Status status;
+  auto catalog = std::make_shared<NodeCatalog>();
+  ASSERT_FALSE(catalog->AddLibrary(NodeLibrary::Load(LibraryFile("ThrowsInCreateNode"), status)).IsError());
+  Engine engine(catalog);
+  EXPECT_EQ(engine.CreateNode({900, 2, 2}), nullptr);
+  EXPECT_EQ(engine.CreateNode({900, 2, 2}, status), nullptr);
+  EXPECT_EQ(status.GetMessage(),
+            "node type 900, 2, 2: CreateNode threw an exception: the shelf is bare and the door is shut");
+  EXPECT_NE(engine.CreateNode({900, 2, 1}), nullptr);
+  EXPECT_EQ(engine.GetNodes().size(), 1U);
+}
 
 class FirstNode : public Testing::TestNode {
  public:
@@ -231,6 +281,12 @@ TEST(NodeCatalog, SuggestsTheClosestName) {
   EXPECT_EQ(catalog.Suggest("firstnode"), "FirstNode");
   EXPECT_EQ(catalog.Suggest("Tst FirstNode"), "Test FirstNode");
   EXPECT_EQ(catalog.Suggest("quite another thing"), "");
+}
+
+TEST(FindClosest, TakesNoTimeForTextThatIsMuchLonger) {
+  // Comparing them letter by letter would take eight thousand million steps.
+  const std::vector<std::string> words(10, std::string(8, 'a'));
+  EXPECT_EQ(ScEng::FindClosest(std::string(100000000, 'a'), words), "");
 }
 
 TEST(FindClosest, AllowsAThirdOfTheLetters) {

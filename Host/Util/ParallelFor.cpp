@@ -55,11 +55,11 @@ void ParallelFor(int begin, int end, int chunk, const std::function<void(int fro
   FirstException exception;
   {
     // The number of cores is 0 where it is not known.
-    const unsigned threads = std::max(1U, std::thread::hardware_concurrency());
+    ThreadPool pool(std::max(1U, std::thread::hardware_concurrency()));
+    const auto threads = static_cast<std::int64_t>(pool.GetNumThreads());
     // A range of integers may have more entries than an integer can count.
     const std::int64_t count = std::int64_t{end} - begin;
     const std::int64_t step = chunk == -1 ? count / threads + 1 : chunk;
-    ThreadPool pool(threads);
     for (std::int64_t from = begin; from < end; from += step) {
       const std::int64_t to = std::min<std::int64_t>(end, from + step);
       pool.AddTask([&body, &exception, from, to] {
@@ -70,7 +70,7 @@ void ParallelFor(int begin, int end, int chunk, const std::function<void(int fro
         }
       });
     }
-    // The pool waits here until every task has run.
+    pool.Wait();
   }
   exception.RethrowIfAny();
 }

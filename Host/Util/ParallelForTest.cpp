@@ -107,8 +107,9 @@ RC_GTEST_PROP(ParallelFor, PiecesJoinWithoutGapAndKeepToTheChunk, ()) {
 }
 
 TEST(ParallelFor, RunsAsManyPiecesAtOnceAsThereAreCores) {
-  const Testing::ThreadsScope scope(1);
   const int threads = CountThreads();
+  // More threads than cores are allowed, but not taken.
+  const Testing::ThreadsScope scope(2 * static_cast<std::size_t>(threads));
   // Each piece waits until all have begun: with fewer threads this would never end, so it gives up.
   std::atomic<int> begun = 0;
   std::atomic<int> met = 0;
@@ -118,6 +119,18 @@ TEST(ParallelFor, RunsAsManyPiecesAtOnceAsThereAreCores) {
     if (begun == threads) ++met;
   });
   EXPECT_EQ(met, threads);
+}
+
+TEST(ParallelFor, StaysOnTheCallerWithOneThread) {
+  const Testing::ThreadsScope scope(1);
+  std::set<std::thread::id> threads;
+  ParallelFor(0, 100, 1, [&](int, int) { threads.insert(std::this_thread::get_id()); });
+  EXPECT_EQ(threads, std::set<std::thread::id>{std::this_thread::get_id()});
+}
+
+TEST(ParallelFor, TakesOnePieceForOneThreadForAChunkOfMinusOne) {
+  const Testing::ThreadsScope scope(1);
+  EXPECT_EQ(Split(0, 100, -1), (Pieces{{0, 100}}));
 }
 
 TEST(ParallelFor, RunsWithinItself) {

@@ -9,7 +9,10 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
+#include <optional>
 
+#include "Host/Util/EvaluationScope.h"
+#include "Host/Util/WorkContext.h"
 #include "Host/Util/WorkerLimit.h"
 
 namespace ScEng {
@@ -17,11 +20,20 @@ namespace {
 
 /// The arena that the host's operations share. It is kept behind a shared pointer, so that a change of the number of
 /// threads does not pull it away from an operation that is running.
-struct HostThreads {
-  explicit HostThreads(std::size_t threads) : count(threads), arena(static_cast<int>(threads)) { LiftWorkerLimit(); }
+class HostThreads {
+ public:
+  explicit HostThreads(std::size_t count) : count_(count) {}
 
-  std::size_t count;
-  tbb::task_arena arena;
+  [[nodiscard]] std::size_t GetCount() const { return count_; }
+  tbb::task_arena& GetArena() {
+    std::call_once(once_, [this] { arena_.emplace(static_cast<int>(PrepareWorkers(count_))); });
+    return *arena_;
+  }
+
+ private:
+  std::size_t count_;
+  std::once_flag once_;
+  std::optional<tbb::task_arena> arena_;
 };
 
 std::mutex& GetMutex() {
@@ -45,13 +57,13 @@ std::shared_ptr<HostThreads> GetThreads() {
 
 }  // namespace
 
-std::size_t GetNumThreads() { return GetThreads()->count; }
+std::size_t GetNumThreads() { return GetThreads()->GetCount(); }
 
 void SetNumThreads(std::size_t threads) {
   const std::size_t wanted = threads == 0 ? GetDefaultNumThreads() : threads;
   const std::lock_guard lock(GetMutex());
   auto& slot = GetSlot();
-  if (slot && slot->count == wanted) return;
+  if (slot && slot->GetCount() == wanted) return;
   slot = std::make_shared<HostThreads>(wanted);
 }
 
@@ -60,14 +72,26 @@ void ParallelRows(std::size_t count, std::size_t grain,
   if (count == 0) return;
   const auto threads = GetThreads();
   const std::size_t least = std::max<std::size_t>(grain, 1);
-  if (threads->count == 1 || count <= least) {
-    body(0, count);
+  WorkContext* const context = GetWorkContext();
+  ProgressPass pass(count);
+  const auto work = [&](std::size_t from, std::size_t to) {
+    if (context == nullptr) {
+      body(from, to);
+    } else {
+      WorkInPieces(*context, pass, from, to, least, body);
+    }
+  };
+  if (threads->GetCount() == 1 || count <= least) {
+    work(0, count);
     return;
   }
-  threads->arena.execute([&] {
+  threads->GetArena().execute([&] {
     // A range is halved as long as it is longer than what is given here, so that each half keeps to the grain.
     tbb::parallel_for(tbb::blocked_range<std::size_t>(0, count, 2 * least - 1),
-                      [&](const tbb::blocked_range<std::size_t>& range) { body(range.begin(), range.end()); });
+                      [&](const tbb::blocked_range<std::size_t>& range) {
+                        const WorkContextGuard guard(context);
+                        work(range.begin(), range.end());
+                      });
   });
 }
 

@@ -5,13 +5,18 @@
 #include <tbb/task_group.h>
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <utility>
 
+#include "Host/Util/EvaluationScope.h"
 #include "Host/Util/Log.h"
+#include "Host/Util/ParallelRows.h"
+#include "Host/Util/WorkContext.h"
 #include "Host/Util/WorkerLimit.h"
 
 namespace {
@@ -29,9 +34,8 @@ class IdleArenas {
       const auto found = arenas_.find(threads);
       if (found != arenas_.end()) return std::move(arenas_.extract(found).mapped());
     }
-    ScEng::LiftWorkerLimit();
-    // An arena has two slots at least, so that the one thread of a pool of one is the one that waits.
-    return std::make_unique<tbb::task_arena>(static_cast<int>(threads), threads == 1 ? 1 : 0);
+    // One place is kept for the thread that waits.
+    return std::make_unique<tbb::task_arena>(static_cast<int>(threads), 1);
   }
 
   void Keep(std::size_t threads, Arena arena) {
@@ -44,6 +48,12 @@ class IdleArenas {
   std::multimap<std::size_t, Arena> arenas_;
 };
 
+/// How many threads a pool has for which somebody asks that many.
+std::size_t LimitThreads(std::size_t threads) {
+  const std::size_t most = ScEng::GetNumThreads();
+  return threads <= 1 || most <= 1 ? 1 : std::min(threads, ScEng::PrepareWorkers(most));
+}
+
 // Never destroyed: pools may outlive every static object.
 IdleArenas& GetIdleArenas() {
   static IdleArenas& arenas = *new IdleArenas;
@@ -54,8 +64,7 @@ IdleArenas& GetIdleArenas() {
 
 class ThreadPool::Workers {
  public:
-  explicit Workers(std::size_t threads)
-      : threads_(std::max<std::size_t>(threads, 1)), arena_(GetIdleArenas().Take(threads_)) {}
+  explicit Workers(std::size_t threads) : threads_(LimitThreads(threads)), arena_(GetIdleArenas().Take(threads_)) {}
   ~Workers() { GetIdleArenas().Keep(threads_, std::move(arena_)); }
   Workers(const Workers&) = delete;
   Workers& operator=(const Workers&) = delete;
@@ -63,19 +72,33 @@ class ThreadPool::Workers {
   [[nodiscard]] std::size_t GetNumThreads() const { return threads_; }
 
   void AddTask(std::function<void()> task) {
-    arena_->execute([&] { group_.run([this, task = std::move(task)] { RunGuarded(task); }); });
+    ScEng::WorkContext* const context = ScEng::GetWorkContext();
+    ++added_;
+    arena_->execute([&] {
+      group_.run([this, context, task = std::move(task)] {
+        RunGuarded(context, task);
+        ++done_;
+        if (waiting_thread_ == std::this_thread::get_id()) pass_->Add(done_.exchange(0));
+      });
+    });
   }
 
   std::exception_ptr Wait() {
+    ScEng::ProgressPass pass(added_.exchange(0));
+    pass_ = &pass;
+    waiting_thread_ = std::this_thread::get_id();
     arena_->execute([this] { group_.wait(); });
+    waiting_thread_ = std::thread::id();
     const std::lock_guard lock(mutex_);
     return std::exchange(first_exception_, nullptr);
   }
 
  private:
   // A task that throws must not cancel the group: the others still have to run.
-  void RunGuarded(const std::function<void()>& task) {
+  void RunGuarded(ScEng::WorkContext* context, const std::function<void()>& task) {
+    const ScEng::WorkContextGuard guard(context);
     try {
+      if (context != nullptr) context->Poll();
       task();
     } catch (...) {
       const std::lock_guard lock(mutex_);
@@ -85,16 +108,27 @@ class ThreadPool::Workers {
 
   std::size_t threads_;
   Arena arena_;
-  tbb::task_group group_;
+  // The end of a group that this one may run within must not take its tasks along.
+  tbb::task_group_context isolated_{tbb::task_group_context::isolated};
+  tbb::task_group group_{isolated_};
   std::mutex mutex_;
   std::exception_ptr first_exception_;
+  std::atomic<std::size_t> added_{0};
+  std::atomic<std::size_t> done_{0};
+  // The pass that `Wait` makes of the tasks, for the thread in it alone.
+  std::atomic<std::thread::id> waiting_thread_;
+  ScEng::ProgressPass* pass_ = nullptr;
 };
 
-ThreadPool::ThreadPool(std::size_t threads) : workers_(std::make_unique<Workers>(threads)) {}
+ThreadPool::ThreadPool(std::size_t threads)
+    : workers_(std::make_unique<Workers>(threads)), exceptions_before_(std::uncaught_exceptions()) {}
 
-ThreadPool::~ThreadPool() {
+ThreadPool::~ThreadPool() noexcept(false) {
+  const std::exception_ptr unfetched = workers_->Wait();
+  if (!unfetched) return;
+  if (std::uncaught_exceptions() <= exceptions_before_) std::rethrow_exception(unfetched);
   try {
-    if (const std::exception_ptr unfetched = workers_->Wait()) std::rethrow_exception(unfetched);
+    std::rethrow_exception(unfetched);
   } catch (const std::exception& error) {
     Log::Error("ThreadPool: a task failed: %s", error.what());
   } catch (...) {

@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <new>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -16,16 +18,37 @@
 #include <vector>
 
 #include "Host/Util/Log.h"
+#include "Host/Util/ParallelRows.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 
+using Testing::ThreadsScope;
+
 TEST(ThreadPool, TellsItsNumberOfThreads) {
+  const ThreadsScope scope(16);
   EXPECT_EQ(ThreadPool(3).GetNumThreads(), 3U);
   EXPECT_EQ(ThreadPool(16).GetNumThreads(), 16U);
   EXPECT_EQ(ThreadPool(0).GetNumThreads(), 1U);
 }
 
+TEST(ThreadPool, HasNoMoreThreadsThanTheHostAllows) {
+  {
+    const ThreadsScope scope(2);
+    EXPECT_EQ(ThreadPool(16).GetNumThreads(), 2U);
+    EXPECT_EQ(ThreadPool(1).GetNumThreads(), 1U);
+  }
+  const ThreadsScope scope(1);
+  ThreadPool pool(16);
+  EXPECT_EQ(pool.GetNumThreads(), 1U);
+  std::set<std::thread::id> threads;
+  for (int i = 0; i < 100; ++i) pool.AddTask([&threads] { threads.insert(std::this_thread::get_id()); });
+  pool.Wait();
+  EXPECT_EQ(threads, std::set<std::thread::id>{std::this_thread::get_id()});
+}
+
 TEST(ThreadPool, RunsEveryTaskBeforeItsDestructorReturns) {
+  const ThreadsScope scope(16);
   for (const std::size_t threads : {0U, 1U, 2U, 16U}) {
     std::vector<int> ran(500, 0);
     {
@@ -37,6 +60,7 @@ TEST(ThreadPool, RunsEveryTaskBeforeItsDestructorReturns) {
 }
 
 TEST(ThreadPool, RunsTasksThatTasksAdd) {
+  const ThreadsScope scope(4);
   std::atomic<int> ran = 0;
   {
     ThreadPool pool(4);
@@ -56,6 +80,7 @@ TEST(ThreadPool, RunsTasksThatTasksAdd) {
 }
 
 TEST(ThreadPool, RunsNoMoreTasksAtOnceThanItHasThreads) {
+  const ThreadsScope scope(3);
   for (const int threads : {1, 2, 3}) {
     std::atomic<int> running = 0;
     std::atomic<int> most = 0;
@@ -123,6 +148,7 @@ TEST(ThreadPool, RunsTheOtherTasksAfterOneThrows) {
 }
 
 TEST(ThreadPool, WaitThrowsTheFirstException) {
+  const ThreadsScope scope(4);
   ThreadPool pool(4);
   // The pool lets go of a task when it is done with it, its exception included.
   auto first_task = std::make_shared<int>(1);
@@ -159,20 +185,89 @@ TEST(ThreadPool, ManyPoolsInTurnDoNotGatherThreads) {
 }
 #endif
 
-TEST(ThreadPool, LogsAnExceptionThatNobodyFetches) {
+TEST(ThreadPool, DestructorThrowsWhatNobodyFetched) {
+  for (const std::size_t threads : {1U, 4U}) {
+    const ThreadsScope scope(threads);
+    std::atomic<int> ran = 0;
+    std::string caught;
+    try {
+      ThreadPool pool(threads);
+      for (int i = 0; i < 20; ++i) {
+        pool.AddTask([&ran, i] {
+          ++ran;
+          if (i == 7) throw std::runtime_error("the rows are gone");
+        });
+      }
+    } catch (const std::runtime_error& error) {
+      caught = error.what();
+    }
+    EXPECT_EQ(caught, "the rows are gone");
+    EXPECT_EQ(ran, 20);
+  }
+  EXPECT_THROW(
+      {
+        ThreadPool pool(2);
+        pool.AddTask([] { throw std::bad_alloc(); });
+      },
+      std::bad_alloc);
+}
+
+TEST(ThreadPool, AnExceptionThatIsOnItsWayStandsForThatOfATask) {
   std::vector<std::string> logged;
   Log::SetSink([&](Log::Level, const std::string& text) { logged.push_back(text); });
-  {
+  std::string caught;
+  try {
     ThreadPool pool(2);
     pool.AddTask([] { throw std::runtime_error("the rows are gone"); });
-  }
-  {
-    ThreadPool pool(2);
-    pool.AddTask([] { throw 7; });
+    throw std::logic_error("the caller is gone");
+  } catch (const std::exception& error) {
+    caught = error.what();
   }
   Log::SetSink(nullptr);
-  ASSERT_EQ(logged.size(), 2U);
+  EXPECT_EQ(caught, "the caller is gone");
+  ASSERT_EQ(logged.size(), 1U);
   EXPECT_NE(logged[0].find("the rows are gone"), std::string::npos);
+}
+
+TEST(ThreadPool, ThrowsAlsoWhereItWorksForADestructor) {
+  // The exception that is on its way is none of the pool's, which was made after it.
+  struct Worker {
+    ~Worker() {
+      try {
+        ThreadPool pool(2);
+        pool.AddTask([] { throw std::runtime_error("the rows are gone"); });
+      } catch (const std::runtime_error& error) {
+        *caught = error.what();
+      }
+    }
+    std::string* caught;
+  };
+  std::string caught;
+  try {
+    const Worker worker{&caught};
+    throw 7;
+  } catch (int) {
+  }
+  EXPECT_EQ(caught, "the rows are gone");
+}
+
+TEST(ThreadPool, RunsItsTasksAlthoughTheGroupAroundItFails) {
+  const ThreadsScope scope(4);
+  std::atomic<int> ran = 0;
+  std::atomic<int> pools = 0;
+  const auto run = [&] {
+    ScEng::ParallelRows(64, 1, [&](std::size_t from, std::size_t to) {
+      for (std::size_t i = from; i < to; ++i) {
+        ++pools;
+        ThreadPool pool(2);
+        for (int task = 0; task < 10; ++task) pool.AddTask([&ran] { ++ran; });
+        if (i == 0) throw std::runtime_error("row 0");
+        pool.Wait();
+      }
+    });
+  };
+  EXPECT_THROW(run(), std::runtime_error);
+  EXPECT_EQ(ran, 10 * pools);
 }
 
 }  // namespace

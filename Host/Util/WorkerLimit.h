@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <tbb/global_control.h>
-
 #include <cstddef>
 
 namespace ScEng {
 
-/// oneTBB never runs more workers than the smallest `global_control` allows, by default one per core, so an arena
-/// cannot ask for more. The host lifts that limit once; how many threads take part is then the size of each arena.
-inline void LiftWorkerLimit() {
-  constexpr std::size_t kMostThreads = 1024;
-  static const tbb::global_control limit(tbb::global_control::max_allowed_parallelism, kMostThreads);
-}
+/// Makes oneTBB ready to run operations on `threads` threads, the caller's included, and answers how many it may use; to
+/// be called before each arena is made.
+///
+/// oneTBB runs one worker per core unless it is told otherwise, and ends the program where a worker cannot be started.
+/// This sets its limit to `threads`, or to as many as the system lets the process start: with fewer workers, or none,
+/// the callers do the work.
+std::size_t PrepareWorkers(std::size_t threads);
 
 }  // namespace ScEng

@@ -239,7 +239,7 @@ class TextTest(CheckTestCase):
             ("format", "zebra-graph"),
             ("format", 1),
             ("format", None),
-            ("version", 2),
+            ("version", 3),
             ("version", 0),
             ("version", "1"),
             ("version", 1.5),

@@ -22,11 +22,13 @@ PROGRAM = os.environ["VALUE_PROGRAM"]
 SCHEMA = json.loads((REPOSITORY / "Docs" / "graph.schema.json").read_text("utf-8"))
 
 GOOD = {
+    "$schema": "graph.schema.json",
     "format": "value-graph",
-    "version": 1,
+    "version": 2,
     "nodes": [
         {"id": "height", "type": "ImageTerrainNode", "enabled": True, "attributes": {"frame": [0, 0, 8, 8], "seed": 2}},
-        {"id": "by.numbers", "type": [10, 320, 5], "attributeVersion": 0, "attributes": {"value": 0.25}},
+        {"id": "by.numbers", "type": [10, 320, 5], "attributeVersion": 0, "attributes": {"value": 0.25},
+         "position": [220, -0.5], "note": "sea level"},
         {"id": "limit", "type": "ImageValueClampNode", "attributes": {"profile": "smooth", "high": 1}},
     ],
     "connections": [
@@ -35,8 +37,11 @@ GOOD = {
     ],
     "outputs": [
         {"from": "limit.image", "path": "a.exr", "type": "half"},
-        {"from": "height.image", "path": "b.png"},
+        {"from": "height.image", "path": "b.png", "type": "auto", "samples": "unit", "opacity": "keep",
+         "metadata": "strip", "layer": ""},
     ],
+    "frames": [{"title": "Height", "box": [-20, -20, 460, 160], "color": "#3b7a57"}, {"box": [0, 0, 1, 1]}],
+    "view": {"center": [110, 0], "zoom": 1, "shown": "limit.image"},
 }
 
 # A change to the good document, by the path to a value and what takes its place; DELETE removes it.
@@ -46,7 +51,7 @@ CHANGES = {
     "other format": (["format"], "graph"),
     "no version": (["version"], DELETE),
     "version as text": (["version"], "1"),
-    "version 2": (["version"], 2),
+    "version 3": (["version"], 3),
     "no nodes": (["nodes"], DELETE),
     "nodes as object": (["nodes"], {}),
     "unknown key": (["comment"], "hello"),
@@ -81,6 +86,29 @@ CHANGES = {
     "empty path": (["outputs", 0, "path"], ""),
     "unknown sample type": (["outputs", 0, "type"], "uint32"),
     "unknown key of an output": (["outputs", 0, "quality"], 90),
+    "schema as number": (["$schema"], 1),
+    "long id": (["nodes", 0, "id"], "x" * 201),
+    "control character in an id": (["nodes", 0, "id"], "a\u001b"),
+    "equals sign in an id": (["nodes", 0, "id"], "a=b"),
+    "short position": (["nodes", 0, "position"], [1]),
+    "position of words": (["nodes", 0, "position"], ["1", "2"]),
+    "note as number": (["nodes", 0, "note"], 1),
+    "zero in a path": (["outputs", 0, "path"], "a\u0000.exr"),
+    "unknown samples": (["outputs", 0, "samples"], "raw"),
+    "unknown opacity": (["outputs", 0, "opacity"], "no"),
+    "unknown metadata": (["outputs", 0, "metadata"], "drop"),
+    "layer as number": (["outputs", 0, "layer"], 1),
+    "frames as object": (["frames"], {}),
+    "frame without box": (["frames", 1, "box"], DELETE),
+    "short box": (["frames", 1, "box"], [0, 0, 1]),
+    "title as number": (["frames", 0, "title"], 1),
+    "colour by name": (["frames", 0, "color"], "red"),
+    "unknown key of a frame": (["frames", 0, "size"], 1),
+    "view as list": (["view"], []),
+    "short center": (["view", "center"], [1]),
+    "zoom 0": (["view", "zoom"], 0),
+    "shown as number": (["view", "shown"], 1),
+    "unknown key of the view": (["view", "angle"], 1),
 }
 
 
@@ -114,8 +142,9 @@ class SchemaTest(unittest.TestCase):
 
     def test_good_document(self):
         jsonschema.validate(GOOD, SCHEMA)
-        result = self.check_document(GOOD)
-        self.assertEqual(result.returncode, 0, result.stderr)
+        for version in (1, 2):
+            result = self.check_document({**GOOD, "version": version})
+            self.assertEqual((result.returncode, result.stderr), (0, ""))
 
     def test_examples(self):
         folders = [REPOSITORY / "Examples", REPOSITORY / "Docs/Nodes/Examples"]

@@ -13,6 +13,7 @@
 
 #include "Host/Image/Filter.h"
 #include "Host/Util/Log.h"
+#include "Host/Util/ParallelRows.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/ValueTesting.h"
 #include "Tests/Support/WatchedMemory.h"
@@ -438,6 +439,23 @@ TEST_F(ReliefNode, GivesTheSameSamplesWithAnyNumberOfThreads) {
       if (expected.empty()) expected = GetSamples(*output);
       EXPECT_TRUE(HoldsSamples(output, expected)) << style << ", " << threads << " threads";
     }
+  }
+}
+
+TEST_F(ReliefNode, FailsWhereATaskOfTheLevelsFails) {
+  Set(200, "levels");
+  // Without an upper end of the range the tasks compute by the plain definition, for which each makes a table of
+  // 401 times 401 distances.
+  const ImageRef image = MakeRow({0, 1, 0});
+  image->SetValueLowHigh(0.0F, Testing::kInfinity);
+  for (const std::size_t threads : {1U, 4U}) {
+    const Testing::ThreadsScope scope(threads);
+    {
+      const Testing::MemoryLimit limit(401 * 401 * sizeof(float));
+      EXPECT_THROW(Evaluate(image), std::bad_alloc);
+    }
+    EXPECT_EQ(node_->GetOutputImage(0), nullptr);
+    EXPECT_NE(Evaluate(image), nullptr);
   }
 }
 

@@ -11,13 +11,21 @@
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeLibrary.h"
 #include "Host/Tools/NodeType.h"
+#include "Host/Util/Cancellation.h"
+#include "Host/Util/RefCounter.h"
 #include "Host/Util/Status.h"
 
 /// A graph of nodes and its evaluation.
 ///
 /// The engine owns its nodes. It evaluates what is asked for in dependency order, each node once, without recursion,
 /// and keeps results until something that they depend on changes. A node whose input failed is not evaluated. All use
-/// of one engine, its nodes included, is on one thread at a time; separate engines are independent.
+/// of one engine, its nodes included, is on one thread at a time; separate engines are independent. Only the request to
+/// stop an evaluation comes from wherever it likes.
+///
+/// Building a graph, evaluating and deleting it take time in proportion to its nodes and connections, but for a
+/// logarithm, in whatever order they are listed, and no stack that grows with them.
+///
+/// No exception of a node reaches the caller: it becomes the node's error state, with the operation that threw.
 class HOST_TOOLS_API Engine {
  public:
   /// The process's own engine, used by self-tests. Give it a catalogue before nodes are created.
@@ -33,7 +41,10 @@ class HOST_TOOLS_API Engine {
   void SetCatalog(std::shared_ptr<const ScEng::NodeCatalog> catalog);
   [[nodiscard]] const ScEng::NodeCatalog& GetCatalog() const;
 
-  /// A new node, owned by the engine; null when the catalogue has no such type.
+  /// A new node, owned by the engine; null, with the reason, when the catalogue has no such type, or the library fails
+  /// to make one.
+  Node* CreateNode(const NodeType& type, ScEng::Status& status);
+  /// The same without the reason.
   Node* CreateNode(const NodeType& type);
   /// Removes a node with its connections; false when it is not this engine's.
   bool DeleteNode(Node* node);
@@ -67,12 +78,50 @@ class HOST_TOOLS_API Engine {
     bool release_results = false;
     /// Called after each node that was evaluated: `done` of `total`. Requested results can be read here.
     std::function<void(Node& node, std::size_t done, std::size_t total)> on_evaluated;
+    /// Called while a node is evaluated that takes longer than some hundredths of a second, on the thread of
+    /// `Evaluate`: the share of its work that is done, from 0 to 1, never less than before. Must not throw.
+    std::function<void(Node& node, double fraction)> on_progress;
+    /// Stops the evaluation when it is requested, from whatever thread; null where nobody does.
+    const ScEng::Cancellation* cancellation = nullptr;
+  };
+
+  enum class Outcome {
+    /// Everything that was asked for has been evaluated, or left out because of an error.
+    kComplete,
+    /// The evaluation was stopped. The node that was being evaluated has no results, like those that were to follow;
+    /// what was up to date before or is complete stays so. The next evaluation makes what is missing.
+    kCancelled,
   };
 
   /// Evaluates what the requests need and what is not up to date. How each node fared is in its state; an exception
   /// that leaves a node becomes that node's error state.
-  void Evaluate(const std::vector<Request>& requests, const Options& options);
-  void Evaluate(const std::vector<Request>& requests) { Evaluate(requests, Options{}); }
+  Outcome Evaluate(const std::vector<Request>& requests, const Options& options);
+  Outcome Evaluate(const std::vector<Request>& requests) { return Evaluate(requests, Options{}); }
+
+  /// Puts an image in the place of a node's output, or takes it away again (null). As long as it stands there, whoever
+  /// is connected to the output receives it; the node is not evaluated for this output, nor what it depends on, and no
+  /// error of the node concerns them. What depends on the output is evaluated anew. Refused, with false, for what is no
+  /// image output of a node of this engine.
+  ///
+  /// The engine takes a reference to the image, whose samples must not change while it stands there.
+  bool SetOutputOverride(Node* node, unsigned outplug, const ScEng::RefPtr<Image>& image);
+
+  /// The image of an output, without a further reference: the one in its place, else the node's own; null where there
+  /// is none.
+  [[nodiscard]] Image* GetOutputImage(Node* node, unsigned outplug) const;
+
+  /// What evaluating a node has taken.
+  struct NodeStatistics {
+    /// Wall time of its last evaluation that was not cancelled.
+    double seconds = 0.0;
+    /// How often it was evaluated to the end.
+    std::size_t evaluations = 0;
+    /// Bytes of the samples that its outputs held after that, and hold now.
+    std::size_t bytes_made = 0;
+    std::size_t bytes_held = 0;
+  };
+  /// All zero for a node that is not of this engine.
+  [[nodiscard]] NodeStatistics GetStatistics(Node* node) const;
 
   /// Whether the node was left out of the last evaluation because a node that it depends on failed.
   [[nodiscard]] bool IsBlocked(const Node* node) const;

@@ -224,7 +224,7 @@ class HOST_TOOLS_API Node : public RefCounter<Node> {
   // ---- The node's place in its graph, for those who show it ----
 
   /// The name that the graph gave to this node, a document's id for example; the display name where it gave none.
-  [[nodiscard]] std::string GetLabel() const { return label_.empty() ? GetName() : label_; }
+  [[nodiscard]] std::string GetLabel() const;
   void SetLabel(std::string label) { label_ = std::move(label); }
   /// What feeds the plug of an attribute, as "label.plug"; empty where it carries the attribute's own value.
   [[nodiscard]] std::string GetAttributeSource(unsigned attribute) const;

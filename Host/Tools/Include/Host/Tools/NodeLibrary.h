@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "Host/Tools/Api.h"
@@ -28,7 +30,8 @@ class HOST_TOOLS_API NodeLibrary {
   using GetNodeInterfaceFunction = NodeInterface* (*)(std::uint64_t);
 
   /// Loads a library and reads its whole catalogue. Null, and an error in `status` that names the file and what is
-  /// wrong with it, when the file cannot be loaded, does not export the three functions, or does not keep their rules.
+  /// wrong with it, when the file cannot be loaded, does not export the three functions, does not keep their rules, or
+  /// throws.
   static std::shared_ptr<NodeLibrary> Load(const std::filesystem::path& file, Status& status);
 
   ~NodeLibrary();
@@ -42,6 +45,7 @@ class HOST_TOOLS_API NodeLibrary {
  private:
   NodeLibrary() = default;
   Status ReadCatalog();
+  Status ReadDescriptor(std::int32_t index, std::int32_t count, GetNodeInterfaceFunction get_descriptor);
 
   std::filesystem::path file_;
   std::string name_;
@@ -51,12 +55,17 @@ class HOST_TOOLS_API NodeLibrary {
 
 /// The node types that a host offers: its own and those of the libraries it has loaded. Read-only once it is complete,
 /// and then usable from several threads.
+///
+/// The names of a type are read once, when it is added: looking for one takes no time that grows with the catalogue and
+/// calls no library.
 class HOST_TOOLS_API NodeCatalog {
  public:
-  /// Adds a descriptor of the host's own. Refused, with an error, when its numbers or its type name are taken.
+  /// Adds a descriptor of the host's own. Refused, with an error, when its numbers or its type name are taken, or it
+  /// throws when it is asked for them. Whatever goes wrong, an exception of this function included, leaves the
+  /// catalogue as it was.
   Status AddDescriptor(RefPtr<NodeInterface> descriptor);
   /// Adds all types of a library, or none and an error that names the library and the type that is taken. A file that
-  /// is in the catalogue already is passed over.
+  /// is in the catalogue already is ignored.
   Status AddLibrary(std::shared_ptr<NodeLibrary> library);
 
   /// All descriptors, the host's own first, then library by library in index order.
@@ -74,11 +83,26 @@ class HOST_TOOLS_API NodeCatalog {
   [[nodiscard]] std::string Suggest(const std::string& text) const;
 
  private:
-  Status Check(const NodeInterface& descriptor) const;
+  struct Entry {
+    RefPtr<NodeInterface> descriptor;
+    std::string type_name;
+    std::string name;
+  };
+
+  /// The types and where to find each by what.
+  struct Index {
+    Status Add(const RefPtr<NodeInterface>& descriptor);
+
+    std::vector<Entry> entries;
+    std::map<NodeType, NodeInterface*> by_type;
+    std::unordered_map<std::string, NodeInterface*> by_type_name;
+    // By class name and display name in small letters; of two types with one name, the earlier.
+    std::unordered_map<std::string, NodeInterface*> by_written;
+  };
 
   // The libraries are declared first, so that they are destroyed last.
   std::vector<std::shared_ptr<NodeLibrary>> libraries_;
-  std::vector<RefPtr<NodeInterface>> descriptors_;
+  Index index_;
 };
 
 /// The entry of `words` that a misspelt word most likely means; empty when none is close.

@@ -11,8 +11,9 @@
 /// A chunk of -1 stands for one piece per thread or so: count / threads + 1 entries. Throws `std::invalid_argument` for
 /// any other chunk below 1.
 ///
-/// The pieces are tasks of a `ThreadPool` of its own, handed to it in order, with one thread per core, whatever
-/// `ScEng::SetNumThreads` says; the caller waits. Which thread takes which piece is not fixed, so `body` must write
+/// The pieces are tasks of a `ThreadPool` of its own, handed to it in order, with one thread per core, but no more than
+/// `ScEng::GetNumThreads`; the caller waits. Which thread takes which piece is not fixed, so `body` must write
 /// only what belongs to its piece. An exception thrown by `body` reaches the caller, as it was thrown, after every
-/// piece has run; when several throw, the first of them to do so.
+/// piece has run; when several throw, the first of them to do so. Pieces
+/// that are left when the evaluation they work for is to stop are not run, and the caller receives `Cancelled`.
 HOST_UTIL_API void ParallelFor(int begin, int end, int chunk, const std::function<void(int from, int to)>& body);

@@ -8,7 +8,8 @@
 
 namespace ScEng {
 
-/// How many threads the host's own image operations may use. The default is what the machine offers.
+/// The most threads that an operation uses, whatever asks for them: `ParallelRows`, `ParallelFor` and `ThreadPool`. The
+/// default is what the machine offers.
 HOST_UTIL_API std::size_t GetNumThreads();
 
 /// Sets that number for the operations that start after the call; 0 restores the default. More threads than cores
@@ -20,6 +21,9 @@ HOST_UTIL_API void SetNumThreads(std::size_t threads);
 ///
 /// Which thread takes which range is not fixed, so `body` must write only what belongs to its range. An exception
 /// thrown by `body` reaches the caller.
+///
+/// Within an `EvaluationScope` the ranges are short, some milliseconds each but never below the grain, and a request to
+/// stop ends the operation with `Cancelled` before the next one.
 HOST_UTIL_API void ParallelRows(std::size_t count, std::size_t grain,
                                 const std::function<void(std::size_t from, std::size_t to)>& body);
 

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "Host/Documents/GraphDocument.h"
+#include "Host/Documents/JsonValue.h"
+
+namespace ScEng {
+
+/// What a document says of a node whose type is unknown.
+struct Placeholder {
+  JsonValue type;
+  bool enabled = true;
+  std::optional<double> attribute_version;
+  std::optional<JsonValue> attributes;
+};
+
+/// A node of a document, or a placeholder, and what the document keeps about it.
+struct DocumentEntry {
+  std::string id;
+  /// Null for a placeholder.
+  Node* node = nullptr;
+  std::unique_ptr<Placeholder> placeholder;
+  /// The attribute version that names in connections are translated from.
+  unsigned attribute_version = 0;
+  std::optional<Point> position;
+  std::string note;
+
+  // What the document gave although it need not, and so is saved again. Attributes by their ids.
+  bool gave_numbers = false;
+  bool gave_enabled = false;
+  bool gave_version = false;
+  std::vector<bool> gave_attributes;
+};
+
+/// A connection by what cannot change under it: renaming a node leaves its entry in place.
+struct ConnectionEntry {
+  const DocumentEntry* from = nullptr;
+  std::string outplug;
+  const DocumentEntry* to = nullptr;
+  std::string inplug;
+  unsigned index = 0;
+  bool gave_index = false;
+};
+
+/// An output and the plug that it names.
+struct OutputEntry {
+  const DocumentEntry* entry = nullptr;
+  std::string plug;
+  /// 0 for a placeholder.
+  unsigned outplug = 0;
+};
+
+/// Everything that a document holds.
+struct GraphDocument::Content {
+  explicit Content(std::shared_ptr<const NodeCatalog> catalog) : engine(std::move(catalog)) {}
+
+  Engine engine;
+  std::vector<std::string> ids;
+  std::unordered_map<std::string, DocumentEntry> entries;
+  std::unordered_map<const Node*, const DocumentEntry*> entries_by_node;
+  std::vector<ConnectionEntry> connections;
+  /// The inputs that connections from or to placeholders take, which the engine does not know of.
+  std::unordered_set<std::string> taken_inputs;
+  /// Both have one entry per output.
+  std::vector<DocumentOutput> outputs;
+  std::vector<OutputEntry> output_entries;
+  std::vector<DocumentFrame> frames;
+  std::optional<DocumentView> view;
+  std::string schema;
+  std::filesystem::path folder;
+  std::map<std::pair<const Node*, unsigned>, RefPtr<Image>> sources;
+  std::vector<DocumentObserver*> observers;
+  /// How many more ids a misspelt one is compared with. Searching costs time where there are many of both.
+  mutable std::size_t comparisons_left = 0;
+
+  [[nodiscard]] DocumentEntry* Find(const std::string& id);
+  /// The same, with an error that names the closest id.
+  DocumentEntry* Find(const std::string& id, Status& status);
+  /// The node before, and the name after, the last dot; null and an error when there is no such node.
+  DocumentEntry* FindPlugNode(const std::string& plug, std::string& name, Status& status);
+  /// Whether "id.plug" is an image output, or any output of a placeholder, and which.
+  Status FindImageOutput(const std::string& plug, OutputEntry& found);
+  /// Finds the ends of a connection. The names of plugs become the current ones.
+  Status FindEnds(const std::string& from, const std::string& to, ConnectionEntry& connection);
+  Status Connect(const std::string& from, const std::string& to, unsigned index, bool gave_index);
+  /// Checks an output and finds its plug.
+  Status FindOutput(const DocumentOutput& output, OutputEntry& found);
+  /// "there is no node type ..." of what stands as a node's type, with the closest one there is.
+  [[nodiscard]] std::string DescribeUnknownType(const JsonValue& type) const;
+  /// An entry without a node; null and an error when the id is taken or not one.
+  DocumentEntry* AddEntry(const std::string& id, Status& status);
+  /// Removes everything about the connections for which `is_gone` holds, and tells of each.
+  void RemoveConnections(const std::function<bool(const ConnectionEntry&)>& is_gone);
+  void RenameTakenInputs(const std::string& before, const std::string& now);
+  [[nodiscard]] std::filesystem::path GetFile(const DocumentOutput& output) const;
+  /// Whether an attribute has its value from a connection, a placeholder's included.
+  [[nodiscard]] bool IsFed(const DocumentEntry& entry, const std::string& attribute) const;
+
+  template <class... Parameters, class... Arguments>
+  void Tell(void (DocumentObserver::*what)(Parameters...), const Arguments&... arguments) {
+    if (observers.empty()) return;
+    // An observer may remove itself and others while it is told.
+    const std::vector<DocumentObserver*> told = observers;
+    for (DocumentObserver* observer : told) {
+      if (std::find(observers.begin(), observers.end(), observer) != observers.end()) (observer->*what)(arguments...);
+    }
+  }
+
+  static DocumentConnection Describe(const ConnectionEntry& connection);
+  static Status CheckId(std::string_view id);
+  static Status CheckFrame(const DocumentFrame& frame);
+  static Status CheckView(const DocumentView& view);
+};
+
+/// The words that the keys of outputs take.
+struct OutputWords {
+  const char* key;
+  std::string DocumentOutput::*word;
+  std::vector<std::string> words;
+};
+const std::vector<OutputWords>& GetOutputWords();
+
+/// The attribute that holds the file which a node reads or writes; null where it does neither.
+Attribute* FindPathAttribute(const Node& node, Attribute::StringUse use);
+/// The file that a path attribute names by its own value; empty where it names none.
+std::filesystem::path GetFile(const Attribute& attribute);
+void SetFile(Attribute& attribute, const std::filesystem::path& file);
+/// One spelling of a path for comparing.
+std::filesystem::path NormalizePath(const std::filesystem::path& file);
+/// " has no output "x"; it has a, b".
+std::string DescribeMissingPlug(const Node& node, const char* what, const std::string& name,
+                                const std::vector<std::string>& names);
+
+}  // namespace ScEng

@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Documents/DocumentRun.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Host/Documents/MessageText.h"
+#include "Host/Tools/Guard.h"
+
+namespace ScEng {
+
+RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine::Options options) {
+  for (std::size_t i = 0; i < content_.outputs.size(); ++i) {
+    report_.outputs.push_back({content_.outputs[i].from, content_.GetFile(content_.outputs[i]), false, {}});
+  }
+  if (!HasAllTypes()) return std::move(report_);
+
+  const auto on_evaluated = options.on_evaluated;
+  std::vector<Engine::Request> requests;
+  std::unordered_map<const Node*, std::vector<std::size_t>> outputs_of;
+  for (std::size_t i = 0; i < content_.outputs.size(); ++i) {
+    const OutputEntry& output = content_.output_entries[i];
+    if (!ClaimFile(report_.outputs[i].file, "output " + Quote(content_.outputs[i].from))) continue;
+    const auto source = content_.sources.find({output.entry->node, output.outplug});
+    if (source != content_.sources.end()) {
+      WriteOutput(i, source->second.Get());
+      continue;
+    }
+    requests.push_back({output.entry->node, output.outplug});
+    outputs_of[output.entry->node].push_back(i);
+  }
+  std::vector<const DocumentEntry*> writers;
+  for (const std::string& id : content_.ids) {
+    const DocumentEntry& entry = *content_.Find(id);
+    if (entry.node->IsSink() && entry.node->IsEnabled()) writers.push_back(&entry);
+  }
+  options.release_results = true;
+  EvaluateWriterPaths(writers, options);
+  if (report_.cancelled) return std::move(report_);
+  for (const DocumentEntry* writer : writers) {
+    const std::filesystem::path file = FindWriterFile(*writer);
+    if (file.empty() || ClaimFile(file, "node " + Quote(writer->id))) requests.push_back({writer->node, 0});
+  }
+
+  options.on_evaluated = [&](Node& node, std::size_t done, std::size_t total) {
+    ReportState(node);
+    const auto outputs = outputs_of.find(&node);
+    if (outputs != outputs_of.end() && !node.IsInError() && !content_.engine.IsBlocked(&node)) {
+      for (const std::size_t i : outputs->second) {
+        WriteOutput(i, content_.engine.GetOutputImage(&node, content_.output_entries[i].outplug));
+      }
+    }
+    if (progress) progress(node.GetLabel(), done, total);
+    if (on_evaluated) on_evaluated(node, done, total);
+  };
+  Evaluate(requests, options);
+  return std::move(report_);
+}
+
+RunReport DocumentRun::Evaluate(Node& node, unsigned outplug, Engine::Options options, RefPtr<Image>* image) {
+  const auto source = content_.sources.find({&node, outplug});
+  if (source != content_.sources.end()) {
+    if (image != nullptr) *image = source->second;
+    return std::move(report_);
+  }
+  if (!HasAllTypes(node)) return std::move(report_);
+  const auto on_evaluated = options.on_evaluated;
+  options.on_evaluated = [&](Node& evaluated, std::size_t done, std::size_t total) {
+    // Where results are released, this is the only moment at which the image is there.
+    if (&evaluated == &node && image != nullptr) image->Reset(content_.engine.GetOutputImage(&node, outplug));
+    if (on_evaluated) on_evaluated(evaluated, done, total);
+  };
+  Evaluate({{&node, outplug}}, options);
+  if (report_.cancelled) return std::move(report_);
+  if (image != nullptr && !*image && !node.IsInError()) image->Reset(content_.engine.GetOutputImage(&node, outplug));
+  // A node that is up to date is not evaluated again, but what it had to say still holds.
+  for (const std::string& id : content_.ids) {
+    const DocumentEntry& entry = *content_.Find(id);
+    if (entry.node != nullptr) ReportState(*entry.node);
+  }
+  return std::move(report_);
+}
+
+bool DocumentRun::HasAllTypes() {
+  for (const std::string& id : content_.ids) {
+    const DocumentEntry& entry = *content_.Find(id);
+    if (entry.node != nullptr) continue;
+    report_.findings.AddError("node " + Quote(id) + ": " + content_.DescribeUnknownType(entry.placeholder->type));
+    report_.failure = RunFailure::kNode;
+  }
+  return report_.failure == RunFailure::kNone;
+}
+
+bool DocumentRun::HasAllTypes(const Node& node) {
+  const bool has_placeholder = content_.entries.size() != content_.entries_by_node.size();
+  if (!has_placeholder) return true;
+  std::unordered_map<const DocumentEntry*, std::vector<const DocumentEntry*>> sources;
+  for (const ConnectionEntry& connection : content_.connections) {
+    // What is fed by an image from outside needs nothing else.
+    const int outplug =
+        connection.from->node == nullptr ? -1 : connection.from->node->GetOutplugIndex(connection.outplug);
+    if (outplug >= 0 && content_.sources.contains({connection.from->node, static_cast<unsigned>(outplug)})) continue;
+    sources[connection.to].push_back(connection.from);
+  }
+  std::vector<const DocumentEntry*> pending{content_.entries_by_node.at(&node)};
+  std::unordered_set<const DocumentEntry*> seen{pending.front()};
+  while (!pending.empty()) {
+    const DocumentEntry* entry = pending.back();
+    pending.pop_back();
+    if (entry->node == nullptr) {
+      report_.findings.AddError("node " + Quote(entry->id) + ": " +
+                                content_.DescribeUnknownType(entry->placeholder->type));
+      report_.failure = RunFailure::kNode;
+    }
+    for (const DocumentEntry* source : sources[entry]) {
+      if (seen.insert(source).second) pending.push_back(source);
+    }
+  }
+  return report_.failure == RunFailure::kNone;
+}
+
+bool DocumentRun::ClaimFile(const std::filesystem::path& file, const std::string& writer) {
+  const auto [claim, is_new] = claims_.emplace(NormalizePath(file), writer);
+  if (is_new) return true;
+  report_.findings.AddError(writer + " is not written: this run writes " + QuotePath(claim->first) + " for " +
+                            claim->second);
+  report_.failure = RunFailure::kFile;
+  return false;
+}
+
+void DocumentRun::EvaluateWriterPaths(const std::vector<const DocumentEntry*>& writers,
+                                      const Engine::Options& options) {
+  std::unordered_map<const DocumentEntry*, std::string> paths;
+  for (const DocumentEntry* writer : writers) {
+    const Attribute* path = FindPathAttribute(*writer->node, Attribute::StringUse::kWritePath);
+    if (path != nullptr && content_.IsFed(*writer, path->GetName())) paths.emplace(writer, path->GetName());
+  }
+  if (paths.empty()) return;
+  std::vector<Engine::Request> requests;
+  for (const ConnectionEntry& connection : content_.connections) {
+    const auto path = paths.find(connection.to);
+    if (path == paths.end() || path->second != connection.inplug) continue;
+    path_sources_.emplace(connection.to, &connection);
+    Node* node = connection.from->node;
+    requests.push_back({node, static_cast<unsigned>(node->GetOutplugIndex(connection.outplug))});
+  }
+  Engine::Options own = options;
+  // What these nodes deliver is needed again in a moment.
+  own.release_results = false;
+  own.on_evaluated = [&](Node& node, std::size_t, std::size_t) { ReportState(node); };
+  Evaluate(requests, own);
+}
+
+void DocumentRun::Evaluate(const std::vector<Engine::Request>& requests, const Engine::Options& options) {
+  report_.cancelled = content_.engine.Evaluate(requests, options) == Engine::Outcome::kCancelled;
+}
+
+std::filesystem::path DocumentRun::FindWriterFile(const DocumentEntry& writer) const {
+  const Attribute* path = FindPathAttribute(*writer.node, Attribute::StringUse::kWritePath);
+  if (path == nullptr) return {};
+  const auto source = path_sources_.find(&writer);
+  if (source == path_sources_.end()) return GetFile(*path);
+  const Node& node = *source->second->from->node;
+  const int outplug = node.GetOutplugIndex(source->second->outplug);
+  std::string written;
+  const Status status =
+      CallGuarded("GetOutputValue", [&] { written = node.GetOutputValue(static_cast<unsigned>(outplug)).GetText(); });
+  // The engine asks again, and reports it.
+  if (status.IsError()) return {};
+  return written.empty() ? std::filesystem::path() : MakePath(written, path->GetFolder());
+}
+
+void DocumentRun::WriteOutput(std::size_t output, const Image* image) {
+  OutputReport& told = report_.outputs[output];
+  const DocumentOutput& asked = content_.outputs[output];
+  if (image == nullptr) {
+    report_.findings.AddError("output " + Quote(told.source) + " has no image, so " + QuotePath(told.file) +
+                              " is not written");
+    report_.failure = std::max(report_.failure, RunFailure::kNode);
+    return;
+  }
+  std::vector<std::string> notes;
+  const SampleType type = FindSampleType(asked.type).value_or(SampleType::kFloat);
+  const Status status = WriteImageFile(*image, told.file, type, notes);
+  for (const std::string& note : notes) report_.findings.AddNote(note);
+  if (status.IsError()) {
+    report_.findings.AddError("output " + Quote(told.source) + ": " + status.GetMessage());
+    report_.failure = RunFailure::kFile;
+    return;
+  }
+  told.written = true;
+  told.header = image->GetImageHeader();
+}
+
+void DocumentRun::ReportState(const Node& node) {
+  // A node that is evaluated once for a path and once for an image says the same twice.
+  if (!reported_.insert(&node).second) return;
+  const std::string name = "node " + Quote(node.GetLabel()) + ": ";
+  const std::string& message = node.GetStateMessage();
+  if (node.IsInError()) {
+    const bool of_file = node.GetState() == Node::State::kFileError;
+    report_.findings.AddError(name + message);
+    report_.failure = std::max(report_.failure, of_file ? RunFailure::kFile : RunFailure::kNode);
+    return;
+  }
+  for (std::size_t from = 0; from < message.size();) {
+    const std::size_t end = std::min(message.find('\n', from), message.size());
+    report_.findings.AddNote(name + message.substr(from, end - from));
+    from = end + 1;
+  }
+}
+
+// ---- GraphDocument ----
+
+RunReport GraphDocument::Run(const Progress& progress, const Engine::Options& options) {
+  return DocumentRun(*this).WriteAll(progress, options);
+}
+
+RunReport GraphDocument::Evaluate(Node& node, unsigned outplug, const Engine::Options& options) {
+  return DocumentRun(*this).Evaluate(node, outplug, options, nullptr);
+}
+
+RefPtr<Image> GraphDocument::Evaluate(const std::string& plug, RunReport& report, const Engine::Options& options) {
+  RefPtr<Image> image;
+  OutputEntry found;
+  const Status status = content_->FindImageOutput(plug, found);
+  if (status.IsError() || found.entry->node == nullptr) {
+    report.findings.AddError(status.IsError() ? status.GetMessage()
+                                              : "node " + Quote(found.entry->id) + ": " +
+                                                    content_->DescribeUnknownType(found.entry->placeholder->type));
+    report.failure = RunFailure::kNode;
+    return image;
+  }
+  report = DocumentRun(*this).Evaluate(*found.entry->node, found.outplug, options, &image);
+  if (!image && report.failure == RunFailure::kNone && !report.cancelled) {
+    report.findings.AddError("output " + Quote(plug) + " has no image");
+    report.failure = RunFailure::kNode;
+  }
+  return image;
+}
+
+Status GraphDocument::SetSource(const std::string& plug, RefPtr<Image> image) {
+  OutputEntry found;
+  Status status = content_->FindImageOutput(plug, found);
+  if (status.IsError()) return status;
+  if (found.entry->node == nullptr) {
+    return Status::Error("node " + Quote(found.entry->id) + " is of a type that is unknown here");
+  }
+  content_->engine.SetOutputOverride(found.entry->node, found.outplug, image);
+  const std::pair<const Node*, unsigned> key(found.entry->node, found.outplug);
+  if (image) {
+    content_->sources[key] = std::move(image);
+  } else {
+    content_->sources.erase(key);
+  }
+  return {};
+}
+
+}  // namespace ScEng
