@@ -180,3 +180,9 @@ value_add_test(NodePagesTests
     "${PROJECT_SOURCE_DIR}/Apps/NodePages/PictureTest.cpp"
   DEPENDS ValueHost::Tools)
 value_keep_qt(NodePagesTests)
+
+# What the command line is made of, as far as it can be tested from inside.
+value_add_test(ValueProgramTests
+  SOURCES
+    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp")

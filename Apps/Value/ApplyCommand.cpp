@@ -34,14 +34,12 @@ class ApplyCommand : public Command {
   ExitCode Run() override {
     const auto catalog = LoadCatalog();
     if (!catalog) return ExitCode::kPlugin;
-    const std::string name = graph_.FindNodeName(*catalog);
-    if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
-    const NodeInterface* descriptor = FindNode(*catalog, name);
+    const NodeInterface* descriptor = FindNode(*catalog, graph_.FindNodeName(*catalog));
     if (descriptor == nullptr) return ExitCode::kUsage;
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.AddNode(document, *descriptor, notes);
-    if (!status.IsError()) status = graph_.ConnectInputs(document);
+    if (!status.IsError()) status = graph_.ConnectInputs(document, notes);
     if (!status.IsError()) status = AddOutputs(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);

@@ -22,11 +22,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-std::string Pad(std::string text, std::size_t width) {
-  text.resize(std::max(text.size() + 1, width), ' ');
-  return text;
-}
-
 /// Instruction sets by their names, the best first.
 std::vector<std::string> NamesOf(const std::vector<std::int64_t>& targets) {
   std::vector<std::string> names;

@@ -12,11 +12,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-std::string Pad(std::string text, std::size_t width) {
-  text.resize(std::max(text.size() + 2, width), ' ');
-  return text;
-}
-
 std::string FormatDouble(double number) {
   char text[32];
   return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
@@ -46,28 +41,11 @@ std::string FormatValue(const PlugValue& value) {
   }
 }
 
-ordered_json ValueToJson(const PlugValue& value) {
-  switch (value.GetType()) {
-    case PlugType::kFlag: return value.GetFlag();
-    case PlugType::kNumber: return value.GetNumber();
-    case PlugType::kPoint: return {value.GetPoint().x, value.GetPoint().y};
-    case PlugType::kFrame: {
-      const ScEng::Frame frame = value.GetFrame();
-      return {frame.x, frame.y, frame.width, frame.height};
-    }
-    case PlugType::kColor: {
-      const ScEng::Rgbo color = value.GetColor();
-      return {color.red, color.green, color.blue, color.opacity};
-    }
-    default: return value.GetText();
-  }
-}
-
 ordered_json AttributeToJson(const Attribute& attribute) {
   ordered_json json;
   json["name"] = attribute.GetName();
   json["kind"] = attribute.GetKindName();
-  json["default"] = ValueToJson(attribute.GetDefault());
+  json["default"] = ToJson(attribute.GetDefault());
   if (attribute.GetKind() == Attribute::Kind::kNumber) {
     json["lowest"] = attribute.GetLowest();
     json["highest"] = attribute.GetHighest();

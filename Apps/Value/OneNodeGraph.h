@@ -37,7 +37,7 @@ class OneNodeGraph {
   ScEng::Status AddNode(ScEng::GraphDocument& document, const NodeInterface& descriptor,
                         std::vector<std::string>& notes);
   /// Adds and connects the readers. A node with inputs needs a file.
-  ScEng::Status ConnectInputs(ScEng::GraphDocument& document) const;
+  ScEng::Status ConnectInputs(ScEng::GraphDocument& document, std::vector<std::string>& notes) const;
 
   /// The node and its id, from `AddNode` on.
   [[nodiscard]] Node& GetNode() const { return *node_; }
@@ -53,8 +53,8 @@ class OneNodeGraph {
   using Range = std::optional<std::pair<std::string, std::string>>;
 
   ScEng::Status SetAttributes(ScEng::GraphDocument& document, std::vector<std::string>& notes) const;
-  ScEng::Status AddReader(ScEng::GraphDocument& document, const std::string& file, unsigned index,
-                          const Range& range) const;
+  ScEng::Status AddReader(ScEng::GraphDocument& document, const std::string& file, unsigned index, const Range& range,
+                          std::vector<std::string>& notes) const;
   ScEng::Status ReadRange(Range& range) const;
 
   Node* node_ = nullptr;

@@ -44,9 +44,7 @@ class PanelCommand : public Command {
     if (screenshot_ && screenshot_->empty()) return Fail(ExitCode::kUsage, "--screenshot names no file");
     const auto catalog = LoadCatalog();
     if (!catalog) return ExitCode::kPlugin;
-    const std::string name = graph_.FindNodeName(*catalog);
-    if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
-    const NodeInterface* found = FindNode(*catalog, name);
+    const NodeInterface* found = FindNode(*catalog, graph_.FindNodeName(*catalog));
     if (found == nullptr) return ExitCode::kUsage;
     // The same object as a descriptor that may be asked for a panel.
     PanelRequest request;
@@ -55,7 +53,8 @@ class PanelCommand : public Command {
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.AddNode(document, *found, notes);
-    if (!status.IsError()) status = graph_.HasInputs() ? graph_.ConnectInputs(document) : AddGenerators(document);
+    if (!status.IsError())
+      status = graph_.HasInputs() ? graph_.ConnectInputs(document, notes) : AddGenerators(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
     if (!screenshot_ && !IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
@@ -140,24 +139,6 @@ class PanelCommand : public Command {
     }
     reporter_.Finish(answer);
     return code;
-  }
-
-  static nlohmann::ordered_json ToJson(const PlugValue& value) {
-    switch (value.GetType()) {
-      case PlugType::kFlag: return value.GetFlag();
-      case PlugType::kNumber: return ::ToJson(value.GetNumber());
-      case PlugType::kText: return value.GetText();
-      case PlugType::kPoint: return {value.GetPoint().x, value.GetPoint().y};
-      case PlugType::kColor: {
-        const ScEng::Rgbo color = value.GetColor();
-        return {color.red, color.green, color.blue, color.opacity};
-      }
-      case PlugType::kFrame: {
-        const ScEng::Frame frame = value.GetFrame();
-        return {frame.x, frame.y, frame.width, frame.height};
-      }
-      default: return nullptr;
-    }
   }
 
   OneNodeGraph graph_;

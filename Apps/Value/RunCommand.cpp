@@ -93,7 +93,10 @@ class RunCommand : public Command {
     }
     notes = findings.notes;
     Status status = ApplyOptions(document, notes);
-    if (!status.IsError() && input) status = document.SetInput(SplitAssignment(each_)->first, *input);
+    if (!status.IsError() && input) {
+      status = document.SetInput(SplitAssignment(each_)->first, *input);
+      if (status.IsError()) status = Status::Error("--each " + each_ + ": " + status.GetMessage());
+    }
     if (!status.IsError() && input) {
       status = document.RenameOutputs([&](const std::filesystem::path& output) {
         return NameInBatch(ScEng::MakePath(output_dir_), *input, output);
@@ -127,6 +130,9 @@ class RunCommand : public Command {
       if (!assignment) return Status::Error("--set " + setting + " is not of the form NODE.ATTRIBUTE=VALUE");
       const Status status = document.SetAttribute(assignment->first, assignment->second, notes);
       if (status.IsError()) return Status::Error("--set " + setting + ": " + status.GetMessage());
+      if (IsFed(document, assignment->first)) {
+        notes.push_back("--set " + setting + " has no effect, because a connection feeds this attribute");
+      }
     }
     for (const std::string& input : inputs_) {
       const auto assignment = SplitAssignment(input);
@@ -137,6 +143,14 @@ class RunCommand : public Command {
       if (status.IsError()) return Status::Error("--input " + input + ": " + status.GetMessage());
     }
     return AddOutputs(document);
+  }
+
+  /// Whether an attribute of the document, "node.attribute", gets its value from a connection.
+  static bool IsFed(GraphDocument& document, const std::string& attribute) {
+    const std::size_t dot = attribute.rfind('.');
+    const Node* node = document.FindNode(attribute.substr(0, dot));
+    const Attribute* found = node != nullptr ? node->GetAttribute(attribute.substr(dot + 1)) : nullptr;
+    return found != nullptr && document.GetEngine().IsConnected(node, found->GetName());
   }
 
   Status AddOutputs(GraphDocument& document) const {
@@ -227,8 +241,16 @@ class RunCommand : public Command {
         reporter_.Progress(files[i].string(), ++done, files.size());
       }
     };
+    // Where the system has no more threads, those that there are do the work; this one is always there.
     std::vector<std::thread> threads;
-    for (std::size_t i = 1; i < std::min<std::size_t>(jobs_, files.size()); ++i) threads.emplace_back(work);
+    const std::size_t wanted = std::min<std::size_t>(jobs_, files.size());
+    threads.reserve(wanted);
+    try {
+      while (threads.size() + 1 < wanted) threads.emplace_back(work);
+    } catch (const std::system_error& error) {
+      reporter_.Note("--jobs " + std::to_string(jobs_) + ": only " + std::to_string(threads.size() + 1) +
+                     " at a time, as no more threads can be started: " + error.code().message());
+    }
     work();
     for (std::thread& thread : threads) thread.join();
 

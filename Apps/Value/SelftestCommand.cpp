@@ -129,8 +129,7 @@ ordered_json ToJson(const NodeInterface& descriptor, const Outcome& outcome) {
 /// The folder of the inputs that come with the program; empty where it has none.
 std::filesystem::path FindShippedInputs() {
   std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  std::filesystem::path folder = (program.parent_path() / VALUE_SELFTEST_FOLDER).lexically_normal();
+  std::filesystem::path folder = (GetProgramFile().parent_path() / VALUE_SELFTEST_FOLDER).lexically_normal();
   return std::filesystem::is_directory(folder, error) ? folder : std::filesystem::path();
 }
 
