@@ -68,7 +68,7 @@ std::string Pad(std::string text, std::size_t width);
 /// The words of a name that was written without quotes, in one.
 std::string JoinWords(const std::vector<std::string>& words);
 
-/// "left=right", split at the first "="; nothing where there is none or the left side is empty.
+/// "left=right", split at the first "="; nothing where it has no "=" or the left side is empty.
 std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::string& text);
 
 nlohmann::ordered_json ToJson(const ScEng::OutputReport& output);

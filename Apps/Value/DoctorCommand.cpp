@@ -102,7 +102,7 @@ class DoctorCommand : public Command {
     text_ << "Versions\n";
     ShowVersion("value", VALUE_VERSION);
     ShowVersion("Qt", qVersion());
-    // The library itself is loaded with the first image file only; what is told is what its module was built with.
+    // The library itself is loaded with the first image file only; this is the version that its module was built with.
     ShowVersion("OpenImageIO", VALUE_OPENIMAGEIO_VERSION);
     ShowVersion("Highway",
                 std::to_string(HWY_MAJOR) + "." + std::to_string(HWY_MINOR) + "." + std::to_string(HWY_PATCH));

@@ -16,14 +16,15 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Reporter.h"
+#include "Host/Files/FileSizeLimit.h"
 
 namespace {
 
 /// Makes what would end the program by a signal, or mix up its files, an error of the operation that meets it.
 void PrepareProcess() {
-  // Writing to a pipe that nobody reads and beyond the largest file that the process may write.
+  // Writing to a pipe that nobody reads, and beyond the largest file that the process may write.
   std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
+  ScEng::CatchFileSizeSignal();
   // The next file that is opened would take the place of a standard stream that is closed, and what the program prints
   // would go into it. Opened for reading, the stream still refuses what is written to it.
   for (int stream = 0; stream <= 2; ++stream) {

@@ -43,7 +43,8 @@ class OneNodeGraph {
   [[nodiscard]] Node& GetNode() const { return *node_; }
   [[nodiscard]] const std::string& GetId() const { return id_; }
 
-  /// Splits PLUG=FILE; a text that is no plug but an existing file is a file with "=" in its name.
+  /// Splits PLUG=FILE; a text that does not start with a plug but names an existing file is a
+  /// file with "=" in its name.
   static ScEng::Status SplitPlug(const std::string& text, const std::vector<PlugRecord>& plugs, bool is_input,
                                  PlugFile& result);
   /// The image plugs among the first `count`.

@@ -73,7 +73,7 @@ class PanelCommand : public Command {
     if (document.GetIds().size() > 1) request.source = document.FindNode(document.GetIds()[1]);
 
     // A file that cannot be read is an error of the command. What the node itself reports is shown in the window too,
-    // since another value may mend it.
+    // since another value may put it right.
     ExitCode code = ExitCode::kDone;
     if (!request.outplugs.empty()) {
       code = ReportRun(document.Evaluate(*request.node, request.outplugs.front()), "");
@@ -83,7 +83,7 @@ class PanelCommand : public Command {
   }
 
  private:
-  /// Images for a node that is given none: a terrain, and waves for a second input.
+  /// Images for a node to which no files are given: a terrain, and waves for a second input.
   Status AddGenerators(ScEng::GraphDocument& document) const {
     const Node& node = graph_.GetNode();
     unsigned index = 0;

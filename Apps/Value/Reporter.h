@@ -39,7 +39,7 @@ class Reporter {
   void Finish(nlohmann::ordered_json answer);
 
   /// The exit code of a program that would end with `code`: the last thing to ask for. Reports, with the code of a file
-  /// error, that standard output did not take everything. A pipe that its reader has closed is no such error.
+  /// error, that standard output did not take everything. A pipe that its reader has closed is not an error.
   [[nodiscard]] ExitCode Close(ExitCode code);
 
  private:

@@ -6,9 +6,10 @@
 #include <map>
 #include <set>
 #include <system_error>
-#include <thread>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/Jobs.h"
+#include "Host/Files/ImageFile.h"
 
 namespace {
 
@@ -241,18 +242,14 @@ class RunCommand : public Command {
         reporter_.Progress(files[i].string(), ++done, files.size());
       }
     };
-    // Where the system has no more threads, those that there are do the work; this one is always there.
-    std::vector<std::thread> threads;
-    const std::size_t wanted = std::min<std::size_t>(jobs_, files.size());
-    threads.reserve(wanted);
-    try {
-      while (threads.size() + 1 < wanted) threads.emplace_back(work);
-    } catch (const std::system_error& error) {
-      reporter_.Note("--jobs " + std::to_string(jobs_) + ": only " + std::to_string(threads.size() + 1) +
-                     " at a time, as no more threads can be started: " + error.code().message());
+    // The module of image formats starts threads of its own when it is loaded, and cannot do without them.
+    static_cast<void>(ScEng::FindImageFormats());
+    const std::size_t wanted = std::min(jobs_, files.size());
+    const std::size_t used = RunJobs(wanted, work);
+    if (used < wanted) {
+      reporter_.Note("--jobs " + std::to_string(jobs_) + ": the system had no more than " + std::to_string(used) +
+                     (used == 1 ? " thread" : " threads") + " for it");
     }
-    work();
-    for (std::thread& thread : threads) thread.join();
 
     nlohmann::ordered_json answer;
     answer["document"] = file_;

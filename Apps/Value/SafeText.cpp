@@ -27,7 +27,7 @@ std::string FormatEscape(char letter, unsigned digits, std::uint32_t number) {
 unsigned ByteAt(std::string_view text, std::size_t at) { return static_cast<unsigned char>(text[at]); }
 
 /// Reads the character at the start of the text, in the shortest form that UTF-8 has for it; how many bytes it takes,
-/// 0 when there is none.
+/// 0 when there is no such form.
 std::size_t DecodeFirst(std::string_view text, std::uint32_t& character) {
   const unsigned first = ByteAt(text, 0);
   if (first < 0x80) {
@@ -62,10 +62,10 @@ Piece TakeFirst(std::string_view& text) {
     piece.text = FormatEscape('x', 2, ByteAt(text, 0));
   } else if (!IsUnsafe(character)) {
     piece.text = text.substr(0, length);
-  } else if (character == '\n' || character == '\r' || character == '\t') {
-    piece.text = character == '\n' ? "\\n" : character == '\r' ? "\\r" : "\\t";
+  } else if (character == '\n' || character == '\t') {
+    piece.text = character == '\n' ? "\\n" : "\\t";
   } else {
-    piece.text = character < 0x80 ? FormatEscape('x', 2, character) : FormatEscape('u', 4, character);
+    piece.text = FormatEscape('u', 4, character);
   }
   const bool is_escape = length == 0 || IsUnsafe(character);
   piece.width = is_escape ? piece.text.size() : 1;
@@ -112,9 +112,9 @@ std::pair<std::size_t, std::size_t> FindWidestWord(const Pieces& pieces) {
   return widest;
 }
 
-/// Without the middle of a text that is far too long to show; cut between characters.
+/// Without the middle of a text of which no more than `most` characters are shown; cut between characters.
 std::string DropMiddle(std::string_view text, std::size_t most) {
-  // No character has more bytes, and none is shown in less than a character.
+  // No character has more bytes than four.
   const std::size_t kept = 4 * most;
   if (text.size() <= 2 * kept) return std::string(text);
   const auto is_inside = [&](std::size_t at) { return (ByteAt(text, at) & 0xC0U) == 0x80U; };
@@ -123,6 +123,19 @@ std::string DropMiddle(std::string_view text, std::size_t most) {
   std::size_t tail = text.size() - kept;
   while (tail < text.size() - kept + 3 && is_inside(tail)) ++tail;
   return std::string(text.substr(0, head)) + std::string(kCut) + std::string(text.substr(tail));
+}
+
+/// Without what is far too long to show, first of each word and then of the whole, before every character is looked at.
+std::string Shorten(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return std::string(text);
+  std::string shortened;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(' '), text.size());
+    shortened += DropMiddle(text.substr(0, end), most);
+    if (end < text.size()) shortened += ' ';
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return DropMiddle(shortened, 8 * most);
 }
 
 }  // namespace
@@ -143,7 +156,7 @@ std::string EscapeText(std::string_view text) {
 
 std::string EscapeLine(std::string_view text, std::size_t most) {
   while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.remove_suffix(1);
-  const std::string shortened = DropMiddle(text, most);
+  const std::string shortened = Shorten(text, most);
   Pieces pieces;
   for (std::string_view rest = shortened; !rest.empty();) pieces.push_back(TakeFirst(rest));
 

@@ -9,11 +9,10 @@
 constexpr std::size_t kLongestLine = 300;
 
 /// Text that is safe to show on a terminal, and valid UTF-8: control characters, characters that change the direction
-/// of text or end a line, and bytes that are not UTF-8 are escaped ("\x1b", "\u202e"). A line feed stays.
+/// of text or end a line, and bytes that are not UTF-8 are escaped ("\u001b", "\u202e", "\xff"). A line feed stays.
 std::string EscapeText(std::string_view text);
 
 /// One line of at most `most` characters (Unicode code points, from 16): escaped like `EscapeText`, line feeds as well.
 /// What is too long is cut with "...": first in the middle of its longest words, which are paths and names as a rule,
-/// then in the middle of the line, so that its start, its end and the short words stay. Takes no longer for a text of
-/// many megabytes than for a short one.
+/// then in the middle of the line, so that its start, its end and the short words stay.
 std::string EscapeLine(std::string_view text, std::size_t most = kLongestLine);

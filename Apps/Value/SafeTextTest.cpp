@@ -26,10 +26,10 @@ TEST(SafeText, OrdinaryTextStaysAsItIs) {
 }
 
 TEST(SafeText, ControlCharactersAreEscaped) {
-  EXPECT_EQ(EscapeLine("a\x1b[31mb"), "a\\x1b[31mb");
-  EXPECT_EQ(EscapeLine(std::string("a\0b", 3)), "a\\x00b");
-  EXPECT_EQ(EscapeLine("\a\b\x7f"), "\\x07\\x08\\x7f");
-  EXPECT_EQ(EscapeLine("a\nb\rc\td"), "a\\nb\\rc\\td");
+  EXPECT_EQ(EscapeLine("a\x1b[31mb"), "a\\u001b[31mb");
+  EXPECT_EQ(EscapeLine(std::string("a\0b", 3)), "a\\u0000b");
+  EXPECT_EQ(EscapeLine("\a\b\x7f"), "\\u0007\\u0008\\u007f");
+  EXPECT_EQ(EscapeLine("a\nb\rc\td"), "a\\nb\\u000dc\\td");
   // From 80 to 9F as characters: a terminal may take the second for the start of a command.
   EXPECT_EQ(EscapeLine("\xC2\x80\xC2\x9B\xC2\x9F\xC2\xA0"), "\\u0080\\u009b\\u009f\xC2\xA0");
 }
@@ -37,7 +37,7 @@ TEST(SafeText, ControlCharactersAreEscaped) {
 TEST(SafeText, TheEndOfALastLineIsDroppedAndNoOtherLineFeedStaysInALine) {
   EXPECT_EQ(EscapeLine("a\r\n\n"), "a");
   EXPECT_EQ(EscapeLine("\n"), "");
-  EXPECT_EQ(EscapeText("a\nb\x1b\n"), "a\nb\\x1b\n");
+  EXPECT_EQ(EscapeText("a\nb\x1b\n"), "a\nb\\u001b\n");
 }
 
 TEST(SafeText, CharactersThatTurnTheDirectionAreEscaped) {
@@ -92,6 +92,14 @@ TEST(SafeText, SeveralLongWordsAreCutEach) {
   EXPECT_NE(line.find("a and b"), std::string::npos) << line;
 }
 
+TEST(SafeText, WhatStandsBetweenWordsOfManyMegabytesStays) {
+  const std::string name(10'000'000, 'n');
+  const std::string line = EscapeLine("--set a=" + name + ": it takes a number, not \"" + name + "\"");
+  EXPECT_EQ(CountCharacters(line), kLongestLine);
+  EXPECT_NE(line.find("n: it takes a number, not \"n"), std::string::npos) << line;
+  EXPECT_TRUE(line.starts_with("--set a=nnn") && line.ends_with("nnn\"")) << line;
+}
+
 TEST(SafeText, ManyShortWordsLoseTheMiddleOfTheLine) {
   std::string text = "known are";
   for (int i = 0; i < 200; ++i) text += " word";
@@ -108,9 +116,9 @@ TEST(SafeText, NeitherACharacterNorAnEscapeIsTornApart) {
   std::string bells;
   for (int i = 0; i < 400; ++i) bells += '\a';
   std::string wanted;
-  for (int i = 0; i < 49; ++i) wanted += "\\x07";
+  for (int i = 0; i < 33; ++i) wanted += "\\u0007";
   wanted += "...";
-  for (int i = 0; i < 24; ++i) wanted += "\\x07";
+  for (int i = 0; i < 16; ++i) wanted += "\\u0007";
   EXPECT_EQ(EscapeLine(bells), wanted);
 }
 
@@ -119,7 +127,7 @@ TEST(SafeText, ATextOfManyMegabytesTakesNoTime) {
   const auto start = std::chrono::steady_clock::now();
   const std::string line = EscapeLine(text);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
-  EXPECT_TRUE(line.starts_with("type \"\\x01") && line.ends_with("\\x01\" is unknown")) << line;
+  EXPECT_TRUE(line.starts_with("type \"\\u0001") && line.ends_with("\\u0001\" is unknown")) << line;
 }
 
 RC_GTEST_PROP(SafeText, ALineIsSafeAndNoLongerThanAsked, ()) {

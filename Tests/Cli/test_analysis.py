@@ -857,7 +857,7 @@ class ReliefPlugsTest(AnalysisTestCase):
         # The command line takes it too.
         self.apply("relief", picture, "--set", "radius=2", "--set", "height=-3")
         self.assert_picture(self.dir / "out.exr", wanted)
-        # Under version 1 the name is none.
+        # Version 1 has no such name.
         content["nodes"][1]["attributeVersion"] = 1
         self.assert_one_error(self.run_document(content, code=INVALID), "height")
         del content["nodes"][1]["attributeVersion"]
@@ -1197,7 +1197,7 @@ class RegionsTestCase(AnalysisTestCase):
         yield Picture(data, SIGNED, low=0, high=1)
 
     def check_plugs(self, kind, picture, flags):
-        """Number and flags without a value count as zero and false, and a word that is no choice
+        """Number and flags without a value count as zero and false, and a word that is not a choice
         as the first one."""
         feeders = [
             node("number", "NumberNode", enabled=False, value=1),
@@ -1382,7 +1382,7 @@ class ComponentEdgesTest(RegionsTestCase):
             "--set", "neighbors=cross",
         )
 
-    def test_a_difference_of_exactly_the_tolerance_is_no_edge(self):
+    def test_a_difference_of_exactly_the_tolerance_is_not_an_edge(self):
         picture = Picture([[0.0, 0.25, 0.5, 0.25]], VALUE)
         options = ("--set", "invert=false", "--set", "threshold=0.25")
         self.apply_gives("edges", [[0, 0, 0, 0]], picture, *options)

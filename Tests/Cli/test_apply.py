@@ -532,6 +532,20 @@ class OptionsTest(ApplyTestCase):
         self.check("Add", [sample_picture(VALUE)], 1.0, options=("--range", "0,2"))
         self.check("Add", [sample_picture(VALUE)], 1.0, options=("--range", "-2.5,7e0"))
 
+    def test_a_range_beyond_the_bounds_is_cut_with_a_note(self):
+        # The bounds of the reader's "low" and "high" are plus and minus one thousand millions.
+        for k in range(2):
+            self.picture(f"in{k}.exr", sample_picture(VALUE, seed=k))
+        result = self.value(
+            "apply", "Value Add", "-i", "in0.exr", "-i", "in1.exr", "--range", "-2,3e9", "-o", "out.exr"
+        )
+        # The same range for both inputs is one note.
+        self.assert_one_error(result, "note", "--range -2,3e9", "3000000000", "1000000000")
+        result = self.value(
+            "apply", "Value Add", "-i", "in0.exr", "--range", "-5e9,5e9", "-o", "out.exr", "--json"
+        )
+        self.assertEqual(len(result.json_values()[0]["notes"]), 2, str(result))
+
     def test_wrong_range(self):
         self.inputs([sample_picture(VALUE)])
         for given in ("0", "a,b", "0,1,2", "0;1", "", "0,1e999"):

@@ -211,7 +211,7 @@ class NotesTest(CheckTestCase):
 
 
 class TextTest(CheckTestCase):
-    """What is no JSON at all, or not the JSON of a document."""
+    """What is not JSON at all, or not the JSON of a document."""
 
     @staticmethod
     def with_attribute(kind, name, text):
@@ -545,7 +545,7 @@ class OutputsTest(CheckTestCase):
             with self.subTest(source=source):
                 self.refuse(document(self.BOX, [], [output(source, "out.exr")]), "zebra")
 
-    def test_output_that_is_no_image(self):
+    def test_output_that_is_not_an_image(self):
         self.refuse(document(self.BOX, [], [output("num.number", "out.exr")]), "num")
 
     def test_unknown_type(self):
