@@ -14,11 +14,8 @@ class ApplyCommand : public Command {
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("apply", "Applies one node to files");
     graph_.DeclareNode(*sub);
-    sub->add_option("-o,--output", outputs_, "The file for the node's (first) output, or PLUG=FILE")
-        ->type_name("FILE")
-        ->required()
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    AddRepeatable(*sub, "-o,--output", outputs_, "FILE", "The file for the node's (first) output, or PLUG=FILE")
+        ->required();
     graph_.DeclareRange(*sub);
     sub->add_option("--type", type_, "Samples of the output: float, half, uint16 or uint8")
         ->type_name("TYPE")

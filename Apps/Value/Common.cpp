@@ -29,10 +29,8 @@ std::filesystem::path FindOwnLibrary() {
 
 void CommonOptions::Declare(CLI::App& app) {
   const std::string group = "Options of every command";
-  app.add_option("--plugin", plugins, "A node library to load instead of the program's own; may be given again")
-      ->type_name("FILE")
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+  AddRepeatable(app, "--plugin", plugins, "FILE",
+                "A node library to load instead of the program's own; may be given again")
       ->group(group);
   app.add_option("--threads", threads, "Threads that image operations may use (default: one per core)")
       ->check(CLI::Range(1, 1024))
@@ -113,6 +111,14 @@ void CheckComplete(const ScEng::GraphDocument& document, const std::string& file
   const std::size_t known = findings.errors.size();
   document.CheckComplete(findings);
   for (std::size_t i = known; i < findings.errors.size(); ++i) findings.errors[i].insert(0, file + ": ");
+}
+
+CLI::Option* AddRepeatable(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                           const std::string& type_name, const std::string& help) {
+  return app.add_option(name, values, help)
+      ->type_name(type_name)
+      ->allow_extra_args(false)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 std::filesystem::path GetProgramFile() {

@@ -59,6 +59,13 @@ class Command {
 /// Adds what stands in the way of a run although the document could be read, each error with the document's name.
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings);
 
+/// What NODE and the like on a command line may be.
+constexpr const char* kNodeWords = "Class name, display name or the three numbers of a node";
+
+/// An option of one value that may be given again; `values` are all of them.
+CLI::Option* AddRepeatable(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                           const std::string& type_name, const std::string& help);
+
 /// The file of the running program; empty where the system does not tell.
 std::filesystem::path GetProgramFile();
 

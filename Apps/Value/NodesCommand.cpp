@@ -145,7 +145,7 @@ class NodesCommand : public Command {
 
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("nodes", "Lists the nodes, or one node's plugs and attributes");
-    sub->add_option("NAME", words_, "Class name, display name or the three numbers of a node");
+    sub->add_option("NAME", words_, kNodeWords);
     sub->footer(
         "Examples:\n"
         "  value nodes\n"

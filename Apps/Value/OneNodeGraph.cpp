@@ -31,14 +31,11 @@ std::string ReaderId(unsigned index) { return "input " + std::to_string(index + 
 }  // namespace
 
 void OneNodeGraph::DeclareNode(CLI::App& sub) {
-  sub.add_option("NODE", words_, "Class name, display name or the three numbers of a node")->expected(0, 3);
+  sub.add_option("NODE", words_, kNodeWords)->expected(0, 3);
   sub.add_option("-i,--input", inputs_, "Image files, in the order of the node's inputs, or PLUG=FILE")
       ->type_name("FILE")
       ->expected(1, -1);
-  sub.add_option("--set", settings_, "Sets an attribute; of two settings of one the last wins")
-      ->type_name("NAME=VALUE")
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  AddRepeatable(sub, "--set", settings_, "NAME=VALUE", "Sets an attribute; of two settings of one the last wins");
 }
 
 void OneNodeGraph::DeclareRange(CLI::App& sub) {

@@ -43,15 +43,11 @@ class RunCommand : public Command {
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("run", "Evaluates a graph document and writes its outputs");
     sub->add_option("GRAPH", file_, "The document")->required();
-    const auto many = [&](const char* name, std::vector<std::string>& values, const char* form, const char* help) {
-      sub->add_option(name, values, help)
-          ->type_name(form)
-          ->allow_extra_args(false)
-          ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    };
-    many("--set", settings_, "NODE.ATTRIBUTE=VALUE", "Sets an attribute; of two settings of one the last wins");
-    many("--input", inputs_, "NODE=FILE", "Sets the file of a reader");
-    many("--output", outputs_, "NODE.PLUG=FILE", "Writes an output, in place of what the document says of this plug");
+    AddRepeatable(*sub, "--set", settings_, "NODE.ATTRIBUTE=VALUE",
+                  "Sets an attribute; of two settings of one the last wins");
+    AddRepeatable(*sub, "--input", inputs_, "NODE=FILE", "Sets the file of a reader");
+    AddRepeatable(*sub, "--output", outputs_, "NODE.PLUG=FILE",
+                  "Writes an output, in place of what the document says of this plug");
     sub->add_option("--each", each_, "Runs the document once per matching file, read by this reader")
         ->type_name("NODE=GLOB");
     sub->add_option("--output-dir", output_dir_, "The folder for the results of --each; created where it is missing")

@@ -158,8 +158,7 @@ class SelftestCommand : public Command {
 
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("selftest", "Runs the self-tests of the node types");
-    sub->add_option("NAME", words_, "Class name, display name or the three numbers of one node (default: all)")
-        ->expected(0, 3);
+    sub->add_option("NAME", words_, std::string(kNodeWords) + " (default: all)")->expected(0, 3);
     sub->add_option("--reference", reference_,
                     "A folder of reference images to compare with: what an earlier run wrote, or a lower folder of it")
         ->type_name("DIR");

@@ -3,17 +3,10 @@
 import json
 
 from cli_support import (
-    FILE_ERROR,
-    INVALID,
-    REPOSITORY,
-    VALUE,
-    ValueTestCase,
-    document,
-    link,
-    node,
-    output,
+    FILE_ERROR, INVALID, REPOSITORY, VALUE, ValueTestCase, document, link, node, output,
     sample_picture,
 )
+from node_catalog import CATALOG
 
 
 def good():
@@ -87,26 +80,7 @@ class ValidTest(CheckTestCase):
 
     def test_all_twenty_types_by_name_and_by_numbers(self):
         types = {
-            "ImageToValueNode": [10, 320, 0],
-            "ImageValueAddNode": [10, 320, 5],
-            "ImageValueSubtractNode": [10, 320, 90],
-            "ImageValueMultiplyNode": [10, 320, 10],
-            "ImageValueDivideNode": [10, 320, 96],
-            "ImageValuePowerNode": [10, 320, 69],
-            "ImageValueMinimumNode": [10, 320, 16],
-            "ImageValueMaximumNode": [10, 320, 21],
-            "ImageValueClampNode": [10, 320, 42],
-            "ImageValueStepsNode": [10, 320, 80],
-            "ImageValueConditionNode": [10, 320, 32],
-            "ImageValueCompareNode": [10, 320, 37],
-            "ImageValueRangeNode": [10, 320, 58],
-            "ImageValueFunctionNode": [10, 320, 64],
-            "ImageReliefNode": [10, 288, 26],
-            "ImageEuclideanDistanceNode": [10, 288, 74],
-            "ImageComputeGradientNode": [10, 320, 48],
-            "ImageAmbientOcclusionNode": [10, 320, 85],
-            "ImageConnectedComponentsNode": [10, 320, 101],
-            "ImageComponentEdgesNode": [10, 320, 106],
+            **{entry.class_name: list(entry.numbers) for entry in CATALOG},
             "ImageReaderNode": [10, 16, 5],
             "ImageRectangleNode": [10, 16, 10],
             "ImageCheckerNode": [10, 16, 16],

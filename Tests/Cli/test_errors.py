@@ -5,15 +5,7 @@ import os
 from pathlib import Path
 
 from cli_support import (
-    FILE_ERROR,
-    PLUGIN_ERROR,
-    USAGE,
-    VALUE,
-    ValueTestCase,
-    arithmetic,
-    document,
-    node,
-    output,
+    FILE_ERROR, PLUGIN_ERROR, USAGE, VALUE, ValueTestCase, arithmetic, document, node, output,
     sample_picture,
 )
 

@@ -7,21 +7,8 @@ from pathlib import Path
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    DONE,
-    NAN,
-    NODE_ERROR,
-    PLUGIN_ERROR,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    find_program,
-    read_file,
-    sample_picture,
-    sanitizer_libraries,
-    write_picture,
+    COLOR, DONE, NAN, NODE_ERROR, PLUGIN_ERROR, USAGE, VALUE, F, Picture, ValueTestCase,
+    find_program, read_file, sample_picture, sanitizer_libraries, write_picture,
 )
 
 ACCURACY = 2e-4

@@ -5,42 +5,10 @@ import json
 import numpy as np
 
 from cli_support import (
-    DONE,
-    FILE_ERROR,
-    NAN,
-    NODE_ERROR,
-    USAGE,
-    VALUE,
-    Picture,
-    ValueTestCase,
-    read_file,
-    write_file,
-    write_picture,
+    DONE, FILE_ERROR, NAN, NODE_ERROR, USAGE, VALUE, Picture, ValueTestCase, read_file,
+    write_file, write_picture,
 )
-
-CLASSES = [
-    "ImageToValueNode",
-    "ImageValueAddNode",
-    "ImageValueSubtractNode",
-    "ImageValueMultiplyNode",
-    "ImageValueDivideNode",
-    "ImageValuePowerNode",
-    "ImageValueMinimumNode",
-    "ImageValueMaximumNode",
-    "ImageValueClampNode",
-    "ImageValueStepsNode",
-    "ImageValueConditionNode",
-    "ImageValueCompareNode",
-    "ImageValueRangeNode",
-    "ImageValueFunctionNode",
-    "ImageReliefNode",
-    "ImageEuclideanDistanceNode",
-    "ImageComputeGradientNode",
-    "ImageAmbientOcclusionNode",
-    "ImageConnectedComponentsNode",
-    "ImageComponentEdgesNode",
-]
-
+from node_catalog import CATALOG
 
 # The environment of a process that knows of no display.
 WITHOUT_DISPLAY = {"DISPLAY": None, "WAYLAND_DISPLAY": None, "QT_QPA_PLATFORM": None}
@@ -66,7 +34,7 @@ class PanelTestCase(ValueTestCase):
 
 class ScreenshotTest(PanelTestCase):
     def test_every_node_has_a_panel(self):
-        for name in CLASSES:
+        for name in (entry.class_name for entry in CATALOG):
             with self.subTest(node=name):
                 pixels = self.draw(name)
                 panel = pixels[:, 560:]

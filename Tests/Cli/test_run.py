@@ -5,29 +5,9 @@ import math
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    FILE_ERROR,
-    INF,
-    INVALID,
-    NAN,
-    NODE_ERROR,
-    OPERATIONS,
-    OVERSIZE,
-    PAIR,
-    SIGNED,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    arithmetic,
-    document,
-    link,
-    node,
-    output,
-    read_file,
-    sample_picture,
-    write_file,
+    COLOR, FILE_ERROR, INF, INVALID, NAN, NODE_ERROR, OPERATIONS, OVERSIZE, PAIR, SIGNED, USAGE,
+    VALUE, F, Picture, ValueTestCase, arithmetic, document, link, node, output, read_file,
+    sample_picture, write_file,
 )
 
 

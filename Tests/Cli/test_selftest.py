@@ -10,21 +10,10 @@ import shutil
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    DONE,
-    FILE_ERROR,
-    NODE_ERROR,
-    PLUGIN_ERROR,
-    REPOSITORY,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    read_file,
-    stored_samples,
-    write_picture,
+    COLOR, DONE, FILE_ERROR, NODE_ERROR, PLUGIN_ERROR, REPOSITORY, USAGE, VALUE, F, Picture,
+    ValueTestCase, read_file, stored_samples, write_picture,
 )
+from node_catalog import CATALOG
 from selftest_model import CASES, render
 
 GOLDEN = REPOSITORY / "Tests" / "Golden"
@@ -58,17 +47,7 @@ TESTS = {
     "Relief": ["relief/inner_bevel", "relief/levels"],
 }
 
-WITHOUT_TEST = [
-    "Value Clamp",
-    "Value Compare",
-    "Value Range",
-    "Value Function",
-    "Distance",
-    "Value Gradient",
-    "Ambient Occlusion",
-    "Connected Components",
-    "Component Edges",
-]
+WITHOUT_TEST = [entry.name for entry in CATALOG if entry.name not in (*TESTS, "To Value")]
 
 
 BY_DESIGN = (
@@ -258,30 +237,27 @@ class ReferenceOptionTest(SelftestCase):
     def compare(self, alter, code):
         return self.value("selftest", "Value Minimum", "--reference", self.change(alter), code=code)
 
-    def test_a_sample_beyond_the_largest_difference_fails(self):
+    @staticmethod
+    def raising(amount, place=slice(None)):
+        """Raises the samples at a place, or all of them."""
         def alter(picture):
-            picture.data[3, 3, 0] += F(0.0102)
+            picture.data[place] += F(amount)
             return picture
 
-        result = self.compare(alter, NODE_ERROR)
+        return alter
+
+    def test_a_sample_beyond_the_largest_difference_fails(self):
+        result = self.compare(self.raising(0.0102, (3, 3, 0)), NODE_ERROR)
         self.assertRegex(result.out, case_line("min-checker-a-checker-b", "failed: .*0.0102 at most"))
         self.assertEqual(result.out.count("passed, at most 0 from"), 15)
         self.assert_one_error(result, "Value Minimum", "1 of 16 cases", "min-checker-a-checker-b")
 
     def test_a_sample_within_it_passes(self):
-        def alter(picture):
-            picture.data[3, 3, 0] += F(0.0098)
-            return picture
-
-        result = self.compare(alter, DONE)
+        result = self.compare(self.raising(0.0098, (3, 3, 0)), DONE)
         self.assertRegex(result.out, case_line("min-checker-a-checker-b", "passed, at most 0.0098"))
 
     def test_a_mean_beyond_its_bound_fails_although_no_sample_is_far(self):
-        def alter(picture):
-            picture.data += F(0.006)
-            return picture
-
-        result = self.compare(alter, NODE_ERROR)
+        result = self.compare(self.raising(0.006), NODE_ERROR)
         self.assertRegex(result.out, case_line("min-checker-a-checker-b", "failed: .*0.006 on average"))
 
     def test_another_size_or_mode_fails(self):

@@ -5,22 +5,8 @@ import math
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    FILE_ERROR,
-    INF,
-    NAN,
-    SIGNED,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    dictionaries,
-    holds_number,
-    is_number,
-    leaves_under,
-    sample_picture,
-    write_file,
+    COLOR, FILE_ERROR, INF, NAN, SIGNED, USAGE, VALUE, F, Picture, ValueTestCase, dictionaries,
+    holds_number, is_number, leaves_under, sample_picture, write_file,
 )
 
 

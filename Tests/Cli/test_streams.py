@@ -8,21 +8,8 @@ import subprocess
 import unicodedata
 
 from cli_support import (
-    DONE,
-    FILE_ERROR,
-    INVALID,
-    NODE_ERROR,
-    PLUGIN_ERROR,
-    USAGE,
-    VALUE,
-    ValueTestCase,
-    document,
-    environment_with,
-    find_program,
-    node,
-    output,
-    run_value,
-    sample_picture,
+    DONE, FILE_ERROR, INVALID, NODE_ERROR, PLUGIN_ERROR, USAGE, VALUE, ValueTestCase, document,
+    environment_with, find_program, node, output, run_value, sample_picture,
 )
 
 LONGEST = 300

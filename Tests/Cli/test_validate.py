@@ -5,13 +5,7 @@ import unittest
 from pathlib import Path
 
 from cli_support import (
-    DONE,
-    FILE_ERROR,
-    NODE_ERROR,
-    PLUGIN_ERROR,
-    USAGE,
-    ValueTestCase,
-    find_program,
+    DONE, FILE_ERROR, NODE_ERROR, PLUGIN_ERROR, USAGE, ValueTestCase, find_program,
 )
 
 CHECKS = [
