@@ -9,7 +9,7 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Jobs.h"
-#include "Host/Files/ImageFile.h"
+#include "Host/Files/ImageFormats.h"
 
 namespace {
 
@@ -238,8 +238,7 @@ class RunCommand : public Command {
         reporter_.Progress(files[i].string(), ++done, files.size());
       }
     };
-    // The module of image formats starts threads of its own when it is loaded, and cannot do without them.
-    static_cast<void>(ScEng::FindImageFormats());
+    ScEng::LoadImageFormats();
     const std::size_t wanted = std::min(jobs_, files.size());
     const std::size_t used = RunJobs(wanted, work);
     if (used < wanted) {

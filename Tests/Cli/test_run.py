@@ -1,20 +1,21 @@
 """value run: documents evaluated from end to end."""
 
 import math
+import resource
 
 import numpy as np
 
 from cli_support import (
-    COLOR, FILE_ERROR, INF, INVALID, NAN, NODE_ERROR, OPERATIONS, OVERSIZE, PAIR, SIGNED, USAGE,
-    VALUE, F, Picture, ValueTestCase, arithmetic, document, link, node, output, read_file,
+    COLOR, DONE, FILE_ERROR, INF, INVALID, NAN, NODE_ERROR, OPERATIONS, OVERSIZE, PAIR, SANITIZED,
+    SIGNED, USAGE, VALUE, F, Picture, ValueTestCase, arithmetic, document, link, node, output, read_file,
     sample_picture, write_file,
 )
 
 
 class RunTestCase(ValueTestCase):
-    def run_document(self, content, *options, code=0):
+    def run_document(self, content, *options, code=0, **settings):
         self.save("graph.json", content)
-        return self.value("run", "graph.json", *options, code=code)
+        return self.value("run", "graph.json", *options, code=code, **settings)
 
     def stored(self, name="out.exr"):
         return read_file(self.dir / name)
@@ -1306,6 +1307,27 @@ class BatchTest(RunTestCase):
         result = self.batch(code=USAGE)
         self.assert_one_error(result, "--each src=", '"src"', "connection")
         self.assert_files("graph.json", "photos")
+
+    def test_jobs_that_the_system_has_no_threads_for(self):
+        """Each thread asks for a stack of 2 GB, and all there is to ask for is 21 GB."""
+        for index in range(12):
+            self.picture(f"photos/j{index}.exr", sample_picture(VALUE, seed=index))
+
+        def limit():
+            _, highest = resource.getrlimit(resource.RLIMIT_STACK)
+            resource.setrlimit(resource.RLIMIT_STACK, (2 * 10**9, highest))
+            if not SANITIZED:
+                resource.setrlimit(resource.RLIMIT_AS, (21 * 10**9, 21 * 10**9))
+
+        result = self.run_document(
+            self.content, "--each", f"src={self.photos}/j*.exr", "--output-dir", self.results,
+            "--jobs", "12", "--threads", "1", code=None, prepare=limit,
+        )
+        # The decoders need a thread with the first file; where that is refused, the file fails.
+        self.assertIn(result.code, (DONE, FILE_ERROR), str(result))
+        if not SANITIZED:
+            self.assert_names(result, "note", "--jobs 12", "no more than")
+        self.assertGreaterEqual(len(list(self.results.glob("*-raised.exr"))), 11)
 
     def test_wrong_jobs(self):
         for jobs in ("x", "-1", "1.5"):
