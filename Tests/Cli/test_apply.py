@@ -7,12 +7,12 @@ from cli_support import (
     F, Picture, ValueTestCase, arithmetic, read_file, round_half_down, sample_picture,
     stored_samples, write_file, write_picture,
 )
-from node_catalog import CATALOG
+from first_twenty import FIRST_TWENTY
 
 THREE_NUMBERS = {
     name: ",".join(map(str, entry.numbers))
     for name in OPERATIONS
-    for entry in CATALOG
+    for entry in FIRST_TWENTY
     if entry.name == f"Value {name}"
 }
 
@@ -654,7 +654,7 @@ class OtherNodesTest(ApplyTestCase):
     # One output of each; of Compare the one that tells where its two images are equal.
     NODES = {
         entry.name: "image_a_eq_b" if entry.name == "Value Compare" else entry.outputs[0]
-        for entry in CATALOG
+        for entry in FIRST_TWENTY
         if entry.name.removeprefix("Value ") not in OPERATIONS
     }
 

@@ -1,6 +1,7 @@
-"""The twenty node types that the program comes with, told once for all tests of the command line.
+"""The node types that the library started with, told once for all tests of the command line.
 
-Names, numbers, plugs and the forms of the attributes: ("number", default, lowest, highest),
+Their order, names and numbers stay; types that are added follow them. Tests/Support/FirstTwenty.h
+has the same list for C++. The forms of attributes are ("number", default, lowest, highest),
 ("choice", place of the default, words) and ("flag", default).
 """
 
@@ -45,7 +46,7 @@ def constant(default):
     return {"constant": number(default, -1e9, 1e9)}
 
 
-CATALOG = [
+FIRST_TWENTY = [
     NodeType(
         "ImageToValueNode", "To Value", (10, 320, 0),
         {
