@@ -13,7 +13,7 @@
 #include "Host/Util/ParallelRows.h"
 #include "Value/Nodes/Components/ComponentEdges.h"
 #include "Value/Nodes/Components/ComponentLabels.h"
-#include "Value/Nodes/Components/NeighborInputs.h"
+#include "Value/Nodes/Components/NeighborEvaluation.h"
 
 namespace {
 
@@ -55,10 +55,10 @@ std::unique_ptr<Image> MakeValueNoise() { return Bench::MakeNoise(ColorMode::kVa
 
 using Maker = std::unique_ptr<Image> (*)();
 
-void RegisterLabels(const std::string& name, Maker maker, float tolerance, bool cross) {
+void RegisterLabels(const std::string& name, Maker maker, float tolerance, Neighbors neighbors) {
   Bench::Register("ComponentLabels/" + name, Bench::Threads::kCaller, [=](benchmark::State& state) {
     const std::unique_ptr<Image> image = maker();
-    const NeighborRule rule{tolerance, cross, true};
+    const NeighborRule rule{tolerance, neighbors, true};
     const double copies = (1.0 + 1.0 / image->GetNumChannels()) / 2.0;
     Bench::RunAgainstCopy(state, *image, copies, [&] {
       Image labels(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
@@ -71,10 +71,10 @@ void RegisterLabels(const std::string& name, Maker maker, float tolerance, bool 
 
 /// On one thread the rows on the calling thread; else on the threads of the node, one per core, so that the case of two
 /// threads is one of a machine with two cores.
-void RegisterEdges(const std::string& name, Maker maker, float tolerance, bool cross) {
+void RegisterEdges(const std::string& name, Maker maker, float tolerance, Neighbors neighbors) {
   Bench::Register("ComponentEdges/" + name, Bench::Threads::kOneAndTwo, [=](benchmark::State& state) {
     const std::unique_ptr<Image> image = maker();
-    const NeighborRule rule{tolerance, cross, true};
+    const NeighborRule rule{tolerance, neighbors, true};
     const double copies = (1.0 + 1.0 / image->GetNumChannels()) / 2.0;
     Bench::RunAgainstCopy(state, *image, copies, [&] {
       Image marked(Bench::kSide, Bench::kSide, ColorMode::kValue, nullptr);
@@ -93,14 +93,14 @@ void RegisterEdges(const std::string& name, Maker maker, float tolerance, bool c
 void Bench::RegisterComponents() {
   constexpr float kStep = 1.0F / 256.0F;
   constexpr auto kLevels = [] { return MakeLevels(32.0F); };
-  RegisterLabels("levels/all", kLevels, kStep, false);
-  RegisterLabels("levels/cross", kLevels, kStep, true);
-  RegisterLabels("terrain/all", MakeTerrain, kStep, false);
-  RegisterLabels("terrain/cross", MakeTerrain, kStep, true);
-  RegisterLabels("noise/all", MakeValueNoise, 0.1F, false);
-  RegisterLabels("noise/flat_range", MakeValueNoise, 0.0F, false);
-  RegisterLabels("noise/color", MakeColorNoise, 0.5F, false);
-  RegisterEdges("terrain/all", MakeTerrain, kStep, false);
-  RegisterEdges("terrain/cross", MakeTerrain, kStep, true);
-  RegisterEdges("noise/color", MakeColorNoise, 0.5F, false);
+  RegisterLabels("levels/all", kLevels, kStep, Neighbors::kAll);
+  RegisterLabels("levels/cross", kLevels, kStep, Neighbors::kCross);
+  RegisterLabels("terrain/all", MakeTerrain, kStep, Neighbors::kAll);
+  RegisterLabels("terrain/cross", MakeTerrain, kStep, Neighbors::kCross);
+  RegisterLabels("noise/all", MakeValueNoise, 0.1F, Neighbors::kAll);
+  RegisterLabels("noise/flat_range", MakeValueNoise, 0.0F, Neighbors::kAll);
+  RegisterLabels("noise/color", MakeColorNoise, 0.5F, Neighbors::kAll);
+  RegisterEdges("terrain/all", MakeTerrain, kStep, Neighbors::kAll);
+  RegisterEdges("terrain/cross", MakeTerrain, kStep, Neighbors::kCross);
+  RegisterEdges("noise/color", MakeColorNoise, 0.5F, Neighbors::kAll);
 }

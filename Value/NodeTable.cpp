@@ -2,16 +2,10 @@
 #include "Value/NodeTable.h"
 
 #include <iterator>
-#include <memory>
 
+#include "Host/NodeKit/NodeLibraryExports.h"
 #include "Value/Nodes/AmbientOcclusion/ImageAmbientOcclusionNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueAddNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueDivideNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueMaximumNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueMinimumNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueMultiplyNode.h"
-#include "Value/Nodes/Arithmetic/ImageValuePowerNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueSubtractNode.h"
+#include "Value/Nodes/Arithmetic/ArithmeticNodes.h"
 #include "Value/Nodes/Clamp/ImageValueClampNode.h"
 #include "Value/Nodes/Compare/ImageValueCompareNode.h"
 #include "Value/Nodes/Components/ImageComponentEdgesNode.h"
@@ -27,35 +21,28 @@
 
 namespace {
 
-template <class Descriptor, class Factory>
-NodeInterface* Create() {
-  auto descriptor = std::make_unique<Descriptor>();
-  descriptor->SetNodeFactory(new Factory);
-  return descriptor.release();
-}
-
 // The order is part of the library's interface. It is neither alphabetical nor that of the numbers.
 constexpr NodeInterface* (*kRows[])() = {
-    Create<ImageToValueNodeInterface, ImageToValueNodeFactory>,
-    Create<ImageValueAddNodeInterface, ImageValueAddNodeFactory>,
-    Create<ImageValueSubtractNodeInterface, ImageValueSubtractNodeFactory>,
-    Create<ImageValueMultiplyNodeInterface, ImageValueMultiplyNodeFactory>,
-    Create<ImageValueDivideNodeInterface, ImageValueDivideNodeFactory>,
-    Create<ImageValuePowerNodeInterface, ImageValuePowerNodeFactory>,
-    Create<ImageValueMinimumNodeInterface, ImageValueMinimumNodeFactory>,
-    Create<ImageValueMaximumNodeInterface, ImageValueMaximumNodeFactory>,
-    Create<ImageValueClampNodeInterface, ImageValueClampNodeFactory>,
-    Create<ImageValueStepsNodeInterface, ImageValueStepsNodeFactory>,
-    Create<ImageValueConditionNodeInterface, ImageValueConditionNodeFactory>,
-    Create<ImageValueCompareNodeInterface, ImageValueCompareNodeFactory>,
-    Create<ImageValueRangeNodeInterface, ImageValueRangeNodeFactory>,
-    Create<ImageValueFunctionNodeInterface, ImageValueFunctionNodeFactory>,
-    Create<ImageReliefNodeInterface, ImageReliefNodeFactory>,
-    Create<ImageEuclideanDistanceNodeInterface, ImageEuclideanDistanceNodeFactory>,
-    Create<ImageComputeGradientNodeInterface, ImageComputeGradientNodeFactory>,
-    Create<ImageAmbientOcclusionNodeInterface, ImageAmbientOcclusionNodeFactory>,
-    Create<ImageConnectedComponentsNodeInterface, ImageConnectedComponentsNodeFactory>,
-    Create<ImageComponentEdgesNodeInterface, ImageComponentEdgesNodeFactory>,
+    CreateNodeDescriptor<ImageToValueNodeInterface, ImageToValueNodeFactory>,
+    CreateNodeDescriptor<ImageValueAddNodeInterface, ImageValueAddNodeFactory>,
+    CreateNodeDescriptor<ImageValueSubtractNodeInterface, ImageValueSubtractNodeFactory>,
+    CreateNodeDescriptor<ImageValueMultiplyNodeInterface, ImageValueMultiplyNodeFactory>,
+    CreateNodeDescriptor<ImageValueDivideNodeInterface, ImageValueDivideNodeFactory>,
+    CreateNodeDescriptor<ImageValuePowerNodeInterface, ImageValuePowerNodeFactory>,
+    CreateNodeDescriptor<ImageValueMinimumNodeInterface, ImageValueMinimumNodeFactory>,
+    CreateNodeDescriptor<ImageValueMaximumNodeInterface, ImageValueMaximumNodeFactory>,
+    CreateNodeDescriptor<ImageValueClampNodeInterface, ImageValueClampNodeFactory>,
+    CreateNodeDescriptor<ImageValueStepsNodeInterface, ImageValueStepsNodeFactory>,
+    CreateNodeDescriptor<ImageValueConditionNodeInterface, ImageValueConditionNodeFactory>,
+    CreateNodeDescriptor<ImageValueCompareNodeInterface, ImageValueCompareNodeFactory>,
+    CreateNodeDescriptor<ImageValueRangeNodeInterface, ImageValueRangeNodeFactory>,
+    CreateNodeDescriptor<ImageValueFunctionNodeInterface, ImageValueFunctionNodeFactory>,
+    CreateNodeDescriptor<ImageReliefNodeInterface, ImageReliefNodeFactory>,
+    CreateNodeDescriptor<ImageEuclideanDistanceNodeInterface, ImageEuclideanDistanceNodeFactory>,
+    CreateNodeDescriptor<ImageComputeGradientNodeInterface, ImageComputeGradientNodeFactory>,
+    CreateNodeDescriptor<ImageAmbientOcclusionNodeInterface, ImageAmbientOcclusionNodeFactory>,
+    CreateNodeDescriptor<ImageConnectedComponentsNodeInterface, ImageConnectedComponentsNodeFactory>,
+    CreateNodeDescriptor<ImageComponentEdgesNodeInterface, ImageComponentEdgesNodeFactory>,
 };
 
 }  // namespace

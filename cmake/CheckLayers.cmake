@@ -4,7 +4,7 @@
 #
 # A module may include headers of itself and of the modules listed for it. The node library knows the host's public
 # headers up to Tools and Testing; nothing but the library's own tests and the benchmarks includes anything of the
-# library.
+# library. Files named *Reference.h hold definitions that are slow and plain: tests alone include them.
 cmake_minimum_required(VERSION 3.25)
 get_filename_component(root "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
@@ -14,12 +14,13 @@ set(Image_may Math Util)
 set(Gpu_may Math Util Image)
 set(Tools_may Math Util Image)
 set(Widgets_may Math Util Image Tools)
+set(NodeKit_may Math Util Image Tools Widgets)
 set(Files_may Math Util Image)
-set(Nodes_may Math Util Image Tools Files)
+set(Nodes_may Math Util Image Tools NodeKit Files)
 set(Documents_may Math Util Image Tools Files)
 set(Testing_may Math Util Image Tools Files)
 set(Validation_may Math Util Image Tools Nodes)
-set(Value_may Math Util Image Gpu Tools Widgets Testing)
+set(Value_may Math Util Image Gpu Tools NodeKit Testing)
 
 # Every include of a project header in `file` must be of `own` or of a host module in ARGN.
 function(check_file file own)
@@ -43,7 +44,7 @@ function(check_file file own)
   endforeach()
 endfunction()
 
-foreach(module Math Util Image Gpu Tools Widgets Files Nodes Documents Testing Validation)
+foreach(module Math Util Image Gpu Tools Widgets NodeKit Files Nodes Documents Testing Validation)
   file(GLOB_RECURSE files RELATIVE "${root}" "${root}/Host/${module}/*.h" "${root}/Host/${module}/*.cpp")
   foreach(file IN LISTS files)
     if(NOT file MATCHES "Test\\.cpp$")
@@ -55,9 +56,13 @@ file(GLOB_RECURSE files RELATIVE "${root}" "${root}/Value/*.h" "${root}/Value/*.
 foreach(file IN LISTS files)
   if(NOT file MATCHES "Test\\.cpp$")
     check_file("${file}" "Value" ${Value_may})
+    file(STRINGS "${root}/${file}" references REGEX "^#include .*Reference\\.h")
+    if(references AND NOT file MATCHES "Reference\\.h$")
+      message(SEND_ERROR "${file} includes what only tests may: ${references}")
+    endif()
   endif()
 endforeach()
 file(GLOB_RECURSE files RELATIVE "${root}" "${root}/Apps/*.h" "${root}/Apps/*.cpp")
 foreach(file IN LISTS files)
-  check_file("${file}" "Apps" Math Util Image Gpu Tools Widgets Files Nodes Documents Testing Validation)
+  check_file("${file}" "Apps" Math Util Image Gpu Tools Widgets NodeKit Files Nodes Documents Testing Validation)
 endforeach()

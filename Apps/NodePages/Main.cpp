@@ -8,11 +8,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iostream>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 #include <string>
@@ -61,7 +59,7 @@ std::string ReadWhole(const fs::path& file) {
 class Pages {
  public:
   Pages(const fs::path& root, std::shared_ptr<const ScEng::NodeCatalog> catalog)
-      : folder_(root / "Docs" / "Nodes"), catalog_(std::move(catalog)) {}
+      : root_(root), folder_(root / "Docs" / "Nodes"), catalog_(std::move(catalog)) {}
 
   [[nodiscard]] const std::vector<std::string>& GetErrors() const { return errors_; }
   [[nodiscard]] const std::vector<std::string>& GetNotes() const { return notes_; }
@@ -81,10 +79,9 @@ class Pages {
     for (const NodePage& page : pages_) {
       std::vector<std::string> unknown;
       files_[page.GetClass() + ".md"] = WritePage(page, get_name, unknown);
-      for (const std::string& name : unknown) Fail(TextName(page.GetClass()) + ": there is no node {" + name + "}");
+      for (const std::string& name : unknown) Fail(page.GetTextFile() + ": there is no node {" + name + "}");
     }
     files_["README.md"] = WriteIndex(pages_);
-    files_["attribute_texts.json"] = WriteAttributeTexts(get_name);
     // After an error, what would have been made is not all known.
     if (errors_.empty()) FindStrangers();
   }
@@ -116,13 +113,22 @@ class Pages {
   }
 
  private:
-  static std::string TextName(const std::string& class_name) { return "Docs/Nodes/Texts/" + class_name + ".md"; }
-  static std::string ExampleName(const std::string& class_name) {
-    return "Docs/Nodes/Examples/" + class_name + ".json";
-  }
   void Fail(const std::string& message) { errors_.push_back(message); }
 
+  /// The folder of each node class, by the class's name: where its text is.
+  [[nodiscard]] std::map<std::string, std::string> FindFolders() const {
+    std::map<std::string, std::string> folders;
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root_ / "Value" / "Nodes", error)) {
+      if (entry.path().extension() != ".md") continue;
+      folders[entry.path().stem()] = fs::relative(entry.path().parent_path(), root_, error).string();
+    }
+    return folders;
+  }
+
   void ReadTexts() {
+    const std::map<std::string, std::string> folders = FindFolders();
+    std::set<std::string> classes;
     std::set<std::string> old_names;
     for (const NodeInterface* descriptor : catalog_->GetDescriptors()) {
       // The host's own types come from no library.
@@ -130,37 +136,38 @@ class Pages {
       NodePage page;
       page.descriptor = descriptor;
       page.node.Reset(descriptor->GetNodeFactory()->CreateNode());
-      page.text = ReadNodeText(folder_ / "Texts" / (page.GetClass() + ".md"), TextName(page.GetClass()), errors_);
+      classes.insert(page.GetClass());
+      const auto folder = folders.find(page.GetClass());
+      if (folder == folders.end() || page.node->GetRecord() == nullptr) {
+        Fail(page.GetClass() + (folder == folders.end()
+                                    ? " has no text in a folder of Value/Nodes; Docs/AddANode.md says "
+                                      "what it holds"
+                                    : " has no record"));
+        continue;
+      }
+      page.folder = folder->second;
+      page.text = ReadNodeText(root_ / page.GetTextFile(), page.GetTextFile(), errors_);
       for (const auto& [old_name, current] : page.text.old_names) old_names.insert(old_name);
       old_names.insert(page.text.gone_names.begin(), page.text.gone_names.end());
       candidates_.push_back(std::move(page));
     }
+    for (const auto& [name, folder] : folders) {
+      if (!classes.contains(name)) Fail(folder + "/" + name + ".md belongs to no node; remove it");
+    }
     if (!errors_.empty()) return;
     const std::vector<std::string> known(old_names.begin(), old_names.end());
     for (const NodePage& page : candidates_) {
-      CheckNodeText(page.text, *page.node, known, TextName(page.GetClass()), errors_);
+      CheckNodeText(page.text, *page.node, known, page.GetTextFile(), errors_);
     }
-  }
-
-  /// What panels say of the attributes: by class name and attribute, the first sentence of each text.
-  [[nodiscard]] std::string WriteAttributeTexts(
-      const std::function<std::string(const std::string& class_name)>& get_name) const {
-    nlohmann::ordered_json texts = nlohmann::ordered_json::object();
-    for (const NodePage& page : pages_) {
-      auto& sentences = texts[page.GetClass()] = nlohmann::ordered_json::object();
-      for (const auto& [attribute, text] : page.text.attributes)
-        sentences[attribute] = GetFirstSentence(text, get_name);
-    }
-    return texts.dump(2) + "\n";
   }
 
   /// Runs a node's graph and draws its pictures. A graph that cannot run is an error where the node has a page; a node
   /// without one that reports an error of its own has nothing to show yet and gets none.
   bool RunExample(const NodePage& page) {
-    const std::string name = ExampleName(page.GetClass());
+    const std::string name = page.GetExampleFile();
     ScEng::GraphDocument document(catalog_);
     ScEng::Findings findings;
-    document.Load(folder_ / "Examples" / (page.GetClass() + ".json"), findings);
+    document.Load(root_ / name, findings);
     const auto is_shown = [&](const std::string& id) {
       return document.FindNode(id)->GetNodeType() == page.descriptor->GetNodeType();
     };
@@ -207,18 +214,13 @@ class Pages {
     return true;
   }
 
-  /// Pages, texts, examples and pictures that belong to no node or are shown nowhere.
+  /// Pages and pictures that belong to no node or are shown nowhere.
   void FindStrangers() {
     std::set<std::string> expected;
     for (const auto& [file, text] : files_) expected.insert(file);
     for (const auto& [file, picture] : pictures_) expected.insert(file);
-    for (const NodeInterface* descriptor : catalog_->GetDescriptors()) {
-      const std::string class_name = descriptor->GetNodeFactory()->GetTypeName();
-      if (descriptor->GetLibraryName().empty()) continue;
-      expected.insert({"Texts/" + class_name + ".md", "Examples/" + class_name + ".json"});
-    }
     std::error_code error;
-    for (const char* part : {"", "Texts", "Examples", "Images"}) {
+    for (const char* part : {"", "Images"}) {
       for (const fs::directory_entry& entry : fs::directory_iterator(folder_ / part, error)) {
         const std::string file = (part / entry.path().filename()).string();
         const std::string ending = entry.path().extension().string();
@@ -238,6 +240,7 @@ class Pages {
     return !stored || !LookAlike(*stored, picture);
   }
 
+  fs::path root_;
   fs::path folder_;
   std::shared_ptr<const ScEng::NodeCatalog> catalog_;
   ScratchFolder scratch_;

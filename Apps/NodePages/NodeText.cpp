@@ -5,6 +5,9 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <set>
+
+#include "Host/Tools/AttributeRow.h"
 
 namespace {
 
@@ -44,8 +47,6 @@ class TextReader {
     }
     ReadHead();
     ReadSections();
-    Require("family", text_.family);
-    Require("purpose", text_.purpose);
     Require("disabled", text_.disabled);
     Require(kUse, text_.use);
     Require(kSurprises, text_.surprises);
@@ -75,11 +76,7 @@ class TextReader {
   }
 
   void ReadHeadLine(const std::string& key, const std::string& value) {
-    if (key == "family") {
-      text_.family = value;
-    } else if (key == "purpose") {
-      text_.purpose = value;
-    } else if (key == "disabled") {
+    if (key == "disabled") {
       text_.disabled = value;
     } else if (key == "gone") {
       text_.gone_names.push_back(value);
@@ -141,9 +138,9 @@ class TextReader {
   NodeText text_;
 };
 
-/// Every one of `names` has an entry, in this order, and no other has.
+/// Every one of `names` has an entry, but for those of `optional`, in this order, and no other has.
 void CheckEntries(const std::string& kind, const NodeText::Entries& entries, const std::vector<std::string>& names,
-                  const std::function<void(const std::string&)>& fail) {
+                  const std::set<std::string>& optional, const std::function<void(const std::string&)>& fail) {
   std::vector<std::string> written;
   for (const auto& [name, body] : entries) {
     if (std::find(names.begin(), names.end(), name) == names.end()) {
@@ -155,12 +152,15 @@ void CheckEntries(const std::string& kind, const NodeText::Entries& entries, con
       written.push_back(name);
     }
   }
+  std::vector<std::string> expected;
   for (const std::string& name : names) {
-    if (std::find(written.begin(), written.end(), name) == written.end()) {
-      fail("the " + kind + " \"" + name + "\" is missing");
-    }
+    const bool is_written = std::find(written.begin(), written.end(), name) != written.end();
+    if (is_written || !optional.contains(name)) expected.push_back(name);
+    if (!is_written && !optional.contains(name)) fail("the " + kind + " \"" + name + "\" is missing");
   }
-  if (written.size() == names.size() && written != names) fail("the " + kind + "s are not in the order of the node");
+  if (written.size() == expected.size() && written != expected) {
+    fail("the " + kind + "s are not in the order of the node");
+  }
 }
 
 void CheckOldNames(const NodeText& text, const Node& node, const std::vector<std::string>& known_old_names,
@@ -190,30 +190,6 @@ void CheckOldNames(const NodeText& text, const Node& node, const std::vector<std
 
 }  // namespace
 
-std::string GetFirstSentence(const std::string& text,
-                             const std::function<std::string(const std::string& class_name)>& get_name) {
-  std::string sentence;
-  bool in_code = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char letter = text[i];
-    const char next = i + 1 < text.size() ? text[i + 1] : '\n';
-    const std::size_t close = letter == '{' && !in_code ? text.find('}', i) : std::string::npos;
-    if (letter == '`') {
-      in_code = !in_code;
-    } else if (close != std::string::npos) {
-      sentence += get_name(text.substr(i + 1, close - i - 1));
-      i = close;
-    } else if (letter == '\n' && next == '\n') {
-      // The end of the paragraph.
-      break;
-    } else {
-      sentence += letter == '\n' ? ' ' : letter;
-    }
-    if (letter == '.' && !in_code && (next == ' ' || next == '\n')) break;
-  }
-  return Trim(sentence);
-}
-
 NodeText ReadNodeText(const std::filesystem::path& file, const std::string& name, std::vector<std::string>& errors) {
   return TextReader(file, name, errors).Read();
 }
@@ -225,11 +201,18 @@ void CheckNodeText(const NodeText& text, const Node& node, const std::vector<std
   std::vector<std::string> attributes;
   std::vector<std::string> outputs;
   for (std::size_t i = 0; i < node.GetNumRegularInputs(); ++i) inputs.push_back(node.GetInplugs()[i].name);
-  for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) attributes.push_back(node.GetAttribute(i)->GetName());
+  std::set<std::string> told_by_row;
+  for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
+    const Attribute& attribute = *node.GetAttribute(i);
+    attributes.push_back(attribute.GetName());
+    if (attribute.GetRow() != nullptr && *attribute.GetRow()->text != '\0' && attribute.GetChoices().empty()) {
+      told_by_row.insert(attribute.GetName());
+    }
+  }
   for (const PlugRecord& plug : node.GetOutplugs()) outputs.push_back(plug.name);
-  CheckEntries("input", text.inputs, inputs, fail);
-  CheckEntries("attribute", text.attributes, attributes, fail);
-  CheckEntries("output", text.outputs, outputs, fail);
+  CheckEntries("input", text.inputs, inputs, {}, fail);
+  CheckEntries("attribute", text.attributes, attributes, told_by_row, fail);
+  CheckEntries("output", text.outputs, outputs, {}, fail);
   for (const auto& [attribute, body] : text.attributes) {
     const auto place = std::find(attributes.begin(), attributes.end(), attribute);
     if (place == attributes.end()) continue;

@@ -17,8 +17,6 @@ constexpr const char* kName = "text";
 
 /// A complete text of Value Clamp.
 const std::string kClamp = R"(---
-family: Remapping
-purpose: Limits values.
 disabled: it keeps its result.
 old: min = low
 old: max = high
@@ -109,7 +107,6 @@ using Errors = std::vector<std::string>;
 TEST_F(NodeTexts, AreReadInParts) {
   const NodeText text = Read(kClamp);
   EXPECT_EQ(errors_, Errors{});
-  EXPECT_EQ(text.family, "Remapping");
   EXPECT_EQ(text.old_names, (NodeText::Entries{{"min", "low"}, {"max", "high"}}));
   ASSERT_EQ(text.pictures.size(), 2U);
   EXPECT_EQ(text.pictures[1].source, "clamp.image");
@@ -123,8 +120,18 @@ TEST_F(NodeTexts, AreReadInParts) {
 
 TEST_F(NodeTexts, PassWhenComplete) { EXPECT_EQ(FindErrors("Limiting.", "Cutting."), Errors{}); }
 
-TEST_F(NodeTexts, MustSpeakOfEveryAttribute) {
-  EXPECT_EQ(FindErrors("### high\n\nThe upper limit.\n", ""), Errors{"text: the attribute \"high\" is missing"});
+TEST_F(NodeTexts, MayLeaveAnAttributeToItsRow) {
+  EXPECT_EQ(FindErrors("### high\n\nThe upper limit.\n", ""), Errors{});
+}
+
+TEST_F(NodeTexts, MustSpeakOfEveryAttributeWithWords) {
+  EXPECT_EQ(FindErrors("### clamp\n\n`both`, `low` or `high`.\n", ""),
+            Errors{"text: the attribute \"clamp\" is missing"});
+}
+
+TEST_F(NodeTexts, MustSpeakOfEveryPlug) {
+  EXPECT_EQ(FindErrors("## Outputs\n\n### image\n\nValues.\n", "## Outputs\n"),
+            Errors{"text: the output \"image\" is missing"});
 }
 
 TEST_F(NodeTexts, MustNotSpeakOfWhatDoesNotExist) {
@@ -164,10 +171,10 @@ TEST_F(NodeTexts, MustNotInventOldNames) {
 }
 
 TEST_F(NodeTexts, NameWhatIsWrongWithTheirForm) {
-  EXPECT_EQ(FindErrors("family: Remapping\n", ""), Errors{"text: \"family\" is missing or empty"});
+  EXPECT_EQ(FindErrors("disabled: it keeps its result.\n", ""), Errors{"text: \"disabled\" is missing or empty"});
   errors_.clear();
-  EXPECT_EQ(FindErrors("family:", "kind:"),
-            (Errors{"text: there is no key \"kind\"", "text: \"family\" is missing or empty"}));
+  EXPECT_EQ(FindErrors("disabled:", "off:"),
+            (Errors{"text: there is no key \"off\"", "text: \"disabled\" is missing or empty"}));
   errors_.clear();
   EXPECT_EQ(FindErrors("signed 2", "signed"),
             (Errors{"text: show: \"clamp.image | signed | After\" is not of the form OUTPUT | LOOK | CAPTION",
@@ -181,23 +188,6 @@ TEST_F(NodeTexts, NameWhatIsWrongWithTheirForm) {
 TEST_F(NodeTexts, AreMissedWhereThereIsNone) {
   ReadNodeText(folder_ / "none.md", kName, errors_);
   EXPECT_EQ(errors_, Errors{"text: the text is missing; Docs/AddANode.md says what it holds"});
-}
-
-std::string FirstSentence(const std::string& text) {
-  return GetFirstSentence(text, [](const std::string& name) { return "<" + name + ">"; });
-}
-
-TEST(FirstSentence, EndsAtItsFullStop) {
-  EXPECT_EQ(FirstSentence("The lower limit."), "The lower limit.");
-  EXPECT_EQ(FirstSentence("The factor. Negative numbers turn it."), "The factor.");
-  EXPECT_EQ(FirstSentence("Up to 0.5 pixels\nor 3. More."), "Up to 0.5 pixels or 3.");
-  EXPECT_EQ(FirstSentence("No stop\n\n| a | table. |"), "No stop");
-  EXPECT_EQ(FirstSentence(""), "");
-}
-
-TEST(FirstSentence, LosesTheMarks) {
-  EXPECT_EQ(FirstSentence("From `low` to `a. b` and\nback. Then"), "From low to a. b and back.");
-  EXPECT_EQ(FirstSentence("As in {ImageReliefNode}. Not."), "As in <ImageReliefNode>.");
 }
 
 }  // namespace

@@ -65,19 +65,20 @@ class PageWriter {
     out_ << "## What surprises\n\n" << text_.surprises << "\n\n";
     out_ << "## Try it\n\n";
     out_ << "In the root of the repository, after `mkdir -p out`:\n\n" << text_.trial << "\n\n";
-    out_ << "The pictures above are the outputs of [Examples/" << page_.GetClass() << ".json](Examples/"
-         << page_.GetClass() << ".json), which runs as it stands:\n\n";
-    out_ << "```sh\nbuild/release/bin/value run Docs/Nodes/Examples/" << page_.GetClass() << ".json\n```\n\n";
+    const std::string example = page_.GetExampleFile();
+    out_ << "The pictures above are the outputs of [" << example << "](../../" << example
+         << "), which runs as it stands:\n\n";
+    out_ << "```sh\nbuild/release/bin/value run " << example << "\n```\n\n";
     WriteFacts();
     return out_.str();
   }
 
  private:
   void WriteTop() {
-    out_ << "<!-- Written by value-pages from Texts/" << page_.GetClass() << ".md and the node itself; "
+    out_ << "<!-- Written by value-pages from " << page_.GetTextFile() << " and the node itself; "
          << "Docs/Nodes/make_pages renews it. -->\n\n";
     out_ << "# ![](" << GetIconFile(page_.descriptor->GetIconPath()) << ") " << page_.descriptor->GetName() << "\n\n";
-    out_ << text_.purpose << "\n\n";
+    out_ << page_.GetRecord().sentence << "\n\n";
     // More than three pictures do not fit beside each other on a page; four make two rows of two.
     const std::size_t in_a_row = text_.pictures.size() == 4 ? 2 : 3;
     for (std::size_t from = 0; from < text_.pictures.size(); from += in_a_row) {
@@ -104,15 +105,20 @@ class PageWriter {
       out_ << "None.\n\n";
       return;
     }
-    out_ << "| Attribute | Kind | Default | Values | Step | Decimals |\n|---|---|---|---|---|---|\n";
+    out_ << "| Attribute | Kind | Default | Values | Unit | Step | Decimals |\n|---|---|---|---|---|---|---|\n";
     for (std::size_t i = 0; i < node_.GetNumAttributes(); ++i) {
       const Attribute& attribute = *node_.GetAttribute(i);
       out_ << "| `" << attribute.GetName() << "` | " << attribute.GetKindName() << " | " << DescribeDefault(attribute)
-           << " | " << DescribeValues(attribute) << " | " << DescribeStep(attribute) << " | "
-           << DescribeDecimals(attribute) << " |\n";
+           << " | " << DescribeValues(attribute) << " | " << attribute.GetRow()->unit << " | "
+           << DescribeStep(attribute) << " | " << DescribeDecimals(attribute) << " |\n";
     }
     out_ << "\n";
-    for (const auto& [name, body] : text_.attributes) out_ << "### " << name << "\n\n" << body << "\n\n";
+    for (std::size_t i = 0; i < node_.GetNumAttributes(); ++i) {
+      const Attribute& attribute = *node_.GetAttribute(i);
+      const std::string& more = FindEntry(text_.attributes, attribute.GetName());
+      out_ << "### " << attribute.GetName() << "\n\n" << attribute.GetRow()->text << "\n";
+      out_ << more << (more.empty() ? "\n" : "\n\n");
+    }
   }
 
   void WritePlugs() {
@@ -148,7 +154,7 @@ class PageWriter {
     if (!names.empty()) out_ << "| Old names that are read | " << names << " |\n";
     std::string gone;
     for (const std::string& name : text_.gone_names) gone += (gone.empty() ? "" : ", ") + Code(name);
-    if (!gone.empty()) out_ << "| Attributes of old documents that are passed over | " << gone << " |\n";
+    if (!gone.empty()) out_ << "| Attributes of old documents that are ignored | " << gone << " |\n";
     out_ << "\n[All nodes](README.md)\n";
   }
 
@@ -195,31 +201,31 @@ std::string WritePage(const NodePage& page, const std::function<std::string(cons
 }
 
 std::string WriteIndex(const std::vector<NodePage>& pages) {
-  std::vector<std::string> families;
+  std::vector<std::string> groups;
   for (const NodePage& page : pages) {
-    if (std::find(families.begin(), families.end(), page.text.family) == families.end()) {
-      families.push_back(page.text.family);
-    }
+    const std::string group = page.GetRecord().group;
+    if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(group);
   }
   std::ostringstream out;
   out << "<!-- Written by value-pages; Docs/Nodes/make_pages renews it. -->\n\n";
   out << "# The nodes\n\n";
   out << "One page per node: what it is for, a picture before and after, each attribute, and what surprises. The\n"
-         "pictures are made by the graphs in [Examples/](Examples), which run as they stand. How to write graphs is "
-         "in\n"
+         "pictures are made by graphs that run as they stand. How to write graphs is in "
          "[GraphDocuments.md](../GraphDocuments.md); larger graphs are in [Examples.md](../Examples.md).\n";
-  for (const std::string& family : families) {
-    out << "\n## " << family << "\n\n| | Node | What it does |\n|---|---|---|\n";
+  for (const std::string& group : groups) {
+    out << "\n## " << group << "\n\n| | Node | What it does |\n|---|---|---|\n";
     for (const NodePage& page : pages) {
-      if (page.text.family != family) continue;
+      if (page.GetRecord().group != group) continue;
       out << "| ![](" << GetIconFile(page.descriptor->GetIconPath()) << ") | [" << page.descriptor->GetName() << "]("
-          << page.GetClass() << ".md) | " << page.text.purpose << " |\n";
+          << page.GetClass() << ".md) | " << page.GetRecord().sentence << " |\n";
     }
   }
   out << "\n## How these pages are made\n\n"
-         "A program, `value-pages`, writes them. Names, numbers, plugs, attributes, defaults and ranges come from the\n"
-         "nodes themselves, the rest from one text per node in [Texts/](Texts), and the pictures from a run of the\n"
-         "graphs. After a change of a node, a text or a graph, this renews pages and pictures:\n\n"
+         "A program, `value-pages`, writes them. Names, numbers, sentences, plugs, attributes, defaults and ranges "
+         "come from\n"
+         "the nodes themselves, the rest from the text beside each node, and the pictures from a run of the graph "
+         "beside\n"
+         "it. After a change of a node, a text or a graph, this renews pages and pictures:\n\n"
          "```sh\nDocs/Nodes/make_pages\n```\n\n"
          "The test `NodePages` fails while a page or a picture is stale, and for a node without a page.\n";
   return out.str();

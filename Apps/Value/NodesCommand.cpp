@@ -6,11 +6,15 @@
 #include "Apps/Value/Common.h"
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/Node.h"
+#include "Host/Tools/NodeRecord.h"
 #include "Host/Util/RefCounter.h"
 
 namespace {
 
 using nlohmann::ordered_json;
+
+// How far what is said of an attribute is indented.
+constexpr std::size_t kIndent = 18;
 
 std::string FormatDouble(double number) {
   char text[32];
@@ -41,6 +45,14 @@ std::string FormatValue(const PlugValue& value) {
   }
 }
 
+/// The parts of a comma-separated list.
+ordered_json SplitToJson(const std::string& list) {
+  ordered_json parts = ordered_json::array();
+  std::istringstream stream(list);
+  for (std::string part; std::getline(stream, part, ',');) parts.push_back(part);
+  return parts;
+}
+
 ordered_json AttributeToJson(const Attribute& attribute) {
   ordered_json json;
   json["name"] = attribute.GetName();
@@ -53,10 +65,15 @@ ordered_json AttributeToJson(const Attribute& attribute) {
     json["decimals"] = attribute.GetDecimals();
   }
   if (attribute.GetKind() == Attribute::Kind::kChoice) json["choices"] = attribute.GetChoices();
+  if (const AttributeRow* row = attribute.GetRow()) {
+    if (*row->labels != '\0') json["labels"] = SplitToJson(row->labels);
+    if (*row->unit != '\0') json["unit"] = row->unit;
+    json["text"] = row->text;
+  }
   return json;
 }
 
-ordered_json SummaryToJson(const NodeInterface& descriptor) {
+ordered_json SummaryToJson(const NodeInterface& descriptor, const Node& node) {
   const auto numbers = descriptor.GetNodeType().GetNumbers();
   ordered_json json;
   json["class"] = descriptor.GetNodeFactory()->GetTypeName();
@@ -66,11 +83,16 @@ ordered_json SummaryToJson(const NodeInterface& descriptor) {
   json["group"] = descriptor.GetGroupCode();
   json["icon"] = descriptor.GetIconPath();
   json["small_icon"] = descriptor.GetSmallIconPath();
+  if (const NodeRecord* record = node.GetRecord()) {
+    json["heading"] = record->group;
+    json["sentence"] = record->sentence;
+    json["keywords"] = SplitToJson(record->keywords);
+  }
   return json;
 }
 
 ordered_json NodeToJson(const NodeInterface& descriptor, const Node& node) {
-  ordered_json json = SummaryToJson(descriptor);
+  ordered_json json = SummaryToJson(descriptor, node);
   json["attribute_version"] = node.GetAttributeVersion();
   json["inputs"] = ordered_json::array();
   for (std::size_t i = 0; i < node.GetNumRegularInputs(); ++i) {
@@ -107,12 +129,17 @@ std::string DescribeAttribute(const Attribute& attribute) {
     text << ", one of";
     for (const std::string& word : attribute.GetChoices()) text << " " << word;
   }
+  if (const AttributeRow* row = attribute.GetRow()) {
+    if (*row->unit != '\0') text << ", in " << row->unit;
+    text << "\n" << std::string(kIndent, ' ') << row->text;
+  }
   return text.str();
 }
 
 std::string DescribeNode(const NodeInterface& descriptor, const Node& node) {
   std::ostringstream text;
   text << descriptor.GetName() << "\n";
+  if (const NodeRecord* record = node.GetRecord()) text << "  " << record->sentence << "\n";
   text << "  class    " << descriptor.GetNodeFactory()->GetTypeName() << "\n";
   text << "  numbers  " << descriptor.GetNodeType().ToString() << "\n";
   text << "  library  " << (descriptor.GetLibraryName().empty() ? "(the host)" : descriptor.GetLibraryName()) << "\n";
@@ -168,10 +195,12 @@ class NodesCommand : public Command {
     std::ostringstream text;
     text << Pad("Class", 32) << Pad("Name", 24) << Pad("Numbers", 16) << "Library\n";
     for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
-      answer["nodes"].push_back(SummaryToJson(*descriptor));
+      const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
+      answer["nodes"].push_back(SummaryToJson(*descriptor, *node));
       const std::string library = descriptor->GetLibraryName();
       text << Pad(descriptor->GetNodeFactory()->GetTypeName(), 32) << Pad(descriptor->GetName(), 24)
            << Pad(descriptor->GetNodeType().ToString(), 16) << (library.empty() ? "(the host)" : library) << "\n";
+      if (node->GetRecord() != nullptr) text << "    " << node->GetRecord()->sentence << "\n";
     }
     reporter_.Print(text.str());
     reporter_.Finish(answer);

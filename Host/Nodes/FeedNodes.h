@@ -2,24 +2,17 @@
 #pragma once
 
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "Host/Nodes/HostNode.h"
-#include "Host/Nodes/HostNodes.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// A node that delivers its attribute "value" to attribute plugs of other nodes. Disabled, it delivers nothing.
-class FeedNode : public ScEng::HostNode {
+class FeedNode : public Node {
  public:
-  void Evaluate(unsigned, const std::vector<PlugValue>& inputs) override {
-    delivered_ = IsEnabled() ? Read(inputs, "value") : PlugValue();
-  }
+  void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
   [[nodiscard]] PlugValue GetOutputValue(unsigned outplug) const override {
     return outplug == 0 ? delivered_ : PlugValue();
   }
-
- protected:
-  FeedNode(unsigned type, const char* output) { outplugs_ = {PlugRecord::Output(type, output)}; }
 
  private:
   PlugValue delivered_;
@@ -28,35 +21,29 @@ class FeedNode : public ScEng::HostNode {
 /// Delivers a number, without bounds.
 class NumberNode : public FeedNode {
  public:
-  static constexpr NodeType kType = ScEng::kNumberType;
-  static constexpr const char* kTypeName = "NumberNode";
-  static constexpr const char* kDisplayName = "Number";
+  static const NodeRecord kRecord;
 
-  NumberNode();
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName; }
+  NumberNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<NumberNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<NumberNode>; }
 };
 
 /// Delivers a flag.
 class FlagNode : public FeedNode {
  public:
-  static constexpr NodeType kType = ScEng::kFlagType;
-  static constexpr const char* kTypeName = "FlagNode";
-  static constexpr const char* kDisplayName = "Flag";
+  static const NodeRecord kRecord;
 
-  FlagNode();
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName; }
+  FlagNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<FlagNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<FlagNode>; }
 };
 
 /// Delivers a text, to string and to choice attributes.
 class TextNode : public FeedNode {
  public:
-  static constexpr NodeType kType = ScEng::kTextType;
-  static constexpr const char* kTypeName = "TextNode";
-  static constexpr const char* kDisplayName = "Text";
+  static const NodeRecord kRecord;
 
-  TextNode();
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName; }
+  TextNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<TextNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<TextNode>; }
 };

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Nodes/HostNodes.h"
 
+#include "Host/NodeKit/NodeLibraryExports.h"
 #include "Host/Nodes/FeedNodes.h"
 #include "Host/Nodes/GeneratorNodes.h"
-#include "Host/Nodes/HostNode.h"
 #include "Host/Nodes/ImageReaderNode.h"
 #include "Host/Nodes/ImageWriterNode.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 template <class... NodeClasses>
 std::vector<RefPtr<NodeInterface>> CreateDescriptors() {
-  return {RefPtr<NodeInterface>(new HostDescriptor<NodeClasses>)...};
+  return {RefPtr<NodeInterface>(CreateNodeDescriptor<NodeDescriptorOf<NodeClasses>, NodeFactoryOf<NodeClasses>>())...};
 }
 
 }  // namespace

@@ -5,12 +5,41 @@
 #include <mutex>
 
 #include "Host/Files/ImageFile.h"
+#include "Host/Nodes/HostLibrary.h"
+#include "Host/Nodes/HostNodes.h"
 #include "Host/Nodes/Notes.h"
+#include "Host/Nodes/Paths.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace {
 
 using ScEng::SampleRange;
+
+constexpr double kMost = 1e9;
+
+constexpr AttributeRow kPath = PathRow("path", Attribute::StringUse::kReadPath,
+                                       "The file to read. A relative path starts at the document's folder.");
+constexpr AttributeRow kColorMode = ChoiceRow(
+    "color_mode", 0, "auto,color,signed,value",
+    "What the samples are read as: colour with opacity, signed vectors, or one value per pixel. auto decides by "
+    "what the file holds.");
+constexpr AttributeRow kRange = ChoiceRow(
+    "range", 0, "declared,measured,custom",
+    "The value range that the image declares: the one stored in the file, the lowest to the highest sample, or "
+    "low to high. The samples stay as they are.");
+constexpr AttributeRow kLow =
+    NumberRow("low", 0.0, -kMost, kMost, 0.01, 3, "The lower end of the declared range where range is custom.");
+constexpr AttributeRow kHigh =
+    NumberRow("high", 1.0, -kMost, kMost, 0.01, 3, "The upper end of the declared range where range is custom.");
+constexpr AttributeRow kPlacement = ChoiceRow(
+    "placement", 0, "file,custom", "Where the image lies: where the file says, or where pin and pivot put it.");
+constexpr AttributeRow kPin =
+    PointRow("pin", 0.0, 0.0, "The document pixel that the pivot lies on, where placement is custom.");
+constexpr AttributeRow kPivot =
+    PointRow("pivot", 0.0, 0.0,
+             "The point of the image that lies on the pin, from (0, 0) at its top left to (1, 1), where "
+             "placement is custom.");
+constexpr AttributeRow kAttributes[] = {kPath, kColorMode, kRange, kLow, kHigh, kPlacement, kPin, kPivot};
 
 SampleRange MeasureFinite(const Image& image) {
   SampleRange measured;
@@ -32,49 +61,48 @@ ScEng::ReadMode FindReadMode(const std::string& word) {
 
 }  // namespace
 
-ImageReaderNode::ImageReaderNode() {
-  constexpr double kMost = 1e9;
-  AddAttribute("path", std::string(), Attribute::StringUse::kReadPath);
-  AddAttribute("color_mode", 0, "auto,color,signed,value");
-  AddAttribute("range", 0, "declared,measured,custom");
-  AddAttribute("low", 0.0, -kMost, kMost, 0.01, 3);
-  AddAttribute("high", 1.0, -kMost, kMost, 0.01, 3);
-  AddAttribute("placement", 0, "file,custom");
-  AddAttribute("pin", ScEng::Point{});
-  AddAttribute("pivot", ScEng::Point{});
-  UpdateInplugsAndOutplugs();
-}
+constinit const NodeRecord ImageReaderNode::kRecord{
+    .library = &ScEng::kHostLibrary,
+    .type_name = "ImageReaderNode",
+    .display_name = "Image Reader",
+    .type = ScEng::kImageReaderType,
+    .group = "Files",
+    .sentence = "Reads an image file.",
+    .keywords = "load,open,import,input,source,file",
+    .attributes = kAttributes,
+    .outputs = kImagePlugs,
+};
 
 void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
-  output_.Reset();
+  output_.ReleaseAll();
   if (!IsEnabled()) return;
-  const std::filesystem::path path = ReadPath(inputs, "path");
+  const EvaluatedInputs evaluated(*this, inputs);
+  const std::filesystem::path path = ScEng::GetPath(*this, evaluated, kPath);
   if (path.empty()) {
     SetState(evaluation, State::kError, "The reader has no path; set its attribute \"path\".");
     return;
   }
   ScEng::Status status;
   std::vector<std::string> notes;
-  const auto mode = FindReadMode(Read(inputs, "color_mode").GetText());
+  const auto mode = FindReadMode(evaluated.GetText(kColorMode));
   std::unique_ptr<Image> image = ScEng::ReadImageFile(path, mode, status, notes);
   if (!image) {
     SetState(evaluation, State::kFileError, status.GetMessage());
     return;
   }
-  const std::string range = Read(inputs, "range").GetText();
+  const std::string range = evaluated.GetText(kRange);
   if (range == "measured") {
     const SampleRange measured = MeasureFinite(*image);
     image->SetValueLowHigh(measured.low, measured.high);
   } else if (range == "custom") {
-    image->SetValueLowHigh(static_cast<float>(Read(inputs, "low").GetNumber()),
-                           static_cast<float>(Read(inputs, "high").GetNumber()));
+    image->SetValueLowHigh(evaluated.GetNumber(kLow), evaluated.GetNumber(kHigh));
   }
-  if (Read(inputs, "placement").GetText() == "custom") {
-    const ScEng::Point pin = Read(inputs, "pin").GetPoint();
-    const ScEng::Point pivot = Read(inputs, "pivot").GetPoint();
+  if (evaluated.GetText(kPlacement) == "custom") {
+    const ScEng::Point pin = evaluated.GetPoint(kPin);
+    const ScEng::Point pivot = evaluated.GetPoint(kPivot);
     image->SetPin(ScEng::RoundHalfDown(pin.x), ScEng::RoundHalfDown(pin.y));
     image->SetPivot(static_cast<float>(pivot.x), static_cast<float>(pivot.y));
   }
-  output_.Reset(image.release());
+  output_.Set(image.release());
   ScEng::ReportNotes(*this, evaluation, notes);
 }

@@ -4,18 +4,20 @@
 #include <string>
 #include <vector>
 
-#include "Host/Nodes/HostNode.h"
-#include "Host/Nodes/HostNodes.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// Reads an image file.
-class ImageReaderNode : public ScEng::HostImageNode {
+class ImageReaderNode : public Node {
  public:
-  static constexpr NodeType kType = ScEng::kImageReaderType;
-  static constexpr const char* kTypeName = "ImageReaderNode";
-  static constexpr const char* kDisplayName = "Image Reader";
+  static const NodeRecord kRecord;
 
-  ImageReaderNode();
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName; }
+  ImageReaderNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageReaderNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageReaderNode>; }
+  bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
+  [[nodiscard]] Image* GetOutputImage(unsigned outplug) const override { return output_.Get(outplug); }
+
+ private:
+  OutputImages<1> output_;
 };

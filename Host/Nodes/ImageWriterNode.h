@@ -4,20 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "Host/Nodes/HostNode.h"
-#include "Host/Nodes/HostNodes.h"
+#include "Host/NodeKit/NodeKit.h"
 
-/// Writes its input image to a file when the document is run. Disabled, or without an image, it writes nothing.
-class ImageWriterNode : public ScEng::HostNode {
+/// Writes its input image to a file when the document is run. Disabled, it writes nothing.
+class ImageWriterNode : public Node {
  public:
-  static constexpr NodeType kType = ScEng::kImageWriterType;
-  static constexpr const char* kTypeName = "ImageWriterNode";
-  static constexpr const char* kDisplayName = "Image Writer";
+  static const NodeRecord kRecord;
 
-  ImageWriterNode();
+  ImageWriterNode() { Declare(kRecord); }
   [[nodiscard]] bool IsSink() const override { return true; }
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName; }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageWriterNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageWriterNode>; }
   bool OnProcessEvent(NodeEvent) override { return true; }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
 };

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "Host/Tools/AttributeRow.h"
 #include "Host/Tools/Node.h"
 
 namespace {
@@ -26,7 +27,29 @@ double RoundToDecimals(double value, int decimals) {
   return std::isfinite(scaled) ? std::round(scaled) / scale : value;
 }
 
+PlugValue MakeDefault(const AttributeRow& row) {
+  const auto& [first, second, third, fourth] = row.numbers;
+  switch (row.kind) {
+    case Attribute::Kind::kFlag: return row.flag;
+    case Attribute::Kind::kNumber: return first;
+    case Attribute::Kind::kChoice:
+    case Attribute::Kind::kString: return std::string(row.string);
+    case Attribute::Kind::kColor: return ScEng::Rgbo{first, second, third, fourth};
+    case Attribute::Kind::kPoint: return ScEng::Point{first, second};
+    case Attribute::Kind::kFrame: break;
+  }
+  return ScEng::Frame{first, second, third, fourth};
+}
+
 }  // namespace
+
+Attribute::Attribute(Node* node, unsigned id, const AttributeRow& row)
+    : Attribute(node, id, row.name, row.kind, MakeDefault(row)) {
+  row_ = &row;
+  string_use_ = row.string_use;
+  if (kind_ == Kind::kNumber) TakeNumberForm(row.lowest, row.highest, row.step, row.decimals);
+  if (kind_ == Kind::kChoice) TakeWords(row.index, row.words);
+}
 
 Attribute::Attribute(Node* node, unsigned id, std::string name, Kind kind, PlugValue value)
     : node_(node), id_(id), name_(std::move(name)), kind_(kind), value_(value), default_(std::move(value)) {}
@@ -37,17 +60,12 @@ Attribute::Attribute(Node* node, unsigned id, std::string name, bool value)
 Attribute::Attribute(Node* node, unsigned id, std::string name, double value, double lowest, double highest,
                      double step, int decimals)
     : Attribute(node, id, std::move(name), Kind::kNumber, PlugValue(value)) {
-  lowest_ = lowest;
-  highest_ = highest;
-  step_ = step;
-  decimals_ = decimals;
+  TakeNumberForm(lowest, highest, step, decimals);
 }
 
 Attribute::Attribute(Node* node, unsigned id, std::string name, int default_index, const std::string& values)
     : Attribute(node, id, std::move(name), Kind::kChoice, PlugValue(std::string())) {
-  choices_ = SplitWords(values);
-  const auto index = static_cast<std::size_t>(default_index);
-  if (default_index >= 0 && index < choices_.size()) value_ = default_ = PlugValue(choices_[index]);
+  TakeWords(default_index, values);
 }
 
 Attribute::Attribute(Node* node, unsigned id, std::string name, std::string value, StringUse use)
@@ -63,6 +81,19 @@ Attribute::Attribute(Node* node, unsigned id, std::string name, const ScEng::Poi
 
 Attribute::Attribute(Node* node, unsigned id, std::string name, const ScEng::Frame& value)
     : Attribute(node, id, std::move(name), Kind::kFrame, PlugValue(value)) {}
+
+void Attribute::TakeNumberForm(double lowest, double highest, double step, int decimals) {
+  lowest_ = lowest;
+  highest_ = highest;
+  step_ = step;
+  decimals_ = decimals;
+}
+
+void Attribute::TakeWords(int default_index, const std::string& words) {
+  choices_ = SplitWords(words);
+  const auto index = static_cast<std::size_t>(default_index);
+  if (default_index >= 0 && index < choices_.size()) value_ = default_ = PlugValue(choices_[index]);
+}
 
 const char* Attribute::GetKindName() const {
   switch (kind_) {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "Host/Tools/NodeRecord.h"
+
 namespace {
 
 int FindPlug(const std::vector<PlugRecord>& plugs, const std::string& name) {
@@ -163,6 +165,26 @@ void Node::SetAttributeSource(unsigned attribute, const Node* from, unsigned out
   if (attribute >= attribute_sources_.size()) attribute_sources_.resize(attribute + 1);
   attribute_sources_[attribute] = {from, outplug};
   Tell(&NodeObserver::OnAttributeSourcesChanged);
+}
+
+Reach Node::GetReach(const std::vector<PlugValue>& inputs) const {
+  return record_ != nullptr && record_->reach != nullptr ? record_->reach(*this, inputs) : Reach();
+}
+
+void Node::Declare(const NodeRecord& record) {
+  record_ = &record;
+  attributes_.resize(record.attributes.size());
+  for (unsigned id = 0; id < attributes_.size(); ++id) {
+    attributes_[id].Reset(new Attribute(this, id, record.attributes[id]));
+  }
+  inplugs_.clear();
+  for (const PlugRow& row : record.inputs) {
+    inplugs_.push_back(row.takes_many ? PlugRecord::MultipleInput(row.type, row.name)
+                                      : PlugRecord::Input(row.type, row.name));
+  }
+  outplugs_.clear();
+  for (const PlugRow& row : record.outputs) outplugs_.push_back(PlugRecord::Output(row.type, row.name));
+  UpdateInplugsAndOutplugs();
 }
 
 void Node::UpdateInplugsAndOutplugs() {

@@ -15,11 +15,11 @@
 #include <vector>
 
 #include "Host/Tools/Attribute.h"
+#include "Host/Tools/AttributeRow.h"
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeInterface.h"
 #include "Host/Util/Log.h"
 #include "Host/Widgets/AttributeEditor.h"
-#include "Host/Widgets/AttributeTexts.h"
 #include "Host/Widgets/Editors.h"
 #include "Host/Widgets/PanelStyle.h"
 
@@ -60,6 +60,17 @@ QString AddMnemonic(QString title, QString& taken) {
     return title.insert(i, u'&');
   }
   return title;
+}
+
+/// What the entry leaves open is as the attribute's own row has it.
+AdditionalInfo Complete(AdditionalInfo info, const Attribute& attribute) {
+  const AttributeRow* row = attribute.GetRow();
+  if (row == nullptr) return info;
+  if (info.labels.empty()) info.labels = row->labels;
+  if (info.tooltip.empty()) info.tooltip = row->text;
+  if (info.suffix.empty() && *row->unit != '\0') info.suffix = std::string(" ") + row->unit;
+  if (info.slider_exponent == 0.0) info.slider_exponent = row->slider_exponent;
+  return info;
 }
 
 QString ShowValue(const Attribute& attribute) {
@@ -117,7 +128,7 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     layout->setSpacing(compact ? kSmallRowSpacing : kMargin);
     if (node != nullptr) {
       if (!compact) layout->addWidget(MakeHeader(*node, descriptor));
-      layout->addWidget(MakeRows(*node, descriptor, info, compact));
+      layout->addWidget(MakeRows(*node, info, compact));
       node->AddObserver(this);
     }
     layout->addStretch(1);
@@ -206,7 +217,7 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     return header;
   }
 
-  QWidget* MakeRows(Node& node, const NodeInterface* descriptor, const AdditionalInfo* info, bool compact) {
+  QWidget* MakeRows(Node& node, const AdditionalInfo* info, bool compact) {
     auto* area = new QWidget(&panel_);
     auto* grid = new QGridLayout(area);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -215,14 +226,12 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     grid->setColumnStretch(1, 1);
     constexpr int kLeastLabel = 76;
     grid->setColumnMinimumWidth(0, kLeastLabel);
-    const std::string type = descriptor != nullptr && descriptor->GetNodeFactory() != nullptr
-                                 ? descriptor->GetNodeFactory()->GetTypeName()
-                                 : std::string();
     QString taken;
     for (std::size_t id = 0; id < node.GetNumAttributes(); ++id) {
       Attribute* attribute = node.GetAttribute(id);
-      const AdditionalInfo row_info = info != nullptr ? info[id] : AdditionalInfo();
-      if (attribute != nullptr && row_info.visible) AddRow(node, *attribute, row_info, type, *grid, taken);
+      if (attribute == nullptr) continue;
+      const AdditionalInfo row_info = Complete(info != nullptr ? info[id] : AdditionalInfo(), *attribute);
+      if (row_info.visible) AddRow(node, *attribute, row_info, *grid, taken);
     }
     if (rows_.empty()) {
       auto* note = new QLabel(QStringLiteral("This node has no attributes."), area);
@@ -232,8 +241,7 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     return area;
   }
 
-  void AddRow(const Node& node, Attribute& attribute, const AdditionalInfo& info, const std::string& type,
-              QGridLayout& grid, QString& taken) {
+  void AddRow(const Node& node, Attribute& attribute, const AdditionalInfo& info, QGridLayout& grid, QString& taken) {
     QWidget* area = grid.parentWidget();
     const QString name = QString::fromStdString(attribute.GetName());
     Row row;
@@ -275,7 +283,7 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     AttributeEditor* editor = row.editor;
     connect(row.reset, &QAbstractButton::clicked, &panel_, [editor] { editor->Reset(); });
 
-    const QString tooltip = MakeTooltip(attribute, info, type);
+    const QString tooltip = MakeTooltip(attribute, info);
     row.label->setToolTip(tooltip);
     row.label->setBuddy(editor->GetMainInput());
     for (QWidget* input : editor->GetInputs()) {
@@ -295,9 +303,8 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     rows_.push_back(row);
   }
 
-  static QString MakeTooltip(const Attribute& attribute, const AdditionalInfo& info, const std::string& type) {
-    const QString sentence = info.tooltip.empty() ? ScEng::FindAttributeText(type, attribute.GetName())
-                                                  : QString::fromStdString(info.tooltip);
+  static QString MakeTooltip(const Attribute& attribute, const AdditionalInfo& info) {
+    const QString sentence = QString::fromStdString(info.tooltip);
     QString facts = QStringLiteral("Name in documents: ") + QString::fromStdString(attribute.GetName());
     if (const QString value = ShowValue(attribute); !value.isEmpty()) {
       facts += QStringLiteral(". Default: ") + value;

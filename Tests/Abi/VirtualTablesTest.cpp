@@ -22,9 +22,13 @@
 #include "Host/Tools/LibraryInterface.h"
 #include "Host/Tools/NodeInterface.h"
 #include "Tests/Abi/LoadedLibrary.h"
+#include "Tests/Support/FirstTwenty.h"
 #include "Tests/Support/ValueTesting.h"
 
 namespace {
+
+using Testing::kFirstTwenty;
+using Testing::KnownType;
 
 // Entries of the destructors.
 constexpr std::size_t kFreeDescriptor = 1;
@@ -51,35 +55,6 @@ Result Call(const void* object, std::size_t entry, Arguments... arguments) {
   return function(object, arguments...);
 }
 
-struct TypeRow {
-  const char* type_name;
-  const char* name;
-  NodeType type;
-  const char* icon;
-};
-
-constexpr std::array<TypeRow, 20> kTypes{{
-    {"ImageToValueNode", "To Value", NodeType(10, 320, 0), "ToValue"},
-    {"ImageValueAddNode", "Value Add", NodeType(10, 320, 5), "Add"},
-    {"ImageValueSubtractNode", "Value Subtract", NodeType(10, 320, 90), "Subtract"},
-    {"ImageValueMultiplyNode", "Value Multiply", NodeType(10, 320, 10), "Multiply"},
-    {"ImageValueDivideNode", "Value Divide", NodeType(10, 320, 96), "Divide"},
-    {"ImageValuePowerNode", "Value Power", NodeType(10, 320, 69), "Power"},
-    {"ImageValueMinimumNode", "Value Minimum", NodeType(10, 320, 16), "Min"},
-    {"ImageValueMaximumNode", "Value Maximum", NodeType(10, 320, 21), "Max"},
-    {"ImageValueClampNode", "Value Clamp", NodeType(10, 320, 42), "Clamp"},
-    {"ImageValueStepsNode", "Value Steps", NodeType(10, 320, 80), "Steps"},
-    {"ImageValueConditionNode", "Value Condition", NodeType(10, 320, 32), "Condition"},
-    {"ImageValueCompareNode", "Value Compare", NodeType(10, 320, 37), "Compare"},
-    {"ImageValueRangeNode", "Value Range", NodeType(10, 320, 58), "Range"},
-    {"ImageValueFunctionNode", "Value Function", NodeType(10, 320, 64), "Function"},
-    {"ImageReliefNode", "Relief", NodeType(10, 288, 26), "Relief"},
-    {"ImageEuclideanDistanceNode", "Distance", NodeType(10, 288, 74), "Distance"},
-    {"ImageComputeGradientNode", "Value Gradient", NodeType(10, 320, 48), "Gradient"},
-    {"ImageAmbientOcclusionNode", "Ambient Occlusion", NodeType(10, 320, 85), "AmbientOcclusion"},
-    {"ImageConnectedComponentsNode", "Connected Components", NodeType(10, 320, 101), "ConnectedComponents"},
-    {"ImageComponentEdgesNode", "Component Edges", NodeType(10, 320, 106), "ComponentEdges"},
-}};
 
 // Catalogue indices.
 constexpr std::size_t kToValue = 0;
@@ -119,7 +94,7 @@ class DescriptorTable : public testing::Test {
   const Abi::LoadedLibrary library_;
   const std::vector<void*> descriptors_ = [this] {
     std::vector<void*> descriptors;
-    for (std::uint64_t index = 0; index < kTypes.size(); ++index) {
+    for (std::uint64_t index = 0; index < kFirstTwenty.size(); ++index) {
       descriptors.push_back(library_.GetNodeInterface(index));
     }
     return descriptors;
@@ -127,8 +102,8 @@ class DescriptorTable : public testing::Test {
 };
 
 TEST_F(DescriptorTable, GivesWhatEachTypeIs) {
-  for (std::size_t index = 0; index < kTypes.size(); ++index) {
-    const TypeRow& row = kTypes[index];
+  for (std::size_t index = 0; index < kFirstTwenty.size(); ++index) {
+    const KnownType& row = kFirstTwenty[index];
     const void* descriptor = descriptors_[index];
     SCOPED_TRACE(row.type_name);
     EXPECT_NE(Call<void*>(descriptor, DescriptorSlot(1)), nullptr);
@@ -147,7 +122,7 @@ TEST_F(DescriptorTable, GivesWhatEachTypeIs) {
 TEST_F(DescriptorTable, AnswersForTheTypesWithoutASelfTest) {
   EXPECT_TRUE(Call<bool>(descriptors_[kToValue], DescriptorSlot(5)));
   for (const std::size_t index : {8, 11, 12, 13, 15, 16, 17, 18, 19}) {
-    EXPECT_FALSE(Call<bool>(descriptors_[index], DescriptorSlot(5))) << kTypes[index].type_name;
+    EXPECT_FALSE(Call<bool>(descriptors_[index], DescriptorSlot(5))) << kFirstTwenty[index].type_name;
   }
 }
 
@@ -207,14 +182,14 @@ TEST_F(DescriptorTable, StoresAFactoryInItsLastSlotAndLeavesTheOldOneAlone) {
 }
 
 TEST_F(DescriptorTable, LeadsToFactoriesWithThreeSlots) {
-  for (std::size_t index = 0; index < kTypes.size(); ++index) {
+  for (std::size_t index = 0; index < kFirstTwenty.size(); ++index) {
     const void* factory = Call<void*>(descriptors_[index], DescriptorSlot(1));
     EXPECT_EQ(Load<std::uint32_t>(factory, 8), 0U);
-    EXPECT_EQ(Call<NodeType>(factory, FactorySlot(0)), kTypes[index].type);
+    EXPECT_EQ(Call<NodeType>(factory, FactorySlot(0)), kFirstTwenty[index].type);
     void* node = Call<void*>(factory, FactorySlot(1));
-    EXPECT_EQ(Call<NodeType>(node, NodeSlot(4)), kTypes[index].type);
+    EXPECT_EQ(Call<NodeType>(node, NodeSlot(4)), kFirstTwenty[index].type);
     Call<void>(node, kFreeNode);
-    EXPECT_EQ(Call<std::string>(factory, FactorySlot(2)), kTypes[index].type_name);
+    EXPECT_EQ(Call<std::string>(factory, FactorySlot(2)), kFirstTwenty[index].type_name);
   }
 }
 
@@ -258,8 +233,8 @@ class NodeTableTest : public DescriptorTable {
   /// Calls `check(index, node)` with a node of each type.
   template <class Check>
   void ForEachType(Check check) {
-    for (std::size_t index = 0; index < kTypes.size(); ++index) {
-      SCOPED_TRACE(kTypes[index].type_name);
+    for (std::size_t index = 0; index < kFirstTwenty.size(); ++index) {
+      SCOPED_TRACE(kFirstTwenty[index].type_name);
       const ForeignNode node(descriptors_[index]);
       check(index, node);
     }
@@ -268,8 +243,8 @@ class NodeTableTest : public DescriptorTable {
 
 TEST_F(NodeTableTest, TellsTypeAndName) {
   ForEachType([](std::size_t index, const ForeignNode& node) {
-    EXPECT_EQ(node.Slot<NodeType>(4), kTypes[index].type);
-    EXPECT_EQ(node.Slot<std::string>(5), kTypes[index].name);
+    EXPECT_EQ(node.Slot<NodeType>(4), kFirstTwenty[index].type);
+    EXPECT_EQ(node.Slot<std::string>(5), kFirstTwenty[index].name);
   });
 }
 
@@ -345,7 +320,7 @@ TEST_F(NodeTableTest, EvaluatesShowsAndDropsItsOutput) {
 TEST_F(NodeTableTest, ReleasesItsOutputInItsDestructor) {
   const auto image = Testing::MakeRow({0.25F, 0.5F});
   for (const std::size_t index : {kToValue, kAdd, kClamp, kSteps, kCondition, kCompare, kFunction}) {
-    SCOPED_TRACE(kTypes[index].type_name);
+    SCOPED_TRACE(kFirstTwenty[index].type_name);
     ForeignNode node(descriptors_[index]);
     node.Evaluate(0, {image.Get()});
     const Testing::ImageRef output(node.GetOutput(0));

@@ -4,15 +4,19 @@
 // that a type that was added in one place only is found.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "Host/Tools/NodeInterface.h"
+#include "Host/Tools/NodeRecord.h"
 #include "Host/Util/RefCounter.h"
+#include "Tests/Support/FirstTwenty.h"
 #include "Value/NodeTable.h"
 
 namespace {
@@ -54,6 +58,33 @@ Names FindFiles(const path& folder, const std::string& beginning, const std::str
   return stems;
 }
 
+/// All sources of the nodes with this ending.
+std::vector<path> FindSources(const std::string& ending) {
+  std::vector<path> sources;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kValueFolder / "Nodes")) {
+    if (entry.path().extension() == ending) sources.push_back(entry.path());
+  }
+  return sources;
+}
+
+/// A node has one folder, with its header, the text of its page and the graph of its pictures.
+void FindFolderOfNode(const std::string& type, const path& folder) {
+  EXPECT_TRUE(std::filesystem::exists(folder / (type + ".md"))) << type;
+  EXPECT_TRUE(std::filesystem::exists(folder / (type + ".json"))) << type;
+  std::string headers;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() == ".h") headers += ReadText(entry.path());
+  }
+  for (const std::string& name : {type, type + "Interface", type + "Factory"}) {
+    EXPECT_NE(headers.find("class " + name + " "), std::string::npos) << name;
+  }
+}
+
+/// Starts with a capital and ends with a full stop.
+bool IsSentence(const std::string& text) {
+  return !text.empty() && std::isupper(static_cast<unsigned char>(text.front())) != 0 && text.back() == '.';
+}
+
 /// The icon files that the descriptors name, without folder and ending.
 Names GetIconNames() {
   Names names;
@@ -66,13 +97,17 @@ Names GetIconNames() {
   return names;
 }
 
-TEST(Catalog, HasTwentyTypes) {
-  EXPECT_EQ(NodeTable::GetSize(), 20);
-  EXPECT_EQ(GetTypeNames().size(), 20U);
+TEST(Catalog, StartsWithTheFirstTwentyTypes) {
+  const auto descriptors = GetDescriptors();
+  ASSERT_GE(descriptors.size(), Testing::kFirstTwenty.size());
+  for (std::size_t index = 0; index < Testing::kFirstTwenty.size(); ++index) {
+    EXPECT_EQ(descriptors[index]->GetNodeType(), Testing::kFirstTwenty[index].type) << index;
+  }
 }
 
 TEST(Catalog, HasNothingBeyondItsEnd) {
-  for (const std::uint64_t index : {std::uint64_t{20}, std::uint64_t{21}, std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
+  const auto end = static_cast<std::uint64_t>(NodeTable::GetSize());
+  for (const std::uint64_t index : {end, end + 1, std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
     EXPECT_EQ(NodeTable::CreateDescriptor(index), nullptr);
   }
 }
@@ -86,24 +121,41 @@ TEST(Catalog, GivesNoNumbersAndNoDisplayNameTwice) {
   }
 }
 
-TEST(Catalog, HasASourcePairForEachTypeAndATypeForEachPair) {
-  const Names types = GetTypeNames();
-  EXPECT_EQ(FindFiles(kValueFolder / "Nodes", "Image", "Node.h"), types);
-  EXPECT_EQ(FindFiles(kValueFolder / "Nodes", "Image", "Node.cpp"), types);
+TEST(Catalog, HasANodeForEachRecordAndARecordForEachNode) {
+  std::set<std::string> recorded;
+  for (const path& source : FindSources(".cpp")) {
+    const std::string text = ReadText(source);
+    const std::regex record(R"(NodeRecord (\w+)::kRecord)");
+    for (std::sregex_iterator match(text.begin(), text.end(), record), end; match != end; ++match) {
+      EXPECT_TRUE(recorded.insert((*match)[1]).second) << (*match)[1];
+      FindFolderOfNode((*match)[1], source.parent_path());
+    }
+  }
+  EXPECT_EQ(recorded, GetTypeNames());
 }
 
 TEST(Catalog, NamesEachSourceInTheBuild) {
   const std::string build = ReadText(kValueFolder / "CMakeLists.txt");
-  for (const std::string& type : GetTypeNames()) {
-    EXPECT_NE(build.find("Nodes/" + type + ".cpp"), std::string::npos) << type;
+  for (const path& source : FindSources(".cpp")) {
+    if (source.filename().string().ends_with("Test.cpp")) continue;
+    const std::string name = std::filesystem::relative(source, kValueFolder).string();
+    EXPECT_NE(build.find(name), std::string::npos) << name;
   }
 }
 
-TEST(Catalog, NamesDescriptorAndFactoryAfterTheNodeClass) {
-  for (const std::string& type : GetTypeNames()) {
-    const std::string header = ReadText(kValueFolder / "Nodes" / (type + ".h"));
-    for (const std::string& name : {type, type + "Interface", type + "Factory"}) {
-      EXPECT_NE(header.find("class " + name + " "), std::string::npos) << name;
+TEST(Catalog, SaysOfEachTypeWhatItDoesAndHowToFindIt) {
+  for (const auto& descriptor : GetDescriptors()) {
+    const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
+    const NodeRecord* record = node->GetRecord();
+    ASSERT_NE(record, nullptr) << descriptor->GetName();
+    EXPECT_EQ(record->type_name, descriptor->GetNodeFactory()->GetTypeName());
+    EXPECT_STREQ(record->library->name, "Value");
+    EXPECT_TRUE(IsSentence(record->sentence)) << record->sentence;
+    EXPECT_FALSE(std::string(record->keywords).empty()) << record->type_name;
+    EXPECT_FALSE(std::string(record->group).empty()) << record->type_name;
+    EXPECT_NE(record->reach, nullptr) << record->type_name;
+    for (const AttributeRow& row : record->attributes) {
+      EXPECT_TRUE(IsSentence(row.text)) << record->type_name << "." << row.name << ": " << row.text;
     }
   }
 }
@@ -118,7 +170,7 @@ TEST(Catalog, NamesTheSmallIconAfterTheLargeOne) {
 
 TEST(Catalog, UsesEveryIconAndHasEveryIcon) {
   const Names icons = GetIconNames();
-  EXPECT_EQ(icons.size(), 40U);
+  EXPECT_EQ(icons.size(), 2 * GetTypeNames().size());
   EXPECT_EQ(FindFiles(kIconFolder, "", ".png"), icons);
 }
 

@@ -77,14 +77,14 @@ TEST_F(ValuePanels, EveryTypeHasThePanelOfTheHostAndNoOther) {
     for (std::size_t i = 0; i < node_->GetNumAttributes(); ++i) {
       const std::string name = node_->GetAttribute(i)->GetName();
       ASSERT_NE(Find<QWidget>(*panel_, name), nullptr) << name;
-      // The sentence of the node's page, and what every tooltip says.
+      // The text of the attribute's row, and what every tooltip says.
       EXPECT_FALSE(Find<QWidget>(*panel_, name)->toolTip().contains("<qt><small>")) << name;
     }
     for (const std::uintptr_t selector : {std::uintptr_t{1}, std::uintptr_t{2}, ~std::uintptr_t{0}}) {
       EXPECT_EQ(descriptor->CreateAttributesWidget(node_, parent_.get(), selector), nullptr);
     }
   }
-  EXPECT_EQ(types, 20);
+  EXPECT_GE(types, 20);
 }
 
 TEST_F(ValuePanels, ConditionShowsALabelForEachOfItsWords) {
@@ -178,7 +178,7 @@ TEST_F(ValuePanels, ChoosingATestMakesAnotherMask) {
   EXPECT_EQ(FirstSample(), 1.0F);
 }
 
-TEST_F(ValuePanels, TooltipsAreTheSentencesOfThePages) {
+TEST_F(ValuePanels, TooltipsAreTheTextsOfTheRows) {
   Create("ImageValueClampNode");
   EXPECT_TRUE(Find<QDoubleSpinBox>(*panel_, "low")->toolTip().contains("The lower limit."));
   EXPECT_TRUE(Find<QLabel>(*panel_, "high.label")->toolTip().contains("The upper limit."));

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Samples for tests of algorithms that compare neighbouring pixels.
+// Samples, rules and checks for tests of algorithms that compare neighbouring pixels.
 #pragma once
+
+#include <rapidcheck/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "Tests/Support/ValueTesting.h"
@@ -28,6 +32,29 @@ inline Pixels MakeGray(std::size_t width, std::vector<float> samples) {
   const std::size_t height = samples.size() / width;
   return {width, height, 1, std::move(samples)};
 }
+
+// The parts of a rule in the order of `NeighborRule`, to be written in braces after the tolerance.
+inline constexpr Neighbors kAll = Neighbors::kAll;
+inline constexpr Neighbors kCross = Neighbors::kCross;
+inline constexpr bool kBounded = false;
+inline constexpr bool kSeamless = true;
+
+/// The four rules with a tolerance.
+inline std::vector<NeighborRule> AllRules(float tolerance) {
+  return {{tolerance, kAll, kBounded},
+          {tolerance, kAll, kSeamless},
+          {tolerance, kCross, kBounded},
+          {tolerance, kCross, kSeamless}};
+}
+
+inline std::string Describe(const Pixels& pixels, const NeighborRule& rule) {
+  return std::to_string(pixels.width) + " x " + std::to_string(pixels.height) + " x " +
+         std::to_string(pixels.channels) + ", tolerance " + std::to_string(rule.tolerance) +
+         (rule.neighbors == kCross ? ", cross" : ", all") + (rule.seamless ? ", seamless" : "");
+}
+
+/// Sizes without a pixel.
+inline constexpr std::pair<std::size_t, std::size_t> kEmptySizes[] = {{0, 0}, {0, 5}, {5, 0}};
 
 /// What the samples of a pattern are drawn from.
 enum class Pattern {
@@ -61,6 +88,24 @@ inline Pixels MakePattern(std::size_t width, std::size_t height, std::size_t cha
   return pixels;
 }
 
+// For properties; inside one only.
+
+inline Pixels AnyPixels(std::size_t most_columns, std::size_t most_rows) {
+  return MakePattern(*rc::gen::inRange<std::size_t>(1, most_columns), *rc::gen::inRange<std::size_t>(1, most_rows),
+                     *rc::gen::element<std::size_t>(1, 2, 4),
+                     *rc::gen::element(Pattern::kTwoLevels, Pattern::kFiveLevels, Pattern::kNoise, Pattern::kStrange),
+                     *rc::gen::arbitrary<std::uint32_t>());
+}
+
+inline NeighborRule AnyRule(const std::vector<float>& tolerances) {
+  return {*rc::gen::elementOf(tolerances), *rc::gen::element(kAll, kCross), *rc::gen::arbitrary<bool>()};
+}
+
+inline Pixels Negate(Pixels pixels) {
+  for (float& sample : pixels.samples) sample = -sample;
+  return pixels;
+}
+
 /// The image moved by (dx, dy), what leaves it at one side coming in at the other.
 inline std::vector<float> Roll(const std::vector<float>& samples, const Pixels& pixels, std::size_t channels,
                                std::size_t dx, std::size_t dy) {
@@ -74,6 +119,18 @@ inline std::vector<float> Roll(const std::vector<float>& samples, const Pixels& 
     }
   }
   return rolled;
+}
+
+/// Checks that `compute(image, rule)` of an image that is moved around is that of the image, moved around in the same
+/// way, where the image is seamless and `normalize` has been applied to both.
+template <class Compute, class Normalize>
+void CheckMovesWithASeamlessImage(const Pixels& pixels, NeighborRule rule, Compute compute, Normalize normalize) {
+  rule.seamless = true;
+  const auto dx = *rc::gen::inRange<std::size_t>(0, pixels.width);
+  const auto dy = *rc::gen::inRange<std::size_t>(0, pixels.height);
+  Pixels rolled = pixels;
+  rolled.samples = Roll(pixels.samples, pixels, pixels.channels, dx, dy);
+  RC_ASSERT(normalize(compute(rolled, rule)) == normalize(Roll(compute(pixels, rule), pixels, 1, dx, dy)));
 }
 
 }  // namespace Testing

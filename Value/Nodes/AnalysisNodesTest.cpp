@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The six analysis nodes: their frame of evaluation, and the error with which they answer where this version has no
-// algorithm for them.
+// The six analysis nodes: their frame of evaluation.
 #include <gtest/gtest.h>
 
 #include <string>

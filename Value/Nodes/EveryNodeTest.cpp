@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What all twenty node types share, and what each declares.
+// What the first twenty node types share, and what each declares.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Host/Tools/NodeInterface.h"
+#include "Tests/Support/FirstTwenty.h"
 #include "Tests/Support/ValueTesting.h"
 #include "Value/NodeTable.h"
 
@@ -298,7 +299,7 @@ TEST_P(EveryNode, TranslatesTheOldNamesOfItsOwnKindOnly) {
   EXPECT_EQ(translate("height"), declared_.type_name == "ImageReliefNode" ? "multiplier" : "height");
 }
 
-INSTANTIATE_TEST_SUITE_P(AllTwenty, EveryNode, testing::Range<std::size_t>(0, 20),
+INSTANTIATE_TEST_SUITE_P(FirstTwenty, EveryNode, testing::Range<std::size_t>(0, Testing::kFirstTwenty.size()),
                          [](const auto& parameter) { return GetNodes()[parameter.param].type_name; });
 
 }  // namespace

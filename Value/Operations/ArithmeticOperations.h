@@ -36,7 +36,8 @@ class DivideOperation : public ValueOperation {
   float Compute(float value) override { return value / a; }
 };
 
-/// Computed in double: `std::pow` of a negative number and a broken exponent is NaN, of 0 and a negative one infinity.
+/// Computed in double: `std::pow` of a negative number and a fractional exponent is NaN, of 0 and a negative one
+/// infinity.
 class PowerOperation : public ValueOperation {
  public:
   explicit PowerOperation(float exponent) { a = exponent; }

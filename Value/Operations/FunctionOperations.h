@@ -5,135 +5,50 @@
 
 #include "Host/Image/ValueOperation.h"
 #include "Host/Math/Constants.h"
+#include "Value/Operations/OneValueForms.h"
 
-// The functions of one value. Most widen to double, apply the C library's function and round once; where one says
-// nothing of its domain, it gives what that function gives. The two-value form ignores the second value.
+// The functions of one value. Where nothing is said of its domain, one gives what the function of the C library gives.
+// The two-value form ignores the second value.
 
-class SineValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::sin(static_cast<double>(value))); }
-};
+#define FUNCTION(Name, ...)            \
+  class Name : public ValueOperation { \
+   public:                             \
+    ONE_VALUE_FORMS(__VA_ARGS__)       \
+  }
+// One that widens to double, applies the C library's function and rounds once.
+#define DOUBLE_FUNCTION(Name, function) FUNCTION(Name, static_cast<float>(function(static_cast<double>(value))))
 
-class CosineValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::cos(static_cast<double>(value))); }
-};
-
-class TangentValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::tan(static_cast<double>(value))); }
-};
-
+DOUBLE_FUNCTION(SineValueOperation, std::sin);
+DOUBLE_FUNCTION(CosineValueOperation, std::cos);
+DOUBLE_FUNCTION(TangentValueOperation, std::tan);
 /// Defined everywhere: at and below -1, and for NaN, minus half pi; at and above 1 half pi.
-class ArcSineValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override {
-    if (!(value > -1.0F)) return -ScEng::Math<float>::HALF_PI;
-    if (!(value < 1.0F)) return ScEng::Math<float>::HALF_PI;
-    return static_cast<float>(std::asin(static_cast<double>(value)));
-  }
-};
-
+FUNCTION(ArcSineValueOperation, !(value > -1.0F)  ? -ScEng::Math<float>::HALF_PI
+                                : !(value < 1.0F) ? ScEng::Math<float>::HALF_PI
+                                                  : static_cast<float>(std::asin(static_cast<double>(value))));
 /// Defined everywhere: at and below -1, and for NaN, pi; at and above 1 zero.
-class ArcCosineValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override {
-    if (!(value > -1.0F)) return ScEng::Math<float>::PI;
-    if (!(value < 1.0F)) return 0.0F;
-    return static_cast<float>(std::acos(static_cast<double>(value)));
-  }
-};
-
-class ArcTangentValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::atan(static_cast<double>(value))); }
-};
-
-class FloorValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::floor(static_cast<double>(value))); }
-};
-
-class CeilValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::ceil(static_cast<double>(value))); }
-};
-
+FUNCTION(ArcCosineValueOperation, !(value > -1.0F)  ? ScEng::Math<float>::PI
+                                  : !(value < 1.0F) ? 0.0F
+                                                    : static_cast<float>(std::acos(static_cast<double>(value))));
+DOUBLE_FUNCTION(ArcTangentValueOperation, std::atan);
+DOUBLE_FUNCTION(FloorValueOperation, std::floor);
+DOUBLE_FUNCTION(CeilValueOperation, std::ceil);
 /// Clears the sign bit: NaN stays NaN, -0.0 gives +0.0.
-class AbsoluteValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return std::fabs(value); }
-};
-
+FUNCTION(AbsoluteValueOperation, std::fabs(value));
 /// The reciprocal: +0.0 gives infinity, -0.0 minus infinity.
-class InverseValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return 1.0F / value; }
-};
-
+FUNCTION(InverseValueOperation, 1.0F / value);
 /// The natural logarithm: minus infinity for 0, NaN for a negative number.
-class LogValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::log(static_cast<double>(value))); }
-};
-
+DOUBLE_FUNCTION(LogValueOperation, std::log);
 /// The natural logarithm, rounded to float, times 1/ln 2 in float.
-class Log2ValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override {
-    return static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_2;
-  }
-};
-
+FUNCTION(Log2ValueOperation, static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_2);
 /// The natural logarithm, rounded to float, times 1/ln 10 in float.
-class Log10ValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override {
-    return static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_10;
-  }
-};
-
-class ExponentialValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::exp(static_cast<double>(value))); }
-};
-
+FUNCTION(Log10ValueOperation, static_cast<float>(std::log(static_cast<double>(value))) * ScEng::Math<float>::INV_LN_10);
+DOUBLE_FUNCTION(ExponentialValueOperation, std::exp);
 /// NaN for a negative number.
-class SquareRootValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return static_cast<float>(std::sqrt(static_cast<double>(value))); }
-};
-
+DOUBLE_FUNCTION(SquareRootValueOperation, std::sqrt);
 /// In single precision; defined for negative numbers.
-class CubicRootValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return std::cbrt(value); }
-};
+FUNCTION(CubicRootValueOperation, std::cbrt(value));
+FUNCTION(DegToRadValueOperation, ScEng::Math<float>::DEG_TO_RAD* value);
+FUNCTION(RadToDegValueOperation, ScEng::Math<float>::RAD_TO_DEG* value);
 
-class DegToRadValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return value * ScEng::Math<float>::DEG_TO_RAD; }
-};
-
-class RadToDegValueOperation : public ValueOperation {
- public:
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return value * ScEng::Math<float>::RAD_TO_DEG; }
-};
+#undef FUNCTION
+#undef DOUBLE_FUNCTION

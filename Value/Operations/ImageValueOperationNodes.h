@@ -4,8 +4,9 @@
 #include <vector>
 
 #include "Host/Image/ValueOperation.h"
+#include "Host/NodeKit/OutputImages.h"
 #include "Host/Tools/Node.h"
-#include "Value/Core/OutputImages.h"
+#include "Host/Tools/NodeRecord.h"
 
 /// The base of nodes that apply a value operation to the one image at input "image".
 class ImageValueOperationOneNode : public Node {
@@ -26,6 +27,8 @@ class ImageValueOperationOneNode : public Node {
 /// is a copy of that one: the operation is not applied.
 class ImageValueOperationTwoNode : public Node {
  public:
+  static constexpr PlugRow kInputs[] = {ImagePlug("image_a"), ImagePlug("image_b")};
+
   ImageValueOperationTwoNode();
   bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
@@ -42,6 +45,14 @@ class ImageValueOperationTwoNode : public Node {
 /// combined with the attribute "constant".
 class ImageValueOperationManyNode : public Node {
  public:
+  static constexpr PlugRow kInputs[] = {ImagesPlug("image")};
+
+  /// The row of "constant", as the record of a derived node has it.
+  static constexpr AttributeRow MakeConstantRow(double value, const char* text) {
+    // The step is the single-precision 0.01.
+    return NumberRow("constant", value, -1e9, 1e9, static_cast<double>(0.01F), 3, text);
+  }
+
   ImageValueOperationManyNode();
   /// The constant was once called "value".
   [[nodiscard]] std::string TranslateAttributeName(unsigned version, const std::string& name) const override;

@@ -15,7 +15,7 @@
 #include "Host/Tools/NodeLibrary.h"
 #include "Tests/Support/ValueTesting.h"
 #include "Tests/Support/WatchedMemory.h"
-#include "Value/Nodes/Arithmetic/ImageValueAddNode.h"
+#include "Value/Nodes/Arithmetic/ArithmeticNodes.h"
 #include "Value/Operations/ArithmeticOperations.h"
 
 namespace {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Host/Image/ValueOperation.h"
+#include "Value/Operations/OneValueForms.h"
 
 /// The shapes of a soft band: t is 1 at its inner and 0 at its outer edge, and so is the result. A square root in
 /// single precision is the one in double precision, narrowed: the double has more than twice the digits, so rounding
@@ -26,8 +27,7 @@ Function Get(int index);
 class ThresholdValueOperation : public ValueOperation {
  public:
   ThresholdValueOperation(float center, float inner, float band, ThresholdProfile::Function shape);
-  float Compute(float first, float) override { return Compute(first); }
-  float Compute(float value) override { return ComputeWith(value, profile); }
+  ONE_VALUE_FORMS(ComputeWith(value, profile))
   /// The same with a shape that the compiler knows.
   template <class Shape>
   float ComputeWith(float value, Shape shape) const {

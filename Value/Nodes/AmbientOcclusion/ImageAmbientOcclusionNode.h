@@ -4,20 +4,16 @@
 #include <string>
 #include <vector>
 
-#include "Host/Tools/Node.h"
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
-#include "Value/Core/OutputImages.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// How open to light each point of a height image is, computed on a GPU.
 class ImageAmbientOcclusionNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageAmbientOcclusionNode", "Ambient Occlusion", NodeType(10, 320, 85),
-                                      "AmbientOcclusion"};
+  static const NodeRecord kRecord;
 
-  ImageAmbientOcclusionNode();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageAmbientOcclusionNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageAmbientOcclusionNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageAmbientOcclusionNode>; }
   bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
   [[nodiscard]] Image* GetOutputImage(unsigned outplug) const override { return output_.Get(outplug); }

@@ -9,13 +9,7 @@
 #include <vector>
 
 #include "Tests/Support/ValueTesting.h"
-#include "Value/Nodes/Arithmetic/ImageValueAddNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueDivideNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueMaximumNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueMinimumNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueMultiplyNode.h"
-#include "Value/Nodes/Arithmetic/ImageValuePowerNode.h"
-#include "Value/Nodes/Arithmetic/ImageValueSubtractNode.h"
+#include "Value/Nodes/Arithmetic/ArithmeticNodes.h"
 #include "Value/Operations/ArithmeticOperations.h"
 
 namespace {

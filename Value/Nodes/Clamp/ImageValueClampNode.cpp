@@ -4,41 +4,48 @@
 #include <iterator>
 
 #include "Host/Image/Image.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Clamp/Clamp.h"
 
 namespace {
 
-enum : unsigned { kClamp, kLow, kHigh, kProfile };
-
-constexpr AttributeRow kAttributes[] = {
-    ChoiceRow("clamp", 0, "both,low,high"),
-    NumberRow("low", 0.0, -10000.0, 10000.0, 0.01, 3),
-    NumberRow("high", 0.0, -10000.0, 10000.0, 0.01, 3),
-    ChoiceRow("profile", 0, "linear,smooth,perlin,arc_out,arc_in"),
-};
-
 // Both limits are usually near zero, although they may be far from it.
 constexpr double kLimitExponent = 2.0;
 
+constexpr AttributeRow kClamp = ChoiceRow("clamp", 0, "both,low,high", "Which side is limited.");
+constexpr AttributeRow kLow = NumberRow("low", 0.0, -10000.0, 10000.0, 0.01, 3,
+                                        "The lower limit. What lies below it becomes flat ground at this value.")
+                                  .WithSliderExponent(kLimitExponent);
+constexpr AttributeRow kHigh = NumberRow("high", 0.0, -10000.0, 10000.0, 0.01, 3,
+                                         "The upper limit. What lies above it becomes a flat top at this value.")
+                                   .WithSliderExponent(kLimitExponent);
+constexpr AttributeRow kProfile = ChoiceRow("profile", 0, "linear,smooth,perlin,arc_out,arc_in",
+                                            "The curve between the limits, from low at its start to high at its end.");
+constexpr AttributeRow kAttributes[] = {kClamp, kLow, kHigh, kProfile};
+
+Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
+  constexpr int kBoth = 0;
+  const bool opens_a_side = EvaluatedInputs(node, inputs).GetChoiceIndex(kClamp) != kBoth;
+  return Reach::Samples(opens_a_side ? Reach::Range::kMeasured : Reach::Range::kNone);
+}
+
 }  // namespace
 
-std::vector<PanelEntry> ImageValueClampNode::GetPanelEntries() {
-  std::vector<PanelEntry> entries(std::size(kAttributes));
-  entries[kLow].slider_exponent = entries[kHigh].slider_exponent = kLimitExponent;
-  return entries;
-}
-
-ImageValueClampNode::ImageValueClampNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageValueClampNode::GetNodeType() const { return kNodeType<ImageValueClampNode>; }
-std::string ImageValueClampNode::GetName() const { return kDisplayName<ImageValueClampNode>; }
+constinit const NodeRecord ImageValueClampNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageValueClampNode",
+    .display_name = "Value Clamp",
+    .type = NodeType(10, 320, 42),
+    .icon = "Clamp",
+    .group = "Remapping",
+    .sentence = "Limits values to a range, and can bend what lies inside it with a curve.",
+    .keywords = "limit,cut,clip,crop values,contrast,levels,curve,smoothstep,flatten,plateau,dome",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = FindReach,
+    .run_test = [] { return false; },
+};
 
 std::string ImageValueClampNode::TranslateAttributeName(unsigned, const std::string& name) const {
   if (name == "min") return "low";

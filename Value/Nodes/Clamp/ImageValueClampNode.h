@@ -4,23 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "Host/Tools/Node.h"
-#include "Value/Core/AttributesPanel.h"
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
-#include "Value/Core/OutputImages.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// Limits the values of an image to [low, high] and can reshape those between by a curve. While it is disabled it keeps
 /// its last result.
 class ImageValueClampNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueClampNode", "Value Clamp", NodeType(10, 320, 42), "Clamp",
-                                      [] { return false; }};
+  static const NodeRecord kRecord;
 
-  ImageValueClampNode();
-  [[nodiscard]] static std::vector<PanelEntry> GetPanelEntries();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageValueClampNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueClampNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueClampNode>; }
   /// "min" and "max" are the old names of "low" and "high".
   [[nodiscard]] std::string TranslateAttributeName(unsigned version, const std::string& name) const override;
   bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }

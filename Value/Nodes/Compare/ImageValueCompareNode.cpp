@@ -6,20 +6,18 @@
 #include <iterator>
 
 #include "Host/Image/Image.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Compare/Compare.h"
 
 namespace {
 
-enum : unsigned { kPrecision };
-
 // One hundred-thousandth is missing from the list, so the labels above the gap are ten times finer than their steps.
-constexpr AttributeRow kAttributes[] = {
+constexpr AttributeRow kPrecision =
     ChoiceRow("precision", 4,
               "0.0000000001,0.000000001,0.00000001,0.0000001,0.000001,0.0001,0.001,0.01,0.1,1.0,10.0,100.0,1000.0,"
-              "10000.0,100000.0,1000000.0,10000000.0,100000000.0,1000000000.0"),
-};
+              "10000.0,100000.0,1000000.0,10000000.0,100000000.0,1000000000.0",
+              "The step that both images are rounded to before they are compared.");
+constexpr AttributeRow kAttributes[] = {kPrecision};
 
 struct OutputRow {
   const char* name;
@@ -50,17 +48,28 @@ Image* MakeUnion(const Image& a, const ScEng::Box2I& box) {
   return new Image(header, nullptr);
 }
 
+constexpr PlugRow kInputs[] = {ImagePlug("image_a"), ImagePlug("image_b")};
+
+constexpr PlugRow kOutputPlugs[] = {ImagePlug(kOutputs[0].name), ImagePlug(kOutputs[1].name),
+                                    ImagePlug(kOutputs[2].name), ImagePlug(kOutputs[3].name),
+                                    ImagePlug(kOutputs[4].name), ImagePlug(kOutputs[5].name)};
+
 }  // namespace
 
-ImageValueCompareNode::ImageValueCompareNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image_a"), PlugRecord::Input(PlugType::kImage, "image_b")};
-  for (const OutputRow& row : kOutputs) outplugs_.push_back(PlugRecord::Output(PlugType::kImage, row.name));
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageValueCompareNode::GetNodeType() const { return kNodeType<ImageValueCompareNode>; }
-std::string ImageValueCompareNode::GetName() const { return kDisplayName<ImageValueCompareNode>; }
+constinit const NodeRecord ImageValueCompareNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageValueCompareNode",
+    .display_name = "Value Compare",
+    .type = NodeType(10, 320, 37),
+    .icon = "Compare",
+    .group = "Masks",
+    .sentence = "Compares two images with a chosen precision and gives six masks at once.",
+    .keywords = "difference,equal,less,greater,change,diff,threshold",
+    .attributes = kAttributes,
+    .inputs = kInputs,
+    .outputs = kOutputPlugs,
+    .reach = ReachesSamples,
+};
 
 std::string ImageValueCompareNode::GetOutplugAlias(unsigned outplug) const {
   return outplug < std::size(kOutputs) ? kOutputs[outplug].alias : GetOutplugName(outplug);

@@ -4,20 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "Host/Tools/Node.h"
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
-#include "Value/Core/OutputImages.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// Compares two images pixel by pixel after rounding both, and offers the six results at once as images of 1.0 and 0.0.
 /// Each output is computed at its own request.
 class ImageValueCompareNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueCompareNode", "Value Compare", NodeType(10, 320, 37), "Compare"};
+  static const NodeRecord kRecord;
 
-  ImageValueCompareNode();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageValueCompareNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueCompareNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueCompareNode>; }
   /// The relation as a person writes it: "a < b".
   [[nodiscard]] std::string GetOutplugAlias(unsigned outplug) const override;
   bool OnProcessEvent(NodeEvent event) override { return outputs_.OnEvent(event); }

@@ -24,8 +24,8 @@ struct Offset {
 
 // The four of the cross, then the corners.
 constexpr Offset kOffsets[] = {{0, -1}, {-1, 0}, {1, 0}, {0, 1}, {-1, -1}, {1, -1}, {-1, 1}, {1, 1}};
-constexpr std::size_t kCross = 4;
-constexpr std::size_t kAll = 8;
+constexpr std::size_t kCountOfCross = 4;
+constexpr std::size_t kCountOfAll = 8;
 
 }  // namespace
 }  // namespace ComponentEdges
@@ -46,7 +46,7 @@ bool IsFar(const float* pixel, const float* neighbor, std::size_t channels, floa
 /// Consecutive pixels of one row, and for each neighbour the pixels that lie there.
 struct Run {
   const float* pixels;
-  const float* neighbors[kAll];
+  const float* neighbors[kCountOfAll];
   std::size_t count;
 };
 
@@ -169,8 +169,10 @@ void MarkAllRowsOf(const PixelView& image, const NeighborRule& rule, const Marks
 
 void MarkSomeRows(const PixelView& image, const NeighborRule& rule, const Marks& marks, std::size_t from,
                   std::size_t to, float* marked) {
-  if (rule.cross) return MarkAllRowsOf<kCross>(image, rule, marks, from, to, marked);
-  return MarkAllRowsOf<kAll>(image, rule, marks, from, to, marked);
+  switch (rule.neighbors) {
+    case Neighbors::kAll: return MarkAllRowsOf<kCountOfAll>(image, rule, marks, from, to, marked);
+    case Neighbors::kCross: return MarkAllRowsOf<kCountOfCross>(image, rule, marks, from, to, marked);
+  }
 }
 
 }  // namespace

@@ -7,9 +7,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
+#include <functional>
 #include <vector>
 
+#include "Host/Util/ThreadPool.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/InstructionSets.h"
 #include "Tests/Support/PixelPatterns.h"
@@ -18,19 +19,19 @@
 namespace {
 
 using ComponentEdges::Marks;
+using Testing::AllRules;
+using Testing::kAll;
+using Testing::kBounded;
+using Testing::kCross;
 using Testing::kInfinity;
 using Testing::kLargest;
 using Testing::kNan;
+using Testing::kSeamless;
 using Testing::MakeGray;
 using Testing::MakePattern;
 using Testing::OnEveryInstructionSet;
 using Testing::Pattern;
 using Testing::Pixels;
-
-constexpr bool kAll = false;
-constexpr bool kCross = true;
-constexpr bool kBounded = false;
-constexpr bool kSeamless = true;
 
 std::vector<float> MarkIn(const Pixels& pixels, const NeighborRule& rule, const Marks& marks) {
   std::vector<float> marked(pixels.Count(), -1.0F);
@@ -58,7 +59,7 @@ std::vector<float> MarkPlainly(const Pixels& pixels, const NeighborRule& rule) {
       bool is_edge = false;
       for (std::ptrdiff_t ny = y - 1; ny <= y + 1; ++ny) {
         for (std::ptrdiff_t nx = x - 1; nx <= x + 1; ++nx) {
-          if ((nx == x && ny == y) || (rule.cross && nx != x && ny != y)) continue;
+          if ((nx == x && ny == y) || (rule.neighbors == kCross && nx != x && ny != y)) continue;
           std::ptrdiff_t index = ny * width + nx;
           if (rule.seamless) {
             index = (ny + height) % height * width + (nx + width) % width;
@@ -82,11 +83,9 @@ std::vector<float> MarkPlainly(const Pixels& pixels, const NeighborRule& rule) {
 
 TEST(ComponentEdges, MarksNothingOfAFlatImage) {
   const Pixels flat = MakeGray(3, std::vector<float>(6, 0.5F));
-  for (const bool cross : {kAll, kCross}) {
-    for (const bool seamless : {kBounded, kSeamless}) {
-      EXPECT_EQ(Mark(flat, {0.0F, cross, seamless}), std::vector<float>(6, 0.0F));
-      EXPECT_EQ(MarkIn(flat, {0.0F, cross, seamless}, {1.0F, 0.0F}), std::vector<float>(6, 1.0F));
-    }
+  for (const NeighborRule& rule : AllRules(0.0F)) {
+    EXPECT_EQ(Mark(flat, rule), std::vector<float>(6, 0.0F));
+    EXPECT_EQ(MarkIn(flat, rule, {1.0F, 0.0F}), std::vector<float>(6, 1.0F));
   }
 }
 
@@ -97,19 +96,17 @@ TEST(ComponentEdges, MarksALineOfOnePixelAndTheNeighborsOnBothSides) {
   const std::vector<float> expected{0, 0, 1, 1, 1, 0, 0,  //
                                     0, 0, 1, 1, 1, 0, 0,  //
                                     0, 0, 1, 1, 1, 0, 0};
-  for (const bool cross : {kAll, kCross}) {
-    for (const bool seamless : {kBounded, kSeamless}) EXPECT_EQ(Mark(line, {0.5F, cross, seamless}), expected);
-  }
+  for (const NeighborRule& rule : AllRules(0.5F)) EXPECT_EQ(Mark(line, rule), expected);
 }
 
 TEST(ComponentEdges, MarksBothSidesOfAStepAcrossTheBordersOfASeamlessImage) {
   const Pixels step = MakeGray(5, {0, 0, 0.25F, 0.5F, 0.75F,  //
                                    0, 0, 0.25F, 0.5F, 0.75F,  //
                                    0, 0, 0.25F, 0.5F, 0.75F});
-  for (const bool cross : {kAll, kCross}) {
-    EXPECT_EQ(Mark(step, {0.5F, cross, kSeamless}), (std::vector<float>{1, 0, 0, 0, 1,  //
-                                                                        1, 0, 0, 0, 1,  //
-                                                                        1, 0, 0, 0, 1}));
+  for (const Neighbors neighbors : {kAll, kCross}) {
+    EXPECT_EQ(Mark(step, {0.5F, neighbors, kSeamless}), (std::vector<float>{1, 0, 0, 0, 1,  //
+                                                                            1, 0, 0, 0, 1,  //
+                                                                            1, 0, 0, 0, 1}));
   }
   const Pixels column = MakeGray(1, {0, 0, 1});
   EXPECT_EQ(Mark(column, {0.5F, kCross, kSeamless}), (std::vector<float>{1, 1, 1}));
@@ -201,7 +198,7 @@ TEST(ComponentEdges, AsksForOneChannelThatDiffers) {
 }
 
 TEST(ComponentEdges, TakesImagesWithoutPixels) {
-  for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{0, 0}, {0, 5}, {5, 0}}) {
+  for (const auto& [width, height] : Testing::kEmptySizes) {
     EXPECT_TRUE(Mark({width, height, 1, {}}, {0.5F, kAll, kSeamless}).empty());
   }
 }
@@ -217,16 +214,10 @@ TEST_P(ComponentEdgesOfWidth, AreThoseOfTheDefinition) {
       for (const Pattern pattern : Testing::kAllPatterns) {
         const Pixels pixels = MakePattern(GetParam(), height, channels, pattern, seed++);
         for (const float tolerance : {-1.0F, 0.0F, 0.5F, 0.9F}) {
-          for (const bool cross : {kAll, kCross}) {
-            for (const bool seamless : {kBounded, kSeamless}) {
-              const NeighborRule rule{tolerance, cross, seamless};
-              const std::vector<float> expected = MarkPlainly(pixels, rule);
-              OnEveryInstructionSet([&] {
-                EXPECT_TRUE(MarkHere(pixels, rule) == expected)
-                    << pixels.width << " x " << height << " x " << channels << ", tolerance " << tolerance
-                    << (cross ? ", cross" : ", all") << (seamless ? ", seamless" : "");
-              });
-            }
+          for (const NeighborRule& rule : AllRules(tolerance)) {
+            const std::vector<float> expected = MarkPlainly(pixels, rule);
+            OnEveryInstructionSet(
+                [&] { EXPECT_TRUE(MarkHere(pixels, rule) == expected) << Testing::Describe(pixels, rule); });
           }
         }
       }
@@ -244,21 +235,20 @@ TEST(ComponentEdges, DoNotDependOnTheNumberOfThreads) {
   for (const std::size_t threads : {1U, 2U, 16U}) {
     const Testing::ThreadsScope scope(threads);
     EXPECT_EQ(Mark(pixels, rule), expected);
+    std::vector<float> marked(pixels.Count(), -1.0F);
+    ThreadPool pool(threads);
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+      pool.AddTask([&, y] { ComponentEdges::MarkRows(pixels.View(), rule, {}, y, y + 1, marked.data()); });
+    }
+    pool.Wait();
+    EXPECT_EQ(marked, expected) << threads;
   }
 }
 
 // ---- Properties ----
 
-Pixels AnyPixels() {
-  return MakePattern(*rc::gen::inRange<std::size_t>(1, 60), *rc::gen::inRange<std::size_t>(1, 40),
-                     *rc::gen::element<std::size_t>(1, 2, 4),
-                     *rc::gen::element(Pattern::kTwoLevels, Pattern::kFiveLevels, Pattern::kNoise, Pattern::kStrange),
-                     *rc::gen::arbitrary<std::uint32_t>());
-}
-
-NeighborRule AnyRule() {
-  return {*rc::gen::element(0.0F, 0.25F, 0.5F, 0.75F, 0.95F), *rc::gen::arbitrary<bool>(), *rc::gen::arbitrary<bool>()};
-}
+Pixels AnyPixels() { return Testing::AnyPixels(60, 40); }
+NeighborRule AnyRule() { return Testing::AnyRule({0.0F, 0.25F, 0.5F, 0.75F, 0.95F}); }
 
 RC_GTEST_PROP(ComponentEdges, AreThoseOfTheDefinitionForAnyImage, ()) {
   const Pixels pixels = AnyPixels();
@@ -277,20 +267,11 @@ RC_GTEST_PROP(ComponentEdges, InvertedAreOneMinusTheEdges, ()) {
 RC_GTEST_PROP(ComponentEdges, StayWhenTheImageIsNegated, ()) {
   const Pixels pixels = AnyPixels();
   const NeighborRule rule = AnyRule();
-  Pixels negated = pixels;
-  for (float& sample : negated.samples) sample = -sample;
-  RC_ASSERT(Mark(pixels, rule) == Mark(negated, rule));
+  RC_ASSERT(Mark(pixels, rule) == Mark(Testing::Negate(pixels), rule));
 }
 
 RC_GTEST_PROP(ComponentEdges, MoveWithASeamlessImage, ()) {
-  const Pixels pixels = AnyPixels();
-  NeighborRule rule = AnyRule();
-  rule.seamless = true;
-  const auto dx = *rc::gen::inRange<std::size_t>(0, pixels.width);
-  const auto dy = *rc::gen::inRange<std::size_t>(0, pixels.height);
-  Pixels rolled = pixels;
-  rolled.samples = Testing::Roll(pixels.samples, pixels, pixels.channels, dx, dy);
-  RC_ASSERT(Mark(rolled, rule) == Testing::Roll(Mark(pixels, rule), pixels, 1, dx, dy));
+  Testing::CheckMovesWithASeamlessImage(AnyPixels(), AnyRule(), Mark, std::identity());
 }
 
 RC_GTEST_PROP(ComponentEdges, AreTheSameHoweverTheRowsAreSplit, ()) {
@@ -307,9 +288,9 @@ RC_GTEST_PROP(ComponentEdges, AreTheSameHoweverTheRowsAreSplit, ()) {
 RC_GTEST_PROP(ComponentEdges, OfTheCrossAreEdgesOfAllNeighbors, ()) {
   const Pixels pixels = AnyPixels();
   NeighborRule rule = AnyRule();
-  rule.cross = true;
+  rule.neighbors = kCross;
   const std::vector<float> of_cross = Mark(pixels, rule);
-  rule.cross = false;
+  rule.neighbors = kAll;
   const std::vector<float> of_all = Mark(pixels, rule);
   for (std::size_t i = 0; i < of_all.size(); ++i) RC_ASSERT(of_cross[i] <= of_all[i]);
 }

@@ -16,12 +16,15 @@
 #include <string>
 #include <vector>
 
+#include "Value/Nodes/Components/CloseSamples-inl.h"
+#include "Value/Nodes/Components/RunForest.h"
+
 #ifndef VALUE_NODES_COMPONENT_LABELS_ONCE
 #define VALUE_NODES_COMPONENT_LABELS_ONCE
 namespace ComponentLabels {
 namespace {
 
-constexpr std::size_t kWordBits = 64;
+using CloseSamples::kWordBits;
 
 /// The memory of one labelling beside the labels. Rows of bits have one bit per pixel, the first in the lowest place.
 struct Workspace {
@@ -41,58 +44,14 @@ struct Workspace {
 HWY_BEFORE_NAMESPACE();
 namespace ComponentLabels::HWY_NAMESPACE {
 namespace {
-namespace hn = hwy::HWY_NAMESPACE;
 
-// The mask of one vector fits into a word.
-using D = hn::CappedTag<float, kWordBits>;
-
-static_assert(std::endian::native == std::endian::little, "The bytes of masks are read as words.");
-
-/// Sets bit i where samples a[i] and b[i] are close, and clears it elsewhere, also from `count` to the end of `words`.
-void FindCloseSamples(const float* HWY_RESTRICT a, const float* HWY_RESTRICT b, std::size_t count, float tolerance,
-                      std::uint64_t* HWY_RESTRICT words, std::size_t num_words) {
-  const D d;
-  const std::size_t lanes = hn::Lanes(d);
-  const std::size_t step = lanes < 8 ? 8 : lanes;
-  const auto limit = hn::Set(d, tolerance);
-  auto* bytes = reinterpret_cast<std::uint8_t*>(words);
-  for (std::size_t word = count / kWordBits; word < num_words; ++word) words[word] = 0;
-  std::size_t i = 0;
-  for (; i + step <= count; i += step) {
-    if (lanes >= 8) {
-      const auto difference = hn::Sub(hn::LoadU(d, a + i), hn::LoadU(d, b + i));
-      hn::StoreMaskBits(d, hn::Lt(hn::Abs(difference), limit), bytes + i / 8);
-      continue;
-    }
-    unsigned byte = 0;
-    for (std::size_t lane = 0; lane < 8; lane += lanes) {
-      const auto difference = hn::Sub(hn::LoadU(d, a + i + lane), hn::LoadU(d, b + i + lane));
-      std::uint8_t part = 0;
-      hn::StoreMaskBits(d, hn::Lt(hn::Abs(difference), limit), &part);
-      byte |= (part & ((1U << lanes) - 1U)) << lane;
-    }
-    bytes[i / 8] = static_cast<std::uint8_t>(byte);
-  }
-  for (; i < count; ++i) {
-    const bool is_close = tolerance > std::abs(a[i] - b[i]);
-    words[i / kWordBits] |= std::uint64_t{is_close} << (i % kWordBits);
-  }
-}
-
-/// Bit i of the answer, which has 32 bits, is set where bits 2i and 2i + 1 are.
-std::uint64_t AndPairs(std::uint64_t bits) {
-  bits = bits & (bits >> 1) & 0x5555555555555555U;
-  bits = (bits | (bits >> 1)) & 0x3333333333333333U;
-  bits = (bits | (bits >> 2)) & 0x0F0F0F0F0F0F0F0FU;
-  bits = (bits | (bits >> 4)) & 0x00FF00FF00FF00FFU;
-  bits = (bits | (bits >> 8)) & 0x0000FFFF0000FFFFU;
-  return (bits | (bits >> 16)) & 0x00000000FFFFFFFFU;
-}
+using CloseSamples::HWY_NAMESPACE::FindClosePixels;
+using CloseSamples::HWY_NAMESPACE::ShiftUp;
 
 class Labeler {
  public:
   Labeler(const PixelView& image, const NeighborRule& rule, const Workspace& workspace, float* labels)
-      : image_(image), rule_(rule), workspace_(workspace), labels_(labels) {}
+      : image_(image), rule_(rule), workspace_(workspace), labels_(labels), forest_(labels) {}
 
   float Run() {
     FindRuns();
@@ -117,8 +76,8 @@ class Labeler {
     for (std::size_t y = 0; y < image_.height; ++y) {
       FindStarts(y);
       const Row row = CountRuns(y, num_runs_, y % 2);
-      for (; num_runs_ <= row.last_run; ++num_runs_) SetParent(num_runs_, num_runs_);
-      if (rule_.seamless && IsClose(row.samples, LastPixel(row))) Unite(row.first_run, row.last_run);
+      for (; num_runs_ <= row.last_run; ++num_runs_) forest_.Add(num_runs_);
+      if (rule_.seamless && IsClose(row.samples, LastPixel(row))) forest_.Unite(row.first_run, row.last_run);
       if (y > 0) UniteRows(row, above);
       above = row;
     }
@@ -130,7 +89,7 @@ class Labeler {
     std::uint64_t* HWY_RESTRICT joins = workspace_.pairs;
     std::uint64_t* HWY_RESTRICT starts = workspace_.starts + y * words;
     const float* samples = GetSamples(y);
-    FindClosePixels(samples + image_.channels, samples, image_.width - 1, joins);
+    FindClose(samples + image_.channels, samples, image_.width - 1, joins);
     std::uint64_t joins_before = 0;
     for (std::size_t word = 0; word < words; ++word) {
       starts[word] = ~ShiftUp(joins[word], joins_before);
@@ -163,13 +122,14 @@ class Labeler {
   void UniteRows(const Row& row, const Row& above) {
     const std::size_t words = workspace_.words_per_row;
     const std::size_t channels = image_.channels;
+    const bool is_cross = rule_.neighbors == Neighbors::kCross;
     std::uint64_t* vertical = workspace_.pairs;
     std::uint64_t* falling = vertical + words * channels;
     std::uint64_t* rising = falling + words * channels;
-    FindClosePixels(row.samples, above.samples, image_.width, vertical);
-    if (!rule_.cross) {
-      FindClosePixels(row.samples + channels, above.samples, image_.width - 1, falling);
-      FindClosePixels(row.samples, above.samples + channels, image_.width - 1, rising);
+    FindClose(row.samples, above.samples, image_.width, vertical);
+    if (!is_cross) {
+      FindClose(row.samples + channels, above.samples, image_.width - 1, falling);
+      FindClose(row.samples, above.samples + channels, image_.width - 1, rising);
     }
     std::uint64_t vertical_before = 0;
     std::uint64_t falling_before = 0;
@@ -181,26 +141,26 @@ class Labeler {
       const std::uint64_t joins_above = ~above.starts[word];
       for (std::uint64_t bits = here & ~(left & joins & joins_above); bits != 0; bits &= bits - 1) {
         const int bit = std::countr_zero(bits);
-        Unite(RunAt(row, word, bit), RunAt(above, word, bit));
+        forest_.Unite(RunAt(row, word, bit), RunAt(above, word, bit));
       }
       vertical_before = here;
-      if (rule_.cross) continue;
+      if (is_cross) continue;
       const std::uint64_t falls = ShiftUp(falling[word], falling_before);
       for (std::uint64_t bits = falls & ~((here & joins_above) | (left & joins)); bits != 0; bits &= bits - 1) {
         const int bit = std::countr_zero(bits);
-        Unite(RunAt(row, word, bit), RunBefore(above, word, bit));
+        forest_.Unite(RunAt(row, word, bit), RunBefore(above, word, bit));
       }
       const std::uint64_t rises = ShiftUp(rising[word], rising_before);
       for (std::uint64_t bits = rises & ~((left & joins_above) | (here & joins)); bits != 0; bits &= bits - 1) {
         const int bit = std::countr_zero(bits);
-        Unite(RunBefore(row, word, bit), RunAt(above, word, bit));
+        forest_.Unite(RunBefore(row, word, bit), RunAt(above, word, bit));
       }
       falling_before = falling[word];
       rising_before = rising[word];
     }
-    if (rule_.cross || !rule_.seamless) return;
-    if (IsClose(row.samples, LastPixel(above))) Unite(row.first_run, above.last_run);
-    if (IsClose(LastPixel(row), above.samples)) Unite(row.last_run, above.first_run);
+    if (is_cross || !rule_.seamless) return;
+    if (IsClose(row.samples, LastPixel(above))) forest_.Unite(row.first_run, above.last_run);
+    if (IsClose(LastPixel(row), above.samples)) forest_.Unite(row.last_run, above.first_run);
   }
 
   /// The run of a pixel, and that of the pixel on its left.
@@ -221,54 +181,16 @@ class Labeler {
     return row.samples + (image_.width - 1) * image_.channels;
   }
 
+  /// One bit for each of `count` pixels, set where they are close; the bits behind them are clear.
+  void FindClose(const float* a, const float* b, std::size_t count, std::uint64_t* words) const {
+    FindClosePixels(a, b, count, image_.channels, rule_.tolerance, words, workspace_.words_per_row);
+  }
+
   [[nodiscard]] bool IsClose(const float* a, const float* b) const {
     for (std::size_t channel = 0; channel < image_.channels; ++channel) {
       if (!(rule_.tolerance > std::abs(a[channel] - b[channel]))) return false;
     }
     return true;
-  }
-
-  /// The same for `count` pixels, one bit for each; the bits behind them are clear.
-  void FindClosePixels(const float* a, const float* b, std::size_t count, std::uint64_t* words) const {
-    std::size_t num_words = workspace_.words_per_row * image_.channels;
-    FindCloseSamples(a, b, count * image_.channels, rule_.tolerance, words, num_words);
-    for (std::size_t channels = image_.channels; channels > 1; channels /= 2) {
-      num_words /= 2;
-      for (std::size_t i = 0; i < num_words; ++i) {
-        words[i] = AndPairs(words[2 * i]) | (AndPairs(words[2 * i + 1]) << 32);
-      }
-    }
-  }
-
-  static std::uint64_t ShiftUp(std::uint64_t word, std::uint64_t word_before) {
-    return (word << 1) | (word_before >> (kWordBits - 1));
-  }
-
-  // ---- The forest of runs ----
-  //
-  // A run's entry is its parent, a run of the same component that comes no later; a root is its own parent. The entries
-  // lie where the labels will be, as the bits of floats: there are no more runs than pixels.
-
-  [[nodiscard]] std::uint32_t GetParent(std::uint32_t run) const { return std::bit_cast<std::uint32_t>(labels_[run]); }
-  void SetParent(std::uint32_t run, std::uint32_t parent) { labels_[run] = std::bit_cast<float>(parent); }
-
-  std::uint32_t FindRoot(std::uint32_t run) {
-    for (std::uint32_t parent = GetParent(run); parent != run; parent = GetParent(run)) {
-      const std::uint32_t grandparent = GetParent(parent);
-      SetParent(run, grandparent);
-      run = grandparent;
-    }
-    return run;
-  }
-
-  void Unite(std::uint32_t run, std::uint32_t other) {
-    const std::uint32_t root = FindRoot(run);
-    const std::uint32_t other_root = FindRoot(other);
-    if (root < other_root) {
-      SetParent(other_root, root);
-    } else {
-      SetParent(root, other_root);
-    }
   }
 
   // ---- Second pass: labels ----
@@ -278,7 +200,7 @@ class Labeler {
   float NumberComponents() {
     float count = 0.0F;
     for (std::uint32_t run = 0; run < num_runs_; ++run) {
-      const std::uint32_t parent = GetParent(run);
+      const std::uint32_t parent = forest_.GetParent(run);
       if (parent == run) {
         labels_[run] = count;
         count += 1.0F;
@@ -329,6 +251,8 @@ class Labeler {
   const NeighborRule rule_;
   const Workspace workspace_;
   float* const labels_;
+  /// Lies where the labels will be: there are no more runs than pixels.
+  RunForest forest_;
   std::uint32_t num_runs_ = 0;
 };
 

@@ -19,19 +19,19 @@
 
 namespace {
 
+using Testing::AllRules;
+using Testing::kAll;
+using Testing::kBounded;
+using Testing::kCross;
 using Testing::kInfinity;
 using Testing::kLargest;
 using Testing::kNan;
+using Testing::kSeamless;
 using Testing::MakeGray;
 using Testing::MakePattern;
 using Testing::OnEveryInstructionSet;
 using Testing::Pattern;
 using Testing::Pixels;
-
-constexpr bool kAll = false;
-constexpr bool kCross = true;
-constexpr bool kBounded = false;
-constexpr bool kSeamless = true;
 
 struct Labels {
   std::vector<float> labels;
@@ -78,7 +78,7 @@ class Flood {
       const int pixel = pending.back();
       pending.pop_back();
       for (const auto& [dx, dy] : kOffsets) {
-        if (rule_.cross && dx != 0 && dy != 0) continue;
+        if (rule_.neighbors == kCross && dx != 0 && dy != 0) continue;
         int x = pixel % width_ + dx;
         int y = pixel / width_ + dy;
         if (rule_.seamless) {
@@ -119,12 +119,10 @@ class Flood {
 
 TEST(ComponentLabels, JoinsNothingAtToleranceZero) {
   const Pixels flat = MakeGray(3, {0.5F, 0.5F, 0.5F, 0.5F, 0.5F, 0.5F});
-  for (const bool cross : {kAll, kCross}) {
-    for (const bool seamless : {kBounded, kSeamless}) {
-      const Labels result = Label(flat, {0.0F, cross, seamless});
-      EXPECT_EQ(result.labels, (std::vector<float>{0, 1, 2, 3, 4, 5}));
-      EXPECT_EQ(result.count, 6.0F);
-    }
+  for (const NeighborRule& rule : AllRules(0.0F)) {
+    const Labels result = Label(flat, rule);
+    EXPECT_EQ(result.labels, (std::vector<float>{0, 1, 2, 3, 4, 5}));
+    EXPECT_EQ(result.count, 6.0F);
   }
 }
 
@@ -226,7 +224,7 @@ TEST(ComponentLabels, AsksEveryChannel) {
 }
 
 TEST(ComponentLabels, CountsNoComponentWithoutPixels) {
-  for (const auto& [width, height] : {std::pair<std::size_t, std::size_t>{0, 0}, {0, 5}, {5, 0}}) {
+  for (const auto& [width, height] : Testing::kEmptySizes) {
     EXPECT_EQ(Label({width, height, 1, {}}, {1.0F, kAll, kSeamless}).count, 0.0F);
   }
 }
@@ -249,22 +247,10 @@ TEST(ComponentLabels, RefusesMorePixelsThanItCanCount) {
 
 // ---- Against the definition ----
 
-std::vector<NeighborRule> AllRules(float tolerance) {
-  std::vector<NeighborRule> rules;
-  for (const bool cross : {kAll, kCross}) {
-    for (const bool seamless : {kBounded, kSeamless}) rules.push_back({tolerance, cross, seamless});
-  }
-  return rules;
-}
-
 void ExpectAsByTheDefinition(const Pixels& pixels, float tolerance) {
   for (const NeighborRule& rule : AllRules(tolerance)) {
     const Labels expected = Flood(pixels, rule).Run();
-    OnEveryInstructionSet([&] {
-      EXPECT_TRUE(Label(pixels, rule) == expected)
-          << pixels.width << " x " << pixels.height << " x " << pixels.channels << ", tolerance " << tolerance
-          << (rule.cross ? ", cross" : ", all") << (rule.seamless ? ", seamless" : "");
-    });
+    OnEveryInstructionSet([&] { EXPECT_TRUE(Label(pixels, rule) == expected) << Testing::Describe(pixels, rule); });
   }
 }
 
@@ -306,17 +292,8 @@ TEST(ComponentLabels, OfShapesThatMergeLateAreThoseOfTheFlood) {
 
 // ---- Properties ----
 
-Pixels AnyPixels() {
-  return MakePattern(*rc::gen::inRange<std::size_t>(1, 90), *rc::gen::inRange<std::size_t>(1, 20),
-                     *rc::gen::element<std::size_t>(1, 2, 4),
-                     *rc::gen::element(Pattern::kTwoLevels, Pattern::kFiveLevels, Pattern::kNoise, Pattern::kStrange),
-                     *rc::gen::arbitrary<std::uint32_t>());
-}
-
-NeighborRule AnyRule() {
-  return {*rc::gen::element(0.0F, 0.125F, 0.25F, 0.375F, 0.6F, 1.0F), *rc::gen::arbitrary<bool>(),
-          *rc::gen::arbitrary<bool>()};
-}
+Pixels AnyPixels() { return Testing::AnyPixels(90, 20); }
+NeighborRule AnyRule() { return Testing::AnyRule({0.0F, 0.125F, 0.25F, 0.375F, 0.6F, 1.0F}); }
 
 /// Labels renumbered in the order of their first appearance.
 std::vector<float> Renumber(const std::vector<float>& labels) {
@@ -347,20 +324,11 @@ RC_GTEST_PROP(ComponentLabels, AppearInOrderAndWithoutGaps, ()) {
 RC_GTEST_PROP(ComponentLabels, StayWhenTheImageIsNegated, ()) {
   const Pixels pixels = AnyPixels();
   const NeighborRule rule = AnyRule();
-  Pixels negated = pixels;
-  for (float& sample : negated.samples) sample = -sample;
-  RC_ASSERT(Label(pixels, rule) == Label(negated, rule));
+  RC_ASSERT(Label(pixels, rule) == Label(Testing::Negate(pixels), rule));
 }
 
 RC_GTEST_PROP(ComponentLabels, GroupASeamlessImageAlikeWhereverItsBordersAre, ()) {
-  const Pixels pixels = AnyPixels();
-  NeighborRule rule = AnyRule();
-  rule.seamless = true;
-  const auto dx = *rc::gen::inRange<std::size_t>(0, pixels.width);
-  const auto dy = *rc::gen::inRange<std::size_t>(0, pixels.height);
-  Pixels rolled = pixels;
-  rolled.samples = Testing::Roll(pixels.samples, pixels, pixels.channels, dx, dy);
-  RC_ASSERT(LabelsOf(rolled, rule) == Renumber(Testing::Roll(LabelsOf(pixels, rule), pixels, 1, dx, dy)));
+  Testing::CheckMovesWithASeamlessImage(AnyPixels(), AnyRule(), LabelsOf, Renumber);
 }
 
 RC_GTEST_PROP(ComponentLabels, OnlyMergeWhenTheRuleGrowsWider, ()) {
@@ -368,8 +336,8 @@ RC_GTEST_PROP(ComponentLabels, OnlyMergeWhenTheRuleGrowsWider, ()) {
   const NeighborRule rule = AnyRule();
   const std::vector<float> labels = LabelsOf(pixels, rule);
   for (const NeighborRule& wider :
-       {NeighborRule{rule.tolerance * 2.0F, rule.cross, rule.seamless},
-        NeighborRule{rule.tolerance, kAll, rule.seamless}, NeighborRule{rule.tolerance, rule.cross, kSeamless}}) {
+       {NeighborRule{rule.tolerance * 2.0F, rule.neighbors, rule.seamless},
+        NeighborRule{rule.tolerance, kAll, rule.seamless}, NeighborRule{rule.tolerance, rule.neighbors, kSeamless}}) {
     const std::vector<float> merged = LabelsOf(pixels, wider);
     std::map<float, float> merged_into;
     for (std::size_t i = 0; i < labels.size(); ++i) {

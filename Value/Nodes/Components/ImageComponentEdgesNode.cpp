@@ -1,46 +1,51 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Components/ImageComponentEdgesNode.h"
 
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
-#include "Value/Core/EvaluationFrame.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Components/ComponentEdges.h"
-#include "Value/Nodes/Components/NeighborInputs.h"
+#include "Value/Nodes/Components/NeighborEvaluation.h"
 
 namespace {
 
-enum : unsigned { kThreshold, kNeighbors, kSeamless, kInvert };
+constexpr AttributeRow kThreshold = NumberRow(
+    "threshold", 0.1, 0.0, 1.0, 0.01, 3,
+    "How much a pixel may differ from a neighbour without being an edge, as a fraction of the declared range.");
+constexpr AttributeRow kSeamless =
+    FlagRow("seamless", true, "Treats the image as a tile, so that opposite borders are compared too.");
+constexpr AttributeRow kInvert =
+    FlagRow("invert", true, "On: edges are 0 (black) on a background of 1. Off: edges are 1 on 0.");
+constexpr AttributeRow kAttributes[] = {kThreshold, kNeighbors, kSeamless, kInvert};
 
-constexpr AttributeRow kAttributes[] = {
-    NumberRow("threshold", 0.1, 0.0, 1.0, 0.01, 3),
-    ChoiceRow("neighbors", 0, "all,cross"),
-    FlagRow("seamless", true),
-    FlagRow("invert", true),
-};
+/// Without "seamless", the neighbour of a pixel in the first or last column is at the far end of the adjacent row, so
+/// that a diagonal one lies two rows away.
+Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
+  const bool seamless = EvaluatedInputs(node, inputs).GetFlag(kSeamless);
+  return Reach::Rows(seamless ? 1 : 2, seamless, Reach::Range::kDeclared);
+}
 
 }  // namespace
 
-ImageComponentEdgesNode::ImageComponentEdgesNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-  UpdateInplugsAndOutplugs();
-}
+constinit const NodeRecord ImageComponentEdgesNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageComponentEdgesNode",
+    .display_name = "Component Edges",
+    .type = NodeType(10, 320, 106),
+    .icon = "ComponentEdges",
+    .group = "Shape",
+    .sentence = "Draws the borders between regions of different value.",
+    .keywords = "edge,outline,border,contour,line,detect edges,ink",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = FindReach,
+};
 
-NodeType ImageComponentEdgesNode::GetNodeType() const { return kNodeType<ImageComponentEdgesNode>; }
-std::string ImageComponentEdgesNode::GetName() const { return kDisplayName<ImageComponentEdgesNode>; }
-
-void ImageComponentEdgesNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
-  const EvaluatedInputs evaluated(*this, inputs);
-  const Image* image = BeginEvaluation(*this, evaluated, output_);
-  if (image == nullptr) return;
-  const ScEng::RefPtr<Image> marked(new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr));
-  marked->SetPin(image->GetPinX(), image->GetPinY());
-  marked->SetPivot(image->GetPivotX(), image->GetPivotY());
-  marked->SetValueLowHigh(0.0F, 1.0F);
-  const NeighborRule rule = ReadNeighborRule(evaluated, *image, kThreshold, kNeighbors, kSeamless);
-  const bool invert = evaluated.GetFlag(kInvert);
+void ImageComponentEdgesNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {
+  const bool invert = EvaluatedInputs(*this, inputs).GetFlag(kInvert);
   const ComponentEdges::Marks marks = invert ? ComponentEdges::Marks{1.0F, 0.0F} : ComponentEdges::Marks{0.0F, 1.0F};
-  ComponentEdges::Mark(ViewPixels(*image), rule, marks, marked->GetArray());
-  output_.Set(marked.Get());
+  EvaluateNeighbors(*this, evaluation, inputs, kThreshold, kSeamless, output_,
+                    [&marks](const PixelView& pixels, const NeighborRule& rule, float* marked, ScEng::Status&) {
+                      ComponentEdges::Mark(pixels, rule, marks, marked);
+                      return 1.0F;
+                    });
 }

@@ -3,46 +3,55 @@
 
 #include <iterator>
 
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Operations/ConditionOperations.h"
+#include "Value/SelfTests/SelfTests.h"
 
 namespace {
-
-enum : unsigned { kCondition, kA, kB };
-
-constexpr AttributeRow kAttributes[] = {
-    ChoiceRow("condition", 0,
-              "v_eq_min,v_df_min,v_eq_max,v_df_max,v_lt_a,v_lte_a,v_eq_a,v_gte_a,v_gt_a,"
-              "a_lt_v_lt_b,a_lte_v_lt_b,a_lt_v_lte_b,a_lte_v_lte_b"),
-    NumberRow("a", 0.0, -10000.0, 10000.0, 0.01, 3),
-    NumberRow("b", 0.0, -10000.0, 10000.0, 0.01, 3),
-};
-
-// What is shown for the words of "condition", in their order.
-constexpr const char* kConditionLabels =
-    "v == min,v != min,v == max,v != max,v < a,v <= a,v == a,v >= a,v > a,"
-    "a < v and v < b,a <= v and v < b,a < v and v <= b,a <= v and v <= b";
 
 // Both bounds are usually near zero, although they may be far from it.
 constexpr double kBoundExponent = 2.0;
 
+constexpr AttributeRow kCondition =
+    ChoiceRow("condition", 0,
+              "v_eq_min,v_df_min,v_eq_max,v_df_max,v_lt_a,v_lte_a,v_eq_a,v_gte_a,v_gt_a,"
+              "a_lt_v_lt_b,a_lte_v_lt_b,a_lt_v_lte_b,a_lte_v_lte_b",
+              "The test on the value v.")
+        .WithLabels(
+            "v == min,v != min,v == max,v != max,v < a,v <= a,v == a,v >= a,v > a,"
+            "a < v and v < b,a <= v and v < b,a < v and v <= b,a <= v and v <= b");
+constexpr AttributeRow kA = NumberRow("a", 0.0, -10000.0, 10000.0, 0.01, 3,
+                                      "The bound of the tests with one bound, the lower bound of those with two.")
+                                .WithSliderExponent(kBoundExponent);
+constexpr AttributeRow kB =
+    NumberRow("b", 0.0, -10000.0, 10000.0, 0.01, 3, "The upper bound of the tests with two bounds.")
+        .WithSliderExponent(kBoundExponent);
+constexpr AttributeRow kAttributes[] = {kCondition, kA, kB};
+
+/// The first four tests compare with the lowest or the highest sample.
+Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
+  constexpr int kTestsOfMeasured = 4;
+  const int test = EvaluatedInputs(node, inputs).GetChoiceIndex(kCondition);
+  return Reach::Samples(test >= 0 && test < kTestsOfMeasured ? Reach::Range::kMeasured : Reach::Range::kNone);
+}
+
 }  // namespace
 
-std::vector<PanelEntry> ImageValueConditionNode::GetPanelEntries() {
-  std::vector<PanelEntry> entries(std::size(kAttributes));
-  entries[kCondition].labels = kConditionLabels;
-  entries[kA].slider_exponent = entries[kB].slider_exponent = kBoundExponent;
-  return entries;
-}
-
-ImageValueConditionNode::ImageValueConditionNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageValueConditionNode::GetNodeType() const { return kNodeType<ImageValueConditionNode>; }
-std::string ImageValueConditionNode::GetName() const { return kDisplayName<ImageValueConditionNode>; }
+constinit const NodeRecord ImageValueConditionNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageValueConditionNode",
+    .display_name = "Value Condition",
+    .type = NodeType(10, 320, 32),
+    .icon = "Condition",
+    .group = "Masks",
+    .sentence = "Makes a mask that is 1 where a test on the value holds and 0 elsewhere.",
+    .keywords = "threshold,binary,if,test,select,greater,less,equal,mask,cut-out",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = FindReach,
+    .run_test = SelfTests::RunCondition,
+};
 
 ValueOperation* ImageValueConditionNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   const EvaluatedInputs evaluated(*this, inputs);

@@ -4,22 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "Value/Core/AttributesPanel.h"
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
+#include "Host/NodeKit/NodeKit.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
-#include "Value/SelfTests/SelfTests.h"
 
 /// Turns an image into a mask: 1.0 where the chosen test on the value holds, else 0.0.
 class ImageValueConditionNode : public ImageValueOperationOneNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueConditionNode", "Value Condition", NodeType(10, 320, 32), "Condition",
-                                      SelfTests::RunCondition};
+  static const NodeRecord kRecord;
 
-  ImageValueConditionNode();
-  [[nodiscard]] static std::vector<PanelEntry> GetPanelEntries();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageValueConditionNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueConditionNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueConditionNode>; }
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 

@@ -3,33 +3,35 @@
 
 #include "Host/Image/EuclideanDistance.h"
 #include "Host/Image/Image.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
-#include "Value/Core/EvaluationFrame.h"
+#include "Value/Core/ValueLibrary.h"
 
 namespace {
-
-enum : unsigned { kSeamless, kNormalize };
 
 /// What separates a set pixel from one that is not.
 constexpr float kLevel = 0.5F;
 
-constexpr AttributeRow kAttributes[] = {
-    FlagRow("seamless", true),
-    FlagRow("normalize", false),
-};
+constexpr AttributeRow kSeamless =
+    FlagRow("seamless", true, "Treats the image as a tile, so that distances also run across its borders.");
+constexpr AttributeRow kNormalize =
+    FlagRow("normalize", false, "Divides by the largest distance, so that the result goes from 0 to 1.");
+constexpr AttributeRow kAttributes[] = {kSeamless, kNormalize};
 
 }  // namespace
 
-ImageEuclideanDistanceNode::ImageEuclideanDistanceNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageEuclideanDistanceNode::GetNodeType() const { return kNodeType<ImageEuclideanDistanceNode>; }
-std::string ImageEuclideanDistanceNode::GetName() const { return kDisplayName<ImageEuclideanDistanceNode>; }
+constinit const NodeRecord ImageEuclideanDistanceNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageEuclideanDistanceNode",
+    .display_name = "Distance",
+    .type = NodeType(10, 288, 74),
+    .icon = "Distance",
+    .group = "Shape",
+    .sentence = "Gives every pixel its distance to the nearest pixel of a shape.",
+    .keywords = "distance transform,distance field,sdf,euclidean,proximity,falloff,buffer",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = ReachesImage,
+};
 
 void ImageEuclideanDistanceNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   const EvaluatedInputs evaluated(*this, inputs);

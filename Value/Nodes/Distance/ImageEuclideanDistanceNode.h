@@ -4,10 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Host/Tools/Node.h"
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
-#include "Value/Core/OutputImages.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// The Euclidean distance of every pixel, in pixels, to the nearest one whose value is above 0.5. "seamless" measures
 /// across the image's borders, "normalize" divides by the largest distance.
@@ -15,11 +12,11 @@
 /// Where the distances cannot be allocated there is no output, and no error.
 class ImageEuclideanDistanceNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageEuclideanDistanceNode", "Distance", NodeType(10, 288, 74), "Distance"};
+  static const NodeRecord kRecord;
 
-  ImageEuclideanDistanceNode();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageEuclideanDistanceNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageEuclideanDistanceNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageEuclideanDistanceNode>; }
   bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
   [[nodiscard]] Image* GetOutputImage(unsigned outplug) const override { return output_.Get(outplug); }

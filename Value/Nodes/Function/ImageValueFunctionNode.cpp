@@ -1,29 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Function/ImageValueFunctionNode.h"
 
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Operations/FunctionOperations.h"
 
 namespace {
 
-enum : unsigned { kFunction };
-
-constexpr AttributeRow kAttributes[] = {
+constexpr AttributeRow kFunction =
     ChoiceRow("function", 0,
               "absolute,sine,cosine,tangent,arcsine,arccosine,arctangent,floor,ceil,inverse,log,log2,log10,exponential,"
-              "square_root,cubic_root,deg_to_rad,rad_to_deg"),
-};
+              "square_root,cubic_root,deg_to_rad,rad_to_deg",
+              "The function that is applied to the value v.");
+constexpr AttributeRow kAttributes[] = {kFunction};
 
 }  // namespace
 
-ImageValueFunctionNode::ImageValueFunctionNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageValueFunctionNode::GetNodeType() const { return kNodeType<ImageValueFunctionNode>; }
-std::string ImageValueFunctionNode::GetName() const { return kDisplayName<ImageValueFunctionNode>; }
+constinit const NodeRecord ImageValueFunctionNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageValueFunctionNode",
+    .display_name = "Value Function",
+    .type = NodeType(10, 320, 64),
+    .icon = "Function",
+    .group = "Remapping",
+    .sentence = "Applies a mathematical function of one variable to every sample.",
+    .keywords =
+        "math,sine,cosine,tangent,abs,absolute,round,floor,ceil,reciprocal,logarithm,exponential,root,square "
+        "root,degrees,radians",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = ReachesSamples,
+};
 
 ValueOperation* ImageValueFunctionNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   // In the order of the choice's words.

@@ -4,18 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
+#include "Host/NodeKit/NodeKit.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
 
 /// Applies one function of one variable to every value.
 class ImageValueFunctionNode : public ImageValueOperationOneNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueFunctionNode", "Value Function", NodeType(10, 320, 64), "Function"};
+  static const NodeRecord kRecord;
 
-  ImageValueFunctionNode();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageValueFunctionNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueFunctionNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueFunctionNode>; }
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 

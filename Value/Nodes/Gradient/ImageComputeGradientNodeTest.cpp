@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <new>
 #include <vector>
 
 #include "Tests/Support/ValueTesting.h"
+#include "Tests/Support/WatchedMemory.h"
 
 namespace {
 
@@ -127,6 +130,25 @@ TEST(GradientNode, ReleasesBothOutputsWhenItsInputIsGoneAndInItsDestructor) {
   node.Reset();
   EXPECT_EQ(x->GetRefCount(), 1U);
   EXPECT_EQ(y->GetRefCount(), 1U);
+}
+
+TEST(GradientNode, ShowsNeitherOutputWhereTheSecondCannotBeMade) {
+  const ImageRef image = MakeImage(37, 11, ColorMode::kValue, std::vector<float>(37 * 11, 0.5F));
+  const std::size_t bytes = image->GetNumSamples() * sizeof(float);
+  for (const bool is_enabled : {true, false}) {
+    const auto node = MakeNode<ImageComputeGradientNode>();
+    node->SetEnabled(is_enabled);
+    const auto inputs = Testing::MakeInputs(*node, {image.Get()});
+    {
+      const Testing::FailingAllocations failing(bytes, 1);
+      EXPECT_THROW(node->Evaluate(0, inputs), std::bad_alloc);
+    }
+    EXPECT_EQ(node->GetOutputImage(0), nullptr);
+    EXPECT_EQ(node->GetOutputImage(1), nullptr);
+    node->Evaluate(0, inputs);
+    EXPECT_NE(node->GetOutputImage(0), nullptr);
+    EXPECT_NE(node->GetOutputImage(1), nullptr);
+  }
 }
 
 TEST(GradientNode, HasTwoOutputs) {

@@ -1,30 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Range/ImageValueRangeNode.h"
 
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Operations/ThresholdValueOperation.h"
 
 namespace {
 
-enum : unsigned { kCenter, kSize, kFalloff, kProfile };
-
-constexpr AttributeRow kAttributes[] = {
-    NumberRow("center", 0.0, -10000.0, 10000.0, 0.01, 3),
-    NumberRow("size", 0.0, 0.0, 10000.0, 0.01, 3),
-    NumberRow("falloff", 0.0, 0.0, 10000.0, 0.01, 3),
-    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in"),
-};
+constexpr AttributeRow kCenter =
+    NumberRow("center", 0.0, -10000.0, 10000.0, 0.01, 3, "The value in the middle of the selection.");
+constexpr AttributeRow kSize =
+    NumberRow("size", 0.0, 0.0, 10000.0, 0.01, 3, "How far around the centre the mask is fully 1, on both sides.");
+constexpr AttributeRow kFalloff =
+    NumberRow("falloff", 0.0, 0.0, 10000.0, 0.01, 3,
+              "Over how much of a further difference the mask fades from 1 to 0, on both sides.");
+constexpr AttributeRow kProfile = ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The curve of the falloff.");
+constexpr AttributeRow kAttributes[] = {kCenter, kSize, kFalloff, kProfile};
 
 }  // namespace
 
-ImageValueRangeNode::ImageValueRangeNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageValueRangeNode::GetNodeType() const { return kNodeType<ImageValueRangeNode>; }
-std::string ImageValueRangeNode::GetName() const { return kDisplayName<ImageValueRangeNode>; }
+constinit const NodeRecord ImageValueRangeNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageValueRangeNode",
+    .display_name = "Value Range",
+    .type = NodeType(10, 320, 58),
+    .icon = "Range",
+    .group = "Masks",
+    .sentence = "Makes a soft mask of the values around a centre.",
+    .keywords = "select,band,isolate,height band,soft mask,luminosity mask,threshold,falloff",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = ReachesSamples,
+};
 
 ValueOperation* ImageValueRangeNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   const EvaluatedInputs evaluated(*this, inputs);

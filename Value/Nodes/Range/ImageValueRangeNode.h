@@ -4,18 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
+#include "Host/NodeKit/NodeKit.h"
 #include "Value/Operations/ImageValueOperationNodes.h"
 
 /// Marks the pixels whose value lies near a centre, with a soft band of chosen shape.
 class ImageValueRangeNode : public ImageValueOperationOneNode {
  public:
-  static constexpr NodeRecord kRecord{"ImageValueRangeNode", "Value Range", NodeType(10, 320, 58), "Range"};
+  static const NodeRecord kRecord;
 
-  ImageValueRangeNode();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageValueRangeNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueRangeNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueRangeNode>; }
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 

@@ -2,10 +2,13 @@
 #include "Value/Nodes/Relief/ImageReliefNode.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <limits>
 #include <memory>
+#include <string>
 #include <thread>
 
 #include "Host/Image/Filter.h"
@@ -14,38 +17,52 @@
 #include "Host/Math/Geometry.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/ThreadPool.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
-#include "Value/Core/EvaluationFrame.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Relief/ReliefBevel.h"
+#include "Value/Nodes/Relief/ReliefChoices.h"
 #include "Value/Nodes/Relief/ReliefLevels.h"
-#include "Value/Nodes/Relief/ReliefProfile.h"
+#include "Value/SelfTests/SelfTests.h"
 
 namespace {
 
-enum : unsigned { kRadius, kMultiplier, kStyle, kProfile, kSoften, kGrow, kSeamless };
-enum : int { kLevels, kInnerBevel, kOuterBevel, kEmboss, kPillowEmboss };
-
-constexpr AttributeRow kAttributes[] = {
-    NumberRow("radius", 1.0, 0.0, 250.0, 1.0, 0),
-    NumberRow("multiplier", 1.0, -1000.0, 1000.0, 1.0, 2),
-    ChoiceRow("style", 0, "levels,inner_bevel,outer_bevel,emboss,pillow_emboss"),
-    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in"),
-    NumberRow("soften", 0.0, 0.0, 16.0, 1.0, 0),
-    FlagRow("grow", false),
-    FlagRow("seamless", true),
-};
+constexpr AttributeRow kRadius =
+    NumberRow("radius", 1.0, 0.0, 250.0, 1.0, 0, "How far the slope reaches.").WithUnit("px");
+constexpr AttributeRow kMultiplier =
+    NumberRow("multiplier", 1.0, -1000.0, 1000.0, 1.0, 2,
+              "The factor of the finished relief: negative values turn hills into hollows.");
+constexpr AttributeRow kStyle =
+    ChoiceRow("style", 0, "levels,inner_bevel,outer_bevel,emboss,pillow_emboss",
+              "Which relief is made: levels raises a cone or dome on every pixel, as wide as the pixel is high; the "
+              "others cut a slope inside the edges of a mask, outside of them, or on both sides.");
+constexpr AttributeRow kProfile =
+    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The cross-section of the slope.");
+constexpr AttributeRow kSoften = NumberRow("soften", 0.0, 0.0, 16.0, 1.0, 0,
+                                           "Blurs the mask before the relief is made, by a Gaussian of this sigma.")
+                                     .WithUnit("px");
+constexpr AttributeRow kGrow = FlagRow(
+    "grow", false, "Enlarges the result by the radius on every side, so that what spreads outward is not cut off.");
+constexpr AttributeRow kSeamless =
+    FlagRow("seamless", true, "Treats the image as a tile: what leaves it on one side enters on the other.");
+constexpr AttributeRow kAttributes[] = {kRadius, kMultiplier, kStyle, kProfile, kSoften, kGrow, kSeamless};
 
 /// What the attributes ask for, as far as the styles need it.
 struct Settings {
   int radius_px = 0;
-  int style = kLevels;
+  ReliefStyle style = ReliefStyle::kLevels;
   ReliefProfile profile = ReliefProfile::kLinear;
   bool seamless = false;
 };
 
-/// A word that is not in the list counts as the first.
-ReliefProfile GetProfile(int index) { return index < 0 ? ReliefProfile::kLinear : static_cast<ReliefProfile>(index); }
+/// Whether a radius that a connection delivers is one that pixels can be counted with. NaN counts as 0.
+bool IsCountable(double radius) { return !(radius > std::numeric_limits<int>::max()); }
+
+std::string DescribeTooLarge(double radius) {
+  std::array<char, 128> text{};
+  static_cast<void>(std::snprintf(text.data(), text.size(),
+                                  "Relief: a radius of %g pixels is too large; the largest is %d.", radius,
+                                  std::numeric_limits<int>::max()));
+  return text.data();
+}
 
 ScEng::Box2I GetGrownBox(const Image& image, std::int64_t by) {
   const ScEng::Box2I box = image.GetBox();
@@ -103,12 +120,13 @@ void DrawLevels(const Image& mask, const Settings& settings, Image& output) {
     pool.AddTask([&analysis, samples, from, to] { analysis.ComputeRows(from, to, samples); });
   }
   Log::Info("ThreadPool Work DoLevelsBumpWorker - finish");
+  pool.Wait();
 }
 
 void DrawPillowEmboss(ReliefBevel::Analysis& analysis, const Settings& settings, Image& output) {
   const float full = 1.0F;
   Filter::Fill(output, nullptr, &full, 0);
-  const int inner = static_cast<int>(std::floor(static_cast<float>(settings.radius_px) * 0.5F));
+  const int inner = settings.radius_px / 2;
   const int outer = settings.radius_px - inner;
   analysis.Draw({.steps = outer, .start = outer, .is_inverted = true, .profile = settings.profile}, output);
   analysis.Draw({.steps = inner, .start = 0, .is_inverted = false, .profile = settings.profile}, output);
@@ -116,12 +134,10 @@ void DrawPillowEmboss(ReliefBevel::Analysis& analysis, const Settings& settings,
 
 void DrawBevel(const Image& mask, const Settings& settings, Image& output) {
   ReliefBevel::Analysis analysis(mask, settings.seamless);
-  if (settings.style == kPillowEmboss) return DrawPillowEmboss(analysis, settings, output);
+  if (settings.style == ReliefStyle::kPillowEmboss) return DrawPillowEmboss(analysis, settings, output);
   ReliefBevel::Rings rings{.steps = settings.radius_px, .profile = settings.profile};
-  if (settings.style == kOuterBevel) rings.start = settings.radius_px;
-  if (settings.style == kEmboss) {
-    rings.start = static_cast<int>(std::ceil(static_cast<float>(settings.radius_px) * 0.5F));
-  }
+  if (settings.style == ReliefStyle::kOuterBevel) rings.start = settings.radius_px;
+  if (settings.style == ReliefStyle::kEmboss) rings.start = settings.radius_px / 2 + settings.radius_px % 2;
   analysis.Draw(rings, output);
 }
 
@@ -132,17 +148,33 @@ void Multiply(Image& image, float factor) {
   image.SetValueLowHigh(std::min(0.0F, factor), std::max(0.0F, factor));
 }
 
-}  // namespace
-
-ImageReliefNode::ImageReliefNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-  UpdateInplugsAndOutplugs();
+/// The blur reads four sigmas of rows, the styles a radius, levels one more for the pixels that it leaves out.
+Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
+  const EvaluatedInputs evaluated(node, inputs);
+  const std::int64_t radius_px = std::max(evaluated.GetWholePixels(kRadius), 0);
+  const std::int64_t soften_px = std::max(evaluated.GetWholePixels(kSoften), 0);
+  const bool is_levels = GetReliefStyle(evaluated.GetChoiceIndex(kStyle)) == ReliefStyle::kLevels;
+  return Reach::Rows(4 * soften_px + radius_px + 1, evaluated.GetFlag(kSeamless),
+                     is_levels ? Reach::Range::kDeclared : Reach::Range::kNone);
 }
 
-NodeType ImageReliefNode::GetNodeType() const { return kNodeType<ImageReliefNode>; }
-std::string ImageReliefNode::GetName() const { return kDisplayName<ImageReliefNode>; }
+}  // namespace
+
+constinit const NodeRecord ImageReliefNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageReliefNode",
+    .display_name = "Relief",
+    .type = NodeType(10, 288, 26),
+    .icon = "Relief",
+    .group = "Shape",
+    .sentence = "Turns a mask or height field into a relief whose edges rise by a chosen profile over a chosen radius.",
+    .keywords = "bevel,emboss,pillow,chisel,extrude,dilate,cone,dome,slope,blur,soften",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = FindReach,
+    .run_test = SelfTests::RunRelief,
+};
 
 std::string ImageReliefNode::TranslateAttributeName(unsigned version, const std::string& name) const {
   return version == 0 && name == "height" ? "multiplier" : name;
@@ -153,19 +185,22 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   const Image* image = BeginEvaluation(*this, evaluated, output_);
   if (image == nullptr) return;
 
-  const int radius_px = ScEng::RoundHalfDown(evaluated.GetNumber(kRadius));
-  const auto soften_px = static_cast<float>(ScEng::RoundHalfDown(evaluated.GetNumber(kSoften)));
+  const double radius = evaluated.GetDouble(kRadius);
+  const int radius_px = evaluated.GetWholePixels(kRadius);
+  const auto soften_px = static_cast<float>(evaluated.GetWholePixels(kSoften));
   const float multiplier = evaluated.GetNumber(kMultiplier);
-  // A connection may deliver a radius that the attribute would not take. One beyond this counts as this.
-  constexpr int kLargestRadius = 2048;
-  const Settings settings{.radius_px = std::clamp(radius_px, -1, kLargestRadius),
-                          .style = evaluated.GetChoiceIndex(kStyle),
-                          .profile = GetProfile(evaluated.GetChoiceIndex(kProfile)),
+  const Settings settings{.radius_px = radius_px,
+                          .style = GetReliefStyle(evaluated.GetChoiceIndex(kStyle)),
+                          .profile = GetReliefProfile(evaluated.GetChoiceIndex(kProfile)),
                           .seamless = evaluated.GetFlag(kSeamless)};
 
   const ScEng::Box2I box = GetGrownBox(*image, evaluated.GetFlag(kGrow) ? radius_px : 0);
   if (box.Width() > Image::GetMaxSizeX() || box.Height() > Image::GetMaxSizeY()) {
     SetState(evaluation, Node::State::kError, kOversizeMessage);
+    return;
+  }
+  if (!IsCountable(radius)) {
+    SetState(evaluation, Node::State::kError, DescribeTooLarge(radius));
     return;
   }
   const std::unique_ptr<const Image> cutout(
@@ -180,12 +215,12 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   const float zero = 0.0F;
   auto output = std::make_unique<Image>(mask.GetImageHeader(), &zero);
   switch (settings.style) {
-    case kLevels: DrawLevels(mask, settings, *output); break;
-    case kInnerBevel:
-    case kOuterBevel:
-    case kEmboss:
-    case kPillowEmboss: DrawBevel(mask, settings, *output); break;
-    default: break;
+    case ReliefStyle::kLevels: DrawLevels(mask, settings, *output); break;
+    case ReliefStyle::kInnerBevel:
+    case ReliefStyle::kOuterBevel:
+    case ReliefStyle::kEmboss:
+    case ReliefStyle::kPillowEmboss: DrawBevel(mask, settings, *output); break;
+    case ReliefStyle::kNone: break;
   }
   if (multiplier != 1.0F) Multiply(*output, multiplier);
   output_.Set(output.release());

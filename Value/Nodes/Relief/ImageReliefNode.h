@@ -4,21 +4,16 @@
 #include <string>
 #include <vector>
 
-#include "Host/Tools/Node.h"
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
-#include "Value/Core/OutputImages.h"
-#include "Value/SelfTests/SelfTests.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// Turns a mask or height field into a relief whose edges rise by a profile over a radius.
 class ImageReliefNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageReliefNode", "Relief", NodeType(10, 288, 26), "Relief",
-                                      SelfTests::RunRelief};
+  static const NodeRecord kRecord;
 
-  ImageReliefNode();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageReliefNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageReliefNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageReliefNode>; }
   [[nodiscard]] unsigned GetAttributeVersion() const override { return 1; }
   /// Documents of version 0 call the multiplier "height".
   [[nodiscard]] std::string TranslateAttributeName(unsigned version, const std::string& name) const override;

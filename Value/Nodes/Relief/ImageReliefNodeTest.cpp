@@ -5,14 +5,16 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "Host/Image/Filter.h"
 #include "Host/Util/Log.h"
-#include "Host/Util/ParallelRows.h"
+#include "Tests/Support/HostTesting.h"
 #include "Tests/Support/ValueTesting.h"
-#include "Value/Nodes/Relief/ReliefLevels.h"
+#include "Tests/Support/WatchedMemory.h"
+#include "Value/Nodes/Relief/ReliefLevelsReference.h"
 
 namespace {
 
@@ -225,6 +227,97 @@ TEST_F(ReliefNode, EndsInTheErrorStateForAnyRadiusTooLargeToGrowBy) {
   }
 }
 
+TEST_F(ReliefNode, FailsWhereATaskOfItsFails) {
+  // Every task lists the blocks of 64 x 64 pixels that it looks at, 37 x 3 of them; nothing else has the size of such a
+  // list.
+  constexpr int kWidth = 37 * 64;
+  constexpr int kHeight = 3 * 64;
+  const ImageRef image =
+      MakeImage(kWidth, kHeight, ColorMode::kValue, std::vector<float>(std::size_t{kWidth} * kHeight, 0.5F));
+  Set(3, "levels");
+  const auto inputs = MakeInputs(*node_, {image.Get()});
+  for (const int spared : {0, 7}) {
+    {
+      const Testing::FailingAllocations failing(std::size_t{37} * 3 * sizeof(int), spared);
+      EXPECT_THROW(node_->Evaluate(0, inputs), std::bad_alloc) << spared;
+    }
+    EXPECT_EQ(node_->GetOutputImage(0), nullptr);
+    node_->Evaluate(0, inputs);
+    EXPECT_NE(node_->GetOutputImage(0), nullptr);
+  }
+}
+
+TEST_F(ReliefNode, TakesARadiusFarBeyondItsBounds) {
+  std::vector<float> samples(2501, 0.0F);
+  samples.back() = 1.0F;
+  const ImageRef image = MakeRow(samples);
+  auto inputs = MakeInputs(*node_, {image.Get()});
+  AttributePlug(*node_, inputs, "seamless") = false;
+  AttributePlug(*node_, inputs, "radius") = 4000.0;
+  node_->Evaluate(0, inputs);
+  // The cone of the last pixel is 4000 wide; the first one is 2500 pixels away.
+  EXPECT_EQ(GetSamples(*node_->GetOutputImage(0)).front(), 0.375F);
+  AttributePlug(*node_, inputs, "style") = std::string("outer_bevel");
+  node_->Evaluate(0, inputs);
+  // Drawn up to step 4000 - 2500, with the level of t = 1501 / 4000.
+  EXPECT_EQ(GetSamples(*node_->GetOutputImage(0)).front(), 1501.0F * (1.0F / 4000.0F));
+}
+
+TEST_F(ReliefNode, ComesToAnEndWithAnyRadiusThatIsDelivered) {
+  const ImageRef soft = MakeImage(3, 2, ColorMode::kValue, {0.0F, 0.25F, 0.5F, 1.0F, 0.0F, 0.75F});
+  const ImageRef hard = MakeImage(3, 2, ColorMode::kValue, {0.0F, 1.0F, 1.0F, 1.0F, 0.0F, 1.0F});
+  for (const ImageRef& image : {soft, hard}) {
+    auto inputs = MakeInputs(*node_, {image.Get()});
+    for (const char* style : kStyles) {
+      for (const char* profile : kProfiles) {
+        for (const bool seamless : {false, true}) {
+          const bool repeats = std::string(style) == "levels" && std::string(profile) == "smooth" && seamless;
+          AttributePlug(*node_, inputs, "style") = std::string(style);
+          AttributePlug(*node_, inputs, "profile") = std::string(profile);
+          AttributePlug(*node_, inputs, "seamless") = seamless;
+          for (const double radius : {1e6, 1e9, 2147483647.0}) {
+            SCOPED_TRACE(std::string(style) + ", " + profile + ", " + std::to_string(radius));
+            AttributePlug(*node_, inputs, "radius") = radius;
+            if (repeats) {
+              EXPECT_THROW(node_->Evaluate(0, inputs), std::bad_alloc);
+              continue;
+            }
+            node_->Evaluate(0, inputs);
+            const Image* output = node_->GetOutputImage(0);
+            ASSERT_NE(output, nullptr);
+            EXPECT_EQ(node_->GetState(), Node::State::kIdle);
+            // Nothing is above the highest value, and a pixel that has it is there in every style.
+            const std::vector<float> samples = GetSamples(*output);
+            EXPECT_LE(*std::max_element(samples.begin(), samples.end()), 1.0F);
+            EXPECT_GE(*std::min_element(samples.begin(), samples.end()), 0.0F);
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST_F(ReliefNode, EndsInTheErrorStateForARadiusThatCountsNoPixels) {
+  const ImageRef image = MakeRow({0, 1});
+  auto inputs = MakeInputs(*node_, {image.Get()});
+  AttributePlug(*node_, inputs, "radius") = 1e300;
+  node_->Evaluate(0, inputs);
+  EXPECT_EQ(node_->GetOutputImage(0), nullptr);
+  EXPECT_TRUE(IsInErrorState(*node_, "Relief: a radius of 1e+300 pixels is too large; the largest is 2147483647."));
+}
+
+TEST_F(ReliefNode, RaisesNothingWithANegativeRadius) {
+  ImageRef image = MakeRow({0.25F, 0.75F, 1.5F, 0.0F, -0.5F});
+  image->SetValueLowHigh(-1.0F, 1.0F);
+  auto inputs = MakeInputs(*node_, {image.Get()});
+  for (const double radius : {-1.0, -3.0, -1e300}) {
+    AttributePlug(*node_, inputs, "radius") = radius;
+    node_->Evaluate(0, inputs);
+    // The disc is empty, so that a pixel above 0 gets the low value, unless it keeps its own from the high value up.
+    EXPECT_TRUE(HoldsSamples(node_->GetOutputImage(0), {-1, -1, 1.5F, 0, 0})) << radius;
+  }
+}
+
 TEST_F(ReliefNode, MultipliesTheReliefAndSetsItsRange) {
   Set(2, "levels");
   ImageRef image = MakeRow({0, 1, 0.5F});
@@ -272,10 +365,28 @@ TEST_F(ReliefNode, RoundsTheRadiusWithHalvesGoingDown) {
   };
   EXPECT_EQ(get_set(2.5), 3);
   EXPECT_EQ(get_set(2.51), 4);
+  // Above one half as a double, not as a float.
+  EXPECT_EQ(get_set(2.5 + 1e-9), 4);
   EXPECT_EQ(get_set(0.5), 0);
   EXPECT_EQ(get_set(1.9), 3);
   EXPECT_EQ(get_set(-4.0), 0);
   EXPECT_EQ(get_set(kNan), 0);
+}
+
+TEST_F(ReliefNode, RoundsTheSofteningBeforeItIsNarrowed) {
+  const ImageRef image = MakeRow({0, 0, 0, 1, 0, 0});
+  auto inputs = MakeInputs(*node_, {image.Get()});
+  AttributePlug(*node_, inputs, "radius") = 0.0;
+  const auto soften = [&](double sigma) {
+    AttributePlug(*node_, inputs, "soften") = sigma;
+    node_->Evaluate(0, inputs);
+    return GetSamples(*node_->GetOutputImage(0));
+  };
+  const std::vector<float> by_two = soften(2.0);
+  const std::vector<float> by_three = soften(3.0);
+  EXPECT_NE(by_two, by_three);
+  EXPECT_EQ(soften(2.5), by_two);
+  EXPECT_EQ(soften(2.5 + 1e-9), by_three);
 }
 
 TEST_F(ReliefNode, ReadsPlugsWithoutAValueAsZeroAndNoStyle) {
@@ -305,13 +416,13 @@ TEST_F(ReliefNode, GivesTheSameSamplesWithAnyNumberOfThreads) {
   SetNumber(*node_, "soften", 3);
   for (const char* style : kStyles) {
     Set(6, style, true);
-    ScEng::SetNumThreads(1);
-    const std::vector<float> expected = GetSamples(*Evaluate(image));
-    for (const std::size_t threads : {2U, 16U}) {
-      ScEng::SetNumThreads(threads);
-      EXPECT_TRUE(HoldsSamples(Evaluate(image), expected)) << style;
+    std::vector<float> expected;
+    for (const std::size_t threads : {1U, 2U, 16U}) {
+      const Testing::ThreadsScope scope(threads);
+      const Image* output = Evaluate(image);
+      if (expected.empty()) expected = GetSamples(*output);
+      EXPECT_TRUE(HoldsSamples(output, expected)) << style << ", " << threads << " threads";
     }
-    ScEng::SetNumThreads(0);
   }
 }
 
@@ -324,18 +435,17 @@ TEST_F(ReliefNode, ComputesTheLevelsOfTheWholeImageByTheirDefinition) {
   for (int profile = 0; profile < 4; ++profile) {
     Set(9, "levels", true);
     SetChoice(*node_, "profile", kProfiles[profile]);
-    std::vector<float> expected(samples.size());
     // With a set pixel in every neighbourhood of 10 pixels, the grown mask is everywhere.
-    ReliefLevels::ComputeRowsPlainly({.mask = samples.data(),
-                                      .grown = all.data(),
-                                      .width = 45,
-                                      .height = 37,
-                                      .wrap = true,
-                                      .radius_px = 9,
-                                      .profile = static_cast<ReliefProfile>(profile),
-                                      .low = -0.125F,
-                                      .high = 0.625F},
-                                     0, 37, expected.data());
+    const std::vector<float> expected =
+        ReliefLevels::Reference::Compute({.mask = samples.data(),
+                                          .grown = all.data(),
+                                          .width = 45,
+                                          .height = 37,
+                                          .wrap = true,
+                                          .radius_px = 9,
+                                          .profile = static_cast<ReliefProfile>(profile),
+                                          .low = -0.125F,
+                                          .high = 0.625F});
     EXPECT_TRUE(HoldsSamples(Evaluate(image), expected)) << kProfiles[profile];
   }
 }

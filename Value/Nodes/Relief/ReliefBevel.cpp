@@ -7,6 +7,9 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <numeric>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "Host/Image/EuclideanDistance.h"
@@ -16,8 +19,12 @@
 namespace ReliefBevel {
 namespace {
 
-/// More than any radius: no ring reaches so far.
-constexpr int kNever = std::numeric_limits<std::int16_t>::max();
+/// The offsets of pixels that are in no ring however far the mask grows, and in every ring however far it shrinks. No
+/// distance within an image comes near them.
+constexpr std::int32_t kNever = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kAlways = std::numeric_limits<std::int32_t>::min();
+/// The largest float that fits.
+constexpr float kFurthest = 2147483520.0F;
 
 float GetLevelOfStep(const Rings& rings, int step) {
   const float t = static_cast<float>(step + 1) * (1.0F / static_cast<float>(rings.steps));
@@ -26,14 +33,102 @@ float GetLevelOfStep(const Rings& rings, int step) {
 
 bool IsSet(float sample) { return sample > 0.0F; }
 
-/// Each pixel's distance from the nearest set one, rounded up to whole pixels; at most kNever.
-std::vector<std::int16_t> FindWholeDistances(const Image& mask, bool wrap) {
+/// Each pixel's distance from the nearest set one, rounded up to whole pixels; kNever where there is none.
+std::vector<std::int32_t> FindWholeDistances(const Image& mask, bool wrap) {
   const std::unique_ptr<const Image> distances(EuclideanDistance(mask, 0.0F, false, wrap));
   if (!distances) throw std::bad_alloc();
-  std::vector<std::int16_t> whole(distances->GetNumSamples());
-  std::transform(distances->GetConstArray(), distances->GetConstArray() + whole.size(), whole.begin(),
-                 [](float d) { return static_cast<std::int16_t>(std::min(std::ceil(d), static_cast<float>(kNever))); });
+  std::vector<std::int32_t> whole(distances->GetNumSamples());
+  std::transform(distances->GetConstArray(), distances->GetConstArray() + whole.size(), whole.begin(), [](float d) {
+    const auto rounded = static_cast<std::int32_t>(std::min(std::ceil(d), kFurthest));
+    return d <= kFurthest ? rounded : kNever;
+  });
   return whole;
+}
+
+/// What every sample of the mask becomes by a disc that covers it all.
+float FindCovering(const Image& mask, int radius, bool by_growing) {
+  Image covered(mask.GetImageHeader(), nullptr);
+  Filter::Copy(&mask, &covered);
+  ImageRegion region;
+  region.Init(&covered, 0, 0, covered.GetSizeX(), covered.GetSizeY(), -1);
+  const auto whole = static_cast<float>(radius);
+  if (by_growing) {
+    region.Grow(whole, whole, true);
+  } else {
+    region.Shrink(whole, whole, true);
+  }
+  return covered.GetConstArray()[0];
+}
+
+/// The different numbers among the samples of an image that is filled with the same strength everywhere. All samples
+/// with one number stay alike, and soon most of the numbers meet.
+class ValuesInStep {
+ public:
+  explicit ValuesInStep(const Image& image)
+      : starts_(image.GetConstArray(), image.GetConstArray() + image.GetNumSamples()) {
+    KeepDifferent(starts_);
+    values_ = starts_;
+    places_.resize(starts_.size());
+    std::iota(places_.begin(), places_.end(), std::size_t{0});
+  }
+
+  /// Blends steps [from, to) of the rings into all values.
+  void Blend(const Rings& rings, int from, int to, float strength) {
+    constexpr int kStepsBetweenMeetings = 64;
+    while (from < to) {
+      if (static_cast<double>(to - from) * static_cast<double>(values_.size()) > kMostBlends) {
+        throw std::runtime_error("Relief: a bevel of " + std::to_string(rings.steps) +
+                                 " rings takes too long on a mask that is soft everywhere; use a smaller radius.");
+      }
+      const int next = values_.size() == 1 ? to : from + std::min(kStepsBetweenMeetings, to - from);
+      for (; from < next; ++from) {
+        const float level = GetLevelOfStep(rings, from);
+        for (float& value : values_) value = value + (level - value) * strength;
+      }
+      Meet();
+    }
+  }
+
+  /// Where a sample has come to that was `start`.
+  [[nodiscard]] float Get(float start) const {
+    const auto found = std::lower_bound(starts_.begin(), starts_.end(), start);
+    return values_[places_[static_cast<std::size_t>(found - starts_.begin())]];
+  }
+
+ private:
+  static void KeepDifferent(std::vector<float>& values) {
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+  }
+
+  void Meet() {
+    std::vector<float> different = values_;
+    KeepDifferent(different);
+    for (std::size_t& place : places_) {
+      const auto found = std::lower_bound(different.begin(), different.end(), values_[place]);
+      place = static_cast<std::size_t>(found - different.begin());
+    }
+    values_ = std::move(different);
+  }
+
+  std::vector<float> starts_;
+  std::vector<float> values_;
+  /// For each start the index of its value.
+  std::vector<std::size_t> places_;
+};
+
+/// Draws steps [from, to) of the rings, for which the mask is the same number everywhere.
+void DrawEvenly(float mask, const Rings& rings, int from, int to, Image& output) {
+  if (from >= to || !(mask > 0.0F)) return;
+  if (mask >= 1.0F) {
+    const float last = GetLevelOfStep(rings, to - 1);
+    Filter::Fill(output, nullptr, &last, 0);
+    return;
+  }
+  ValuesInStep values(output);
+  values.Blend(rings, from, to, mask);
+  float* samples = output.GetArray();
+  std::transform(samples, samples + output.GetNumSamples(), samples, [&](float sample) { return values.Get(sample); });
 }
 
 }  // namespace
@@ -49,9 +144,17 @@ float GetLevel(ReliefProfile profile, float v) {
 }
 
 void DrawStepByStep(const Image& mask, bool wrap, const Rings& rings, Image& output) {
-  if (rings.steps <= 0) return;
+  if (rings.steps <= 0 || mask.GetNumSamples() == 0) return;
+  // The offset from which on a disc covers the whole mask, whichever pixel it is around.
+  const int covering = static_cast<int>(
+      std::ceil(std::hypot(static_cast<double>(mask.GetSizeX()), static_cast<double>(mask.GetSizeY()))));
+  const int last = rings.steps - 1;
+  // Steps [0, first) grow the mask at least so far, and steps from `end` on shrink it so far.
+  const int first = std::clamp(rings.start - covering + 1, 0, rings.steps);
+  const int end = rings.start - last > -covering ? rings.steps : std::max(first, rings.start + covering);
+  if (first > 0) DrawEvenly(FindCovering(mask, covering, true), rings, 0, first, output);
   Image working(mask.GetImageHeader(), nullptr);
-  for (int i = 0; i < rings.steps; ++i) {
+  for (int i = first; i < end; ++i) {
     const auto offset = static_cast<float>(rings.start - i);
     Filter::Copy(&mask, &working);
     ImageRegion region;
@@ -61,6 +164,7 @@ void DrawStepByStep(const Image& mask, bool wrap, const Rings& rings, Image& out
     const float level = GetLevelOfStep(rings, i);
     Filter::Fill(output, &working, &level, 0);
   }
+  if (end < rings.steps) DrawEvenly(FindCovering(mask, covering, false), rings, end, rings.steps, output);
 }
 
 Analysis::Analysis(const Image& mask, bool wrap) : mask_(mask), wrap_(wrap) {
@@ -76,27 +180,39 @@ void Analysis::Draw(const Rings& rings, Image& output) {
   if (least_offsets_.empty()) {
     least_offsets_.resize(mask_.GetNumSamples());
     std::transform(mask_.GetConstArray(), mask_.GetConstArray() + least_offsets_.size(), least_offsets_.begin(),
-                   [](float sample) { return static_cast<std::int16_t>(IsSet(sample) ? 0 : kNever); });
+                   [](float sample) { return IsSet(sample) ? 0 : kNever; });
   }
   const int last_step = rings.steps - 1;
   if (rings.start > 0) FindGrown();
   if (rings.start - last_step < 0) FindShrunk();
 
+  // A table pays where it is shorter than the image.
   std::vector<float> levels;
-  levels.reserve(static_cast<std::size_t>(rings.steps));
-  for (int i = 0; i < rings.steps; ++i) levels.push_back(GetLevelOfStep(rings, i));
+  if (static_cast<std::size_t>(rings.steps) <= least_offsets_.size()) {
+    levels.reserve(static_cast<std::size_t>(rings.steps));
+    for (int i = 0; i < rings.steps; ++i) levels.push_back(GetLevelOfStep(rings, i));
+  }
+  const auto get_level = [&](int step) {
+    return levels.empty() ? GetLevelOfStep(rings, step) : levels[static_cast<std::size_t>(step)];
+  };
+  const float last_level = get_level(last_step);
+  const std::int32_t least_of_last = rings.start - last_step;
   float* samples = output.GetArray();
   for (std::size_t i = 0; i < least_offsets_.size(); ++i) {
     // Later rings lie within earlier ones, so the last that a pixel belongs to is what is seen.
-    const int step = std::min(rings.start - least_offsets_[i], last_step);
-    if (step >= 0) samples[i] = levels[static_cast<std::size_t>(step)];
+    const std::int32_t least = least_offsets_[i];
+    if (least <= least_of_last) {
+      samples[i] = last_level;
+    } else if (least <= rings.start && least != kNever) {
+      samples[i] = get_level(rings.start - least);
+    }
   }
 }
 
 /// A pixel outside is set once the mask is grown by its distance from it.
 void Analysis::FindGrown() {
   if (std::exchange(has_grown_, true)) return;
-  const std::vector<std::int16_t> distances = FindWholeDistances(mask_, wrap_);
+  const std::vector<std::int32_t> distances = FindWholeDistances(mask_, wrap_);
   for (std::size_t i = 0; i < distances.size(); ++i) {
     if (distances[i] > 0) least_offsets_[i] = distances[i];
   }
@@ -108,9 +224,9 @@ void Analysis::FindShrunk() {
   Image outside(mask_.GetImageHeader(), nullptr);
   std::transform(mask_.GetConstArray(), mask_.GetConstArray() + mask_.GetNumSamples(), outside.GetArray(),
                  [](float sample) { return IsSet(sample) ? 0.0F : 1.0F; });
-  const std::vector<std::int16_t> distances = FindWholeDistances(outside, wrap_);
+  const std::vector<std::int32_t> distances = FindWholeDistances(outside, wrap_);
   for (std::size_t i = 0; i < distances.size(); ++i) {
-    if (distances[i] > 0) least_offsets_[i] = static_cast<std::int16_t>(1 - distances[i]);
+    if (distances[i] > 0) least_offsets_[i] = distances[i] == kNever ? kAlways : 1 - distances[i];
   }
 }
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Host/Image/Image.h"
-#include "Value/Nodes/Relief/ReliefProfile.h"
+#include "Value/Nodes/Relief/ReliefChoices.h"
 
 /// The bevel styles of the Relief node: rings of rising level around the edge of a mask, each drawn over the one
 /// before.
@@ -20,6 +20,9 @@ struct Rings {
   ReliefProfile profile = ReliefProfile::kLinear;
 };
 
+/// How many values may be blended with levels, step by step, once the discs cover the mask: some minutes of work.
+inline constexpr double kMostBlends = 3e10;
+
 /// The level of a ring, in single precision: linear v, smooth (3 - 2v) * v^2, arc out sqrt(1 - (v - 1)^2), arc in
 /// 1 - sqrt(1 - v^2).
 float GetLevel(ReliefProfile profile, float v);
@@ -27,7 +30,9 @@ float GetLevel(ReliefProfile profile, float v);
 /// Draws a bevel as it is defined: one copy of the mask for each step, grown or shrunk by a disc and filled into the
 /// output. `output` and `mask` are images of one size in the value mode.
 ///
-/// Takes time in proportion to the steps, and to their offsets where the mask has more than two different samples.
+/// Takes time in proportion to the steps, and to their offsets where the mask has more than two different samples; but
+/// where a disc covers the whole mask, all pixels of one value are drawn at once. Throws `std::runtime_error` where
+/// that still leaves more to do than `kMostBlends`.
 void DrawStepByStep(const Image& mask, bool wrap, const Rings& rings, Image& output);
 
 /// What the bevels of one mask have in common.
@@ -50,7 +55,7 @@ class Analysis {
   bool wrap_;
   bool is_hard_;
   /// The least number of pixels by which the mask must grow (negative: may shrink) for a pixel to be set.
-  std::vector<std::int16_t> least_offsets_;
+  std::vector<std::int32_t> least_offsets_;
   bool has_grown_ = false;
   bool has_shrunk_ = false;
 };

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -216,6 +217,65 @@ TEST(ReliefBevel, IsTheSameAsTheDefinitionForEveryKindOfMask) {
       }
     }
   }
+}
+
+TEST(ReliefBevel, IsTheSameAsTheDefinitionWhereDiscsCoverTheMask) {
+  // Soft in places, and soft everywhere, so that the rings beyond the mask still change it.
+  const std::vector<std::vector<float>> kinds = {
+      {0.0F, 1.0F}, {0.0F, 0.25F, 0.5F, 1.0F}, {0.25F, 0.5F, 0.375F}, {0.875F, 0.0625F, 0.5F, kNan}, {kNan}};
+  for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+    const ImageRef mask = MakeMask(5, 3, static_cast<std::uint32_t>(kind), kinds[kind]);
+    for (const bool wrap : {false, true}) {
+      for (const int start : {0, 7, 12, 24, -9}) {
+        for (const bool is_inverted : {false, true}) {
+          const Rings rings{.steps = 24,
+                            .start = start,
+                            .is_inverted = is_inverted,
+                            .profile = kProfiles[static_cast<std::size_t>(start + 9) % kProfiles.size()]};
+          SCOPED_TRACE("kind " + std::to_string(kind) + ", wrap " + std::to_string(wrap) + ", start " +
+                       std::to_string(start));
+          std::vector<float> expected(mask->GetNumSamples(), 0.0F);
+          Reference(*mask, wrap).Draw(rings, expected);
+          ExpectDrawn(*mask, wrap, rings, expected);
+        }
+      }
+    }
+  }
+}
+
+TEST(ReliefBevel, ReachesPixelsFurtherAwayThanSixteenBitsCount) {
+  const Testing::MaxSizeScope scope(40001, 1);
+  std::vector<float> samples(40001, 0.0F);
+  samples.back() = 1.0F;
+  const ImageRef mask = MakeRow(samples);
+  const ImageRef canvas = MakeCanvas(*mask, 0.0F);
+  ReliefBevel::Analysis(*mask, false).Draw({.steps = 65536, .start = 65536}, *canvas);
+  // The pixel at a distance of d is in every ring up to the one with the offset d, number 65536 - d from 0.
+  const std::vector<float> drawn = GetSamples(*canvas);
+  EXPECT_EQ(drawn[0], 25537.0F / 65536.0F);
+  EXPECT_EQ(drawn[20000], 45537.0F / 65536.0F);
+  EXPECT_EQ(drawn[40000], 1.0F);
+}
+
+TEST(ReliefBevel, DrawsAThousandMillionRings) {
+  constexpr int kMany = 1000000000;
+  // Growing, the last ring is drawn with an offset of 1, and covers both pixels. Shrinking, only the first one, with an
+  // offset of 0, is left where there is an outside.
+  ExpectDrawn(*MakeRow({1, 0}), false, {.steps = kMany, .start = kMany}, {1, 1});
+  ExpectDrawn(*MakeRow({1, 1}), false, {.steps = kMany, .start = 0}, {1, 1});
+  ExpectDrawn(*MakeRow({1, 0}), false, {.steps = kMany, .start = 0}, {1e-9F, 0});
+  ExpectDrawn(*MakeRow({0, 0}), false, {.steps = kMany, .start = kMany}, {0, 0});
+}
+
+TEST(ReliefBevel, RefusesRingsThatWouldTakeTooLongOnASoftMask) {
+  // With so little strength no two of the values ever meet.
+  std::vector<float> samples;
+  for (int i = 0; i < 64; ++i) samples.push_back(1e-30F);
+  const ImageRef mask = MakeRow(samples);
+  const ImageRef canvas = MakeCanvas(*mask, 0.0F);
+  for (int i = 0; i < 64; ++i) canvas->GetArray()[i] = static_cast<float>(i + 1) / 64.0F;
+  EXPECT_THROW(ReliefBevel::DrawStepByStep(*mask, false, {.steps = 1000000000, .start = 1000000000}, *canvas),
+               std::runtime_error);
 }
 
 TEST(ReliefBevel, DrawsSeveralBevelsOfOneMaskOverEachOther) {

@@ -10,14 +10,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "Host/Util/ThreadPool.h"
+#include "Tests/Support/HostTesting.h"
 #include "Tests/Support/InstructionSets.h"
 #include "Tests/Support/ValueTesting.h"
+#include "Value/Nodes/Relief/ReliefLevelsReference.h"
 
 namespace {
+
+namespace Reference = ReliefLevels::Reference;
 
 using Testing::AreSame;
 using Testing::kInfinity;
@@ -60,101 +66,6 @@ std::vector<float> Compute(const Scene& scene) {
   }
   return output;
 }
-
-std::vector<float> ComputePlainly(const Scene& scene) {
-  std::vector<float> output(scene.mask.size(), -1.0F);
-  ReliefLevels::ComputeRowsPlainly(scene.GetField(), 0, scene.height, output.data());
-  return output;
-}
-
-/// The definition, from a table of the disc's offsets, with all roots in double precision.
-class Reference {
- public:
-  explicit Reference(const Scene& scene) : scene_(scene) {
-    const int r = scene.radius;
-    for (int j = 0; j <= 2 * r; ++j) {
-      for (int i = 0; i <= 2 * r; ++i) {
-        const double dx = i - r;
-        const double dy = j - r;
-        const auto d = static_cast<float>(std::sqrt(dx * dx + dy * dy));
-        if (d < static_cast<float>(r)) disc_.push_back({i, j, d});
-      }
-    }
-  }
-
-  [[nodiscard]] std::vector<float> Compute() const {
-    std::vector<float> output(scene_.mask.size(), 0.0F);
-    for (int y = 0; y < scene_.height; ++y) {
-      for (int x = 0; x < scene_.width; ++x) {
-        if (scene_.grown[GetIndex(x, y)] > 0.0F) output[GetIndex(x, y)] = ComputePixel(x, y);
-      }
-    }
-    return output;
-  }
-
- private:
-  struct Record {
-    std::int32_t i;
-    std::int32_t j;
-    float d;
-  };
-
-  [[nodiscard]] std::size_t GetIndex(int x, int y) const {
-    return static_cast<std::size_t>(y) * static_cast<std::size_t>(scene_.width) + static_cast<std::size_t>(x);
-  }
-
-  static int Wrap(int at, int size) {
-    while (at < 0) at += size;
-    while (at >= size) at -= size;
-    return at;
-  }
-
-  [[nodiscard]] float GetLevel(float t) const {
-    const float u = 1.0F - t;
-    if (scene_.profile == ReliefProfile::kSmooth) {
-      const float slope = 3.0F - 2.0F * u;
-      const float square = u * u;
-      return slope * square;
-    }
-    if (scene_.profile == ReliefProfile::kArcOut) {
-      const float square = t * t;
-      return static_cast<float>(std::sqrt(static_cast<double>(1.0F - square)));
-    }
-    if (scene_.profile == ReliefProfile::kArcIn) {
-      const float square = u * u;
-      return 1.0F - static_cast<float>(std::sqrt(static_cast<double>(1.0F - square)));
-    }
-    return u;
-  }
-
-  [[nodiscard]] float ComputePixel(int x, int y) const {
-    const float a = scene_.mask[GetIndex(x, y)];
-    if (a >= scene_.high) return a;
-    const float range = scene_.high - scene_.low;
-    const float inverse = 1.0F / range;
-    float largest = scene_.low;
-    for (const Record& record : disc_) {
-      int source_x = x + record.i - scene_.radius;
-      int source_y = y + record.j - scene_.radius;
-      if (scene_.wrap) {
-        source_x = Wrap(source_x, scene_.width);
-        source_y = Wrap(source_y, scene_.height);
-      }
-      if (source_x < 0 || source_x >= scene_.width || source_y < 0 || source_y >= scene_.height) continue;
-      const float b = scene_.mask[GetIndex(source_x, source_y)];
-      const float q = (b - scene_.low) * inverse;
-      const float quotient = record.d / (static_cast<float>(scene_.radius) * q);
-      const float from_zero = 0.0F < quotient ? quotient : 0.0F;
-      const float t = from_zero < 1.0F ? from_zero : 1.0F;
-      const float candidate = GetLevel(t) * q * range + scene_.low;
-      if (largest < candidate) largest = candidate;
-    }
-    return largest;
-  }
-
-  const Scene& scene_;
-  std::vector<Record> disc_;
-};
 
 testing::AssertionResult AreSameSamples(const std::vector<float>& actual, const std::vector<float>& expected) {
   for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -222,16 +133,16 @@ Scene MakeScene(int width, int height, std::size_t kind, std::uint32_t seed) {
   return scene;
 }
 
-void ExpectSameAsReference(const Scene& scene) {
-  const std::vector<float> expected = Reference(scene).Compute();
-  EXPECT_TRUE(AreSameSamples(ComputePlainly(scene), expected)) << "the plain loop";
+void ExpectSameAs(const Scene& scene, const std::vector<float>& expected) {
   OnEveryInstructionSet([&] { EXPECT_TRUE(AreSameSamples(Compute(scene), expected)); });
 }
 
-/// Both computations of the product against numbers worked out by hand.
+void ExpectSameAsReference(const Scene& scene) { ExpectSameAs(scene, Reference::Compute(scene.GetField())); }
+
+/// The computation and its definition against numbers worked out by hand.
 void ExpectSamples(const Scene& scene, const std::vector<float>& expected) {
-  EXPECT_TRUE(AreSameSamples(ComputePlainly(scene), expected)) << "the plain loop";
-  OnEveryInstructionSet([&] { EXPECT_TRUE(AreSameSamples(Compute(scene), expected)); });
+  EXPECT_TRUE(AreSameSamples(Reference::Compute(scene.GetField()), expected)) << "the definition";
+  ExpectSameAs(scene, expected);
 }
 
 TEST(ReliefLevels, RaisesAConeFromAPixelOfFullHeight) {
@@ -327,7 +238,7 @@ TEST(ReliefLevels, AnEmptyImageIsNoTrouble) {
   EXPECT_TRUE(Compute(scene).empty());
 }
 
-TEST(ReliefLevels, IsTheSameAsThePlainLoopForEveryKindOfMask) {
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForEveryKindOfMask) {
   for (std::size_t kind = 0; kind < kMasks.size(); ++kind) {
     Scene scene = MakeScene(37, 29, kind, 5);
     for (const int radius : {2, 7, 16}) {
@@ -345,7 +256,7 @@ TEST(ReliefLevels, IsTheSameAsThePlainLoopForEveryKindOfMask) {
   }
 }
 
-TEST(ReliefLevels, IsTheSameAsThePlainLoopForEverySize) {
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForEverySize) {
   constexpr std::array<std::array<int, 2>, 11> kSizes = {
       {{1, 1}, {1, 31}, {31, 1}, {2, 3}, {7, 5}, {8, 10}, {9, 11}, {64, 4}, {65, 13}, {3, 67}, {127, 2}}};
   for (const auto& [width, height] : kSizes) {
@@ -365,7 +276,7 @@ TEST(ReliefLevels, IsTheSameAsThePlainLoopForEverySize) {
   }
 }
 
-TEST(ReliefLevels, IsTheSameAsThePlainLoopAtTheLargestRadius) {
+TEST(ReliefLevels, IsTheSameAsTheDefinitionAtTheLargestRadius) {
   for (const ReliefProfile profile : kProfiles) {
     Scene scene = MakeScene(17, 3, 1, 3);
     scene.radius = 250;
@@ -376,7 +287,97 @@ TEST(ReliefLevels, IsTheSameAsThePlainLoopAtTheLargestRadius) {
   }
 }
 
-TEST(ReliefLevels, IsTheSameAsThePlainLoopForEveryRange) {
+constexpr std::array kHugeRadii = {2049, 20000, 1000000, 1000000000, 2147483647};
+
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForRadiiFarBeyondTheImage) {
+  for (const std::size_t kind : {0U, 1U, 2U, 3U, 8U, 10U}) {
+    Scene scene = MakeScene(37, 29, kind, 7);
+    for (const int radius : kHugeRadii) {
+      for (const ReliefProfile profile : kProfiles) {
+        SCOPED_TRACE(std::string(kMasks[kind].first) + ", radius " + std::to_string(radius) + ", profile " +
+                     std::to_string(static_cast<int>(profile)));
+        scene.radius = radius;
+        scene.profile = profile;
+        ExpectSameAsReference(scene);
+      }
+    }
+  }
+}
+
+TEST(ReliefLevels, TilesAsOftenAsTheRadiusReaches) {
+  for (const std::size_t kind : {0U, 2U, 10U}) {
+    Scene scene = MakeScene(9, 4, kind, 2);
+    scene.wrap = true;
+    scene.radius = 150;
+    for (const ReliefProfile profile : kProfiles) {
+      SCOPED_TRACE(std::string(kMasks[kind].first) + ", profile " + std::to_string(static_cast<int>(profile)));
+      scene.profile = profile;
+      ExpectSameAsReference(scene);
+    }
+  }
+}
+
+TEST(ReliefLevels, TakesTheNearestRepetitionWhateverTheRadius) {
+  // Candidates fall with the distance, so that repetitions further away than half the image change nothing.
+  for (const auto& [width, height] : {std::array{37, 29}, {1, 50}, {64, 1}, {7, 2}}) {
+    for (const std::size_t kind : {0U, 1U, 2U, 10U}) {
+      Scene scene = MakeScene(width, height, kind, 7);
+      scene.wrap = true;
+      for (const int radius : kHugeRadii) {
+        for (const ReliefProfile profile : {ReliefProfile::kLinear, ReliefProfile::kArcOut, ReliefProfile::kArcIn}) {
+          SCOPED_TRACE(std::string(kMasks[kind].first) + ", radius " + std::to_string(radius) + ", profile " +
+                       std::to_string(static_cast<int>(profile)));
+          scene.radius = radius;
+          scene.profile = profile;
+          ExpectSameAs(scene, Reference::Compute(scene.GetField(), width / 2, height / 2));
+        }
+      }
+    }
+  }
+}
+
+TEST(ReliefLevels, RefusesRepetitionsThatNoMemoryHolds) {
+  Scene scene = MakeScene(37, 29, 1, 7);
+  scene.wrap = true;
+  scene.profile = ReliefProfile::kSmooth;
+  for (const int radius : {1000000, 1000000000, 2147483647}) {
+    scene.radius = radius;
+    EXPECT_THROW(ReliefLevels::Analysis(scene.GetField()), std::bad_alloc) << radius;
+  }
+  // Where the range is reversed all candidates have their full height, and the nearest ones are enough.
+  scene.high = -1.0F;
+  EXPECT_NO_THROW(ReliefLevels::Analysis(scene.GetField()));
+}
+
+TEST(ReliefLevels, RoundsLargeDistancesOnce) {
+  // Squares of distances beyond 4096 need more than the 24 bits of a float. The one peak, in a corner, raises all.
+  constexpr int kWidth = 5000;
+  constexpr int kHeight = 4;
+  Scene scene{kWidth, kHeight, std::vector<float>(std::size_t{kWidth} * kHeight)};
+  scene.mask.back() = 0.75F;
+  for (std::size_t i = 0; i < scene.grown.size(); ++i) {
+    if (i % kWidth > 900 || i % 3 != 0) scene.grown[i] = 0.0F;
+  }
+  for (const ReliefProfile profile : kProfiles) {
+    scene.profile = profile;
+    for (const int radius : {6663, 7001}) {
+      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
+      scene.radius = radius;
+      ExpectSameAsReference(scene);
+    }
+  }
+}
+
+TEST(ReliefLevels, RaisesNothingWithoutADisc) {
+  for (const int radius : {0, -1, -2147483647}) {
+    Scene scene = MakeRowScene({0.25F, 0.75F, -1.0F, 2.0F, kNan, 0.5F}, radius);
+    scene.low = 0.125F;
+    scene.grown = {1.0F, 1.0F, 1.0F, 1.0F, 1.0F, 0.0F};
+    ExpectSameAs(scene, {0.125F, 0.125F, 0.125F, 2.0F, 0.125F, 0.0F});
+  }
+}
+
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForEveryRange) {
   constexpr std::array<std::array<float, 2>, 14> kRanges = {{{0.0F, 1.0F},
                                                              {-1.0F, 0.5F},
                                                              {0.3F, 0.9F},
@@ -408,6 +409,24 @@ TEST(ReliefLevels, IsTheSameAsThePlainLoopForEveryRange) {
   }
 }
 
+TEST(ReliefLevels, DoesNotDependOnTheNumberOfThreads) {
+  Scene scene = MakeScene(150, 96, 1, 9);
+  scene.radius = 30;
+  scene.wrap = true;
+  const std::vector<float> expected = Compute(scene);
+  const ReliefLevels::Analysis analysis(scene.GetField());
+  for (const std::size_t threads : {1U, 2U, 16U}) {
+    const Testing::ThreadsScope scope(threads);
+    std::vector<float> output(scene.mask.size(), -1.0F);
+    ThreadPool pool(threads);
+    for (int y = 0; y < scene.height; y += 3) {
+      pool.AddTask([&, y] { analysis.ComputeRows(y, y + 3, output.data()); });
+    }
+    pool.Wait();
+    EXPECT_TRUE(AreSameSamples(output, expected)) << threads;
+  }
+}
+
 TEST(ReliefLevels, DoesNotDependOnHowTheRowsAreSplit) {
   Scene scene = MakeScene(75, 64, 1, 9);
   scene.radius = 40;
@@ -433,7 +452,7 @@ TEST(ReliefLevels, WritesNoOtherRows) {
   EXPECT_TRUE(std::all_of(output.begin() + 180, output.end(), [](float value) { return value == -7.0F; }));
 }
 
-RC_GTEST_PROP(ReliefLevels, IsTheSameAsThePlainLoopForAnyMask, ()) {
+RC_GTEST_PROP(ReliefLevels, IsTheSameAsTheDefinitionForAnyMask, ()) {
   const int width = *rc::gen::inRange(1, 24);
   const int height = *rc::gen::inRange(1, 16);
   Scene scene =
@@ -444,7 +463,7 @@ RC_GTEST_PROP(ReliefLevels, IsTheSameAsThePlainLoopForAnyMask, ()) {
   const auto number = rc::gen::map(rc::gen::inRange(-8, 9), [](int i) { return 0.25F * static_cast<float>(i); });
   scene.low = *number;
   scene.high = *number;
-  RC_ASSERT(AreSameSamples(Compute(scene), Reference(scene).Compute()));
+  RC_ASSERT(AreSameSamples(Compute(scene), Reference::Compute(scene.GetField())));
 }
 
 RC_GTEST_PROP(ReliefLevels, IsNeverBelowThePixelNorBelowTheLowValue, ()) {

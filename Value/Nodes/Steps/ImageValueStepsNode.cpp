@@ -2,29 +2,35 @@
 #include "Value/Nodes/Steps/ImageValueStepsNode.h"
 
 #include "Host/Image/Image.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Steps/Steps.h"
+#include "Value/SelfTests/SelfTests.h"
 
 namespace {
 
-enum : unsigned { kSteps };
+constexpr AttributeRow kSteps = NumberRow("steps", 2.0, 2.0, 100000.0, 1.0, 0,
+                                          "The number of levels, n: few make broad terraces, many make fine ones.");
+constexpr AttributeRow kAttributes[] = {kSteps};
 
-constexpr AttributeRow kAttributes[] = {
-    NumberRow("steps", 2.0, 2.0, 100000.0, 1.0, 0),
-};
+Reach FindReach(const Node&, const std::vector<PlugValue>&) { return Reach::Samples(Reach::Range::kDeclared); }
 
 }  // namespace
 
-ImageValueStepsNode::ImageValueStepsNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageValueStepsNode::GetNodeType() const { return kNodeType<ImageValueStepsNode>; }
-std::string ImageValueStepsNode::GetName() const { return kDisplayName<ImageValueStepsNode>; }
+constinit const NodeRecord ImageValueStepsNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageValueStepsNode",
+    .display_name = "Value Steps",
+    .type = NodeType(10, 320, 80),
+    .icon = "Steps",
+    .group = "Remapping",
+    .sentence = "Rounds values to a number of equally spaced levels of the declared range.",
+    .keywords = "posterize,quantize,terrace,contour,bands,levels,stairs",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = FindReach,
+    .run_test = SelfTests::RunAbsolute,
+};
 
 void ImageValueStepsNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   // Disabled, or without an image, the node keeps showing its last result.

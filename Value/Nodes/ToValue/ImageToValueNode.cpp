@@ -4,32 +4,44 @@
 #include "Host/Image/Image.h"
 #include "Host/Math/Constants.h"
 #include "Host/Util/Log.h"
-#include "Value/Core/AttributeTable.h"
-#include "Value/Core/EvaluatedInputs.h"
-#include "Value/Core/EvaluationFrame.h"
+#include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/ToValue/ToValue.h"
 
 namespace {
 
-enum : unsigned { kLow, kHigh, kAutoLevel };
+constexpr AttributeRow kLow = NumberRow("low", 0.0, -999999999.0, 999999999.0, 0.01, 3,
+                                        "The value that the lower end of the source range is mapped to.");
+constexpr AttributeRow kHigh = NumberRow(
+    "high", 1.0, -999999999.0, 999999999.0, 0.01, 3,
+    "The value that the upper end of the source range is mapped to. Below low it turns the picture into its negative.");
+constexpr AttributeRow kAutoLevel = FlagRow("auto_level", false,
+                                            "On: the source range is measured, so that the darkest place becomes low "
+                                            "and the brightest high. Off: it is the nominal range of the colour mode.");
+constexpr AttributeRow kAttributes[] = {kLow, kHigh, kAutoLevel};
 
-constexpr AttributeRow kAttributes[] = {
-    NumberRow("low", 0.0, -999999999.0, 999999999.0, 0.01, 3),
-    NumberRow("high", 1.0, -999999999.0, 999999999.0, 0.01, 3),
-    FlagRow("auto_level", false),
-};
+/// The declared range is that of a value image; what is measured falls back on it where the image is flat.
+Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
+  const bool measures = EvaluatedInputs(node, inputs).GetFlag(kAutoLevel);
+  return Reach::Samples(measures ? Reach::Range::kMeasured : Reach::Range::kDeclared);
+}
 
 }  // namespace
 
-ImageToValueNode::ImageToValueNode() {
-  DeclareAttributes(*this, attributes_, kAttributes);
-  inplugs_ = {PlugRecord::Input(PlugType::kImage, "image")};
-  outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-  UpdateInplugsAndOutplugs();
-}
-
-NodeType ImageToValueNode::GetNodeType() const { return kNodeType<ImageToValueNode>; }
-std::string ImageToValueNode::GetName() const { return kDisplayName<ImageToValueNode>; }
+constinit const NodeRecord ImageToValueNode::kRecord{
+    .library = &kValueLibrary,
+    .type_name = "ImageToValueNode",
+    .display_name = "To Value",
+    .type = NodeType(10, 320, 0),
+    .icon = "ToValue",
+    .group = "Values from images",
+    .sentence = "Turns any image into one number per pixel and maps a range of these numbers onto low to high.",
+    .keywords = "grayscale,greyscale,luminance,desaturate,convert,mask,height,normalize,auto levels,stretch",
+    .attributes = kAttributes,
+    .inputs = kImagePlugs,
+    .outputs = kImagePlugs,
+    .reach = FindReach,
+    .run_test = [] { return true; },
+};
 
 std::string ImageToValueNode::TranslateAttributeName(unsigned, const std::string& name) const {
   if (name == "min") return "low";

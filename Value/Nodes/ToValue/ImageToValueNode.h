@@ -4,21 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "Host/Tools/Node.h"
-#include "Value/Core/NodeDescriptor.h"
-#include "Value/Core/NodeRecord.h"
-#include "Value/Core/OutputImages.h"
+#include "Host/NodeKit/NodeKit.h"
 
 /// Turns any image into a value image whose values span [low, high]: each pixel is reduced to one number, and the
 /// nominal or the measured range of these numbers is mapped linearly.
 class ImageToValueNode : public Node {
  public:
-  static constexpr NodeRecord kRecord{"ImageToValueNode", "To Value", NodeType(10, 320, 0), "ToValue",
-                                      [] { return true; }};
+  static const NodeRecord kRecord;
 
-  ImageToValueNode();
-  [[nodiscard]] NodeType GetNodeType() const override;
-  [[nodiscard]] std::string GetName() const override;
+  ImageToValueNode() { Declare(kRecord); }
+  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageToValueNode>; }
+  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageToValueNode>; }
   /// "min", "max" and "saturate" are the old names of "low", "high" and "auto_level".
   [[nodiscard]] std::string TranslateAttributeName(unsigned version, const std::string& name) const override;
   bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }

@@ -13,6 +13,7 @@
 #include "Host/Util/RefCounter.h"
 
 class Node;
+struct AttributeRow;
 
 /// A named, typed parameter of a node. The form is chosen by the constructor and never changes.
 ///
@@ -41,8 +42,12 @@ class HOST_TOOLS_API Attribute : public RefCounter<Attribute> {
   Attribute(Node* node, unsigned id, std::string name, const ScEng::Point& value);
   /// A frame.
   Attribute(Node* node, unsigned id, std::string name, const ScEng::Frame& value);
+  /// Any of these, as a row of the node's table has it. The row outlives the attribute.
+  Attribute(Node* node, unsigned id, const AttributeRow& row);
 
   [[nodiscard]] unsigned GetId() const { return id_; }
+  /// The row that the attribute was made from, with what is said of it; null for one made by another constructor.
+  [[nodiscard]] const AttributeRow* GetRow() const { return row_; }
   [[nodiscard]] const std::string& GetName() const { return name_; }
   [[nodiscard]] Kind GetKind() const { return kind_; }
   /// The word for the kind in messages: "number", "choice", ...
@@ -93,9 +98,12 @@ class HOST_TOOLS_API Attribute : public RefCounter<Attribute> {
   ~Attribute() = default;
   Attribute(Node* node, unsigned id, std::string name, Kind kind, PlugValue value);
 
+  void TakeNumberForm(double lowest, double highest, double step, int decimals);
+  void TakeWords(int default_index, const std::string& words);
   bool Take(Kind kind, PlugValue value);
 
   Node* node_;
+  const AttributeRow* row_ = nullptr;
   unsigned id_;
   std::string name_;
   Kind kind_;

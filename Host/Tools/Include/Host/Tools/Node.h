@@ -10,9 +10,11 @@
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/NodeType.h"
 #include "Host/Tools/PlugValue.h"
+#include "Host/Tools/Reach.h"
 #include "Host/Util/RefCounter.h"
 
 class Image;
+struct NodeRecord;
 
 /// Something that the host tells its nodes. The kind is the third number.
 struct NodeEvent {
@@ -64,10 +66,10 @@ class HOST_TOOLS_API NodeObserver {
 
 /// The base of every node: attributes, plugs, state, and the operations that the host's engine calls.
 ///
-/// A node class fills `attributes_`, `inplugs_` and `outplugs_` in its constructor and calls
-/// `UpdateInplugsAndOutplugs` last. The order of the virtual operations is the interface between host and node
-/// libraries: each keeps its slot (the destructor counts as one), and new ones take the place of reserved ones. All
-/// work on one node happens on one thread at a time.
+/// A node class declares its attributes and plugs in its constructor: with `Declare` from its record, or by filling
+/// `attributes_`, `inplugs_` and `outplugs_` and calling `UpdateInplugsAndOutplugs` last. The order of the virtual
+/// operations is the interface between host and node libraries: each keeps its slot (the destructor counts as one), and
+/// new ones take the place of reserved ones. All work on one node happens on one thread at a time.
 class HOST_TOOLS_API Node : public RefCounter<Node> {
  public:
   enum class State : unsigned {
@@ -170,6 +172,14 @@ class HOST_TOOLS_API Node : public RefCounter<Node> {
   virtual void Reserved60();
   virtual void Reserved61();
 
+  // ---- What never changes ----
+
+  /// The record that the node was declared from; null for a node that was declared by hand.
+  [[nodiscard]] const NodeRecord* GetRecord() const { return record_; }
+  /// Which part of its inputs the node reads, with what its plugs carry (in the form that `Evaluate` receives); of kind
+  /// `kUnknown` for a node that does not say.
+  [[nodiscard]] Reach GetReach(const std::vector<PlugValue>& inputs) const;
+
   // ---- Attributes and plugs ----
 
   [[nodiscard]] std::size_t GetNumAttributes() const { return attributes_.size(); }
@@ -222,6 +232,9 @@ class HOST_TOOLS_API Node : public RefCounter<Node> {
   void SetAttributeSource(unsigned attribute, const Node* from, unsigned outplug);
 
  protected:
+  /// Makes the attributes and plugs of the record in place of those that are there, and derives the list of input
+  /// plugs. The record outlives the node.
+  void Declare(const NodeRecord& record);
   /// Derives the list of input plugs from `inplugs_` and `attributes_`. The last call of every node's constructor.
   void UpdateInplugsAndOutplugs();
 
@@ -231,6 +244,7 @@ class HOST_TOOLS_API Node : public RefCounter<Node> {
   bool enabled_ = true;
 
  private:
+  const NodeRecord* record_ = nullptr;
   std::vector<PlugRecord> all_inplugs_;
   std::vector<unsigned> entries_;
   State state_ = State::kIdle;

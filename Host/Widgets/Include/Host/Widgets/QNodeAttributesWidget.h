@@ -32,7 +32,8 @@ class HOST_WIDGETS_API QNodeAttributesWidget : public QWidget {
 
  public:
   /// How one attribute is shown. A descriptor hands the panel an array of them, one entry per attribute in id order.
-  /// The order and the types of the fields are part of the interface between host and node libraries.
+  /// The order and the types of the fields are part of the interface between host and node libraries. What an entry
+  /// leaves empty (labels, tooltip, suffix, a slider exponent of 0) is as the row of the attribute has it.
   struct AdditionalInfo {
     /// Whether the attribute has a row.
     bool visible = true;
@@ -47,7 +48,7 @@ class HOST_WIDGETS_API QNodeAttributesWidget : public QWidget {
     /// What is shown for the words of a choice: comma-separated, in the order of the words. A word without a label is
     /// shown as it is.
     std::string labels;
-    /// The row's tooltip, in place of the sentence from the node's page.
+    /// The row's tooltip, in place of the text of the attribute's row.
     std::string tooltip;
     /// What stands behind the number in its field, for example " px".
     std::string suffix;

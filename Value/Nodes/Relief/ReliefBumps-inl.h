@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The shapes of the bumps, one for each profile: their heights by the definition, and a quick look at whether one can
+// raise anything at all.
+//
+// Included once per instruction set, between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE of the source that uses it;
+// see Highway's quick reference on `foreach_target.h`.
+
+#if defined(VALUE_NODES_RELIEF_BUMPS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef VALUE_NODES_RELIEF_BUMPS_INL_H_
+#undef VALUE_NODES_RELIEF_BUMPS_INL_H_
+#else
+#define VALUE_NODES_RELIEF_BUMPS_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <limits>
+
+HWY_BEFORE_NAMESPACE();
+namespace ReliefLevels::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Eight lanes at most: a wider division takes as long per lane, and small groups of pixels prune better.
+using D = hn::CappedTag<float, 8>;
+using V = hn::Vec<D>;
+using M = hn::Mask<D>;
+// How much a comparison that only decides whether to look closer gives away, relative to the values compared. Rounding
+// takes less than a quarter of it.
+inline constexpr float kMargin = 1.0F / 262144.0F;
+
+inline unsigned GetBits(D d, M mask) {
+  std::array<std::uint8_t, 8> bytes{};
+  hn::StoreMaskBits(d, mask, bytes.data());
+  return bytes[0];
+}
+
+/// How far bumps reach.
+struct Reach {
+  float radius;
+  /// The same for comparisons that only decide whether to look closer: greater where squared distances are rounded.
+  float limit;
+};
+
+// Each profile says four things, all with w = level * q, what a bump adds above `low` in units of the range:
+//
+// Guard(w)                     what Excess compares with; grows with w, finite
+// Prepare(q)                   what Excess needs of the bump
+// Excess(bump, d2, guard)      not above 0 only where w at the squared distance d2 is at most the guarded one; no NaN
+// Level(t)                     the definition
+//
+// The definition's roundings keep the order of their operands, so that w as computed never falls with q and never rises
+// with the distance, except for Smooth, whose margin covers the difference. It is never above q.
+
+/// What w is cut to where it is guarded, so that its square is finite with a square of the radius on top.
+inline float GetLargestGuarded(float radius) { return std::min(1e15F, 4e18F / radius); }
+
+inline V Square(V v) { return hn::Mul(v, v); }
+
+struct Linear {
+  explicit Linear(const Reach& reach)
+      : radius_(hn::Set(D(), reach.radius)),
+        wide_(hn::Set(D(), reach.radius * (1.0F + kMargin))),
+        limit_(hn::Set(D(), reach.limit)),
+        largest_(hn::Set(D(), GetLargestGuarded(reach.radius))) {}
+  using Prepared = V;
+
+  HWY_INLINE V Guard(V w) const { return hn::Mul(hn::Min(w, largest_), radius_); }
+  HWY_INLINE Prepared Prepare(V q) const { return hn::Mul(q, wide_); }
+  // r q - r w > distance, squared.
+  HWY_INLINE V Excess(const Prepared& rq, V d2, V guard) const {
+    const V left = hn::Max(hn::Min(hn::Sub(rq, guard), limit_), hn::Zero(D()));
+    return hn::Sub(Square(left), d2);
+  }
+  HWY_INLINE V Level(V t) const { return hn::Sub(hn::Set(D(), 1.0F), t); }
+
+ private:
+  V radius_;
+  V wide_;
+  V limit_;
+  V largest_;
+};
+
+struct ArcOut {
+  explicit ArcOut(const Reach& reach)
+      : radius_(hn::Set(D(), reach.radius)),
+        wide_(hn::Set(D(), reach.radius * (1.0F + kMargin))),
+        limit_(hn::Set(D(), reach.limit * reach.limit)),
+        largest_(hn::Set(D(), GetLargestGuarded(reach.radius))) {}
+  using Prepared = V;
+
+  HWY_INLINE V Guard(V w) const { return Square(hn::Mul(hn::Min(w, largest_), radius_)); }
+  HWY_INLINE Prepared Prepare(V q) const { return Square(hn::Mul(q, wide_)); }
+  // (r q)^2 - (r w)^2 > distance^2.
+  HWY_INLINE V Excess(const Prepared& rq2, V d2, V guard) const {
+    return hn::Sub(hn::Min(hn::Sub(rq2, guard), limit_), d2);
+  }
+  HWY_INLINE V Level(V t) const { return hn::Sqrt(hn::Sub(hn::Set(D(), 1.0F), Square(t))); }
+
+ private:
+  V radius_;
+  V wide_;
+  V limit_;
+  V largest_;
+};
+
+/// What the profiles share for which 1 - t must be known.
+struct Curved {
+  explicit Curved(const Reach& reach)
+      : inverse_radius_(hn::Set(D(), 1.0F / reach.radius)), largest_(hn::Set(D(), GetLargestGuarded(reach.radius))) {}
+  struct Prepared {
+    V inverse;
+    V inverse_rq;
+  };
+
+  HWY_INLINE V Guard(V w) const { return hn::Min(w, largest_); }
+  HWY_INLINE Prepared Prepare(V q) const {
+    const V inverse = hn::Div(hn::Set(D(), 1.0F), hn::Max(q, hn::Set(D(), 1e-15F)));
+    return {inverse, hn::Mul(inverse, inverse_radius_)};
+  }
+  /// At most 1, and 0 only where t is 1.
+  HWY_INLINE V GetU(const Prepared& bump, V d2) const {
+    const V u = hn::Sub(hn::Set(D(), 1.0F + 4 * kMargin), hn::Mul(hn::Sqrt(d2), bump.inverse_rq));
+    return hn::Max(hn::Min(u, hn::Set(D(), 1.0F)), hn::Zero(D()));
+  }
+
+  V inverse_radius_;
+  V largest_;
+};
+
+struct Smooth : Curved {
+  using Curved::Curved;
+
+  HWY_INLINE V Excess(const Prepared& bump, V d2, V guard) const {
+    const V u = GetU(bump, d2);
+    const V level = hn::Mul(hn::Sub(hn::Set(D(), 3.0F), hn::Add(u, u)), Square(u));
+    const V needed = hn::Mul(hn::Mul(guard, bump.inverse), hn::Set(D(), 1.0F - 4 * kMargin));
+    return hn::Sub(level, needed);
+  }
+  HWY_INLINE V Level(V t) const {
+    const V u = hn::Sub(hn::Set(D(), 1.0F), t);
+    return hn::Mul(hn::Sub(hn::Set(D(), 3.0F), hn::Mul(hn::Set(D(), 2.0F), u)), Square(u));
+  }
+};
+
+struct ArcIn : Curved {
+  using Curved::Curved;
+
+  // level > v is u^2 > v (2 - v) for v up to 1. The subtractions in the definition make the margin an absolute one,
+  // which must not reach beyond the rim.
+  HWY_INLINE V Excess(const Prepared& bump, V d2, V guard) const {
+    const V u = GetU(bump, d2);
+    const V v = hn::Min(hn::Mul(guard, bump.inverse), hn::Set(D(), 1.0F));
+    const V needed = hn::Mul(v, hn::Sub(hn::Set(D(), 2.0F), v));
+    const V offered = hn::IfThenElseZero(hn::Gt(u, hn::Zero(D())), hn::Add(Square(u), hn::Set(D(), 2 * kMargin)));
+    return hn::Sub(offered, needed);
+  }
+  HWY_INLINE V Level(V t) const {
+    const V u = hn::Sub(hn::Set(D(), 1.0F), t);
+    return hn::Sub(hn::Set(D(), 1.0F), hn::Sqrt(hn::Sub(hn::Set(D(), 1.0F), Square(u))));
+  }
+};
+
+/// All profiles of a field that is flat, see `IsFlat`.
+struct Flat {
+  explicit Flat(const Reach&) {}
+  using Prepared = V;
+
+  HWY_INLINE V Guard(V w) const { return hn::Min(w, hn::Set(D(), std::numeric_limits<float>::max())); }
+  HWY_INLINE Prepared Prepare(V q) const { return q; }
+  HWY_INLINE V Excess(const Prepared& q, V, V guard) const { return hn::Sub(q, guard); }
+  HWY_INLINE V Level(V) const { return hn::Set(D(), 1.0F); }
+};
+}  // namespace ReliefLevels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
