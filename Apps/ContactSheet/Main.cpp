@@ -22,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "Host/Files/FileSizeLimit.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Image/DisplayImage.h"
 #include "Host/Image/Image.h"
@@ -131,6 +132,7 @@ QImage DrawSheet(const std::vector<Tile>& tiles, const std::string& title, int c
 }  // namespace
 
 int main(int argc, char** argv) {
+  ScEng::CatchFileSizeSignal();
   std::vector<std::string> arguments;
   std::string output;
   std::string title;

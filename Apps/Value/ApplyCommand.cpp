@@ -14,11 +14,8 @@ class ApplyCommand : public Command {
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("apply", "Applies one node to files");
     graph_.DeclareNode(*sub);
-    sub->add_option("-o,--output", outputs_, "The file for the node's (first) output, or PLUG=FILE")
-        ->type_name("FILE")
-        ->required()
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    AddRepeatable(*sub, "-o,--output", outputs_, "FILE", "The file for the node's (first) output, or PLUG=FILE")
+        ->required();
     graph_.DeclareRange(*sub);
     sub->add_option("--type", type_, "Samples of the output: float, half, uint16 or uint8")
         ->type_name("TYPE")
@@ -34,14 +31,12 @@ class ApplyCommand : public Command {
   ExitCode Run() override {
     const auto catalog = LoadCatalog();
     if (!catalog) return ExitCode::kPlugin;
-    const std::string name = graph_.FindNodeName(*catalog);
-    if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
-    const NodeInterface* descriptor = FindNode(*catalog, name);
+    const NodeInterface* descriptor = FindNode(*catalog, graph_.FindNodeName(*catalog));
     if (descriptor == nullptr) return ExitCode::kUsage;
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.AddNode(document, *descriptor, notes);
-    if (!status.IsError()) status = graph_.ConnectInputs(document);
+    if (!status.IsError()) status = graph_.ConnectInputs(document, notes);
     if (!status.IsError()) status = AddOutputs(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Value/Common.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -17,7 +18,7 @@ using ScEng::Status;
 /// The node library that comes with the program: beside it, or where an installation puts it.
 std::filesystem::path FindOwnLibrary() {
   std::error_code error;
-  const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const std::filesystem::path folder = GetProgramFile().parent_path();
   std::filesystem::path beside = folder / "Value.so";
   if (std::filesystem::exists(beside, error)) return beside;
   std::filesystem::path installed = (folder / VALUE_INSTALLED_LIBRARY).lexically_normal();
@@ -28,10 +29,8 @@ std::filesystem::path FindOwnLibrary() {
 
 void CommonOptions::Declare(CLI::App& app) {
   const std::string group = "Options of every command";
-  app.add_option("--plugin", plugins, "A node library to load instead of the program's own; may be given again")
-      ->type_name("FILE")
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+  AddRepeatable(app, "--plugin", plugins, "FILE",
+                "A node library to load instead of the program's own; may be given again")
       ->group(group);
   app.add_option("--threads", threads, "Threads that image operations may use (default: one per core)")
       ->check(CLI::Range(1, 1024))
@@ -88,6 +87,10 @@ ExitCode Command::Fail(ExitCode code, const std::string& text) {
 }
 
 const NodeInterface* Command::FindNode(const ScEng::NodeCatalog& catalog, const std::string& name) {
+  if (name.empty()) {
+    Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
+    return nullptr;
+  }
   const NodeInterface* descriptor = catalog.FindWritten(name);
   if (descriptor != nullptr) return descriptor;
   const std::string close = catalog.Suggest(name);
@@ -113,6 +116,24 @@ void CheckComplete(const ScEng::GraphDocument& document, const std::string& file
   for (std::size_t i = known; i < findings.errors.size(); ++i) {
     findings.errors[i] = ScEng::MakeLine(file + ": " + findings.errors[i]);
   }
+}
+
+CLI::Option* AddRepeatable(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                           const std::string& type_name, const std::string& help) {
+  return app.add_option(name, values, help)
+      ->type_name(type_name)
+      ->allow_extra_args(false)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+std::filesystem::path GetProgramFile() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error);
+}
+
+std::string Pad(std::string text, std::size_t width) {
+  text.resize(std::max(text.size() + 2, width), ' ');
+  return text;
 }
 
 std::string JoinWords(const std::vector<std::string>& words) {
@@ -143,6 +164,24 @@ nlohmann::ordered_json ToJson(const ScEng::OutputReport& output) {
 
 nlohmann::ordered_json ToJson(double number) {
   return std::isfinite(number) ? nlohmann::ordered_json(number) : nlohmann::ordered_json(nullptr);
+}
+
+nlohmann::ordered_json ToJson(const PlugValue& value) {
+  switch (value.GetType()) {
+    case PlugType::kFlag: return value.GetFlag();
+    case PlugType::kNumber: return ToJson(value.GetNumber());
+    case PlugType::kText: return value.GetText();
+    case PlugType::kPoint: return {value.GetPoint().x, value.GetPoint().y};
+    case PlugType::kFrame: {
+      const ScEng::Frame frame = value.GetFrame();
+      return {frame.x, frame.y, frame.width, frame.height};
+    }
+    case PlugType::kColor: {
+      const ScEng::Rgbo color = value.GetColor();
+      return {color.red, color.green, color.blue, color.opacity};
+    }
+    default: return nullptr;
+  }
 }
 
 std::string FormatFloat(float number) {

@@ -12,6 +12,7 @@
 #include "Apps/Value/Reporter.h"
 #include "Host/Documents/GraphDocument.h"
 #include "Host/Tools/NodeLibrary.h"
+#include "Host/Tools/PlugValue.h"
 
 /// The options that every command takes.
 struct CommonOptions {
@@ -46,7 +47,8 @@ class Command {
   [[nodiscard]] std::shared_ptr<const ScEng::NodeCatalog> FindCatalog(ScEng::Status& status) const;
   /// Reports an error, ends the answer with it and passes the code on.
   ExitCode Fail(ExitCode code, const std::string& text);
-  /// The node type that was written by its class, name or numbers; null after a wrong usage was reported.
+  /// The node type that was written by its class, name or numbers; null after wrong usage was reported, which a missing
+  /// name is as well.
   const NodeInterface* FindNode(const ScEng::NodeCatalog& catalog, const std::string& name);
   /// What a run has to say; the exit code that follows from it.
   ExitCode ReportRun(const ScEng::RunReport& report, const std::string& prefix);
@@ -58,15 +60,30 @@ class Command {
 /// Adds what stands in the way of a run although the document could be read, each error with the document's name.
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings);
 
+/// What NODE and the like on a command line may be.
+constexpr const char* kNodeWords = "Class name, display name or the three numbers of a node";
+
+/// An option of one value that may be given again; `values` are all of them.
+CLI::Option* AddRepeatable(CLI::App& app, const std::string& name, std::vector<std::string>& values,
+                           const std::string& type_name, const std::string& help);
+
+/// The file of the running program; empty where the system does not tell.
+std::filesystem::path GetProgramFile();
+
+/// Text in a column of at least `width` characters, with two spaces behind longer text.
+std::string Pad(std::string text, std::size_t width);
+
 /// The words of a name that was written without quotes, in one.
 std::string JoinWords(const std::vector<std::string>& words);
 
-/// "left=right", split at the first "="; nothing where there is none or the left side is empty.
+/// "left=right", split at the first "="; nothing where it has no "=" or the left side is empty.
 std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::string& text);
 
 nlohmann::ordered_json ToJson(const ScEng::OutputReport& output);
 /// A number for JSON, which knows no NaN and no infinities: those become null.
 nlohmann::ordered_json ToJson(double number);
+/// What an attribute holds, in the form that a document takes.
+nlohmann::ordered_json ToJson(const PlugValue& value);
 /// The shortest text that reads back as the same float.
 std::string FormatFloat(float number);
 

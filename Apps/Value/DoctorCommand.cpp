@@ -22,11 +22,6 @@ namespace {
 
 using nlohmann::ordered_json;
 
-std::string Pad(std::string text, std::size_t width) {
-  text.resize(std::max(text.size() + 1, width), ' ');
-  return text;
-}
-
 /// Instruction sets by their names, the best first.
 std::vector<std::string> NamesOf(const std::vector<std::int64_t>& targets) {
   std::vector<std::string> names;
@@ -107,7 +102,7 @@ class DoctorCommand : public Command {
     text_ << "Versions\n";
     ShowVersion("value", VALUE_VERSION);
     ShowVersion("Qt", qVersion());
-    // The library itself is loaded with the first image file only; what is told is what its module was built with.
+    // The library itself is loaded with the first image file only; this is the version that its module was built with.
     ShowVersion("OpenImageIO", VALUE_OPENIMAGEIO_VERSION);
     ShowVersion("Highway",
                 std::to_string(HWY_MAJOR) + "." + std::to_string(HWY_MINOR) + "." + std::to_string(HWY_PATCH));

@@ -3,26 +3,40 @@
 // The command line: one program, one command each for the catalogue, for one node on files, for graph documents, for
 // the figures of an image, for self-tests and for the validation of node libraries.
 
+#include <fcntl.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <exception>
-#include <iostream>
 #include <memory>
+#include <sstream>
 #include <vector>
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Reporter.h"
+#include "Host/Files/FileSizeLimit.h"
 
 namespace {
 
-int Leave(ExitCode code) { return static_cast<int>(code); }
+/// Makes what would end the program by a signal, or mix up its files, an error of the operation that meets it.
+void PrepareProcess() {
+  // Writing to a pipe that nobody reads, and beyond the largest file that the process may write.
+  std::signal(SIGPIPE, SIG_IGN);
+  ScEng::CatchFileSizeSignal();
+  // The next file that is opened would take the place of a standard stream that is closed, and what the program prints
+  // would go into it. Opened for reading, the stream still refuses what is written to it.
+  for (int stream = 0; stream <= 2; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0) static_cast<void>(open("/dev/null", O_RDONLY));
+  }
+}
 
 bool HasJsonFlag(int argc, char** argv) {
   return std::any_of(argv, argv + argc, [](const char* argument) { return std::strcmp(argument, "--json") == 0; });
 }
 
-int RunProgram(int argc, char** argv, Reporter& reporter) {
+ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
   CLI::App app{"Applies image nodes that read samples as values (height, intensity, mask strength) to files."};
   app.name("value");
   app.footer(
@@ -47,36 +61,43 @@ int RunProgram(int argc, char** argv, Reporter& reporter) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error, std::cout, std::cout);
+    if (error.get_exit_code() == 0) {
+      std::ostringstream text;
+      app.exit(error, text, text);
+      reporter.PrintAlways(text.str());
+      return ExitCode::kDone;
+    }
     reporter.SetJson(HasJsonFlag(argc, argv));
     reporter.Error(std::string(error.what()) + " (see value --help)");
     reporter.Finish(nlohmann::ordered_json::object());
-    return Leave(ExitCode::kUsage);
+    return ExitCode::kUsage;
   }
   if (const ScEng::Status status = common.Apply(reporter); status.IsError()) {
     reporter.Error(status.GetMessage());
     reporter.Finish(nlohmann::ordered_json::object());
-    return Leave(ExitCode::kUsage);
+    return ExitCode::kUsage;
   }
   for (const auto& [sub, command] : commands) {
-    if (sub->parsed()) return Leave(command->Run());
+    if (sub->parsed()) return command->Run();
   }
   reporter.Error(
       "a command is missing: nodes, apply, run, check, stats, selftest, doctor, validate or panel (see value --help)");
   reporter.Finish(nlohmann::ordered_json::object());
-  return Leave(ExitCode::kUsage);
+  return ExitCode::kUsage;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  PrepareProcess();
   Reporter reporter;
+  ExitCode code = ExitCode::kNodeError;
   try {
-    return RunProgram(argc, argv, reporter);
+    code = RunProgram(argc, argv, reporter);
   } catch (const std::exception& error) {
     reporter.SetJson(HasJsonFlag(argc, argv));
     reporter.Error(std::string("an unexpected error: ") + error.what());
     reporter.Finish(nlohmann::ordered_json::object());
-    return Leave(ExitCode::kNodeError);
   }
+  return static_cast<int>(reporter.Close(code));
 }

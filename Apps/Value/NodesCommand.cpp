@@ -16,11 +16,6 @@ using nlohmann::ordered_json;
 // How far what is said of an attribute is indented.
 constexpr std::size_t kIndent = 18;
 
-std::string Pad(std::string text, std::size_t width) {
-  text.resize(std::max(text.size() + 2, width), ' ');
-  return text;
-}
-
 std::string FormatDouble(double number) {
   char text[32];
   return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
@@ -50,23 +45,6 @@ std::string FormatValue(const PlugValue& value) {
   }
 }
 
-ordered_json ValueToJson(const PlugValue& value) {
-  switch (value.GetType()) {
-    case PlugType::kFlag: return value.GetFlag();
-    case PlugType::kNumber: return value.GetNumber();
-    case PlugType::kPoint: return {value.GetPoint().x, value.GetPoint().y};
-    case PlugType::kFrame: {
-      const ScEng::Frame frame = value.GetFrame();
-      return {frame.x, frame.y, frame.width, frame.height};
-    }
-    case PlugType::kColor: {
-      const ScEng::Rgbo color = value.GetColor();
-      return {color.red, color.green, color.blue, color.opacity};
-    }
-    default: return value.GetText();
-  }
-}
-
 /// The parts of a comma-separated list.
 ordered_json SplitToJson(const std::string& list) {
   ordered_json parts = ordered_json::array();
@@ -79,7 +57,7 @@ ordered_json AttributeToJson(const Attribute& attribute) {
   ordered_json json;
   json["name"] = attribute.GetName();
   json["kind"] = attribute.GetKindName();
-  json["default"] = ValueToJson(attribute.GetDefault());
+  json["default"] = ToJson(attribute.GetDefault());
   if (attribute.GetKind() == Attribute::Kind::kNumber) {
     json["lowest"] = attribute.GetLowest();
     json["highest"] = attribute.GetHighest();
@@ -194,7 +172,7 @@ class NodesCommand : public Command {
 
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("nodes", "Lists the nodes, or one node's plugs and attributes");
-    sub->add_option("NAME", words_, "Class name, display name or the three numbers of a node");
+    sub->add_option("NAME", words_, kNodeWords);
     sub->footer(
         "Examples:\n"
         "  value nodes\n"

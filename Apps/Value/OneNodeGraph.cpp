@@ -31,14 +31,11 @@ std::string ReaderId(unsigned index) { return "input " + std::to_string(index + 
 }  // namespace
 
 void OneNodeGraph::DeclareNode(CLI::App& sub) {
-  sub.add_option("NODE", words_, "Class name, display name or the three numbers of a node")->expected(0, 3);
+  sub.add_option("NODE", words_, kNodeWords)->expected(0, 3);
   sub.add_option("-i,--input", inputs_, "Image files, in the order of the node's inputs, or PLUG=FILE")
       ->type_name("FILE")
       ->expected(1, -1);
-  sub.add_option("--set", settings_, "Sets an attribute; of two settings of one the last wins")
-      ->type_name("NAME=VALUE")
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  AddRepeatable(sub, "--set", settings_, "NAME=VALUE", "Sets an attribute; of two settings of one the last wins");
 }
 
 void OneNodeGraph::DeclareRange(CLI::App& sub) {
@@ -99,7 +96,7 @@ Status OneNodeGraph::SplitPlug(const std::string& text, const std::vector<PlugRe
                        "\"; it has " + NamesOf(plugs));
 }
 
-Status OneNodeGraph::ConnectInputs(ScEng::GraphDocument& document) const {
+Status OneNodeGraph::ConnectInputs(ScEng::GraphDocument& document, std::vector<std::string>& notes) const {
   const std::vector<PlugRecord> plugs = GetImagePlugs(node_->GetInplugs(), node_->GetNumRegularInputs());
   if (inputs_.empty() && !plugs.empty()) {
     return Status::Error("no input file; give -i FILE for " + NamesOf(plugs));
@@ -127,7 +124,7 @@ Status OneNodeGraph::ConnectInputs(ScEng::GraphDocument& document) const {
     if (!taken.insert(plug->name).second && !many) {
       return Status::Error("input \"" + plug->name + "\" is given twice");
     }
-    status = AddReader(document, input.file, index, range);
+    status = AddReader(document, input.file, index, range, notes);
     if (!status.IsError()) {
       status = document.Connect(ReaderId(index) + ".image", id_ + "." + plug->name, many ? index : 0);
     }
@@ -138,7 +135,7 @@ Status OneNodeGraph::ConnectInputs(ScEng::GraphDocument& document) const {
 }
 
 Status OneNodeGraph::AddReader(ScEng::GraphDocument& document, const std::string& file, unsigned index,
-                               const Range& range) const {
+                               const Range& range, std::vector<std::string>& notes) const {
   Status status;
   const std::string id = ReaderId(index);
   if (file.empty()) return Status::Error("an input file has no name");
@@ -146,12 +143,15 @@ Status OneNodeGraph::AddReader(ScEng::GraphDocument& document, const std::string
   if (status.IsError()) return status;
   status = document.SetInput(id, ScEng::MakePath(file));
   if (!range || status.IsError()) return status;
-  std::vector<std::string> notes;
+  std::vector<std::string> own_notes;
   for (const auto& [name, value] :
        {std::pair<std::string, std::string>{"range", "custom"}, {"low", range->first}, {"high", range->second}}) {
-    status = document.SetAttribute(id + "." + name, value, notes);
+    status = document.SetAttribute(id + "." + name, value, own_notes);
     if (status.IsError()) return Status::Error("--range " + *range_ + " is not of the form LOW,HIGH");
   }
+  // The range is the same for every input, so what is to be said of it is said once.
+  if (index > 0) return {};
+  for (const std::string& note : own_notes) notes.push_back("--range " + *range_ + ": " + note);
   return {};
 }
 

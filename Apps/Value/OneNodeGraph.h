@@ -37,13 +37,14 @@ class OneNodeGraph {
   ScEng::Status AddNode(ScEng::GraphDocument& document, const NodeInterface& descriptor,
                         std::vector<std::string>& notes);
   /// Adds and connects the readers. A node with inputs needs a file.
-  ScEng::Status ConnectInputs(ScEng::GraphDocument& document) const;
+  ScEng::Status ConnectInputs(ScEng::GraphDocument& document, std::vector<std::string>& notes) const;
 
   /// The node and its id, from `AddNode` on.
   [[nodiscard]] Node& GetNode() const { return *node_; }
   [[nodiscard]] const std::string& GetId() const { return id_; }
 
-  /// Splits PLUG=FILE; a text that is no plug but an existing file is a file with "=" in its name.
+  /// Splits PLUG=FILE; a text that does not start with a plug but names an existing file is a
+  /// file with "=" in its name.
   static ScEng::Status SplitPlug(const std::string& text, const std::vector<PlugRecord>& plugs, bool is_input,
                                  PlugFile& result);
   /// The image plugs among the first `count`.
@@ -53,8 +54,8 @@ class OneNodeGraph {
   using Range = std::optional<std::pair<std::string, std::string>>;
 
   ScEng::Status SetAttributes(ScEng::GraphDocument& document, std::vector<std::string>& notes) const;
-  ScEng::Status AddReader(ScEng::GraphDocument& document, const std::string& file, unsigned index,
-                          const Range& range) const;
+  ScEng::Status AddReader(ScEng::GraphDocument& document, const std::string& file, unsigned index, const Range& range,
+                          std::vector<std::string>& notes) const;
   ScEng::Status ReadRange(Range& range) const;
 
   Node* node_ = nullptr;

@@ -44,9 +44,7 @@ class PanelCommand : public Command {
     if (screenshot_ && screenshot_->empty()) return Fail(ExitCode::kUsage, "--screenshot names no file");
     const auto catalog = LoadCatalog();
     if (!catalog) return ExitCode::kPlugin;
-    const std::string name = graph_.FindNodeName(*catalog);
-    if (name.empty()) return Fail(ExitCode::kUsage, "NODE is missing; \"value nodes\" lists them");
-    const NodeInterface* found = FindNode(*catalog, name);
+    const NodeInterface* found = FindNode(*catalog, graph_.FindNodeName(*catalog));
     if (found == nullptr) return ExitCode::kUsage;
     // The same object as a descriptor that may be asked for a panel.
     PanelRequest request;
@@ -55,7 +53,8 @@ class PanelCommand : public Command {
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.AddNode(document, *found, notes);
-    if (!status.IsError()) status = graph_.HasInputs() ? graph_.ConnectInputs(document) : AddGenerators(document);
+    if (!status.IsError())
+      status = graph_.HasInputs() ? graph_.ConnectInputs(document, notes) : AddGenerators(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
     if (!screenshot_ && !IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
@@ -74,7 +73,7 @@ class PanelCommand : public Command {
     if (document.GetIds().size() > 1) request.source = document.FindNode(document.GetIds()[1]);
 
     // A file that cannot be read is an error of the command. What the node itself reports is shown in the window too,
-    // since another value may mend it.
+    // since another value may put it right.
     ExitCode code = ExitCode::kDone;
     if (!request.outplugs.empty()) {
       code = ReportRun(document.Evaluate(*request.node, request.outplugs.front()), "");
@@ -84,7 +83,7 @@ class PanelCommand : public Command {
   }
 
  private:
-  /// Images for a node that is given none: a terrain, and waves for a second input.
+  /// Images for a node to which no files are given: a terrain, and waves for a second input.
   Status AddGenerators(ScEng::GraphDocument& document) const {
     const Node& node = graph_.GetNode();
     unsigned index = 0;
@@ -140,24 +139,6 @@ class PanelCommand : public Command {
     }
     reporter_.Finish(answer);
     return code;
-  }
-
-  static nlohmann::ordered_json ToJson(const PlugValue& value) {
-    switch (value.GetType()) {
-      case PlugType::kFlag: return value.GetFlag();
-      case PlugType::kNumber: return ::ToJson(value.GetNumber());
-      case PlugType::kText: return value.GetText();
-      case PlugType::kPoint: return {value.GetPoint().x, value.GetPoint().y};
-      case PlugType::kColor: {
-        const ScEng::Rgbo color = value.GetColor();
-        return {color.red, color.green, color.blue, color.opacity};
-      }
-      case PlugType::kFrame: {
-        const ScEng::Frame frame = value.GetFrame();
-        return {frame.x, frame.y, frame.width, frame.height};
-      }
-      default: return nullptr;
-    }
   }
 
   OneNodeGraph graph_;

@@ -8,25 +8,33 @@
 #include <cerrno>
 #include <cstdio>
 #include <iostream>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
+#include "Apps/Value/SafeText.h"
 #include "Host/Util/Log.h"
 
 namespace {
 
-std::string OneLine(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char letter) { return letter == '\n' || letter == '\r'; }, ' ');
-  return text;
+constexpr std::string_view kErrorStart = "value: ";
+constexpr std::string_view kNoteStart = "value: note: ";
+constexpr std::string_view kInfoStart = "value: info: ";
+
+/// What a line holds behind its start.
+std::string MakeLine(std::string_view start, const std::string& text) {
+  return EscapeLine(text, kLongestLine - start.size());
 }
 
-void WriteAll(int descriptor, const std::string& text) {
+/// The errno of what failed, or 0.
+int WriteAll(int descriptor, std::string_view text) {
   for (std::size_t written = 0; written < text.size();) {
     const ssize_t put = write(descriptor, text.data() + written, text.size() - written);
     if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return;
+    if (put <= 0) return put < 0 ? errno : EIO;
     written += static_cast<std::size_t>(put);
   }
+  return 0;
 }
 
 }  // namespace
@@ -48,21 +56,24 @@ Reporter::Reporter() {
   if (descriptor_ != STDERR_FILENO) {
     Log::SetSink([this](Log::Level level, const std::string& message) {
       const std::lock_guard lock(mutex_);
-      WriteLine(level == Log::Level::kInfo ? "value: info: " + message : "value: note: " + message);
+      const std::string_view start = level == Log::Level::kInfo ? kInfoStart : kNoteStart;
+      WriteLine(std::string(start) + MakeLine(start, message));
     });
   }
 }
 
 void Reporter::Error(const std::string& text) {
+  const std::string line = MakeLine(kErrorStart, text);
   const std::lock_guard lock(mutex_);
-  if (first_error_.empty()) first_error_ = OneLine(text);
-  WriteLine("value: " + OneLine(text));
+  if (first_error_.empty()) first_error_ = line;
+  WriteLine(std::string(kErrorStart) + line);
 }
 
 void Reporter::Note(const std::string& text) {
+  const std::string line = MakeLine(kNoteStart, text);
   const std::lock_guard lock(mutex_);
-  notes_.push_back(OneLine(text));
-  if (!quiet_) WriteLine("value: note: " + OneLine(text));
+  notes_.push_back(line);
+  if (!quiet_) WriteLine(std::string(kNoteStart) + line);
 }
 
 void Reporter::Notes(const std::vector<std::string>& texts) {
@@ -72,7 +83,8 @@ void Reporter::Notes(const std::vector<std::string>& texts) {
 void Reporter::Progress(const std::string& what, std::size_t done, std::size_t total) {
   const std::lock_guard lock(mutex_);
   if (!is_terminal_ || quiet_) return;
-  WriteAll(descriptor_, "\r\033[K[" + std::to_string(done) + "/" + std::to_string(total) + "] " + OneLine(what));
+  const std::string start = "[" + std::to_string(done) + "/" + std::to_string(total) + "] ";
+  WriteAll(descriptor_, "\r\033[K" + start + MakeLine(start, what));
   shows_progress_ = true;
 }
 
@@ -80,7 +92,13 @@ void Reporter::Print(const std::string& text) {
   const std::lock_guard lock(mutex_);
   if (json_) return;
   ClearProgress();
-  std::cout << text << std::flush;
+  WriteOutput(EscapeText(text));
+}
+
+void Reporter::PrintAlways(const std::string& text) {
+  const std::lock_guard lock(mutex_);
+  ClearProgress();
+  WriteOutput(EscapeText(text));
 }
 
 void Reporter::Finish(nlohmann::ordered_json answer) {
@@ -89,7 +107,24 @@ void Reporter::Finish(nlohmann::ordered_json answer) {
   if (!json_) return;
   if (!first_error_.empty()) answer["error"] = first_error_;
   if (!notes_.empty()) answer["notes"] = notes_;
-  std::cout << answer.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << std::endl;
+  WriteOutput(answer.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+}
+
+ExitCode Reporter::Close(ExitCode code) {
+  WriteOutput({});
+  if (output_error_ == 0 || output_error_ == EPIPE) return code;
+  Error("standard output cannot be written: " + std::generic_category().message(output_error_));
+  return std::max(code, ExitCode::kFile);
+}
+
+void Reporter::WriteOutput(const std::string& text) {
+  // What others have printed, such as a self-test, comes first.
+  errno = 0;
+  const bool is_flushed = std::cout.flush().good() && std::fflush(stdout) == 0;
+  const int flush_error = is_flushed ? 0 : errno;
+  int error = WriteAll(STDOUT_FILENO, text);
+  if (error == 0 && !is_flushed) error = flush_error != 0 ? flush_error : EIO;
+  if (output_error_ == 0) output_error_ = error;
 }
 
 void Reporter::WriteLine(const std::string& line) {

@@ -6,9 +6,10 @@
 #include <map>
 #include <set>
 #include <system_error>
-#include <thread>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/Jobs.h"
+#include "Host/Files/ImageFormats.h"
 
 namespace {
 
@@ -42,15 +43,11 @@ class RunCommand : public Command {
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("run", "Evaluates a graph document and writes its outputs");
     sub->add_option("GRAPH", file_, "The document")->required();
-    const auto many = [&](const char* name, std::vector<std::string>& values, const char* form, const char* help) {
-      sub->add_option(name, values, help)
-          ->type_name(form)
-          ->allow_extra_args(false)
-          ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    };
-    many("--set", settings_, "NODE.ATTRIBUTE=VALUE", "Sets an attribute; of two settings of one the last wins");
-    many("--input", inputs_, "NODE=FILE", "Sets the file of a reader");
-    many("--output", outputs_, "NODE.PLUG=FILE", "Writes an output, in place of what the document says of this plug");
+    AddRepeatable(*sub, "--set", settings_, "NODE.ATTRIBUTE=VALUE",
+                  "Sets an attribute; of two settings of one the last wins");
+    AddRepeatable(*sub, "--input", inputs_, "NODE=FILE", "Sets the file of a reader");
+    AddRepeatable(*sub, "--output", outputs_, "NODE.PLUG=FILE",
+                  "Writes an output, in place of what the document says of this plug");
     sub->add_option("--each", each_, "Runs the document once per matching file, read by this reader")
         ->type_name("NODE=GLOB");
     sub->add_option("--output-dir", output_dir_, "The folder for the results of --each; created where it is missing")
@@ -93,7 +90,10 @@ class RunCommand : public Command {
     }
     notes = findings.notes;
     Status status = ApplyOptions(document, notes);
-    if (!status.IsError() && input) status = document.SetInput(SplitAssignment(each_)->first, *input);
+    if (!status.IsError() && input) {
+      status = document.SetInput(SplitAssignment(each_)->first, *input);
+      if (status.IsError()) status = Status::Error("--each " + each_ + ": " + status.GetMessage());
+    }
     if (!status.IsError() && input) {
       status = document.RenameOutputs([&](const std::filesystem::path& output) {
         return NameInBatch(ScEng::MakePath(output_dir_), *input, output);
@@ -130,6 +130,9 @@ class RunCommand : public Command {
       if (!assignment) return Status::Error("--set " + setting + " is not of the form NODE.ATTRIBUTE=VALUE");
       const Status status = document.SetAttribute(assignment->first, assignment->second, notes);
       if (status.IsError()) return Status::Error("--set " + setting + ": " + status.GetMessage());
+      if (IsFed(document, assignment->first)) {
+        notes.push_back("--set " + setting + " has no effect, because a connection feeds this attribute");
+      }
     }
     for (const std::string& input : inputs_) {
       const auto assignment = SplitAssignment(input);
@@ -140,6 +143,14 @@ class RunCommand : public Command {
       if (status.IsError()) return Status::Error("--input " + input + ": " + status.GetMessage());
     }
     return AddOutputs(document);
+  }
+
+  /// Whether an attribute of the document, "node.attribute", gets its value from a connection.
+  static bool IsFed(GraphDocument& document, const std::string& attribute) {
+    const std::size_t dot = attribute.rfind('.');
+    const Node* node = document.FindNode(attribute.substr(0, dot));
+    const Attribute* found = node != nullptr ? node->GetAttribute(attribute.substr(dot + 1)) : nullptr;
+    return found != nullptr && document.GetEngine().IsConnected(node, found->GetName());
   }
 
   Status AddOutputs(GraphDocument& document) const {
@@ -230,10 +241,13 @@ class RunCommand : public Command {
         reporter_.Progress(files[i].string(), ++done, files.size());
       }
     };
-    std::vector<std::thread> threads;
-    for (std::size_t i = 1; i < std::min<std::size_t>(jobs_, files.size()); ++i) threads.emplace_back(work);
-    work();
-    for (std::thread& thread : threads) thread.join();
+    ScEng::LoadImageFormats();
+    const std::size_t wanted = std::min(jobs_, files.size());
+    const std::size_t used = RunJobs(wanted, work);
+    if (used < wanted) {
+      reporter_.Note("--jobs " + std::to_string(jobs_) + ": the system had no more than " + std::to_string(used) +
+                     (used == 1 ? " thread" : " threads") + " for it");
+    }
 
     nlohmann::ordered_json answer;
     answer["document"] = file_;

@@ -66,6 +66,25 @@ class CapturedOutput {
   int saved_ = -1;
 };
 
+/// A self-test that cannot pass.
+struct KnownFailure {
+  const char* library;
+  const char* type_name;
+  const char* reason;
+};
+
+constexpr std::array<KnownFailure, 1> kKnownFailures = {
+    {{"Value", "ImageValueStepsNode", "its test asks for a node type that no library has any more"}}};
+
+/// Null where the self-test of this type should pass.
+const KnownFailure* FindKnownFailure(const NodeInterface& descriptor) {
+  const auto* found = std::find_if(kKnownFailures.begin(), kKnownFailures.end(), [&](const KnownFailure& known) {
+    return known.library == descriptor.GetLibraryName() &&
+           known.type_name == descriptor.GetNodeFactory()->GetTypeName();
+  });
+  return found == kKnownFailures.end() ? nullptr : found;
+}
+
 /// What came of the self-test of one node type.
 struct Outcome {
   /// Whether anything was tested: a type without a test answers, too.
@@ -129,8 +148,7 @@ ordered_json ToJson(const NodeInterface& descriptor, const Outcome& outcome) {
 /// The folder of the inputs that come with the program; empty where it has none.
 std::filesystem::path FindShippedInputs() {
   std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  std::filesystem::path folder = (program.parent_path() / VALUE_SELFTEST_FOLDER).lexically_normal();
+  std::filesystem::path folder = (GetProgramFile().parent_path() / VALUE_SELFTEST_FOLDER).lexically_normal();
   return std::filesystem::is_directory(folder, error) ? folder : std::filesystem::path();
 }
 
@@ -140,18 +158,18 @@ class SelftestCommand : public Command {
 
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("selftest", "Runs the self-tests of the node types");
-    sub->add_option("NAME", words_, "Class name, display name or the three numbers of one node (default: all)")
-        ->expected(0, 3);
+    sub->add_option("NAME", words_, std::string(kNodeWords) + " (default: all)")->expected(0, 3);
     sub->add_option("--reference", reference_,
                     "A folder of reference images to compare with: what an earlier run wrote, or a lower folder of it")
         ->type_name("DIR");
+    sub->add_flag("--expected", expected_, "Accepts the failures that are by design, and nothing but them");
     sub->footer(
         "Examples:\n"
-        "  value selftest\n"
+        "  value selftest --expected\n"
         "  value selftest Relief --reference ../last-version/output\n"
         "Images go to output/ in the working directory, an EXR file and a PNG picture per case. Inputs that input/ in\n"
-        "the working directory does not have are the program's own. Exit code 1 when a test failed. --quiet\n"
-        "leaves only the errors.");
+        "the working directory does not have are the program's own. Exit code 1 when a test failed; with --expected\n"
+        "0 when those and only those failed that fail by design. --quiet leaves only the errors.");
     return sub;
   }
 
@@ -182,11 +200,20 @@ class SelftestCommand : public Command {
     }
     // The nodes go before the library that their code is in.
     Engine::Get()->SetCatalog(nullptr);
-    if (words_.empty() && !common_.quiet) {
-      reporter_.Print(std::to_string(passed_) + " passed, " + std::to_string(failed_) + " failed\n");
+    if (!common_.quiet) {
+      std::string text;
+      if (words_.empty()) text = std::to_string(passed_) + " passed, " + std::to_string(failed_) + " failed\n";
+      for (const NodeInterface* failed : by_design_) {
+        text += failed->GetName() + " fails by design: " + FindKnownFailure(*failed)->reason + "\n";
+      }
+      reporter_.Print(text);
     }
     answer["passed"] = passed_;
     answer["failed"] = failed_;
+    answer["by_design"] = ordered_json::array();
+    for (const NodeInterface* failed : by_design_) {
+      answer["by_design"].push_back(failed->GetNodeFactory()->GetTypeName());
+    }
     reporter_.Finish(answer);
     return code_;
   }
@@ -228,14 +255,27 @@ class SelftestCommand : public Command {
     for (const TestCaseReport& report : outcome.GetCases()) {
       if (report.is_file_problem) Worsen(ExitCode::kFile);
     }
+    const KnownFailure* known = FindKnownFailure(descriptor);
     if (outcome.passed) {
       ++passed_;
+      if (known != nullptr && expected_) {
+        reporter_.Error("the self-test of " + name + " passed, although it fails by design: " + known->reason);
+        Worsen(ExitCode::kNodeError);
+      }
       if (!common_.quiet) reporter_.Print(name + ": passed, " + std::to_string(cases) + " cases\n\n");
       return;
     }
     ++failed_;
     if (!common_.quiet) reporter_.Print(name + ": failed\n\n");
-    reporter_.Error(DescribeFailure(name, outcome));
+    // One that renders a case, or ends in an exception, fails for another reason than the known one.
+    if (known == nullptr || cases > 0 || !outcome.exception.empty()) {
+      reporter_.Error(DescribeFailure(name, outcome));
+      Worsen(ExitCode::kNodeError);
+      return;
+    }
+    by_design_.push_back(&descriptor);
+    if (expected_) return;
+    reporter_.Error(DescribeFailure(name, outcome) + "; this is by design, and --expected accepts it");
     Worsen(ExitCode::kNodeError);
   }
 
@@ -244,9 +284,11 @@ class SelftestCommand : public Command {
 
   std::vector<std::string> words_;
   std::optional<std::string> reference_;
+  bool expected_ = false;
   ExitCode code_ = ExitCode::kDone;
   std::size_t passed_ = 0;
   std::size_t failed_ = 0;
+  std::vector<const NodeInterface*> by_design_;
 };
 
 }  // namespace

@@ -97,8 +97,7 @@ class ValidateCommand : public Command {
     std::error_code error;
     options.library = std::filesystem::absolute(library, error);
     options.timeout = std::chrono::milliseconds(static_cast<std::int64_t>(timeout_s_ * 1000.0));
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    options.child_command = {program.string(), "validate", options.library.string(), "--child"};
+    options.child_command = {GetProgramFile().string(), "validate", options.library.string(), "--child"};
     std::size_t done = 0;
     options.on_check = [&](const CheckReport& report) {
       if (report.result == CheckResult::kFailed || !common_.quiet) reporter_.Print(FormatCheck(report));

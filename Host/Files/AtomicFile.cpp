@@ -8,10 +8,12 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 #include <vector>
 
 #include "Host/Files/FileErrors.h"
+#include "Host/Files/FileSizeLimit.h"
 
 namespace ScEng {
 namespace {
@@ -46,9 +48,22 @@ void FlushFolder(const std::filesystem::path& folder) {
   close(descriptor);
 }
 
+/// Whether a write of this thread was refused for the size of its file since the thread made its last memory file. The
+/// system sends the signal to the thread that writes.
+thread_local volatile std::sig_atomic_t is_over_limit = 0;
+
+extern "C" void OnFileSizeSignal(int) { is_over_limit = 1; }
+
 }  // namespace
 
-MemoryFile::MemoryFile() : descriptor_(memfd_create("value-image", MFD_CLOEXEC)) {}
+void CatchFileSizeSignal() {
+  struct sigaction action {};
+  action.sa_handler = OnFileSizeSignal;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGXFSZ, &action, nullptr);
+}
+
+MemoryFile::MemoryFile() : descriptor_(memfd_create("value-image", MFD_CLOEXEC)) { is_over_limit = 0; }
 
 MemoryFile::~MemoryFile() {
   if (descriptor_ >= 0) close(descriptor_);
@@ -57,6 +72,7 @@ MemoryFile::~MemoryFile() {
 std::string MemoryFile::GetPath() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
 Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
+  if (is_over_limit != 0) return MakeWriteError(target, DescribeErrno(EFBIG));
   std::error_code error;
   // A link is followed, so that the file it names is replaced and not the link.
   std::filesystem::path place = target;

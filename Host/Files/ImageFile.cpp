@@ -9,6 +9,7 @@
 #include "Host/Files/AtomicFile.h"
 #include "Host/Files/Codecs/ImageCodecs.h"
 #include "Host/Files/FileErrors.h"
+#include "Host/Files/ImageFormats.h"
 #include "Host/Util/HostModule.h"
 
 namespace ScEng {
@@ -81,6 +82,8 @@ ImagePtr ReadImageFile(const std::filesystem::path& file, ReadMode mode, Status&
   }
   return GetCodecs().codecs->decode(file, mode, status, notes);
 }
+
+void LoadImageFormats() { static_cast<void>(GetCodecs()); }
 
 Status WriteImageFile(const Image& image, const std::filesystem::path& file, SampleType type,
                       std::vector<std::string>& notes) {

@@ -47,7 +47,7 @@ struct Tolerances {
   double largest = 0.0;
 };
 
-/// A node's error in the words of its state; empty where it is in none.
+/// A node's error in the words of its state; empty where it has no error.
 std::string DescribeError(const Node& node, const Engine& engine) {
   if (node.IsInError()) return node.GetStateMessage().empty() ? "the node is in error" : node.GetStateMessage();
   if (!engine.IsBlocked(&node)) return {};

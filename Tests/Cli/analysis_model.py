@@ -16,7 +16,7 @@ ONE = F(1)
 
 ALL = ((-1, -1), (0, -1), (1, -1), (-1, 0), (1, 0), (-1, 1), (0, 1), (1, 1))
 CROSS = ((0, -1), (-1, 0), (1, 0), (0, 1))
-# What a word that is no choice means goes with it.
+# With what a word means that is not a choice.
 NEIGHBORS = {"all": ALL, "cross": CROSS}
 
 STYLES = ("levels", "inner_bevel", "outer_bevel", "emboss", "pillow_emboss")

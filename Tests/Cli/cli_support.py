@@ -8,6 +8,7 @@ written from the rules that the program promises to its users; it never calls th
 import json
 import math
 import os
+import re
 import subprocess
 import tempfile
 import unittest
@@ -25,6 +26,11 @@ DONE, NODE_ERROR, USAGE, INVALID, FILE_ERROR, PLUGIN_ERROR = range(6)
 
 COLOR, SIGNED, VALUE, PAIR = range(4)
 CHANNELS = {COLOR: 4, SIGNED: 4, VALUE: 1, PAIR: 2}
+
+# Whether the program is built with sanitizers. It is slower then, and its memory says nothing.
+SANITIZED = os.environ.get("VALUE_SANITIZED") == "1"
+SANITIZER_EXIT = 99
+SLOWER = 10
 
 NAN = float("nan")
 INF = float("inf")
@@ -78,22 +84,59 @@ class Result:
             values.append(value)
 
 
-def run_value(*arguments, cwd=None, timeout=120):
-    """Runs the program with its streams captured; an end by a signal is always a failure."""
+def sanitizer_libraries():
+    """What must be loaded before any other library where the program is built with sanitizers."""
+    if not SANITIZED:
+        return []
+    listed = subprocess.run(
+        ["ldd", str(find_program())], capture_output=True, text=True, timeout=60, check=True
+    )
+    return re.findall(r"=> (\S*/lib(?:a|ub)san\S*)", listed.stdout)
+
+
+def environment_with(changes):
+    """This process's environment with some variables set, or removed where the value is None."""
+    environment = {**os.environ, **(changes or {})}
+    if SANITIZED:
+        # The leak check crashes where worker threads end while it looks at them; the tests of the
+        # libraries look for leaks. A report ends with a code that the program itself never has.
+        found = environment.get("ASAN_OPTIONS")
+        own = f"detect_leaks=0:exitcode={SANITIZER_EXIT}"
+        environment["ASAN_OPTIONS"] = f"{found}:{own}" if found else own
+        environment["UBSAN_OPTIONS"] = f"print_stacktrace=1:exitcode={SANITIZER_EXIT}"
+    return {name: value for name, value in environment.items() if value is not None}
+
+
+def run_value(
+    *arguments,
+    cwd=None,
+    timeout=120,
+    program=None,
+    environment=None,
+    stdout=subprocess.PIPE,
+    prepare=None,
+):
+    """Runs the program with its streams captured; an end by a signal is always a failure.
+
+    environment: variables to set or, where the value is None, to remove. stdout: where standard
+    output goes instead. prepare: called in the new process before the program starts, for limits.
+    """
     arguments = [str(argument) for argument in arguments]
     ended = subprocess.run(
-        [str(find_program()), *arguments],
+        [str(program or find_program()), *arguments],
         cwd=cwd,
+        env=environment_with(environment),
         stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE,
+        stdout=stdout,
         stderr=subprocess.PIPE,
-        timeout=timeout,
+        timeout=timeout * (SLOWER if SANITIZED else 1),
+        preexec_fn=prepare,
         check=False,
     )
     result = Result(
         arguments,
         ended.returncode,
-        ended.stdout.decode("utf-8", "replace"),
+        (ended.stdout or b"").decode("utf-8", "replace"),
         ended.stderr.decode("utf-8", "replace"),
     )
     if not 0 <= result.code <= 5:
@@ -484,9 +527,10 @@ class ValueTestCase(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.dir = Path(folder.name)
 
-    def value(self, *arguments, cwd=None, code=DONE):
-        """Runs the program in the test's folder and checks the exit code (None: any)."""
-        result = run_value(*arguments, cwd=cwd or self.dir)
+    def value(self, *arguments, cwd=None, code=DONE, **options):
+        """Runs the program in the test's folder, with the options of run_value, and checks the exit
+        code (None: any)."""
+        result = run_value(*arguments, cwd=cwd or self.dir, **options)
         if code is not None and result.code != code:
             self.fail(f"exit code {result.code}, expected {code}\n{result}")
         return result

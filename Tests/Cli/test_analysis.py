@@ -11,26 +11,8 @@ import numpy as np
 
 import analysis_model as model
 from cli_support import (
-    COLOR,
-    FILE_ERROR,
-    INF,
-    INVALID,
-    NAN,
-    NODE_ERROR,
-    OVERSIZE,
-    PAIR,
-    SIGNED,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    document,
-    link,
-    node,
-    output,
-    read_file,
-    sample_picture,
+    COLOR, FILE_ERROR, INF, INVALID, NAN, NODE_ERROR, OVERSIZE, PAIR, SIGNED, USAGE, VALUE, F,
+    Picture, ValueTestCase, document, link, node, output, read_file, sample_picture,
 )
 
 OCCLUSION_ACCURACY = 2e-4
@@ -712,31 +694,18 @@ class SoftenTest(AnalysisTestCase):
         )
 
     def test_bevels_of_a_blurred_mask(self):
-        picture = random_values(13, 10, seed=20, share=0.2)
-        self.check_within(
-            "relief",
-            (
-                (picture, attributes)
-                for attributes in settings(
-                    style=model.STYLES[1:], radius=[4], soften=[1, 3], seamless=FLAGS
-                )
-            ),
-            # Each of the four steps adds at most what the mask is off.
-            lambda _: 4 * BLUR_ACCURACY,
-        )
+        # Each of the four steps adds at most what the mask is off.
+        self.check_blurred_mask(20, 4 * BLUR_ACCURACY, style=model.STYLES[1:])
 
     def test_levels_of_a_blurred_mask(self):
-        picture = random_values(13, 10, seed=21, share=0.2)
+        # The height of a smooth cone changes by at most 2.5 times what its peak does.
+        self.check_blurred_mask(21, 3 * BLUR_ACCURACY, profile=["linear", "smooth"])
+
+    def check_blurred_mask(self, seed, accuracy, **choices):
+        picture = random_values(13, 10, seed=seed, share=0.2)
+        cases = settings(**choices, radius=[4], soften=[1, 3], seamless=FLAGS)
         self.check_within(
-            "relief",
-            (
-                (picture, attributes)
-                for attributes in settings(
-                    profile=["linear", "smooth"], radius=[4], soften=[1, 3], seamless=FLAGS
-                )
-            ),
-            # The height of a smooth cone changes by at most 2.5 times what its peak does.
-            lambda _: 3 * BLUR_ACCURACY,
+            "relief", [(picture, attributes) for attributes in cases], lambda _: accuracy
         )
 
     def test_values_that_are_not_finite_spread_as_far_as_the_kernel(self):
@@ -857,7 +826,7 @@ class ReliefPlugsTest(AnalysisTestCase):
         # The command line takes it too.
         self.apply("relief", picture, "--set", "radius=2", "--set", "height=-3")
         self.assert_picture(self.dir / "out.exr", wanted)
-        # Under version 1 the name is none.
+        # Version 1 has no such name.
         content["nodes"][1]["attributeVersion"] = 1
         self.assert_one_error(self.run_document(content, code=INVALID), "height")
         del content["nodes"][1]["attributeVersion"]
@@ -1197,7 +1166,7 @@ class RegionsTestCase(AnalysisTestCase):
         yield Picture(data, SIGNED, low=0, high=1)
 
     def check_plugs(self, kind, picture, flags):
-        """Number and flags without a value count as zero and false, and a word that is no choice
+        """Number and flags without a value count as zero and false, and a word that is not a choice
         as the first one."""
         feeders = [
             node("number", "NumberNode", enabled=False, value=1),
@@ -1382,7 +1351,7 @@ class ComponentEdgesTest(RegionsTestCase):
             "--set", "neighbors=cross",
         )
 
-    def test_a_difference_of_exactly_the_tolerance_is_no_edge(self):
+    def test_a_difference_of_exactly_the_tolerance_is_not_an_edge(self):
         picture = Picture([[0.0, 0.25, 0.5, 0.25]], VALUE)
         options = ("--set", "invert=false", "--set", "threshold=0.25")
         self.apply_gives("edges", [[0, 0, 0, 0]], picture, *options)

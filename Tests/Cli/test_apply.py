@@ -3,37 +3,17 @@
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    FILE_ERROR,
-    INF,
-    NAN,
-    NODE_ERROR,
-    OPERATIONS,
-    OVERSIZE,
-    PAIR,
-    SIGNED,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    arithmetic,
-    read_file,
-    round_half_down,
-    sample_picture,
-    stored_samples,
-    write_file,
-    write_picture,
+    COLOR, FILE_ERROR, INF, NAN, NODE_ERROR, OPERATIONS, OVERSIZE, PAIR, SIGNED, USAGE, VALUE,
+    F, Picture, ValueTestCase, arithmetic, read_file, round_half_down, sample_picture,
+    stored_samples, write_file, write_picture,
 )
+from first_twenty import FIRST_TWENTY
 
 THREE_NUMBERS = {
-    "Add": "10,320,5",
-    "Subtract": "10,320,90",
-    "Multiply": "10,320,10",
-    "Divide": "10,320,96",
-    "Power": "10,320,69",
-    "Minimum": "10,320,16",
-    "Maximum": "10,320,21",
+    name: ",".join(map(str, entry.numbers))
+    for name in OPERATIONS
+    for entry in FIRST_TWENTY
+    if entry.name == f"Value {name}"
 }
 
 SMALLEST = np.frombuffer(np.uint32(1).tobytes(), dtype=F)[0]
@@ -532,6 +512,20 @@ class OptionsTest(ApplyTestCase):
         self.check("Add", [sample_picture(VALUE)], 1.0, options=("--range", "0,2"))
         self.check("Add", [sample_picture(VALUE)], 1.0, options=("--range", "-2.5,7e0"))
 
+    def test_a_range_beyond_the_bounds_is_cut_with_a_note(self):
+        # The bounds of the reader's "low" and "high" are plus and minus one thousand millions.
+        for k in range(2):
+            self.picture(f"in{k}.exr", sample_picture(VALUE, seed=k))
+        result = self.value(
+            "apply", "Value Add", "-i", "in0.exr", "-i", "in1.exr", "--range", "-2,3e9", "-o", "out.exr"
+        )
+        # The same range for both inputs is one note.
+        self.assert_one_error(result, "note", "--range -2,3e9", "3e+09", "1e+09")
+        result = self.value(
+            "apply", "Value Add", "-i", "in0.exr", "--range", "-5e9,5e9", "-o", "out.exr", "--json"
+        )
+        self.assertEqual(len(result.json_values()[0]["notes"]), 2, str(result))
+
     def test_wrong_range(self):
         self.inputs([sample_picture(VALUE)])
         for given in ("0", "a,b", "0,1,2", "0;1", "", "0,1e999"):
@@ -657,20 +651,11 @@ class OptionsTest(ApplyTestCase):
 class OtherNodesTest(ApplyTestCase):
     """The nodes beyond arithmetic either do their work or say why not; none breaks down."""
 
+    # One output of each; of Compare the one that tells where its two images are equal.
     NODES = {
-        "To Value": "image",
-        "Value Clamp": "image",
-        "Value Steps": "image",
-        "Value Condition": "image",
-        "Value Compare": "image_a_eq_b",
-        "Value Range": "image",
-        "Value Function": "image",
-        "Relief": "image",
-        "Distance": "image",
-        "Value Gradient": "output_x",
-        "Ambient Occlusion": "image",
-        "Connected Components": "image",
-        "Component Edges": "image",
+        entry.name: "image_a_eq_b" if entry.name == "Value Compare" else entry.outputs[0]
+        for entry in FIRST_TWENTY
+        if entry.name.removeprefix("Value ") not in OPERATIONS
     }
 
     def test_each_answers(self):

@@ -3,15 +3,7 @@
 import json
 
 from cli_support import (
-    FILE_ERROR,
-    INVALID,
-    REPOSITORY,
-    VALUE,
-    ValueTestCase,
-    document,
-    link,
-    node,
-    output,
+    FILE_ERROR, INVALID, REPOSITORY, VALUE, ValueTestCase, document, link, node, output,
     sample_picture,
 )
 from first_twenty import FIRST_TWENTY
@@ -87,7 +79,8 @@ class ValidTest(CheckTestCase):
         ]))
 
     def test_the_first_twenty_types_by_name_and_by_numbers(self):
-        types = FIRST_TWENTY | {
+        types = {
+            **{entry.class_name: list(entry.numbers) for entry in FIRST_TWENTY},
             "ImageReaderNode": [10, 16, 5],
             "ImageRectangleNode": [10, 16, 10],
             "ImageCheckerNode": [10, 16, 16],
@@ -192,7 +185,7 @@ class NotesTest(CheckTestCase):
 
 
 class TextTest(CheckTestCase):
-    """What is no JSON at all, or not the JSON of a document."""
+    """What is not JSON at all, or not the JSON of a document."""
 
     @staticmethod
     def with_attribute(kind, name, text):
@@ -526,7 +519,7 @@ class OutputsTest(CheckTestCase):
             with self.subTest(source=source):
                 self.refuse(document(self.BOX, [], [output(source, "out.exr")]), "zebra")
 
-    def test_output_that_is_no_image(self):
+    def test_output_that_is_not_an_image(self):
         self.refuse(document(self.BOX, [], [output("num.number", "out.exr")]), "num")
 
     def test_unknown_type(self):

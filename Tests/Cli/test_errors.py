@@ -5,15 +5,7 @@ import os
 from pathlib import Path
 
 from cli_support import (
-    FILE_ERROR,
-    PLUGIN_ERROR,
-    USAGE,
-    VALUE,
-    ValueTestCase,
-    arithmetic,
-    document,
-    node,
-    output,
+    FILE_ERROR, PLUGIN_ERROR, USAGE, VALUE, ValueTestCase, arithmetic, document, node, output,
     sample_picture,
 )
 
@@ -21,7 +13,7 @@ COMMANDS = ("nodes", "apply", "run", "check", "stats", "doctor", "validate")
 
 
 def system_library():
-    """A shared library that every process has loaded and that is no node library."""
+    """A shared library that every process has loaded and that is not a node library."""
     with open("/proc/self/maps", encoding="utf-8") as maps:
         for line in maps:
             path = line.split(maxsplit=5)[-1].strip()
@@ -63,7 +55,7 @@ class PluginTest(ValueTestCase):
         result = self.value("nodes", "--plugin", "nothing.so", code=PLUGIN_ERROR)
         self.assert_one_error(result, "nothing.so")
 
-    def test_file_that_is_no_library(self):
+    def test_file_that_is_not_a_library(self):
         for content in (b"", b"just some text", b"\x7fELF and then nothing"):
             with self.subTest(content=content):
                 self.save("fake.so", content)
@@ -204,14 +196,14 @@ class HelpTest(ValueTestCase):
                 lines = [line for line in result.out.splitlines() if f"value {command}" in line]
                 self.assertGreaterEqual(len(lines), 1, str(result))
 
-    def test_options_of_all_commands_are_told(self):
+    def test_options_of_all_commands_are_listed(self):
         for command in COMMANDS:
             text = self.value(command, "--help").out
             for option in ("--plugin", "--threads", "--max-size", "--device", "--any-device", "--quiet", "--json"):
                 with self.subTest(command=command, option=option):
                     self.assertIn(option, text)
 
-    def test_own_options_are_told(self):
+    def test_own_options_are_listed(self):
         for command, options in (
             ("apply", ("-i", "-o", "--set", "--range")),
             ("run", ("--set", "--input", "--output", "--each", "--output-dir", "--jobs")),

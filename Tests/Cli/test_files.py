@@ -3,23 +3,8 @@
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    FILE_ERROR,
-    PAIR,
-    SIGNED,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    arithmetic,
-    document,
-    header_notes,
-    link,
-    node,
-    output,
-    read_file,
-    sample_picture,
-    write_file,
+    COLOR, FILE_ERROR, PAIR, SIGNED, VALUE, F, Picture, ValueTestCase, arithmetic, document,
+    header_notes, link, node, output, read_file, sample_picture, write_file,
 )
 
 

@@ -1,29 +1,14 @@
 """Ambient occlusion by `value apply`, the choice of a device, and `value doctor`."""
 
 import math
-import os
 import shutil
-import subprocess
 from pathlib import Path
 
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    DONE,
-    NAN,
-    NODE_ERROR,
-    PLUGIN_ERROR,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    Result,
-    ValueTestCase,
-    find_program,
-    read_file,
-    sample_picture,
-    write_picture,
+    COLOR, DONE, NAN, NODE_ERROR, PLUGIN_ERROR, USAGE, VALUE, F, Picture, ValueTestCase,
+    find_program, read_file, sample_picture, sanitizer_libraries, write_picture,
 )
 
 ACCURACY = 2e-4
@@ -67,20 +52,7 @@ class EnvironmentTestCase(ValueTestCase):
     """Tests that start the program in a changed environment."""
 
     def value_with(self, environment, *arguments, code=DONE):
-        ended = subprocess.run(
-            [str(find_program()), *arguments],
-            cwd=self.dir,
-            env={**os.environ, **environment},
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            timeout=120,
-            check=False,
-        )
-        result = Result(
-            arguments, ended.returncode, ended.stdout.decode(), ended.stderr.decode()
-        )
-        self.assertEqual(result.code, code, str(result))
-        return result
+        return self.value(*arguments, environment=environment, code=code)
 
     def without_devices(self):
         """An environment in which OpenCL finds no driver."""
@@ -249,12 +221,33 @@ class DoctorTest(EnvironmentTestCase):
         self.assertIn("VALUE_DEVICE", result.err)
         self.assertIn("zebra", result.err)
 
+    def test_an_empty_cache_folder_counts_as_not_set(self):
+        changes = {"POCL_CACHE_DIR": "", "XDG_CACHE_HOME": str(self.dir / "cache")}
+        result = self.value_with(changes, "doctor")
+        self.assert_quiet(result)
+        self.assertIn("All is well.", result.out)
+
+    def test_a_cache_folder_that_cannot_be_written(self):
+        self.save("file", "a file where the folder should be")
+        folder = str(self.dir / "file" / "cache")
+        result = self.value_with({"POCL_CACHE_DIR": folder}, "doctor", code=NODE_ERROR)
+        self.assert_one_error(result, folder)
+        # The driver is there.
+        self.assertNotIn("pocl-opencl-icd", result.err)
+        self.assertNotIn("All is well", result.out)
+        write_picture(self.dir / "in.exr", sample_picture(VALUE))
+        result = self.value_with(
+            {"POCL_CACHE_DIR": folder}, "apply", "Ambient Occlusion", "-i", "in.exr", "-o", "out.exr",
+            code=NODE_ERROR,
+        )
+        self.assert_one_error(result, "Ambient Occlusion", folder)
+
     def test_missing_plugin(self):
         result = self.value("doctor", "--plugin", "nothing.so", code=PLUGIN_ERROR)
         self.assertEqual(len(result.err_lines), 1)
         self.assertIn("nothing.so", result.err)
         self.assertIn("--plugin", result.err)
-        # The rest is told all the same.
+        # The rest is shown all the same.
         self.assertIn("Highway", result.out)
 
     def test_missing_image_formats(self):
@@ -266,13 +259,14 @@ class DoctorTest(EnvironmentTestCase):
         (copy / "bin").mkdir()
         for name in (program.name, "Value.so"):
             shutil.copy2(program.parent / name, copy / "bin" / name)
-        environment = {**os.environ, "LD_LIBRARY_PATH": str(copy / "lib")}
-        # A search path in the program goes before the variable, so the libraries are named outright.
+        # A search path in the program goes before the variable, so the libraries are named outright;
+        # what a sanitizer brings must come first of all.
         libraries = sorted(str(path) for path in (copy / "lib").glob("libHost*.so"))
-        environment["LD_PRELOAD"] = ":".join(libraries)
-        ended = subprocess.run(
-            [str(copy / "bin" / program.name), "doctor"],
-            env=environment, capture_output=True, timeout=120, check=False,
+        environment = {
+            "LD_LIBRARY_PATH": str(copy / "lib"),
+            "LD_PRELOAD": ":".join(sanitizer_libraries() + libraries),
+        }
+        result = self.value(
+            "doctor", program=copy / "bin" / program.name, environment=environment, code=NODE_ERROR
         )
-        self.assertEqual(ended.returncode, NODE_ERROR, ended.stderr.decode())
-        self.assertIn("image files", ended.stderr.decode())
+        self.assertIn("image files", result.err)

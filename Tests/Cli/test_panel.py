@@ -1,37 +1,17 @@
 """value panel: the panel of a node and its preview, drawn without a display; and what other commands load."""
 
 import json
-import os
-import subprocess
 
 import numpy as np
 
 from cli_support import (
-    DONE,
-    FILE_ERROR,
-    NAN,
-    NODE_ERROR,
-    USAGE,
-    VALUE,
-    Picture,
-    ValueTestCase,
-    find_program,
-    read_file,
-    write_file,
-    write_picture,
+    DONE, FILE_ERROR, NAN, NODE_ERROR, USAGE, VALUE, Picture, ValueTestCase, read_file,
+    write_file, write_picture,
 )
 from first_twenty import FIRST_TWENTY
 
-CLASSES = list(FIRST_TWENTY)
-
-
-def without_display():
-    """The environment of a process that no display is told to."""
-    return {
-        name: value
-        for name, value in os.environ.items()
-        if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")
-    }
+# The environment of a process that knows of no display.
+WITHOUT_DISPLAY = {"DISPLAY": None, "WAYLAND_DISPLAY": None, "QT_QPA_PLATFORM": None}
 
 
 class PanelTestCase(ValueTestCase):
@@ -54,7 +34,7 @@ class PanelTestCase(ValueTestCase):
 
 class ScreenshotTest(PanelTestCase):
     def test_every_node_has_a_panel(self):
-        for name in CLASSES:
+        for name in (entry.class_name for entry in FIRST_TWENTY):
             with self.subTest(node=name):
                 pixels = self.draw(name)
                 panel = pixels[:, 560:]
@@ -63,14 +43,10 @@ class ScreenshotTest(PanelTestCase):
                 self.assertGreater((np.abs(panel - panel[-2, -2]).sum(axis=2) > 200).sum(), 200)
 
     def test_needs_no_display(self):
-        ended = subprocess.run(
-            [find_program(), "panel", "Value Clamp", "--screenshot", self.dir / "panel.png"],
-            env=without_display(),
-            capture_output=True,
-            timeout=120,
-            check=False,
+        result = self.value(
+            "panel", "Value Clamp", "--screenshot", "panel.png", environment=WITHOUT_DISPLAY
         )
-        self.assertEqual((ended.returncode, ended.stderr), (DONE, b""))
+        self.assert_quiet(result)
         self.assert_files("panel.png")
 
     def test_themes_and_scales(self):
@@ -167,33 +143,18 @@ class ErrorTest(PanelTestCase):
 
     def test_no_display(self):
         for extra in ({}, {"DISPLAY": ":32767"}):
-            ended = subprocess.run(
-                [find_program(), "panel", "Value Clamp"],
-                env={**without_display(), **extra},
-                stdin=subprocess.DEVNULL,
-                capture_output=True,
-                timeout=120,
-                check=False,
+            result = self.value(
+                "panel", "Value Clamp", environment={**WITHOUT_DISPLAY, **extra}, code=NODE_ERROR
             )
-            self.assertEqual(ended.returncode, NODE_ERROR)
-            lines = ended.stderr.decode().splitlines()
-            self.assertEqual(len(lines), 1, lines)
-            self.assertIn("--screenshot", lines[0])
+            self.assert_one_error(result, "--screenshot")
 
 
 class StartTest(PanelTestCase):
     def libraries(self, *arguments):
         """The files that the dynamic linker loads during a run."""
         trace = self.dir / "trace"
-        ended = subprocess.run(
-            [find_program(), *arguments],
-            env={**without_display(), "LD_DEBUG": "files", "LD_DEBUG_OUTPUT": str(trace)},
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            timeout=120,
-            check=False,
-        )
-        self.assertEqual(ended.returncode, DONE, ended.stderr)
+        tracing = {"LD_DEBUG": "files", "LD_DEBUG_OUTPUT": str(trace)}
+        self.value(*arguments, environment={**WITHOUT_DISPLAY, **tracing})
         found = list(self.dir.glob("trace.*"))
         self.assertEqual(len(found), 1)
         text = found[0].read_text("utf-8", "replace")

@@ -1,40 +1,21 @@
 """value run: documents evaluated from end to end."""
 
 import math
+import resource
 
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    FILE_ERROR,
-    INF,
-    INVALID,
-    NAN,
-    NODE_ERROR,
-    OPERATIONS,
-    OVERSIZE,
-    PAIR,
-    SIGNED,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    arithmetic,
-    document,
-    link,
-    node,
-    output,
-    read_file,
-    sample_picture,
-    write_file,
+    COLOR, DONE, FILE_ERROR, INF, INVALID, NAN, NODE_ERROR, OPERATIONS, OVERSIZE, PAIR, SANITIZED,
+    SIGNED, USAGE, VALUE, F, Picture, ValueTestCase, arithmetic, document, link, node, output, read_file,
+    sample_picture, write_file,
 )
 
 
 class RunTestCase(ValueTestCase):
-    def run_document(self, content, *options, code=0):
+    def run_document(self, content, *options, code=0, **settings):
         self.save("graph.json", content)
-        return self.value("run", "graph.json", *options, code=code)
+        return self.value("run", "graph.json", *options, code=code, **settings)
 
     def stored(self, name="out.exr"):
         return read_file(self.dir / name)
@@ -205,7 +186,7 @@ class ArithmeticDocumentTest(RunTestCase):
         wanted = arithmetic("Add", [arithmetic("Add", [small], 5.0), wide])
         self.assert_picture(self.dir / "out.exr", wanted)
 
-    def test_image_without_pixels_is_passed_over(self):
+    def test_image_without_pixels_is_ignored(self):
         picture = sample_picture(VALUE, seed=10)
         for frame in ([0, 0, 0, 5], [0, 0, 5, 0]):
             with self.subTest(frame=frame):
@@ -376,7 +357,7 @@ class DisabledTest(RunTestCase):
                 ))
                 self.assert_picture(self.dir / "out.exr", first)
 
-    def test_when_off_arithmetic_passes_over_an_image_without_pixels(self):
+    def test_when_off_arithmetic_ignores_an_image_without_pixels(self):
         picture = sample_picture(SIGNED, seed=13)
         self.run_document(document(
             [
@@ -433,7 +414,7 @@ class DisabledTest(RunTestCase):
         self.assert_one_error(result, "lonely")
         self.assert_files("graph.json", "box.exr")
 
-    def test_when_off_reader_of_a_missing_file_is_no_error(self):
+    def test_when_off_reader_of_a_missing_file_is_not_an_error(self):
         picture = sample_picture(VALUE, seed=16)
         self.run_document(document(
             [
@@ -818,6 +799,20 @@ class WriterTest(RunTestCase):
         self.assert_picture(self.dir / "out.exr", arithmetic("Add", [picture], 1.0))
         self.assert_files("graph.json", "r.exr", "w.exr", "out.exr")
 
+    def test_two_files_of_one_name_when_a_connection_feeds_the_path(self):
+        """Which file a writer makes is known only when it runs."""
+        content = document(
+            [
+                self.reader("src", sample_picture(VALUE, seed=16)),
+                node("where", "TextNode", value=str(self.dir / "twice.exr")),
+                node("w", "ImageWriterNode", path="unused.exr"),
+            ],
+            [link("src.image", "w.image"), link("where.text", "w.path")],
+            [output("src.image", "twice.exr")],
+        )
+        result = self.run_document(content, code=FILE_ERROR)
+        self.assert_one_error(result, '"w"', "src.image", "twice.exr")
+
     def test_writer_that_cannot_write(self):
         picture = sample_picture(VALUE, seed=11)
         result = self.run_document(
@@ -1081,6 +1076,28 @@ class OptionsTest(RunTestCase):
                 self.assert_one_error(result, culprit)
         self.assert_files("graph.json", "src.exr", "second.exr")
 
+    def test_set_on_an_attribute_that_a_connection_feeds_has_no_effect(self):
+        content = self.base()
+        content["nodes"].append(node("n", "NumberNode", value=5))
+        content["connections"].append(link("n.number", "add.constant"))
+        for name in ("add.constant", "add.value"):
+            with self.subTest(attribute=name):
+                result = self.run_document(content, "--set", f"{name}=4")
+                self.assert_one_error(result, "note", f"--set {name}=4", "no effect", "connection")
+                self.expect(self.first, 5.0)
+        self.assert_quiet(self.run_document(content, "--set", "n.value=7"))
+        self.expect(self.first, 7.0)
+
+    def test_input_of_a_reader_whose_path_a_connection_feeds(self):
+        content = self.base()
+        content["nodes"].append(node("where", "TextNode", value=str(self.dir / "src.exr")))
+        content["connections"].append(link("where.text", "src.path"))
+        result = self.run_document(content, "--input", "src=second.exr", code=USAGE)
+        self.assert_one_error(result, "--input src=second.exr", '"src"', "connection")
+        self.assert_files("graph.json", "src.exr", "second.exr")
+        self.assert_quiet(self.run_document(content, "--set", f"where.value={self.dir}/second.exr"))
+        self.expect(self.second, 1.0)
+
     def test_input_of_a_missing_file(self):
         result = self.run_document(self.base(), "--input", "src=gone.exr", code=FILE_ERROR)
         self.assert_one_error(result, "gone.exr")
@@ -1233,7 +1250,7 @@ class BatchTest(RunTestCase):
         self.assert_results("d.e")
 
     def test_damaged_file_is_reported_and_the_rest_goes_on(self):
-        (self.photos / "b.exr").write_bytes(b"this is no image")
+        (self.photos / "b.exr").write_bytes(b"not an image")
         for jobs in ("1", "3"):
             with self.subTest(jobs=jobs):
                 result = self.batch("--jobs", jobs, code=FILE_ERROR)
@@ -1283,6 +1300,34 @@ class BatchTest(RunTestCase):
                     "--output-dir", self.results, code=USAGE,
                 )
                 self.assert_one_error(result, given)
+
+    def test_a_reader_whose_path_a_connection_feeds(self):
+        self.content["nodes"].append(node("where", "TextNode", value=str(self.photos / "a.exr")))
+        self.content["connections"].append(link("where.text", "src.path"))
+        result = self.batch(code=USAGE)
+        self.assert_one_error(result, "--each src=", '"src"', "connection")
+        self.assert_files("graph.json", "photos")
+
+    def test_jobs_that_the_system_has_no_threads_for(self):
+        """Each thread asks for a stack of 2 GB, and all there is to ask for is 21 GB."""
+        for index in range(12):
+            self.picture(f"photos/j{index}.exr", sample_picture(VALUE, seed=index))
+
+        def limit():
+            _, highest = resource.getrlimit(resource.RLIMIT_STACK)
+            resource.setrlimit(resource.RLIMIT_STACK, (2 * 10**9, highest))
+            if not SANITIZED:
+                resource.setrlimit(resource.RLIMIT_AS, (21 * 10**9, 21 * 10**9))
+
+        result = self.run_document(
+            self.content, "--each", f"src={self.photos}/j*.exr", "--output-dir", self.results,
+            "--jobs", "12", "--threads", "1", code=None, prepare=limit,
+        )
+        # The decoders need a thread with the first file; where that is refused, the file fails.
+        self.assertIn(result.code, (DONE, FILE_ERROR), str(result))
+        if not SANITIZED:
+            self.assert_names(result, "note", "--jobs 12", "no more than")
+        self.assertGreaterEqual(len(list(self.results.glob("*-raised.exr"))), 11)
 
     def test_wrong_jobs(self):
         for jobs in ("x", "-1", "1.5"):

@@ -5,22 +5,8 @@ import math
 import numpy as np
 
 from cli_support import (
-    COLOR,
-    FILE_ERROR,
-    INF,
-    NAN,
-    SIGNED,
-    USAGE,
-    VALUE,
-    F,
-    Picture,
-    ValueTestCase,
-    dictionaries,
-    holds_number,
-    is_number,
-    leaves_under,
-    sample_picture,
-    write_file,
+    COLOR, FILE_ERROR, INF, NAN, SIGNED, USAGE, VALUE, F, Picture, ValueTestCase, dictionaries,
+    holds_number, is_number, leaves_under, sample_picture, write_file,
 )
 
 
@@ -61,9 +47,9 @@ class StatsTest(ValueTestCase):
     def assert_mode(self, answer, mode, word):
         """The answer tells the mode, by its number or by its word."""
         found = leaves_under(answer, "mode")
-        told = [str(leaf).lower().replace("colour", "color") for leaf in found]
+        shown = [str(leaf).lower().replace("colour", "color") for leaf in found]
         self.assertTrue(
-            any(text == str(mode) or word in text for text in told), f"{word} is not in {found}"
+            any(text == str(mode) or word in text for text in shown), f"{word} is not in {found}"
         )
 
     def test_figures_of_a_value_image(self):

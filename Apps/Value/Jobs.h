@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <thread>
+
+/// Calls `work` on `count` threads at a time, the calling one among them, and waits for all of them. Where the system
+/// refuses a thread, those that there are do the work. Answers how many there were. `work` must not throw.
+///
+/// `start` starts a thread; it is there for tests, which have it refuse.
+std::size_t RunJobs(
+    std::size_t count, const std::function<void()>& work,
+    const std::function<std::thread(const std::function<void()>&)>& start = [](const std::function<void()>& run) {
+      return std::thread(run);
+    });
