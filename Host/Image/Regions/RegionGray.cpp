@@ -24,8 +24,8 @@
 #include "Host/Image/Scratch.h"
 #include "Host/Util/ParallelRows.h"
 
-#ifndef HOST_IMAGE_REGION_GREY_CONSTANTS
-#define HOST_IMAGE_REGION_GREY_CONSTANTS
+#ifndef HOST_IMAGE_REGION_GRAY_CONSTANTS
+#define HOST_IMAGE_REGION_GRAY_CONSTANTS
 namespace ScEng {
 namespace {
 
