@@ -179,11 +179,13 @@ value_add_test(HostWidgetsTests
     "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindow.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindowTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Panel/Preview.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/Preview.h"
     "${host}/Widgets/QNodeAttributesWidgetTest.cpp"
     "${host}/Widgets/SliderScale.cpp"
     "${host}/Widgets/SliderScaleTest.cpp"
   DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})
+set_target_properties(HostWidgetsTests PROPERTIES AUTOMOC ON)
 # The same in real windows.
 add_test(NAME PanelsInWindows
   COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:HostWidgetsTests>)

@@ -22,5 +22,6 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/ValueHostConfigVersion.c
 install(FILES
   "${PROJECT_BINARY_DIR}/ValueHostConfig.cmake"
   "${PROJECT_BINARY_DIR}/ValueHostConfigVersion.cmake"
+  "${PROJECT_SOURCE_DIR}/cmake/ValueHardening.cmake"
   "${PROJECT_SOURCE_DIR}/cmake/ValueNodeLibrary.cmake"
   DESTINATION "${VALUE_PACKAGE_DIR}")

@@ -1,8 +1,10 @@
+include("${CMAKE_CURRENT_LIST_DIR}/ValueHardening.cmake")
+
 # value_add_node_library(<name> <source>... [ICONS <file>...])
 #
 # A node library that programs of the host load by file: <name>.so, linked with the node kit and the host's self-tests.
 # Nothing is exported but what the sources export themselves, it can really be unloaded, and products and sums are not
-# fused, so that results are the same on every processor.
+# fused, so that results are the same on every processor. It is hardened as the host's own libraries are.
 #
 # ICONS are compiled in as resources of Qt, which must be installed: ":/<name>/<file name>". The record of the library
 # has ":/<name>/" as its icon folder; a node with the icon "Add" has Add.png (48 pixels) and Add12.png.
@@ -28,6 +30,8 @@ function(value_add_node_library name)
     target_sources(${name} PRIVATE "${list}")
     target_link_libraries(${name} PRIVATE Qt6::Core)
   endif()
+  target_compile_options(${name} PRIVATE ${VALUE_HARDENING_COMPILE_OPTIONS})
+  target_link_options(${name} PRIVATE ${VALUE_HARDENING_LINK_OPTIONS})
   if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     target_compile_options(${name} PRIVATE -ffp-contract=off)
   endif()

@@ -1,6 +1,7 @@
 # What all targets of this project share: language level, floating point rules, warnings, places of build products.
 
 include(GenerateExportHeader)
+include(ValueHardening)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -26,6 +27,8 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     -ffp-contract=off
     # Nobody reads errno or floating point exceptions; the results are the same.
     -fno-math-errno -fno-trapping-math)
+  target_compile_options(ValueBuild INTERFACE ${VALUE_HARDENING_COMPILE_OPTIONS})
+  target_link_options(ValueBuild INTERFACE ${VALUE_HARDENING_LINK_OPTIONS})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Reported wrongly for sums of std::string (GCC bug 105651).
     target_compile_options(ValueBuild INTERFACE -Wno-restrict)

@@ -13,6 +13,8 @@ class Image;
 
 /// Shows a picture as large as there is room, and a message over it.
 class Preview : public QWidget {
+  Q_OBJECT
+
  public:
   explicit Preview(QWidget* parent);
 

@@ -211,7 +211,7 @@ TEST(Node, ObserversMayLeaveWhileTheyAreTold) {
   node->RemoveObserver(&third);
 }
 
-TEST(Node, IsLabelledByItsNameUntilItHasALabel) {
+TEST(Node, IsLabeledByItsNameUntilItHasALabel) {
   const RefPtr<Node> node(new PluggedNode);
   EXPECT_EQ(node->GetLabel(), node->GetName());
   node->SetLabel("height");

@@ -107,9 +107,9 @@ class ChoiceEditor : public AttributeEditor {
     const QStringList labels = info.labels.empty() ? QStringList() : ToText(info.labels).split(u',');
     for (const std::string& word : attribute.GetChoices()) {
       const int index = box_->count();
-      const bool is_labelled = index < labels.size() && !labels[index].trimmed().isEmpty();
-      box_->addItem(is_labelled ? labels[index].trimmed() : ToText(word), ToText(word));
-      if (is_labelled) box_->setItemData(index, ToText(word), Qt::ToolTipRole);
+      const bool is_labeled = index < labels.size() && !labels[index].trimmed().isEmpty();
+      box_->addItem(is_labeled ? labels[index].trimmed() : ToText(word), ToText(word));
+      if (is_labeled) box_->setItemData(index, ToText(word), Qt::ToolTipRole);
     }
     constexpr int kMostShown = 20;
     box_->setMaxVisibleItems(kMostShown);

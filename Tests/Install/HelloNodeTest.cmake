@@ -1,6 +1,7 @@
 # Installs the project, builds the example library against the installation alone, and uses both:
 #
-#   cmake -DBUILD_DIR=<build folder> -DEXAMPLE_DIR=<Examples/HelloNode> -DWORK_DIR=<folder for everything> -P this
+#   cmake -DBUILD_DIR=<build folder> -DEXAMPLE_DIR=<Examples/HelloNode> -DWORK_DIR=<folder for everything>
+#     [-DHARDENING=<command that reads the files of a folder>] -P this
 #
 # Everything is checked by results: the sample that the example's node computes is worked out by hand.
 
@@ -35,6 +36,11 @@ set(library "${WORK_DIR}/hello/HelloNode.so")
 run("${prefix}/bin/value" nodes --plugin "${library}")
 if(NOT run_output MATCHES "HelloContrastNode" OR run_output MATCHES "ImageValueAddNode")
   message(FATAL_ERROR "--plugin does not load the example's library in place of the own one:\n${run_output}")
+endif()
+
+# A library of others is hardened as the host's own are.
+if(HARDENING)
+  run(${HARDENING} --guarded HelloNode.so "${WORK_DIR}/hello")
 endif()
 
 run("${prefix}/bin/value" validate "${library}")

@@ -132,7 +132,7 @@ TEST_F(CompareNode, CoversBothImagesAndPinsTheResultWhereTheFirstIs) {
                                     1.0F, 1.0F, 1.0F, 1.0F}));
 }
 
-TEST_F(CompareNode, HonoursThePivotsOfItsInputs) {
+TEST_F(CompareNode, HonorsThePivotsOfItsInputs) {
   const ImageRef a = MakeRow({1.0F, 2.0F});
   a->SetPivot(1.0F, 0.0F);
   const ImageRef b = MakeRow({1.0F, 2.0F});
