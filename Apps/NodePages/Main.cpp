@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // value-pages: the pages of the node library, Docs/Nodes. Each is written from the node itself, a text by hand and the
-// outputs of an example graph. With --check nothing is written, and what is stale is named.
+// outputs of an example graph. The hints in the schema of graph documents come from the nodes as well. With --check
+// nothing is written, and what is stale is named.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "Apps/NodePages/Page.h"
+#include "Apps/NodePages/SchemaHints.h"
 #include "Host/Documents/GraphDocument.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Nodes/HostNodes.h"
@@ -28,6 +30,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using ScEng::Status;
+
+// The schema of graph documents, from the root of the repository, and with hints, from the folder of the pages.
+constexpr const char* kSchemaSource = "Host/Documents/graph.schema.in.json";
+constexpr const char* kSchema = "../../Host/Documents/graph.schema.json";
 
 /// A folder for intermediate files, removed with its content.
 class ScratchFolder {
@@ -82,6 +88,9 @@ class Pages {
       for (const std::string& name : unknown) Fail(page.GetTextFile() + ": there is no node {" + name + "}");
     }
     files_["README.md"] = WriteIndex(pages_);
+    const std::string schema = AddSchemaHints(ReadWhole(root_ / kSchemaSource), catalog_->GetDescriptors());
+    if (schema.empty()) Fail(std::string(kSchemaSource) + " is missing, or has no place for hints");
+    files_[kSchema] = schema;
     // After an error, what would have been made is not all known.
     if (errors_.empty()) FindStrangers();
   }
@@ -290,8 +299,8 @@ int main(int argc, char** argv) {
   const std::vector<std::string> stale = pages.FindStale();
   if (check && !stale.empty()) {
     const std::string others = stale.size() == 1 ? "" : " (and " + std::to_string(stale.size() - 1) + " more)";
-    return Report("Docs/Nodes/" + stale.front() + " is missing or stale" + others +
-                  "; Docs/Nodes/make_pages renews it");
+    const std::string first = (fs::path("Docs/Nodes") / stale.front()).lexically_normal().string();
+    return Report(first + " is missing or stale" + others + "; Docs/Nodes/make_pages renews it");
   }
   if (!check) status = pages.Write(stale);
   if (status.IsError()) return Report(status.GetMessage());

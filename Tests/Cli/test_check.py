@@ -146,7 +146,7 @@ class ValidTest(CheckTestCase):
         ))
 
     def test_schema_ships(self):
-        schema = json.loads((REPOSITORY / "Docs" / "graph.schema.json").read_text("utf-8"))
+        schema = json.loads((REPOSITORY / "Host" / "Documents" / "graph.schema.json").read_text("utf-8"))
         text = json.dumps(schema)
         for word in ("value-graph", "nodes", "connections", "outputs", "attributeVersion"):
             self.assertIn(word, text)

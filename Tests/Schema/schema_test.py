@@ -3,7 +3,8 @@
 """Holds the shipped schema of graph documents and `value check` against each other.
 
 Every document that the schema refuses must be refused by the program, and every good one accepted by both. The program
-refuses more: what depends on the node types (attributes, plugs, cycles) is beyond a schema.
+refuses more: plugs, cycles, old names and the types of other libraries are beyond a schema. Of the attributes of the
+types that come with the program, the schema has the kinds and the words, with what the nodes say of them as hints.
 """
 
 import copy
@@ -19,7 +20,7 @@ import jsonschema
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 PROGRAM = os.environ["VALUE_PROGRAM"]
-SCHEMA = json.loads((REPOSITORY / "Docs" / "graph.schema.json").read_text("utf-8"))
+SCHEMA = json.loads((REPOSITORY / "Host" / "Documents" / "graph.schema.json").read_text("utf-8"))
 
 GOOD = {
     "$schema": "graph.schema.json",
@@ -62,16 +63,19 @@ CHANGES = {
     "node without type": (["nodes", 0, "type"], DELETE),
     "two numbers": (["nodes", 1, "type"], [10, 320]),
     "negative number": (["nodes", 1, "type"], [10, 320, -5]),
-    "broken number": (["nodes", 1, "type"], [10, 320, 5.5]),
+    "fractional number": (["nodes", 1, "type"], [10, 320, 5.5]),
     "unknown key of a node": (["nodes", 0, "name"], "x"),
     "enabled as number": (["nodes", 0, "enabled"], 1),
     "negative version": (["nodes", 1, "attributeVersion"], -1),
-    "broken version": (["nodes", 1, "attributeVersion"], 0.5),
+    "fractional version": (["nodes", 1, "attributeVersion"], 0.5),
     "attributes as list": (["nodes", 0, "attributes"], []),
     "attribute null": (["nodes", 0, "attributes", "seed"], None),
     "attribute as object": (["nodes", 0, "attributes", "seed"], {"x": 1}),
     "attribute as list of words": (["nodes", 0, "attributes", "frame"], ["a", "b", "c", "d"]),
     "attribute as long list": (["nodes", 0, "attributes", "frame"], [1, 2, 3, 4, 5]),
+    "number as text": (["nodes", 2, "attributes", "high"], "1"),
+    "unknown word": (["nodes", 2, "attributes", "profile"], "round"),
+    "frame of two numbers": (["nodes", 0, "attributes", "frame"], [8, 8]),
     "connections as object": (["connections"], {}),
     "connection without from": (["connections", 0, "from"], DELETE),
     "connection without to": (["connections", 0, "to"], DELETE),
@@ -147,14 +151,30 @@ class SchemaTest(unittest.TestCase):
             self.assertEqual((result.returncode, result.stderr), (0, ""))
 
     def test_examples(self):
-        folders = [REPOSITORY / "Examples", REPOSITORY / "Docs/Nodes/Examples"]
-        files = sorted(file for folder in folders for file in folder.glob("*.json"))
+        files = sorted([*(REPOSITORY / "Examples").glob("*.json"), *(REPOSITORY / "Value/Nodes").glob("*/*.json")])
         self.assertGreater(len(files), 0)
         for file in files:
             with self.subTest(file=file.name):
                 jsonschema.validate(json.loads(file.read_text("utf-8")), SCHEMA)
                 result = self.check(file)
                 self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_hints_say_what_the_nodes_say(self):
+        answer = subprocess.run([PROGRAM, "nodes", "Value Range", "--json"], capture_output=True, text=True, check=True)
+        node = json.loads(answer.stdout)
+        (hints,) = [
+            entry["then"]
+            for entry in SCHEMA["$defs"]["node"]["allOf"]
+            if entry["if"]["properties"]["type"]["const"] == "ImageValueRangeNode"
+        ]
+        self.assertEqual(hints["description"], node["sentence"])
+        attributes = hints["properties"]["attributes"]["properties"]
+        self.assertEqual(list(attributes), [attribute["name"] for attribute in node["attributes"]])
+        for attribute in node["attributes"]:
+            hint = attributes[attribute["name"]]
+            self.assertEqual(hint["description"], attribute["text"])
+            self.assertEqual(hint["default"], attribute["default"])
+            self.assertEqual(hint.get("enum"), attribute.get("choices"))
 
     def test_what_the_schema_refuses_the_program_refuses(self):
         for name, (path, value) in CHANGES.items():
