@@ -57,6 +57,7 @@ value_add_test(ValueNodeTests
 
 value_add_test(ValueContractTests
   SOURCES
+    Contract/CancellationTest.cpp
     Contract/EveryNodeContractTest.cpp
     Contract/ValueNodePropertiesTest.cpp
     Contract/ValueNodeReferences.cpp

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "Host/Math/Constants.h"
+#include "Host/Util/Cancellation.h"
 
 /// The lowest and highest of some values. It starts reversed, from the largest float to its negative, and stays so
 /// where there is no value that is a number.
@@ -16,11 +17,30 @@ struct ValueRange {
     if (value < low) low = value;
     if (value > high) high = value;
   }
+  /// Adds what was found among values that come after these.
+  void Join(const ValueRange& later) {
+    if (later.low < low) low = later.low;
+    if (later.high > high) high = later.high;
+  }
 };
 
 namespace PixelLoops {
 
 /// Whether a result of that many values is out of the caches before anybody reads it, so that it is written past them.
-inline bool IsStreamed(std::size_t values) { return values >= std::size_t{1} << 21; }
+inline constexpr std::size_t kStreamed = std::size_t{1} << 21;
+inline bool IsStreamed(std::size_t values) { return values >= kStreamed; }
+
+/// Calls `body(from, count)` for pieces of a pass over pixels, in order, and asks between them whether the evaluation
+/// is to stop. A piece is streamed where the pass as a whole would be.
+template <class Body>
+void ForEachPiece(std::size_t pixels, const Body& body) {
+  for (std::size_t from = 0; from < pixels;) {
+    ScEng::PollCancellation();
+    const std::size_t left = pixels - from;
+    const std::size_t count = left < 2 * kStreamed ? left : kStreamed;
+    body(from, count);
+    from += count;
+  }
+}
 
 }  // namespace PixelLoops

@@ -6,13 +6,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <thread>
+#include <utility>
 
 #include "Host/Image/Filter.h"
 #include "Host/Image/ImageRegion.h"
 #include "Host/Image/Paste.h"
 #include "Host/Math/Geometry.h"
+#include "Host/Util/EvaluationScope.h"
 #include "Host/Util/Log.h"
+#include "Host/Util/ParallelRows.h"
 #include "Host/Util/ThreadPool.h"
 #include "Value/Core/AttributeTable.h"
 #include "Value/Core/EvaluatedInputs.h"
@@ -22,6 +26,9 @@
 #include "Value/Nodes/Relief/ReliefProfile.h"
 
 namespace {
+
+/// Enough samples in one piece that handing it to a thread pays.
+constexpr std::size_t kGrain = std::size_t{1} << 16;
 
 enum : unsigned { kRadius, kMultiplier, kStyle, kProfile, kSoften, kGrow, kSeamless };
 enum : int { kLevels, kInnerBevel, kOuterBevel, kEmboss, kPillowEmboss };
@@ -67,8 +74,11 @@ ImageHeader MakeHeader(const Image& input, const ScEng::Box2I& box) {
 /// and a mask of two values grows much faster.
 std::unique_ptr<Image> FindSurroundings(const Image& mask, float radius, bool wrap) {
   auto set = std::make_unique<Image>(mask.GetImageHeader(), nullptr);
-  std::transform(mask.GetConstArray(), mask.GetConstArray() + mask.GetNumSamples(), set->GetArray(),
-                 [](float sample) { return sample > 0.0F ? 1.0F : 0.0F; });
+  const float* samples = mask.GetConstArray();
+  float* to = set->GetArray();
+  ScEng::ParallelRows(mask.GetNumSamples(), kGrain, [&](std::size_t from, std::size_t end) {
+    std::transform(samples + from, samples + end, to + from, [](float sample) { return sample > 0.0F ? 1.0F : 0.0F; });
+  });
   ImageRegion region;
   region.Init(set.get(), 0, 0, set->GetSizeX(), set->GetSizeY(), -1);
   region.Grow(radius, radius, wrap);
@@ -80,6 +90,7 @@ void DrawLevels(const Image& mask, const Settings& settings, Image& output) {
     Filter::Copy(&mask, &output);
     return;
   }
+  std::optional<ScEng::ProgressPart> analysis_part(std::in_place, 0.15, 4);
   const auto surroundings = FindSurroundings(mask, static_cast<float>(settings.radius_px) + 1.0F, settings.seamless);
   const ReliefLevels::Analysis analysis({
       .mask = mask.GetConstArray(),
@@ -95,6 +106,8 @@ void DrawLevels(const Image& mask, const Settings& settings, Image& output) {
   float* samples = output.GetArray();
   const int rows = mask.GetSizeY();
 
+  analysis_part.reset();
+  const ScEng::ProgressPart levels_part(0.98);
   constexpr int kRowsOfTask = 10;
   Log::Info("ThreadPool Work DoLevelsBumpWorker - start");
   ThreadPool pool(std::thread::hardware_concurrency());
@@ -128,8 +141,9 @@ void DrawBevel(const Image& mask, const Settings& settings, Image& output) {
 
 void Multiply(Image& image, float factor) {
   float* samples = image.GetArray();
-  const std::size_t count = image.GetNumSamples();
-  for (std::size_t i = 0; i < count; ++i) samples[i] *= factor;
+  ScEng::ParallelRows(image.GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) samples[i] *= factor;
+  });
   image.SetValueLowHigh(std::min(0.0F, factor), std::max(0.0F, factor));
 }
 
@@ -164,6 +178,7 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
                           .profile = GetProfile(evaluated.GetChoiceIndex(kProfile)),
                           .seamless = evaluated.GetFlag(kSeamless)};
 
+  std::optional<ScEng::ProgressPart> preparation(std::in_place, 0.1, 2);
   const ScEng::Box2I box = GetGrownBox(*image, evaluated.GetFlag(kGrow) ? radius_px : 0);
   if (box.Width() > Image::GetMaxSizeX() || box.Height() > Image::GetMaxSizeY()) {
     SetState(evaluation, Node::State::kError, kOversizeMessage);
@@ -178,6 +193,7 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   Image mask(MakeHeader(*image, box), nullptr);
   Filter::ApplyGaussianBlur(*cutout, mask, soften_px, soften_px, settings.seamless ? 'p' : 'b');
 
+  preparation.reset();
   const float zero = 0.0F;
   auto output = std::make_unique<Image>(mask.GetImageHeader(), &zero);
   switch (settings.style) {

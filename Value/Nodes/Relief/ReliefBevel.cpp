@@ -2,6 +2,7 @@
 #include "Value/Nodes/Relief/ReliefBevel.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -12,6 +13,7 @@
 #include "Host/Image/EuclideanDistance.h"
 #include "Host/Image/Filter.h"
 #include "Host/Image/ImageRegion.h"
+#include "Host/Util/ParallelRows.h"
 
 namespace ReliefBevel {
 namespace {
@@ -24,6 +26,15 @@ float GetLevelOfStep(const Rings& rings, int step) {
   return GetLevel(rings.profile, rings.is_inverted ? 1.0F - t : t);
 }
 
+/// Calls `body(i)` for each of so many pixels.
+template <class Body>
+void ForEachPixel(std::size_t pixels, const Body& body) {
+  constexpr std::size_t kGrain = std::size_t{1} << 16;
+  ScEng::ParallelRows(pixels, kGrain, [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) body(i);
+  });
+}
+
 bool IsSet(float sample) { return sample > 0.0F; }
 
 /// Each pixel's distance from the nearest set one, rounded up to whole pixels; at most kNever.
@@ -31,8 +42,10 @@ std::vector<std::int16_t> FindWholeDistances(const Image& mask, bool wrap) {
   const std::unique_ptr<const Image> distances(EuclideanDistance(mask, 0.0F, false, wrap));
   if (!distances) throw std::bad_alloc();
   std::vector<std::int16_t> whole(distances->GetNumSamples());
-  std::transform(distances->GetConstArray(), distances->GetConstArray() + whole.size(), whole.begin(),
-                 [](float d) { return static_cast<std::int16_t>(std::min(std::ceil(d), static_cast<float>(kNever))); });
+  const float* from = distances->GetConstArray();
+  ForEachPixel(whole.size(), [&](std::size_t i) {
+    whole[i] = static_cast<std::int16_t>(std::min(std::ceil(from[i]), static_cast<float>(kNever)));
+  });
   return whole;
 }
 
@@ -65,8 +78,14 @@ void DrawStepByStep(const Image& mask, bool wrap, const Rings& rings, Image& out
 
 Analysis::Analysis(const Image& mask, bool wrap) : mask_(mask), wrap_(wrap) {
   const float* samples = mask.GetConstArray();
-  is_hard_ = std::all_of(samples, samples + mask.GetNumSamples(),
-                         [](float sample) { return sample <= 0.0F || sample >= 1.0F; });
+  std::atomic<bool> is_soft = false;
+  constexpr std::size_t kGrain = std::size_t{1} << 16;
+  ScEng::ParallelRows(mask.GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
+    if (is_soft) return;
+    const auto is_hard = [](float sample) { return sample <= 0.0F || sample >= 1.0F; };
+    if (!std::all_of(samples + from, samples + to, is_hard)) is_soft = true;
+  });
+  is_hard_ = !is_soft;
 }
 
 void Analysis::Draw(const Rings& rings, Image& output) {
@@ -75,8 +94,9 @@ void Analysis::Draw(const Rings& rings, Image& output) {
 
   if (least_offsets_.empty()) {
     least_offsets_.resize(mask_.GetNumSamples());
-    std::transform(mask_.GetConstArray(), mask_.GetConstArray() + least_offsets_.size(), least_offsets_.begin(),
-                   [](float sample) { return static_cast<std::int16_t>(IsSet(sample) ? 0 : kNever); });
+    const float* from = mask_.GetConstArray();
+    ForEachPixel(least_offsets_.size(),
+                 [&](std::size_t i) { least_offsets_[i] = static_cast<std::int16_t>(IsSet(from[i]) ? 0 : kNever); });
   }
   const int last_step = rings.steps - 1;
   if (rings.start > 0) FindGrown();
@@ -86,32 +106,33 @@ void Analysis::Draw(const Rings& rings, Image& output) {
   levels.reserve(static_cast<std::size_t>(rings.steps));
   for (int i = 0; i < rings.steps; ++i) levels.push_back(GetLevelOfStep(rings, i));
   float* samples = output.GetArray();
-  for (std::size_t i = 0; i < least_offsets_.size(); ++i) {
+  ForEachPixel(least_offsets_.size(), [&](std::size_t i) {
     // Later rings lie within earlier ones, so the last that a pixel belongs to is what is seen.
     const int step = std::min(rings.start - least_offsets_[i], last_step);
     if (step >= 0) samples[i] = levels[static_cast<std::size_t>(step)];
-  }
+  });
 }
 
 /// A pixel outside is set once the mask is grown by its distance from it.
 void Analysis::FindGrown() {
   if (std::exchange(has_grown_, true)) return;
   const std::vector<std::int16_t> distances = FindWholeDistances(mask_, wrap_);
-  for (std::size_t i = 0; i < distances.size(); ++i) {
+  ForEachPixel(distances.size(), [&](std::size_t i) {
     if (distances[i] > 0) least_offsets_[i] = distances[i];
-  }
+  });
 }
 
 /// A pixel inside stays set while the mask is shrunk by less than its distance from the outside.
 void Analysis::FindShrunk() {
   if (std::exchange(has_shrunk_, true)) return;
   Image outside(mask_.GetImageHeader(), nullptr);
-  std::transform(mask_.GetConstArray(), mask_.GetConstArray() + mask_.GetNumSamples(), outside.GetArray(),
-                 [](float sample) { return IsSet(sample) ? 0.0F : 1.0F; });
+  const float* from = mask_.GetConstArray();
+  float* to = outside.GetArray();
+  ForEachPixel(mask_.GetNumSamples(), [&](std::size_t i) { to[i] = IsSet(from[i]) ? 0.0F : 1.0F; });
   const std::vector<std::int16_t> distances = FindWholeDistances(outside, wrap_);
-  for (std::size_t i = 0; i < distances.size(); ++i) {
+  ForEachPixel(distances.size(), [&](std::size_t i) {
     if (distances[i] > 0) least_offsets_[i] = static_cast<std::int16_t>(1 - distances[i]);
-  }
+  });
 }
 
 }  // namespace ReliefBevel

@@ -17,6 +17,7 @@
 #include <new>
 #include <vector>
 
+#include "Host/Util/EvaluationScope.h"
 #include "Value/Nodes/Relief/ReliefLevelsTree.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -485,6 +486,7 @@ void ComputeRowsAs(const Field& field, const Tree& tree, int from, int to, float
   Leaf<ProfileOf> leaf(field, tree);
   Raisers raisers;
   for (int x = 0; x < field.width; x += kLeafColumns) {
+    ScEng::PollCancellation();
     for (int y = from; y < to; y += kLeafRows) leaf.Compute(x, y, std::min(kLeafRows, to - y), raisers, output);
   }
 }
@@ -532,7 +534,9 @@ class TreeBuilder {
 
   void Build() {
     LoadRow(0, window_[1]);
+    ScEng::ProgressPass pass(rows_.size());
     for (std::size_t y = 0; y < rows_.size(); ++y) {
+      pass.Step();
       if (y + 1 < rows_.size()) {
         LoadRow(y + 1, window_[2]);
       } else {
@@ -759,6 +763,7 @@ void ComputeRowsPlainly(const Field& field, int from, int to, float* output) {
   }
   for (int y = from; y < to; ++y) {
     for (int x = 0; x < field.width; ++x) {
+      ScEng::PollCancellation();
       const auto at = static_cast<std::size_t>(y) * static_cast<std::size_t>(field.width) + static_cast<std::size_t>(x);
       output[at] = field.grown[at] > 0.0F ? ComputePixel(field, x, y, distances.data()) : 0.0F;
     }
