@@ -35,6 +35,7 @@ value_add_test(ValueNodeTests
 
 value_add_test(ValueContractTests
   SOURCES
+    Contract/CancellationTest.cpp
     Contract/EveryNodeContractTest.cpp
     Contract/ReachTest.cpp
     Contract/ValueNodePropertiesTest.cpp

@@ -2,6 +2,7 @@
 #include "Host/Gpu/AmbientOcclusion.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <new>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "Host/Gpu/OcclusionPlan.h"
+#include "Host/Util/Cancellation.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace Gpu {
@@ -172,7 +174,13 @@ class Run {
     void* memory =
         api_.EnqueueMapBuffer(queue_.get(), buffer.get(), CL_TRUE, flags, 0, bytes, 0, nullptr, nullptr, &error);
     if (!Check(error, "its memory cannot be reached")) return;
-    body(static_cast<Entry*>(memory));
+    try {
+      body(static_cast<Entry*>(memory));
+    } catch (...) {
+      api_.EnqueueUnmapMemObject(queue_.get(), buffer.get(), memory, 0, nullptr, nullptr);
+      api_.Finish(queue_.get());
+      throw;
+    }
     Check(api_.EnqueueUnmapMemObject(queue_.get(), buffer.get(), memory, 0, nullptr, nullptr),
           "its memory cannot be reached");
   }
@@ -195,6 +203,33 @@ class Run {
     Check(api_.SetKernelArg(kernel.get(), index, sizeof(argument), &argument), "its program refuses a number");
   }
 
+  /// Runs a kernel on `size_x` times `size_y` work-items, or some more. Where the evaluation may be stopped, it runs in
+  /// slices of some hundredths of a second, and the request is looked for between them.
+  void Enqueue(const Kernel& kernel, int size_x, int size_y) {
+    const std::size_t group[2] = {device_.GetRecord().is_processor ? std::size_t{4} : std::size_t{16},
+                                  device_.GetRecord().is_processor ? std::size_t{1} : std::size_t{4}};
+    const std::size_t columns = RoundUp(static_cast<std::size_t>(size_x), group[0]);
+    const std::size_t rows = RoundUp(static_cast<std::size_t>(size_y), group[1]);
+    const bool in_slices = ScEng::IsCancellable();
+    std::size_t slice = in_slices ? 4 * group[1] : rows;
+    for (std::size_t row = 0; row < rows;) {
+      if (in_slices) ScEng::PollCancellation();
+      const std::size_t offset[2] = {0, row};
+      const std::size_t size[2] = {columns, std::min(slice, rows - row)};
+      const auto begun = std::chrono::steady_clock::now();
+      if (!Check(api_.EnqueueNDRangeKernel(queue_.get(), kernel.get(), 2, offset, size, group, 0, nullptr, nullptr),
+                 "the computation could not be started")) {
+        return;
+      }
+      row += size[1];
+      if (!in_slices) continue;
+      if (!Check(api_.Finish(queue_.get()), "the computation failed")) return;
+      const auto taken = std::chrono::steady_clock::now() - begun;
+      if (taken < std::chrono::milliseconds(15)) slice *= 2;
+      if (taken > std::chrono::milliseconds(30)) slice = std::max(group[1], slice / 2 / group[1] * group[1]);
+    }
+  }
+
   /// Starts a kernel with these arguments on `size_x` times `size_y` work-items, or some more.
   template <class... Arguments>
   void Start(const Kernel& kernel, int size_x, int size_y, const Arguments&... arguments) {
@@ -202,12 +237,7 @@ class Run {
     cl_uint index = 0;
     (SetArgument(kernel, index++, arguments), ...);
     if (!IsFine()) return;
-    const std::size_t group[2] = {device_.GetRecord().is_processor ? std::size_t{4} : std::size_t{16},
-                                  device_.GetRecord().is_processor ? std::size_t{1} : std::size_t{4}};
-    const std::size_t size[2] = {RoundUp(static_cast<std::size_t>(size_x), group[0]),
-                                 RoundUp(static_cast<std::size_t>(size_y), group[1])};
-    Check(api_.EnqueueNDRangeKernel(queue_.get(), kernel.get(), 2, nullptr, size, group, 0, nullptr, nullptr),
-          "the computation could not be started");
+    Enqueue(kernel, size_x, size_y);
   }
 
   Device& device_;

@@ -415,7 +415,8 @@ class Engine::Graph {
     const auto begun = std::chrono::steady_clock::now();
     for (unsigned outplug = 0; outplug < vertex.wanted.size() && !node.IsInError(); ++outplug) {
       if (!vertex.wanted[outplug] || vertex.valid[outplug]) continue;
-      if (!EvaluateOutput(node, outplug, inputs, options)) {
+      const bool is_to_stop = options.cancellation != nullptr && options.cancellation->IsRequested();
+      if (is_to_stop || !EvaluateOutput(node, outplug, inputs, options)) {
         // Nothing half-made or of before stays. Where the node was up to date but for this output, what depends on the
         // others still is.
         Tell(node, NodeEvent::kDropCachedResults);

@@ -19,6 +19,8 @@ void PollCancellation() {
   if (WorkContext* context = GetWorkContext()) context->Poll();
 }
 
+bool IsCancellable() { return GetWorkContext() != nullptr; }
+
 void WorkContext::Tell(double fraction) {
   constexpr auto kPause = std::chrono::milliseconds(10);
   if (!progress || fraction <= told) return;

@@ -126,13 +126,18 @@ Limits OpenSide(const Limits& limits, int sides, const float* samples, std::size
   constexpr int kLow = 1;
   constexpr int kHigh = 2;
   if (sides == kBoth) return limits;
-  const ValueRange found = HWY_DYNAMIC_DISPATCH(MeasureAny)(samples, stride, pixels);
+  ValueRange found;
+  PixelLoops::ForEachPiece(pixels, [&](std::size_t from, std::size_t count) {
+    found.Join(HWY_DYNAMIC_DISPATCH(MeasureAny)(samples + from * stride, stride, count));
+  });
   return {sides == kHigh ? found.low : limits.low, sides == kLow ? found.high : limits.high};
 }
 
 void Apply(const float* samples, std::size_t stride, float* values, std::size_t pixels, const Limits& limits,
            int profile) {
-  HWY_DYNAMIC_DISPATCH(ApplyToAny)(samples, stride, values, pixels, limits, profile);
+  PixelLoops::ForEachPiece(pixels, [&](std::size_t from, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(ApplyToAny)(samples + from * stride, stride, values + from, count, limits, profile);
+  });
 }
 
 }  // namespace Clamp

@@ -254,16 +254,21 @@ void Apply(const Image& a, const Image& b, const Rounding& rounding, Relation re
   const ScEng::Box2I box_b = b.GetBox();
   if (box_a == box_b) {
     // Both are dense runs of the same positions: no row ends to stop at.
-    const Span all_a{a.GetConstArray(), a.GetOutsideValue()};
-    const Span all_b{b.GetConstArray(), b.GetOutsideValue()};
     const bool streamed = ScEng::IsStreamed(width * height);
-    HWY_DYNAMIC_DISPATCH(CompareAny)(all_a, all_b, rounding, channels, relation, results, width * height, streamed);
+    PixelLoops::ForEachPiece(width * height, [&](std::size_t from, std::size_t count) {
+      const std::size_t sample = from * static_cast<std::size_t>(channels);
+      const Span span_a{a.GetConstArray() + sample, a.GetOutsideValue()};
+      const Span span_b{b.GetConstArray() + sample, b.GetOutsideValue()};
+      HWY_DYNAMIC_DISPATCH(CompareAny)
+      (span_a, span_b, rounding, channels, relation, results + from, count, streamed);
+    });
     return;
   }
   // Between these columns it does not change which of the images is there.
   std::array<std::int64_t, 4> edges{box_a.left, box_a.right, box_b.left, box_b.right};
   std::sort(edges.begin(), edges.end());
   for (std::int64_t y = box.top; y < box.bottom; ++y) {
+    ScEng::PollCancellation();
     for (std::size_t edge = 0; edge + 1 < edges.size(); ++edge) {
       const std::int64_t x = edges[edge];
       const auto count = static_cast<std::size_t>(edges[edge + 1] - x);

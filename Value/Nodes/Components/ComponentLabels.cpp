@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Components/ComponentLabels.h"
 
+#include "Host/Util/EvaluationScope.h"
+
 // Highway compiles the part between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE once per instruction set and calls
 // the best one that the processor has.
 #undef HWY_TARGET_INCLUDE
@@ -73,7 +75,9 @@ class Labeler {
 
   void FindRuns() {
     Row above{};
+    ScEng::ProgressPass pass(image_.height);
     for (std::size_t y = 0; y < image_.height; ++y) {
+      pass.Step();
       FindStarts(y);
       const Row row = CountRuns(y, num_runs_, y % 2);
       for (; num_runs_ <= row.last_run; ++num_runs_) forest_.Add(num_runs_);
@@ -215,7 +219,9 @@ class Labeler {
   /// at pixel i at the earliest, so what is overwritten is not needed any more.
   void SpreadLabels() {
     std::uint32_t run = num_runs_ - 1;
+    ScEng::ProgressPass pass(image_.height);
     for (std::size_t y = image_.height; y-- > 0;) {
+      pass.Step();
       for (std::size_t word = workspace_.words_per_row; word-- > 0;) {
         const std::size_t first = word * kWordBits;
         const std::size_t count = image_.width - first < kWordBits ? image_.width - first : kWordBits;

@@ -7,15 +7,19 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "Host/Image/Filter.h"
 #include "Host/Image/ImageRegion.h"
 #include "Host/Image/Paste.h"
 #include "Host/Image/Placement.h"
 #include "Host/Math/Geometry.h"
+#include "Host/Util/EvaluationScope.h"
 #include "Host/Util/Log.h"
+#include "Host/Util/ParallelRows.h"
 #include "Host/Util/ThreadPool.h"
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Relief/ReliefBevel.h"
@@ -24,6 +28,9 @@
 #include "Value/SelfTests/SelfTests.h"
 
 namespace {
+
+/// Enough samples in one piece that handing it to a thread pays.
+constexpr std::size_t kGrain = std::size_t{1} << 16;
 
 constexpr AttributeRow kRadius =
     NumberRow("radius", 1.0, 0.0, 250.0, 1.0, 0, "How far the slope reaches.").WithUnit("px");
@@ -73,8 +80,11 @@ ScEng::Box2I GetGrownBox(const Image& image, std::int64_t by) {
 /// and a mask of two values grows much faster.
 ImagePtr FindSurroundings(const Image& mask, float radius, bool wrap) {
   auto set = ScEng::MakeRef<Image>(mask.GetImageHeader(), nullptr);
-  std::transform(mask.GetConstArray(), mask.GetConstArray() + mask.GetNumSamples(), set->GetArray(),
-                 [](float sample) { return sample > 0.0F ? 1.0F : 0.0F; });
+  const float* samples = mask.GetConstArray();
+  float* to = set->GetArray();
+  ScEng::ParallelRows(mask.GetNumSamples(), kGrain, [&](std::size_t from, std::size_t end) {
+    std::transform(samples + from, samples + end, to + from, [](float sample) { return sample > 0.0F ? 1.0F : 0.0F; });
+  });
   ImageRegion region;
   region.Init(set.Get(), 0, 0, set->GetSizeX(), set->GetSizeY(), -1);
   region.Grow(radius, radius, wrap);
@@ -86,6 +96,7 @@ void DrawLevels(const Image& mask, const Settings& settings, Image& output) {
     Filter::Copy(&mask, &output);
     return;
   }
+  std::optional<ScEng::ProgressPart> analysis_part(std::in_place, 0.15, 4);
   const auto surroundings = FindSurroundings(mask, static_cast<float>(settings.radius_px) + 1.0F, settings.seamless);
   const ReliefLevels::Analysis analysis({
       .mask = mask.GetConstArray(),
@@ -101,6 +112,8 @@ void DrawLevels(const Image& mask, const Settings& settings, Image& output) {
   float* samples = output.GetArray();
   const int rows = mask.GetSizeY();
 
+  analysis_part.reset();
+  const ScEng::ProgressPart levels_part(0.98);
   constexpr int kRowsOfTask = 10;
   Log::Info("ThreadPool Work DoLevelsBumpWorker - start");
   ThreadPool pool(std::thread::hardware_concurrency());
@@ -132,8 +145,9 @@ void DrawBevel(const Image& mask, const Settings& settings, Image& output) {
 
 void Multiply(Image& image, float factor) {
   float* samples = image.GetArray();
-  const std::size_t count = image.GetNumSamples();
-  for (std::size_t i = 0; i < count; ++i) samples[i] *= factor;
+  ScEng::ParallelRows(image.GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) samples[i] *= factor;
+  });
   image.SetValueLowHigh(std::min(0.0F, factor), std::max(0.0F, factor));
 }
 
@@ -183,6 +197,7 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
                           .profile = GetReliefProfile(evaluated.GetChoiceIndex(kProfile)),
                           .seamless = evaluated.GetFlag(kSeamless)};
 
+  std::optional<ScEng::ProgressPart> preparation(std::in_place, 0.1, 2);
   const ScEng::Box2I box = GetGrownBox(*image, evaluated.GetFlag(kGrow) ? radius_px : 0);
   if (box.Width() > Image::GetMaxSizeX() || box.Height() > Image::GetMaxSizeY()) {
     SetState(evaluation, Node::State::kError, kOversizeMessage);
@@ -192,8 +207,8 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     SetState(evaluation, Node::State::kError, DescribeTooLarge(radius));
     return;
   }
-  const ImagePtr cutout(
-      image->GetColorMode() == ColorMode::kValue ? Paste(image, box, ColorMode::kValue) : PasteMask(image, box, 0.0F));
+  const ImagePtr cutout(image->GetColorMode() == ColorMode::kValue ? Paste(image, box, ColorMode::kValue)
+                                                                   : PasteMask(image, box, 0.0F));
   if (!cutout) {
     SetState(evaluation, Node::State::kError, kOversizeMessage);
     return;
@@ -201,6 +216,7 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   Image mask(ScEng::PlaceOver(box, *image, ColorMode::kValue), nullptr);
   Filter::ApplyGaussianBlur(*cutout, mask, soften_px, soften_px, settings.seamless ? 'p' : 'b');
 
+  preparation.reset();
   const float zero = 0.0F;
   auto output = ScEng::MakeRef<Image>(mask.GetImageHeader(), &zero);
   switch (settings.style) {

@@ -2,6 +2,7 @@
 #include "Value/Nodes/Relief/ReliefBevel.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -15,6 +16,7 @@
 #include "Host/Image/EuclideanDistance.h"
 #include "Host/Image/Filter.h"
 #include "Host/Image/ImageRegion.h"
+#include "Host/Util/ParallelRows.h"
 
 namespace ReliefBevel {
 namespace {
@@ -31,6 +33,15 @@ float GetLevelOfStep(const Rings& rings, int step) {
   return GetLevel(rings.profile, rings.is_inverted ? 1.0F - t : t);
 }
 
+/// Calls `body(i)` for each of so many pixels.
+template <class Body>
+void ForEachPixel(std::size_t pixels, const Body& body) {
+  constexpr std::size_t kGrain = std::size_t{1} << 16;
+  ScEng::ParallelRows(pixels, kGrain, [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) body(i);
+  });
+}
+
 bool IsSet(float sample) { return sample > 0.0F; }
 
 /// Each pixel's distance from the nearest set one, rounded up to whole pixels; kNever where there is none.
@@ -38,9 +49,10 @@ std::vector<std::int32_t> FindWholeDistances(const Image& mask, bool wrap) {
   const ImagePtr distances(EuclideanDistance(mask, 0.0F, false, wrap));
   if (!distances) throw std::bad_alloc();
   std::vector<std::int32_t> whole(distances->GetNumSamples());
-  std::transform(distances->GetConstArray(), distances->GetConstArray() + whole.size(), whole.begin(), [](float d) {
-    const auto rounded = static_cast<std::int32_t>(std::min(std::ceil(d), kFurthest));
-    return d <= kFurthest ? rounded : kNever;
+  const float* from = distances->GetConstArray();
+  ForEachPixel(whole.size(), [&](std::size_t i) {
+    const auto rounded = static_cast<std::int32_t>(std::min(std::ceil(from[i]), kFurthest));
+    whole[i] = from[i] <= kFurthest ? rounded : kNever;
   });
   return whole;
 }
@@ -169,8 +181,14 @@ void DrawStepByStep(const Image& mask, bool wrap, const Rings& rings, Image& out
 
 Analysis::Analysis(const Image& mask, bool wrap) : mask_(mask), wrap_(wrap) {
   const float* samples = mask.GetConstArray();
-  is_hard_ = std::all_of(samples, samples + mask.GetNumSamples(),
-                         [](float sample) { return sample <= 0.0F || sample >= 1.0F; });
+  std::atomic<bool> is_soft = false;
+  constexpr std::size_t kGrain = std::size_t{1} << 16;
+  ScEng::ParallelRows(mask.GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
+    if (is_soft) return;
+    const auto is_hard = [](float sample) { return sample <= 0.0F || sample >= 1.0F; };
+    if (!std::all_of(samples + from, samples + to, is_hard)) is_soft = true;
+  });
+  is_hard_ = !is_soft;
 }
 
 void Analysis::Draw(const Rings& rings, Image& output) {
@@ -179,8 +197,8 @@ void Analysis::Draw(const Rings& rings, Image& output) {
 
   if (least_offsets_.empty()) {
     least_offsets_.resize(mask_.GetNumSamples());
-    std::transform(mask_.GetConstArray(), mask_.GetConstArray() + least_offsets_.size(), least_offsets_.begin(),
-                   [](float sample) { return IsSet(sample) ? 0 : kNever; });
+    const float* from = mask_.GetConstArray();
+    ForEachPixel(least_offsets_.size(), [&](std::size_t i) { least_offsets_[i] = IsSet(from[i]) ? 0 : kNever; });
   }
   const int last_step = rings.steps - 1;
   if (rings.start > 0) FindGrown();
@@ -198,7 +216,7 @@ void Analysis::Draw(const Rings& rings, Image& output) {
   const float last_level = get_level(last_step);
   const std::int32_t least_of_last = rings.start - last_step;
   float* samples = output.GetArray();
-  for (std::size_t i = 0; i < least_offsets_.size(); ++i) {
+  ForEachPixel(least_offsets_.size(), [&](std::size_t i) {
     // Later rings lie within earlier ones, so the last that a pixel belongs to is what is seen.
     const std::int32_t least = least_offsets_[i];
     if (least <= least_of_last) {
@@ -206,28 +224,29 @@ void Analysis::Draw(const Rings& rings, Image& output) {
     } else if (least <= rings.start && least != kNever) {
       samples[i] = get_level(rings.start - least);
     }
-  }
+  });
 }
 
 /// A pixel outside is set once the mask is grown by its distance from it.
 void Analysis::FindGrown() {
   if (std::exchange(has_grown_, true)) return;
   const std::vector<std::int32_t> distances = FindWholeDistances(mask_, wrap_);
-  for (std::size_t i = 0; i < distances.size(); ++i) {
+  ForEachPixel(distances.size(), [&](std::size_t i) {
     if (distances[i] > 0) least_offsets_[i] = distances[i];
-  }
+  });
 }
 
 /// A pixel inside stays set while the mask is shrunk by less than its distance from the outside.
 void Analysis::FindShrunk() {
   if (std::exchange(has_shrunk_, true)) return;
   Image outside(mask_.GetImageHeader(), nullptr);
-  std::transform(mask_.GetConstArray(), mask_.GetConstArray() + mask_.GetNumSamples(), outside.GetArray(),
-                 [](float sample) { return IsSet(sample) ? 0.0F : 1.0F; });
+  const float* from = mask_.GetConstArray();
+  float* to = outside.GetArray();
+  ForEachPixel(mask_.GetNumSamples(), [&](std::size_t i) { to[i] = IsSet(from[i]) ? 0.0F : 1.0F; });
   const std::vector<std::int32_t> distances = FindWholeDistances(outside, wrap_);
-  for (std::size_t i = 0; i < distances.size(); ++i) {
+  ForEachPixel(distances.size(), [&](std::size_t i) {
     if (distances[i] > 0) least_offsets_[i] = distances[i] == kNever ? kAlways : 1 - distances[i];
-  }
+  });
 }
 
 }  // namespace ReliefBevel

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "Host/Util/Cancellation.h"
 #include "Value/Nodes/Relief/ReliefSearch-inl.h"
 #include "Value/Nodes/Relief/ReliefTree.h"
 
@@ -24,6 +25,7 @@ void ComputeRowsAs(const Field& field, const Tree& tree, int from, int to, float
   Leaf<ProfileOf> leaf(field, tree);
   Raisers raisers;
   for (int x = 0; x < field.width; x += kLeafColumns) {
+    ScEng::PollCancellation();
     for (int y = from; y < to; y += kLeafRows) leaf.Compute(x, y, std::min(kLeafRows, to - y), raisers, output);
   }
 }

@@ -17,6 +17,7 @@
 #include <new>
 #include <vector>
 
+#include "Host/Util/EvaluationScope.h"
 #include "Value/Nodes/Relief/ReliefBumps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -56,7 +57,9 @@ class TreeBuilder {
 
   void Build() {
     LoadRow(0, window_[1]);
+    ScEng::ProgressPass pass(rows_.size());
     for (std::size_t y = 0; y < rows_.size(); ++y) {
+      pass.Step();
       if (y + 1 < rows_.size()) {
         LoadRow(y + 1, window_[2]);
       } else {

@@ -67,7 +67,9 @@ std::int32_t GetCount(float steps) {
 
 void Quantize(const float* samples, std::size_t stride, float* values, std::size_t pixels, std::int32_t count,
               float low, float high) {
-  HWY_DYNAMIC_DISPATCH(QuantizeAny)(samples, stride, values, pixels, count, low, high);
+  PixelLoops::ForEachPiece(pixels, [&](std::size_t from, std::size_t piece) {
+    HWY_DYNAMIC_DISPATCH(QuantizeAny)(samples + from * stride, stride, values + from, piece, count, low, high);
+  });
 }
 
 }  // namespace Steps

@@ -102,7 +102,12 @@ HWY_EXPORT(MapAny);
 HWY_EXPORT(MeasureAny);
 
 ValueRange Measure(const float* samples, unsigned color_mode, std::size_t pixels) {
-  return HWY_DYNAMIC_DISPATCH(MeasureAny)(samples, color_mode, pixels);
+  const auto stride = static_cast<std::size_t>(ColorMode::GetNumChannels(color_mode));
+  ValueRange found;
+  PixelLoops::ForEachPiece(pixels, [&](std::size_t from, std::size_t count) {
+    found.Join(HWY_DYNAMIC_DISPATCH(MeasureAny)(samples + from * stride, color_mode, count));
+  });
+  return found;
 }
 
 ValueRange GetNominalRange(unsigned color_mode, const ValueRange& declared, const ValueRange& measured) {
@@ -122,7 +127,13 @@ ValueRange ChooseRange(const ValueRange& nominal, const ValueRange& measured, bo
 
 ValueRange Map(const float* samples, unsigned color_mode, float* values, std::size_t pixels, const ValueRange& source,
                float low, float high) {
-  return HWY_DYNAMIC_DISPATCH(MapAny)(samples, color_mode, values, pixels, source, low, high);
+  const auto stride = static_cast<std::size_t>(ColorMode::GetNumChannels(color_mode));
+  ValueRange found;
+  PixelLoops::ForEachPiece(pixels, [&](std::size_t from, std::size_t count) {
+    found.Join(
+        HWY_DYNAMIC_DISPATCH(MapAny)(samples + from * stride, color_mode, values + from, count, source, low, high));
+  });
+  return found;
 }
 
 }  // namespace ToValue

@@ -39,4 +39,7 @@ class HOST_UTIL_API Cancelled : public std::exception {
 /// them, or whose pieces take longer than some milliseconds each, asks by itself, once a row for example.
 HOST_UTIL_API void PollCancellation();
 
+/// Whether this thread works for an evaluation that may be stopped, for work that is only then done in pieces.
+HOST_UTIL_API bool IsCancellable();
+
 }  // namespace ScEng
