@@ -192,8 +192,8 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     SetState(evaluation, Node::State::kError, DescribeTooLarge(radius));
     return;
   }
-  const ImagePtr cutout(
-      image->GetColorMode() == ColorMode::kValue ? Paste(image, box, ColorMode::kValue) : PasteMask(image, box, 0.0F));
+  const ImagePtr cutout(image->GetColorMode() == ColorMode::kValue ? Paste(image, box, ColorMode::kValue)
+                                                                   : PasteMask(image, box, 0.0F));
   if (!cutout) {
     SetState(evaluation, Node::State::kError, kOversizeMessage);
     return;
