@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Components/ComponentEdges.h"
 
+#include "Host/Math/Border.h"
 #include "Host/Util/ParallelFor.h"
 
 // Highway compiles the part between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE once per instruction set and calls
@@ -117,8 +118,8 @@ const float* FindNeighbor(const PixelView& image, bool seamless, std::size_t x, 
   std::ptrdiff_t to_x = static_cast<std::ptrdiff_t>(x) + offset.x;
   std::ptrdiff_t to_y = static_cast<std::ptrdiff_t>(y) + offset.y;
   if (seamless) {
-    to_x = (to_x + width) % width;
-    to_y = (to_y + height) % height;
+    to_x = ScEng::WrapIndex(to_x, width);
+    to_y = ScEng::WrapIndex(to_y, height);
   }
   const std::ptrdiff_t index = to_y * width + to_x;
   if (to_y < 0 || to_y >= height || index < 0 || index >= width * height) return nullptr;

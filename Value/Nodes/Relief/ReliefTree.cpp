@@ -17,6 +17,7 @@
 #include <new>
 #include <vector>
 
+#include "Host/Math/Border.h"
 #include "Host/Util/EvaluationScope.h"
 #include "Value/Nodes/Relief/ReliefBumps-inl.h"
 
@@ -82,8 +83,7 @@ class TreeBuilder {
     std::vector<int> places(static_cast<std::size_t>(blocks) * kBlock);
     for (std::size_t i = 0; i < places.size(); ++i) {
       const int place = static_cast<int>(i) - pad;
-      const int wrapped = ((place % size) + size) % size;
-      places[i] = wrap ? wrapped : place >= 0 && place < size ? place : -1;
+      places[i] = wrap ? ScEng::WrapIndex(place, size) : place >= 0 && place < size ? place : -1;
     }
     return places;
   }
