@@ -38,7 +38,7 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   endif()
   if(VALUE_SANITIZE)
     target_compile_options(ValueBuild INTERFACE -fsanitize=${VALUE_SANITIZE} -fno-omit-frame-pointer
-      -fno-sanitize-recover=undefined)
+      -fno-sanitize-recover=all)
     target_link_options(ValueBuild INTERFACE -fsanitize=${VALUE_SANITIZE})
   endif()
 endif()
