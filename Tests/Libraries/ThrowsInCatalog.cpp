@@ -16,14 +16,14 @@ class OwnException : public std::exception {
 
 constexpr std::string_view kThrowsIn = VALUE_THROWS_IN;
 
-void Reach(std::string_view operation) {
+void Arrive(std::string_view operation) {
   if (operation == kThrowsIn) throw OwnException();
 }
 
 class Library : public LibraryInterface {
  public:
   [[nodiscard]] std::string GetName() const override {
-    Reach("LibraryName");
+    Arrive("LibraryName");
     return "Parts";
   }
 };
@@ -32,15 +32,15 @@ class Factory : public PartsFactory {
  public:
   using PartsFactory::PartsFactory;
   [[nodiscard]] NodeType GetNodeType() const override {
-    Reach("FactoryType");
+    Arrive("FactoryType");
     return PartsFactory::GetNodeType();
   }
   [[nodiscard]] Node* CreateNode() const override {
-    Reach("CreateNode");
+    Arrive("CreateNode");
     return PartsFactory::CreateNode();
   }
   [[nodiscard]] std::string GetTypeName() const override {
-    Reach("TypeName");
+    Arrive("TypeName");
     return PartsFactory::GetTypeName();
   }
 };
@@ -49,11 +49,11 @@ class Descriptor : public PartsDescriptor {
  public:
   explicit Descriptor(NodeType type) : PartsDescriptor(type), own_factory_(type) {}
   [[nodiscard]] NodeFactory* GetNodeFactory() const override {
-    Reach("Factory");
+    Arrive("Factory");
     return &own_factory_;
   }
   [[nodiscard]] std::string GetName() const override {
-    Reach("Name");
+    Arrive("Name");
     return PartsDescriptor::GetName();
   }
 
@@ -64,11 +64,11 @@ class Descriptor : public PartsDescriptor {
 }  // namespace
 
 LIBRARY_EXPORT LibraryInterface* GetLibraryInterface() {
-  Reach("Library");
+  Arrive("Library");
   return new Library;
 }
 LIBRARY_EXPORT std::int32_t GetNumNodeInterfaces() {
-  Reach("Count");
+  Arrive("Count");
   return 2;
 }
 LIBRARY_EXPORT NodeInterface* GetNodeInterface(std::uint64_t index) {
