@@ -61,7 +61,8 @@ void ImageValueClampNode::Evaluate(unsigned, const std::vector<PlugValue>& input
   const auto stride = static_cast<std::size_t>(image->GetNumChannels());
   const std::size_t pixels = output->GetNumSamples();
   Clamp::Limits limits{evaluated.GetNumber(kLow), evaluated.GetNumber(kHigh)};
-  limits = Clamp::OpenSide(limits, evaluated.GetChoiceIndex(kClamp), samples, stride, pixels);
-  Clamp::Apply(samples, stride, output->GetArray(), pixels, limits, evaluated.GetChoiceIndex(kProfile));
+  limits = Clamp::OpenSide(limits, Clamp::GetSides(evaluated.GetChoiceIndex(kClamp)), samples, stride, pixels);
+  Clamp::Apply(samples, stride, output->GetArray(), pixels, limits,
+               Clamp::GetProfile(evaluated.GetChoiceIndex(kProfile)));
   output->SetValueLowHigh(limits.low, limits.high);
 }
