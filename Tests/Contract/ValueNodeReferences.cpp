@@ -40,7 +40,7 @@ std::function<float(float)> InDouble(Function function) {
   return [function](float v) { return static_cast<float>(function(static_cast<double>(v))); };
 }
 
-/// Lowest and highest sample, NaN passed over; (0, 1) where there is none.
+/// Lowest and highest sample, NaN ignored; (0, 1) where no sample is left.
 std::pair<float, float> GetSampleRange(const Image& image) {
   float low = std::numeric_limits<float>::infinity();
   float high = -low;
@@ -205,8 +205,9 @@ Samples RunSteps(const Image& image, const AttributeValues& attributes) {
 Samples RunClamp(const Image& image, const AttributeValues& attributes) {
   const auto pixels = static_cast<std::size_t>(image.GetSizeX()) * static_cast<std::size_t>(image.GetSizeY());
   const auto stride = static_cast<std::size_t>(image.GetNumChannels());
-  const int sides = GetIndex(attributes, "clamp", {"both", "low", "high"});
-  const int profile = GetIndex(attributes, "profile", {"linear", "smooth", "perlin", "arc_out", "arc_in"});
+  const auto sides = Clamp::GetSides(GetIndex(attributes, "clamp", {"both", "low", "high"}));
+  const auto profile =
+      Clamp::GetProfile(GetIndex(attributes, "profile", {"linear", "smooth", "perlin", "arc_out", "arc_in"}));
   const Clamp::Limits limits = Clamp::Reference::OpenSide({GetNumber(attributes, "low"), GetNumber(attributes, "high")},
                                                           sides, image.GetConstArray(), stride, pixels);
   Samples values(pixels);

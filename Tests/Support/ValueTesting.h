@@ -27,6 +27,21 @@ NodeRef<NodeClass> MakeNode() {
   return NodeRef<NodeClass>(new NodeClass);
 }
 
+/// Whether `image` is a value image with the size, pin and pivot of another, and a fresh outside value.
+inline testing::AssertionResult IsValueImageInPlaceOf(const Image* image, const Image& original) {
+  if (image == nullptr) return testing::AssertionFailure() << "there is no image";
+  if (image->GetColorMode() != ColorMode::kValue) {
+    return testing::AssertionFailure() << "its mode is " << image->GetColorMode();
+  }
+  if (image->GetOutsideValue() != 0.0F) {
+    return testing::AssertionFailure() << "its outside value is " << image->GetOutsideValue();
+  }
+  const bool same_place = image->GetSizeX() == original.GetSizeX() && image->GetSizeY() == original.GetSizeY() &&
+                          image->GetPinX() == original.GetPinX() && image->GetPinY() == original.GetPinY() &&
+                          image->GetPivotX() == original.GetPivotX() && image->GetPivotY() == original.GetPivotY();
+  return same_place ? testing::AssertionSuccess() : testing::AssertionFailure() << "it lies elsewhere";
+}
+
 /// What the plugs of a node carry: one image for each regular input (null for an input that is not connected), or
 /// all images for an input that takes many; then the attributes' own values.
 inline std::vector<PlugValue> MakeInputs(Node& node, const std::vector<const Image*>& images) {
@@ -79,6 +94,21 @@ inline testing::AssertionResult IsInErrorState(const Node& node, const std::stri
     return testing::AssertionFailure() << "the message is \"" << node.GetStateMessage() << "\"";
   }
   return testing::AssertionSuccess();
+}
+
+/// Expects that a node whose operation the word of an attribute chooses has neither operation nor output for each of
+/// these words.
+template <class NodeClass>
+void ExpectNoOperationFor(NodeClass& node, const char* attribute, const std::vector<PlugValue>& words) {
+  const ImageRef image = MakeRow({1.0F});
+  auto inputs = MakeInputs(node, {image.Get()});
+  for (const PlugValue& word : words) {
+    AttributePlug(node, inputs, attribute) = word;
+    EXPECT_EQ(node.CreateValueOperation(inputs), nullptr);
+    node.Evaluate(0, inputs);
+    EXPECT_EQ(node.GetOutputImage(0), nullptr);
+    EXPECT_TRUE(IsInErrorState(node, kOversize));
+  }
 }
 
 }  // namespace Testing

@@ -93,7 +93,7 @@ TEST(ThresholdValueOperation, IsZeroForNanAndInfinities) {
     EXPECT_SAME(operation.Compute(kInfinity), 0.0F);
     EXPECT_SAME(operation.Compute(-kInfinity), 0.0F);
   }
-  // The distance of two infinities is no number.
+  // The distance of two infinities is not a number.
   ThresholdValueOperation far_away(kInfinity, 0.25F, 0.5F, ThresholdProfile::Linear);
   EXPECT_SAME(far_away.Compute(kInfinity), 0.0F);
 }

@@ -85,18 +85,18 @@ void Run(const float* samples, float* values, std::size_t pixels, Op op) {
 }
 
 template <class Pixel>
-void ApplyTo(const float* samples, float* values, std::size_t pixels, const Limits& limits, int profile) {
+void ApplyTo(const float* samples, float* values, std::size_t pixels, const Limits& limits, Profile profile) {
   switch (profile) {
-    case 1: Run<Pixel>(samples, values, pixels, Shaped<Smooth>{limits}); break;
-    case 2: Run<Pixel>(samples, values, pixels, Shaped<Perlin>{limits}); break;
-    case 3: Run<Pixel>(samples, values, pixels, Shaped<ArcOut>{limits}); break;
-    case 4: Run<Pixel>(samples, values, pixels, Shaped<ArcIn>{limits}); break;
-    default: Run<Pixel>(samples, values, pixels, Linear{limits}); break;
+    case Profile::kLinear: Run<Pixel>(samples, values, pixels, Linear{limits}); break;
+    case Profile::kSmooth: Run<Pixel>(samples, values, pixels, Shaped<Smooth>{limits}); break;
+    case Profile::kPerlin: Run<Pixel>(samples, values, pixels, Shaped<Perlin>{limits}); break;
+    case Profile::kArcOut: Run<Pixel>(samples, values, pixels, Shaped<ArcOut>{limits}); break;
+    case Profile::kArcIn: Run<Pixel>(samples, values, pixels, Shaped<ArcIn>{limits}); break;
   }
 }
 
 void ApplyToAny(const float* samples, std::size_t stride, float* values, std::size_t pixels, const Limits& limits,
-                int profile) {
+                Profile profile) {
   switch (stride) {
     case 1: ApplyTo<loops::OnlyChannel>(samples, values, pixels, limits, profile); break;
     case 2: ApplyTo<loops::FirstOfTwo>(samples, values, pixels, limits, profile); break;
@@ -121,20 +121,30 @@ namespace Clamp {
 HWY_EXPORT(ApplyToAny);
 HWY_EXPORT(MeasureAny);
 
-Limits OpenSide(const Limits& limits, int sides, const float* samples, std::size_t stride, std::size_t pixels) {
-  constexpr int kBoth = 0;
-  constexpr int kLow = 1;
-  constexpr int kHigh = 2;
-  if (sides == kBoth) return limits;
+Sides GetSides(int index) {
+  switch (index) {
+    case 1: return Sides::kLow;
+    case 2: return Sides::kHigh;
+    default: return Sides::kBoth;
+  }
+}
+
+Profile GetProfile(int index) {
+  const bool is_listed = index >= 0 && index <= static_cast<int>(Profile::kArcIn);
+  return is_listed ? static_cast<Profile>(index) : Profile::kLinear;
+}
+
+Limits OpenSide(const Limits& limits, Sides sides, const float* samples, std::size_t stride, std::size_t pixels) {
+  if (sides == Sides::kBoth) return limits;
   ValueRange found;
   PixelLoops::ForEachPiece(pixels, [&](std::size_t from, std::size_t count) {
     found.Join(HWY_DYNAMIC_DISPATCH(MeasureAny)(samples + from * stride, stride, count));
   });
-  return {sides == kHigh ? found.low : limits.low, sides == kLow ? found.high : limits.high};
+  return sides == Sides::kLow ? Limits{limits.low, found.high} : Limits{found.low, limits.high};
 }
 
 void Apply(const float* samples, std::size_t stride, float* values, std::size_t pixels, const Limits& limits,
-           int profile) {
+           Profile profile) {
   PixelLoops::ForEachPiece(pixels, [&](std::size_t from, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(ApplyToAny)(samples + from * stride, stride, values + from, count, limits, profile);
   });

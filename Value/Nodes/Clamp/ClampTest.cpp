@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include "Tests/Support/ValueTesting.h"
@@ -17,15 +18,17 @@ using Testing::kInfinity;
 using Testing::kLargest;
 using Testing::kNan;
 
-// Places in the list of profiles.
-enum : int { kLinear, kSmooth, kPerlin, kArcOut, kArcIn };
-// Places in the list of sides.
-enum : int { kBoth, kLow, kHigh };
+using Clamp::Profile;
+using Clamp::Sides;
+using enum Clamp::Profile;
+using enum Clamp::Sides;
+
+constexpr Profile kProfiles[] = {kLinear, kSmooth, kPerlin, kArcOut, kArcIn};
 
 // The square root of three quarters.
 constexpr float kRootOfThreeQuarters = 0.866025403784438647F;
 
-float Apply(float value, float low, float high, int profile) {
+float Apply(float value, float low, float high, Profile profile) {
   float result = 99.0F;
   Clamp::Apply(&value, 1, &result, 1, {low, high}, profile);
   return result;
@@ -41,7 +44,7 @@ TEST(ClampApply, LimitsLinearly) {
 }
 
 TEST(ClampApply, MakesNanTheLowerLimit) {
-  for (int profile = kLinear; profile <= kArcIn; ++profile) EXPECT_SAME(Apply(kNan, 0.25F, 1.0F, profile), 0.25F);
+  for (const Profile profile : kProfiles) EXPECT_SAME(Apply(kNan, 0.25F, 1.0F, profile), 0.25F);
 }
 
 TEST(ClampApply, GivesTheUpperLimitWhenTheLimitsAreSwapped) {
@@ -66,15 +69,16 @@ TEST(ClampApply, StretchesTheShapeOverTheLimits) {
 }
 
 TEST(ClampApply, KeepsTheEndsWithEveryProfile) {
-  for (int profile = kLinear; profile <= kArcIn; ++profile) {
-    SCOPED_TRACE(profile);
+  for (const Profile profile : kProfiles) {
+    SCOPED_TRACE(static_cast<int>(profile));
     EXPECT_SAME(Apply(-9.0F, -1.0F, 3.0F, profile), -1.0F);
     EXPECT_SAME(Apply(9.0F, -1.0F, 3.0F, profile), 3.0F);
   }
 }
 
 TEST(ClampApply, IsLinearForAnyOtherProfile) {
-  for (const int profile : {-1, 5, 1000}) {
+  for (const int index : {-1, 5, 1000}) {
+    const Profile profile = Clamp::GetProfile(index);
     EXPECT_SAME(Apply(0.25F, 0.0F, 1.0F, profile), 0.25F);
     EXPECT_SAME(Apply(7.0F, 0.0F, 1.0F, profile), 1.0F);
   }
@@ -83,7 +87,8 @@ TEST(ClampApply, IsLinearForAnyOtherProfile) {
 TEST(ClampApply, HasNoGuardForEqualLimits) {
   for (const float value : {0.0F, 0.5F, 1.0F}) {
     EXPECT_SAME(Apply(value, 0.5F, 0.5F, kLinear), 0.5F);
-    for (int profile = kSmooth; profile <= kArcIn; ++profile) EXPECT_SAME(Apply(value, 0.5F, 0.5F, profile), kNan);
+    for (const Profile profile : {kSmooth, kPerlin, kArcOut, kArcIn})
+      EXPECT_SAME(Apply(value, 0.5F, 0.5F, profile), kNan);
   }
 }
 
@@ -103,7 +108,7 @@ TEST(ClampApply, GivesTheSameForEveryLengthAndStride) {
   }
 }
 
-Clamp::Limits OpenSide(const std::vector<float>& values, int side, std::size_t stride = 1) {
+Clamp::Limits OpenSide(const std::vector<float>& values, Sides side, std::size_t stride = 1) {
   return Clamp::OpenSide({0.25F, 0.5F}, side, values.data(), stride, values.size() / stride);
 }
 
@@ -137,9 +142,19 @@ TEST(ClampOpenSide, StaysAtItsStartsWithoutANumber) {
 }
 
 TEST(ClampOpenSide, LeavesBothLimitsAloneForAnyOtherWord) {
-  const Clamp::Limits limits = OpenSide({-1.0F, 3.0F}, -1);
+  const Clamp::Limits limits = OpenSide({-1.0F, 3.0F}, Clamp::GetSides(-1));
   EXPECT_SAME(limits.low, 0.25F);
   EXPECT_SAME(limits.high, 0.5F);
+}
+
+TEST(ClampChoices, AreInTheOrderOfTheirWords) {
+  EXPECT_EQ(Clamp::GetSides(0), kBoth);
+  EXPECT_EQ(Clamp::GetSides(1), kLow);
+  EXPECT_EQ(Clamp::GetSides(2), kHigh);
+  for (const int index : {-1, 3}) EXPECT_EQ(Clamp::GetSides(index), kBoth);
+  int place = 0;
+  for (const Profile profile : kProfiles) EXPECT_EQ(Clamp::GetProfile(place++), profile);
+  for (const int index : {-1, 5}) EXPECT_EQ(Clamp::GetProfile(index), kLinear);
 }
 
 float AnyFloat() { return std::bit_cast<float>(*rc::gen::arbitrary<std::uint32_t>()); }
@@ -158,7 +173,7 @@ RC_GTEST_PROP(ClampProperties, LandsBetweenTheLimitsAndKeepsWhatLiesThere, ()) {
 }
 
 RC_GTEST_PROP(ClampProperties, EveryProfileRisesFromLowToHigh, ()) {
-  const int profile = *rc::gen::inRange(0, 5);
+  const Profile profile = *rc::gen::elementOf(std::vector<Profile>(std::begin(kProfiles), std::end(kProfiles)));
   const int place = *rc::gen::inRange(0, 1000);
   const float value = static_cast<float>(place) / 1000.0F;
   const float next = static_cast<float>(place + 1) / 1000.0F;

@@ -25,8 +25,8 @@ constexpr AttributeRow kProfile = ChoiceRow("profile", 0, "linear,smooth,perlin,
 constexpr AttributeRow kAttributes[] = {kClamp, kLow, kHigh, kProfile};
 
 Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
-  constexpr int kBoth = 0;
-  const bool opens_a_side = EvaluatedInputs(node, inputs).GetChoiceIndex(kClamp) != kBoth;
+  const Clamp::Sides sides = Clamp::GetSides(EvaluatedInputs(node, inputs).GetChoiceIndex(kClamp));
+  const bool opens_a_side = sides != Clamp::Sides::kBoth;
   return Reach::Samples(opens_a_side ? Reach::Range::kMeasured : Reach::Range::kNone);
 }
 
@@ -68,7 +68,8 @@ void ImageValueClampNode::Evaluate(unsigned, const std::vector<PlugValue>& input
   const auto stride = static_cast<std::size_t>(image->GetNumChannels());
   const std::size_t pixels = output->GetNumSamples();
   Clamp::Limits limits{evaluated.GetNumber(kLow), evaluated.GetNumber(kHigh)};
-  limits = Clamp::OpenSide(limits, evaluated.GetChoiceIndex(kClamp), samples, stride, pixels);
-  Clamp::Apply(samples, stride, output->GetArray(), pixels, limits, evaluated.GetChoiceIndex(kProfile));
+  limits = Clamp::OpenSide(limits, Clamp::GetSides(evaluated.GetChoiceIndex(kClamp)), samples, stride, pixels);
+  Clamp::Apply(samples, stride, output->GetArray(), pixels, limits,
+               Clamp::GetProfile(evaluated.GetChoiceIndex(kProfile)));
   output->SetValueLowHigh(limits.low, limits.high);
 }

@@ -8,7 +8,7 @@
 /// The algorithm of the Component Edges node.
 namespace ComponentEdges {
 
-/// What is written for a pixel that is no edge, and for one that is.
+/// What is written for a pixel that is not an edge, and for one that is.
 struct Marks {
   float background = 0.0F;
   float edge = 1.0F;

@@ -177,7 +177,7 @@ TEST(ComponentEdges, MarksNoDifferenceThatIsJustTheTolerance) {
   EXPECT_EQ(Mark(row, {std::nextafter(0.25F, 0.0F), kAll, kBounded}), (std::vector<float>{0, 1, 1, 0}));
 }
 
-TEST(ComponentEdges, MarksNothingForADifferenceThatIsNoNumber) {
+TEST(ComponentEdges, MarksNothingForADifferenceThatIsNotANumber) {
   EXPECT_EQ(Mark(MakeGray(4, {0, kNan, 0, 0}), {0.0F, kAll, kBounded}), (std::vector<float>{0, 0, 0, 0}));
   EXPECT_EQ(Mark(MakeGray(4, {kInfinity, kInfinity, 0, 0}), {kLargest, kAll, kBounded}),
             (std::vector<float>{0, 1, 1, 0}));

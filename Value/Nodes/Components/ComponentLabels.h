@@ -18,8 +18,8 @@ namespace ComponentLabels {
 /// Transactions on Image Processing 17(5), 2008; path halving as in R. E. Tarjan, J. van Leeuwen, "Worst-Case Analysis
 /// of Set Union Algorithms", JACM 31(2), 1984). Beside `labels` it takes one bit per pixel and a few rows of bits.
 ///
-/// Runs on the calling thread. Throws `std::length_error` for more than 2147483647 pixels, `std::bad_alloc` when there
-/// is no memory for the bits.
+/// Runs on the calling thread. Throws `std::length_error` for more than 2147483647 pixels, `std::bad_alloc` when the
+/// bits cannot be allocated.
 float Label(const PixelView& image, const NeighborRule& rule, float* labels);
 
 }  // namespace ComponentLabels

@@ -33,15 +33,7 @@ TYPED_TEST_SUITE(ComponentNodes, NodeClasses);
 TYPED_TEST(ComponentNodes, GiveAValueImageWithPinAndPivotOfTheInput) {
   const ImageRef image = Testing::MakeMarked(ColorMode::kColor);
   const Image* result = Testing::Evaluate(*this->node_, {image.Get()});
-  ASSERT_NE(result, nullptr);
-  EXPECT_EQ(result->GetColorMode(), ColorMode::kValue);
-  EXPECT_EQ(result->GetSizeX(), 3);
-  EXPECT_EQ(result->GetSizeY(), 2);
-  EXPECT_EQ(result->GetPinX(), 7);
-  EXPECT_EQ(result->GetPinY(), -5);
-  EXPECT_EQ(result->GetPivotX(), 0.25F);
-  EXPECT_EQ(result->GetPivotY(), 0.75F);
-  EXPECT_EQ(result->GetOutsideValue(), 0.0F);
+  ASSERT_TRUE(Testing::IsValueImageInPlaceOf(result, *image));
   EXPECT_EQ(result->GetRefCount(), 1U);
   EXPECT_EQ(this->node_->GetState(), Node::State::kIdle);
   EXPECT_EQ(this->node_->GetOutputImage(1), nullptr);

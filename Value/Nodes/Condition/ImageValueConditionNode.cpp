@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "Value/Core/ValueLibrary.h"
-#include "Value/Operations/ConditionOperations.h"
+#include "Value/Operations/OperationChoices.h"
 #include "Value/SelfTests/SelfTests.h"
 
 namespace {
@@ -55,23 +55,6 @@ constinit const NodeRecord ImageValueConditionNode::kRecord{
 
 ValueOperation* ImageValueConditionNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   const EvaluatedInputs evaluated(*this, inputs);
-  const float a = evaluated.GetNumber(kA);
-  const float b = evaluated.GetNumber(kB);
-  // In the order of the choice's words.
-  switch (evaluated.GetChoiceIndex(kCondition)) {
-    case 0: return new ConditionValEqMinOperation;
-    case 1: return new ConditionValDiffMinOperation;
-    case 2: return new ConditionValEqMaxOperation;
-    case 3: return new ConditionValDiffMaxOperation;
-    case 4: return new ConditionValLtAOperation(a);
-    case 5: return new ConditionValLteAOperation(a);
-    case 6: return new ConditionValEqAOperation(a);
-    case 7: return new ConditionValGteAOperation(a);
-    case 8: return new ConditionValGtAOperation(a);
-    case 9: return new ConditionALtValLtBOperation(a, b);
-    case 10: return new ConditionALteValLtBOperation(a, b);
-    case 11: return new ConditionALtValLteBOperation(a, b);
-    case 12: return new ConditionALteValLteBOperation(a, b);
-    default: return nullptr;
-  }
+  return MakeOperation(GetCondition(evaluated.GetChoiceIndex(kCondition)), evaluated.GetNumber(kA),
+                       evaluated.GetNumber(kB));
 }

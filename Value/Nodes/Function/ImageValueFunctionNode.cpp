@@ -2,7 +2,7 @@
 #include "Value/Nodes/Function/ImageValueFunctionNode.h"
 
 #include "Value/Core/ValueLibrary.h"
-#include "Value/Operations/FunctionOperations.h"
+#include "Value/Operations/OperationChoices.h"
 
 namespace {
 
@@ -33,26 +33,5 @@ constinit const NodeRecord ImageValueFunctionNode::kRecord{
 };
 
 ValueOperation* ImageValueFunctionNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
-  // In the order of the choice's words.
-  switch (EvaluatedInputs(*this, inputs).GetChoiceIndex(kFunction)) {
-    case 0: return new AbsoluteValueOperation;
-    case 1: return new SineValueOperation;
-    case 2: return new CosineValueOperation;
-    case 3: return new TangentValueOperation;
-    case 4: return new ArcSineValueOperation;
-    case 5: return new ArcCosineValueOperation;
-    case 6: return new ArcTangentValueOperation;
-    case 7: return new FloorValueOperation;
-    case 8: return new CeilValueOperation;
-    case 9: return new InverseValueOperation;
-    case 10: return new LogValueOperation;
-    case 11: return new Log2ValueOperation;
-    case 12: return new Log10ValueOperation;
-    case 13: return new ExponentialValueOperation;
-    case 14: return new SquareRootValueOperation;
-    case 15: return new CubicRootValueOperation;
-    case 16: return new DegToRadValueOperation;
-    case 17: return new RadToDegValueOperation;
-    default: return nullptr;
-  }
+  return MakeOperation(GetFunction(EvaluatedInputs(*this, inputs).GetChoiceIndex(kFunction)));
 }

@@ -14,7 +14,6 @@ namespace {
 
 using Testing::HoldsSamples;
 using Testing::ImageRef;
-using Testing::kInfinity;
 using Testing::kNan;
 using Testing::MakeRow;
 
@@ -30,6 +29,17 @@ class RangeNode : public testing::Test {
   const Testing::NodeRef<ImageValueRangeNode> node_ = Testing::MakeNode<ImageValueRangeNode>();
 };
 
+void ExpectSameFields(const ThresholdValueOperation& made, const ThresholdValueOperation& expected) {
+  EXPECT_SAME(made.min, expected.min);
+  EXPECT_SAME(made.max, expected.max);
+  EXPECT_SAME(made.a, expected.a);
+  EXPECT_SAME(made.b, expected.b);
+  EXPECT_SAME(made.falloff, expected.falloff);
+  EXPECT_SAME(made.outer, expected.outer);
+  EXPECT_SAME(made.inverse_falloff, expected.inverse_falloff);
+  EXPECT_EQ(made.profile, expected.profile);
+}
+
 TEST_F(RangeNode, MarksNothingByDefault) {
   EXPECT_TRUE(HoldsSamples(Evaluate(MakeRow({0.0F, -0.0F, 1.0F, kNan})), {0.0F, 0.0F, 0.0F, 0.0F}));
 }
@@ -41,14 +51,7 @@ TEST_F(RangeNode, BuildsItsOperationFromItsPlugs) {
   const ValueOperation& operation = *made;
   ASSERT_EQ(typeid(operation), typeid(ThresholdValueOperation));
   const auto& threshold = static_cast<const ThresholdValueOperation&>(operation);
-  EXPECT_SAME(threshold.min, 0.0F);
-  EXPECT_SAME(threshold.max, 1.0F);
-  EXPECT_SAME(threshold.a, 0.5F);
-  EXPECT_SAME(threshold.b, 0.25F);
-  EXPECT_SAME(threshold.falloff, 0.5F);
-  EXPECT_SAME(threshold.outer, 0.75F);
-  EXPECT_SAME(threshold.inverse_falloff, 2.0F);
-  EXPECT_EQ(threshold.profile, &ThresholdProfile::ArcOut);
+  ExpectSameFields(threshold, {0.5F, 0.25F, 0.5F, ThresholdProfile::ArcOut});
 }
 
 TEST_F(RangeNode, ReadsPlugsWithoutAValueAsZeroAndLinear) {
@@ -57,12 +60,7 @@ TEST_F(RangeNode, ReadsPlugsWithoutAValueAsZeroAndLinear) {
   const std::vector<PlugValue> nothing(5);
   const ValueOperationPtr made(node_->CreateValueOperation(nothing));
   const auto& threshold = static_cast<const ThresholdValueOperation&>(*made);
-  EXPECT_SAME(threshold.a, 0.0F);
-  EXPECT_SAME(threshold.b, 0.0F);
-  EXPECT_SAME(threshold.falloff, 0.0F);
-  EXPECT_SAME(threshold.outer, 0.0F);
-  EXPECT_SAME(threshold.inverse_falloff, kInfinity);
-  EXPECT_EQ(threshold.profile, &ThresholdProfile::Linear);
+  ExpectSameFields(threshold, {0.0F, 0.0F, 0.0F, ThresholdProfile::Linear});
 }
 
 TEST_F(RangeNode, FallsOffLinearly) {

@@ -305,7 +305,7 @@ class Leaf {
     }
   }
 
-  /// Goes through the largest blocks in reach; the highest first where nothing is known of what raises the pixels.
+  /// Goes through the largest blocks in reach; the highest ones first unless earlier pixels have shown what to try.
   void Search(bool in_order_of_height, Raisers& raisers) {
     const D d;
     const auto lanes = static_cast<int>(hn::Lanes(d));
