@@ -16,7 +16,7 @@ namespace ScEng {
 namespace {
 
 // Enough for a few misspelt ids in a large document.
-constexpr std::size_t kMostComparisons = 200'000;
+constexpr std::size_t kMostComparisons = 100'000;
 
 Status MakePlaceError(const char* what, std::size_t index, std::size_t count) {
   return Status::Error(std::string("there is no ") + what + " " + std::to_string(index) + "; the document has " +
