@@ -18,13 +18,10 @@ struct ContrastOperation : ValueOperation {
 };
 
 class HelloContrastNode : public Node {
+  NODEKIT_NODE(HelloContrastNode)
+  NODEKIT_ONE_OUTPUT
+
  public:
-  static const NodeRecord kRecord;
-  HelloContrastNode() { Declare(kRecord); }
-  NodeType GetNodeType() const override { return kNodeType<HelloContrastNode>; }
-  std::string GetName() const override { return kDisplayName<HelloContrastNode>; }
-  bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
-  Image* GetOutputImage(unsigned outplug) const override { return output_.Get(outplug); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override {
     EvaluateOneImage(*this, evaluation, inputs, output_, [&] {
       auto* operation = new ContrastOperation;
@@ -33,9 +30,6 @@ class HelloContrastNode : public Node {
       return operation;
     });
   }
-
- private:
-  OutputImages<1> output_;
 };
 
 // Documents know a node type by its class name and its numbers: choose some that no other library has.

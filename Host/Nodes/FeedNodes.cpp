@@ -20,43 +20,33 @@ constexpr PlugRow kNumberOutput[] = {{PlugType::kNumber, "number"}};
 constexpr PlugRow kFlagOutput[] = {{PlugType::kFlag, "flag"}};
 constexpr PlugRow kTextOutput[] = {{PlugType::kText, "text"}};
 
+/// The part of a record in which these nodes are alike.
+constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name, NodeType type,
+                                std::span<const AttributeRow> attributes, std::span<const PlugRow> outputs,
+                                const char* sentence, const char* keywords) {
+  return {.library = &ScEng::kHostLibrary,
+          .type_name = type_name,
+          .display_name = display_name,
+          .type = type,
+          .group = "Attribute values",
+          .sentence = sentence,
+          .keywords = keywords,
+          .attributes = attributes,
+          .outputs = outputs};
+}
+
 }  // namespace
 
-constinit const NodeRecord NumberNode::kRecord{
-    .library = &ScEng::kHostLibrary,
-    .type_name = "NumberNode",
-    .display_name = "Number",
-    .type = ScEng::kNumberType,
-    .group = "Attribute values",
-    .sentence = "Delivers a number to attributes of other nodes.",
-    .keywords = "constant,value,parameter,drive",
-    .attributes = kNumberAttributes,
-    .outputs = kNumberOutput,
-};
-
-constinit const NodeRecord FlagNode::kRecord{
-    .library = &ScEng::kHostLibrary,
-    .type_name = "FlagNode",
-    .display_name = "Flag",
-    .type = ScEng::kFlagType,
-    .group = "Attribute values",
-    .sentence = "Delivers true or false to attributes of other nodes.",
-    .keywords = "boolean,switch,checkbox,parameter,drive",
-    .attributes = kFlagAttributes,
-    .outputs = kFlagOutput,
-};
-
-constinit const NodeRecord TextNode::kRecord{
-    .library = &ScEng::kHostLibrary,
-    .type_name = "TextNode",
-    .display_name = "Text",
-    .type = ScEng::kTextType,
-    .group = "Attribute values",
-    .sentence = "Delivers a text to attributes of other nodes: to strings such as paths, and to choices.",
-    .keywords = "string,word,path,choice,parameter,drive",
-    .attributes = kTextAttributes,
-    .outputs = kTextOutput,
-};
+constinit const NodeRecord NumberNode::kRecord =
+    MakeRecord("NumberNode", "Number", ScEng::kNumberType, kNumberAttributes, kNumberOutput,
+               "Delivers a number to attributes of other nodes.", "constant,value,parameter,drive");
+constinit const NodeRecord FlagNode::kRecord =
+    MakeRecord("FlagNode", "Flag", ScEng::kFlagType, kFlagAttributes, kFlagOutput,
+               "Delivers true or false to attributes of other nodes.", "boolean,switch,checkbox,parameter,drive");
+constinit const NodeRecord TextNode::kRecord =
+    MakeRecord("TextNode", "Text", ScEng::kTextType, kTextAttributes, kTextOutput,
+               "Delivers a text to attributes of other nodes: to strings such as paths, and to choices.",
+               "string,word,path,choice,parameter,drive");
 
 void FeedNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   const unsigned plug = GetInplugIdFromAttributeId(0);

@@ -20,30 +20,15 @@ class FeedNode : public Node {
 
 /// Delivers a number, without bounds.
 class NumberNode : public FeedNode {
- public:
-  static const NodeRecord kRecord;
-
-  NumberNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<NumberNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<NumberNode>; }
+  NODEKIT_NODE(NumberNode)
 };
 
 /// Delivers a flag.
 class FlagNode : public FeedNode {
- public:
-  static const NodeRecord kRecord;
-
-  FlagNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<FlagNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<FlagNode>; }
+  NODEKIT_NODE(FlagNode)
 };
 
 /// Delivers a text, to string and to choice attributes.
 class TextNode : public FeedNode {
- public:
-  static const NodeRecord kRecord;
-
-  TextNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<TextNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<TextNode>; }
+  NODEKIT_NODE(TextNode)
 };

@@ -25,39 +25,27 @@ class ImageGeneratorNode : public Node {
 
 /// One colour.
 class ImageRectangleNode : public ImageGeneratorNode {
+  NODEKIT_NODE(ImageRectangleNode)
+
  public:
-  static const NodeRecord kRecord;
-
-  ImageRectangleNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageRectangleNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageRectangleNode>; }
-
  protected:
   void Generate(const EvaluatedInputs& inputs, Image& image) const override;
 };
 
 /// Cells in four colours, chosen by the parity of column and row, counted from the frame's corner.
 class ImageCheckerNode : public ImageGeneratorNode {
+  NODEKIT_NODE(ImageCheckerNode)
+
  public:
-  static const NodeRecord kRecord;
-
-  ImageCheckerNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageCheckerNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageCheckerNode>; }
-
  protected:
   void Generate(const EvaluatedInputs& inputs, Image& image) const override;
 };
 
 /// Sine rings around the frame's centre, as values.
 class ImageWavesNode : public ImageGeneratorNode {
+  NODEKIT_NODE(ImageWavesNode)
+
  public:
-  static const NodeRecord kRecord;
-
-  ImageWavesNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageWavesNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageWavesNode>; }
-
  protected:
   void Generate(const EvaluatedInputs& inputs, Image& image) const override;
   [[nodiscard]] unsigned GetColorMode() const override { return ColorMode::kValue; }
@@ -65,13 +53,9 @@ class ImageWavesNode : public ImageGeneratorNode {
 
 /// A fractal height field that tiles, as values from 0 to 1.
 class ImageTerrainNode : public ImageGeneratorNode {
+  NODEKIT_NODE(ImageTerrainNode)
+
  public:
-  static const NodeRecord kRecord;
-
-  ImageTerrainNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageTerrainNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageTerrainNode>; }
-
  protected:
   void Generate(const EvaluatedInputs& inputs, Image& image) const override;
   [[nodiscard]] unsigned GetColorMode() const override { return ColorMode::kValue; }

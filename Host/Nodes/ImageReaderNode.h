@@ -8,16 +8,9 @@
 
 /// Reads an image file.
 class ImageReaderNode : public Node {
+  NODEKIT_NODE(ImageReaderNode)
+  NODEKIT_ONE_OUTPUT
+
  public:
-  static const NodeRecord kRecord;
-
-  ImageReaderNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageReaderNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageReaderNode>; }
-  bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
-  [[nodiscard]] Image* GetOutputImage(unsigned outplug) const override { return output_.Get(outplug); }
-
- private:
-  OutputImages<1> output_;
 };

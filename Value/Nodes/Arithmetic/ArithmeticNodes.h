@@ -9,100 +9,72 @@
 
 /// Adds images, or the constant to one image.
 class ImageValueAddNode : public ImageValueOperationManyNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueAddNode)
 
-  ImageValueAddNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueAddNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueAddNode>; }
+ public:
   /// Old documents carry a "mask_min" that the node no longer has.
   [[nodiscard]] bool IsObsoleteAttribute(unsigned version, const char* name) const override;
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueAddNodeInterface : public NodeDescriptorOf<ImageValueAddNode> {};
-class ImageValueAddNodeFactory : public NodeFactoryOf<ImageValueAddNode> {};
+NODEKIT_DESCRIPTOR(ImageValueAddNode)
 
 /// Subtracts the further images from the first, or the constant from one image.
 class ImageValueSubtractNode : public ImageValueOperationManyNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueSubtractNode)
 
-  ImageValueSubtractNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueSubtractNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueSubtractNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueSubtractNodeInterface : public NodeDescriptorOf<ImageValueSubtractNode> {};
-class ImageValueSubtractNodeFactory : public NodeFactoryOf<ImageValueSubtractNode> {};
+NODEKIT_DESCRIPTOR(ImageValueSubtractNode)
 
 /// Multiplies images, or one image by the constant.
 class ImageValueMultiplyNode : public ImageValueOperationManyNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueMultiplyNode)
 
-  ImageValueMultiplyNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueMultiplyNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueMultiplyNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueMultiplyNodeInterface : public NodeDescriptorOf<ImageValueMultiplyNode> {};
-class ImageValueMultiplyNodeFactory : public NodeFactoryOf<ImageValueMultiplyNode> {};
+NODEKIT_DESCRIPTOR(ImageValueMultiplyNode)
 
 /// Divides the first image by the others in order, or one image by the constant.
 class ImageValueDivideNode : public ImageValueOperationManyNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueDivideNode)
 
-  ImageValueDivideNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueDivideNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueDivideNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueDivideNodeInterface : public NodeDescriptorOf<ImageValueDivideNode> {};
-class ImageValueDivideNodeFactory : public NodeFactoryOf<ImageValueDivideNode> {};
+NODEKIT_DESCRIPTOR(ImageValueDivideNode)
 
 /// Raises the first image to the powers of the others in order. One image passes through: the constant is not read.
 class ImageValuePowerNode : public ImageValueOperationManyNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValuePowerNode)
 
-  ImageValuePowerNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValuePowerNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValuePowerNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValuePowerNodeInterface : public NodeDescriptorOf<ImageValuePowerNode> {};
-class ImageValuePowerNodeFactory : public NodeFactoryOf<ImageValuePowerNode> {};
+NODEKIT_DESCRIPTOR(ImageValuePowerNode)
 
 /// The lowest of the images, or of one image and the constant.
 class ImageValueMinimumNode : public ImageValueOperationManyNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueMinimumNode)
 
-  ImageValueMinimumNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueMinimumNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueMinimumNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueMinimumNodeInterface : public NodeDescriptorOf<ImageValueMinimumNode> {};
-class ImageValueMinimumNodeFactory : public NodeFactoryOf<ImageValueMinimumNode> {};
+NODEKIT_DESCRIPTOR(ImageValueMinimumNode)
 
 /// The highest of the images, or of one image and the constant.
 class ImageValueMaximumNode : public ImageValueOperationManyNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueMaximumNode)
 
-  ImageValueMaximumNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueMaximumNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueMaximumNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueMaximumNodeInterface : public NodeDescriptorOf<ImageValueMaximumNode> {};
-class ImageValueMaximumNodeFactory : public NodeFactoryOf<ImageValueMaximumNode> {};
+NODEKIT_DESCRIPTOR(ImageValueMaximumNode)

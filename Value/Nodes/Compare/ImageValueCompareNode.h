@@ -9,12 +9,9 @@
 /// Compares two images pixel by pixel after rounding both, and offers the six results at once as images of 1.0 and 0.0.
 /// Each output is computed at its own request.
 class ImageValueCompareNode : public Node {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueCompareNode)
 
-  ImageValueCompareNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueCompareNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueCompareNode>; }
+ public:
   /// The relation as a person writes it: "a < b".
   [[nodiscard]] std::string GetOutplugAlias(unsigned outplug) const override;
   bool OnProcessEvent(NodeEvent event) override { return outputs_.OnEvent(event); }
@@ -25,5 +22,4 @@ class ImageValueCompareNode : public Node {
   OutputImages<6> outputs_;
 };
 
-class ImageValueCompareNodeInterface : public NodeDescriptorOf<ImageValueCompareNode> {};
-class ImageValueCompareNodeFactory : public NodeFactoryOf<ImageValueCompareNode> {};
+NODEKIT_DESCRIPTOR(ImageValueCompareNode)

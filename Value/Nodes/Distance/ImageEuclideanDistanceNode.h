@@ -11,19 +11,11 @@
 ///
 /// Where the distances cannot be allocated there is no output, and no error.
 class ImageEuclideanDistanceNode : public Node {
+  NODEKIT_NODE(ImageEuclideanDistanceNode)
+  NODEKIT_ONE_OUTPUT
+
  public:
-  static const NodeRecord kRecord;
-
-  ImageEuclideanDistanceNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageEuclideanDistanceNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageEuclideanDistanceNode>; }
-  bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
-  [[nodiscard]] Image* GetOutputImage(unsigned outplug) const override { return output_.Get(outplug); }
-
- private:
-  OutputImages<1> output_;
 };
 
-class ImageEuclideanDistanceNodeInterface : public NodeDescriptorOf<ImageEuclideanDistanceNode> {};
-class ImageEuclideanDistanceNodeFactory : public NodeFactoryOf<ImageEuclideanDistanceNode> {};
+NODEKIT_DESCRIPTOR(ImageEuclideanDistanceNode)

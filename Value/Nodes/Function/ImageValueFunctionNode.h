@@ -9,14 +9,10 @@
 
 /// Applies one function of one variable to every value.
 class ImageValueFunctionNode : public ImageValueOperationOneNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueFunctionNode)
 
-  ImageValueFunctionNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueFunctionNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueFunctionNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueFunctionNodeInterface : public NodeDescriptorOf<ImageValueFunctionNode> {};
-class ImageValueFunctionNodeFactory : public NodeFactoryOf<ImageValueFunctionNode> {};
+NODEKIT_DESCRIPTOR(ImageValueFunctionNode)

@@ -9,12 +9,9 @@
 /// The two components of the gradient of an image, reduced to the value mode first: output 0 along x, output 1
 /// downwards. Disabled, both outputs are zero.
 class ImageComputeGradientNode : public Node {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageComputeGradientNode)
 
-  ImageComputeGradientNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageComputeGradientNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageComputeGradientNode>; }
+ public:
   bool OnProcessEvent(NodeEvent event) override { return outputs_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
   [[nodiscard]] Image* GetOutputImage(unsigned outplug) const override { return outputs_.Get(outplug); }
@@ -23,5 +20,4 @@ class ImageComputeGradientNode : public Node {
   OutputImages<2> outputs_;
 };
 
-class ImageComputeGradientNodeInterface : public NodeDescriptorOf<ImageComputeGradientNode> {};
-class ImageComputeGradientNodeFactory : public NodeFactoryOf<ImageComputeGradientNode> {};
+NODEKIT_DESCRIPTOR(ImageComputeGradientNode)

@@ -9,14 +9,10 @@
 
 /// Marks the pixels whose value lies near a centre, with a soft band of chosen shape.
 class ImageValueRangeNode : public ImageValueOperationOneNode {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueRangeNode)
 
-  ImageValueRangeNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueRangeNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueRangeNode>; }
+ public:
   [[nodiscard]] ValueOperation* CreateValueOperation(const std::vector<PlugValue>& inputs) override;
 };
 
-class ImageValueRangeNodeInterface : public NodeDescriptorOf<ImageValueRangeNode> {};
-class ImageValueRangeNodeFactory : public NodeFactoryOf<ImageValueRangeNode> {};
+NODEKIT_DESCRIPTOR(ImageValueRangeNode)

@@ -9,12 +9,9 @@
 /// Quantises an image into equally spaced levels of its declared value range. While it is disabled it keeps its last
 /// result.
 class ImageValueStepsNode : public Node {
- public:
-  static const NodeRecord kRecord;
+  NODEKIT_NODE(ImageValueStepsNode)
 
-  ImageValueStepsNode() { Declare(kRecord); }
-  [[nodiscard]] NodeType GetNodeType() const override { return kNodeType<ImageValueStepsNode>; }
-  [[nodiscard]] std::string GetName() const override { return kDisplayName<ImageValueStepsNode>; }
+ public:
   bool OnProcessEvent(NodeEvent event) override { return output_.OnEvent(event); }
   void Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) override;
   /// The one output, whatever the index.
@@ -24,5 +21,4 @@ class ImageValueStepsNode : public Node {
   OutputImages<1> output_;
 };
 
-class ImageValueStepsNodeInterface : public NodeDescriptorOf<ImageValueStepsNode> {};
-class ImageValueStepsNodeFactory : public NodeFactoryOf<ImageValueStepsNode> {};
+NODEKIT_DESCRIPTOR(ImageValueStepsNode)

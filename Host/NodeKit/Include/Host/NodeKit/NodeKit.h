@@ -5,6 +5,7 @@
 
 #include "Host/NodeKit/EvaluatedInputs.h"
 #include "Host/NodeKit/EvaluationFrame.h"
+#include "Host/NodeKit/NodeClass.h"
 #include "Host/NodeKit/NodeDescriptor.h"
 #include "Host/NodeKit/NodeLibraryExports.h"
 #include "Host/NodeKit/OutputImages.h"
