@@ -421,7 +421,7 @@ TEST_F(Panel, ChoosesAFileInADialog) {
   QMetaObject::invokeMethod(dialog, "accept");
   EXPECT_EQ(Of("file").GetValue().GetText(), (folder / "hills.exr").string());
   EXPECT_EQ(stack_.count(), 1);
-  QTRY_VERIFY_WITH_TIMEOUT(dialog.isNull(), 2000);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.isNull(); }, 2000));
 }
 
 TEST_F(Panel, EditsTheFieldsOfAColorAndKeepsTheOthers) {
