@@ -156,7 +156,7 @@ TEST(ImageFileRoundTrip, FloatAndHalfKeepSamplesAndHeaderInEveryMode) {
       EXPECT_EQ(read->GetColorMode(), mode);
       EXPECT_EQ(read->GetSizeX(), 3);
       EXPECT_EQ(read->GetSizeY(), 2);
-      EXPECT_EQ(read->GetRefCount(), 0U);
+      EXPECT_EQ(read->GetRefCount(), 1U);
       EXPECT_TRUE(SameSamples(GetSamples(*image), GetSamples(*read)));
       EXPECT_EQ(read->GetPinX(), -70);
       EXPECT_EQ(read->GetPinY(), 41);

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
-#include <limits>
 #include <new>
 
 namespace {
@@ -14,13 +13,7 @@ std::atomic<int> times_freed{0};
 std::atomic<std::size_t> failing_bytes{0};
 std::atomic<int> spared_allocations{0};
 
-constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
-std::atomic<std::size_t> limit{kNoLimit};
-
-bool Fails(std::size_t bytes) noexcept {
-  if (bytes >= limit) return true;
-  return bytes != 0 && bytes == failing_bytes && spared_allocations-- <= 0;
-}
+bool Fails(std::size_t bytes) noexcept { return bytes != 0 && bytes == failing_bytes && spared_allocations-- <= 0; }
 
 void* Allocate(std::size_t bytes) noexcept { return Fails(bytes) ? nullptr : std::malloc(bytes == 0 ? 1 : bytes); }
 
@@ -50,9 +43,6 @@ void Testing::WatchMemory(const void* object) {
 }
 
 int Testing::GetTimesFreed() { return times_freed; }
-
-Testing::MemoryLimit::MemoryLimit(std::size_t bytes) { limit = bytes; }
-Testing::MemoryLimit::~MemoryLimit() { limit = kNoLimit; }
 
 Testing::FailingAllocations::FailingAllocations(std::size_t bytes, int spared) {
   spared_allocations = spared;

@@ -24,14 +24,4 @@ class FailingAllocations {
   FailingAllocations& operator=(const FailingAllocations&) = delete;
 };
 
-/// Makes every allocation fail that is as large as this, or larger, until it is gone. Images are not concerned, which
-/// have their memory elsewhere.
-class MemoryLimit {
- public:
-  explicit MemoryLimit(std::size_t bytes);
-  ~MemoryLimit();
-  MemoryLimit(const MemoryLimit&) = delete;
-  MemoryLimit& operator=(const MemoryLimit&) = delete;
-};
-
 }  // namespace Testing

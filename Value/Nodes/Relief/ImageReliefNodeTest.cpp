@@ -442,23 +442,6 @@ TEST_F(ReliefNode, GivesTheSameSamplesWithAnyNumberOfThreads) {
   }
 }
 
-TEST_F(ReliefNode, FailsWhereATaskOfTheLevelsFails) {
-  Set(200, "levels");
-  // Without an upper end of the range the tasks compute by the plain definition, for which each makes a table of
-  // 401 times 401 distances.
-  const ImageRef image = MakeRow({0, 1, 0});
-  image->SetValueLowHigh(0.0F, Testing::kInfinity);
-  for (const std::size_t threads : {1U, 4U}) {
-    const Testing::ThreadsScope scope(threads);
-    {
-      const Testing::MemoryLimit limit(401 * 401 * sizeof(float));
-      EXPECT_THROW(Evaluate(image), std::bad_alloc);
-    }
-    EXPECT_EQ(node_->GetOutputImage(0), nullptr);
-    EXPECT_NE(Evaluate(image), nullptr);
-  }
-}
-
 TEST_F(ReliefNode, ComputesTheLevelsOfTheWholeImageByTheirDefinition) {
   std::vector<float> samples;
   for (int i = 0; i < 45 * 37; ++i) samples.push_back(static_cast<float>(i * 7919 % 1013) / 1013.0F - 0.25F);
