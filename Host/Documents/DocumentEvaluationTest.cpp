@@ -147,17 +147,17 @@ TEST_F(DocumentEvaluationTest, RunsCanBeStopped) {
   options.cancellation = &cancellation;
   options.on_evaluated = [&](Node&, std::size_t, std::size_t) { cancellation.Request(); };
   const RunReport report = document_.Run(nullptr, options);
-  EXPECT_TRUE(report.cancelled);
+  EXPECT_TRUE(report.canceled);
   EXPECT_EQ(report.failure, RunFailure::kNone);
   EXPECT_TRUE(report.outputs[0].written);
   EXPECT_FALSE(report.outputs[1].written);
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr"}));
   RunReport stopped;
   EXPECT_FALSE(document_.Evaluate("b.image", stopped, options));
-  EXPECT_TRUE(stopped.cancelled);
+  EXPECT_TRUE(stopped.canceled);
   EXPECT_TRUE(stopped.findings.errors.empty());
   // The next one is whole.
-  EXPECT_FALSE(document_.Run().cancelled);
+  EXPECT_FALSE(document_.Run().canceled);
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr", "b.exr"}));
 }
 

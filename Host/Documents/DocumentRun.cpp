@@ -36,7 +36,7 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
   }
   options.release_results = true;
   EvaluateWriterPaths(writers, options);
-  if (report_.cancelled) return std::move(report_);
+  if (report_.canceled) return std::move(report_);
   for (const DocumentEntry* writer : writers) {
     const std::filesystem::path file = FindWriterFile(*writer);
     if (file.empty() || ClaimFile(file, "node " + Quote(writer->id))) requests.push_back({writer->node, 0});
@@ -71,7 +71,7 @@ RunReport DocumentRun::Evaluate(Node& node, unsigned outplug, Engine::Options op
     if (on_evaluated) on_evaluated(evaluated, done, total);
   };
   Evaluate({{&node, outplug}}, options);
-  if (report_.cancelled) return std::move(report_);
+  if (report_.canceled) return std::move(report_);
   if (image != nullptr && !*image && !node.IsInError()) image->Reset(content_.engine.GetOutputImage(&node, outplug));
   // A node that is up to date is not evaluated again, but what it had to say still holds.
   for (const std::string& id : content_.ids) {
@@ -152,7 +152,7 @@ void DocumentRun::EvaluateWriterPaths(const std::vector<const DocumentEntry*>& w
 }
 
 void DocumentRun::Evaluate(const std::vector<Engine::Request>& requests, const Engine::Options& options) {
-  report_.cancelled = content_.engine.Evaluate(requests, options) == Engine::Outcome::kCancelled;
+  report_.canceled = content_.engine.Evaluate(requests, options) == Engine::Outcome::kCanceled;
 }
 
 std::filesystem::path DocumentRun::FindWriterFile(const DocumentEntry& writer) const {
@@ -232,7 +232,7 @@ RefPtr<Image> GraphDocument::Evaluate(const std::string& plug, RunReport& report
     return image;
   }
   report = DocumentRun(*this).Evaluate(*found.entry->node, found.outplug, options, &image);
-  if (!image && report.failure == RunFailure::kNone && !report.cancelled) {
+  if (!image && report.failure == RunFailure::kNone && !report.canceled) {
     report.findings.AddError("output " + Quote(plug) + " has no image");
     report.failure = RunFailure::kNode;
   }

@@ -220,7 +220,7 @@ class Engine::Graph {
         if (options.release_results) {
           for (std::size_t i = 0; i < done; ++i) ReleaseAll(*order[i]);
         }
-        return Outcome::kCancelled;
+        return Outcome::kCanceled;
       }
       if (options.release_results) {
         for (const auto& [place, input] : vertex->inputs) {
@@ -453,7 +453,7 @@ class Engine::Graph {
     try {
       node.Evaluate(outplug, inputs);
       failed = false;
-    } catch (const ScEng::Cancelled&) {
+    } catch (const ScEng::Canceled&) {
       return false;
     } catch (const std::length_error&) {
       node.SetState(outplug, Node::State::kError, ScEng::kOversizeMessage);

@@ -1179,7 +1179,7 @@ TEST_F(EngineTest, StopsWithinANodeAndMakesWhatIsMissingNextTime) {
         });
       });
     };
-    EXPECT_EQ(engine_.Evaluate({{after, 0}}, options), Engine::Outcome::kCancelled) << how;
+    EXPECT_EQ(engine_.Evaluate({{after, 0}}, options), Engine::Outcome::kCanceled) << how;
     other.join();
     EXPECT_EQ(source->evaluations, 2);
     EXPECT_EQ(LevelOf(source), 4.0F);
@@ -1190,7 +1190,7 @@ TEST_F(EngineTest, StopsWithinANodeAndMakesWhatIsMissingNextTime) {
     EXPECT_EQ(engine_.GetStatistics(node).evaluations, 1U);
 
     // As long as the request stands nothing is begun.
-    EXPECT_EQ(engine_.Evaluate({{after, 0}}, options), Engine::Outcome::kCancelled);
+    EXPECT_EQ(engine_.Evaluate({{after, 0}}, options), Engine::Outcome::kCanceled);
     EXPECT_EQ(node->evaluations, 2);
     cancellation.Reset();
     node->GetAttribute(std::size_t{0})->SetChoice("quick", false);
@@ -1217,7 +1217,7 @@ TEST_F(EngineTest, WhatDependsOnAStoppedNodeIsMadeAnewAfterAChange) {
   engine_.Evaluate({{node, 0}}, releasing);
   node->on_work = [&] { cancellation.Request(); };
   node->GetAttribute(std::size_t{0})->SetChoice("loop", false);
-  EXPECT_EQ(engine_.Evaluate({{node, 0}}, options), Engine::Outcome::kCancelled);
+  EXPECT_EQ(engine_.Evaluate({{node, 0}}, options), Engine::Outcome::kCanceled);
   node->on_work = nullptr;
   node->GetAttribute(std::size_t{0})->SetChoice("quick", false);
   source->GetAttribute(std::size_t{0})->SetNumber(5.0, false);
@@ -1238,7 +1238,7 @@ TEST_F(EngineTest, ReleasesWhatWaitedForANodeThatWasStopped) {
   Engine::Options options;
   options.release_results = true;
   options.cancellation = &cancellation;
-  EXPECT_EQ(engine_.Evaluate({{sum, 0}}, options), Engine::Outcome::kCancelled);
+  EXPECT_EQ(engine_.Evaluate({{sum, 0}}, options), Engine::Outcome::kCanceled);
   EXPECT_EQ(source->GetOutputImage(0), nullptr);
 }
 
@@ -1260,7 +1260,7 @@ TEST_F(EngineTest, ReportsProgressWithinNodes) {
     fractions.push_back(fraction);
     if (fractions.size() == 5) cancellation.Request();
   };
-  EXPECT_EQ(engine_.Evaluate({{sum, 0}}, options), Engine::Outcome::kCancelled);
+  EXPECT_EQ(engine_.Evaluate({{sum, 0}}, options), Engine::Outcome::kCanceled);
   EXPECT_EQ(fractions.size(), 5U);
 }
 

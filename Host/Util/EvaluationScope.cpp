@@ -8,7 +8,7 @@
 
 namespace ScEng {
 
-const char* Cancelled::what() const noexcept { return "The evaluation was cancelled."; }
+const char* Canceled::what() const noexcept { return "The evaluation was cancelled."; }
 
 WorkContext*& GetWorkContext() {
   constinit thread_local WorkContext* context = nullptr;

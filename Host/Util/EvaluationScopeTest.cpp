@@ -18,7 +18,7 @@
 namespace {
 
 using ScEng::Cancellation;
-using ScEng::Cancelled;
+using ScEng::Canceled;
 using ScEng::EvaluationScope;
 using ScEng::ParallelRows;
 using ScEng::PollCancellation;
@@ -46,7 +46,7 @@ TEST(Cancellation, StopsTheWorkOfItsScopeAlone) {
   {
     const EvaluationScope scope(&cancellation);
     EXPECT_FALSE(scope.WasStopped());
-    EXPECT_THROW(PollCancellation(), Cancelled);
+    EXPECT_THROW(PollCancellation(), Canceled);
     EXPECT_TRUE(scope.WasStopped());
     std::thread([] { EXPECT_NO_THROW(PollCancellation()); }).join();
   }
@@ -60,14 +60,14 @@ TEST(Cancellation, OfAnOuterScopeStopsTheInnerOne) {
   {
     const EvaluationScope inner(&inner_request);
     inner_request.Request();
-    EXPECT_THROW(PollCancellation(), Cancelled);
+    EXPECT_THROW(PollCancellation(), Canceled);
     EXPECT_FALSE(outer.WasStopped());
     inner_request.Reset();
     EXPECT_NO_THROW(PollCancellation());
     outer_request.Request();
-    EXPECT_THROW(PollCancellation(), Cancelled);
+    EXPECT_THROW(PollCancellation(), Canceled);
   }
-  EXPECT_THROW(PollCancellation(), Cancelled);
+  EXPECT_THROW(PollCancellation(), Canceled);
   EXPECT_TRUE(outer.WasStopped());
 }
 
@@ -83,7 +83,7 @@ TEST(Cancellation, StopsRowsBetweenTwoPieces) {
                                 cancellation.Request();
                                 Sleep(5);
                               }),
-                 Cancelled);
+                 Canceled);
     // Each thread may have been within a piece, which has one row as long as none has taken less than a millisecond.
     EXPECT_GE(rows, 1U);
     EXPECT_LE(rows, threads);
@@ -101,7 +101,7 @@ TEST(Cancellation, StopsRowsOnOneThreadThatTakeLong) {
                               Sleep(2);
                               if (to == 20) cancellation.Request();
                             }),
-               Cancelled);
+               Canceled);
   EXPECT_EQ(pieces, std::vector<std::size_t>(20, 1));
 }
 
@@ -115,7 +115,7 @@ TEST(Cancellation, StopsRowsWithinRows) {
     cancellation.Request();
     Sleep(5);
   };
-  EXPECT_THROW(ParallelRows(100, 1, [&](std::size_t, std::size_t) { ParallelRows(100, 1, inner); }), Cancelled);
+  EXPECT_THROW(ParallelRows(100, 1, [&](std::size_t, std::size_t) { ParallelRows(100, 1, inner); }), Canceled);
   EXPECT_LE(begun, 16);
 }
 
@@ -133,7 +133,7 @@ TEST(Cancellation, LeavesOutTheTasksThatAreLeft) {
         Sleep(5);
       });
     }
-    EXPECT_THROW(pool.Wait(), Cancelled);
+    EXPECT_THROW(pool.Wait(), Canceled);
     EXPECT_GE(ran, 1);
     EXPECT_LE(ran, static_cast<int>(threads));
   }
@@ -149,7 +149,7 @@ TEST(Cancellation, LeavesOutThePiecesThatAreLeft) {
                              ++ran;
                              cancellation.Request();
                            }),
-               Cancelled);
+               Canceled);
   EXPECT_EQ(ran, 1);
 }
 
@@ -172,7 +172,7 @@ TEST(Cancellation, IsSeenByLoopsOnThreadsOfThePool) {
     Sleep(10);
     cancellation.Request();
   });
-  EXPECT_THROW(pool.Wait(), Cancelled);
+  EXPECT_THROW(pool.Wait(), Canceled);
   other.join();
   EXPECT_FALSE(gave_up);
   EXPECT_TRUE(scope.WasStopped());

@@ -25,7 +25,7 @@ struct WorkContext {
   void Poll() {
     if (!IsToStop()) return;
     was_stopped.store(true, std::memory_order_relaxed);
-    throw Cancelled();
+    throw Canceled();
   }
 
   [[nodiscard]] bool IsOwnThread() const { return std::this_thread::get_id() == owner; }

@@ -37,7 +37,7 @@ struct RunReport {
   Findings findings;
   RunFailure failure = RunFailure::kNone;
   /// Whether the evaluation was stopped before its end. What was written until then stays.
-  bool cancelled = false;
+  bool canceled = false;
   std::vector<OutputReport> outputs;
 };
 

@@ -90,7 +90,7 @@ class HOST_TOOLS_API Engine {
     kComplete,
     /// The evaluation was stopped. The node that was being evaluated has no results, like those that were to follow;
     /// what was up to date before or is complete stays so. The next evaluation makes what is missing.
-    kCancelled,
+    kCanceled,
   };
 
   /// Evaluates what the requests need and what is not up to date. How each node fared is in its state; an exception

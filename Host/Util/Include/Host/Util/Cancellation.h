@@ -28,7 +28,7 @@ class Cancellation {
 
 /// Thrown where an evaluation notices that it is to stop. It passes through a node like any other exception, so what
 /// the node has begun is released on the way; the engine catches it.
-class HOST_UTIL_API Cancelled : public std::exception {
+class HOST_UTIL_API Canceled : public std::exception {
  public:
   [[nodiscard]] const char* what() const noexcept override;
 };
