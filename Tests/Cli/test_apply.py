@@ -520,7 +520,7 @@ class OptionsTest(ApplyTestCase):
             "apply", "Value Add", "-i", "in0.exr", "-i", "in1.exr", "--range", "-2,3e9", "-o", "out.exr"
         )
         # The same range for both inputs is one note.
-        self.assert_one_error(result, "note", "--range -2,3e9", "3e+09", "1e+09")
+        self.assert_one_error(result, "note", "--range -2,3e9", "3000000000", "1000000000")
         result = self.value(
             "apply", "Value Add", "-i", "in0.exr", "--range", "-5e9,5e9", "-o", "out.exr", "--json"
         )

@@ -102,7 +102,7 @@ class ShortLineTest(LineTestCase):
         self.assertEqual(len(result.err.rstrip("\n")), LONGEST)
         result = self.refuse("apply", "Value Add", "--set", "constant=" + "z" * 4000, "-o", "out.exr",
                              code=USAGE)
-        self.assertRegex(result.err, r"--set constant=z+\.\.\.z+: .*takes a number, not \"z+\.\.\.z+\"")
+        self.assertRegex(result.err, r"--set constant=z+\.\.\.z+: .*takes a number, not \"z+\.\.\.z*\"")
 
     def test_documents(self):
         name = "y" * 1000000
@@ -214,7 +214,7 @@ class FileSizeTest(ValueTestCase):
                 )
                 errors = [line for line in result.err_lines if "value: note: " not in line]
                 self.assertEqual(len(errors), 1, str(result))
-                self.assertIn(f'cannot write "{name}"', errors[0])
+                self.assertRegex(errors[0], f'cannot write "[^"]*{name}"')
                 self.assert_files("in.exr")
 
     def test_the_other_outputs_are_written(self):

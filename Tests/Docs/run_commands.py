@@ -38,8 +38,11 @@ def main():
     program = os.environ["VALUE_PROGRAM"]
     failures, runs = [], 0
     with tempfile.TemporaryDirectory() as scratch:
-        for folder in ["Examples", "Docs/Nodes/Examples"]:
-            shutil.copytree(root / folder, pathlib.Path(scratch) / folder)
+        shutil.copytree(root / "Examples", pathlib.Path(scratch) / "Examples")
+        for graph in (root / "Value" / "Nodes").glob("*/*.json"):
+            copy = pathlib.Path(scratch) / graph.relative_to(root)
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(graph, copy)
         (pathlib.Path(scratch) / "out").mkdir()
         for file in sorted(found for pattern in patterns for found in root.glob(pattern)):
             text = file.read_text("utf-8")
