@@ -68,7 +68,7 @@ set(node_libraries
 foreach(library IN LISTS node_libraries)
   value_add_test_library(${library} SOURCE ${library}.cpp DEPENDS ValueHost::Tools)
 endforeach()
-set(throwing_operations Library LibraryName Count Factory FactoryType Name TypeName CreateNode)
+set(throwing_operations Library LibraryName Count Factory FactoryType Name TypeName CreateNode GroupCode IconPath)
 foreach(operation IN LISTS throwing_operations)
   value_add_test_library(ThrowsIn${operation} SOURCE ThrowsInCatalog.cpp
     DEPENDS ValueHost::Tools DEFINITIONS VALUE_THROWS_IN="${operation}")

@@ -8,6 +8,7 @@
 
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
+#include "Host/Tools/Guard.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace {
@@ -65,12 +66,21 @@ std::shared_ptr<const ScEng::NodeCatalog> Command::FindCatalog(Status& status) c
   for (const std::string& plugin : common_.plugins) files.push_back(ScEng::MakePath(plugin));
   if (files.empty()) files.push_back(FindOwnLibrary());
   const auto catalog = ScEng::CreateHostCatalog();
+  catalogs_.push_back(catalog);
   for (const std::filesystem::path& file : files) {
     auto library = NodeLibrary::Load(file, status);
     if (library) status = catalog->AddLibrary(std::move(library));
     if (status.IsError()) return nullptr;
   }
   return catalog;
+}
+
+ExitCode Command::Execute() {
+  try {
+    return Run();
+  } catch (...) {
+    return Fail(ExitCode::kNodeError, "an unexpected error: " + ScEng::DescribeHandledException());
+  }
 }
 
 std::shared_ptr<const ScEng::NodeCatalog> Command::LoadCatalog() {

@@ -38,9 +38,12 @@ class Command {
   Command& operator=(const Command&) = delete;
 
   virtual CLI::App* Declare(CLI::App& app) = 0;
-  virtual ExitCode Run() = 0;
+  /// Runs the command. An exception, of a node library for example, is reported as an unexpected error. The libraries
+  /// that the command has loaded stay as long as it does, since an exception may be of a type of theirs.
+  ExitCode Execute();
 
  protected:
+  virtual ExitCode Run() = 0;
   /// The host's own node types and those of the node libraries; null after an error was reported.
   std::shared_ptr<const ScEng::NodeCatalog> LoadCatalog();
   /// The same, with the error in `status` instead of a report.
@@ -55,6 +58,9 @@ class Command {
 
   const CommonOptions& common_;
   Reporter& reporter_;
+
+ private:
+  mutable std::vector<std::shared_ptr<const ScEng::NodeCatalog>> catalogs_;
 };
 
 /// Adds what stands in the way of a run although the document could be read, each error with the document's name.

@@ -17,6 +17,7 @@
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Reporter.h"
 #include "Host/Files/FileSizeLimit.h"
+#include "Host/Tools/Guard.h"
 
 namespace {
 
@@ -78,7 +79,7 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
     return ExitCode::kUsage;
   }
   for (const auto& [sub, command] : commands) {
-    if (sub->parsed()) return command->Run();
+    if (sub->parsed()) return command->Execute();
   }
   reporter.Error(
       "a command is missing: nodes, apply, run, check, stats, selftest, doctor, validate or panel (see value --help)");
@@ -94,9 +95,9 @@ int main(int argc, char** argv) {
   ExitCode code = ExitCode::kNodeError;
   try {
     code = RunProgram(argc, argv, reporter);
-  } catch (const std::exception& error) {
+  } catch (...) {
     reporter.SetJson(HasJsonFlag(argc, argv));
-    reporter.Error(std::string("an unexpected error: ") + error.what());
+    reporter.Error("an unexpected error: " + ScEng::DescribeHandledException());
     reporter.Finish(nlohmann::ordered_json::object());
   }
   return static_cast<int>(reporter.Close(code));

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <charconv>
 #include <sstream>
+#include <stdexcept>
 
 #include "Apps/Value/Common.h"
 #include "Host/Tools/Attribute.h"
@@ -166,6 +167,12 @@ std::string DescribeNode(const NodeInterface& descriptor, const Node& node) {
   return text.str();
 }
 
+ScEng::RefPtr<Node> CreateNode(const NodeInterface& descriptor) {
+  ScEng::RefPtr<Node> node(descriptor.GetNodeFactory()->CreateNode());
+  if (!node) throw std::runtime_error("the factory of " + descriptor.GetName() + " creates no node");
+  return node;
+}
+
 class NodesCommand : public Command {
  public:
   using Command::Command;
@@ -195,7 +202,7 @@ class NodesCommand : public Command {
     std::ostringstream text;
     text << Pad("Class", 32) << Pad("Name", 24) << Pad("Numbers", 16) << "Library\n";
     for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
-      const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
+      const ScEng::RefPtr<Node> node = CreateNode(*descriptor);
       answer["nodes"].push_back(SummaryToJson(*descriptor, *node));
       const std::string library = descriptor->GetLibraryName();
       text << Pad(descriptor->GetNodeFactory()->GetTypeName(), 32) << Pad(descriptor->GetName(), 24)
@@ -210,7 +217,7 @@ class NodesCommand : public Command {
   ExitCode ShowOne(const ScEng::NodeCatalog& catalog, const std::string& name) {
     const NodeInterface* descriptor = FindNode(catalog, name);
     if (descriptor == nullptr) return ExitCode::kUsage;
-    const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
+    const ScEng::RefPtr<Node> node = CreateNode(*descriptor);
     reporter_.Print(DescribeNode(*descriptor, *node));
     reporter_.Finish(NodeToJson(*descriptor, *node));
     return ExitCode::kDone;

@@ -10,6 +10,7 @@
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Jobs.h"
 #include "Host/Files/ImageFormats.h"
+#include "Host/Tools/Guard.h"
 
 namespace {
 
@@ -272,8 +273,8 @@ class RunCommand : public Command {
       const ScEng::RunReport report = document.Run(nullptr);
       for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
       return ReportRun(report, prefix);
-    } catch (const std::exception& error) {
-      reporter_.Error(prefix + error.what());
+    } catch (...) {
+      reporter_.Error(prefix + "an unexpected error: " + ScEng::DescribeHandledException());
       return ExitCode::kNodeError;
     }
   }

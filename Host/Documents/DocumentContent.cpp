@@ -11,7 +11,7 @@ namespace ScEng {
 namespace {
 
 constexpr std::size_t kLongestId = 200;
-// Longer texts are no misspelt ids.
+// Longer texts are not misspelt ids.
 constexpr std::size_t kLongestMisspelt = 40;
 
 std::vector<std::string> NamesOf(const std::vector<PlugRecord>& plugs) {
@@ -190,7 +190,7 @@ std::string GraphDocument::Content::DescribeUnknownType(const JsonValue& type) c
   const std::size_t comparisons = 2 * engine.GetCatalog().GetDescriptors().size();
   if (name->size() > kLongestMisspelt || comparisons_left < comparisons) return text;
   comparisons_left -= comparisons;
-  // A display name is no type name, but says which type is meant.
+  // A display name is not a type name, but says which type is meant.
   const NodeInterface* meant = engine.GetCatalog().FindWritten(*name);
   const std::string close =
       meant != nullptr ? meant->GetNodeFactory()->GetTypeName() : engine.GetCatalog().Suggest(*name);
@@ -237,7 +237,7 @@ Status GraphDocument::Content::CheckId(std::string_view id) {
   const bool is_short = id.size() <= 4 * kLongestId && CountCodePoints(id) <= kLongestId;
   const bool is_id = !id.empty() && is_short && IsUtf8(id) && !HasControlCharacter(id) && id.find('=') == id.npos;
   if (is_id) return {};
-  return Status::Error(Quote(id) + " is no id; one has 1 to " + std::to_string(kLongestId) +
+  return Status::Error(Quote(id) + " is not an id; an id has 1 to " + std::to_string(kLongestId) +
                        " characters, none of them a control character or \"=\"");
 }
 

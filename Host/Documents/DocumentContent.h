@@ -82,7 +82,7 @@ struct GraphDocument::Content {
   std::optional<DocumentView> view;
   std::string schema;
   std::filesystem::path folder;
-  std::map<std::pair<const Node*, unsigned>, RefPtr<Image>> sources;
+  std::map<std::pair<const Node*, unsigned>, ImagePtr> sources;
   std::vector<DocumentObserver*> observers;
   /// How many more ids a misspelt one is compared with. Searching costs time where there are many of both.
   mutable std::size_t comparisons_left = 0;

@@ -50,7 +50,7 @@ Status GraphDocument::SetInput(const std::string& id, const std::filesystem::pat
   if (entry->node == nullptr) return Status::Error("node " + Quote(id) + " is of a type that is unknown here");
   Attribute* path = FindPathAttribute(*entry->node, Attribute::StringUse::kReadPath);
   if (path == nullptr) {
-    return Status::Error("node " + Quote(id) + " is no reader: " + entry->node->GetName() + " reads no file");
+    return Status::Error("node " + Quote(id) + " is not a reader: " + entry->node->GetName() + " reads no file");
   }
   if (content_->IsFed(*entry, path->GetName())) {
     return Status::Error("node " + Quote(id) + ": its " + Quote(path->GetName()) +

@@ -255,6 +255,10 @@ std::string DescribePlace(DocumentList list, std::size_t index) {
 }
 
 std::string ParseDocument(std::string_view text, DocumentEvents& events) {
+  // The parser takes a zero byte for the end of the text.
+  if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
+    return "byte " + std::to_string(zero) + " is a zero byte, which JSON does not have";
+  }
   EventHandler handler(events);
   try {
     Json::sax_parse(text.begin(), text.end(), &handler);

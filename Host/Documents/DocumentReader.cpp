@@ -115,7 +115,7 @@ void DocumentReader::AddHeadErrors(std::size_t before) {
   findings_.errors.resize(before);
   const std::string* format = format_ ? format_->GetText() : nullptr;
   if (format == nullptr || *format != kFormat) {
-    AddError("\"format\" is not " + Quote(kFormat) + ", so this is no graph document");
+    AddError("\"format\" is not " + Quote(kFormat) + ", so this is not a graph document");
   }
   const auto version = version_ ? ReadUnsigned(*version_) : std::nullopt;
   if (!version || *version < kOldestVersion) {
@@ -388,7 +388,7 @@ void DocumentReader::ReadRest() {
   OutputEntry shown;
   if (!view_->shown.empty() && content_.FindImageOutput(view_->shown, shown).IsError()) {
     if (!IsOfFaultyNode(view_->shown)) {
-      AddNote("\"view\": " + Quote(view_->shown) + " is no image output, so nothing is shown");
+      AddNote("\"view\": " + Quote(view_->shown) + " is not an image output, so nothing is shown");
     }
     view_->shown.clear();
   }
@@ -427,7 +427,7 @@ void DocumentReader::ReadView(const JsonValue& value) {
   const auto center = ReadOptionalNumbers(value, what, "center", 2, "x, y");
   if (center) view.center = Point{(*center)[0], (*center)[1]};
   if (const JsonValue* zoom = value.Find("zoom")) {
-    // Anything but a number counts as 0, which is no zoom either.
+    // Anything but a number counts as 0, which is not a zoom either.
     view.zoom = zoom->GetNumber() != nullptr ? *zoom->GetNumber() : 0.0;
   }
   const bool is_good = ReadOptionalString(value, what, "shown", view.shown);

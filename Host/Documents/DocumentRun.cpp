@@ -32,7 +32,14 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
   std::vector<const DocumentEntry*> writers;
   for (const std::string& id : content_.ids) {
     const DocumentEntry& entry = *content_.Find(id);
-    if (entry.node->IsSink() && entry.node->IsEnabled()) writers.push_back(&entry);
+    bool is_sink = false;
+    const Status told = CallGuarded("IsSink", [&] { is_sink = entry.node->IsSink(); });
+    if (told.IsError()) {
+      entry.node->SetState(0, Node::State::kError, told.GetMessage());
+      ReportState(*entry.node);
+      continue;
+    }
+    if (is_sink && entry.node->IsEnabled()) writers.push_back(&entry);
   }
   options.release_results = true;
   EvaluateWriterPaths(writers, options);

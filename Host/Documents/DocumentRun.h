@@ -20,7 +20,7 @@ class DocumentRun {
   /// Evaluates and writes every output and every enabled writer.
   RunReport WriteAll(const GraphDocument::Progress& progress, Engine::Options options);
   /// Evaluates one output and writes nothing.
-  RunReport Evaluate(Node& node, unsigned outplug, Engine::Options options, RefPtr<Image>* image);
+  RunReport Evaluate(Node& node, unsigned outplug, Engine::Options options, ImagePtr* image);
 
  private:
   /// A file and who writes it.

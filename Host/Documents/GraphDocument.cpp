@@ -73,7 +73,9 @@ Status GraphDocument::Save(const std::filesystem::path& file) const {
 Status GraphDocument::SaveText(std::string& text) const {
   Status status;
   const Status guarded = CallGuarded("a node type", [&] { status = DocumentWriter(*this).Write(text); });
-  return guarded.IsError() ? guarded : status;
+  if (guarded.IsError()) status = guarded;
+  if (status.IsError()) text.clear();
+  return status;
 }
 
 // ---- Nodes ----
@@ -93,8 +95,14 @@ Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status
     return nullptr;
   }
   entry->node = node;
-  entry->attribute_version = node->GetAttributeVersion();
   content_->entries_by_node[node] = entry;
+  const Status told =
+      CallGuarded("GetAttributeVersion", [&] { entry->attribute_version = node->GetAttributeVersion(); });
+  if (told.IsError()) {
+    status = Status::Error("node " + Quote(id) + ": " + told.GetMessage());
+    RemoveNode(id);
+    return nullptr;
+  }
   node->SetLabel(id);
   for (std::size_t i = 0; i < node->GetNumAttributes(); ++i) {
     Attribute* attribute = node->GetAttribute(i);

@@ -40,7 +40,7 @@ int CopyAll(int from, int to) {
   }
 }
 
-/// The rename itself must reach the disk too. A file system that cannot flush a folder is no reason to fail.
+/// The rename itself must reach the disk too. A file system that cannot flush a folder is not a reason to fail.
 void FlushFolder(const std::filesystem::path& folder) {
   const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0) return;
@@ -97,6 +97,11 @@ Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
   const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (descriptor < 0) return MakeWriteError(target, DescribeErrno(errno));
   int failure = CopyAll(source_descriptor, descriptor);
+  // Who could read the file before can read it after, and nobody else.
+  struct stat replaced {};
+  if (failure == 0 && stat(place.c_str(), &replaced) == 0) {
+    static_cast<void>(fchmod(descriptor, replaced.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)));
+  }
   if (failure == 0 && fsync(descriptor) != 0) failure = errno;
   if (close(descriptor) != 0 && failure == 0) failure = errno;
   if (failure == 0 && rename(temporary.c_str(), place.c_str()) != 0) failure = errno;

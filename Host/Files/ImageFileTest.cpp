@@ -629,6 +629,15 @@ TEST_F(ImageFileWrite, FillsADiskThatIsReallyTooSmall) {
   }
 }
 
+TEST_F(ImageFileWrite, KeepsWhoMayReadTheFile) {
+  const auto file = folder_ / "private.txt";
+  ASSERT_FALSE(ScEng::WriteWholeFile(file, "old").IsError());
+  constexpr auto kOwnerOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+  std::filesystem::permissions(file, kOwnerOnly);
+  ASSERT_FALSE(ScEng::WriteWholeFile(file, "new").IsError());
+  EXPECT_EQ(std::filesystem::status(file).permissions(), kOwnerOnly);
+}
+
 TEST_F(ImageFileWrite, WholeFilesAreReplaced) {
   EXPECT_FALSE(ScEng::WriteWholeFile(folder_ / "a.txt", "first and longer").IsError());
   EXPECT_FALSE(ScEng::WriteWholeFile(folder_ / "a.txt", "second").IsError());

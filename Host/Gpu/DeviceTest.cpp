@@ -164,7 +164,7 @@ TEST_F(FailingDevice, NamesMemoryThatDoesNotSuffice) {
     *error = CL_MEM_OBJECT_ALLOCATION_FAILURE;
     return nullptr;
   };
-  ExpectError(Run(), "memory does not suffice", "free memory");
+  ExpectError(Run(), "there is not enough memory", "free memory");
 }
 
 TEST_F(FailingDevice, NamesALostDevice) {

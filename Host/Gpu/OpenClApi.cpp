@@ -63,9 +63,9 @@ std::string DescribeError(cl_int error) {
     case CL_DEVICE_NOT_FOUND: return "there is no such device";
     case CL_DEVICE_NOT_AVAILABLE: return "the device is not available";
     case CL_COMPILER_NOT_AVAILABLE: return "the driver has no compiler";
-    case CL_MEM_OBJECT_ALLOCATION_FAILURE: return "the device's memory does not suffice";
+    case CL_MEM_OBJECT_ALLOCATION_FAILURE: return "the device's there is not enough memory";
     case CL_OUT_OF_RESOURCES: return "the device has run out of resources, or was lost";
-    case CL_OUT_OF_HOST_MEMORY: return "memory does not suffice";
+    case CL_OUT_OF_HOST_MEMORY: return "there is not enough memory";
     case CL_MAP_FAILURE: return "the device's memory cannot be mapped";
     case CL_BUILD_PROGRAM_FAILURE: return "the program does not compile";
     case CL_INVALID_BUFFER_SIZE: return "the device has no buffer of this size";

@@ -61,7 +61,8 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
           .sentence = sentence,
           .keywords = keywords,
           .attributes = attributes,
-          .outputs = kImagePlugs};
+          .outputs = kImagePlugs,
+          .reach = ReachesImage};
 }
 
 std::array<float, 4> ToPixel(const ScEng::Rgbo& color) {

@@ -65,6 +65,7 @@ constinit const NodeRecord ImageReaderNode::kRecord{
     .keywords = "load,open,import,input,source,file",
     .attributes = kAttributes,
     .outputs = kImagePlugs,
+    .reach = ReachesImage,
 };
 
 void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

@@ -26,6 +26,7 @@ constinit const NodeRecord ImageWriterNode::kRecord{
     .keywords = "save,export,output,store,file",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
+    .reach = ReachesImage,
 };
 
 void ImageWriterNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

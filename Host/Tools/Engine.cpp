@@ -50,7 +50,7 @@ struct Vertex : AcyclicGraph::Vertex {
   // Which outputs hold the result of the last evaluation (one entry also for a node without outputs).
   std::vector<bool> valid;
   // Images that stand in for outputs; empty where none ever did.
-  std::vector<RefPtr<Image>> overrides;
+  std::vector<ImagePtr> overrides;
   Engine::NodeStatistics statistics;
 
   // ---- Of the evaluation that is running, whose number they carry ----
@@ -197,12 +197,12 @@ class Engine::Graph {
     return true;
   }
 
-  void SetOverride(Vertex& vertex, unsigned outplug, const RefPtr<Image>& image) {
+  void SetOverride(Vertex& vertex, unsigned outplug, const ImagePtr& image) {
     if (vertex.overrides.empty()) {
       if (!image) return;
       vertex.overrides.resize(vertex.valid.size());
     }
-    RefPtr<Image>& place = vertex.overrides[outplug];
+    ImagePtr& place = vertex.overrides[outplug];
     if (!image && !place) return;
     place = image;
     for (const AcyclicGraph::Edge* output : vertex.out) {
@@ -253,6 +253,9 @@ class Engine::Graph {
   }
 
   static void MarkDirty(Vertex& start) {
+    // Everything downstream of a dirty vertex is dirty already. A new vertex is dirty from the start, so that building
+    // a graph costs nothing here.
+    if (start.dirty) return;
     std::vector<Vertex*> pending{&start};
     while (!pending.empty()) {
       Vertex& vertex = *pending.back();
@@ -394,7 +397,7 @@ class Engine::Graph {
   static void EvaluateVertex(Vertex& vertex, const Options& options) {
     if (options.cancellation != nullptr && options.cancellation->IsRequested()) throw Stopped();
     Node& node = *vertex.node;
-    const bool was_dirty = std::exchange(vertex.dirty, false);
+    const bool was_dirty = vertex.dirty;
     vertex.blocked = HasFailedInput(vertex);
     node.SetState(0, Node::State::kIdle, {});
     std::vector<PlugValue> inputs;
@@ -403,6 +406,8 @@ class Engine::Graph {
       // An output may have failed only now that it was read.
       vertex.blocked = HasFailedInput(vertex);
     }
+    // Only now: what was thrown so far leaves the node to be evaluated.
+    vertex.dirty = false;
     // A node with several outputs computes each at its own request, so an old one could pass for a new one. A node with
     // one output keeps it: some show their last result while they are disabled.
     if (vertex.blocked || (was_dirty && vertex.valid.size() > 1)) Tell(node, NodeEvent::kDropCachedResults);
@@ -417,7 +422,7 @@ class Engine::Graph {
       if (!vertex.wanted[outplug] || vertex.valid[outplug]) continue;
       const bool is_to_stop = options.cancellation != nullptr && options.cancellation->IsRequested();
       if (is_to_stop || !EvaluateOutput(node, outplug, inputs, options)) {
-        // Nothing half-made or of before stays. Where the node was up to date but for this output, what depends on the
+        // No partial or earlier result stays. Where the node was up to date but for this output, what depends on the
         // others still is.
         Tell(node, NodeEvent::kDropCachedResults);
         vertex.valid.assign(vertex.valid.size(), false);
@@ -576,7 +581,7 @@ Engine::Outcome Engine::Evaluate(const std::vector<Request>& requests, const Opt
   return graph_->Evaluate(requests, options);
 }
 
-bool Engine::SetOutputOverride(Node* node, unsigned outplug, const RefPtr<Image>& image) {
+bool Engine::SetOutputOverride(Node* node, unsigned outplug, const ImagePtr& image) {
   Vertex* vertex = graph_->Find(node);
   if (vertex == nullptr || outplug >= node->GetOutplugs().size()) return false;
   if (node->GetOutplugs()[outplug].type != PlugType::kImage) return false;

@@ -1066,7 +1066,7 @@ TEST_F(EngineTest, ExceptionsOfNamesLeaveTheHostOnItsFeet) {
   EXPECT_NE(unruly->GetAttribute(std::string("where")), nullptr);
 }
 
-// ---- Images in the place of outputs ----
+// ---- Images in place of outputs ----
 
 TEST_F(EngineTest, AnImageStandsInForAnOutput) {
   SourceNode* source = CreateSource(1.0);

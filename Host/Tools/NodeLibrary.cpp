@@ -115,7 +115,8 @@ Status NodeLibrary::ReadCatalog() {
   const auto count = CallGuarded<std::int32_t>("GetNumNodeInterfaces", status, 0, [&] { return get_count(); });
   if (status.IsError()) return status;
   if (count < 0 || count > kMostNodeTypes) {
-    return Status::Error("GetNumNodeInterfaces answers " + std::to_string(count) + ", which is no count of node types");
+    return Status::Error("GetNumNodeInterfaces answers " + std::to_string(count) +
+                         ", which cannot be a number of node types");
   }
   for (std::int32_t index = 0; index < count; ++index) {
     status = ReadDescriptor(index, count, get_descriptor);

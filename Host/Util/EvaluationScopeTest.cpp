@@ -17,8 +17,8 @@
 
 namespace {
 
-using ScEng::Cancellation;
 using ScEng::Canceled;
+using ScEng::Cancellation;
 using ScEng::EvaluationScope;
 using ScEng::ParallelRows;
 using ScEng::PollCancellation;

@@ -112,7 +112,7 @@ void CheckNothingConnected(Subject& subject) {
     node->SetEnabled(enabled);
     if (!MustBeFine(subject, *node, nothing)) return;
   }
-  // A result of before must not be needed, nor be in the way.
+  // An earlier result must not be needed, nor be in the way.
   node->SetEnabled(true);
   Evaluate(subject, *node, MakeSetup(kOrdinarySize, ColorMode::kValue, Samples::kOrdinary));
   if (!MustBeFine(subject, *node, nothing)) return;
@@ -226,7 +226,7 @@ void CheckOutputs(Subject& subject) {
       const OutputCopy copy = CopyOf(*image);
       if (copy.header.color_mode >= ColorMode::kCount || image->GetRefCount() == 0) {
         subject.Fail("GetOutputImage(" + std::to_string(index) +
-                     ") answers something that is no image of the node's; " +
+                     ") answers something that is not an image of the node's; " +
                      "it has to answer null for an output that the node does not have");
         return;
       }
@@ -284,7 +284,7 @@ void CheckEvents(Subject& subject) {
     for (unsigned output = 0; output < outputs; ++output) {
       if (!trial.outputs[output].has_image || node->GetOutputImage(output) != nullptr) continue;
       subject.Fail("event " + std::to_string(kind) + " drops " + NameOf(*node, output) +
-                   "; only event 11 asks for that, others are passed over");
+                   "; only event 11 asks for that, others are ignored");
       return;
     }
   }
@@ -492,7 +492,7 @@ void CheckLeaks(Subject& subject) {
     return static_cast<std::ptrdiff_t>(subject.GetMemory().GetNumBlocks() - before);
   };
   subject.At("making a node, evaluating it three times and releasing it, again and again");
-  // What a library sets up once is no leak.
+  // What a library sets up once is not a leak.
   constexpr int kRounds = 32;
   count_images(kRounds);
   const std::ptrdiff_t images = count_images(kRounds);

@@ -91,7 +91,7 @@ std::string EvaluateOutput(Node& node, unsigned output, const std::vector<PlugVa
     node.SetState(output, Node::State::kError, error.what());
   } catch (...) {
     DropResults(node);
-    return "an exception that is no std::exception leaves Evaluate; a node reports failure through SetState, with a "
+    return "an exception that is not a std::exception leaves Evaluate; a node reports failure through SetState, with a "
            "message";
   }
   DropResults(node);

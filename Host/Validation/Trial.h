@@ -26,7 +26,7 @@ struct Setup {
   /// For messages: "3 x 2 value images".
   std::string about;
   /// For the image inputs in turn; an input that takes many gets all. Empty: nothing is connected.
-  std::vector<RefPtr<Image>> images;
+  std::vector<ImagePtr> images;
   /// What the attribute plugs carry, by id. Empty: the attributes' own values.
   std::vector<PlugValue> attributes;
 };

@@ -70,7 +70,7 @@ class Validator {
       return End(ValidationReport::Outcome::kNoSuchFile, "there is no such file");
     }
     if (!std::filesystem::is_regular_file(options_.library, error)) {
-      return End(ValidationReport::Outcome::kNotALibrary, "cannot be loaded: it is no file");
+      return End(ValidationReport::Outcome::kNotALibrary, "cannot be loaded: it is not a file");
     }
     for (const Check& check : kChecks) {
       CheckReport report;
@@ -173,7 +173,7 @@ class Validator {
     }
   }
 
-  /// One line of the child. What is no such line, and so not from the child, is passed over.
+  /// One line of the child. What is no such line, and so not from the child, is ignored.
   struct Message {
     std::string at;
     std::string fault;

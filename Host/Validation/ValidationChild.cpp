@@ -157,7 +157,7 @@ class Child {
       subject.Fail(std::string("an exception leaves the library: ") + error.what() +
                    "; nothing but Evaluate may throw, and what it throws becomes the node's error state");
     } catch (...) {
-      subject.Fail("an exception that is no std::exception leaves the library; nothing but Evaluate may throw");
+      subject.Fail("an exception that is not a std::exception leaves the library; nothing but Evaluate may throw");
     }
     Answer(subject.GetFailures(), subject.GetSkips());
   }

@@ -92,8 +92,8 @@ TEST(EntryPoints, AnswerNullFromTheCountOn) {
   const std::uint64_t count = CountTypes(library);
   constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
   // The larger ones would be valid indices if they were cut to 32 bits.
-  for (const std::uint64_t index : {count, count + 1, std::uint64_t{1} << 32,
-                                    (std::uint64_t{1} << 32) + 5, kLargest - 19, kLargest}) {
+  for (const std::uint64_t index :
+       {count, count + 1, std::uint64_t{1} << 32, (std::uint64_t{1} << 32) + 5, kLargest - 19, kLargest}) {
     EXPECT_EQ(library.GetNodeInterface(index), nullptr) << index;
   }
 }

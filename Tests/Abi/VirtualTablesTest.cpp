@@ -55,7 +55,6 @@ Result Call(const void* object, std::size_t entry, Arguments... arguments) {
   return function(object, arguments...);
 }
 
-
 // Catalogue indices.
 constexpr std::size_t kToValue = 0;
 constexpr std::size_t kAdd = 1;

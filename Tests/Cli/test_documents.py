@@ -43,6 +43,23 @@ class LimitsTest(ValueTestCase):
                     self.assertEqual(len(ended.stderr.splitlines()), 1)
                     self.assertIn("64 levels", ended.stderr)
 
+    def test_text_behind_a_zero_byte(self):
+        text = json.dumps(document([node("a", "NumberNode")]))
+        (self.dir / "graph.json").write_text(text + "\0 and more", "utf-8")
+        result = self.value("check", "graph.json", code=INVALID)
+        self.assert_one_error(result, "graph.json", f"byte {len(text)}", "zero byte")
+
+    def test_many_connections_at_one_node(self):
+        # In proportion to the connections this takes a second or two; a walk for each of them took minutes.
+        count = 20000
+        nodes = [node("hub", "ImageValueAddNode")]
+        nodes += [node(f"in{k}", "ImageRectangleNode") for k in range(count)]
+        nodes += [node(f"out{k}", "ImageValueAddNode") for k in range(count)]
+        links = [link("hub.image", f"out{k}.image", 0) for k in range(count)]
+        links += [link(f"in{k}.image", "hub.image", k) for k in range(count)]
+        self.save("graph.json", document(nodes, links))
+        self.value("check", "graph.json")
+
     def test_a_newer_version(self):
         self.save("graph.json", {**document([]), "version": 3})
         for command in ("check", "run"):

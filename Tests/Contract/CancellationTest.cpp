@@ -36,7 +36,7 @@ constexpr int kSide = 4096;
 constexpr double kLongest = 0.1;
 #endif
 
-/// Stands for whatever gives the image, which is put in the place of its output.
+/// Stands for whatever gives the image, which is put in place of its output.
 class GivingNode : public Testing::TestNode {
  public:
   static constexpr NodeType kType{700, 2, 1};

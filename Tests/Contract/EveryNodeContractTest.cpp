@@ -2,7 +2,7 @@
 //
 // One contract for every node of the catalogue: what it gives depends on its inputs only, never on the number of
 // threads or on the instruction set, and is what its definition gives where that is written down as a plain loop. Every
-// node is run over sizes that end a vector early and late, every colour mode, samples that are no ordinary numbers,
+// node is run over sizes that end a vector early and late, every colour mode, samples that are not ordinary numbers,
 // every choice word, the bounds of every attribute, and plugs that carry nothing.
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A library that is none of nodes.
+// A library that is not a node library.
 
 namespace {
 [[maybe_unused]] int nothing = 0;

@@ -56,6 +56,14 @@ class Descriptor : public PartsDescriptor {
     Arrive("Name");
     return PartsDescriptor::GetName();
   }
+  [[nodiscard]] unsigned GetGroupCode() const override {
+    Arrive("GroupCode");
+    return PartsDescriptor::GetGroupCode();
+  }
+  [[nodiscard]] std::string GetIconPath() const override {
+    Arrive("IconPath");
+    return PartsDescriptor::GetIconPath();
+  }
 
  private:
   mutable Factory own_factory_;

@@ -28,7 +28,7 @@ inline std::shared_ptr<ScEng::NodeCatalog> GetCatalog() {
   return catalog;
 }
 
-/// Double quotes in the place of single ones, which are easier to read in a test.
+/// Double quotes in place of single ones, which are easier to read in a test.
 inline std::string Quoted(std::string text) {
   std::replace(text.begin(), text.end(), '\'', '"');
   return text;

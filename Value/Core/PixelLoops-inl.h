@@ -108,7 +108,7 @@ class RangeFinder {
     high_ = hn::IfThenElse(hn::Gt(v, high_), v, high_);
   }
 
-  /// What one loop over all of them in order with `<` and `>` finds: NaN is passed over, and of zeros the sign of the
+  /// What one loop over all of them in order with `<` and `>` finds: NaN is ignored, and of zeros the sign of the
   /// first one counts. `pixels` are those that were included.
   template <class Pixel>
   HWY_INLINE ValueRange GetRange(const float* pixels) const {

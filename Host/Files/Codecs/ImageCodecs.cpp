@@ -43,15 +43,15 @@ void ShareThreads() {
 
 /// What a file says of itself beyond its samples.
 struct StoredHeader {
-  /// As stored; -1 and the like are no mode.
+  /// As stored; -1 and the like are not modes.
   std::optional<int> mode;
   std::optional<std::pair<float, float>> range;
   std::optional<std::pair<int, int>> pin;
   std::optional<std::pair<float, float>> pivot;
 };
 
-/// The two numbers of an attribute, stored as a list of two or as a vector, of whole or broken numbers; nothing for any
-/// other attribute.
+/// The two numbers of an attribute, stored as a list of two or as a vector, of whole or fractional numbers; nothing for
+/// any other attribute.
 template <class Number>
 std::optional<std::pair<Number, Number>> ReadTwo(const OIIO::ParamValue* value) {
   if (value == nullptr || value->type().basevalues() * static_cast<std::size_t>(value->nvalues()) != 2) {
@@ -200,7 +200,7 @@ unsigned ChooseFileMode(const StoredHeader& stored, int channels, ReadMode mode,
   }
   if (stored.mode) {
     notes.push_back("\"" + file.string() + "\": the stored colour mode " + std::to_string(*stored.mode) +
-                    " does not suit " + std::to_string(channels) + " channels and is passed over");
+                    " does not suit " + std::to_string(channels) + " channels and is ignored");
   }
   return channels == 1 && mode != ReadMode::kColor ? ColorMode::kValue : ColorMode::kColor;
 }

@@ -139,7 +139,7 @@ class RowMeasure {
 
   /// Builds the envelope.
   ///
-  /// A column that is at least as far from a set pixel as the ones on both sides is passed over: to the left of it the
+  /// A column that is at least as far from a set pixel as the ones on both sides is ignored: to the left of it the
   /// left one's parabola is as low, to the right the right one's. It matters to its own pixel alone, where its vertical
   /// distance is compared in the end.
   void Push(const float* vertical) {

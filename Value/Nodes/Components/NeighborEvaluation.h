@@ -28,7 +28,7 @@ inline NeighborRule ReadNeighborRule(const EvaluatedInputs& inputs, const Image&
           .seamless = inputs.GetFlag(seamless)};
 }
 
-/// The evaluation of Connected Components and Component Edges: a value image in the place of the input, whose range
+/// The evaluation of Connected Components and Component Edges: a value image in place of the input, whose range
 /// starts at 0.
 ///
 /// `float compute(pixels, rule, samples, status)` writes the samples and returns the high end of the range. An error

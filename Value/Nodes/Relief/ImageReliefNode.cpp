@@ -200,7 +200,7 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   std::optional<ScEng::ProgressPart> preparation(std::in_place, 0.1, 2);
   const ScEng::Box2I box = GetGrownBox(*image, evaluated.GetFlag(kGrow) ? radius_px : 0);
   if (box.Width() > Image::GetMaxSizeX() || box.Height() > Image::GetMaxSizeY()) {
-    SetState(evaluation, Node::State::kError, kOversizeMessage);
+    SetState(evaluation, Node::State::kError, ScEng::kOversizeMessage);
     return;
   }
   if (!IsCountable(radius)) {
@@ -210,7 +210,7 @@ void ImageReliefNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   const ImagePtr cutout(image->GetColorMode() == ColorMode::kValue ? Paste(image, box, ColorMode::kValue)
                                                                    : PasteMask(image, box, 0.0F));
   if (!cutout) {
-    SetState(evaluation, Node::State::kError, kOversizeMessage);
+    SetState(evaluation, Node::State::kError, ScEng::kOversizeMessage);
     return;
   }
   Image mask(ScEng::PlaceOver(box, *image, ColorMode::kValue), nullptr);

@@ -182,11 +182,11 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// since. Writes nothing. The image, where there is one, is then at `node.GetOutputImage(outplug)`.
   RunReport Evaluate(Node& node, unsigned outplug, const Engine::Options& options = {});
   /// The same by "id.plug"; answers the image, or null and in `report` why there is none.
-  RefPtr<Image> Evaluate(const std::string& plug, RunReport& report, const Engine::Options& options = {});
+  ImagePtr Evaluate(const std::string& plug, RunReport& report, const Engine::Options& options = {});
 
   /// Lets an image stand in for what an image output "id.plug" delivers, so that neither the node nor what only it
   /// needs is evaluated for it. Null takes it back. Not part of what is saved.
-  Status SetSource(const std::string& plug, RefPtr<Image> image);
+  Status SetSource(const std::string& plug, ImagePtr image);
 
   /// The engine that owns the nodes.
   [[nodiscard]] Engine& GetEngine();

@@ -13,7 +13,7 @@ inline constexpr unsigned kValue = 2;
 inline constexpr unsigned kPair = 3;
 inline constexpr unsigned kCount = 4;
 
-/// Channels of a mode; 0 for a number that is no mode.
+/// Channels of a mode; 0 for a number that is not a mode.
 constexpr int GetNumChannels(unsigned mode) {
   constexpr int kChannels[kCount] = {4, 4, 1, 2};
   return mode < kCount ? kChannels[mode] : 0;

@@ -9,7 +9,7 @@
 /// The ellipse of the radii rx and ry, in pixels, holds the whole offsets (i, j) with (i / rx)^2 + (j / ry)^2 <= 1,
 /// decided without rounding. A radius below 1 (or NaN) leaves only offset 0 in its direction; a radius may be infinite.
 ///
-/// NaN samples are passed over; where the ellipse meets nothing else the result is NaN. -0.0 counts as smaller than
+/// NaN samples are ignored; where the ellipse meets nothing else the result is NaN. -0.0 counts as smaller than
 /// +0.0, so that every result is one sample of the image, bit for bit, whatever the order of the comparisons.
 ///
 /// Uses the host's threads; their number changes no bit. Throws `std::bad_alloc` when there is no memory for a copy of

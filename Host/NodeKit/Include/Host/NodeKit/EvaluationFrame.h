@@ -10,8 +10,6 @@
 #include "Host/NodeKit/EvaluatedInputs.h"
 #include "Host/NodeKit/OutputImages.h"
 
-using ScEng::kOversizeMessage;
-
 /// The start of an evaluation that most nodes share: the cached images go first, so that a failed evaluation leaves no
 /// stale result; without an input image there is nothing to do; a disabled node passes a copy of its input through.
 ///
@@ -31,7 +29,7 @@ const Image* BeginEvaluation(const Node& node, const EvaluatedInputs& inputs, Ou
 template <std::size_t kCount>
 void FinishEvaluation(Node& node, unsigned evaluation, Image* result, OutputImages<kCount>& outputs) {
   outputs.Set(result);
-  if (result == nullptr) node.SetState(evaluation, Node::State::kError, kOversizeMessage);
+  if (result == nullptr) node.SetState(evaluation, Node::State::kError, ScEng::kOversizeMessage);
 }
 
 /// A whole evaluation that applies a value operation to the one input image. `make_operation()` returns a new operation

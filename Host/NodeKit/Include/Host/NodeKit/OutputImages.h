@@ -34,5 +34,5 @@ class OutputImages {
   }
 
  private:
-  std::array<ScEng::RefPtr<Image>, kCount> images_;
+  std::array<ImagePtr, kCount> images_;
 };

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Host/Image/Image.h"
 #include "Host/Tools/Api.h"
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeLibrary.h"
@@ -98,13 +99,13 @@ class HOST_TOOLS_API Engine {
   Outcome Evaluate(const std::vector<Request>& requests, const Options& options);
   Outcome Evaluate(const std::vector<Request>& requests) { return Evaluate(requests, Options{}); }
 
-  /// Puts an image in the place of a node's output, or takes it away again (null). As long as it stands there, whoever
+  /// Puts an image in place of a node's output, or takes it away again (null). As long as it stands there, whoever
   /// is connected to the output receives it; the node is not evaluated for this output, nor what it depends on, and no
   /// error of the node concerns them. What depends on the output is evaluated anew. Refused, with false, for what is no
   /// image output of a node of this engine.
   ///
   /// The engine takes a reference to the image, whose samples must not change while it stands there.
-  bool SetOutputOverride(Node* node, unsigned outplug, const ScEng::RefPtr<Image>& image);
+  bool SetOutputOverride(Node* node, unsigned outplug, const ImagePtr& image);
 
   /// The image of an output, without a further reference: the one in its place, else the node's own; null where there
   /// is none.

@@ -63,5 +63,5 @@ struct NodeRecord {
 
 /// The reach of a node whose output pixels depend on the input pixels at the same place alone.
 inline Reach ReachesSamples(const Node&, const std::vector<PlugValue>&) { return Reach::Samples(); }
-/// The reach of a node that needs its inputs whole.
+/// The reach of a node that needs its inputs whole, or that makes its image whole.
 inline Reach ReachesImage(const Node&, const std::vector<PlugValue>&) { return Reach::Image(); }

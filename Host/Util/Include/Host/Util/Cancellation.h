@@ -33,7 +33,7 @@ class HOST_UTIL_API Canceled : public std::exception {
   [[nodiscard]] const char* what() const noexcept override;
 };
 
-/// Throws `Cancelled` where this thread works for an evaluation that is to stop, else does next to nothing.
+/// Throws `Canceled` where this thread works for an evaluation that has been asked to stop, else does next to nothing.
 ///
 /// `ParallelRows`, `ParallelFor` and `ThreadPool` ask between the pieces that they hand out. A loop that runs without
 /// them, or whose pieces take longer than some milliseconds each, asks by itself, once a row for example.

@@ -15,5 +15,5 @@
 /// `ScEng::GetNumThreads`; the caller waits. Which thread takes which piece is not fixed, so `body` must write
 /// only what belongs to its piece. An exception thrown by `body` reaches the caller, as it was thrown, after every
 /// piece has run; when several throw, the first of them to do so. Pieces
-/// that are left when the evaluation they work for is to stop are not run, and the caller receives `Cancelled`.
+/// that are left when the evaluation they work for is to stop are not run, and the caller receives `Canceled`.
 HOST_UTIL_API void ParallelFor(int begin, int end, int chunk, const std::function<void(int from, int to)>& body);

@@ -23,7 +23,7 @@ HOST_UTIL_API void SetNumThreads(std::size_t threads);
 /// thrown by `body` reaches the caller.
 ///
 /// Within an `EvaluationScope` the ranges are short, some milliseconds each but never below the grain, and a request to
-/// stop ends the operation with `Cancelled` before the next one.
+/// stop ends the operation with `Canceled` before the next one.
 HOST_UTIL_API void ParallelRows(std::size_t count, std::size_t grain,
                                 const std::function<void(std::size_t from, std::size_t to)>& body);
 

@@ -7,7 +7,7 @@
 
 #include "Host/Util/Api.h"
 
-/// A queue of tasks that a fixed number of threads works off, built on oneTBB.
+/// A queue of tasks that a fixed number of threads works through, built on oneTBB.
 ///
 /// Tasks may be added while others run. The thread that waits is one of the pool's, and the only one of a pool of one:
 /// its tasks run in `Wait` or the destructor. Every task is run, also when an earlier one throws; the first exception
@@ -17,8 +17,8 @@
 /// another exception is on its way, which then stands for both, it logs its own instead. A pool that is a member of a
 /// class, or owned by a smart pointer, is in a place that must not throw, so there `Wait` has to come first.
 ///
-/// Tasks work for the `EvaluationScope` of the thread that adds them; once that is to stop, the tasks that are left are
-/// not run, and `Wait` throws `Cancelled`.
+/// Tasks work for the `EvaluationScope` of the thread that adds them; once that has been asked to stop, the tasks that
+/// are left are not run, and `Wait` throws `Canceled`.
 class HOST_UTIL_API ThreadPool {
  public:
   /// `threads` workers, but no more than `ScEng::GetNumThreads`; 0 counts as 1.
