@@ -6,9 +6,9 @@ from test_validate import find_library
 
 class ThrowingLibraryTest(ValueTestCase):
     COMMANDS = {
-        "GroupCode": (["nodes"], ["nodes", "Parts Node 1"], ["nodes", "--json"]),
-        "IconPath": (["nodes"], ["nodes", "Parts Node 1"], ["doctor"]),
-        "CreateNode": (["nodes"], ["nodes", "Parts Node 1"]),
+        "GroupCode": (["nodes"], ["nodes", "Parts Node 2"], ["nodes", "--json"]),
+        "IconPath": (["nodes"], ["nodes", "Parts Node 2"], ["doctor"]),
+        "CreateNode": (["nodes"], ["nodes", "Parts Node 2"]),
     }
 
     def test_what_is_thrown_later_is_one_line(self):
@@ -22,7 +22,7 @@ class ThrowingLibraryTest(ValueTestCase):
     def test_a_node_that_cannot_be_created_fails_its_run(self):
         self.picture("in.exr", sample_picture(VALUE))
         result = self.value(
-            "apply", "Parts Node 1", "--plugin", find_library("ThrowsInCreateNode"), "-o", "out.exr", code=None
+            "apply", "Parts Node 2", "--plugin", find_library("ThrowsInCreateNode"), "-o", "out.exr", code=None
         )
         self.assertIn(result.code, (NODE_ERROR, PLUGIN_ERROR, 2, 3))
         self.assert_names(result, "the shelf is bare")
