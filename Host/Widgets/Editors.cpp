@@ -49,7 +49,9 @@ void NumberBox::Show(double value) {
 }
 
 QSize NumberBox::sizeHint() const {
-  return {fontMetrics().horizontalAdvance(QStringLiteral("-10000.00") + suffix()) + 30, kFieldHeight};
+  // Boxes without a unit leave room for a short one, so that the sliders of a panel end in one line.
+  const QString unit = suffix().size() > 3 ? suffix() : QStringLiteral(" px");
+  return {fontMetrics().horizontalAdvance(QStringLiteral("-10000.00") + unit) + 30, kFieldHeight};
 }
 
 QSize NumberBox::minimumSizeHint() const {
