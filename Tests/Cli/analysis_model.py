@@ -10,7 +10,7 @@ import math
 
 import numpy as np
 
-from cli_support import VALUE, F, Picture, finite_range, round_half_down
+from cli_support import VALUE, F, Picture, finite_range
 
 ONE = F(1)
 
@@ -136,6 +136,12 @@ def levels(mask, low, high, profile, radius, wrap):
     return np.where(grow_or_shrink(mask, radius + 1, wrap) > 0, raised, F(0))
 
 
+def whole_pixels(number):
+    """The nearest whole number of the double, halves going down, before anything is narrowed."""
+    below = math.floor(number)
+    return below + 1 if number - below > 0.5 else below
+
+
 def relief(
     picture,
     radius=1.0,
@@ -147,7 +153,7 @@ def relief(
     seamless=True,
     maximum=32768,
 ):
-    r, s, m = round_half_down(radius), round_half_down(soften), F(multiplier)
+    r, s, m = whole_pixels(radius), whole_pixels(soften), F(multiplier)
     left, top, right, bottom = picture.box()
     margin = r if grow else 0
     x, y = left - margin, top - margin
