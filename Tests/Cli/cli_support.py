@@ -60,7 +60,13 @@ class Result:
         self.code = code
         self.out = out
         self.err = err
-        self.err_lines = [line for line in err.splitlines() if line.strip()]
+        # Built with sanitizers, the program leaves standard error open for their reports, and so for
+        # the lines that the PNG library writes there itself.
+        self.err_lines = [
+            line
+            for line in err.splitlines()
+            if line.strip() and not (SANITIZED and line.startswith("libpng error: "))
+        ]
 
     def __str__(self):
         shown = " ".join(str(argument) for argument in self.arguments)
