@@ -129,7 +129,7 @@ TEST_F(TrialTest, FindsFaultWithAnErrorWithoutAMessage) {
 
 TEST_F(TrialTest, FindsFaultWithAnExceptionOfUnknownType) {
   const Trial trial = Run([](ScriptedNode&) { throw 7; });
-  EXPECT_NE(trial.problem.find("no std::exception"), std::string::npos) << trial.problem;
+  EXPECT_NE(trial.problem.find("not a std::exception"), std::string::npos) << trial.problem;
 }
 
 TEST_F(TrialTest, NamesTheFirstSampleThatDiffers) {

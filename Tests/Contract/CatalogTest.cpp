@@ -4,11 +4,12 @@
 // that a type that was added in one place only is found.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -67,6 +68,21 @@ std::vector<path> FindSources(const std::string& ending) {
   return sources;
 }
 
+/// The types whose record is defined in this text: X in "NodeRecord X::kRecord".
+std::vector<std::string> FindRecords(const std::string& text) {
+  const std::string start = "NodeRecord ";
+  const std::string end = "::kRecord";
+  std::vector<std::string> types;
+  for (std::size_t at = text.find(start); at != std::string::npos; at = text.find(start, at)) {
+    at += start.size();
+    const auto is_in_name = [](char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)) != 0; };
+    const auto first = text.begin() + static_cast<std::ptrdiff_t>(at);
+    const std::string type(first, std::find_if_not(first, text.end(), is_in_name));
+    if (!type.empty() && text.compare(at + type.size(), end.size(), end) == 0) types.push_back(type);
+  }
+  return types;
+}
+
 /// A node has one folder, with its header, the text of its page and the graph of its pictures.
 void FindFolderOfNode(const std::string& type, const path& folder) {
   EXPECT_TRUE(std::filesystem::exists(folder / (type + ".md"))) << type;
@@ -123,11 +139,9 @@ TEST(Catalog, GivesNoNumbersAndNoDisplayNameTwice) {
 TEST(Catalog, HasANodeForEachRecordAndARecordForEachNode) {
   std::set<std::string> recorded;
   for (const path& source : FindSources(".cpp")) {
-    const std::string text = ReadText(source);
-    const std::regex record(R"(NodeRecord (\w+)::kRecord)");
-    for (std::sregex_iterator match(text.begin(), text.end(), record), end; match != end; ++match) {
-      EXPECT_TRUE(recorded.insert((*match)[1]).second) << (*match)[1];
-      FindFolderOfNode((*match)[1], source.parent_path());
+    for (const std::string& name : FindRecords(ReadText(source))) {
+      EXPECT_TRUE(recorded.insert(name).second) << name;
+      FindFolderOfNode(name, source.parent_path());
     }
   }
   EXPECT_EQ(recorded, GetTypeNames());
