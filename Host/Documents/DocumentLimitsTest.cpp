@@ -172,15 +172,15 @@ TEST(DocumentMessageTest, ControlCharactersAreEscaped) {
 }
 
 TEST(DocumentMessageTest, LongTextIsCut) {
-  const std::string letters(100'000, 'x');
-  ExpectError(MakeText("{'id': 'a', 'type': '" + letters + "'}"), {"xxx..."});
-  ExpectError(MakeText("{'id': '" + letters + "', 'type': 'NumberNode'}"), {"xxx...", "1 to 200"});
-  ExpectError(MakeText("{'id': 'a', 'type': 'NumberNode', 'attributes': {'value': '" + letters + "'}}"), {"xxx..."});
-  ExpectError(MakeText("{'id': 'a', 'type': 'NumberNode', 'attributes': {'" + letters + "': 1}}"), {"xxx...", "value"});
-  ExpectError(MakeText("", "{'from': '" + letters + ".image', 'to': 'b.image'}"), {"connections[0]", "xxx..."});
+  const std::string letters(100'000, 'n');
+  ExpectError(MakeText("{'id': 'a', 'type': '" + letters + "'}"), {"nnn..."});
+  ExpectError(MakeText("{'id': '" + letters + "', 'type': 'NumberNode'}"), {"nnn...", "1 to 200"});
+  ExpectError(MakeText("{'id': 'a', 'type': 'NumberNode', 'attributes': {'value': '" + letters + "'}}"), {"nnn..."});
+  ExpectError(MakeText("{'id': 'a', 'type': 'NumberNode', 'attributes': {'" + letters + "': 1}}"), {"nnn...", "value"});
+  ExpectError(MakeText("", "{'from': '" + letters + ".image', 'to': 'b.image'}"), {"connections[0]", "nnn..."});
   ExpectError(MakeText("{'id': 'a', 'type': 'ImageRectangleNode'}", "",
                        "{'from': 'a.image', 'path': 'a.exr', 'type': '" + letters + "'}"),
-              {"outputs[0]", "xxx..."});
+              {"outputs[0]", "nnn..."});
   std::string numbers = "1";
   for (int i = 0; i < 100'000; ++i) numbers += ", 1";
   ExpectError(MakeText("{'id': 'a', 'type': 'NumberNode', 'attributes': {'value': [" + numbers + "]}}"),
