@@ -6,7 +6,9 @@
 #include <thread>
 
 /// Calls `work` on `count` threads at a time, the calling one among them, and waits for all of them. Where the system
-/// refuses a thread, those that there are do the work. Answers how many there were. `work` must not throw.
+/// refuses a thread, half of those that it has granted do the work and the others end first: what has no room for one
+/// more thread has none for the memory and threads that the work itself needs. Answers how many did the work. `work`
+/// must not throw.
 ///
 /// `start` starts a thread; it is there for tests, which have it refuse.
 std::size_t RunJobs(

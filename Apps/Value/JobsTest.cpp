@@ -9,6 +9,7 @@
 #include <set>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -49,11 +50,12 @@ TEST(Jobs, TheCallingThreadIsOneOfThem) {
   }
 }
 
-TEST(Jobs, ThreadsThatTheSystemRefusesAreDoneWithout) {
-  for (const int most : {0, 1, 3}) {
+TEST(Jobs, WhereTheSystemRefusesAThreadHalfOfThoseGrantedLeaveRoomForTheWork) {
+  const std::pair<int, std::size_t> cases[] = {{0, 1}, {1, 1}, {2, 2}, {3, 2}, {6, 4}};
+  for (const auto& [granted, expected] : cases) {
     TaskList list;
-    EXPECT_EQ(RunJobs(8, list.GetWork(100), StartUpTo(most)), static_cast<std::size_t>(most) + 1);
-    EXPECT_EQ(list.takers.size(), static_cast<std::size_t>(most) + 1);
+    EXPECT_EQ(RunJobs(8, list.GetWork(100), StartUpTo(granted)), expected);
+    EXPECT_EQ(list.takers.size(), expected);
     EXPECT_EQ(list.done, 100);
   }
 }
