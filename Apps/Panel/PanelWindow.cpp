@@ -16,6 +16,7 @@
 
 #include "Host/Image/ColorMode.h"
 #include "Host/Image/Image.h"
+#include "Host/Tools/Guard.h"
 #include "Host/Widgets/QNodeAttributesWidget.h"
 
 namespace {
@@ -37,8 +38,10 @@ QString Describe(const Image& image) {
 }  // namespace
 
 PanelWindow::PanelWindow(const PanelRequest& request) : request_(request) {
-  setWindowTitle(QString::fromStdString(request_.descriptor->GetName()));
-  setWindowIcon(QIcon(QString::fromStdString(request_.descriptor->GetIconPath())));
+  setWindowTitle(QString::fromStdString(
+      ScEng::AskGuarded("GetName", std::string(), [&] { return request_.descriptor->GetName(); })));
+  setWindowIcon(QIcon(QString::fromStdString(
+      ScEng::AskGuarded("GetIconPath", std::string(), [&] { return request_.descriptor->GetIconPath(); }))));
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
@@ -63,7 +66,9 @@ QWidget* PanelWindow::MakePanel() {
   area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   area->setFixedWidth(kPanelWidth);
   area->setFocusPolicy(Qt::NoFocus);
-  QWidget* panel = request_.descriptor->CreateAttributesWidget(request_.node, area, 0);
+  auto* panel = ScEng::AskGuarded<QWidget*>("CreateAttributesWidget", nullptr, [&] {
+    return request_.descriptor->CreateAttributesWidget(request_.node, area, 0);
+  });
   // The host's own types, and those of libraries without panels of their own, have the general one.
   if (panel == nullptr) panel = new QNodeAttributesWidget(area, request_.node, request_.descriptor, nullptr, false);
   area->setWidget(panel);

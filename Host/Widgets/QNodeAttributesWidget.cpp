@@ -11,11 +11,11 @@
 #include <QUndoStack>
 #include <algorithm>
 #include <cstddef>
-#include <exception>
 #include <vector>
 
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/AttributeRow.h"
+#include "Host/Tools/Guard.h"
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeInterface.h"
 #include "Host/Util/Log.h"
@@ -42,6 +42,12 @@ constexpr int kSmallMargin = 4;
 constexpr int kRowSpacing = 8;
 constexpr int kSmallRowSpacing = 3;
 constexpr int kColumnSpacing = 12;
+
+/// A text of the node library; an empty one where it throws.
+template <class Function>
+std::string AskLibrary(const char* operation, const Function& function) {
+  return ScEng::AskGuarded(operation, std::string(), function);
+}
 
 /// A name for people: "auto_level" is "Auto level". A name of one letter is a term of a formula and stays.
 QString MakeTitle(const std::string& name) {
@@ -187,7 +193,8 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     auto* layout = new QHBoxLayout(header);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(kColumnSpacing);
-    QPixmap icon(descriptor != nullptr ? QString::fromStdString(descriptor->GetIconPath()) : QString());
+    QPixmap icon(QString::fromStdString(
+        AskLibrary("GetIconPath", [&] { return descriptor != nullptr ? descriptor->GetIconPath() : std::string(); })));
     if (!icon.isNull()) {
       // The picture has more pixels than the place: they are there for displays of high resolution.
       icon.setDevicePixelRatio(static_cast<double>(icon.width()) / kIconSize);
@@ -196,7 +203,8 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
       picture->setFixedSize(kIconSize, kIconSize);
       layout->addWidget(picture);
     }
-    const std::string name = descriptor != nullptr ? descriptor->GetName() : node.GetName();
+    const std::string name =
+        AskLibrary("GetName", [&] { return descriptor != nullptr ? descriptor->GetName() : node.GetName(); });
     auto* title = new QLabel(QString::fromStdString(name), header);
     title->setObjectName(QStringLiteral("title"));
     title->setTextFormat(Qt::PlainText);
@@ -251,7 +259,7 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
 
     // A node may know a better name for the plug of its attribute.
     const auto plug = static_cast<unsigned>(node.GetNumRegularInputs() + attribute.GetId());
-    const std::string alias = node.GetInplugAlias(plug);
+    const std::string alias = AskLibrary("GetInplugAlias", [&] { return node.GetInplugAlias(plug); });
     const QString title =
         alias.empty() || alias == attribute.GetName() ? MakeTitle(attribute.GetName()) : QString::fromStdString(alias);
     row.label = new QLabel(AddMnemonic(title, taken), area);
@@ -419,10 +427,7 @@ QWidget* HostCreateAttributesWidget(QWidget* parent, Node* node, const NodeInter
     Log::Error("an attribute panel needs a QApplication, and there is none");
     return nullptr;
   }
-  try {
+  return ScEng::AskGuarded<QWidget*>("making an attribute panel", nullptr, [&] {
     return new QNodeAttributesWidget(parent, node, descriptor, info, compact);
-  } catch (const std::exception& error) {
-    Log::Error("an attribute panel could not be made: %s", error.what());
-    return nullptr;
-  }
+  });
 }

@@ -8,6 +8,7 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -15,11 +16,13 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "Host/Image/Image.h"
 #include "Host/Tools/Engine.h"
+#include "Host/Util/Log.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/TestNodes.h"
 #include "Tests/Widgets/WidgetTesting.h"
@@ -83,6 +86,21 @@ class BareNode : public Testing::TestNode {
   static constexpr const char* kName = "BareNode";
   [[nodiscard]] NodeType GetNodeType() const override { return kType; }
   [[nodiscard]] std::string GetName() const override { return "Bare Node"; }
+};
+
+/// Throws at every question for a text.
+class ThrowingNode : public Testing::TestNode {
+ public:
+  static constexpr NodeType kType{90, 1, 4};
+  static constexpr const char* kName = "ThrowingNode";
+
+  ThrowingNode() {
+    Add("count", 5.0, 0.0, 10.0, 1.0, 0);
+    UpdateInplugsAndOutplugs();
+  }
+  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
+  [[nodiscard]] std::string GetName() const override { throw std::runtime_error("the shelf is bare"); }
+  [[nodiscard]] std::string GetInplugAlias(unsigned) const override { throw 5; }
 };
 
 class Panel : public testing::Test {
@@ -735,6 +753,20 @@ TEST_F(Panel, IsMadeByItsEntryPoint) {
   ASSERT_NE(panel, nullptr);
   EXPECT_EQ(panel->parentWidget(), &parent);
   EXPECT_NE(qobject_cast<const QNodeAttributesWidget*>(panel), nullptr);
+}
+
+TEST_F(Panel, TextsThatANodeThrowsAtAreLeftOutAndLogged) {
+  const ScEng::RefPtr<Node> node(new ThrowingNode);
+  std::vector<std::string> messages;
+  Log::SetSink([&](Log::Level, const std::string& message) { messages.push_back(message); });
+  QWidget parent;
+  const QWidget* panel = HostCreateAttributesWidget(&parent, node.Get(), nullptr, nullptr, false);
+  Log::SetSink(nullptr);
+  ASSERT_NE(panel, nullptr);
+  EXPECT_EQ(Find<QLabel>(*panel, "title")->text(), QString());
+  EXPECT_EQ(Find<QLabel>(*panel, "count.label")->text(), QStringLiteral("&Count"));
+  EXPECT_EQ(messages, (std::vector<std::string>{"GetName threw an exception: the shelf is bare",
+                                                "GetInplugAlias threw an exception: it is of unknown type"}));
 }
 
 }  // namespace

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "Host/Tools/Api.h"
+#include "Host/Util/Log.h"
 #include "Host/Util/Status.h"
 
 namespace ScEng {
@@ -34,6 +36,15 @@ template <class Result, class Function>
   const Status called = CallGuarded(operation, [&] { fallback = function(); });
   if (called.IsError()) status = called;
   return fallback;
+}
+
+/// The same where no one waits for an error: it goes to the log, and `fallback` is the answer.
+template <class Result, class Function>
+[[nodiscard]] Result AskGuarded(const char* operation, Result fallback, const Function& function) {
+  Status status;
+  Result answer = CallGuarded(operation, status, std::move(fallback), function);
+  if (status.IsError()) Log::Error("%s", status.GetMessage().c_str());
+  return answer;
 }
 
 }  // namespace ScEng
