@@ -94,14 +94,16 @@ Image::Image(const ImageHeader& header, const float* fill) : header_(header) {
   FillPixels(samples_.get(), GetNumSamples() / channels, GetNumChannels(), fill);
 }
 
-Image::Image(const Image& image) : RefCounter(image), header_(image.header_), sample_range_(image.sample_range_) {
+Image::Image(const Image& image)
+    : RefCounter(image), header_(image.header_), sample_range_(image.sample_range_), metadata_(image.metadata_) {
   Allocate();
   ScEng::ParallelRows(GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
     std::memcpy(samples_.get() + from, image.GetConstArray() + from, (to - from) * sizeof(float));
   });
 }
 
-Image::Image(const Image& image, unsigned color_mode) : header_(ConvertHeader(image.header_, color_mode)) {
+Image::Image(const Image& image, unsigned color_mode)
+    : header_(ConvertHeader(image.header_, color_mode)), metadata_(image.metadata_) {
   CheckHeader(header_);
   Allocate();
   const auto from_channels = static_cast<std::size_t>(image.GetNumChannels());

@@ -4,12 +4,17 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "Host/Image/Api.h"
 #include "Host/Image/ColorMode.h"
 #include "Host/Image/SampleRange.h"
 #include "Host/Math/Geometry.h"
 #include "Host/Util/RefCounter.h"
+
+namespace ScEng {
+struct ImageMetadata;
+}
 
 /// Everything about an image except its samples.
 struct ImageHeader {
@@ -92,6 +97,11 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   void SetValueLowHigh(float low, float high);
   void SetOutsideValue(float value) { header_.outside_value = value; }
 
+  /// What its file said of the image, or null. Copies and conversions keep it; what evaluates nodes hands it on from
+  /// the first input image that has any. Shared, and never changed once it is set.
+  [[nodiscard]] const std::shared_ptr<const ScEng::ImageMetadata>& GetMetadata() const { return metadata_; }
+  void SetMetadata(std::shared_ptr<const ScEng::ImageMetadata> metadata) { metadata_ = std::move(metadata); }
+
   /// Where the image lies; see `ImageHeader::GetBox`.
   [[nodiscard]] ScEng::Box2I GetBox() const { return header_.GetBox(); }
 
@@ -118,6 +128,7 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   ImageHeader header_;
   std::unique_ptr<float[], ScEng::FreeSamples> samples_;
   mutable std::optional<ScEng::SampleRange> sample_range_;
+  std::shared_ptr<const ScEng::ImageMetadata> metadata_;
 };
 
 /// The owner of an image: one counted reference.
