@@ -4,15 +4,26 @@
 
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
 root = pathlib.Path(sys.argv[1])
-names = subprocess.run(
-    ["git", "-C", str(root), "ls-files", "-co", "--exclude-standard", "*.md"],
-    capture_output=True, text=True, check=False,
-).stdout.split("\n")
-files = [root / name for name in names if name] or sorted(root.glob("*.md")) + sorted((root / "Docs").rglob("*.md"))
+
+
+def list_files():
+    """What git knows of, or every page where the sources came without git."""
+    if shutil.which("git") is not None:
+        answer = subprocess.run(
+            ["git", "-C", str(root), "ls-files", "-co", "--exclude-standard", "*.md"],
+            capture_output=True, text=True, check=False,
+        )
+        if answer.returncode == 0 and answer.stdout:
+            return [root / name for name in answer.stdout.splitlines()]
+    return sorted(root.glob("*.md")) + sorted((root / "Docs").rglob("*.md"))
+
+
+files = list_files()
 broken = []
 links = 0
 for file in files:
