@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -19,13 +20,14 @@ class JsonValue {
   using Object = std::vector<JsonMember>;
 
   JsonValue() = default;
-  explicit JsonValue(bool flag) : value_(flag) {}
-  explicit JsonValue(double number) : value_(number) {}
-  explicit JsonValue(std::string text) : value_(std::move(text)) {}
-  explicit JsonValue(std::string_view text) : value_(std::string(text)) {}
-  explicit JsonValue(const char* text) : value_(std::string(text)) {}
-  explicit JsonValue(Array array) : value_(std::move(array)) {}
-  explicit JsonValue(Object object) : value_(std::move(object)) {}
+  // Defined where the members of objects are complete.
+  explicit inline JsonValue(bool flag);
+  explicit inline JsonValue(double number);
+  explicit inline JsonValue(std::string text);
+  explicit inline JsonValue(std::string_view text);
+  explicit inline JsonValue(const char* text);
+  explicit inline JsonValue(Array array);
+  explicit inline JsonValue(Object object);
   /// A list of numbers.
   static JsonValue Numbers(const std::vector<double>& numbers);
 
@@ -51,6 +53,14 @@ struct JsonMember {
   std::string key;
   JsonValue value;
 };
+
+inline JsonValue::JsonValue(bool flag) : value_(flag) {}
+inline JsonValue::JsonValue(double number) : value_(number) {}
+inline JsonValue::JsonValue(std::string text) : value_(std::move(text)) {}
+inline JsonValue::JsonValue(std::string_view text) : value_(std::string(text)) {}
+inline JsonValue::JsonValue(const char* text) : value_(std::string(text)) {}
+inline JsonValue::JsonValue(Array array) : value_(std::move(array)) {}
+inline JsonValue::JsonValue(Object object) : value_(std::move(object)) {}
 
 /// A number as JSON in its shortest form that reads back the same; it must be finite.
 std::string FormatJsonNumber(double number);
