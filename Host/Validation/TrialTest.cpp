@@ -71,7 +71,7 @@ TEST_F(TrialTest, GivesInputsInTheEnginesOrder) {
 TEST_F(TrialTest, GivesEmptyPlugsWhereNothingIsConnected) {
   const std::vector<PlugValue> inputs = ScEng::MakeInputs(*node_, {});
   ASSERT_EQ(inputs.size(), 5U);
-  for (int i = 0; i < 3; ++i) EXPECT_FALSE(inputs[i].HasValue());
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_FALSE(inputs[i].HasValue());
   EXPECT_EQ(node_->GetInplugIdFromAttributeId(0), 3U);
 }
 
@@ -79,7 +79,7 @@ TEST_F(TrialTest, MakesTheSameImagesAtEveryCall) {
   for (const Samples samples : {Samples::kOrdinary, Samples::kAwkward}) {
     const ScEng::Setup first = MakeSetup({17, 3}, ColorMode::kColor, samples);
     const ScEng::Setup second = MakeSetup({17, 3}, ColorMode::kColor, samples);
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < 2; ++i) {
       EXPECT_TRUE(ScEng::AreSame(ScEng::CopyOf(*first.images[i]), ScEng::CopyOf(*second.images[i])));
     }
     EXPECT_FALSE(ScEng::AreSame(ScEng::CopyOf(*first.images[0]), ScEng::CopyOf(*first.images[1])));

@@ -75,7 +75,7 @@ TEST(LibraryTable, HasItsFiveSlots) {
   LibraryInterface* library = loaded.GetLibraryInterface();
   EXPECT_EQ(Call<std::string>(library, LibrarySlot(0)), "Value");
   EXPECT_EQ(Call<std::string>(library, LibrarySlot(1)), "");
-  for (const std::size_t slot : {2, 3, 4}) Call<void>(library, LibrarySlot(slot));
+  for (const std::size_t slot : {2U, 3U, 4U}) Call<void>(library, LibrarySlot(slot));
   EXPECT_EQ(Call<std::string>(library, LibrarySlot(0)), "Value");
   // It holds nothing but its virtual table and has no destructor to call.
   operator delete(library);
@@ -120,7 +120,7 @@ TEST_F(DescriptorTable, GivesWhatEachTypeIs) {
 
 TEST_F(DescriptorTable, AnswersForTheTypesWithoutASelfTest) {
   EXPECT_TRUE(Call<bool>(descriptors_[kToValue], DescriptorSlot(5)));
-  for (const std::size_t index : {8, 11, 12, 13, 15, 16, 17, 18, 19}) {
+  for (const std::size_t index : {8U, 11U, 12U, 13U, 15U, 16U, 17U, 18U, 19U}) {
     EXPECT_FALSE(Call<bool>(descriptors_[index], DescriptorSlot(5))) << kFirstTwenty[index].type_name;
   }
 }
@@ -128,7 +128,7 @@ TEST_F(DescriptorTable, AnswersForTheTypesWithoutASelfTest) {
 TEST_F(DescriptorTable, HasHooksThatDoNothing) {
   for (const void* descriptor : descriptors_) {
     const auto before = Load<std::array<char, 24>>(descriptor, 0);
-    for (const std::size_t slot : {6, 7, 9, 10, 16, 17, 18, 19, 20, 21, 22, 23}) {
+    for (const std::size_t slot : {6U, 7U, 9U, 10U, 16U, 17U, 18U, 19U, 20U, 21U, 22U, 23U}) {
       Call<void>(descriptor, DescriptorSlot(slot));
     }
     EXPECT_EQ(before, (Load<std::array<char, 24>>(descriptor, 0)));

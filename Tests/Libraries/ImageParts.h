@@ -55,7 +55,7 @@ class ImagePartsNode : public Node {
 };
 
 template <class NodeClass>
-class ImagePartsFactory : public NodeFactory {
+class ImagePartsFactory final : public NodeFactory {
  public:
   [[nodiscard]] NodeType GetNodeType() const override { return NodeType(901, 1, 1); }
   [[nodiscard]] Node* CreateNode() const override { return new NodeClass; }

@@ -147,7 +147,7 @@ class OperationLoops : public testing::TestWithParam<OperationCase> {};
 TEST_P(OperationLoops, AreRegisteredForTheClass) { EXPECT_TRUE(ScEng::HasValueOperationLoops(*GetParam().type)); }
 
 TEST_P(OperationLoops, OfOneValueAgreeWithTheCalls) {
-  for (const std::size_t count : {1, 3, 8, 17, 2047, 2048, 2049, 5000}) {
+  for (const std::size_t count : {1U, 3U, 8U, 17U, 2047U, 2048U, 2049U, 5000U}) {
     SCOPED_TRACE(count);
     const std::vector<float> samples = MakeAwkwardSamples(count, static_cast<std::uint32_t>(count));
     const ImageRef image = Testing::MakeRow(samples);
@@ -159,7 +159,7 @@ TEST_P(OperationLoops, OfOneValueAgreeWithTheCalls) {
 }
 
 TEST_P(OperationLoops, OfTwoValuesAgreeWithTheCalls) {
-  for (const std::size_t count : {1, 7, 16, 2049, 4999}) {
+  for (const std::size_t count : {1U, 7U, 16U, 2049U, 4999U}) {
     SCOPED_TRACE(count);
     const std::vector<float> first = MakeAwkwardSamples(count, 1);
     const std::vector<float> second = MakeAwkwardSamples(count, 2);
@@ -195,7 +195,7 @@ TEST(OperationLoopsOfLargeImages, AgreeWithTheCallsWhateverTheNumberOfThreads) {
   const std::vector<float> second = MakeAwkwardSamples(kWidth * kHeight, 6);
   const ImageRef first_image = Testing::MakeImage(kWidth, kHeight, ColorMode::kValue, first);
   const ImageRef second_image = Testing::MakeImage(kWidth, kHeight, ColorMode::kValue, second);
-  for (const std::size_t threads : {1, 2, 5}) {
+  for (const std::size_t threads : {1U, 2U, 5U}) {
     SCOPED_TRACE(threads);
     ScEng::SetNumThreads(threads);
     AdditionOperation addition(0.1F);

@@ -96,7 +96,7 @@ TEST(ClampApply, GivesTheSameForEveryLengthAndStride) {
   const std::vector<float> values{-0.5F, 0.25F, 2.0F, kNan, 0.75F, 1.0F, 0.0F, 0.5F, -3.0F};
   const std::vector<float> limited{0.0F, 0.25F, 1.0F, 0.0F, 0.75F, 1.0F, 0.0F, 0.5F, 0.0F};
   for (std::size_t count = 0; count <= values.size(); ++count) {
-    for (const std::size_t stride : {1, 2, 4}) {
+    for (const std::size_t stride : {1U, 2U, 4U}) {
       std::vector<float> samples(values.size() * stride, 77.0F);
       for (std::size_t i = 0; i < values.size(); ++i) samples[i * stride] = values[i];
       std::vector<float> results(values.size(), 99.0F);
