@@ -55,7 +55,7 @@ class ImagePartsNode : public Node {
 };
 
 template <class NodeClass>
-class ImagePartsFactory final : public NodeFactory {
+class ImagePartsFactory : public NodeFactory {
  public:
   [[nodiscard]] NodeType GetNodeType() const override { return NodeType(901, 1, 1); }
   [[nodiscard]] Node* CreateNode() const override { return new NodeClass; }
@@ -65,12 +65,12 @@ class ImagePartsFactory final : public NodeFactory {
 template <class NodeClass>
 class ImagePartsDescriptor : public NodeInterface {
  public:
-  [[nodiscard]] NodeFactory* GetNodeFactory() const override { return factory_.get(); }
+  [[nodiscard]] NodeFactory* GetNodeFactory() const override { return &factory_; }
   [[nodiscard]] std::string GetName() const override { return "Image Parts"; }
   [[nodiscard]] NodeType GetNodeType() const override { return NodeType(901, 1, 1); }
 
  private:
-  std::unique_ptr<ImagePartsFactory<NodeClass>> factory_ = std::make_unique<ImagePartsFactory<NodeClass>>();
+  mutable ImagePartsFactory<NodeClass> factory_;
 };
 
 }  // namespace
