@@ -72,7 +72,7 @@ bool ReadTile(const std::string& argument, int side, const std::optional<Shown>&
   }
   ScEng::Status status;
   std::vector<std::string> notes;
-  const auto image = ScEng::ReadImageFile(argument.substr(equals + 1), ScEng::ReadMode::kAuto, status, notes);
+  const auto image = ScEng::ReadImageFile(argument.substr(equals + 1), {}, status, notes);
   if (!image) {
     std::cerr << "value-sheet: " << status.GetMessage() << "\n";
     return false;

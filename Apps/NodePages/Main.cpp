@@ -115,7 +115,8 @@ class Pages {
       std::vector<std::string> notes;
       Status status = picture == pictures_.end()
                           ? ScEng::WriteWholeFile(folder_ / file, files_.at(file))
-                          : ScEng::WriteImageFile(*picture->second, folder_ / file, ScEng::SampleType::kUint8, notes);
+                          : ScEng::WriteImageFile(*picture->second, folder_ / file,
+                                                  {.type = ScEng::SampleType::kUint8, .strips_metadata = true}, notes);
       if (status.IsError()) return status;
     }
     return {};
@@ -213,7 +214,7 @@ class Pages {
     for (const PictureText& picture : page.text.pictures) {
       Status status;
       std::vector<std::string> notes;
-      const auto image = ScEng::ReadImageFile(results[picture.source], ScEng::ReadMode::kAuto, status, notes);
+      const auto image = ScEng::ReadImageFile(results[picture.source], {}, status, notes);
       if (!image) {
         Fail(name + ": " + picture.source + " has no image");
         return false;
@@ -245,7 +246,7 @@ class Pages {
     if (!fs::exists(folder_ / file)) return true;
     Status status;
     std::vector<std::string> notes;
-    const auto stored = ScEng::ReadImageFile(folder_ / file, ScEng::ReadMode::kAuto, status, notes);
+    const auto stored = ScEng::ReadImageFile(folder_ / file, {}, status, notes);
     return !stored || !LookAlike(*stored, picture);
   }
 

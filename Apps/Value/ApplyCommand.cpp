@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Value/Common.h"
 #include "Apps/Value/OneNodeGraph.h"
+#include "Apps/Value/WriteFlags.h"
 #include "Host/Tools/Node.h"
 
 namespace {
@@ -17,9 +18,7 @@ class ApplyCommand : public Command {
     AddRepeatable(*sub, "-o,--output", outputs_, "FILE", "The file for the node's (first) output, or PLUG=FILE")
         ->required();
     graph_.DeclareRange(*sub);
-    sub->add_option("--type", type_, "Samples of the output: float, half, uint16 or uint8")
-        ->type_name("TYPE")
-        ->check(CLI::IsMember({"float", "half", "uint16", "uint8"}));
+    write_flags_.Declare(*sub);
     sub->footer(
         "Examples:\n"
         "  value apply \"Value Add\" -i terrain.exr --set constant=0.25 -o raised.exr\n"
@@ -57,17 +56,18 @@ class ApplyCommand : public Command {
     const std::vector<PlugRecord>& outplugs = graph_.GetNode().GetOutplugs();
     const std::vector<PlugRecord> plugs = OneNodeGraph::GetImagePlugs(outplugs, outplugs.size());
     if (plugs.empty()) return Status::Error("the node has no image output to write");
-    const auto type = ScEng::FindSampleType(type_).value_or(ScEng::SampleType::kFloat);
     for (const std::string& text : outputs_) {
       PlugFile output;
       Status status = OneNodeGraph::SplitPlug(text, plugs, false, output);
       if (!status.IsError() && output.file.empty()) status = Status::Error("output " + text + " names no file");
       if (!status.IsError()) {
         const std::string plug = output.plug.empty() ? plugs.front().name : output.plug;
-        status = document.AddOutput(graph_.GetId() + "." + plug, ScEng::MakePath(output.file), type);
+        status = document.AddOutput(graph_.GetId() + "." + plug, ScEng::MakePath(output.file));
       }
       if (status.IsError()) return status;
     }
+    const Status followed = write_flags_.ApplyTo(document);
+    if (followed.IsError()) return followed;
     ScEng::Findings findings;
     document.CheckComplete(findings);
     return findings.errors.empty() ? Status() : Status::Error(findings.errors.front());
@@ -75,7 +75,7 @@ class ApplyCommand : public Command {
 
   OneNodeGraph graph_;
   std::vector<std::string> outputs_;
-  std::string type_ = "float";
+  WriteFlags write_flags_;
 };
 
 }  // namespace

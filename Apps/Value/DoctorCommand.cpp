@@ -149,12 +149,20 @@ class DoctorCommand : public Command {
 
   void ShowFormats() {
     text_ << "Image formats\n";
-    const ScEng::ImageFormatsReport report = ScEng::FindImageFormats();
-    ShowLine("module", report.file.string() + (report.problem.empty() ? "" : " (missing)"));
-    answer_["image_formats"]["module"] = report.file.string();
-    answer_["image_formats"]["found"] = report.problem.empty();
-    if (!report.problem.empty()) {
-      problems_.push_back("image files can neither be read nor written: " + report.problem +
+    for (const ScEng::CodecReport& codec : ScEng::FindCodecs()) {
+      ordered_json json;
+      json["codec"] = codec.name;
+      json["module"] = codec.file.string();
+      json["found"] = codec.problem.empty();
+      std::string names;
+      for (const std::string& format : codec.formats) {
+        names += (names.empty() ? "" : ", ") + format;
+        json["formats"].push_back(format);
+      }
+      ShowLine(codec.name, names + (codec.problem.empty() ? "" : " (missing)"));
+      answer_["image_formats"].push_back(json);
+      if (codec.problem.empty()) continue;
+      problems_.push_back(names + " can neither be read nor written: " + codec.problem +
                           "; put it beside the host's libraries, or install the program anew");
     }
   }

@@ -9,6 +9,7 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Jobs.h"
+#include "Apps/Value/WriteFlags.h"
 #include "Host/Files/ImageFormats.h"
 #include "Host/Tools/Guard.h"
 
@@ -53,6 +54,7 @@ class RunCommand : public Command {
         ->type_name("NODE=GLOB");
     sub->add_option("--output-dir", output_dir_, "The folder for the results of --each; created where it is missing")
         ->type_name("DIR");
+    write_flags_.Declare(*sub);
     sub->add_option("--jobs", jobs_, "How many runs of --each go on at a time")
         ->type_name("N")
         ->check(CLI::Range(1, 1024));
@@ -155,20 +157,22 @@ class RunCommand : public Command {
   }
 
   Status AddOutputs(GraphDocument& document) const {
-    // An output keeps the sample type that the document asks for, unless it goes to a file of another format.
-    std::map<std::string, ScEng::SampleType> types;
+    // An output keeps what the document asks for, unless it goes to a file of another format.
+    std::map<std::string, ScEng::DocumentOutput> replaced;
     for (const std::string& output : outputs_) {
       const auto assignment = SplitAssignment(output);
       if (!assignment || assignment->second.empty()) {
         return Status::Error("--output " + output + " is not of the form NODE.PLUG=FILE");
       }
       const std::filesystem::path file = ScEng::MakePath(assignment->second);
-      const auto [type, is_new] = types.emplace(assignment->first, ScEng::SampleType::kFloat);
-      if (is_new) type->second = document.RemoveOutputs(assignment->first, file).value_or(ScEng::SampleType::kFloat);
-      const Status status = document.AddOutput(assignment->first, file, type->second);
+      const auto [asked, is_new] = replaced.try_emplace(assignment->first);
+      if (is_new) asked->second = document.RemoveOutputs(assignment->first, file).value_or(ScEng::DocumentOutput());
+      asked->second.from = assignment->first;
+      asked->second.path = std::filesystem::absolute(file).string();
+      const Status status = document.AddOutput(asked->second);
       if (status.IsError()) return Status::Error("--output " + output + ": " + status.GetMessage());
     }
-    return {};
+    return write_flags_.ApplyTo(document);
   }
 
   ExitCode RunOnce() {
@@ -287,6 +291,7 @@ class RunCommand : public Command {
   std::string each_;
   std::string output_dir_;
   std::size_t jobs_ = 1;
+  WriteFlags write_flags_;
 };
 
 }  // namespace

@@ -92,7 +92,7 @@ class StatsCommand : public Command {
   ExitCode Run() override {
     Status status;
     std::vector<std::string> notes;
-    const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), ScEng::ReadMode::kAuto, status, notes);
+    const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), {}, status, notes);
     if (!image) return Fail(ExitCode::kFile, status.GetMessage());
     reporter_.Notes(notes);
     const Figures figures = Measure(*image, bins_);

@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
               ColorMode::GetName(image->GetColorMode()), static_cast<double>(image->GetValueLow()),
               static_cast<double>(image->GetValueHigh()));
   std::vector<std::string> notes;
-  status = ScEng::WriteImageFile(*image, argv[3], ScEng::SampleType::kFloat, notes);
+  status = ScEng::WriteImageFile(*image, argv[3], {.type = ScEng::SampleType::kFloat}, notes);
   for (const std::string& note : notes) std::printf("note: %s\n", note.c_str());
   return status.IsError() ? Fail(status.GetMessage()) : 0;
 }

@@ -64,6 +64,14 @@ struct OutputEntry {
   unsigned outplug = 0;
 };
 
+/// A file that is written, and the layer of it.
+struct LayerFile {
+  std::filesystem::path file;
+  std::string layer;
+
+  auto operator<=>(const LayerFile&) const = default;
+};
+
 /// Everything that a document holds.
 struct GraphDocument::Content {
   explicit Content(std::shared_ptr<const NodeCatalog> catalog) : engine(std::move(catalog)) {}
@@ -84,6 +92,7 @@ struct GraphDocument::Content {
   std::filesystem::path folder;
   std::map<std::pair<const Node*, unsigned>, ImagePtr> sources;
   std::vector<DocumentObserver*> observers;
+  std::string compression;
   /// How many more ids a misspelt one is compared with. Searching costs time where there are many of both.
   mutable std::size_t comparisons_left = 0;
 
@@ -107,6 +116,8 @@ struct GraphDocument::Content {
   void RemoveConnections(const std::function<bool(const ConnectionEntry&)>& is_gone);
   void RenameTakenInputs(const std::string& before, const std::string& now);
   [[nodiscard]] std::filesystem::path GetFile(const DocumentOutput& output) const;
+  /// What outputs and enabled writers write, as far as it does not come from a connection; paths are normalized.
+  [[nodiscard]] std::vector<LayerFile> ListLayerFiles();
   /// Whether an attribute has its value from a connection, a placeholder's included.
   [[nodiscard]] bool IsFed(const DocumentEntry& entry, const std::string& attribute) const;
 
@@ -138,6 +149,8 @@ const std::vector<OutputWords>& GetOutputWords();
 Attribute* FindPathAttribute(const Node& node, Attribute::StringUse use);
 /// The file that a path attribute names by its own value; empty where it names none.
 std::filesystem::path GetFile(const Attribute& attribute);
+/// The layer that a writer has as its attribute; empty where it has no such attribute.
+std::string GetLayer(const Node& node);
 void SetFile(Attribute& attribute, const std::filesystem::path& file);
 /// One spelling of a path for comparing.
 std::filesystem::path NormalizePath(const std::filesystem::path& file);

@@ -42,7 +42,7 @@ class DocumentEvaluationTest : public testing::Test {
   std::vector<float> ReadSamples(const std::string& name) {
     Status status;
     std::vector<std::string> notes;
-    const auto image = ScEng::ReadImageFile(folder_ / name, ScEng::ReadMode::kAuto, status, notes);
+    const auto image = ScEng::ReadImageFile(folder_ / name, {}, status, notes);
     EXPECT_TRUE(image) << status.GetMessage();
     return image ? GetSamples(*image) : std::vector<float>();
   }

@@ -1,25 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <set>
 #include <system_error>
 
 #include "Host/Documents/DocumentContent.h"
 #include "Host/Documents/MessageText.h"
 
 namespace ScEng {
-namespace {
-
-/// What of an output this build cannot write; empty where it can write all.
-std::string FindUnwritable(const DocumentOutput& output) {
-  if (!output.layer.empty())
-    return "\"layer\" " + Quote(output.layer) + ": files with layers cannot be written; leave it empty";
-  if (output.type == "int16") return "\"type\" int16 cannot be written; float, half, uint16 and uint8 can";
-  if (output.samples == "stored") return "\"samples\" stored cannot be written; unit can";
-  if (output.opacity == "drop") return "\"opacity\" drop cannot be written; auto and keep can";
-  return {};
-}
-
-}  // namespace
-
 std::filesystem::path NormalizePath(const std::filesystem::path& file) {
   std::error_code error;
   const auto canonical = std::filesystem::weakly_canonical(std::filesystem::absolute(file), error);
@@ -77,15 +64,34 @@ Status GraphDocument::RenameOutputs(const std::function<std::filesystem::path(co
   return {};
 }
 
-std::vector<std::filesystem::path> GraphDocument::GetOutputFiles() const {
-  std::vector<std::filesystem::path> files;
-  for (const DocumentOutput& output : content_->outputs) files.push_back(NormalizePath(content_->GetFile(output)));
-  for (const std::string& id : content_->ids) {
-    const DocumentEntry& entry = *content_->Find(id);
+std::string GetLayer(const Node& node) {
+  const Attribute* layer = node.GetAttribute("layer");
+  return layer != nullptr && layer->GetKind() == Attribute::Kind::kString ? layer->GetValue().GetText() : "";
+}
+
+std::vector<LayerFile> GraphDocument::Content::ListLayerFiles() {
+  std::vector<LayerFile> files;
+  for (const DocumentOutput& output : outputs) files.push_back({NormalizePath(GetFile(output)), output.layer});
+  for (const std::string& id : ids) {
+    const DocumentEntry& entry = *Find(id);
     if (entry.node == nullptr || !entry.node->IsEnabled()) continue;
     const Attribute* path = FindPathAttribute(*entry.node, Attribute::StringUse::kWritePath);
-    if (path == nullptr || content_->IsFed(entry, path->GetName())) continue;
-    if (!GetFile(*path).empty()) files.push_back(NormalizePath(GetFile(*path)));
+    if (path == nullptr || IsFed(entry, path->GetName())) continue;
+    const std::filesystem::path file = ScEng::GetFile(*path);
+    if (!file.empty()) files.push_back({NormalizePath(file), GetLayer(*entry.node)});
+  }
+  return files;
+}
+
+std::vector<std::filesystem::path> GraphDocument::GetOutputFiles() const {
+  std::vector<std::filesystem::path> files;
+  std::set<LayerFile> layers;
+  std::set<std::filesystem::path> seen;
+  for (const LayerFile& file : content_->ListLayerFiles()) {
+    // The layers of a file are written together; one layer twice is two files of one name.
+    const bool is_new_layer = layers.insert(file).second;
+    const bool is_new_file = seen.insert(file.file).second;
+    if (is_new_file || !is_new_layer) files.push_back(file.file);
   }
   return files;
 }
@@ -108,15 +114,18 @@ void GraphDocument::CheckComplete(Findings& findings) const {
       }
     }
   }
-  for (const DocumentOutput& output : content_->outputs) {
-    const std::string problem = FindUnwritable(output);
-    if (!problem.empty()) findings.AddError("output " + Quote(output.from) + ": " + problem);
-  }
-  std::vector<std::filesystem::path> files = GetOutputFiles();
+  std::vector<LayerFile> files = content_->ListLayerFiles();
   std::sort(files.begin(), files.end());
-  for (std::size_t i = 1; i < files.size(); ++i) {
-    const bool is_second = files[i] == files[i - 1] && (i < 2 || files[i] != files[i - 2]);
-    if (is_second) findings.AddError("two outputs have the one path " + QuotePath(files[i]));
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const auto& [file, layer] = files[i];
+    const bool is_second = i > 0 && files[i] == files[i - 1] && (i < 2 || files[i] != files[i - 2]);
+    const std::string of_layer = layer.empty() ? "" : " and the one layer " + Quote(layer);
+    if (is_second) findings.AddError("two outputs have the one path " + QuotePath(file) + of_layer);
+    const bool has_name = !layer.empty() && (i == 0 || files[i].file != files[i - 1].file);
+    if (has_name && !HasLayers(file)) {
+      findings.AddError("an output has the layer " + Quote(layer) + ", and " + QuotePath(file) +
+                        " is in a format without layers; .exr has them");
+    }
   }
 }
 

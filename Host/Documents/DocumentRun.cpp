@@ -2,6 +2,7 @@
 #include "Host/Documents/DocumentRun.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "Host/Documents/MessageText.h"
@@ -16,14 +17,18 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
   if (!HasAllTypes()) return std::move(report_);
 
   const auto on_evaluated = options.on_evaluated;
+  FindFilesRead();
   std::vector<Engine::Request> requests;
+  // Outputs whose images the caller has set.
+  std::vector<std::size_t> given;
   std::unordered_map<const Node*, std::vector<std::size_t>> outputs_of;
   for (std::size_t i = 0; i < content_.outputs.size(); ++i) {
     const OutputEntry& output = content_.output_entries[i];
-    if (!ClaimFile(report_.outputs[i].file, "output " + Quote(content_.outputs[i].from))) continue;
+    const LayerFile file{NormalizePath(report_.outputs[i].file), content_.outputs[i].layer};
+    if (!ClaimFile(file, "output " + Quote(content_.outputs[i].from))) continue;
     const auto source = content_.sources.find({output.entry->node, output.outplug});
     if (source != content_.sources.end()) {
-      WriteOutput(i, source->second.Get());
+      given.push_back(i);
       continue;
     }
     requests.push_back({output.entry->node, output.outplug});
@@ -46,7 +51,14 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
   if (report_.canceled) return std::move(report_);
   for (const DocumentEntry* writer : writers) {
     const std::filesystem::path file = FindWriterFile(*writer);
-    if (file.empty() || ClaimFile(file, "node " + Quote(writer->id))) requests.push_back({writer->node, 0});
+    const bool is_free =
+        file.empty() || ClaimFile({NormalizePath(file), GetLayer(*writer->node)}, "node " + Quote(writer->id));
+    if (is_free) requests.push_back({writer->node, 0});
+  }
+  // All claims are known now, and with them which files have several layers.
+  for (const std::size_t i : given) {
+    const OutputEntry& output = content_.output_entries[i];
+    WriteOutput(i, content_.sources.at({output.entry->node, output.outplug}).Get());
   }
 
   options.on_evaluated = [&](Node& node, std::size_t done, std::size_t total) {
@@ -61,6 +73,7 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
     if (on_evaluated) on_evaluated(node, done, total);
   };
   Evaluate(requests, options);
+  if (!report_.canceled) WritePending();
   return std::move(report_);
 }
 
@@ -126,13 +139,67 @@ bool DocumentRun::HasAllTypes(const Node& node) {
   return report_.failure == RunFailure::kNone;
 }
 
-bool DocumentRun::ClaimFile(const std::filesystem::path& file, const std::string& writer) {
-  const auto [claim, is_new] = claims_.emplace(NormalizePath(file), writer);
+bool DocumentRun::ClaimFile(const LayerFile& file, const std::string& writer) {
+  const auto [claim, is_new] = claims_[file.file].writers.emplace(file.layer, writer);
   if (is_new) return true;
-  report_.findings.AddError(writer + " is not written: this run writes " + QuotePath(claim->first) + " for " +
+  const std::string layer = file.layer.empty() ? "" : " with the layer " + Quote(file.layer);
+  report_.findings.AddError(writer + " is not written: this run writes " + QuotePath(file.file) + layer + " for " +
                             claim->second);
   report_.failure = RunFailure::kFile;
   return false;
+}
+
+void DocumentRun::FindFilesRead() {
+  for (const std::string& id : content_.ids) {
+    const DocumentEntry& entry = *content_.Find(id);
+    if (!entry.node->IsEnabled()) continue;
+    const Attribute* path = FindPathAttribute(*entry.node, Attribute::StringUse::kReadPath);
+    if (path == nullptr) continue;
+    if (content_.IsFed(entry, path->GetName())) reads_any_file_ = true;
+    files_read_.insert(NormalizePath(GetFile(*path)));
+  }
+}
+
+bool DocumentRun::HasToWait(const std::filesystem::path& file, const std::string& layer) const {
+  const std::filesystem::path target = NormalizePath(file);
+  const auto claim = claims_.find(target);
+  const bool has_layers = !layer.empty() || (claim != claims_.end() && claim->second.writers.size() > 1);
+  if (has_layers || reads_any_file_ || files_read_.contains(target)) return true;
+  // One file may have several names.
+  return std::any_of(files_read_.begin(), files_read_.end(), [&](const std::filesystem::path& read) {
+    std::error_code error;
+    return std::filesystem::equivalent(read, target, error);
+  });
+}
+
+void DocumentRun::WritePending() {
+  std::vector<std::filesystem::path> order;
+  for (PendingWrites::Write& write : pending_.Release()) {
+    const std::filesystem::path file = NormalizePath(write.file);
+    FileClaim& claim = claims_[file];
+    if (claim.images.empty()) order.push_back(file);
+    claim.images.push_back(std::move(write));
+  }
+  for (const std::filesystem::path& file : order) {
+    const FileClaim& claim = claims_[file];
+    if (claim.images.size() < claim.writers.size()) {
+      report_.findings.AddError(QuotePath(file) +
+                                " is not written: " + std::to_string(claim.writers.size() - claim.images.size()) +
+                                " of its " + std::to_string(claim.writers.size()) + " layers could not be made");
+      report_.failure = std::max(report_.failure, RunFailure::kNode);
+      continue;
+    }
+    std::vector<ImageLayer> layers;
+    for (const PendingWrites::Write& write : claim.images) {
+      layers.push_back({write.layer, write.image.Get(), write.options});
+    }
+    std::vector<std::string> notes;
+    const Status status = WriteImageLayers(layers, claim.images.front().file, notes);
+    for (const PendingWrites::Write& write : claim.images) {
+      const bool is_first = &write == &claim.images.front();
+      ReportWrite(write.writer, write.image->GetImageHeader(), status, is_first ? notes : std::vector<std::string>());
+    }
+  }
 }
 
 void DocumentRun::EvaluateWriterPaths(const std::vector<const DocumentEntry*>& writers,
@@ -159,6 +226,7 @@ void DocumentRun::EvaluateWriterPaths(const std::vector<const DocumentEntry*>& w
 }
 
 void DocumentRun::Evaluate(const std::vector<Engine::Request>& requests, const Engine::Options& options) {
+  const PendingWrites::Scope scope(pending_);
   report_.canceled = content_.engine.Evaluate(requests, options) == Engine::Outcome::kCanceled;
 }
 
@@ -186,17 +254,30 @@ void DocumentRun::WriteOutput(std::size_t output, const Image* image) {
     report_.failure = std::max(report_.failure, RunFailure::kNode);
     return;
   }
+  WriteOptions options = MakeWriteOptions(asked.type, asked.samples, asked.opacity, asked.metadata);
+  options.compression = content_.compression;
+  if (pending_.Take({told.file, asked.layer, ImagePtr(const_cast<Image*>(image)), options, &told})) return;
   std::vector<std::string> notes;
-  const SampleType type = FindSampleType(asked.type).value_or(SampleType::kFloat);
-  const Status status = WriteImageFile(*image, told.file, type, notes);
-  for (const std::string& note : notes) report_.findings.AddNote(note);
+  const Status status = WriteImageLayers({{asked.layer, image, options}}, told.file, notes);
+  ReportWrite(&told, image->GetImageHeader(), status, notes);
+}
+
+void DocumentRun::ReportWrite(const void* writer, const ImageHeader& header, const Status& status,
+                              const std::vector<std::string>& notes) {
+  const auto output = std::find_if(report_.outputs.begin(), report_.outputs.end(),
+                                   [&](const OutputReport& report) { return &report == writer; });
+  const bool is_output = output != report_.outputs.end();
+  const std::string name =
+      is_output ? "output " + Quote(output->source) : "node " + Quote(static_cast<const Node*>(writer)->GetLabel());
+  for (const std::string& note : notes) report_.findings.AddNote(is_output ? note : name + ": " + note);
   if (status.IsError()) {
-    report_.findings.AddError("output " + Quote(told.source) + ": " + status.GetMessage());
+    report_.findings.AddError(name + ": " + status.GetMessage());
     report_.failure = RunFailure::kFile;
     return;
   }
-  told.written = true;
-  told.header = image->GetImageHeader();
+  if (!is_output) return;
+  output->written = true;
+  output->header = header;
 }
 
 void DocumentRun::ReportState(const Node& node) {

@@ -321,11 +321,12 @@ Status GraphDocument::AddOutput(const DocumentOutput& output) {
   return {};
 }
 
-Status GraphDocument::AddOutput(const std::string& plug, const std::filesystem::path& file, SampleType type) {
+Status GraphDocument::AddOutput(const std::string& plug, const std::filesystem::path& file,
+                                std::optional<SampleType> type) {
   DocumentOutput output;
   output.from = plug;
   output.path = file.empty() ? std::string() : std::filesystem::absolute(file).string();
-  output.type = GetName(type);
+  output.type = type ? GetName(*type) : "auto";
   return AddOutput(output);
 }
 
@@ -350,18 +351,18 @@ Status GraphDocument::RemoveOutput(std::size_t index) {
   return {};
 }
 
-std::optional<SampleType> GraphDocument::RemoveOutputs(const std::string& plug, const std::filesystem::path& file) {
-  std::optional<SampleType> type;
+std::optional<DocumentOutput> GraphDocument::RemoveOutputs(const std::string& plug, const std::filesystem::path& file) {
+  std::optional<DocumentOutput> removed;
   for (std::size_t i = content_->outputs.size(); i-- > 0;) {
     const DocumentOutput& output = content_->outputs[i];
     if (output.from != plug) continue;
-    if (!type && content_->GetFile(output).extension() == file.extension()) {
-      type = FindSampleType(output.type).value_or(SampleType::kFloat);
-    }
+    if (!removed && content_->GetFile(output).extension() == file.extension()) removed = output;
     static_cast<void>(RemoveOutput(i));
   }
-  return type;
+  return removed;
 }
+
+void GraphDocument::SetCompression(const std::string& compression) { content_->compression = compression; }
 
 // ---- For people and editors ----
 

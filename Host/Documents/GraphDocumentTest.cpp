@@ -69,7 +69,7 @@ class GraphDocumentTest : public testing::Test {
   static std::vector<float> ReadSamples(const std::filesystem::path& file) {
     Status status;
     std::vector<std::string> notes;
-    const auto image = ScEng::ReadImageFile(file, ScEng::ReadMode::kAuto, status, notes);
+    const auto image = ScEng::ReadImageFile(file, {}, status, notes);
     if (image) return GetSamples(*image);
     ADD_FAILURE() << status.GetMessage();
     return {};
@@ -77,7 +77,7 @@ class GraphDocumentTest : public testing::Test {
   static void WriteValue(const std::filesystem::path& file, float value) {
     std::vector<std::string> notes;
     const Status status =
-        ScEng::WriteImageFile(*MakeImage(1, 1, ColorMode::kValue, {value}), file, SampleType::kFloat, notes);
+        ScEng::WriteImageFile(*MakeImage(1, 1, ColorMode::kValue, {value}), file, {.type = SampleType::kFloat}, notes);
     EXPECT_FALSE(status.IsError()) << status.GetMessage();
   }
 
@@ -436,7 +436,7 @@ TEST_F(GraphDocumentTest, RemovedOutputTellsItsSampleType) {
                     "{'from': 'a.image', 'path': 'a.exr', 'type': 'half'},"
                     "{'from': 'b.image', 'path': 'b.png', 'type': 'uint16'}"));
   EXPECT_EQ(document_.RemoveOutputs("b.image", "new.exr"), std::nullopt);
-  EXPECT_EQ(document_.RemoveOutputs("a.image", "new.exr"), SampleType::kHalf);
+  EXPECT_EQ(document_.RemoveOutputs("a.image", "new.exr").value_or(ScEng::DocumentOutput()).type, "half");
   EXPECT_EQ(document_.RemoveOutputs("a.image", "new.exr"), std::nullopt);
   EXPECT_TRUE(document_.GetOutputFiles().empty());
 }

@@ -4,59 +4,84 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <system_error>
+#include <exception>
+#include <new>
 
 #include "Host/Files/AtomicFile.h"
-#include "Host/Files/Codecs/ImageCodecs.h"
+#include "Host/Files/Codecs/CodecTable.h"
 #include "Host/Files/FileErrors.h"
 #include "Host/Files/ImageFormats.h"
+#include "Host/Files/Reading/OpenFile.h"
+#include "Host/Files/Reading/ReadImage.h"
+#include "Host/Files/Writing/WriteImage.h"
 #include "Host/Util/HostModule.h"
 
 namespace ScEng {
 namespace {
 
-HostModule MakeModule() { return {"HostCodecs", "the module of image formats"}; }
+/// Notes that codecs make do not name the file; the ones that people read do.
+void TellNotes(const std::filesystem::path& file, const std::vector<std::string>& clauses,
+               std::vector<std::string>& notes) {
+  for (const std::string& clause : clauses) notes.push_back("\"" + file.string() + "\": " + OneLine(clause));
+}
 
-/// The module of image formats, and why there is none where there is none.
-struct LoadedCodecs {
-  const ImageCodecs* codecs = nullptr;
-  std::string problem;
-
-  LoadedCodecs() {
-    HostModule module = MakeModule();
-    const auto get_codecs = module.Load<decltype(&GetImageCodecs)>("GetImageCodecs");
-    if (get_codecs != nullptr) codecs = get_codecs();
-    problem = module.GetProblem();
+/// Runs a function that codecs may throw out of; what they throw becomes a clause.
+template <class Function>
+void Guard(std::string& problem, const Function& function) {
+  try {
+    function();
+  } catch (const std::bad_alloc&) {
+    problem = "there is not enough memory for it";
+  } catch (const std::exception& thrown) {
+    problem = thrown.what();
   }
-};
+}
 
-const LoadedCodecs& GetCodecs() {
-  static const LoadedCodecs loaded;
-  return loaded;
+Status WriteLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
+                   std::vector<std::string>& notes) {
+  std::string problem;
+  const FormatRow* format = ChooseFormat(file, layers, problem);
+  if (format == nullptr) return MakeWriteError(file, problem);
+  const MemoryFile memory;
+  if (!memory.IsOpen()) return MakeWriteError(file, "no memory file could be made to encode it in");
+  std::vector<std::string> clauses;
+  Guard(problem, [&] { problem = EncodeImage(layers, *format, memory.GetPath(), clauses).GetMessage(); });
+  if (!problem.empty()) return MakeWriteError(file, problem);
+  const Status status = ReplaceFile(file, memory.GetDescriptor());
+  if (!status.IsError()) TellNotes(file, clauses, notes);
+  return status;
 }
 
 }  // namespace
-
-ImageFormatsReport FindImageFormats() {
-  const HostModule module = MakeModule();
-  return {module.GetFile(), module.GetProblem()};
-}
 
 const char* GetName(SampleType type) {
   switch (type) {
     case SampleType::kFloat: return "float";
     case SampleType::kHalf: return "half";
     case SampleType::kUint16: return "uint16";
-    case SampleType::kUint8: break;
+    case SampleType::kUint8: return "uint8";
+    case SampleType::kInt16: break;
   }
-  return "uint8";
+  return "int16";
 }
 
 std::optional<SampleType> FindSampleType(std::string_view name) {
-  for (const SampleType type : {SampleType::kFloat, SampleType::kHalf, SampleType::kUint16, SampleType::kUint8}) {
+  for (const SampleType type :
+       {SampleType::kFloat, SampleType::kHalf, SampleType::kUint16, SampleType::kUint8, SampleType::kInt16}) {
     if (name == GetName(type)) return type;
   }
   return std::nullopt;
+}
+
+WriteOptions MakeWriteOptions(std::string_view type, std::string_view samples, std::string_view opacity,
+                              std::string_view metadata) {
+  WriteOptions options;
+  options.type = FindSampleType(type);
+  options.stores_values = samples == "stored";
+  if (opacity == "keep") options.opacity = OpacityRule::kKeep;
+  if (opacity == "drop") options.opacity = OpacityRule::kDrop;
+  options.strips_metadata = metadata == "strip";
+  return options;
 }
 
 std::filesystem::path MakePath(const std::string& written, const std::filesystem::path& folder) {
@@ -65,34 +90,48 @@ std::filesystem::path MakePath(const std::string& written, const std::filesystem
   return folder / path;
 }
 
-ImagePtr ReadImageFile(const std::filesystem::path& file, ReadMode mode, Status& status,
+ImagePtr ReadImageFile(const std::filesystem::path& file, const ReadOptions& options, Status& status,
                        std::vector<std::string>& notes) {
-  std::error_code error;
-  if (std::filesystem::is_directory(file, error)) {
-    status = MakeReadError(file, "it is a folder");
+  std::string problem;
+  ImagePtr image;
+  std::vector<std::string> clauses;
+  Guard(problem, [&] {
+    const auto decoder = OpenImageFile(file, problem);
+    if (decoder != nullptr) image = ReadImage(*decoder, options, problem, clauses);
+  });
+  if (!problem.empty()) {
+    status = MakeReadError(file, problem);
     return nullptr;
   }
-  if (!std::filesystem::exists(file, error)) {
-    status = MakeReadError(file, "there is no such file");
-    return nullptr;
-  }
-  if (GetCodecs().codecs == nullptr) {
-    status = MakeReadError(file, GetCodecs().problem);
-    return nullptr;
-  }
-  return GetCodecs().codecs->decode(file, mode, status, notes);
+  TellNotes(file, clauses, notes);
+  return image;
 }
 
-void LoadImageFormats() { static_cast<void>(GetCodecs()); }
+std::optional<FileDescription> DescribeImageFile(const std::filesystem::path& file, Status& status) {
+  std::string problem;
+  std::optional<FileDescription> description;
+  Guard(problem, [&] {
+    const auto decoder = OpenImageFile(file, problem);
+    if (decoder != nullptr) description = decoder->GetDescription();
+  });
+  if (!problem.empty()) status = MakeReadError(file, problem);
+  return description;
+}
 
-Status WriteImageFile(const Image& image, const std::filesystem::path& file, SampleType type,
+Status WriteImageFile(const Image& image, const std::filesystem::path& file, const WriteOptions& options,
                       std::vector<std::string>& notes) {
-  if (image.GetNumSamples() == 0) return MakeWriteError(file, "the image has no pixels");
-  if (GetCodecs().codecs == nullptr) return MakeWriteError(file, GetCodecs().problem);
-  const MemoryFile memory;
-  if (!memory.IsOpen()) return MakeWriteError(file, "no memory file could be made to encode it in");
-  const Status encoded = GetCodecs().codecs->encode(image, file, memory.GetPath(), type, notes);
-  return encoded.IsError() ? encoded : ReplaceFile(file, memory.GetDescriptor());
+  return WriteLayers({{"", &image, options}}, file, notes);
+}
+
+Status WriteImageLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
+                        std::vector<std::string>& notes) {
+  return WriteLayers(layers, file, notes);
+}
+
+bool HasLayers(const std::filesystem::path& file) {
+  const auto rows = GetFormatRows();
+  return std::any_of(rows.begin(), rows.end(),
+                     [&](const FormatRow& row) { return row.layers && HasEnding(row, file); });
 }
 
 Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes) {
@@ -104,6 +143,27 @@ Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes)
     bytes.remove_prefix(static_cast<std::size_t>(put));
   }
   return ReplaceFile(file, memory.GetDescriptor());
+}
+
+std::vector<CodecReport> FindCodecs() {
+  std::vector<CodecReport> reports;
+  for (const CodecRow& row : GetCodecRows()) {
+    const HostModule module(row.module, std::string("the module of the codec \"") + row.name + "\"");
+    CodecReport report{row.name, module.GetFile(), "", {}};
+    static_cast<void>(LoadCodec(row, report.problem));
+    for (const FormatRow& format : GetFormatRows()) {
+      if (std::string_view(format.codec) == row.name) report.formats.emplace_back(format.title);
+    }
+    reports.push_back(std::move(report));
+  }
+  return reports;
+}
+
+void LoadImageFormats() {
+  for (const CodecRow& row : GetCodecRows()) {
+    std::string problem;
+    static_cast<void>(LoadCodec(row, problem));
+  }
 }
 
 }  // namespace ScEng

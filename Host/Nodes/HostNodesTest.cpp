@@ -55,7 +55,7 @@ class HostNodesTest : public testing::Test {
   }
   static void WriteFile(const Image& image, const std::filesystem::path& file) {
     std::vector<std::string> notes;
-    const ScEng::Status status = ScEng::WriteImageFile(image, file, ScEng::SampleType::kFloat, notes);
+    const ScEng::Status status = ScEng::WriteImageFile(image, file, {.type = ScEng::SampleType::kFloat}, notes);
     EXPECT_FALSE(status.IsError()) << status.GetMessage();
   }
 
@@ -425,7 +425,7 @@ TEST_F(HostNodesTest, WriterWritesItsInput) {
   EXPECT_TRUE(Contains(writer->GetStateMessage(), "2 samples"));
   ScEng::Status status;
   std::vector<std::string> notes;
-  const auto read = ScEng::ReadImageFile(folder_ / "a.png", ScEng::ReadMode::kAuto, status, notes);
+  const auto read = ScEng::ReadImageFile(folder_ / "a.png", {}, status, notes);
   ASSERT_NE(read, nullptr);
   EXPECT_EQ(GetSamples(*read), (std::vector<float>{0.2F, 1.0F, 0.6F, 1.0F, 0.2F, 1.0F, 0.6F, 1.0F}));
 }

@@ -2,6 +2,7 @@
 #include "Host/Nodes/ImageReaderNode.h"
 
 #include "Host/Files/ImageFile.h"
+#include "Host/Image/ImageMetadata.h"
 #include "Host/Nodes/HostLibrary.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Nodes/Notes.h"
@@ -36,7 +37,18 @@ constexpr AttributeRow kPivot =
     PointRow("pivot", 0.0, 0.0,
              "The point of the image that lies on the pin, from (0, 0) at its top left to (1, 1), where "
              "placement is custom.");
-constexpr AttributeRow kAttributes[] = {kPath, kColorMode, kRange, kLow, kHigh, kPlacement, kPin, kPivot};
+constexpr AttributeRow kSamples =
+    ChoiceRow("samples", 0, "auto,unit,stored",
+              "What integers in the file become: auto makes 8 and 16 bits without sign 0 to 1 and takes others as they "
+              "are, unit divides all by their type's largest, stored takes the numbers as they are.");
+constexpr AttributeRow kPart =
+    StringRow("part", "", "The part of a file with several: its name, or an index from 0. Empty for the first.");
+constexpr AttributeRow kLayer = StringRow(
+    "layer", "", "The layer to read, diffuse of a channel diffuse.R. Empty for the channels without a layer.");
+constexpr AttributeRow kChannels =
+    StringRow("channels", "", "One to four channels by their full names with commas, read in that order.");
+constexpr AttributeRow kAttributes[] = {kPath, kColorMode, kRange,   kLow,  kHigh,  kPlacement,
+                                        kPin,  kPivot,     kSamples, kPart, kLayer, kChannels};
 
 SampleRange MeasureFinite(const Image& image) {
   const auto measured =
@@ -51,6 +63,31 @@ ScEng::ReadMode FindReadMode(const std::string& word) {
   if (word == "color") return ScEng::ReadMode::kColor;
   if (word == "signed") return ScEng::ReadMode::kSigned;
   return word == "value" ? ScEng::ReadMode::kValue : ScEng::ReadMode::kAuto;
+}
+
+ScEng::SampleScale FindSampleScale(const std::string& word) {
+  if (word == "unit") return ScEng::SampleScale::kUnit;
+  return word == "stored" ? ScEng::SampleScale::kStored : ScEng::SampleScale::kAuto;
+}
+
+ScEng::ReadOptions MakeOptions(const EvaluatedInputs& inputs) {
+  ScEng::ReadOptions options;
+  options.mode = FindReadMode(inputs.GetText(kColorMode));
+  options.scale = FindSampleScale(inputs.GetText(kSamples));
+  options.part = inputs.GetText(kPart);
+  options.layer = inputs.GetText(kLayer);
+  options.channels = inputs.GetText(kChannels);
+  return options;
+}
+
+/// Puts an image where pin and pivot have it; what it carries of the ground moves along.
+void Place(Image& image, const ScEng::Point& pin, const ScEng::Point& pivot) {
+  const ScEng::Box2I before = image.GetBox();
+  image.SetPin(ScEng::RoundHalfDown(pin.x), ScEng::RoundHalfDown(pin.y));
+  image.SetPivot(static_cast<float>(pivot.x), static_cast<float>(pivot.y));
+  const ScEng::Box2I after = image.GetBox();
+  if (image.GetMetadata() == nullptr) return;
+  image.SetMetadata(ScEng::MoveMetadata(image.GetMetadata(), after.left - before.left, after.top - before.top));
 }
 
 }  // namespace
@@ -79,8 +116,7 @@ void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
   }
   ScEng::Status status;
   std::vector<std::string> notes;
-  const auto mode = FindReadMode(evaluated.GetText(kColorMode));
-  ImagePtr image = ScEng::ReadImageFile(path, mode, status, notes);
+  ImagePtr image = ScEng::ReadImageFile(path, MakeOptions(evaluated), status, notes);
   if (!image) {
     SetState(evaluation, State::kFileError, status.GetMessage());
     return;
@@ -93,10 +129,7 @@ void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     image->SetValueLowHigh(evaluated.GetNumber(kLow), evaluated.GetNumber(kHigh));
   }
   if (evaluated.GetText(kPlacement) == "custom") {
-    const ScEng::Point pin = evaluated.GetPoint(kPin);
-    const ScEng::Point pivot = evaluated.GetPoint(kPivot);
-    image->SetPin(ScEng::RoundHalfDown(pin.x), ScEng::RoundHalfDown(pin.y));
-    image->SetPivot(static_cast<float>(pivot.x), static_cast<float>(pivot.y));
+    Place(*image, evaluated.GetPoint(kPin), evaluated.GetPoint(kPivot));
   }
   output_.Set(image.Get());
   ScEng::ReportNotes(*this, evaluation, notes);

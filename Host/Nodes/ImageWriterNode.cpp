@@ -2,6 +2,7 @@
 #include "Host/Nodes/ImageWriterNode.h"
 
 #include "Host/Files/ImageFile.h"
+#include "Host/Files/PendingWrites.h"
 #include "Host/Nodes/HostLibrary.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Nodes/Notes.h"
@@ -11,8 +12,20 @@ namespace {
 
 constexpr AttributeRow kPath =
     PathRow("path", Attribute::StringUse::kWritePath, "The file to write. Its ending chooses the format.");
-constexpr AttributeRow kType = ChoiceRow("type", 0, "float,half,uint16,uint8", "The type of the stored samples.");
-constexpr AttributeRow kAttributes[] = {kPath, kType};
+constexpr AttributeRow kType =
+    ChoiceRow("type", 0, "auto,float,half,uint16,uint8,int16",
+              "The type of the stored samples. auto takes the most exact one that the format has.");
+constexpr AttributeRow kSamples =
+    ChoiceRow("samples", 0, "unit,stored",
+              "What unsigned integers hold: 0 to 1 spread over their whole range, or the values themselves, rounded.");
+constexpr AttributeRow kOpacity =
+    ChoiceRow("opacity", 0, "auto,keep,drop",
+              "Whether opacity is written. auto leaves it out where all files that the image was made of had none.");
+constexpr AttributeRow kMetadata = ChoiceRow(
+    "metadata", 0, "keep,strip", "Whether what the read file said of itself (EXIF, profile, coordinates) is written.");
+constexpr AttributeRow kLayer =
+    StringRow("layer", "", "The layer of an EXR. Writers with one path and different layers make one file.");
+constexpr AttributeRow kAttributes[] = {kPath, kType, kSamples, kOpacity, kMetadata, kLayer};
 
 }  // namespace
 
@@ -42,10 +55,15 @@ void ImageWriterNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     SetState(evaluation, State::kError, "The writer has no path; set its attribute \"path\".");
     return;
   }
-  const std::string type = evaluated.GetText(kType);
+  ScEng::WriteOptions options = ScEng::MakeWriteOptions(evaluated.GetText(kType), evaluated.GetText(kSamples),
+                                                        evaluated.GetText(kOpacity), evaluated.GetText(kMetadata));
+  const std::string layer = evaluated.GetText(kLayer);
   std::vector<std::string> notes;
-  const ScEng::Status status =
-      ScEng::WriteImageFile(*image, path, ScEng::FindSampleType(type).value_or(ScEng::SampleType::kFloat), notes);
+  if (auto* pending = ScEng::PendingWrites::GetCurrent()) {
+    options.compression = pending->GetCompression();
+    if (pending->Take({path, layer, ImagePtr(const_cast<Image*>(image)), options, this})) return;
+  }
+  const ScEng::Status status = ScEng::WriteImageLayers({{layer, image, options}}, path, notes);
   if (status.IsError()) {
     SetState(evaluation, State::kFileError, status.GetMessage());
     return;

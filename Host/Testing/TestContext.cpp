@@ -90,12 +90,12 @@ void Write(const Image& image, TestCaseReport& report) {
     status =
         Status::Error("the folder \"" + report.file.parent_path().string() + "\" cannot be made: " + error.message());
   } else {
-    status = ScEng::WriteImageFile(image, report.file, ScEng::SampleType::kFloat, notes);
+    status = ScEng::WriteImageFile(image, report.file, {.type = ScEng::SampleType::kFloat}, notes);
   }
   if (!status.IsError()) {
     const ImagePtr picture = ScEng::MakeDisplayImage(image, image.GetValueLow(), image.GetValueHigh());
     status = ScEng::WriteImageFile(*picture, std::filesystem::path(report.file).replace_extension(".png"),
-                                   ScEng::SampleType::kUint8, notes);
+                                   {.type = ScEng::SampleType::kUint8}, notes);
   }
   if (!status.IsError()) return;
   report.problem = status.GetMessage();
@@ -115,7 +115,7 @@ std::string FormatDifference(double difference) { return FormatNumber(difference
 ImagePtr Read(const std::filesystem::path& file, TestCaseReport& report) {
   std::vector<std::string> notes;
   Status status;
-  auto image = ScEng::ReadImageFile(file, ScEng::ReadMode::kAuto, status, notes);
+  auto image = ScEng::ReadImageFile(file, {}, status, notes);
   if (!image) {
     report.problem = status.GetMessage();
     report.is_file_problem = true;

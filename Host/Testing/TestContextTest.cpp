@@ -49,7 +49,7 @@ class TestContextTest : public testing::Test {
   static ImagePtr Read(const std::filesystem::path& file) {
     ScEng::Status status;
     std::vector<std::string> notes;
-    auto image = ScEng::ReadImageFile(file, ScEng::ReadMode::kAuto, status, notes);
+    auto image = ScEng::ReadImageFile(file, {}, status, notes);
     EXPECT_NE(image, nullptr) << status.GetMessage();
     return image;
   }
@@ -171,7 +171,7 @@ TEST_F(TestContextTest, TakesInputsFromTheWorkingFolderFirst) {
   std::vector<std::string> notes;
   const auto write = [&](const std::string& file, float value) {
     const Image image(1, 1, ColorMode::kValue, &value);
-    EXPECT_FALSE(ScEng::WriteImageFile(image, file, ScEng::SampleType::kFloat, notes).IsError());
+    EXPECT_FALSE(ScEng::WriteImageFile(image, file, {.type = ScEng::SampleType::kFloat}, notes).IsError());
   };
   write("shipped/input/pixel.exr", 7.0F);
   TestSession::Get().Start({.reference = {}, .inputs = folder_ / "shipped"});

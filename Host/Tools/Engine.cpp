@@ -5,6 +5,7 @@
 #include <chrono>
 #include <exception>
 #include <map>
+#include <memory>
 #include <new>
 #include <optional>
 #include <queue>
@@ -14,6 +15,7 @@
 #include <utility>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/ImageMetadata.h"
 #include "Host/Image/Oversize.h"
 #include "Host/Tools/AcyclicGraph.h"
 #include "Host/Tools/Guard.h"
@@ -23,6 +25,7 @@
 namespace {
 
 using ScEng::AcyclicGraph;
+using ScEng::ImageMetadata;
 using ScEng::RefPtr;
 using ScEng::Status;
 
@@ -107,6 +110,38 @@ std::size_t CountBytes(Node& node) {
     if (image != nullptr && images.insert(image).second) bytes += image->GetNumSamples() * sizeof(float);
   }
   return bytes;
+}
+
+/// What the images that a node makes of `inputs` carry: the metadata of the first image that has any, and opacity
+/// unless all images came from files without.
+std::shared_ptr<const ImageMetadata> CombineMetadata(const std::vector<const Image*>& inputs) {
+  std::shared_ptr<const ImageMetadata> first;
+  std::optional<bool> had_opacity = false;
+  for (const Image* image : inputs) {
+    const auto& metadata = image->GetMetadata();
+    const auto here = metadata ? metadata->had_opacity : std::nullopt;
+    if (here == true || (!here && had_opacity == false)) had_opacity = here;
+    if (metadata && (!first || (first->IsEmpty() && !metadata->IsEmpty()))) first = metadata;
+  }
+  if (!first || first->had_opacity == had_opacity) return first;
+  auto combined = std::make_shared<ImageMetadata>(*first);
+  combined->had_opacity = had_opacity;
+  return combined;
+}
+
+/// Hands on what the input images carry to the images that a node has made of them.
+void HandOnMetadata(Node& node, const std::vector<PlugValue>& inputs) {
+  std::vector<const Image*> images;
+  for (const PlugValue& input : inputs) {
+    if (const Image* image = input.GetImage()) images.push_back(image);
+  }
+  if (images.empty()) return;
+  const auto metadata = CombineMetadata(images);
+  for (unsigned outplug = 0; outplug < node.GetOutplugs().size(); ++outplug) {
+    Image* image = GetOwnImage(node, outplug);
+    const bool is_input = std::find(images.begin(), images.end(), image) != images.end();
+    if (image != nullptr && !is_input) image->SetMetadata(metadata);
+  }
 }
 
 /// Ends an evaluation at a node that was stopped.
@@ -431,6 +466,7 @@ class Engine::Graph {
         throw Stopped();
       }
       vertex.valid[outplug] = true;
+      HandOnMetadata(node, inputs);
       // Some nodes make all their outputs at once.
       for (unsigned other = 0; other < node.GetOutplugs().size(); ++other) {
         if (GetOwnImage(node, other) != nullptr) vertex.valid[other] = true;

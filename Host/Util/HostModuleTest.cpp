@@ -8,20 +8,20 @@ namespace {
 using ScEng::HostModule;
 
 TEST(HostModule, IsFoundBesideTheHostsLibraries) {
-  const HostModule module("HostCodecs", "the module of image formats");
+  const HostModule module("HostCodecPng", "the module of image formats");
   EXPECT_EQ(module.GetProblem(), "");
-  EXPECT_EQ(module.GetFile().filename(), "libHostCodecs.so");
+  EXPECT_EQ(module.GetFile().filename(), "libHostCodecPng.so");
   EXPECT_TRUE(std::filesystem::is_regular_file(module.GetFile()));
   EXPECT_TRUE(std::filesystem::exists(module.GetFile().parent_path() / "libHostUtil.so"));
 }
 
 TEST(HostModule, GivesItsEntryPoint) {
-  HostModule module("HostCodecs", "the module of image formats");
+  HostModule module("HostCodecPng", "the module of image formats");
   using Function = const void* (*)();
-  const auto function = module.Load<Function>("GetImageCodecs");
+  const auto function = module.Load<Function>("GetImageCodec");
   ASSERT_NE(function, nullptr) << module.GetProblem();
   EXPECT_NE(function(), nullptr);
-  EXPECT_EQ(HostModule("HostCodecs", "").Load<Function>("GetImageCodecs"), function);
+  EXPECT_EQ(HostModule("HostCodecPng", "").Load<Function>("GetImageCodec"), function);
 }
 
 TEST(HostModule, SaysWhichFileIsMissing) {
@@ -31,7 +31,7 @@ TEST(HostModule, SaysWhichFileIsMissing) {
 }
 
 TEST(HostModule, SaysWhichEntryPointIsMissing) {
-  HostModule module("HostCodecs", "the module of image formats");
+  HostModule module("HostCodecPng", "the module of image formats");
   EXPECT_EQ(module.Load<void (*)()>("NoSuchEntryPoint"), nullptr);
   EXPECT_NE(module.GetProblem().find("NoSuchEntryPoint"), std::string::npos) << module.GetProblem();
   EXPECT_EQ(module.GetProblem().find("the module of image formats cannot be loaded: "), 0U);

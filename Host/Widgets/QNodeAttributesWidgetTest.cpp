@@ -91,14 +91,12 @@ class BareNode : public Testing::TestNode {
 /// Throws at every question for a text.
 class ThrowingNode : public Testing::TestNode {
  public:
-  static constexpr NodeType kType{90, 1, 4};
-  static constexpr const char* kName = "ThrowingNode";
 
   ThrowingNode() {
     Add("count", 5.0, 0.0, 10.0, 1.0, 0);
     UpdateInplugsAndOutplugs();
   }
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
+  [[nodiscard]] NodeType GetNodeType() const override { return {90, 1, 4}; }
   [[nodiscard]] std::string GetName() const override { throw std::runtime_error("the shelf is bare"); }
   [[nodiscard]] std::string GetInplugAlias(unsigned) const override { throw 5; }
 };

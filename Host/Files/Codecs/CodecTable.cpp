@@ -42,10 +42,10 @@ constexpr FormatMetadata kOfGrid{.georeference = true, .nodata = true};
 
 // What is written comes first, what is only read has no types.
 constexpr FormatRow kFormats[] = {
-    {"png", "PNG", "png", ".png", true, kUpTo16, 4, true, kOfPng},
-    {"openexr", "OpenEXR", "exr", ".exr", true, kFloatAndHalf, 4, true, kOfExr, true},
-    {"geotiff", "GeoTIFF and COG", "rasters", ".tif,.tiff", true, kOfRasters, 4, true, kOfGeoTiff},
-    {"tiff", "TIFF", "pictures", ".tif,.tiff", true, kOfTiff, 4, true, kBlocks},
+    {"png", "PNG", "png", ".png", true, kUpTo16, 4, true, kOfPng, Pairs::kOpacity},
+    {"openexr", "OpenEXR", "exr", ".exr", true, kFloatAndHalf, 4, true, kOfExr, Pairs::kPlain, true, true},
+    {"geotiff", "GeoTIFF and COG", "rasters", ".tif,.tiff", true, kOfRasters, 4, true, kOfGeoTiff, Pairs::kPlain},
+    {"tiff", "TIFF", "pictures", ".tif,.tiff", true, kOfTiff, 4, true, kBlocks, Pairs::kPlain},
     {"jpeg", "JPEG", "pictures", ".jpg,.jpeg,.jpe", true, kBytes, 3, false, kBlocks},
     {"hdr", "Radiance HDR", "pictures", ".hdr,.rgbe", true, kFloats, 3, false, kNothing},
     {"bmp", "BMP", "pictures", ".bmp", true, kBytes, 4, true, kNothing},
@@ -69,22 +69,6 @@ constexpr FormatRow kFormats[] = {
     {"hgt", "SRTM HGT", "rasters", ".hgt", false, {}, 0, false, kNothing},
     {"vrt", "VRT", "rasters", ".vrt", false, {}, 0, false, kNothing},
 };
-
-bool HasEnding(const FormatRow& row, std::string_view ending) {
-  std::string_view rest = row.endings;
-  while (!rest.empty()) {
-    const std::size_t comma = std::min(rest.find(','), rest.size());
-    if (rest.substr(0, comma) == ending) return true;
-    rest.remove_prefix(std::min(comma + 1, rest.size()));
-  }
-  return false;
-}
-
-std::string EndingOf(const std::filesystem::path& file) {
-  std::string ending = file.extension().string();
-  std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-  return ending;
-}
 
 // ---- Recognition ----
 
@@ -215,12 +199,16 @@ const FormatRow* FindFormatRow(std::string_view name) {
   return found == std::end(kFormats) ? nullptr : found;
 }
 
-const FormatRow* FindFormatToWrite(const std::filesystem::path& file) {
-  const std::string ending = EndingOf(file);
-  if (ending.empty()) return nullptr;
-  const auto* found = std::find_if(std::begin(kFormats), std::end(kFormats),
-                                   [&](const FormatRow& row) { return row.writes && HasEnding(row, ending); });
-  return found == std::end(kFormats) ? nullptr : found;
+bool HasEnding(const FormatRow& row, const std::filesystem::path& file) {
+  std::string ending = file.extension().string();
+  std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
+  std::string_view rest = row.endings;
+  while (!rest.empty()) {
+    const std::size_t comma = std::min(rest.find(','), rest.size());
+    if (rest.substr(0, comma) == ending) return true;
+    rest.remove_prefix(std::min(comma + 1, rest.size()));
+  }
+  return false;
 }
 
 std::vector<Recognition> Recognize(const std::filesystem::path& file, int descriptor) {
@@ -240,12 +228,11 @@ std::vector<Recognition> Recognize(const std::filesystem::path& file, int descri
   // Nothing at the beginning tells: formats without a mark there, and those that only the libraries know.
   const Recognition pictures{FindCodecRow("pictures"), ""};
   const Recognition rasters{FindCodecRow("rasters"), ""};
-  const std::string ending = EndingOf(file);
   for (const FormatRow& row : kFormats) {
     const bool has_mark = std::any_of(std::begin(kSignatures), std::end(kSignatures), [&](const Signature& signature) {
       return std::string_view(row.name) == signature.format;
     });
-    if (has_mark || !HasEnding(row, ending)) continue;
+    if (has_mark || !HasEnding(row, file)) continue;
     if (std::string_view(row.codec) == "rasters") return {rasters, pictures};
   }
   return {pictures, rasters};

@@ -36,6 +36,16 @@ struct FormatMetadata {
   bool nodata = false;
 };
 
+/// What becomes of the two numbers of a pair when they are written.
+enum class Pairs {
+  /// Two plain channels.
+  kPlain,
+  /// Grey and opacity.
+  kOpacity,
+  /// The format has no two channels.
+  kNone,
+};
+
 /// A file format.
 struct FormatRow {
   /// As error lines and `value doctor` name it: "openexr".
@@ -52,7 +62,10 @@ struct FormatRow {
   int channels;
   bool opacity;
   FormatMetadata metadata;
+  Pairs pairs = Pairs::kNone;
   bool layers = false;
+  /// Whether colour is stored multiplied by opacity.
+  bool multiplies = false;
 };
 
 /// All codecs and all formats that are known by name, in the order in which they are tried.
@@ -61,8 +74,9 @@ HOST_FILES_API std::span<const FormatRow> GetFormatRows();
 HOST_FILES_API const CodecRow* FindCodecRow(std::string_view name);
 HOST_FILES_API const FormatRow* FindFormatRow(std::string_view name);
 
-/// The format that the ending of a file names for writing, or null.
-HOST_FILES_API const FormatRow* FindFormatToWrite(const std::filesystem::path& file);
+/// Whether a file's name has one of the endings of a format, in any case of letters.
+HOST_FILES_API bool HasEnding(const FormatRow& row, const std::filesystem::path& file);
+
 /// Which codec opens a file, and as what.
 struct Recognition {
   const CodecRow* codec;

@@ -70,7 +70,8 @@ float ToValue(Number number, const StoredSamples& stored, bool divides) {
   if constexpr (std::is_integral_v<Number>) {
     if (divides) {
       constexpr auto kLargest = std::numeric_limits<Number>::max();
-      // A float holds every number of 16 bits, so that the quotient is rounded once; wider ones take the way over double.
+      // A float holds every number of 16 bits, so that the quotient is rounded once; wider ones take the way over
+      // double.
       if constexpr (sizeof(Number) <= 2) return static_cast<float>(number) / static_cast<float>(kLargest);
       return static_cast<float>(static_cast<double>(number) / static_cast<double>(kLargest));
     }

@@ -135,14 +135,18 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// Asks for the image of an output plug as a file. Words and plug are checked.
   Status AddOutput(const DocumentOutput& output);
   /// The same, with a path that is relative to the working directory.
-  Status AddOutput(const std::string& plug, const std::filesystem::path& file, SampleType type);
+  Status AddOutput(const std::string& plug, const std::filesystem::path& file,
+                   std::optional<SampleType> type = std::nullopt);
   [[nodiscard]] const std::vector<DocumentOutput>& GetOutputs() const;
   /// Replaces an output; the one before stays on an error.
   Status SetOutput(std::size_t index, const DocumentOutput& output);
   Status RemoveOutput(std::size_t index);
-  /// Removes the requests for an output plug, to make room for `file` where given; answers the sample type of one whose
-  /// file has the same ending, if there was any.
-  std::optional<SampleType> RemoveOutputs(const std::string& plug, const std::filesystem::path& file = {});
+  /// Removes the requests for an output plug, to make room for `file` where given; answers one whose file has the same
+  /// ending, if there was any.
+  std::optional<DocumentOutput> RemoveOutputs(const std::string& plug, const std::filesystem::path& file = {});
+  /// How a run packs the samples of the files that it writes, in the words of `WriteOptions::compression`. No part of
+  /// the document.
+  void SetCompression(const std::string& compression);
 
   /// Renames every file that a run would write, outputs and writers alike, by `rename(file)`. Writers whose path is fed
   /// by a connection are refused.

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -69,6 +70,9 @@ struct ImageMetadata {
   /// The display window of an EXR, in document coordinates.
   std::optional<Box2I> display_window;
 
+  /// How an EXR packed its samples, where that loses nothing; an EXR that is made of it packs them alike.
+  std::string exr_compression;
+
   /// Everything else by name, in the order of the file. Names that formats share: "ImageDescription", "Artist",
   /// "Copyright", "Software", "DateTime", "DocumentName", "Comment". Others keep the name that the file gives them.
   std::vector<MetadataEntry> entries;
@@ -79,10 +83,15 @@ struct ImageMetadata {
 
   /// The entry of that name, or null.
   [[nodiscard]] HOST_IMAGE_API const MetadataEntry* Find(std::string_view name) const;
-  /// Whether there is anything in it that a file could hold; `had_opacity` does not count.
+  /// Whether there is nothing in it to tell; how files are stored (opacity, packing) does not count.
   [[nodiscard]] HOST_IMAGE_API bool IsEmpty() const;
 
   bool operator==(const ImageMetadata&) const = default;
 };
+
+/// The metadata of an image that is put elsewhere in the document, by so many columns and rows: each of its pixels stays
+/// where it is on the ground. The display window moves with it.
+HOST_IMAGE_API std::shared_ptr<const ImageMetadata> MoveMetadata(const std::shared_ptr<const ImageMetadata>& metadata,
+                                                                 std::int64_t columns, std::int64_t rows);
 
 }  // namespace ScEng

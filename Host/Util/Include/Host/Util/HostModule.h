@@ -13,8 +13,8 @@ namespace ScEng {
 /// module brings along are not made to be unloaded.
 class HOST_UTIL_API HostModule {
  public:
-  /// `name` is that of the library, for example "HostCodecs"; `title` says in messages what it is, for example "the
-  /// module of image formats".
+  /// `name` is that of the library, for example "HostCodecPng"; `title` says in messages what it is, for example "the
+  /// module of the codec png".
   HostModule(const std::string& name, std::string title);
 
   /// Where the file is, or would be.

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Files/Reading/OpenFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <exception>
+#include <new>
+#include <system_error>
+
+#include "Host/Files/Codecs/CodecTable.h"
+
+namespace ScEng {
+namespace {
+
+/// A file that is open for reading.
+class Descriptor {
+ public:
+  explicit Descriptor(const std::filesystem::path& file)
+      // Opening a pipe that nobody writes into would wait.
+      : number_(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)), error_(number_ < 0 ? errno : 0) {}
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  [[nodiscard]] int Get() const { return number_; }
+
+  /// Why it cannot be read; empty where it can.
+  [[nodiscard]] std::string FindProblem() const {
+    if (error_ == ENOENT || error_ == ENOTDIR) return "there is no such file";
+    if (error_ != 0) return std::generic_category().message(error_);
+    struct stat state {};
+    if (fstat(number_, &state) != 0) return std::generic_category().message(errno);
+    if (S_ISDIR(state.st_mode)) return "it is a folder";
+    if (!S_ISREG(state.st_mode)) return "it is not a regular file";
+    return state.st_size == 0 ? "the file is empty" : "";
+  }
+
+ private:
+  int number_;
+  int error_;
+};
+
+std::unique_ptr<ImageDecoder> OpenWith(const Recognition& recognition, const std::filesystem::path& file,
+                                       std::string& problem) {
+  const ImageCodec* codec = LoadCodec(*recognition.codec, problem);
+  if (codec == nullptr) return nullptr;
+  try {
+    Status status;
+    auto decoder = codec->Open(file, recognition.format, status);
+    if (decoder == nullptr) problem = status.GetMessage();
+    return decoder;
+  } catch (const std::bad_alloc&) {
+    problem = "there is not enough memory for it";
+  } catch (const std::exception& thrown) {
+    problem = thrown.what();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<ImageDecoder> OpenImageFile(const std::filesystem::path& file, std::string& problem) {
+  if (file.native().find('\0') != std::string::npos) {
+    problem = "its name holds a NUL character";
+    return nullptr;
+  }
+  const Descriptor descriptor(file);
+  problem = descriptor.FindProblem();
+  if (!problem.empty()) return nullptr;
+  const auto recognitions = Recognize(file, descriptor.Get());
+  for (const Recognition& recognition : recognitions) {
+    std::string reason;
+    auto decoder = OpenWith(recognition, file, reason);
+    if (decoder != nullptr) return decoder;
+    if (problem.empty()) problem = reason;
+  }
+  if (recognitions.front().format.empty()) problem = "it is in no image format that can be read (" + problem + ")";
+  return nullptr;
+}
+
+}  // namespace ScEng
