@@ -379,10 +379,11 @@ ImageMetadata MakeMetadata() {
   metadata.exif = MakeExif(true, 1);
   metadata.iptc = {0x1C, 0x02, 0x78, 0x00, 0x01, 'x'};
   metadata.xmp = "<x:xmpmeta xmlns:x='adobe:ns:meta/'/>";
-  metadata.icc.assign(200, 0);
-  // Its own length, and the channels that it describes.
-  metadata.icc[3] = 200;
+  // The length, the channels that it describes, and a table with a text as its only entry.
+  metadata.icc.assign(128, 0);
+  metadata.icc[3] = 156;
   std::memcpy(metadata.icc.data() + 16, "RGB ", 4);
+  Append(metadata.icc, "\0\0\0\1cprt\0\0\0\x90\0\0\0\x0Ctext\0\0\0\0own\0"sv);
   metadata.resolution = {118.11, 59.0};
   metadata.resolution_unit = "cm";
   metadata.entries = {{"gAMA", OpaqueValue{"png:gAMA", {0, 0, 0xB1, 0x8F}}},
