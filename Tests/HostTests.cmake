@@ -166,6 +166,19 @@ value_add_test(HostFilesTests
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0")
 
+value_add_test(HostCodecExrTests
+  SOURCES
+    "${host}/Files/Codecs/Exr/ExrCodecTest.cpp"
+    "${host}/Files/Codecs/Exr/ExrDamageTest.cpp"
+  DEPENDS ValueHost::Files OpenEXR::OpenEXR ZLIB::ZLIB)
+add_dependencies(HostCodecExrTests HostCodecExr)
+
+value_add_test(HostCodecPngTests
+  SOURCES
+    "${host}/Files/Codecs/Png/PngCodecTest.cpp"
+  DEPENDS ValueHost::Files ZLIB::ZLIB)
+add_dependencies(HostCodecPngTests HostCodecPng)
+
 # The panels, on the offscreen platform of Qt.
 set(widget_test_environment
   "QT_QPA_PLATFORM=offscreen"
