@@ -82,7 +82,12 @@ void PictureDecoder::ListParts() {
     description_.parts.push_back(std::move(part));
     subimages_.push_back(subimage);
   }
-  input.ClearError();
+  // After a search beyond the last part some readers do not find the first one again.
+  if (std::string problem; format != "tiff") {
+    if (auto fresh = PictureInput::Open(file_, format, problem)) inputs_.back() = std::move(fresh);
+  } else {
+    input.ClearError();
+  }
   if (HasBlocks(format) && !description_.parts.empty()) {
     FilePart& first = description_.parts.front();
     const int orientation = ReadBlocks(file_, format != "tiff", first.metadata, description_.notes);

@@ -6,6 +6,8 @@
 #include <cctype>
 #include <string_view>
 
+#include "Host/Files/Codecs/Pictures/FormatChecks.h"
+
 namespace ScEng {
 namespace {
 
@@ -46,6 +48,7 @@ std::unique_ptr<PictureInput> PictureInput::Open(const std::filesystem::path& fi
     problem = "the installed OpenImageIO does not read " + format;
     return nullptr;
   }
+  if (problem = FindDamage(file, format); !problem.empty()) return nullptr;
   opened->format_ = format;
   opened->file_ = std::make_unique<WatchedFile>(file);
   // Without the file's own ending, which may belong to another format.
@@ -65,7 +68,7 @@ std::unique_ptr<PictureInput> PictureInput::Open(const std::filesystem::path& fi
 std::unique_ptr<PictureInput> PictureInput::Find(const std::filesystem::path& file, std::string& problem) {
   // In the order in which their own checks are strict; Targa takes almost anything and comes last. Films, volumes and
   // what else the library knows are not asked.
-  constexpr std::array kFormats{"rla", "heif", "dds", "zfile", "iff", "cineon", "targa"};
+  constexpr std::array kFormats{"rla", "heif", "zfile", "iff", "targa"};
   for (const char* format : kFormats) {
     if (auto opened = Open(file, format, problem)) return opened;
   }
