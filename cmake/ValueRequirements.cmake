@@ -24,3 +24,16 @@ macro(value_require package version debian_package purpose)
       "${${package}_DIR} (Debian package ${debian_package})")
   endif()
 endmacro()
+
+# value_require_module(<name> <module> <oldest version> <Debian package> <purpose>)
+#
+# The same for a library that describes itself to pkg-config, as the target PkgConfig::<name>.
+macro(value_require_module name module version debian_package purpose)
+  value_require(PkgConfig "" pkg-config "${purpose}")
+  pkg_check_modules(${name} QUIET IMPORTED_TARGET GLOBAL "${module}>=${version}")
+  if(NOT ${name}_FOUND)
+    message(FATAL_ERROR
+      "${module} ${version} or later is needed for ${purpose}, and was not found (Debian package ${debian_package}; "
+      "./install-packages installs all that is needed).")
+  endif()
+endmacro()

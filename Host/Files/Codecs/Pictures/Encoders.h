@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Host/Files/Codecs/Codec.h"
+
+// The encoders of this module. Each begins a file, or answers null and an error.
+
+namespace ScEng {
+
+std::unique_ptr<ImageEncoder> CreateTiff(const std::filesystem::path& path, const WritePlan& plan,
+                                         std::vector<std::string>& notes, Status& status);
+std::unique_ptr<ImageEncoder> CreateJpeg(const std::filesystem::path& path, const WritePlan& plan,
+                                         std::vector<std::string>& notes, Status& status);
+std::unique_ptr<ImageEncoder> CreateWebp(const std::filesystem::path& path, const WritePlan& plan,
+                                         std::vector<std::string>& notes, Status& status);
+std::unique_ptr<ImageEncoder> CreateJpeg2000(const std::filesystem::path& path, const WritePlan& plan,
+                                             std::vector<std::string>& notes, Status& status);
+std::unique_ptr<ImageEncoder> CreatePnm(const std::filesystem::path& path, const WritePlan& plan,
+                                        std::vector<std::string>& notes, Status& status);
+std::unique_ptr<ImageEncoder> CreateSgi(const std::filesystem::path& path, const WritePlan& plan,
+                                        std::vector<std::string>& notes, Status& status);
+/// What the library of formats writes: HDR, BMP, Targa and DPX.
+std::unique_ptr<ImageEncoder> CreatePlain(const std::filesystem::path& path, const std::string& format,
+                                          const WritePlan& plan, std::vector<std::string>& notes, Status& status);
+
+}  // namespace ScEng

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Files/Codecs/Pictures/FormatChecks.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <vector>
+
+namespace ScEng {
+namespace {
+
+constexpr const char* kDamagedHeader = "its header is damaged";
+constexpr const char* kDamagedData = "its data are damaged or shortened";
+
+/// The bytes of a file; what lies beyond its end reads as zero, and is asked for before it matters.
+class Bytes {
+ public:
+  explicit Bytes(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    bytes_.assign(std::istreambuf_iterator<char>(stream), {});
+  }
+  [[nodiscard]] std::size_t GetSize() const { return bytes_.size(); }
+  [[nodiscard]] bool Has(std::uint64_t at, std::uint64_t size) const {
+    return at <= bytes_.size() && size <= bytes_.size() - at;
+  }
+  [[nodiscard]] std::uint32_t Get(std::size_t at) const {
+    return at < bytes_.size() ? static_cast<unsigned char>(bytes_[at]) : 0U;
+  }
+  [[nodiscard]] std::uint32_t Big(std::size_t at, std::size_t size) const {
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < size; ++i) number = (number << 8) | Get(at + i);
+    return number;
+  }
+  [[nodiscard]] std::uint32_t Little(std::size_t at, std::size_t size) const {
+    std::uint32_t number = 0;
+    for (std::size_t i = size; i > 0; --i) number = (number << 8) | Get(at + i - 1);
+    return number;
+  }
+
+ private:
+  std::vector<char> bytes_;
+};
+
+/// Walks a packed row of SGI: whether it gives exactly `width` samples of `size` bytes.
+bool IsWholeSgiRow(const Bytes& bytes, std::size_t at, std::size_t length, std::size_t width, std::size_t size) {
+  constexpr std::uint32_t kCount = 0x7F;
+  constexpr std::uint32_t kIsLiteral = 0x80;
+  const std::size_t end = at + length;
+  std::size_t samples = 0;
+  while (at + size <= end) {
+    const std::uint32_t code = bytes.Big(at, size);
+    at += size;
+    const std::size_t count = code & kCount;
+    if (count == 0) break;
+    const std::size_t taken = (code & kIsLiteral) != 0 ? count * size : size;
+    if (taken > end - at) return false;
+    at += taken;
+    samples += count;
+    if (samples > width) return false;
+  }
+  return samples == width;
+}
+
+std::string CheckSgi(const Bytes& bytes) {
+  constexpr std::size_t kHeader = 512;
+  const bool is_packed = bytes.Get(2) == 1;
+  const std::size_t size = bytes.Get(3);
+  const std::uint32_t dimensions = bytes.Big(4, 2);
+  const std::size_t width = bytes.Big(6, 2);
+  const std::size_t height = dimensions >= 2 ? bytes.Big(8, 2) : 1;
+  const std::size_t channels = dimensions >= 3 ? bytes.Big(10, 2) : 1;
+  if (!bytes.Has(0, kHeader) || (size != 1 && size != 2)) return kDamagedHeader;
+  if (!is_packed) return {};
+  const std::size_t rows = height * channels;
+  if (!bytes.Has(kHeader, std::uint64_t{rows} * 8)) return kDamagedData;
+  for (std::size_t i = 0; i < rows; ++i) {
+    const std::size_t at = bytes.Big(kHeader + i * 4, 4);
+    const std::size_t length = bytes.Big(kHeader + (rows + i) * 4, 4);
+    if (!bytes.Has(at, length) || !IsWholeSgiRow(bytes, at, length, width, size)) return kDamagedData;
+  }
+  return {};
+}
+
+struct PicPacket {
+  bool is_packed;
+  std::size_t pixel_bytes;
+};
+
+/// The channels of a Softimage picture come in packets, each of which is stored by itself in every row.
+std::optional<std::vector<PicPacket>> ReadPicPackets(const Bytes& bytes, std::size_t& at) {
+  constexpr std::size_t kMostPackets = 8;
+  constexpr std::uint32_t kMixedRuns = 2;
+  std::vector<PicPacket> packets;
+  bool is_chained = true;
+  while (is_chained) {
+    if (!bytes.Has(at, 4) || packets.size() == kMostPackets) return std::nullopt;
+    is_chained = bytes.Get(at) != 0;
+    const std::uint32_t channels = bytes.Get(at + 3);
+    std::size_t count = 0;
+    for (std::uint32_t bit = 0x10; bit <= 0x80; bit <<= 1) count += (channels & bit) != 0 ? 1 : 0;
+    const std::uint32_t kind = bytes.Get(at + 2) & 3U;
+    if (count == 0 || bytes.Get(at + 1) != 8 || (kind != 0 && kind != kMixedRuns)) return std::nullopt;
+    packets.push_back({kind == kMixedRuns, count});
+    at += 4;
+  }
+  return packets;
+}
+
+bool WalkPicRow(const Bytes& bytes, const PicPacket& packet, std::size_t width, std::size_t& at) {
+  constexpr std::uint32_t kLongRun = 128;
+  if (!packet.is_packed) {
+    const bool is_there = bytes.Has(at, std::uint64_t{width} * packet.pixel_bytes);
+    at += width * packet.pixel_bytes;
+    return is_there;
+  }
+  std::size_t pixels = 0;
+  while (pixels < width) {
+    const std::uint32_t code = bytes.Get(at);
+    const bool is_long = code == kLongRun;
+    const std::size_t count = code < kLongRun ? code + 1 : is_long ? bytes.Big(at + 1, 2) : code - kLongRun + 1;
+    const std::size_t size = (is_long ? 3 : 1) + packet.pixel_bytes * (code < kLongRun ? count : 1);
+    if (count == 0 || !bytes.Has(at, size)) return false;
+    at += size;
+    pixels += count;
+  }
+  return pixels == width;
+}
+
+std::string CheckPic(const Bytes& bytes) {
+  constexpr std::size_t kWidthAt = 92;
+  constexpr std::size_t kPacketsAt = 104;
+  const std::size_t width = bytes.Big(kWidthAt, 2);
+  const std::size_t height = bytes.Big(kWidthAt + 2, 2);
+  std::size_t at = kPacketsAt;
+  const auto packets = ReadPicPackets(bytes, at);
+  if (!packets || width == 0 || height == 0) return kDamagedHeader;
+  for (std::size_t row = 0; row < height; ++row) {
+    for (const PicPacket& packet : *packets) {
+      if (!WalkPicRow(bytes, packet, width, at)) {
+        return "its data are damaged or shortened: " + std::to_string(row) + " of " + std::to_string(height) +
+               " rows are there";
+      }
+    }
+  }
+  return {};
+}
+
+/// Whether a picture of an icon fits its entry in the table: the reader takes sizes from both.
+bool IsWholeIcon(const Bytes& bytes, std::size_t entry) {
+  constexpr std::uint32_t kPngMark = 0x89504E47;
+  constexpr std::array<std::uint32_t, 5> kDepths{1, 4, 8, 24, 32};
+  constexpr std::uint64_t kHeader = 40;
+  const std::uint32_t width = bytes.Get(entry) == 0 ? 256 : bytes.Get(entry);
+  const std::uint32_t height = bytes.Get(entry + 1) == 0 ? 256 : bytes.Get(entry + 1);
+  const std::uint64_t size = bytes.Little(entry + 8, 4);
+  const std::size_t at = bytes.Little(entry + 12, 4);
+  if (!bytes.Has(at, std::max(size, kHeader))) return false;
+  if (bytes.Big(at, 4) == kPngMark) return true;
+  const std::uint32_t depth = bytes.Little(at + 14, 2);
+  if (bytes.Little(at, 4) != kHeader || bytes.Little(at + 4, 4) != width || bytes.Little(at + 8, 4) != 2 * height ||
+      std::find(kDepths.begin(), kDepths.end(), depth) == kDepths.end()) {
+    return false;
+  }
+  const std::uint64_t colors = depth > 8 ? 0 : bytes.Little(at + 32, 4) != 0 ? bytes.Little(at + 32, 4) : 1U << depth;
+  // Rows are filled up to 32 bits, in the picture and in its mask.
+  const std::uint64_t row = (std::uint64_t{width} * depth + 31) / 32 * 4;
+  return colors <= 256 && bytes.Has(at, kHeader + colors * 4 + row * height);
+}
+
+std::string CheckIcon(const Bytes& bytes) {
+  constexpr std::size_t kEntry = 16;
+  const std::size_t count = bytes.Little(4, 2);
+  if (count == 0 || !bytes.Has(6, count * kEntry)) return kDamagedHeader;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!IsWholeIcon(bytes, 6 + i * kEntry)) return "its picture " + std::to_string(i) + " is damaged or shortened";
+  }
+  return {};
+}
+
+std::string CheckCineon(const Bytes& bytes) {
+  constexpr std::size_t kChannelsAt = 193;
+  constexpr std::size_t kElementsAt = 196;
+  constexpr std::size_t kElement = 28;
+  constexpr std::array<std::uint32_t, 4> kDepths{8, 10, 12, 16};
+  const std::size_t channels = bytes.Get(kChannelsAt);
+  if (channels == 0 || channels > 8 || !bytes.Has(0, 1024)) return kDamagedHeader;
+  for (std::size_t i = 0; i < channels; ++i) {
+    const std::uint32_t depth = bytes.Get(kElementsAt + i * kElement + 2);
+    if (std::find(kDepths.begin(), kDepths.end(), depth) == kDepths.end()) {
+      return "it has " + std::to_string(depth) + " bits per sample; 8, 10, 12 and 16 are read";
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string FindDamage(const std::filesystem::path& file, std::string_view format) {
+  using Check = std::string (*)(const Bytes&);
+  constexpr std::array<std::pair<std::string_view, Check>, 4> kChecks{
+      {{"sgi", CheckSgi}, {"softimage", CheckPic}, {"ico", CheckIcon}, {"cineon", CheckCineon}}};
+  for (const auto& [name, check] : kChecks) {
+    if (format == name) return check(Bytes(file));
+  }
+  return {};
+}
+
+}  // namespace ScEng

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Host/Image/ImageMetadata.h"
+
+namespace ScEng {
+
+/// Reads the EXIF block of a file, upright and without what describes the stored samples, and with `reads_all` also its
+/// other blocks, its comment, and the resolution and texts of the EXIF block. What is damaged is left out with a note.
+/// The answer is the orientation that the EXIF block gives.
+int ReadBlocks(const std::filesystem::path& file, bool reads_all, ImageMetadata& metadata,
+               std::vector<std::string>& notes);
+
+/// The EXIF block for a new file: that of the metadata, with their resolution, and with their texts where it has none
+/// of its own. Empty where there is nothing to say.
+std::vector<std::uint8_t> MakeExifBlock(const ImageMetadata& metadata);
+
+/// The IPTC records in the frame in which JPEG holds them.
+std::vector<std::uint8_t> FrameIptc(const std::vector<std::uint8_t>& iptc);
+
+}  // namespace ScEng

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <OpenImageIO/imageio.h>
+
+#include <mutex>
+
+#include "Host/Files/Codecs/Pictures/Encoders.h"
+#include "Host/Files/Codecs/Pictures/JpegDecoder.h"
+#include "Host/Files/Codecs/Pictures/PictureDecoder.h"
+#include "Host/Files/Codecs/Pictures/PictureEncoder.h"
+#include "Host/Util/ParallelRows.h"
+
+namespace ScEng {
+namespace {
+
+/// Lets the library of formats use as many threads as the host.
+void ShareThreads() {
+  static std::mutex mutex;
+  static std::size_t shared = 0;
+  const std::lock_guard lock(mutex);
+  const std::size_t wanted = GetNumThreads();
+  if (shared == wanted) return;
+  OIIO::attribute("threads", static_cast<int>(wanted));
+  shared = wanted;
+}
+
+class PicturesCodec final : public ImageCodec {
+ public:
+  [[nodiscard]] std::unique_ptr<ImageDecoder> Open(const std::filesystem::path& file, const std::string& format,
+                                                   Status& status) const override {
+    if (format == "jpeg") return JpegDecoder::Open(file, status);
+    ShareThreads();
+    return PictureDecoder::Open(file, format, status);
+  }
+
+  [[nodiscard]] std::unique_ptr<ImageEncoder> Create(const std::filesystem::path& path, const std::string& format,
+                                                     const WritePlan& plan, std::vector<std::string>& notes,
+                                                     Status& status) const override {
+    NoteWhatIsLeftOut(plan, format, notes);
+    if (format == "tiff") return CreateTiff(path, plan, notes, status);
+    if (format == "jpeg") return CreateJpeg(path, plan, notes, status);
+    if (format == "webp") return CreateWebp(path, plan, notes, status);
+    if (format == "jpeg2000") return CreateJpeg2000(path, plan, notes, status);
+    if (!plan.compression.empty() && plan.compression != "none") {
+      status = Status::Error("the compression \"" + plan.compression + "\" is not one of the format, which has none");
+      return nullptr;
+    }
+    if (format == "pnm") return CreatePnm(path, plan, notes, status);
+    if (format == "sgi") return CreateSgi(path, plan, notes, status);
+    ShareThreads();
+    return CreatePlain(path, format, plan, notes, status);
+  }
+};
+
+}  // namespace
+}  // namespace ScEng
+
+extern "C" __attribute__((visibility("default"))) const ScEng::ImageCodec* GetImageCodec() {
+  static const ScEng::PicturesCodec& codec = *new ScEng::PicturesCodec;
+  return &codec;
+}
