@@ -166,6 +166,11 @@ value_add_test(HostFilesTests
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0")
 
+value_add_test(HostCodecRastersTests
+  SOURCES "${host}/Files/Codecs/Rasters/RastersCodecTest.cpp"
+  DEPENDS ValueHost::Files nlohmann_json::nlohmann_json ZLIB::ZLIB)
+add_dependencies(HostCodecRastersTests HostCodecRasters)
+
 # The panels, on the offscreen platform of Qt.
 set(widget_test_environment
   "QT_QPA_PLATFORM=offscreen"
