@@ -83,6 +83,9 @@ class GeoTiffEncoder final : public ImageEncoder {
     if (compression.predicts) options.SetNameValue("PREDICTOR", predictor);
     options.SetNameValue("PHOTOMETRIC", colors == 3 ? "RGB" : "MINISBLACK");
     options.SetNameValue("ALPHA", has_opacity ? "NON-PREMULTIPLIED" : "NO");
+    if (!plan_.metadata.icc.empty()) {
+      options.SetNameValue("SOURCE_ICC_PROFILE", EncodeProfile(plan_.metadata.icc).c_str());
+    }
     GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
     dataset_.reset(driver->Create(path_.c_str(), plan_.size_x, plan_.size_y, channels, type_, options.List()));
     if (dataset_ == nullptr) return MakeError(scope);

@@ -217,13 +217,6 @@ void WriteEntries(GDALDataset& dataset, const ImageMetadata& metadata) {
   }
 }
 
-void WriteProfile(GDALDataset& dataset, const std::vector<std::uint8_t>& icc) {
-  if (icc.empty()) return;
-  char* text = CPLBase64Encode(static_cast<int>(icc.size()), icc.data());
-  dataset.SetMetadataItem(kProfileItem, text, kProfileDomain);
-  CPLFree(text);
-}
-
 void WriteStoredHeader(GDALDataset& dataset, const WritePlan& plan) {
   const auto set = [&](const char* key, const std::string& value) {
     dataset.SetMetadataItem(key, value.c_str(), kHeaderDomain);
@@ -265,13 +258,19 @@ void ReadRasterMetadata(GDALDataset& dataset, FilePart& part, std::vector<std::s
   }
 }
 
+std::string EncodeProfile(const std::vector<std::uint8_t>& icc) {
+  char* text = CPLBase64Encode(static_cast<int>(icc.size()), icc.data());
+  std::string encoded = text;
+  CPLFree(text);
+  return encoded;
+}
+
 void WriteRasterMetadata(GDALDataset& dataset, const WritePlan& plan, std::vector<std::string>& notes) {
   const ImageMetadata& metadata = plan.metadata;
   // The entry that tells where in a pixel its sample lies comes first: the transform is written accordingly.
   WriteEntries(dataset, metadata);
   if (metadata.georeference) WriteGeoreference(dataset, *metadata.georeference, notes);
   WriteResolution(dataset, metadata);
-  WriteProfile(dataset, metadata.icc);
   WriteStoredHeader(dataset, plan);
   if (!metadata.xmp.empty()) {
     std::string xmp = metadata.xmp;

@@ -17,7 +17,10 @@ void ReadRasterMetadata(GDALDataset& dataset, FilePart& part, std::vector<std::s
 /// The coordinate system of a raster as WKT; empty where it has none.
 std::string GetCoordinateSystem(const GDALDataset& dataset);
 
-/// Gives a new GeoTIFF, before its first samples, what the plan says of the image. What the format cannot hold is told
+/// An ICC profile as GDAL takes it with the options of a new file.
+std::string EncodeProfile(const std::vector<std::uint8_t>& icc);
+
+/// Gives a new GeoTIFF, before its first samples, what the plan says of the image, except the profile. What the format cannot hold is told
 /// in `notes`.
 void WriteRasterMetadata(GDALDataset& dataset, const WritePlan& plan, std::vector<std::string>& notes);
 

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <zlib.h>
 
 #include <array>
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -205,17 +208,17 @@ std::string Store(const std::string& bytes) {
 Georeference MakeUtm() {
   Georeference georeference;
   georeference.coordinate_system =
-      R"(PROJCRS["WGS 84 / UTM zone 32N",BASEGEOGCRS["WGS 84",DATUM["World Geodetic System 1984",)"
-      R"(ELLIPSOID["WGS 84",6378137,298.257223563,LENGTHUNIT["metre",1]]],)"
-      R"(PRIMEM["Greenwich",0,ANGLEUNIT["degree",0.0174532925199433]],ID["EPSG",4326]],)"
-      R"(CONVERSION["UTM zone 32N",METHOD["Transverse Mercator",ID["EPSG",9807]],)"
-      R"(PARAMETER["Latitude of natural origin",0,ANGLEUNIT["degree",0.0174532925199433],ID["EPSG",8801]],)"
-      R"(PARAMETER["Longitude of natural origin",9,ANGLEUNIT["degree",0.0174532925199433],ID["EPSG",8802]],)"
-      R"(PARAMETER["Scale factor at natural origin",0.9996,SCALEUNIT["unity",1],ID["EPSG",8805]],)"
-      R"(PARAMETER["False easting",500000,LENGTHUNIT["metre",1],ID["EPSG",8806]],)"
-      R"(PARAMETER["False northing",0,LENGTHUNIT["metre",1],ID["EPSG",8807]]],)"
-      R"(CS[Cartesian,2],AXIS["(E)",east,ORDER[1],LENGTHUNIT["metre",1]],)"
-      R"(AXIS["(N)",north,ORDER[2],LENGTHUNIT["metre",1]],ID["EPSG",32632]])";
+      R"wkt(PROJCRS["WGS 84 / UTM zone 32N",BASEGEOGCRS["WGS 84",DATUM["World Geodetic System 1984",)wkt"
+      R"wkt(ELLIPSOID["WGS 84",6378137,298.257223563,LENGTHUNIT["metre",1]]],)wkt"
+      R"wkt(PRIMEM["Greenwich",0,ANGLEUNIT["degree",0.0174532925199433]],ID["EPSG",4326]],)wkt"
+      R"wkt(CONVERSION["UTM zone 32N",METHOD["Transverse Mercator",ID["EPSG",9807]],)wkt"
+      R"wkt(PARAMETER["Latitude of natural origin",0,ANGLEUNIT["degree",0.0174532925199433],ID["EPSG",8801]],)wkt"
+      R"wkt(PARAMETER["Longitude of natural origin",9,ANGLEUNIT["degree",0.0174532925199433],ID["EPSG",8802]],)wkt"
+      R"wkt(PARAMETER["Scale factor at natural origin",0.9996,SCALEUNIT["unity",1],ID["EPSG",8805]],)wkt"
+      R"wkt(PARAMETER["False easting",500000,LENGTHUNIT["metre",1],ID["EPSG",8806]],)wkt"
+      R"wkt(PARAMETER["False northing",0,LENGTHUNIT["metre",1],ID["EPSG",8807]]],)wkt"
+      R"wkt(CS[Cartesian,2],AXIS["(E)",east,ORDER[1],LENGTHUNIT["metre",1]],)wkt"
+      R"wkt(AXIS["(N)",north,ORDER[2],LENGTHUNIT["metre",1]],ID["EPSG",32632]])wkt";
   georeference.transform = {399960, 25, 0, 5300040, 0, -25};
   return georeference;
 }
@@ -622,7 +625,7 @@ TEST_F(RastersCodec, KeepsTheCornersThatGdalinfoSees) {
   ReadFile(At("a.tif"));
   ASSERT_TRUE(part_.metadata.georeference);
   EXPECT_EQ(part_.metadata.georeference->transform, plan.metadata.georeference->transform);
-  EXPECT_EQ(part_.metadata.georeference->coordinate_system.substr(0, 33), "PROJCRS[\"WGS 84 / UTM zone 32N\",");
+  EXPECT_EQ(part_.metadata.georeference->coordinate_system.substr(0, 32), "PROJCRS[\"WGS 84 / UTM zone 32N\",");
   EXPECT_EQ(part_.metadata.value_unit, "metre");
   // What was read is written again as it is.
   plan.metadata.georeference = part_.metadata.georeference;
@@ -730,7 +733,9 @@ TEST_F(RastersCodec, NoticesDamageInEveryByteOfDeflatedSamples) {
     damaged[at] = static_cast<char>(damaged[at] ^ 0x10);
     const auto found = ReadFile(Put("b.tif", damaged));
     if (found.empty()) ++errors;
-    if (!found.empty()) EXPECT_EQ(found, expected) << "byte " << at << " was changed without a word";
+    if (!found.empty()) {
+      EXPECT_EQ(found, expected) << "byte " << at << " was changed without a word";
+    }
   }
   EXPECT_GT(errors, 20);
 }
@@ -768,8 +773,11 @@ TEST_F(RastersCodec, EndsInAnErrorWhereverAFileIsCut) {
   const auto expected = ReadFile(At("a.tif"));
   for (std::size_t size = 0; size < whole.size(); size += 23) {
     const auto found = ReadFile(Put("b.tif", whole.substr(0, size)));
-    if (!found.empty()) EXPECT_EQ(found, expected) << size << " bytes of " << whole.size();
-    if (found.empty()) EXPECT_FALSE(status_.GetMessage().empty());
+    if (found.empty()) {
+      EXPECT_FALSE(status_.GetMessage().empty());
+    } else {
+      EXPECT_EQ(found, expected) << size << " bytes of " << whole.size();
+    }
   }
 }
 
