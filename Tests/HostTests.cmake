@@ -178,6 +178,10 @@ value_add_test(HostCodecPngTests
     "${host}/Files/Codecs/Png/PngCodecTest.cpp"
   DEPENDS ValueHost::Files ZLIB::ZLIB)
 add_dependencies(HostCodecPngTests HostCodecPng)
+value_add_test(HostCodecRastersTests
+  SOURCES "${host}/Files/Codecs/Rasters/RastersCodecTest.cpp"
+  DEPENDS ValueHost::Files nlohmann_json::nlohmann_json ZLIB::ZLIB)
+add_dependencies(HostCodecRastersTests HostCodecRasters)
 
 # The panels, on the offscreen platform of Qt.
 set(widget_test_environment

@@ -65,7 +65,7 @@ constexpr FormatRow kFormats[] = {
     {"softimage", "Softimage PIC", "pictures", ".pic", false, {}, 0, false, kNothing},
     {"heif", "HEIF and AVIF", "pictures", ".heic,.heif,.avif", false, {}, 0, false, kNothing},
     {"ascii-grid", "Esri ASCII grid", "rasters", ".asc", true, kFloats, 1, false, kOfGrid},
-    {"ehdr", "Esri BIL", "rasters", ".bil", true, kOfRasters, 4, false, kOfGrid},
+    {"ehdr", "Esri BIL", "rasters", ".bil", false, {}, 0, false, kNothing},
     {"hgt", "SRTM HGT", "rasters", ".hgt", false, {}, 0, false, kNothing},
     {"vrt", "VRT", "rasters", ".vrt", false, {}, 0, false, kNothing},
 };
