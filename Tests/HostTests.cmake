@@ -166,6 +166,12 @@ value_add_test(HostFilesTests
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0")
 
+value_add_test(HostReadingTests
+  SOURCES
+    "${host}/Files/Reading/ChannelSelection.cpp"
+    "${host}/Files/Reading/ChannelSelectionTest.cpp"
+  DEPENDS ValueHost::Files)
+
 value_add_test(HostCodecExrTests
   SOURCES
     "${host}/Files/Codecs/Exr/ExrCodecTest.cpp"

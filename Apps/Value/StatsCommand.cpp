@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/FileFacts.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Image/Image.h"
 
@@ -95,16 +96,20 @@ class StatsCommand : public Command {
     const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), {}, status, notes);
     if (!image) return Fail(ExitCode::kFile, status.GetMessage());
     reporter_.Notes(notes);
+    const auto file = ScEng::DescribeImageFile(ScEng::MakePath(file_), status);
+    if (!file) return Fail(ExitCode::kFile, status.GetMessage());
     const Figures figures = Measure(*image, bins_);
-    reporter_.Print(Describe(*image, figures));
-    reporter_.Finish(ToAnswer(*image, figures));
+    reporter_.Print(Describe(*image, figures, *file));
+    nlohmann::ordered_json answer = ToAnswer(*image, figures);
+    answer.update(FileToJson(*file));
+    reporter_.Finish(answer);
     return ExitCode::kDone;
   }
 
  private:
   using Status = ScEng::Status;
 
-  std::string Describe(const Image& image, const Figures& figures) const {
+  std::string Describe(const Image& image, const Figures& figures, const ScEng::FileDescription& file) const {
     std::ostringstream text;
     text << file_ << "\n"
          << "  size        " << image.GetSizeX() << " x " << image.GetSizeY() << "\n"
@@ -120,7 +125,8 @@ class StatsCommand : public Command {
          << "  NaN         " << figures.nan << "\n"
          << "  infinite    " << figures.infinite << "\n"
          << "  histogram of the finite samples, each bar from\n"
-         << DrawHistogram(figures);
+         << DrawHistogram(figures) << "The file\n"
+         << DescribeFile(file);
     return text.str();
   }
 

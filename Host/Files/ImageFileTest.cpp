@@ -59,7 +59,7 @@ using Notes = std::vector<std::string>;
 
 void Write(const Image& image, const std::filesystem::path& file, SampleType type, Notes* notes = nullptr) {
   Notes own;
-  const Status status = ScEng::WriteImageFile(image, file, type, own);
+  const Status status = ScEng::WriteImageFile(image, file, {.type = type}, own);
   EXPECT_FALSE(status.IsError()) << status.GetMessage();
   if (notes != nullptr) *notes = own;
 }
@@ -67,7 +67,7 @@ void Write(const Image& image, const std::filesystem::path& file, SampleType typ
 ImagePtr Read(const std::filesystem::path& file, ReadMode mode = ReadMode::kAuto, Notes* notes = nullptr) {
   Notes own;
   Status status;
-  auto image = ScEng::ReadImageFile(file, mode, status, own);
+  auto image = ScEng::ReadImageFile(file, {.mode = mode}, status, own);
   EXPECT_NE(image, nullptr) << status.GetMessage();
   if (notes != nullptr) *notes = own;
   return image;
@@ -77,7 +77,7 @@ ImagePtr Read(const std::filesystem::path& file, ReadMode mode = ReadMode::kAuto
 std::string ReadFailure(const std::filesystem::path& file) {
   Notes notes;
   Status status;
-  EXPECT_EQ(ScEng::ReadImageFile(file, ReadMode::kAuto, status, notes), nullptr);
+  EXPECT_EQ(ScEng::ReadImageFile(file, {}, status, notes), nullptr);
   EXPECT_TRUE(status.IsError());
   EXPECT_TRUE(Contains(status.GetMessage(), file.filename().string()));
   EXPECT_EQ(status.GetMessage().find('\n'), std::string::npos);
@@ -86,7 +86,7 @@ std::string ReadFailure(const std::filesystem::path& file) {
 
 std::string WriteFailure(const Image& image, const std::filesystem::path& file, SampleType type = SampleType::kFloat) {
   Notes notes;
-  const Status status = ScEng::WriteImageFile(image, file, type, notes);
+  const Status status = ScEng::WriteImageFile(image, file, {.type = type}, notes);
   EXPECT_TRUE(status.IsError());
   EXPECT_TRUE(Contains(status.GetMessage(), file.filename().string()));
   EXPECT_EQ(status.GetMessage().find('\n'), std::string::npos);
