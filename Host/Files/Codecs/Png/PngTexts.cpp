@@ -80,7 +80,7 @@ std::optional<std::string> ToLatin1(std::string_view utf8) {
 }
 
 std::optional<Bytes> Inflate(std::span<const std::uint8_t> packed, std::size_t most) {
-  constexpr std::size_t kPiece = 65536;
+  std::array<std::uint8_t, 32768> piece;
   z_stream stream{};
   if (inflateInit(&stream) != Z_OK) throw std::bad_alloc();
   stream.next_in = const_cast<Bytef*>(packed.data());
@@ -88,12 +88,10 @@ std::optional<Bytes> Inflate(std::span<const std::uint8_t> packed, std::size_t m
   Bytes bytes;
   int state = Z_OK;
   while (state == Z_OK && bytes.size() <= most) {
-    const std::size_t done = bytes.size();
-    bytes.resize(done + kPiece);
-    stream.next_out = bytes.data() + done;
-    stream.avail_out = kPiece;
+    stream.next_out = piece.data();
+    stream.avail_out = static_cast<uInt>(piece.size());
     state = inflate(&stream, Z_NO_FLUSH);
-    bytes.resize(bytes.size() - stream.avail_out);
+    bytes.insert(bytes.end(), piece.data(), stream.next_out);
   }
   inflateEnd(&stream);
   if (state != Z_STREAM_END || bytes.size() > most) return std::nullopt;
@@ -141,10 +139,11 @@ std::optional<Bytes> DecodeRawProfile(std::string_view text) {
 std::string EncodeRawProfile(std::string_view name, std::span<const std::uint8_t> profile) {
   constexpr std::string_view kDigits = "0123456789abcdef";
   constexpr std::size_t kBytesInLine = 36;
-  std::string size = std::to_string(profile.size());
   // The length takes eight places, as readers of these entries are used to.
-  if (size.size() < 8) size.insert(0, 8 - size.size(), ' ');
-  std::string text = "\n" + std::string(name) + "\n" + size;
+  constexpr std::size_t kPlaces = 8;
+  const std::string size = std::to_string(profile.size());
+  std::string text =
+      "\n" + std::string(name) + "\n" + std::string(kPlaces - std::min(kPlaces, size.size()), ' ') + size;
   for (std::size_t i = 0; i < profile.size(); ++i) {
     if (i % kBytesInLine == 0) text += '\n';
     text += kDigits[profile[i] >> 4];
