@@ -166,6 +166,13 @@ value_add_test(HostFilesTests
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0")
 
+value_add_test(HostCodecPicturesTests
+  SOURCES
+    "${host}/Files/Codecs/Pictures/PicturesCodecTest.cpp"
+    "${host}/Files/Codecs/Pictures/PictureMetadataTest.cpp"
+  DEPENDS ValueHost::Files)
+add_dependencies(HostCodecPicturesTests HostCodecPictures)
+
 # The panels, on the offscreen platform of Qt.
 set(widget_test_environment
   "QT_QPA_PLATFORM=offscreen"
