@@ -188,6 +188,12 @@ value_add_test(HostCodecRastersTests
   SOURCES "${host}/Files/Codecs/Rasters/RastersCodecTest.cpp"
   DEPENDS ValueHost::Files nlohmann_json::nlohmann_json ZLIB::ZLIB)
 add_dependencies(HostCodecRastersTests HostCodecRasters)
+value_add_test(HostCodecPicturesTests
+  SOURCES
+    "${host}/Files/Codecs/Pictures/PicturesCodecTest.cpp"
+    "${host}/Files/Codecs/Pictures/PictureMetadataTest.cpp"
+  DEPENDS ValueHost::Files)
+add_dependencies(HostCodecPicturesTests HostCodecPictures)
 
 # The panels, on the offscreen platform of Qt.
 set(widget_test_environment

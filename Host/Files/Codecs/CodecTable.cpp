@@ -36,6 +36,7 @@ constexpr FormatMetadata kOfPng{.exif = true, .xmp = true, .icc = true, .resolut
 constexpr FormatMetadata kOfExr{.resolution = true, .texts = true, .attributes = true};
 constexpr FormatMetadata kBlocks{
     .exif = true, .iptc = true, .xmp = true, .icc = true, .resolution = true, .texts = true};
+constexpr FormatMetadata kOfWebp{.exif = true, .xmp = true, .icc = true, .resolution = true, .texts = true};
 constexpr FormatMetadata kOfGeoTiff{
     .xmp = true, .icc = true, .resolution = true, .texts = true, .georeference = true, .nodata = true};
 constexpr FormatMetadata kOfGrid{.georeference = true, .nodata = true};
@@ -51,8 +52,8 @@ constexpr FormatRow kFormats[] = {
     {"bmp", "BMP", "pictures", ".bmp", true, kBytes, 4, true, kNothing},
     {"targa", "Targa", "pictures", ".tga", true, kBytes, 4, true, kNothing},
     {"pnm", "PNM", "pictures", ".ppm,.pgm,.pnm", true, kUpTo16, 3, false, kNothing},
-    {"webp", "WebP", "pictures", ".webp", true, kBytes, 4, true, kNothing},
-    {"jpeg2000", "JPEG 2000", "pictures", ".jp2,.j2k", true, kUpTo16, 4, true, kNothing},
+    {"webp", "WebP", "pictures", ".webp", true, kBytes, 4, true, kOfWebp},
+    {"jpeg2000", "JPEG 2000", "pictures", ".jp2,.j2k", true, kUpTo16, 4, true, kBlocks},
     {"sgi", "SGI", "pictures", ".sgi,.rgb", true, kUpTo16, 4, true, kNothing},
     {"dpx", "DPX", "pictures", ".dpx", true, kUpTo16, 4, true, kNothing},
     {"fits", "FITS", "pictures", ".fits,.fit", false, {}, 0, false, kNothing},

@@ -52,6 +52,12 @@ void PutBig32(Bytes& bytes, std::size_t number) {
   for (int shift = 24; shift >= 0; shift -= 8) bytes.push_back(static_cast<unsigned char>(number >> shift));
 }
 
+std::size_t GetBig32(const Bytes& bytes, std::size_t at) {
+  std::size_t number = 0;
+  for (std::size_t i = 0; i < 4; ++i) number = (number << 8) | bytes[at + i];
+  return number;
+}
+
 void PutBox(Bytes& bytes, std::string_view identifier, const Bytes& block) {
   if (block.empty()) return;
   PutBig32(bytes, kBoxHeader + identifier.size() + block.size());
@@ -60,17 +66,36 @@ void PutBox(Bytes& bytes, std::string_view identifier, const Bytes& block) {
   bytes.insert(bytes.end(), block.begin(), block.end());
 }
 
-/// Where the box with the picture's data begins; the end of the file where there is none.
-std::size_t FindData(const Bytes& bytes) {
-  std::size_t at = 0;
-  while (at + kBoxHeader <= bytes.size()) {
-    if (std::memcmp(bytes.data() + at + 4, "jp2c", 4) == 0) return at;
-    std::size_t size = 0;
-    for (std::size_t i = 0; i < 4; ++i) size = (size << 8) | bytes[at + i];
+/// Where the box of a kind begins between two places, of which the second is the answer where there is none.
+std::size_t FindBox(const Bytes& bytes, std::size_t at, std::size_t end, const char* kind) {
+  while (at + kBoxHeader <= end) {
+    if (std::memcmp(bytes.data() + at + 4, kind, 4) == 0) return at;
+    const std::size_t size = GetBig32(bytes, at);
     if (size < kBoxHeader) break;
     at += size;
   }
-  return bytes.size();
+  return end;
+}
+
+/// Puts a profile in the place of the named colour space, which the library cannot do.
+void SetProfile(Bytes& bytes, const Bytes& icc) {
+  const std::size_t header = FindBox(bytes, 0, bytes.size(), "jp2h");
+  if (icc.empty() || header == bytes.size()) return;
+  const std::size_t header_size = GetBig32(bytes, header);
+  const std::size_t color = FindBox(bytes, header + kBoxHeader, header + header_size, "colr");
+  if (color == header + header_size) return;
+  const std::size_t color_size = GetBig32(bytes, color);
+  Bytes box;
+  PutBig32(box, kBoxHeader + 3 + icc.size());
+  // Method 2 is a profile; the two numbers after it are zero.
+  for (const char c : "colr\x02\0\0"sv) box.push_back(static_cast<unsigned char>(c));
+  box.insert(box.end(), icc.begin(), icc.end());
+  const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(color);
+  bytes.erase(begin, begin + static_cast<std::ptrdiff_t>(color_size));
+  bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(color), box.begin(), box.end());
+  Bytes size;
+  PutBig32(size, header_size - color_size + box.size());
+  std::copy(size.begin(), size.end(), bytes.begin() + static_cast<std::ptrdiff_t>(header));
 }
 
 struct FreeImage {
@@ -87,7 +112,7 @@ struct FreeStream {
 class Jpeg2000Encoder final : public WholeEncoder {
  public:
   Jpeg2000Encoder(const std::filesystem::path& path, const WritePlan& plan, std::vector<std::string>& notes)
-      : WholeEncoder(path, plan, {1, 2, 3, 4}, notes) {}
+      : WholeEncoder(path, plan, {1, 3, 4}, notes) {}
 
  private:
   Status Encode(const Bytes& samples, Bytes& bytes) override {
@@ -149,7 +174,6 @@ class Jpeg2000Encoder final : public WholeEncoder {
       if (static_cast<int>(c) == GetOpacityChannel()) image->comps[c].alpha = 1;
       for (std::size_t i = 0; i < pixels; ++i) image->comps[c].data[i] = GetSample(samples, i * channels + c);
     }
-    SetProfile(*image);
     return image;
   }
 
@@ -160,24 +184,16 @@ class Jpeg2000Encoder final : public WholeEncoder {
     return sample;
   }
 
-  void SetProfile(opj_image_t& image) const {
-    const auto& icc = GetPlan().metadata.icc;
-    if (icc.empty()) return;
-    // The library frees it with its own function.
-    image.icc_profile_buf = static_cast<OPJ_BYTE*>(std::malloc(icc.size()));
-    if (image.icc_profile_buf == nullptr) return;
-    std::memcpy(image.icc_profile_buf, icc.data(), icc.size());
-    image.icc_profile_len = static_cast<OPJ_UINT32>(icc.size());
-  }
-
   void AddMetadata(Bytes& bytes) const {
     const ImageMetadata& metadata = GetPlan().metadata;
+    SetProfile(bytes, metadata.icc);
     Bytes boxes;
-    PutBox(boxes, kExifBox, MakeExifBlock(metadata));
+    PutBox(boxes, kExifBox, MakeExifBlock(metadata, true));
     PutBox(boxes, kIptcBox, metadata.iptc);
     PutBox(boxes, kXmpBox, {metadata.xmp.begin(), metadata.xmp.end()});
     // Before the data, because readers that look for metadata stop there.
-    bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(FindData(bytes)), boxes.begin(), boxes.end());
+    const std::size_t data = FindBox(bytes, 0, bytes.size(), "jp2c");
+    bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(data), boxes.begin(), boxes.end());
   }
 };
 

@@ -71,7 +71,7 @@ class JpegEncoder final : public PictureEncoder {
                         " bytes, which is left out");
       }
     };
-    add(JPEG_APP0 + 1, "Exif\0\0"sv, MakeExifBlock(metadata), "EXIF block");
+    add(JPEG_APP0 + 1, "Exif\0\0"sv, MakeExifBlock(metadata, false), "EXIF block");
     add(JPEG_APP0 + 1, "http://ns.adobe.com/xap/1.0/\0"sv, {metadata.xmp.begin(), metadata.xmp.end()}, "XMP packet");
     if (!metadata.iptc.empty()) add(JPEG_APP0 + 13, {}, FrameIptc(metadata.iptc), "IPTC block");
     if (const MetadataEntry* comment = metadata.Find("Comment")) {

@@ -163,7 +163,7 @@ int ReadBlocks(const std::filesystem::path& file, bool reads_all, ImageMetadata&
   return 1;
 }
 
-std::vector<std::uint8_t> MakeExifBlock(const ImageMetadata& metadata) {
+std::vector<std::uint8_t> MakeExifBlock(const ImageMetadata& metadata, bool for_resolution) {
   const std::lock_guard lock(GetExivMutex());
   Exiv2::ExifData exif;
   Exiv2::ByteOrder order = Exiv2::littleEndian;
@@ -172,8 +172,7 @@ std::vector<std::uint8_t> MakeExifBlock(const ImageMetadata& metadata) {
     RemoveStructure(exif);
   }
   SetTexts(metadata, exif);
-  // A resolution alone has its place in the header of the formats that hold it.
-  if (exif.empty()) return {};
+  if (exif.empty() && !(for_resolution && metadata.resolution)) return {};
   SetResolution(metadata, exif);
   return Encode(exif, order == Exiv2::invalidByteOrder ? Exiv2::littleEndian : order);
 }

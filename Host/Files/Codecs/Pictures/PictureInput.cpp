@@ -59,7 +59,9 @@ std::unique_ptr<PictureInput> PictureInput::Open(const std::filesystem::path& fi
   if (!opened->input_->open(file.string(), spec, MakeConfig())) {
     const bool is_short = opened->sees_end_ && opened->file_->WasReadPastEnd();
     const std::string message = opened->input_->geterror();
-    problem = is_short ? "the file is shortened: it ends within its header" : MakeClause(message);
+    problem = is_short                                           ? "the file is shortened: it ends within its header"
+              : message.find(file.string()) == std::string::npos ? MakeClause(message)
+                                                                 : "its header is damaged";
     return nullptr;
   }
   return opened;

@@ -2,11 +2,14 @@
 #include <OpenImageIO/imageio.h>
 
 #include <mutex>
+#include <new>
+#include <stdexcept>
 
 #include "Host/Files/Codecs/Pictures/Encoders.h"
 #include "Host/Files/Codecs/Pictures/JpegDecoder.h"
 #include "Host/Files/Codecs/Pictures/PictureDecoder.h"
 #include "Host/Files/Codecs/Pictures/PictureEncoder.h"
+#include "Host/Files/Codecs/Pictures/WholeDecoder.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace ScEng {
@@ -29,7 +32,17 @@ class PicturesCodec final : public ImageCodec {
                                                    Status& status) const override {
     if (format == "jpeg") return JpegDecoder::Open(file, status);
     ShareThreads();
-    return PictureDecoder::Open(file, format, status);
+    try {
+      auto own = format == "pnm" ? OpenPnm(file, status) : format == "webp" ? OpenWebp(file, status) : nullptr;
+      if (own || status.IsError()) return own;
+      return PictureDecoder::Open(file, format, status);
+    } catch (const std::bad_alloc&) {
+      status = Status::Error("there is not enough memory for it");
+    } catch (const std::length_error&) {
+      // What the library says of it names a function of its own.
+      status = Status::Error("there is not enough memory for it");
+    }
+    return nullptr;
   }
 
   [[nodiscard]] std::unique_ptr<ImageEncoder> Create(const std::filesystem::path& path, const std::string& format,

@@ -34,7 +34,7 @@ class PlainEncoder final : public PictureEncoder {
     if (output_ && output_->has_error()) static_cast<void>(output_->geterror());
   }
 
-  Status Open(const std::filesystem::path& path) {
+  Status Open() {
     if (!output_ || !output_->set_ioproxy(&file_)) return Status::Error("the installed OpenImageIO does not write it");
     const WritePlan& plan = GetPlan();
     OIIO::ImageSpec spec(plan.size_x, plan.size_y, GetNumChannels(), GetTypeDesc(plan.type));
@@ -43,7 +43,8 @@ class PlainEncoder final : public PictureEncoder {
     if (GetNumChannels() == 1) spec.channelnames = {"Y"};
     // The library would put the time of writing into it.
     spec.attribute("DateTime", "");
-    if (!output_->open(path.string(), spec)) return Fail();
+    // Some formats put the name that they are given into the file.
+    if (!output_->open("picture", spec)) return Fail();
     // A sample format that was changed silently would change the samples.
     if (output_->spec().format != spec.format) return Status::Error("the format does not hold such samples");
     return {};
@@ -73,7 +74,7 @@ class PlainEncoder final : public PictureEncoder {
 std::unique_ptr<ImageEncoder> CreatePlain(const std::filesystem::path& path, const std::string& format,
                                           const WritePlan& plan, std::vector<std::string>& notes, Status& status) {
   auto encoder = std::make_unique<PlainEncoder>(path, format, plan, notes);
-  status = encoder->Open(path);
+  status = encoder->Open();
   if (status.IsError()) return nullptr;
   return encoder;
 }

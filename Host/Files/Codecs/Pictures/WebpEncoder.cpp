@@ -69,7 +69,7 @@ class WebpEncoder final : public WholeEncoder {
 
   bool AddMetadata(const WebPMemoryWriter& writer, Bytes& bytes) {
     const ImageMetadata& metadata = GetPlan().metadata;
-    const Bytes exif = MakeExifBlock(metadata);
+    const Bytes exif = MakeExifBlock(metadata, true);
     if (exif.empty() && metadata.icc.empty() && metadata.xmp.empty()) {
       bytes.assign(writer.mem, writer.mem + writer.size);
       return true;

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Host/Files/Codecs/Codec.h"
+
+namespace ScEng {
+
+/// A file of one picture that is decoded at once when its samples are first asked for.
+class WholeDecoder final : public ImageDecoder {
+ public:
+  /// Gives all samples, channels interleaved and rows dense in the order of bytes of the processor, or an error.
+  using Decode = std::function<Status(std::vector<unsigned char>& samples)>;
+  WholeDecoder(FileDescription description, Decode decode)
+      : description_(std::move(description)), decode_(std::move(decode)) {}
+
+  [[nodiscard]] const FileDescription& GetDescription() const override { return description_; }
+  Status Read(const ReadRequest& request, const ReadTarget& target) override;
+
+ private:
+  FileDescription description_;
+  Decode decode_;
+  std::vector<unsigned char> samples_;
+};
+
+/// Binary grey and colour PNM whose samples fill a byte or two, which the library of formats rounds; null for all
+/// others, which are its affair.
+std::unique_ptr<ImageDecoder> OpenPnm(const std::filesystem::path& file, Status& status);
+/// WebP of a single picture, which the library of formats multiplies by its opacity; null for films.
+std::unique_ptr<ImageDecoder> OpenWebp(const std::filesystem::path& file, Status& status);
+
+}  // namespace ScEng
