@@ -166,6 +166,13 @@ value_add_test(HostFilesTests
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0")
 
+# Saving, with the system's functions for files replaced by some that fail when they are told to.
+value_add_test(HostSavingTests
+  SOURCES
+    "${host}/Files/Saving/FailingSaveTest.cpp"
+    Support/FailingCalls.cpp
+  DEPENDS ValueHost::Files ${CMAKE_DL_LIBS})
+
 # The panels, on the offscreen platform of Qt.
 set(widget_test_environment
   "QT_QPA_PLATFORM=offscreen"
