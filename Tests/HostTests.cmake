@@ -170,6 +170,8 @@ value_add_test(HostFilesTests
 value_add_test(HostSavingTests
   SOURCES
     "${host}/Files/Saving/FailingSaveTest.cpp"
+    "${host}/Files/Saving/KeptFileTest.cpp"
+    "${host}/Files/Saving/SignalCleanupTest.cpp"
     Support/FailingCalls.cpp
   DEPENDS ValueHost::Files ${CMAKE_DL_LIBS})
 

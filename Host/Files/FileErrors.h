@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 
@@ -21,11 +22,19 @@ inline std::string OneLine(std::string text) {
   return text.empty() ? "unknown reason" : text;
 }
 
-/// A file's name for a message, with what a terminal would obey left unreadable.
+/// A file's name for a message, with what a terminal would obey written as its number ("\\u001b").
 inline std::string QuoteFile(const std::filesystem::path& file) {
-  std::string name = file.string();
-  std::replace_if(name.begin(), name.end(), IsControlCharacter, '?');
-  return "\"" + name + "\"";
+  std::string quoted = "\"";
+  for (const char character : file.string()) {
+    if (!IsControlCharacter(character)) {
+      quoted += character;
+      continue;
+    }
+    char escape[8];
+    std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character));
+    quoted += escape;
+  }
+  return quoted + "\"";
 }
 
 inline Status MakeReadError(const std::filesystem::path& file, const std::string& reason) {

@@ -17,8 +17,8 @@
 #include <thread>
 
 #include "Host/Files/ImageFile.h"
-#include "Host/Files/Saving/SavingTesting.h"
 #include "Tests/Support/FailingCalls.h"
+#include "Tests/Support/SavingTesting.h"
 
 namespace {
 

@@ -48,6 +48,8 @@ ErrorNumber TemporaryFile::Create(mode_t mode) {
 }
 
 ErrorNumber TemporaryFile::RenameTo(const std::string& name) {
+  // A handler in another thread may have removed the file; then this waits for the end instead of telling an error.
+  const SignalDelay delay;
   if (renameat(folder_, name_.c_str(), folder_, name.c_str()) != 0) return errno;
   Keep();
   return 0;
