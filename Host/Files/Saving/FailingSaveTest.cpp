@@ -165,6 +165,25 @@ TEST(FailingSave, CausesThatDoNotPassAreTold) {
   }
 }
 
+TEST(FailingSave, WhatMayCostContentIsNeverASuccess) {
+  for (const char* function :
+       {"memfd_create", "fstatat", "openat", "fstat", "pread", "pwrite", "ftruncate", "fsync", "close", "renameat"}) {
+    const SavePlace place(Scene::kOldFile);
+    CallPlan plan;
+    plan.call = 1;
+    plan.function = function;
+    plan.error = EDQUOT;
+    Status status;
+    {
+      const FailingCalls calls(plan);
+      status = place.Save();
+      EXPECT_EQ(calls.GetFailed(), function);
+    }
+    EXPECT_TRUE(status.IsError()) << function;
+    ExpectToldTruly(place, status);
+  }
+}
+
 TEST(FailingSave, OnlyAFileWithSeveralNamesCanNeedItsCopy) {
   for (const Scene scene : {Scene::kNewFile, Scene::kOldFile, Scene::kLink}) {
     CallPlan plan;

@@ -167,10 +167,11 @@ TEST(SignalCleanup, AForkedProcessLeavesItsParentsFiles) {
   const TemporaryFolder folder;
   const Child child([&](auto begin) {
     CleanUpOnSignals([](int) { return true; });
+    std::atomic<bool> is_done = false;
     std::thread saving([&] {
       const FailingCalls without_flushing({});
-      for (int i = 0; i < 300; ++i) {
-        if (WriteWholeFile(folder / "a", i % 2 == 0 ? kOld : kNew).IsError()) _exit(1);
+      while (!is_done) {
+        if (WriteWholeFile(folder / "a", kNew).IsError()) _exit(1);
       }
     });
     begin();
@@ -184,6 +185,7 @@ TEST(SignalCleanup, AForkedProcessLeavesItsParentsFiles) {
       int status = 0;
       if (waitpid(grandchild, &status, 0) != grandchild || !WIFSIGNALED(status)) _exit(2);
     }
+    is_done = true;
     saving.join();
   });
   const int status = child.Wait();
