@@ -321,6 +321,8 @@ TEST(KilledSave, IsWholeAfterKillsAtRandomInstants) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
+      // A process whose parent is gone does not go on for ever.
+      alarm(60);
       const FailingCalls without_flushing({});
       for (bool is_new = true;; is_new = !is_new) {
         if (WriteWholeFile(place.GetTarget(), is_new ? kNew : kOld).IsError()) _exit(1);

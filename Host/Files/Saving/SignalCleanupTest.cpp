@@ -31,6 +31,9 @@ using Testing::WriteText;
 const std::string kOld = MakeContent(100'000, 'o');
 const std::string kNew = MakeContent(400'000, 'n');
 
+/// A process whose parent is gone does not go on for ever.
+void EndSometime() { alarm(60); }
+
 /// A process that tells when it has begun.
 class Child {
  public:
@@ -40,6 +43,7 @@ class Child {
     EXPECT_EQ(pipe(ends), 0);
     process_ = fork();
     if (process_ == 0) {
+      EndSometime();
       close(ends[0]);
       work([&] { EXPECT_EQ(write(ends[1], "b", 1), 1); });
       _exit(0);
@@ -179,6 +183,7 @@ TEST(SignalCleanup, AForkedProcessLeavesItsParentsFiles) {
       const pid_t grandchild = fork();
       // The hook is for the process that set it.
       if (grandchild == 0) {
+        EndSometime();
         for (;;) pause();
       }
       kill(grandchild, SIGTERM);
