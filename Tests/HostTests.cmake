@@ -194,6 +194,14 @@ value_add_test(HostCodecPicturesTests
     "${host}/Files/Codecs/Pictures/PictureMetadataTest.cpp"
   DEPENDS ValueHost::Files)
 add_dependencies(HostCodecPicturesTests HostCodecPictures)
+# Saving, with the system's functions for files replaced by some that fail when they are told to.
+value_add_test(HostSavingTests
+  SOURCES
+    "${host}/Files/Saving/FailingSaveTest.cpp"
+    "${host}/Files/Saving/KeptFileTest.cpp"
+    "${host}/Files/Saving/SignalCleanupTest.cpp"
+    Support/FailingCalls.cpp
+  DEPENDS ValueHost::Files ${CMAKE_DL_LIBS})
 
 # The panels, on the offscreen platform of Qt.
 set(widget_test_environment

@@ -1,69 +1,49 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Files/AtomicFile.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <csignal>
-#include <system_error>
-#include <vector>
 
 #include "Host/Files/FileErrors.h"
-#include "Host/Files/FileSizeLimit.h"
+#include "Host/Files/Saving/FileAttributes.h"
+#include "Host/Files/Saving/FileSizeSignal.h"
+#include "Host/Files/Saving/InPlace.h"
+#include "Host/Files/Saving/SystemCalls.h"
+#include "Host/Files/Saving/TargetFile.h"
+#include "Host/Files/Saving/TemporaryFile.h"
 
 namespace ScEng {
 namespace {
 
-std::string DescribeErrno(int error) { return std::generic_category().message(error); }
-
-/// Copies everything from the start of one descriptor to another; the errno of what failed, or 0.
-int CopyAll(int from, int to) {
-  constexpr std::size_t kPiece = std::size_t{1} << 20;
-  std::vector<char> piece(kPiece);
-  off_t offset = 0;
-  for (;;) {
-    const ssize_t got = pread(from, piece.data(), piece.size(), offset);
-    if (got == 0) return 0;
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return errno;
-    offset += got;
-    for (ssize_t written = 0; written < got;) {
-      const ssize_t put = write(to, piece.data() + written, static_cast<std::size_t>(got - written));
-      if (put < 0 && errno == EINTR) continue;
-      if (put < 0) return errno;
-      written += put;
-    }
-  }
+/// Why the temporary file could not be made, in words that say where.
+std::string DescribeCreation(const TargetFile& target, ErrorNumber failure) {
+  if (failure != EACCES && failure != EPERM && failure != EROFS) return DescribeErrno(failure);
+  return "no file can be made in the folder \"" + target.GetFolderPath().string() + "\": " + DescribeErrno(failure);
 }
 
-/// The rename itself must reach the disk too. A file system that cannot flush a folder is not a reason to fail.
-void FlushFolder(const std::filesystem::path& folder) {
-  const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  static_cast<void>(fsync(descriptor));
-  close(descriptor);
+/// Returns why the target is as it was, or nothing.
+std::string RenameOver(const TargetFile& target, int source) {
+  TemporaryFile temporary(target.GetFolder());
+  const bool is_new = !target.GetOld().has_value();
+  // Until it has the permissions of the old file, the new content is nobody else's to see.
+  if (const ErrorNumber failure = temporary.Create(is_new ? 0666 : 0600)) return DescribeCreation(target, failure);
+  ErrorNumber failure = 0;
+  if (!is_new) failure = CopyAttributes(target.GetPath(), *target.GetOld(), temporary.GetDescriptor());
+  if (failure == 0) failure = CopyContent(source, temporary.GetDescriptor());
+  if (failure == 0) failure = temporary.Close();
+  if (failure == 0) failure = temporary.RenameTo(target.GetName());
+  // A file that is mounted there by itself cannot give way to another.
+  if (failure == EBUSY && !is_new) return RewriteInPlace(target, source);
+  return failure == 0 ? std::string{} : DescribeErrno(failure);
 }
-
-/// Whether a write of this thread was refused for the size of its file since the thread made its last memory file. The
-/// system sends the signal to the thread that writes.
-thread_local volatile std::sig_atomic_t is_over_limit = 0;
-
-extern "C" void OnFileSizeSignal(int) { is_over_limit = 1; }
 
 }  // namespace
 
-void CatchFileSizeSignal() {
-  struct sigaction action {};
-  action.sa_handler = OnFileSizeSignal;
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGXFSZ, &action, nullptr);
+MemoryFile::MemoryFile() : descriptor_(memfd_create("value-image", MFD_CLOEXEC)), failure_(IsOpen() ? 0 : errno) {
+  ForgetFileSizeSignal();
 }
-
-MemoryFile::MemoryFile() : descriptor_(memfd_create("value-image", MFD_CLOEXEC)) { is_over_limit = 0; }
 
 MemoryFile::~MemoryFile() {
   if (descriptor_ >= 0) close(descriptor_);
@@ -71,45 +51,22 @@ MemoryFile::~MemoryFile() {
 
 std::string MemoryFile::GetPath() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
-Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
-  if (is_over_limit != 0) return MakeWriteError(target, DescribeErrno(EFBIG));
-  std::error_code error;
-  // A link is followed, so that the file it names is replaced and not the link.
-  std::filesystem::path place = target;
-  constexpr int kMostLinks = 40;
-  for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(place, error); ++links) {
-    // A relative link starts from its own folder, an absolute one replaces the whole path.
-    place = place.parent_path() / std::filesystem::read_symlink(place, error);
-  }
-  const auto kind = std::filesystem::status(place, error).type();
-  if (kind == std::filesystem::file_type::directory) return MakeWriteError(target, "it is a folder");
-  if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
-    return MakeWriteError(target, error ? error.message() : "it is not a regular file");
-  }
-  const std::filesystem::path folder = place.has_parent_path() ? place.parent_path() : ".";
-  if (!std::filesystem::is_directory(folder, error)) {
-    return MakeWriteError(target, "the folder \"" + folder.string() + "\" does not exist");
-  }
+std::string MemoryFile::Write(std::string_view bytes) const {
+  if (!IsOpen()) return DescribeErrno(failure_);
+  if (Retry([&] { return ftruncate(descriptor_, 0); }) != 0) return DescribeErrno(errno);
+  const ErrorNumber failure = WriteBytes(descriptor_, 0, bytes.data(), bytes.size());
+  return failure == 0 ? std::string{} : DescribeErrno(failure);
+}
 
-  static std::atomic<unsigned> counter{0};
-  const std::string name = "." + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".part";
-  const std::filesystem::path temporary = folder / name;
-  const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (descriptor < 0) return MakeWriteError(target, DescribeErrno(errno));
-  int failure = CopyAll(source_descriptor, descriptor);
-  // Who could read the file before can read it after, and nobody else.
-  struct stat replaced {};
-  if (failure == 0 && stat(place.c_str(), &replaced) == 0) {
-    static_cast<void>(fchmod(descriptor, replaced.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)));
-  }
-  if (failure == 0 && fsync(descriptor) != 0) failure = errno;
-  if (close(descriptor) != 0 && failure == 0) failure = errno;
-  if (failure == 0 && rename(temporary.c_str(), place.c_str()) != 0) failure = errno;
-  if (failure != 0) {
-    unlink(temporary.c_str());
-    return MakeWriteError(target, DescribeErrno(failure));
-  }
-  FlushFolder(folder);
+Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
+  if (HasFileSizeSignal()) return MakeWriteError(target, DescribeErrno(EFBIG));
+  TargetFile place;
+  if (const std::string problem = place.Find(target); !problem.empty()) return MakeWriteError(target, problem);
+  const bool has_other_names = place.GetOld().has_value() && place.GetOld()->st_nlink > 1;
+  const std::string problem =
+      has_other_names ? RewriteInPlace(place, source_descriptor) : RenameOver(place, source_descriptor);
+  if (!problem.empty()) return MakeWriteError(target, problem);
+  FlushFolder(place.GetFolder());
   return {};
 }
 

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Host/Files/Api.h"
+
+namespace ScEng {
+
+/// Called in the signal handler. True when the program stops by itself soon, which leaves everything to it; false to
+/// end the process now. It may do only what a signal handler may, such as setting a flag.
+using SignalHook = bool (*)(int signal);
+
+/// Has SIGINT, SIGTERM and SIGHUP remove the temporary files of saves that are under way and then end the process as
+/// they do by default. Otherwise such files stay behind. A file that is being rewritten in place is finished first.
+///
+/// Signals that are ignored stay ignored. It is for programs, once, before they start threads.
+HOST_FILES_API void CleanUpOnSignals(SignalHook hook = nullptr);
+
+}  // namespace ScEng
