@@ -20,14 +20,13 @@ namespace {
 // Fewer bytes than these are sent faster than memory for them is set up on both sides.
 constexpr std::size_t kMostInlineBytes = std::size_t{64} << 10;
 constexpr std::size_t kMostReasonBytes = 1024;
+constexpr std::uint64_t kMostReplyBytes = std::uint64_t{64} << 10;
 
 std::string TextOf(const Message& message) {
   const std::string text =
       MakePrintable({reinterpret_cast<const char*>(message.body.data()), message.body.size()}, kMostReasonBytes);
   return text.empty() ? "its decoder gave no reason" : text;
 }
-
-Status Nonsense() { return Status::Error("its decoder gave an answer that makes no sense"); }
 
 /// The bytes of a part as the file declares them, decoded and in its own types.
 std::uint64_t GetDeclaredBytes(const FilePart& part) {
@@ -101,13 +100,13 @@ Status HelperDecoder::Ask(const ReadRequest& request, const SharedTarget& target
   question.time = limits.time;
   question.memory = GetAllowedMemory(limits, file_bytes_, GetDeclaredBytes(part)) + inline_bytes;
   question.mapped = memory_bytes + file_bytes_ + inline_bytes;
-  question.most_answer_bytes = std::max<std::uint64_t>(inline_bytes, kMostReasonBytes);
+  question.most_answer_bytes = std::max<std::uint64_t>(inline_bytes, kMostReplyBytes);
 
   Message answer;
   const Status asked = process_->Ask(question, answer);
   if (asked.IsError()) return asked;
   if (answer.kind == MessageKind::kFailed) return Status::Error(TextOf(answer));
-  if (answer.kind != MessageKind::kDone || answer.body.size() != inline_bytes) return Nonsense();
+  if (answer.kind != MessageKind::kDone || answer.body.size() != inline_bytes) return process_->EndForNonsense();
   samples = std::move(answer.body);
   return {};
 }
@@ -151,24 +150,22 @@ Status HelperDecoder::Read(const ReadRequest& request, SharedSamples& memory, co
   return Ask(request, target, memory.GetBytes(), memory.GetDescriptor(), 0, nothing);
 }
 
-std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::filesystem::path& file,
-                                            const std::string& format, Status& status) {
-  std::string problem;
-  std::unique_ptr<HelperProcess> process = HelperPool::Get().Take(codec, problem);
-  if (process == nullptr) {
-    status = Status::Error("its decoder could not be started: " + problem);
-    return nullptr;
-  }
+void EndIdleHelpers() { HelperPool::Get().Clear(); }
+
+namespace {
+
+/// Opens a file in a process that is ready. Afterwards the process is the decoder's, the pool's or has ended.
+std::unique_ptr<HelperDecoder> OpenIn(std::unique_ptr<HelperProcess>& process, const CodecRow& codec,
+                                      const std::filesystem::path& file, const std::string& format, Status& status) {
   std::error_code error;
-  const std::filesystem::path absolute = std::filesystem::absolute(file, error);
-  const std::uintmax_t size = std::filesystem::file_size(absolute, error);
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
   const std::uint64_t file_bytes = error ? 0 : size;
-  process->GetBroker().Allow(absolute);
+  process->GetBroker().Allow(file);
 
   const HelperLimits limits = GetHelperLimits();
   HelperProcess::Question question;
   question.kind = MessageKind::kOpen;
-  question.body = MakeBody(OpenQuestion{absolute.string(), format});
+  question.body = MakeBody(OpenQuestion{file.string(), format});
   question.time = limits.time;
   question.memory = GetAllowedMemory(limits, file_bytes, 0);
   question.mapped = file_bytes;
@@ -183,10 +180,28 @@ std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::fi
   std::optional<FileDescription> description;
   if (answer.kind == MessageKind::kOpened) description = ToDescription(answer.body);
   if (!description) {
-    status = Nonsense();
+    status = process->EndForNonsense();
     return nullptr;
   }
   return std::make_unique<HelperDecoder>(codec, std::move(process), std::move(*description), file_bytes);
+}
+
+}  // namespace
+
+std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::filesystem::path& file,
+                                            const std::string& format, Status& status) {
+  std::error_code error;
+  const std::filesystem::path absolute = std::filesystem::absolute(file, error);
+  std::string problem;
+  std::unique_ptr<HelperProcess> process = HelperPool::Get().Take(codec, problem);
+  std::unique_ptr<HelperDecoder> decoder;
+  if (process != nullptr) decoder = OpenIn(process, codec, absolute, format, status);
+  if (decoder == nullptr && process != nullptr && process->MayHaveEndedForAnEarlierFile()) {
+    process = HelperProcess::Start(codec, problem);
+    if (process != nullptr) decoder = OpenIn(process, codec, absolute, format, status);
+  }
+  if (!problem.empty()) status = Status::Error("its decoder could not be started: " + problem);
+  return decoder;
 }
 
 }  // namespace ScEng

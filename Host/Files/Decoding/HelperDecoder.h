@@ -55,4 +55,7 @@ class HOST_FILES_API HelperDecoder final : public ImageDecoder {
 HOST_FILES_API std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::filesystem::path& file,
                                                            const std::string& format, Status& status);
 
+/// Ends all processes that wait for files, which otherwise end with the program. From any thread.
+HOST_FILES_API void EndIdleHelpers();
+
 }  // namespace ScEng

@@ -31,4 +31,9 @@ void HelperPool::Keep(const CodecRow& codec, std::unique_ptr<HelperProcess> proc
   idle_[codec.name].push_back(std::move(process));
 }
 
+void HelperPool::Clear() {
+  const std::lock_guard lock(mutex_);
+  idle_.clear();
+}
+
 }  // namespace ScEng

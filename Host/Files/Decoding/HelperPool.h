@@ -22,6 +22,8 @@ class HelperPool {
   [[nodiscard]] std::unique_ptr<HelperProcess> Take(const CodecRow& codec, std::string& problem);
   /// Takes back one that can be asked again.
   void Keep(const CodecRow& codec, std::unique_ptr<HelperProcess> process);
+  /// Ends all of them.
+  void Clear();
 
  private:
   std::mutex mutex_;

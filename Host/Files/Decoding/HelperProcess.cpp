@@ -114,9 +114,13 @@ bool HelperProcess::IsUsable() {
   if (id_ <= 0 || owner_ != getpid()) return false;
   int status = 0;
   const pid_t ended = waitpid(id_, &status, WNOHANG);
-  if (ended == 0) return true;
-  id_ = -1;
-  return false;
+  if (ended != 0) {
+    id_ = -1;
+    return false;
+  }
+  // An answer that nobody asked for would be taken for that to the next question.
+  char byte = 0;
+  return recv(control_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) < 0 && errno == EAGAIN;
 }
 
 bool HelperProcess::SetLimits(const Question& question) const {
@@ -130,6 +134,7 @@ bool HelperProcess::Tell(MessageKind kind) { return SendMessage(control_, kind, 
 
 Status HelperProcess::Ask(const Question& question, Message& answer) {
   if (id_ <= 0) return Status::Error("its decoder has ended");
+  ++questions_;
   const std::string by_hand = "; --in-process reads it without limits";
   if (!SetLimits(question)) {
     const std::string reason = std::strerror(errno);
@@ -144,9 +149,11 @@ Status HelperProcess::Ask(const Question& question, Message& answer) {
                          std::to_string(question.memory / kMebibyte) + " MiB)" + by_hand);
   }
   if (event == Event::kEnded) {
+    ended_by_itself_ = true;
     AwaitEnd();
     return Status::Error(End());
   }
+  if (event == Event::kNonsense) return EndForNonsense();
   static_cast<void>(End());
   if (event == Event::kTimeout) {
     const auto milliseconds = question.time.count();
@@ -154,10 +161,12 @@ Status HelperProcess::Ask(const Question& question, Message& answer) {
         milliseconds % 1000 == 0 ? std::to_string(milliseconds / 1000) + " s" : std::to_string(milliseconds) + " ms";
     return Status::Error("decoding took longer than " + time + by_hand);
   }
-  if (event == Event::kFlood) {
-    return Status::Error("its decoder answered more than " + std::to_string(question.most_answer_bytes / kMebibyte) +
-                         " MiB");
-  }
+  return Status::Error("its decoder answered far more than it was asked for");
+}
+
+Status HelperProcess::EndForNonsense() {
+  ended_by_itself_ = true;
+  static_cast<void>(End());
   return Status::Error("its decoder gave an answer that makes no sense");
 }
 

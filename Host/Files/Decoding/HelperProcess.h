@@ -27,8 +27,12 @@ class HelperProcess {
   HelperProcess(const HelperProcess&) = delete;
   HelperProcess& operator=(const HelperProcess&) = delete;
 
-  /// Whether it can be asked: it was started by this process, has not ended and has not been ended.
+  /// Whether it can be asked: it was started by this process, has not ended and waits for a question.
   [[nodiscard]] bool IsUsable();
+  /// Whether what an earlier file left behind may be the reason why it has ended.
+  [[nodiscard]] bool MayHaveEndedForAnEarlierFile() const { return ended_by_itself_ && questions_ > 1; }
+  /// Ends the process because it answers what makes no sense, and says so.
+  [[nodiscard]] Status EndForNonsense();
   [[nodiscard]] bool IsConfined() const { return state_.is_confined; }
   [[nodiscard]] pid_t GetId() const { return id_; }
   /// The files that it may open.
@@ -76,6 +80,8 @@ class HelperProcess {
   int control_ = -1;
   int broker_socket_ = -1;
   HelperState state_;
+  std::uint64_t questions_ = 0;
+  bool ended_by_itself_ = false;
   FileBroker broker_;
 };
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "Host/Files/Decoding/DescriptionBytes.h"
@@ -69,7 +70,11 @@ class Service {
     return SendMessage(kControlSocket, answer.kind, answer.body);
   }
 
-  static Message Fail(const std::string& reason) { return {MessageKind::kFailed, Bytes(reason.begin(), reason.end())}; }
+  static Message Fail(const std::string& reason) {
+    constexpr std::size_t kMostBytes = 1024;
+    const std::string_view kept = std::string_view(reason).substr(0, kMostBytes);
+    return {MessageKind::kFailed, Bytes(kept.begin(), kept.end())};
+  }
 
   Message Open(const Message& message) {
     Close();
