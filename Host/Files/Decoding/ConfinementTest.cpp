@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "Host/Files/Decoding/DecoderTesting.h"
+#include "Tests/Support/Folders.h"
 
 namespace {
 

@@ -18,7 +18,6 @@
 #include "Host/Files/Codecs/CodecTable.h"
 #include "Host/Files/Decoding/HelperDecoder.h"
 #include "Host/Files/Decoding/HelperLimits.h"
-#include "Tests/Support/Folders.h"
 
 /// What the tests of decoding in a process of its own share.
 namespace Testing {

@@ -13,6 +13,7 @@
 #include "Host/Files/Decoding/HelperPool.h"
 #include "Host/Files/Decoding/HelperProcess.h"
 #include "Host/Files/Decoding/ReadBounds.h"
+#include "Host/Files/Decoding/SpawnDecoder.h"
 
 namespace ScEng {
 namespace {
@@ -148,6 +149,16 @@ Status HelperDecoder::Read(const ReadRequest& request, SharedSamples& memory, co
   }
   std::vector<std::uint8_t> nothing;
   return Ask(request, target, memory.GetBytes(), memory.GetDescriptor(), 0, nothing);
+}
+
+HelperReport CheckHelper(const CodecRow& codec) {
+  HelperReport report;
+  report.program = GetDecoderProgram();
+  std::unique_ptr<HelperProcess> process = HelperPool::Get().Take(codec, report.problem);
+  if (process == nullptr) return report;
+  report.is_confined = process->IsConfined();
+  HelperPool::Get().Keep(codec, std::move(process));
+  return report;
 }
 
 void EndIdleHelpers() { HelperPool::Get().Clear(); }

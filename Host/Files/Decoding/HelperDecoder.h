@@ -55,6 +55,19 @@ class HOST_FILES_API HelperDecoder final : public ImageDecoder {
 HOST_FILES_API std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::filesystem::path& file,
                                                            const std::string& format, Status& status);
 
+/// How decoding in a process of its own is set up here.
+struct HelperReport {
+  /// The program that decodes.
+  std::filesystem::path program;
+  /// Why no process can be started, in one line; empty where one can.
+  std::string problem;
+  /// As `HelperDecoder::IsConfined`.
+  bool is_confined = false;
+};
+
+/// Starts a process for a codec, unless one waits already, and tells. From any thread.
+HOST_FILES_API HelperReport CheckHelper(const CodecRow& codec);
+
 /// Ends all processes that wait for files, which otherwise end with the program. From any thread.
 HOST_FILES_API void EndIdleHelpers();
 

@@ -9,6 +9,7 @@
 #include <ostream>
 
 #include "Host/Files/Decoding/DecoderTesting.h"
+#include "Tests/Support/Folders.h"
 
 namespace {
 
@@ -165,6 +166,24 @@ TEST_F(HelperDecoderTest, SaysWhyItCannotBeStarted) {
   EXPECT_EQ(status.GetMessage().substr(0, start.size()), start);
   EXPECT_NE(status.GetMessage().find("libmissing1"), std::string::npos);
   EXPECT_TRUE(ListChildren().empty());
+}
+
+TEST_F(HelperDecoderTest, ReportsHowItIsSetUp) {
+  const HelperReport report = CheckHelper(kFaulty);
+  EXPECT_EQ(report.problem, "");
+  EXPECT_EQ(report.program.filename(), "value-decoder");
+  EXPECT_TRUE(std::filesystem::exists(report.program));
+  EXPECT_TRUE(report.is_confined);
+  EXPECT_EQ(ListChildren().size(), 1U);
+  EXPECT_NE(CheckHelper({"missing", "HostCodecMissing", ""}).problem, "");
+}
+
+TEST_F(HelperDecoderTest, GivesAnInnocentFileASecondProcess) {
+  const TemporaryFolder folder;
+  // An answer too many stays behind, as if this file had been one that takes over its process.
+  { EXPECT_NE(Open(WritePicture(folder / "a", "late-nonsense")), nullptr); }
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  ExpectNextFileWorks(folder);
 }
 
 /// What happens in the process, and the error that it is.

@@ -238,6 +238,13 @@ bool Fail(const std::string& fault, FileDescription& description) {
          const Bytes bytes(5, 7);
          static_cast<void>(SendWithDescriptor(kBrokerSocket, bytes.data(), bytes.size(), -1, 0));
        }},
+      {"late-nonsense",
+       [] {
+         std::thread([] {
+           usleep(100'000);
+           SendRaw(static_cast<MessageKind>(77), {});
+         }).detach();
+       }},
       {"exec",
        [] {
          char program[] = "/bin/true";
