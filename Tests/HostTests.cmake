@@ -149,6 +149,23 @@ value_add_test(HostValidationTests
     "${host}/Validation/Trial.cpp"
   DEPENDS ValueHost::Tools)
 
+# A codec whose files say what goes wrong, beside the host's libraries as all codecs are.
+add_library(HostCodecFaulty MODULE
+  "${host}/Files/Decoding/Faults/FaultyCodec.cpp"
+  "${host}/Files/Decoding/Messages.cpp")
+target_include_directories(HostCodecFaulty PRIVATE "${PROJECT_SOURCE_DIR}")
+target_link_libraries(HostCodecFaulty PRIVATE ValueHost::Files Threads::Threads ValueBuild)
+
+value_add_test(HostDecodingTests
+  SOURCES
+    "${host}/Files/Decoding/ConfinementTest.cpp"
+    "${host}/Files/Decoding/DescriptionBytes.cpp"
+    "${host}/Files/Decoding/DescriptionBytesTest.cpp"
+    "${host}/Files/Decoding/HelperDecoderTest.cpp"
+    "${host}/Files/Decoding/ReadBounds.cpp"
+  DEPENDS ValueHost::Files Threads::Threads)
+add_dependencies(HostDecodingTests HostCodecFaulty ValueDecoder)
+
 value_add_test(HostFilesTests
   SOURCES
     "${host}/Documents/DocumentEditingTest.cpp"
