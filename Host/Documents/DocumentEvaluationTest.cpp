@@ -200,22 +200,21 @@ TEST_F(DocumentEvaluationTest, OneFileIsWrittenOnce) {
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr", "b.exr"}));
 }
 
-TEST_F(DocumentEvaluationTest, WordsThatCannotBeFollowedAreErrorsOfTheCheck) {
-  const auto check = [&](const std::string& key) {
+TEST_F(DocumentEvaluationTest, LayersNeedAFormatThatHasThem) {
+  const auto check = [&](const std::string& file, const std::string& key) {
     GraphDocument document(GetCatalog());
-    Findings findings = Testing::LoadText(document, MakeText("{'id': 'a', 'type': 'ImageRectangleNode'}", "",
-                                                             "{'from': 'a.image', 'path': 'a.exr', " + key + "}"));
+    Findings findings =
+        Testing::LoadText(document, MakeText("{'id': 'a', 'type': 'ImageRectangleNode'}", "",
+                                             "{'from': 'a.image', 'path': '" + file + "', " + key + "}"));
     EXPECT_TRUE(findings.errors.empty());
     document.CheckComplete(findings);
     return findings.errors.empty() ? "" : findings.errors[0];
   };
-  EXPECT_TRUE(Contains(check("'layer': 'x'"), "\"layer\""));
-  EXPECT_TRUE(Contains(check("'type': 'int16'"), "int16"));
-  EXPECT_TRUE(Contains(check("'samples': 'stored'"), "\"samples\""));
-  EXPECT_TRUE(Contains(check("'opacity': 'drop'"), "\"opacity\""));
-  for (const char* key : {"'layer': ''", "'type': 'auto'", "'type': 'uint16'", "'samples': 'unit'", "'opacity': 'auto'",
+  EXPECT_TRUE(Contains(check("a.png", "'layer': 'x'"), "the layer \"x\""));
+  EXPECT_TRUE(Contains(check("a.png", "'layer': 'x'"), ".exr"));
+  for (const char* key : {"'layer': 'x'", "'type': 'int16'", "'samples': 'stored'", "'opacity': 'drop'", "'layer': ''", "'type': 'auto'", "'type': 'uint16'", "'samples': 'unit'", "'opacity': 'auto'",
                           "'opacity': 'keep'", "'metadata': 'keep'", "'metadata': 'strip'"}) {
-    EXPECT_EQ(check(key), "") << key;
+    EXPECT_EQ(check("a.exr", key), "") << key;
   }
 }
 

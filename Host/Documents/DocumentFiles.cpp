@@ -8,6 +8,7 @@
 
 namespace ScEng {
 std::filesystem::path NormalizePath(const std::filesystem::path& file) {
+  if (file.empty()) return {};
   std::error_code error;
   const auto canonical = std::filesystem::weakly_canonical(std::filesystem::absolute(file), error);
   return error ? std::filesystem::absolute(file).lexically_normal() : canonical;

@@ -156,7 +156,7 @@ void DocumentRun::FindFilesRead() {
     const Attribute* path = FindPathAttribute(*entry.node, Attribute::StringUse::kReadPath);
     if (path == nullptr) continue;
     if (content_.IsFed(entry, path->GetName())) reads_any_file_ = true;
-    files_read_.insert(NormalizePath(GetFile(*path)));
+    if (!GetFile(*path).empty()) files_read_.insert(NormalizePath(GetFile(*path)));
   }
 }
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Files/ImageFile.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <exception>
 #include <new>
@@ -11,6 +9,7 @@
 #include "Host/Files/Codecs/CodecTable.h"
 #include "Host/Files/FileErrors.h"
 #include "Host/Files/ImageFormats.h"
+#include "Host/Files/PathProblem.h"
 #include "Host/Files/Reading/OpenFile.h"
 #include "Host/Files/Reading/ReadImage.h"
 #include "Host/Files/Writing/WriteImage.h"
@@ -39,7 +38,8 @@ void Guard(std::string& problem, const Function& function) {
 
 Status WriteLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
                    std::vector<std::string>& notes) {
-  std::string problem;
+  std::string problem = FindPathProblem(file);
+  if (!problem.empty()) return MakeWriteError(file, problem);
   const FormatRow* format = ChooseFormat(file, layers, problem);
   if (format == nullptr) return MakeWriteError(file, problem);
   const MemoryFile memory;
@@ -137,11 +137,7 @@ bool HasLayers(const std::filesystem::path& file) {
 Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes) {
   const MemoryFile memory;
   if (!memory.IsOpen()) return MakeWriteError(file, "no memory file could be made");
-  while (!bytes.empty()) {
-    const ssize_t put = write(memory.GetDescriptor(), bytes.data(), bytes.size());
-    if (put < 0) return MakeWriteError(file, "no memory for its bytes");
-    bytes.remove_prefix(static_cast<std::size_t>(put));
-  }
+  if (const std::string problem = memory.Write(bytes); !problem.empty()) return MakeWriteError(file, problem);
   return ReplaceFile(file, memory.GetDescriptor());
 }
 

@@ -81,7 +81,9 @@ ScEng::Box2I ImageHeader::GetBox() const {
   return box;
 }
 
-void ScEng::FreeSamples::operator()(float* samples) const noexcept { ReleaseSamples(samples, bytes); }
+void ScEng::FreeSamples::operator()(float* samples) const noexcept {
+  (release != nullptr ? release : ReleaseSamples)(samples, bytes);
+}
 
 Image::Image(int size_x, int size_y, unsigned color_mode, const float* fill)
     : Image(ImageHeader::Fresh(size_x, size_y, color_mode), fill) {}
@@ -92,6 +94,10 @@ Image::Image(const ImageHeader& header, const float* fill) : header_(header) {
   if (fill == nullptr) return;
   const auto channels = static_cast<std::size_t>(GetNumChannels());
   FillPixels(samples_.get(), GetNumSamples() / channels, GetNumChannels(), fill);
+}
+
+Image::Image(const ImageHeader& header, ScEng::SampleBuffer samples) : header_(header), samples_(std::move(samples)) {
+  CheckHeader(header_);
 }
 
 Image::Image(const Image& image)
@@ -119,7 +125,7 @@ Image::~Image() = default;
 void Image::Allocate() {
   if (GetNumSamples() > std::numeric_limits<std::size_t>::max() / sizeof(float)) throw std::bad_alloc();
   const std::size_t bytes = GetNumSamples() * sizeof(float);
-  samples_ = {ScEng::AllocateSamples(bytes), ScEng::FreeSamples{bytes}};
+  samples_ = {ScEng::AllocateSamples(bytes), ScEng::FreeSamples{bytes, nullptr}};
 }
 
 std::size_t Image::GetNumSamples() const {

@@ -13,6 +13,7 @@
 
 #include "Host/Files/Codecs/StoredSamples.h"
 #include "Host/Files/FileDescription.h"
+#include "Host/Image/Image.h"
 #include "Host/Image/ImageMetadata.h"
 #include "Host/Util/Status.h"
 
@@ -51,6 +52,12 @@ class ImageDecoder {
   /// never left to chance. The error is a clause in plain words without the name of the file, "the file is shortened:
   /// 812 of 4096 rows are there". May throw what derives from `std::exception`.
   virtual Status Read(const ReadRequest& request, const ReadTarget& target) = 0;
+
+  /// Whether samples come out of another process, so that memory that both have spares a copy of large images.
+  [[nodiscard]] virtual bool SharesMemory() const { return false; }
+  /// As `Read`, into memory of the decoder's own: dense rows, `pixel_stride` floats from pixel to pixel. Null without
+  /// an error where the system has no such memory now, so that `Read` is to be used.
+  virtual SampleBuffer ReadShared(const ReadRequest&, std::size_t, Status&) { return {}; }
 };
 
 /// What is to be written into a new file, beside the samples.

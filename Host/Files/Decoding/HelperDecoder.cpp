@@ -141,6 +141,23 @@ Status HelperDecoder::Read(const ReadRequest& request, const ReadTarget& target)
   return read;
 }
 
+SampleBuffer HelperDecoder::ReadShared(const ReadRequest& request, std::size_t pixel_stride, Status& status) {
+  status = CheckRequest(description_, request);
+  if (status.IsError()) return {};
+  const std::size_t row_stride = pixel_stride * static_cast<std::size_t>(request.column_end - request.column_begin);
+  const std::size_t floats = row_stride * static_cast<std::size_t>(request.row_end - request.row_begin);
+  std::optional<SharedSamples> memory;
+  try {
+    memory.emplace(floats * sizeof(float));
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+  status = Read(request, *memory, {0, pixel_stride, row_stride});
+  if (status.IsError()) return {};
+  const std::size_t bytes = memory->GetBytes();
+  return {memory->Release(), FreeSamples{bytes, &SharedSamples::Unmap}};
+}
+
 Status HelperDecoder::Read(const ReadRequest& request, SharedSamples& memory, const SharedTarget& target) {
   const Status checked = CheckRequest(description_, request);
   if (checked.IsError()) return checked;

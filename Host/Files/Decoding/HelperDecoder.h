@@ -27,6 +27,8 @@ class HOST_FILES_API HelperDecoder final : public ImageDecoder {
 
   [[nodiscard]] const FileDescription& GetDescription() const override { return description_; }
   Status Read(const ReadRequest& request, const ReadTarget& target) override;
+  [[nodiscard]] bool SharesMemory() const override { return true; }
+  SampleBuffer ReadShared(const ReadRequest& request, std::size_t pixel_stride, Status& status) override;
 
   /// Where in shared memory samples go: as `ReadTarget`, from `offset` floats after its begin.
   struct SharedTarget {

@@ -11,6 +11,9 @@
 #include <system_error>
 
 #include "Host/Files/Codecs/CodecTable.h"
+#include "Host/Files/DecodeOptions.h"
+#include "Host/Files/Decoding/HelperDecoder.h"
+#include "Host/Files/PathProblem.h"
 
 namespace ScEng {
 namespace {
@@ -47,12 +50,15 @@ class Descriptor {
 
 std::unique_ptr<ImageDecoder> OpenWith(const Recognition& recognition, const std::filesystem::path& file,
                                        std::string& problem) {
-  const ImageCodec* codec = LoadCodec(*recognition.codec, problem);
-  if (codec == nullptr) return nullptr;
   try {
     Status status;
-    auto decoder = codec->Open(file, recognition.format, status);
-    if (decoder == nullptr) problem = status.GetMessage();
+    std::unique_ptr<ImageDecoder> decoder;
+    if (GetDecodePlace() == DecodePlace::kHelper) {
+      decoder = OpenInHelper(*recognition.codec, file, recognition.format, status);
+    } else if (const ImageCodec* codec = LoadCodec(*recognition.codec, problem)) {
+      decoder = codec->Open(file, recognition.format, status);
+    }
+    if (status.IsError()) problem = status.GetMessage();
     return decoder;
   } catch (const std::bad_alloc&) {
     problem = "there is not enough memory for it";
@@ -65,10 +71,8 @@ std::unique_ptr<ImageDecoder> OpenWith(const Recognition& recognition, const std
 }  // namespace
 
 std::unique_ptr<ImageDecoder> OpenImageFile(const std::filesystem::path& file, std::string& problem) {
-  if (file.native().find('\0') != std::string::npos) {
-    problem = "its name holds a NUL character";
-    return nullptr;
-  }
+  problem = FindPathProblem(file);
+  if (!problem.empty()) return nullptr;
   const Descriptor descriptor(file);
   problem = descriptor.FindProblem();
   if (!problem.empty()) return nullptr;

@@ -120,6 +120,28 @@ std::shared_ptr<const ImageMetadata> MakeMetadata(const std::string& format, con
   return moved;
 }
 
+/// The image of a request for whole rows, as the file stores them.
+ImagePtr Decode(ImageDecoder& decoder, const ReadRequest& request, const ImageHeader& header, std::size_t stride,
+                std::string& problem) {
+  constexpr std::size_t kWorthSharing = std::size_t{1} << 18;
+  const std::size_t row_samples = static_cast<std::size_t>(header.size_x) * stride;
+  Status status;
+  SampleBuffer shared;
+  if (decoder.SharesMemory() && row_samples * static_cast<std::size_t>(header.size_y) >= kWorthSharing) {
+    shared = decoder.ReadShared(request, stride, status);
+  }
+  ImagePtr image;
+  if (shared) {
+    image = MakeRef<Image>(header, std::move(shared));
+  } else if (!status.IsError()) {
+    image = MakeRef<Image>(header, nullptr);
+    status = decoder.Read(request, {image->GetArray(), stride, row_samples});
+  }
+  if (!status.IsError()) return image;
+  problem = status.GetMessage();
+  return nullptr;
+}
+
 }  // namespace
 
 ImagePtr ReadImage(ImageDecoder& decoder, const ReadOptions& options, std::string& problem,
@@ -131,20 +153,16 @@ ImagePtr ReadImage(ImageDecoder& decoder, const ReadOptions& options, std::strin
   problem = CheckSize(part);
   if (!problem.empty()) return nullptr;
 
-  auto image = MakeRef<Image>(part.size_x, part.size_y, selection->color_mode, nullptr);
-  const auto stride = static_cast<std::size_t>(image->GetNumChannels());
+  const ImageHeader header = ImageHeader::Fresh(part.size_x, part.size_y, selection->color_mode);
+  const auto stride = static_cast<std::size_t>(ColorMode::GetNumChannels(header.color_mode));
   ReadRequest request;
   request.part = selection->part;
   request.channels = selection->channels;
   request.column_end = part.size_x;
   request.row_end = part.size_y;
   request.scale = options.scale;
-  const Status status =
-      decoder.Read(request, {image->GetArray(), stride, stride * static_cast<std::size_t>(part.size_x)});
-  if (status.IsError()) {
-    problem = status.GetMessage();
-    return nullptr;
-  }
+  ImagePtr image = Decode(decoder, request, header, stride, problem);
+  if (!image) return nullptr;
   SpreadChannels(*image, selection->sources);
   const bool is_color = selection->color_mode == ColorMode::kColor;
   if (is_color && selection->has_opacity && part.is_multiplied) DivideByOpacity(*image);

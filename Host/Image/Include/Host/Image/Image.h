@@ -43,11 +43,15 @@ struct ImageHeader {
 };
 
 namespace ScEng {
-/// Gives the samples of an image back to the host's memory for them.
+/// Gives the samples of an image back to where they came from: the host's memory for them, unless `release` is set.
 struct FreeSamples {
   std::size_t bytes = 0;
+  void (*release)(float* samples, std::size_t bytes) noexcept = nullptr;
   HOST_IMAGE_API void operator()(float* samples) const noexcept;
 };
+
+/// The owner of samples.
+using SampleBuffer = std::unique_ptr<float[], FreeSamples>;
 }  // namespace ScEng
 
 /// The host's image: float samples, channels interleaved, rows dense, the first sample 64-byte aligned.
@@ -68,6 +72,8 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   Image(int size_x, int size_y, unsigned color_mode, const float* fill);
   /// The same with a given header.
   Image(const ImageHeader& header, const float* fill);
+  /// The same with samples that are there already, as many as the header asks for, 64-byte aligned.
+  Image(const ImageHeader& header, ScEng::SampleBuffer samples);
   /// Copies samples and header; the copy starts with no references.
   Image(const Image& image);
   /// The image in another colour mode, by the rules of `ConvertSamples`. Size, pin, pivot and outside value stay;
@@ -126,7 +132,7 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   void Allocate();
 
   ImageHeader header_;
-  std::unique_ptr<float[], ScEng::FreeSamples> samples_;
+  ScEng::SampleBuffer samples_;
   mutable std::optional<ScEng::SampleRange> sample_range_;
   std::shared_ptr<const ScEng::ImageMetadata> metadata_;
 };
