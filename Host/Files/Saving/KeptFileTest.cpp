@@ -90,9 +90,9 @@ class KeptFile : public testing::Test {
 // ---- Permissions ----
 
 TEST_F(KeptFile, KeepsItsPermissionsWhateverTheMask) {
-  for (const mode_t mask : {0000, 0022, 0077}) {
+  for (const mode_t mask : {0000U, 0022U, 0077U}) {
     const MaskScope scope(mask);
-    for (const mode_t mode : {0600, 0640, 0664, 0666, 0755, 0200}) {
+    for (const mode_t mode : {0600U, 0640U, 0664U, 0666U, 0755U, 0200U}) {
       WriteText(file_, "old");
       ASSERT_EQ(chmod(file_.c_str(), mode), 0);
       const Status status = WriteWholeFile(file_, "new");
