@@ -212,7 +212,8 @@ TEST_F(DocumentEvaluationTest, LayersNeedAFormatThatHasThem) {
   };
   EXPECT_TRUE(Contains(check("a.png", "'layer': 'x'"), "the layer \"x\""));
   EXPECT_TRUE(Contains(check("a.png", "'layer': 'x'"), ".exr"));
-  for (const char* key : {"'layer': 'x'", "'type': 'int16'", "'samples': 'stored'", "'opacity': 'drop'", "'layer': ''", "'type': 'auto'", "'type': 'uint16'", "'samples': 'unit'", "'opacity': 'auto'",
+  for (const char* key : {"'layer': 'x'", "'type': 'int16'", "'samples': 'stored'", "'opacity': 'drop'", "'layer': ''",
+                          "'type': 'auto'", "'type': 'uint16'", "'samples': 'unit'", "'opacity': 'auto'",
                           "'opacity': 'keep'", "'metadata': 'keep'", "'metadata': 'strip'"}) {
     EXPECT_EQ(check("a.exr", key), "") << key;
   }

@@ -83,8 +83,9 @@ TEST_F(HostNodesTest, HaveTheirNumbersAndNames) {
 
 TEST_F(HostNodesTest, HaveTheirAttributesAndPlugs) {
   const std::pair<NodeType, std::vector<std::string>> kAttributes[] = {
-      {{10, 16, 5}, {"path", "color_mode", "range", "low", "high", "placement", "pin", "pivot",
-        "samples", "part", "layer", "channels"}},
+      {{10, 16, 5},
+       {"path", "color_mode", "range", "low", "high", "placement", "pin", "pivot", "samples", "part", "layer",
+        "channels"}},
       {{10, 16, 6}, {"path", "type", "samples", "opacity", "metadata", "layer"}},
       {{10, 16, 10}, {"frame", "color"}},
       {{10, 16, 16}, {"frame", "rect_x_size", "rect_y_size", "color_00", "color_10", "color_01", "color_11"}},
@@ -110,7 +111,8 @@ TEST_F(HostNodesTest, HaveTheirAttributesAndPlugs) {
   Node* writer = Create({10, 16, 6});
   EXPECT_TRUE(writer->GetOutplugs().empty());
   EXPECT_TRUE(writer->IsSink());
-  EXPECT_EQ(Get(writer, "type")->GetChoices(), (std::vector<std::string>{"auto", "float", "half", "uint16", "uint8", "int16"}));
+  EXPECT_EQ(Get(writer, "type")->GetChoices(),
+            (std::vector<std::string>{"auto", "float", "half", "uint16", "uint8", "int16"}));
   Node* reader = Create({10, 16, 5});
   EXPECT_EQ(Get(reader, "color_mode")->GetChoices(), (std::vector<std::string>{"auto", "color", "signed", "value"}));
   EXPECT_EQ(Get(reader, "color_mode")->GetValue().GetText(), "auto");

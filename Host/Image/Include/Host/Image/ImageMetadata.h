@@ -89,8 +89,8 @@ struct ImageMetadata {
   bool operator==(const ImageMetadata&) const = default;
 };
 
-/// The metadata of an image that is put elsewhere in the document, by so many columns and rows: each of its pixels stays
-/// where it is on the ground. The display window moves with it.
+/// The metadata of an image that is put elsewhere in the document, by so many columns and rows: each of its pixels
+/// stays where it is on the ground. The display window moves with it.
 HOST_IMAGE_API std::shared_ptr<const ImageMetadata> MoveMetadata(const std::shared_ptr<const ImageMetadata>& metadata,
                                                                  std::int64_t columns, std::int64_t rows);
 
