@@ -354,6 +354,23 @@ TEST_F(ExrCodecTest, StoredHeadersComeBack) {
   EXPECT_TRUE(Describe().metadata.entries.empty());
 }
 
+TEST_F(ExrCodecTest, StoredHeadersCountMoreThanEntriesOfTheirName) {
+  WritePlan plan = MakePlan(1, 1, {"Y"});
+  plan.metadata.entries = {{"value:mode", "two"}, {"xDensity", "high"}, {"xmp", std::vector{1.0}}};
+  plan.metadata.xmp = "<x/>";
+  plan.metadata.resolution = {72.0, 72.0};
+  plan.metadata.resolution_unit = "in";
+  StoredHeader stored;
+  stored.mode = 2;
+  plan.stored_headers = {{"", stored}};
+  ASSERT_EQ(Write(plan, {0.0F}), "");
+  const FilePart part = Describe();
+  EXPECT_EQ(part.stored_headers, plan.stored_headers);
+  EXPECT_EQ(part.metadata.resolution, plan.metadata.resolution);
+  EXPECT_EQ(part.metadata.xmp, "<x/>");
+  EXPECT_TRUE(part.metadata.entries.empty());
+}
+
 TEST_F(ExrCodecTest, ReadsStoredHeadersOfOtherTypes) {
   WritePlan plan = MakePlan(1, 1, {"Y"});
   // Pairs the other way round: whole numbers as floats and the other way.

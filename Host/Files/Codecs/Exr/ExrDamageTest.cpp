@@ -195,7 +195,7 @@ TEST_F(ExrDamageTest, RefusesTooManyChannels) {
     const std::string name = std::to_string(10000 + i);
     list.insert(list.end(), name.begin(), name.end());
     list.push_back(0);
-    for (const std::uint64_t number : {2, 0, 1, 1}) AppendNumber(list, number, 4);
+    for (const unsigned number : {2U, 0U, 1U, 1U}) AppendNumber(list, number, 4);
   }
   list.push_back(0);
   const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(channels);
@@ -227,6 +227,18 @@ TEST_F(ExrDamageTest, SurvivesAnyDamageToTiles) {
     }
   }
   Testing::ExpectDamageIsHarmless(GetExr(), LoadBytes(folder_ / "tiles.exr"), 250, 40);
+}
+
+TEST_F(ExrDamageTest, RefusesHugeTiles) {
+  Imf::Header header(2, 2);
+  header.setTileDescription(Imf::TileDescription(16, 16, Imf::ONE_LEVEL));
+  header.channels().insert("Y", Imf::Channel(Imf::FLOAT));
+  { const Imf::TiledOutputFile file((folder_ / "tiles.exr").c_str(), header); }
+  Bytes bytes = LoadBytes(folder_ / "tiles.exr");
+  const std::size_t tiles = FindValue(bytes, "tiles\0tiledesc\0"sv);
+  PutNumber(bytes, tiles, 60000, 4);
+  PutNumber(bytes, tiles + 4, 60000, 4);
+  EXPECT_EQ(GetProblemOf(bytes), "it has tiles of more than 512 MB");
 }
 
 TEST_F(ExrDamageTest, SurvivesAnyDamageToParts) {

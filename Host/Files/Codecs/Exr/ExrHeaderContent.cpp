@@ -82,9 +82,16 @@ Status ReadTiles(PartHeader& part) {
   const unsigned mode = attribute->bytes[8] & 0xFU;
   const bool rounds_up = (attribute->bytes[8] >> 4) == 1;
   constexpr std::int64_t kMostTile = 1 << 16;
+  // A tile is unpacked as a whole, however little of it lies within the image.
+  constexpr std::int64_t kMostTileBytes = std::int64_t{512} << 20;
   if (part.tile_width < 1 || part.tile_height < 1 || part.tile_width > kMostTile || part.tile_height > kMostTile ||
       mode > 2) {
     return Damaged("the size of its tiles makes no sense");
+  }
+  std::int64_t pixel_bytes = 0;
+  for (const HeaderChannel& channel : part.channels) pixel_bytes += channel.type == PixelType::kHalf ? 2 : 4;
+  if (part.tile_width * part.tile_height > kMostTileBytes / std::max<std::int64_t>(pixel_bytes, 1)) {
+    return Status::Error("it has tiles of more than 512 MB");
   }
   const std::int64_t width = part.data_window.GetWidth();
   const std::int64_t height = part.data_window.GetHeight();

@@ -46,7 +46,7 @@ class MetadataWriter {
   void Write() {
     for (const MetadataEntry& entry : metadata_.entries) AddEntry(entry);
     AddResolution();
-    if (!metadata_.xmp.empty()) AddText(kXmpName, metadata_.xmp);
+    if (!metadata_.xmp.empty()) Put(kXmpName, Imf::StringAttribute(metadata_.xmp));
     if (!metadata_.exif.empty()) AddExif();
     for (const auto& [layer, stored] : plan_.stored_headers) AddStored(layer.empty() ? "" : layer + "/", stored);
     if (!metadata_.iptc.empty()) LeaveOut("IPTC block");
@@ -63,6 +63,12 @@ class MetadataWriter {
   void LeaveOut(const std::string& what) { notes_.push_back("OpenEXR holds no " + what + ", which is left out"); }
 
   bool Has(const std::string& attribute) const { return header_.find(attribute) != header_.end(); }
+
+  /// An attribute that counts more than an entry of its name, which may be of another type.
+  void Put(const std::string& name, const Imf::Attribute& attribute) {
+    if (Has(name)) header_.erase(name);
+    header_.insert(name, attribute);
+  }
 
   void AddText(const std::string& name, const std::string& text) { header_.insert(name, Imf::StringAttribute(text)); }
   void AddNumber(const std::string& name, double number) {
@@ -132,7 +138,8 @@ class MetadataWriter {
     const auto [x, y] = *metadata_.resolution;
     if (!(x > 0.0 && y > 0.0 && std::isfinite(x) && std::isfinite(y))) return LeaveOut("such resolution");
     if (!metadata_.resolution_unit.empty()) {
-      AddNumber(kDensityName, metadata_.resolution_unit == "cm" ? x * kCentimetersInInch : x);
+      const double density = metadata_.resolution_unit == "cm" ? x * kCentimetersInInch : x;
+      Put(kDensityName, Imf::FloatAttribute(static_cast<float>(density)));
     }
     // Of a file that gave both, the shape of the pixels is among the entries.
     if (metadata_.Find(kAspectName) == nullptr && x != y) header_.pixelAspectRatio() = static_cast<float>(y / x);
@@ -167,16 +174,16 @@ class MetadataWriter {
       left_out_ += (left_out_.empty() ? "" : ", ") + layer + "value:*";
       return;
     }
-    if (stored.mode) header_.insert(layer + "value:mode", Imf::IntAttribute(*stored.mode));
+    if (stored.mode) Put(layer + "value:mode", Imf::IntAttribute(*stored.mode));
     if (stored.range) {
-      header_.insert(layer + "value:low", Imf::FloatAttribute(stored.range->first));
-      header_.insert(layer + "value:high", Imf::FloatAttribute(stored.range->second));
+      Put(layer + "value:low", Imf::FloatAttribute(stored.range->first));
+      Put(layer + "value:high", Imf::FloatAttribute(stored.range->second));
     }
     if (stored.pin) {
-      header_.insert(layer + "value:pin", Imf::V2iAttribute({stored.pin->first, stored.pin->second}));
+      Put(layer + "value:pin", Imf::V2iAttribute({stored.pin->first, stored.pin->second}));
     }
     if (stored.pivot) {
-      header_.insert(layer + "value:pivot", Imf::V2fAttribute({stored.pivot->first, stored.pivot->second}));
+      Put(layer + "value:pivot", Imf::V2fAttribute({stored.pivot->first, stored.pivot->second}));
     }
   }
 
