@@ -202,7 +202,11 @@ value_add_test(HostCodecPngTests
   DEPENDS ValueHost::Files ZLIB::ZLIB)
 add_dependencies(HostCodecPngTests HostCodecPng)
 value_add_test(HostCodecRastersTests
-  SOURCES "${host}/Files/Codecs/Rasters/RastersCodecTest.cpp"
+  SOURCES
+    "${host}/Files/Codecs/Rasters/RastersCodecTest.cpp"
+    "${host}/Files/Codecs/Rasters/RastersDamageTest.cpp"
+    "${host}/Files/Codecs/Rasters/RastersFormatsTest.cpp"
+    "${host}/Files/Codecs/Rasters/RastersMetadataTest.cpp"
   DEPENDS ValueHost::Files nlohmann_json::nlohmann_json ZLIB::ZLIB)
 add_dependencies(HostCodecRastersTests HostCodecRasters)
 value_add_test(HostCodecPicturesTests

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdlib>
 #include <optional>
 
 #include "Host/Files/Codecs/Rasters/Numbers.h"

@@ -81,7 +81,8 @@ class GeoTiffEncoder final : public ImageEncoder {
     options.SetNameValue("INTERLEAVE", "PIXEL");
     options.SetNameValue("BLOCKYSIZE", std::to_string(strip_rows_).c_str());
     options.SetNameValue("COMPRESS", compression.name);
-    // Strips are compressed at once and written in their order, so that the bytes do not depend on the number of threads.
+    // Strips are compressed at once and written in their order, so that the bytes do not depend on the number of
+    // threads.
     options.SetNameValue("NUM_THREADS", std::to_string(std::clamp<std::size_t>(GetNumThreads(), 1, 64)).c_str());
     if (compression.predicts) options.SetNameValue("PREDICTOR", predictor);
     options.SetNameValue("PHOTOMETRIC", colors == 3 ? "RGB" : "MINISBLACK");

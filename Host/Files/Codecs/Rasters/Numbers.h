@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cstddef>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>

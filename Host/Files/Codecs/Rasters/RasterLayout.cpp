@@ -4,6 +4,7 @@
 #include <cpl_string.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <iterator>
 #include <optional>
@@ -168,7 +169,7 @@ void DescribeRaster(GDALDataset& dataset, FilePart& part, RasterLayout& layout) 
   }
   const bool has_palette = ReadPalette(dataset, layout);
   if (has_palette) AddPaletteChannels(part, layout);
-  // The bands beside a palette are further channels only where there is more than an opacity that the colours have.
+  // Bands after one with a palette are further channels.
   AddBandChannels(dataset, part, layout, has_palette ? 1 : 0);
   if (!has_palette && !part.channels.empty()) part.metadata.nodata = part.channels.front().samples.nodata;
 
@@ -186,13 +187,6 @@ void DescribeRaster(GDALDataset& dataset, FilePart& part, RasterLayout& layout) 
   part.compression = compression == nullptr ? "" : compression;
   std::transform(part.compression.begin(), part.compression.end(), part.compression.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-}
-
-GDALDataType GetNativeType(StoredType type) {
-  // The bits of a signed byte are taken as they are, in versions of GDAL without that type.
-  const auto* row =
-      std::find_if(std::begin(kTypes), std::end(kTypes), [&](const auto& pair) { return pair.second == type; });
-  return row == std::end(kTypes) ? GDT_Byte : row->first;
 }
 
 }  // namespace ScEng

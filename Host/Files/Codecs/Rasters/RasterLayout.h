@@ -35,7 +35,4 @@ struct RasterLayout {
 /// Tells what is in an open raster: the part's size, channels and problems, and where its channels come from.
 void DescribeRaster(GDALDataset& dataset, FilePart& part, RasterLayout& layout);
 
-/// The type of a band's samples in memory.
-GDALDataType GetNativeType(StoredType type);
-
 }  // namespace ScEng

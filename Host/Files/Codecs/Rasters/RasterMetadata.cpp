@@ -6,8 +6,8 @@
 #include <ogr_spatialref.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <string_view>

@@ -20,8 +20,8 @@ std::string GetCoordinateSystem(const GDALDataset& dataset);
 /// An ICC profile as GDAL takes it with the options of a new file.
 std::string EncodeProfile(const std::vector<std::uint8_t>& icc);
 
-/// Gives a new GeoTIFF, before its first samples, what the plan says of the image, except the profile. What the format cannot hold is told
-/// in `notes`.
+/// Gives a new GeoTIFF, before its first samples, what the plan says of the image, except the profile. What the format
+/// cannot hold is told in `notes`.
 void WriteRasterMetadata(GDALDataset& dataset, const WritePlan& plan, std::vector<std::string>& notes);
 
 }  // namespace ScEng
