@@ -117,20 +117,29 @@ bool FileBroker::IsPathAllowed(const std::string& path) const {
   return IsBelowOneOf(normal, written_folders_) || IsSystemPath(normal);
 }
 
+bool FileBroker::IsAboveAllowed(const std::string& path) const {
+  return std::any_of(written_folders_.begin(), written_folders_.end(),
+                     [&](const std::string& folder) { return path == "/" || IsBelow(folder, path); });
+}
+
 FileAnswer FileBroker::Answer(const FileQuestion& question, int& descriptor) const {
   descriptor = -1;
   const std::string path(question.path, strnlen(question.path, sizeof question.path));
   if (path.empty() || path.front() != '/' || path.size() >= sizeof question.path) return Refuse(ENOENT);
-  if (!IsPathAllowed(path)) return Refuse(EACCES);
+  const bool asks_for_status = question.kind == FileQuestionKind::kStatus;
+  const bool is_above = asks_for_status && IsAboveAllowed(path);
+  // Libraries take a missing file for what it is, but not one whose status is denied.
+  if (!is_above && !IsPathAllowed(path)) return Refuse(asks_for_status ? ENOENT : EACCES);
   const Descriptor found(Find(path));
   if (!found.IsOpen()) return Refuse(errno);
   FileAnswer answer;
   if (fstat(found.Get(), &answer.status) != 0) return Refuse(errno);
+  const bool is_folder = S_ISDIR(answer.status.st_mode);
+  if (is_above && is_folder) return answer;
   const std::string real = RealPathOf(found.Get());
   if (!IsDecodedFile(answer.status) && !IsBelowOneOf(real, real_folders_) && !IsSystemPath(real)) return Refuse(EACCES);
-  const bool is_folder = S_ISDIR(answer.status.st_mode);
   if (!is_folder && !S_ISREG(answer.status.st_mode)) return Refuse(EACCES);
-  if (question.kind == FileQuestionKind::kStatus) return answer;
+  if (asks_for_status) return answer;
   if (question.kind == FileQuestionKind::kOpenFolder && !is_folder) return Refuse(ENOTDIR);
   // The file that was found, not whatever the path leads to by now.
   descriptor = open(LinkOf(found.Get()).c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);

@@ -29,6 +29,8 @@ class FileBroker {
 
  private:
   [[nodiscard]] bool IsPathAllowed(const std::string& path) const;
+  /// Whether a path is a folder on the way to an allowed one, whose status a library asks for to find where that lies.
+  [[nodiscard]] bool IsAboveAllowed(const std::string& path) const;
   [[nodiscard]] bool IsDecodedFile(const struct stat& status) const;
 
   /// Where paths may begin, as written; what lies outside is not even looked for.

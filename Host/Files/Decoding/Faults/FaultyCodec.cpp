@@ -153,6 +153,7 @@ std::string Try(const std::string& what, const std::filesystem::path& file) {
   if (what == "shared-memory") return TryMapping(PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS);
   if (what == "thread") return TryThread();
   if (what == "own-status") return TryStatus(file);
+  if (what == "canonical") return std::filesystem::canonical(file).string();
   if (what == "missing") return TryOpen(folder / "missing", O_RDONLY);
   if (what == "sidecar") return ReadText(folder / "sidecar");
   if (what == "below") return ReadText(folder / "below" / "sidecar");

@@ -89,6 +89,7 @@ constexpr long kAllowed[] = {
     SYS_sysinfo,
     SYS_uname,
     SYS_getrandom,
+    SYS_pipe2,
     SYS_ppoll,
     SYS_pselect6,
 #if defined(__x86_64__)
@@ -98,6 +99,7 @@ constexpr long kAllowed[] = {
     SYS_select,
     SYS_time,
     SYS_getrlimit,
+    SYS_pipe,
 #endif
 };
 

@@ -130,9 +130,7 @@ class Service {
     decoder_.reset();
     // What the allocator keeps of a large file would be missing from the limit of the next one.
     constexpr std::size_t kMostKept = std::size_t{64} << 20;
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__)
     if (mallinfo2().fordblks > kMostKept) malloc_trim(0);
-#endif
   }
 
   const ImageCodec& codec_;
