@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "Host/Files/FileSizeLimit.h"
+#include "Host/Files/SignalCleanup.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Image/DisplayImage.h"
 #include "Host/Image/Image.h"
@@ -133,6 +134,7 @@ QImage DrawSheet(const std::vector<Tile>& tiles, const std::string& title, int c
 
 int main(int argc, char** argv) {
   ScEng::CatchFileSizeSignal();
+  ScEng::CleanUpOnSignals();
   std::vector<std::string> arguments;
   std::string output;
   std::string title;

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <system_error>
 
+#include "Host/Files/DecodeOptions.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/Guard.h"
@@ -37,6 +38,9 @@ void CommonOptions::Declare(CLI::App& app) {
       ->check(CLI::Range(1, 1024))
       ->type_name("N")
       ->group(group);
+  app.add_flag("--in-process", decodes_in_process,
+               "Decode image files in this program, without the limits of a process of their own: for trusted files")
+      ->group(group);
   app.add_option("--max-size", max_size, "Largest width and height of an image (default: 32768)")
       ->check(CLI::Range(1, 1 << 30))
       ->type_name("N")
@@ -56,6 +60,7 @@ Status CommonOptions::Apply(Reporter& reporter) const {
   reporter.SetJson(json);
   reporter.SetQuiet(quiet);
   if (threads) ScEng::SetNumThreads(*threads);
+  if (decodes_in_process) ScEng::SetDecodePlace(ScEng::DecodePlace::kInProcess);
   if (max_size) Image::SetMaxSize(*max_size, *max_size);
   if (any_device) GpuEngine::Get()->SetTriesOtherDevice(true);
   return device.empty() ? Status() : GpuEngine::Get()->SelectDevice(device);

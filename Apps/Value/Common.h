@@ -19,6 +19,7 @@ struct CommonOptions {
   std::vector<std::string> plugins;
   std::optional<unsigned> threads;
   std::optional<int> max_size;
+  bool decodes_in_process = false;
   std::string device;
   bool any_device = false;
   bool quiet = false;
