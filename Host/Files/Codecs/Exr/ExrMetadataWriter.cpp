@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <set>
 
 #include "Host/Files/Codecs/ExifBlock.h"
 #include "Host/Files/Codecs/Exr/ExrMetadata.h"
@@ -44,11 +45,12 @@ class MetadataWriter {
       : plan_(plan), metadata_(plan.metadata), header_(header), notes_(notes) {}
 
   void Write() {
-    for (const MetadataEntry& entry : metadata_.entries) AddEntry(entry);
+    // These count more than entries of their names, which may be of another type.
     AddResolution();
     if (!metadata_.xmp.empty()) Put(kXmpName, Imf::StringAttribute(metadata_.xmp));
-    if (!metadata_.exif.empty()) AddExif();
     for (const auto& [layer, stored] : plan_.stored_headers) AddStored(layer.empty() ? "" : layer + "/", stored);
+    for (const MetadataEntry& entry : metadata_.entries) AddEntry(entry);
+    if (!metadata_.exif.empty()) AddExif();
     if (!metadata_.iptc.empty()) LeaveOut("IPTC block");
     if (!metadata_.icc.empty()) LeaveOut("color profile");
     if (metadata_.georeference) LeaveOut("coordinate system");
@@ -64,10 +66,9 @@ class MetadataWriter {
 
   bool Has(const std::string& attribute) const { return header_.find(attribute) != header_.end(); }
 
-  /// An attribute that counts more than an entry of its name, which may be of another type.
   void Put(const std::string& name, const Imf::Attribute& attribute) {
-    if (Has(name)) header_.erase(name);
     header_.insert(name, attribute);
+    taken_.insert(name);
   }
 
   void AddText(const std::string& name, const std::string& text) { header_.insert(name, Imf::StringAttribute(text)); }
@@ -80,7 +81,7 @@ class MetadataWriter {
                                    [&](const NameRow& known) { return entry.name == known.name; });
     const std::string name = row == std::end(kNames) ? entry.name : row->attribute;
     const bool has_name = !name.empty() && name.size() <= kMostName && name.find('\0') == std::string::npos;
-    bool is_written = has_name && !IsStructural(name);
+    bool is_written = has_name && !IsStructural(name) && !taken_.contains(name);
     try {
       is_written = is_written && std::visit([&](const auto& value) { return AddValue(name, value); }, entry.value);
     } catch (const std::exception&) {
@@ -191,6 +192,7 @@ class MetadataWriter {
   const ImageMetadata& metadata_;
   Imf::Header& header_;
   std::vector<std::string>& notes_;
+  std::set<std::string> taken_;
   std::string left_out_;
 };
 
