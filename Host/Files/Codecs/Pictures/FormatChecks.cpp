@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -16,14 +15,16 @@ namespace {
 constexpr const char* kDamagedHeader = "its header is damaged";
 constexpr const char* kDamagedData = "its data are damaged or shortened";
 
-/// The bytes of a file; what lies beyond its end reads as zero, and is asked for before it matters.
+/// The first bytes of a file; what lies beyond them reads as zero, and is asked for before it matters.
 class Bytes {
  public:
-  explicit Bytes(const std::filesystem::path& file) {
+  Bytes(const std::filesystem::path& file, std::uint64_t most) : file_size_(std::filesystem::file_size(file)) {
     std::ifstream stream(file, std::ios::binary);
-    bytes_.assign(std::istreambuf_iterator<char>(stream), {});
+    bytes_.resize(std::min(file_size_, most));
+    stream.read(bytes_.data(), static_cast<std::streamsize>(bytes_.size()));
+    bytes_.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));
   }
-  [[nodiscard]] std::size_t GetSize() const { return bytes_.size(); }
+  [[nodiscard]] std::uint64_t GetFileSize() const { return file_size_; }
   [[nodiscard]] bool Has(std::uint64_t at, std::uint64_t size) const {
     return at <= bytes_.size() && size <= bytes_.size() - at;
   }
@@ -42,6 +43,7 @@ class Bytes {
   }
 
  private:
+  std::uint64_t file_size_;
   std::vector<char> bytes_;
 };
 
@@ -197,14 +199,85 @@ std::string CheckCineon(const Bytes& bytes) {
   return {};
 }
 
+std::string CheckDpx(const Bytes& bytes) {
+  constexpr std::uint32_t kBigMark = 0x53445058;
+  constexpr std::uint32_t kUnset = 0xFFFFFFFF;
+  constexpr std::size_t kUserSizeAt = 32;
+  const bool is_big = bytes.Big(0, 4) == kBigMark;
+  const std::uint32_t user_size = is_big ? bytes.Big(kUserSizeAt, 4) : bytes.Little(kUserSizeAt, 4);
+  return user_size == kUnset || user_size <= bytes.GetFileSize() ? std::string() : kDamagedHeader;
+}
+
+constexpr std::uint32_t MakeTag(const char* text) {
+  std::uint32_t tag = 0;
+  for (std::size_t i = 0; i < 4; ++i) tag = (tag << 8) | static_cast<unsigned char>(text[i]);
+  return tag;
+}
+
+/// Finds a chunk of an IFF file from a place on; a group is entered where it is of the wanted kind. The answer is where
+/// the chunk's own bytes begin.
+std::optional<std::size_t> FindChunk(const Bytes& bytes, std::size_t at, const char* tag, const char* group) {
+  while (bytes.Has(at, 12)) {
+    const std::size_t size = bytes.Big(at + 4, 4);
+    if (bytes.Big(at, 4) == MakeTag(tag) && (group == nullptr || bytes.Big(at + 8, 4) == MakeTag(group))) {
+      return at + (group == nullptr ? 8 : 12);
+    }
+    at += 8 + (size + 3) / 4 * 4;
+  }
+  return std::nullopt;
+}
+
+/// The tiles of a picture, each of which must lie in it.
+bool HasGoodTiles(const Bytes& bytes, std::size_t at, std::uint32_t width, std::uint32_t height) {
+  std::size_t tiles = 0;
+  for (; bytes.Has(at, 16); at += 8 + (std::size_t{bytes.Big(at + 4, 4)} + 3) / 4 * 4) {
+    if (bytes.Big(at, 4) != MakeTag("RGBA")) continue;
+    const std::uint32_t left = bytes.Big(at + 8, 2);
+    const std::uint32_t top = bytes.Big(at + 10, 2);
+    const std::uint32_t right = bytes.Big(at + 12, 2);
+    const std::uint32_t bottom = bytes.Big(at + 14, 2);
+    if (left > right || top > bottom || right >= width || bottom >= height) return false;
+    if (!bytes.Has(at + 8, bytes.Big(at + 4, 4))) return false;
+    ++tiles;
+  }
+  return tiles > 0;
+}
+
+std::string CheckIff(const Bytes& bytes) {
+  constexpr std::uint32_t kColor = 1;
+  constexpr std::uint32_t kBlack = 16;
+  const auto header = FindChunk(bytes, 12, "TBHD", nullptr);
+  if (!header || !bytes.Has(*header, 32)) return kDamagedHeader;
+  const std::uint32_t width = bytes.Big(*header, 4);
+  const std::uint32_t height = bytes.Big(*header + 4, 4);
+  const std::uint32_t flags = bytes.Big(*header + 12, 4);
+  const bool is_sound = (flags & kColor) != 0 && (flags & kBlack) == 0 && bytes.Big(*header + 16, 2) <= 1 &&
+                        bytes.Big(*header + 20, 4) <= 1 && bytes.Big(*header + 24, 4) == 0 &&
+                        bytes.Big(*header + 28, 4) == 0;
+  if (!is_sound) return kDamagedHeader;
+  const auto tiles = FindChunk(bytes, 12, "FOR4", "TBMP");
+  return tiles && HasGoodTiles(bytes, *tiles, width, height) ? std::string() : kDamagedData;
+}
+
 }  // namespace
 
 std::string FindDamage(const std::filesystem::path& file, std::string_view format) {
-  using Check = std::string (*)(const Bytes&);
-  constexpr std::array<std::pair<std::string_view, Check>, 4> kChecks{
-      {{"sgi", CheckSgi}, {"softimage", CheckPic}, {"ico", CheckIcon}, {"cineon", CheckCineon}}};
-  for (const auto& [name, check] : kChecks) {
-    if (format == name) return check(Bytes(file));
+  struct Check {
+    std::string_view format;
+    std::string (*find)(const Bytes&);
+    /// How much of the file it looks at.
+    std::uint64_t most;
+  };
+  constexpr std::uint64_t kHeader = 2048;
+  constexpr std::uint64_t kWhole = std::uint64_t{1} << 32;
+  constexpr std::array<Check, 6> kChecks{{{"sgi", CheckSgi, kWhole},
+                                          {"softimage", CheckPic, kWhole},
+                                          {"ico", CheckIcon, kWhole},
+                                          {"iff", CheckIff, kWhole},
+                                          {"cineon", CheckCineon, kHeader},
+                                          {"dpx", CheckDpx, kHeader}}};
+  for (const Check& check : kChecks) {
+    if (format == check.format) return check.find(Bytes(file, check.most));
   }
   return {};
 }

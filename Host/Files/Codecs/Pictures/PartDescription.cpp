@@ -79,7 +79,10 @@ bool IsStructural(std::string_view name) {
                               "pnm:binary",
                               "pnm:bigendian",
                               "rla:NumMatteChannels",
-                              "ImageDescriptor"};
+                              "ImageDescriptor",
+                              "dpx:Version",
+                              "dpx:DittoKey",
+                              "FramesPerSecond"};
   return std::any_of(kGroups.begin(), kGroups.end(), [&](const char* group) { return StartsWith(name, group); }) ||
          std::find(kNames.begin(), kNames.end(), name) != kNames.end();
 }

@@ -28,7 +28,7 @@ bool HasBlocks(std::string_view format) {
 /// Formats whose readers may leave a row as it was and call that good. They are decoded twice, into rows that were
 /// filled differently before: what differs afterwards is not in the file.
 bool LeavesRowsUnset(std::string_view format) {
-  constexpr std::array kSound{"tiff", "webp", "heif", "jpeg2000", "fits", "dpx"};
+  constexpr std::array kSound{"tiff", "webp", "jpeg2000", "fits", "dpx"};
   return std::find(kSound.begin(), kSound.end(), format) == kSound.end();
 }
 
