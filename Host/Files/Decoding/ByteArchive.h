@@ -82,7 +82,7 @@ class ByteWriter {
   template <class... Choices>
   void Put(const std::variant<Choices...>& value) {
     Put(static_cast<std::uint8_t>(value.index()));
-    std::visit([this](const auto& choice) { Put(choice); }, value);
+    std::visit([this](const auto& choice) { this->Put(choice); }, value);
   }
   /// A structure whose fields `Fields(archive, structure)` lists.
   template <class Value>
