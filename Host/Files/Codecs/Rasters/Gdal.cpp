@@ -64,7 +64,9 @@ void KeepOnlyRasterDrivers() {
   GDALDriverManager& manager = *GetGDALDriverManager();
   for (int i = manager.GetDriverCount() - 1; i >= 0; --i) {
     GDALDriver* driver = manager.GetDriver(i);
-    if (kept.count(driver->GetDescription()) == 0) manager.DeregisterDriver(driver);
+    if (kept.count(driver->GetDescription()) != 0) continue;
+    manager.DeregisterDriver(driver);
+    GDALDestroyDriver(driver);
   }
 }
 
