@@ -19,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "Apps/NodePages/FormatTable.h"
 #include "Apps/NodePages/Page.h"
 #include "Apps/NodePages/SchemaHints.h"
 #include "Host/Documents/GraphDocument.h"
@@ -34,6 +35,9 @@ using ScEng::Status;
 // The schema of graph documents, from the root of the repository, and with hints, from the folder of the pages.
 constexpr const char* kSchemaSource = "Host/Documents/graph.schema.in.json";
 constexpr const char* kSchema = "../../Host/Documents/graph.schema.json";
+
+// The page of the file formats, from the folder of the pages.
+constexpr const char* kFormats = "../Files.md";
 
 /// A folder for intermediate files, removed with its content.
 class ScratchFolder {
@@ -91,6 +95,9 @@ class Pages {
     const std::string schema = AddSchemaHints(ReadWhole(root_ / kSchemaSource), catalog_->GetDescriptors());
     if (schema.empty()) Fail(std::string(kSchemaSource) + " is missing, or has no place for hints");
     files_[kSchema] = schema;
+    const std::string formats = AddFormatTable(ReadWhole(folder_ / kFormats));
+    if (formats.empty()) Fail("Docs/Files.md is missing, or has no place for the table of formats");
+    files_[kFormats] = formats;
     // After an error, what would have been made is not all known.
     if (errors_.empty()) FindStrangers();
   }

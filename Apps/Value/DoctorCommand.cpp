@@ -159,8 +159,16 @@ class DoctorCommand : public Command {
         names += (names.empty() ? "" : ", ") + format;
         json["formats"].push_back(format);
       }
+      const char* decoder = !codec.decoder_problem.empty() ? "missing"
+                            : codec.is_confined            ? "confined"
+                                                           : "not confined";
+      json["decoder"] = decoder;
       ShowLine(codec.name, names + (codec.problem.empty() ? "" : " (missing)"));
+      ShowLine("", std::string("decoded in a process of its own, ") + decoder);
       answer_["image_formats"].push_back(json);
+      if (codec.problem.empty() && !codec.decoder_problem.empty()) {
+        problems_.push_back(names + " can only be read with --in-process: " + codec.decoder_problem);
+      }
       if (codec.problem.empty()) continue;
       problems_.push_back(names + " can neither be read nor written: " + codec.problem +
                           "; put it beside the host's libraries, or install the program anew");

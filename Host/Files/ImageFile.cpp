@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <sstream>
+#include <utility>
 
 #include "Host/Files/AtomicFile.h"
 #include "Host/Files/Codecs/CodecTable.h"
+#include "Host/Files/Decoding/HelperDecoder.h"
 #include "Host/Files/FileErrors.h"
 #include "Host/Files/ImageFormats.h"
 #include "Host/Files/PathProblem.h"
@@ -141,15 +144,51 @@ Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes)
   return ReplaceFile(file, memory.GetDescriptor());
 }
 
+std::vector<FormatReport> ListFormats() {
+  std::vector<FormatReport> reports;
+  for (const FormatRow& row : GetFormatRows()) {
+    FormatReport report;
+    report.title = row.title;
+    report.codec = row.codec;
+    std::istringstream endings(row.endings);
+    for (std::string ending; std::getline(endings, ending, ',');) report.endings.push_back(ending);
+    report.writes = row.writes;
+    for (const StoredType type : row.types) report.types.emplace_back(GetName(type));
+    report.channels = row.channels;
+    report.has_opacity = row.opacity;
+    report.has_layers = row.layers;
+    const FormatMetadata& held = row.metadata;
+    const std::pair<bool, const char*> kinds[] = {{held.exif, "EXIF"},
+                                                  {held.iptc, "IPTC"},
+                                                  {held.xmp, "XMP"},
+                                                  {held.icc, "profile"},
+                                                  {held.resolution, "resolution"},
+                                                  {held.texts, "texts"},
+                                                  {held.attributes, "attributes"},
+                                                  {held.georeference, "coordinates"},
+                                                  {held.nodata, "nodata"}};
+    for (const auto& [is_held, name] : kinds) {
+      if (is_held) report.metadata.emplace_back(name);
+    }
+    reports.push_back(std::move(report));
+  }
+  return reports;
+}
+
 std::vector<CodecReport> FindCodecs() {
   std::vector<CodecReport> reports;
   for (const CodecRow& row : GetCodecRows()) {
     const HostModule module(row.module, std::string("the module of the codec \"") + row.name + "\"");
-    CodecReport report{row.name, module.GetFile(), "", {}};
+    CodecReport report;
+    report.name = row.name;
+    report.file = module.GetFile();
     static_cast<void>(LoadCodec(row, report.problem));
     for (const FormatRow& format : GetFormatRows()) {
       if (std::string_view(format.codec) == row.name) report.formats.emplace_back(format.title);
     }
+    const HelperReport helper = CheckHelper(row);
+    report.decoder_problem = helper.problem;
+    report.is_confined = helper.is_confined;
     reports.push_back(std::move(report));
   }
   return reports;

@@ -440,6 +440,18 @@ TEST(ImageFileModes, TiledFilesAreRead) {
 
 // ---- Files that cannot be read ----
 
+TEST(ImageFileErrors, AreOfOneLineOfBoundedLengthThatEndsInWholeCharacters) {
+  std::filesystem::path file = "/";
+  for (int i = 0; i < 20; ++i) file /= "ein Ordner für Höhen";
+  file /= "last.exr";
+  const std::string message = ReadFailure(file);
+  EXPECT_LE(message.size(), 260U);
+  EXPECT_TRUE(Contains(message, "last.exr\": there is no such file"));
+  const std::size_t dots = message.find("...");
+  ASSERT_NE(dots, std::string::npos);
+  EXPECT_NE(static_cast<unsigned char>(message[dots + 3]) & 0xC0U, 0x80U);
+}
+
 TEST(ImageFileErrors, MissingFilesAndFolders) {
   const TemporaryFolder folder;
   EXPECT_TRUE(Contains(ReadFailure(folder / "a.exr"), "no such file"));

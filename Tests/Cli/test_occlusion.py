@@ -187,8 +187,13 @@ class DoctorTest(EnvironmentTestCase):
         self.assertGreaterEqual(library["node_types"], 20)
         self.assertEqual(library["icons"], 2 * library["node_types"])
         self.assertEqual(library["missing_icons"], [])
-        self.assertTrue(answer["image_formats"]["found"])
-        self.assertTrue(Path(answer["image_formats"]["module"]).is_file())
+        for codec in answer["image_formats"]:
+            self.assertTrue(codec["found"], codec)
+            self.assertTrue(Path(codec["module"]).is_file(), codec)
+            self.assertEqual(codec["decoder"], "confined", codec)
+        formats = [name for codec in answer["image_formats"] for name in codec["formats"]]
+        self.assertIn("OpenEXR", formats)
+        self.assertEqual(len(formats), len(set(formats)))
 
     def test_options_show(self):
         answer = self.value("doctor", "--json", "--threads", "3", "--device", "cpu").json_values()[0]
@@ -251,11 +256,11 @@ class DoctorTest(EnvironmentTestCase):
         self.assertIn("Highway", result.out)
 
     def test_missing_image_formats(self):
-        """In a copy of the program without the module of image formats."""
+        """In a copy of the program without one of the modules of image formats."""
         program = find_program()
         copy = self.dir / "copy"
         shutil.copytree(program.parent.parent / "lib", copy / "lib", symlinks=True)
-        (copy / "lib" / "libHostCodecs.so").unlink()
+        (copy / "lib" / "libHostCodecPng.so").unlink()
         (copy / "bin").mkdir()
         for name in (program.name, "Value.so"):
             shutil.copy2(program.parent / name, copy / "bin" / name)
@@ -269,4 +274,4 @@ class DoctorTest(EnvironmentTestCase):
         result = self.value(
             "doctor", program=copy / "bin" / program.name, environment=environment, code=NODE_ERROR
         )
-        self.assertIn("image files", result.err)
+        self.assertIn("PNG can neither be read nor written", result.err)

@@ -213,9 +213,9 @@ class Selector {
     }
     selection_.layer = LayerOf(Name(selection_.channels.front()));
     const std::string_view first = BaseOf(names.front());
-    const bool is_grey = names.size() == 2 && (first == "Y" || first == "L") && BaseOf(names[1]) == "A";
-    selection_.has_opacity = is_grey || (names.size() == 4 && BaseOf(names[3]) == "A");
-    role_ = names.size() == 2 && !is_grey ? Role::kPair : RoleOfCount(names.size());
+    const bool is_gray = names.size() == 2 && (first == "Y" || first == "L") && BaseOf(names[1]) == "A";
+    selection_.has_opacity = is_gray || (names.size() == 4 && BaseOf(names[3]) == "A");
+    role_ = names.size() == 2 && !is_gray ? Role::kPair : RoleOfCount(names.size());
     return true;
   }
 
@@ -255,7 +255,7 @@ class Selector {
       role_ = Role::kSigned;
     } else if (find("Y") || find("L")) {
       selection_.channels.push_back(find("Y") ? *find("Y") : *find("L"));
-      role_ = opacity ? Role::kGrey : Role::kValue;
+      role_ = opacity ? Role::kGray : Role::kValue;
     } else if (find("Z")) {
       selection_.channels.push_back(*find("Z"));
       role_ = Role::kValue;
@@ -282,10 +282,10 @@ class Selector {
 
   // ---- The mode ----
 
-  enum class Role { kValue, kGrey, kPair, kColor, kSigned };
+  enum class Role { kValue, kGray, kPair, kColor, kSigned };
 
   static Role RoleOfCount(std::size_t count) {
-    return count == 1 ? Role::kValue : count == 2 ? Role::kGrey : Role::kColor;
+    return count == 1 ? Role::kValue : count == 2 ? Role::kGray : Role::kColor;
   }
 
   void ChooseMode() {
@@ -323,7 +323,7 @@ class Selector {
         selection_.color_mode = ColorMode::kColor;
         selection_.sources = {0, 0, 0, kConstantOne};
         return;
-      case Role::kGrey:
+      case Role::kGray:
         selection_.color_mode = ColorMode::kColor;
         selection_.sources = {0, 0, 0, 1};
         return;

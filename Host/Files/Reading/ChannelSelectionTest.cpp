@@ -58,7 +58,7 @@ TEST(ChannelSelection, ReadsOneNamelessChannelAsAValue) {
   EXPECT_FALSE(selected.selection.has_opacity);
 }
 
-TEST(ChannelSelection, ReadsTwoNamelessChannelsAsGreyAndOpacity) {
+TEST(ChannelSelection, ReadsTwoNamelessChannelsAsGrayAndOpacity) {
   const Selected selected(MakeFile({"", ""}), {});
   EXPECT_EQ(selected.selection.color_mode, static_cast<unsigned>(ColorMode::kColor));
   EXPECT_EQ(selected.selection.sources, (Sources{0, 0, 0, 1}));
@@ -147,7 +147,7 @@ TEST(ChannelSelection, ReadsNamedChannelsInTheirOrder) {
   EXPECT_EQ(selected.selection.color_mode, static_cast<unsigned>(ColorMode::kPair));
 }
 
-TEST(ChannelSelection, NamedGreyAndOpacityAreColor) {
+TEST(ChannelSelection, NamedGrayAndOpacityAreColor) {
   ReadOptions options;
   options.channels = "a.Y,a.A";
   const Selected selected(MakeFile({"a.A", "a.Y"}), options);
@@ -209,7 +209,7 @@ TEST(ChannelSelection, SignedTakesTheChannelsPlain) {
   EXPECT_EQ(Selected(MakeFile({"", "", ""}), options).selection.sources, (Sources{0, 1, 2, kConstantOne}));
 }
 
-TEST(ChannelSelection, ColorMakesGreyOfOneChannelAndTwoColorsOfAPair) {
+TEST(ChannelSelection, ColorMakesGrayOfOneChannelAndTwoColorsOfAPair) {
   ReadOptions options;
   options.mode = ReadMode::kColor;
   EXPECT_EQ(Selected(MakeFile({"Z"}), options).selection.sources, (Sources{0, 0, 0, kConstantOne}));

@@ -158,7 +158,6 @@ class MetadataWriter {
     }
     AddAngle(exif, 1, "latitude", 'S');
     AddAngle(exif, 3, "longitude", 'W');
-    notes_.emplace_back("OpenEXR holds no EXIF block; its main fields are kept as attributes");
   }
 
   /// Degrees, minutes and seconds, and with the tag before them on which side of zero they are.

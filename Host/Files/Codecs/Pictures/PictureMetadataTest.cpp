@@ -47,9 +47,9 @@ std::vector<std::uint8_t> MakeProfile() {
   return profile;
 }
 
-class TravellingMetadata : public testing::Test {
+class TravelingMetadata : public testing::Test {
  protected:
-  TravellingMetadata() : plan_(MakePlan(16, 8, 3, StoredType::kUint8)), samples_(16 * 8 * 3, 90) {
+  TravelingMetadata() : plan_(MakePlan(16, 8, 3, StoredType::kUint8)), samples_(16 * 8 * 3, 90) {
     plan_.metadata.xmp = kXmp;
     plan_.metadata.icc = MakeProfile();
     plan_.metadata.resolution = {300.0, 150.0};
@@ -74,7 +74,7 @@ class TravellingMetadata : public testing::Test {
   std::vector<unsigned char> samples_;
 };
 
-TEST_F(TravellingMetadata, IsReadFromJpeg) {
+TEST_F(TravelingMetadata, IsReadFromJpeg) {
   const ReadPicture read = ReadPart(MakeSource(), "jpeg");
   ASSERT_EQ(read.problem, "");
   const FilePart& part = read.description.parts.front();
@@ -94,7 +94,7 @@ TEST_F(TravellingMetadata, IsReadFromJpeg) {
   EXPECT_EQ(Ask(folder_ / "block.tif", "Model"), "Number 5");
 }
 
-TEST_F(TravellingMetadata, ReachesEveryFormatThatHoldsIt) {
+TEST_F(TravelingMetadata, ReachesEveryFormatThatHoldsIt) {
   const ReadPicture source = ReadPart(MakeSource(), "jpeg");
   ASSERT_EQ(source.problem, "");
   plan_.metadata = source.description.parts.front().metadata;
@@ -135,7 +135,7 @@ TEST_F(TravellingMetadata, ReachesEveryFormatThatHoldsIt) {
   }
 }
 
-TEST_F(TravellingMetadata, KeepsTheTextsOfTiff) {
+TEST_F(TravelingMetadata, KeepsTheTextsOfTiff) {
   plan_.metadata = {};
   for (const char* name : {"ImageDescription", "Artist", "Copyright", "Software", "DateTime", "DocumentName"}) {
     const bool is_time = std::string(name) == "DateTime";
@@ -153,14 +153,14 @@ TEST_F(TravellingMetadata, KeepsTheTextsOfTiff) {
   EXPECT_EQ(Ask(folder_ / "a.tif", "Copyright"), "Text of Copyright");
 }
 
-TEST_F(TravellingMetadata, WritesNoTimeOfItsOwn) {
+TEST_F(TravelingMetadata, WritesNoTimeOfItsOwn) {
   plan_.metadata = {};
   ASSERT_EQ(WritePicture(folder_ / "a.tif", "tiff", plan_, samples_), "");
   EXPECT_EQ(Ask(folder_ / "a.tif", "ModifyDate"), "");
   EXPECT_EQ(Ask(folder_ / "a.tif", "Software"), "");
 }
 
-TEST_F(TravellingMetadata, IsNotedWhereAFormatHasNoPlaceForIt) {
+TEST_F(TravelingMetadata, IsNotedWhereAFormatHasNoPlaceForIt) {
   plan_.metadata.georeference = Georeference{};
   plan_.metadata.nodata = -9999.0;
   std::vector<std::string> notes;
@@ -171,7 +171,7 @@ TEST_F(TravellingMetadata, IsNotedWhereAFormatHasNoPlaceForIt) {
                                              "the format holds no value for missing samples, which is left out"}));
 }
 
-TEST_F(TravellingMetadata, IsLeftOutWhereItIsDamaged) {
+TEST_F(TravelingMetadata, IsLeftOutWhereItIsDamaged) {
   const auto file = MakeSource();
   std::string bytes = ReadFile(file);
   const std::size_t at = bytes.find("Exif");

@@ -120,6 +120,29 @@ HOST_FILES_API bool HasLayers(const std::filesystem::path& file);
 /// Writes bytes to a file in the same all-or-nothing way.
 HOST_FILES_API Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes);
 
+/// A file format, and what is written of an image in it. What can be read is told by the files themselves.
+struct FormatReport {
+  /// As people call it: "OpenEXR".
+  std::string title;
+  /// The codec that reads and writes it.
+  std::string codec;
+  /// With their dots; the first is the usual one.
+  std::vector<std::string> endings;
+  bool writes = false;
+  /// The types of written samples.
+  std::vector<std::string> types;
+  /// The most channels that are written, opacity among them.
+  int channels = 0;
+  bool has_opacity = false;
+  bool has_layers = false;
+  /// What is written of the metadata: "EXIF", "IPTC", "XMP", "profile", "resolution", "texts", "attributes",
+  /// "coordinates", "nodata".
+  std::vector<std::string> metadata;
+};
+
+/// All formats that are known by name.
+HOST_FILES_API std::vector<FormatReport> ListFormats();
+
 /// A module of the host that reads and writes formats; `problem` is empty where it can be loaded.
 struct CodecReport {
   std::string name;
@@ -127,9 +150,13 @@ struct CodecReport {
   std::string problem;
   /// What people call the formats of the codec.
   std::vector<std::string> formats;
+  /// Why no process can be started that decodes for it; empty where one can.
+  std::string decoder_problem;
+  /// Whether the system keeps that process from files and networks.
+  bool is_confined = false;
 };
 
-/// Loads the modules of all codecs and tells which there are.
+/// Loads the modules of all codecs, starts what decodes for them, and tells.
 HOST_FILES_API std::vector<CodecReport> FindCodecs();
 
 }  // namespace ScEng
