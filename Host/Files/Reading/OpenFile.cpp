@@ -83,7 +83,7 @@ std::unique_ptr<ImageDecoder> OpenImageFile(const std::filesystem::path& file, s
     if (decoder != nullptr) return decoder;
     if (problem.empty()) problem = reason;
   }
-  if (recognitions.front().format.empty()) problem = "it is in no image format that can be read (" + problem + ")";
+  if (recognitions.front().format.empty()) problem = "it is in no image format that can be read";
   return nullptr;
 }
 
