@@ -38,13 +38,13 @@ class MetadataTestCase(ValueTestCase):
             node("add", "ImageValueAddNode", constant=0.0),
             node("black", "ImageRectangleNode", frame=[0, 0, 4, 4], color=[0, 0, 0, 0]),
             node("sum", "ImageValueAddNode"),
-            node("clamp", "ImageValueClampNode"),
+            node("last", "ImageValueMaximumNode", constant=0.0),
         ]
         links = [
             link("in.image", "add.image", 0), link("add.image", "sum.image", 0), link("black.image", "sum.image", 1),
-            link("sum.image", "clamp.image", 0),
+            link("sum.image", "last.image", 0),
         ]
-        return document(nodes, links, [dict(output("clamp.image", target), **words)])
+        return document(nodes, links, [dict(output("last.image", target), **words)])
 
 
 class BlocksTest(MetadataTestCase):
