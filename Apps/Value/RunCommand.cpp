@@ -207,6 +207,7 @@ class RunCommand : public Command {
       reporter_.Notes(notes);
       if (refusal.code != ExitCode::kDone) return Fail(refusal.code, refusal.text);
       if (files.empty()) return Fail(ExitCode::kFile, "--each " + each_ + ": no file matches");
+      output_files_ = document.GetOutputFiles();
       const std::string clash = FindClash(files, document);
       if (!clash.empty()) return Fail(ExitCode::kUsage, clash);
     }
@@ -246,7 +247,7 @@ class RunCommand : public Command {
         reporter_.Progress(files[i].string(), ++done, files.size());
       }
     };
-    ScEng::LoadImageFormats();
+    ScEng::LoadFormatsToWrite(output_files_);
     const std::size_t wanted = std::min(jobs_, files.size());
     const std::size_t used = RunJobs(wanted, work);
     if (used < wanted) {
@@ -291,6 +292,8 @@ class RunCommand : public Command {
   std::string each_;
   std::string output_dir_;
   std::size_t jobs_ = 1;
+  /// Of the first run of a batch.
+  std::vector<std::filesystem::path> output_files_;
   WriteFlags write_flags_;
 };
 

@@ -194,10 +194,12 @@ std::vector<CodecReport> FindCodecs() {
   return reports;
 }
 
-void LoadImageFormats() {
-  for (const CodecRow& row : GetCodecRows()) {
+void LoadFormatsToWrite(const std::vector<std::filesystem::path>& files) {
+  for (const FormatRow& row : GetFormatRows()) {
+    const bool is_written =
+        row.writes && std::any_of(files.begin(), files.end(), [&](const auto& file) { return HasEnding(row, file); });
     std::string problem;
-    static_cast<void>(LoadCodec(row, problem));
+    if (is_written) static_cast<void>(LoadCodec(*FindCodecRow(row.codec), problem));
   }
 }
 
