@@ -187,6 +187,8 @@ value_add_test(HostReadingTests
   SOURCES
     "${host}/Files/Reading/ChannelSelection.cpp"
     "${host}/Files/Reading/ChannelSelectionTest.cpp"
+    "${host}/Files/Reading/OrientationTest.cpp"
+    "${host}/Files/Codecs/StoredSamplesTest.cpp"
   DEPENDS ValueHost::Files)
 
 value_add_test(HostCodecExrTests

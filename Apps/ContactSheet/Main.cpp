@@ -23,8 +23,8 @@
 #include <vector>
 
 #include "Host/Files/FileSizeLimit.h"
-#include "Host/Files/SignalCleanup.h"
 #include "Host/Files/ImageFile.h"
+#include "Host/Files/SignalCleanup.h"
 #include "Host/Image/DisplayImage.h"
 #include "Host/Image/Image.h"
 

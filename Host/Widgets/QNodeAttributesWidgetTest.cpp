@@ -91,7 +91,6 @@ class BareNode : public Testing::TestNode {
 /// Throws at every question for a text.
 class ThrowingNode : public Testing::TestNode {
  public:
-
   ThrowingNode() {
     Add("count", 5.0, 0.0, 10.0, 1.0, 0);
     UpdateInplugsAndOutplugs();

@@ -32,7 +32,8 @@ constexpr StoredType kOfTiff[] = {kFloat, kHalf, kUint16, kInt16, kUint8};
 constexpr StoredType kOfRasters[] = {kFloat, kUint16, kInt16, kUint8};
 
 constexpr FormatMetadata kNothing{};
-constexpr FormatMetadata kOfPng{.exif = true, .iptc = true, .xmp = true, .icc = true, .resolution = true, .texts = true};
+constexpr FormatMetadata kOfPng{
+    .exif = true, .iptc = true, .xmp = true, .icc = true, .resolution = true, .texts = true};
 constexpr FormatMetadata kOfExr{.xmp = true, .resolution = true, .texts = true, .attributes = true};
 constexpr FormatMetadata kBlocks{
     .exif = true, .iptc = true, .xmp = true, .icc = true, .resolution = true, .texts = true};

@@ -84,8 +84,8 @@ Status PictureInput::ReadRows(int begin, int end, std::vector<unsigned char>& to
   bool ok = false;
   if (spec.tile_width > 0) {
     // The function for native tiles leaves gaps where the last tile of a row reaches beyond the image.
-    ok = input_->read_tiles(subimage, 0, spec.x, spec.x + spec.width, spec.y + begin, spec.y + end, spec.z, spec.z + 1, 0,
-                            spec.nchannels, OIIO::TypeDesc::UNKNOWN, to.data());
+    ok = input_->read_tiles(subimage, 0, spec.x, spec.x + spec.width, spec.y + begin, spec.y + end, spec.z, spec.z + 1,
+                            0, spec.nchannels, OIIO::TypeDesc::UNKNOWN, to.data());
   } else {
     ok = input_->read_native_scanlines(subimage, 0, spec.y + begin, spec.y + end, spec.z, to.data());
   }

@@ -9,8 +9,8 @@
 namespace ScEng {
 
 /// Loads the modules that write files of these names now, and not with the first of them. Libraries behind them start
-/// threads when they are loaded, and end the process where the system has no more: a program that starts many threads of
-/// its own calls this before. A module that cannot be loaded is an error of whoever writes a file.
+/// threads when they are loaded, and end the process where the system has no more: a program that starts many threads
+/// of its own calls this before. A module that cannot be loaded is an error of whoever writes a file.
 HOST_FILES_API void LoadFormatsToWrite(const std::vector<std::filesystem::path>& files);
 
 }  // namespace ScEng
