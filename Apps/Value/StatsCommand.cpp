@@ -86,6 +86,13 @@ class StatsCommand : public Command {
     sub->add_option("--bins", bins_, "Bars of the histogram (default: 16)")
         ->type_name("N")
         ->check(CLI::Range(1, 65536));
+    sub->add_option("--part", options_.part, "The part of the file: its name, or an index from 0")->type_name("PART");
+    sub->add_option("--layer", options_.layer, "The layer: diffuse of a channel diffuse.R")->type_name("LAYER");
+    sub->add_option("--channels", options_.channels, "One to four channels with commas, as the file names them")
+        ->type_name("NAMES");
+    sub->add_option("--samples", samples_, "What integers become: auto, unit (divided by their largest) or stored")
+        ->type_name("WORD")
+        ->check(CLI::IsMember({"auto", "unit", "stored"}));
     sub->footer("Examples:\n  value stats terrain.exr\n  value stats terrain.exr --bins 64 --json");
     return sub;
   }
@@ -93,11 +100,17 @@ class StatsCommand : public Command {
   ExitCode Run() override {
     Status status;
     std::vector<std::string> notes;
-    const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), {}, status, notes);
-    if (!image) return Fail(ExitCode::kFile, status.GetMessage());
-    reporter_.Notes(notes);
+    if (samples_ == "unit") options_.scale = ScEng::SampleScale::kUnit;
+    if (samples_ == "stored") options_.scale = ScEng::SampleScale::kStored;
     const auto file = ScEng::DescribeImageFile(ScEng::MakePath(file_), status);
     if (!file) return Fail(ExitCode::kFile, status.GetMessage());
+    const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), options_, status, notes);
+    if (!image) {
+      // What there is in the file tells what to ask for.
+      reporter_.Print(file_ + "\n" + DescribeFile(*file));
+      return Fail(ExitCode::kFile, status.GetMessage());
+    }
+    reporter_.Notes(notes);
     const Figures figures = Measure(*image, bins_);
     reporter_.Print(Describe(*image, figures, *file));
     nlohmann::ordered_json answer = ToAnswer(*image, figures);
@@ -154,6 +167,8 @@ class StatsCommand : public Command {
 
   std::string file_;
   std::size_t bins_ = 16;
+  ScEng::ReadOptions options_;
+  std::string samples_;
 };
 
 }  // namespace
