@@ -7,7 +7,8 @@ from pathlib import Path
 import numpy as np
 
 from cli_support import (
-    COLOR, DONE, F, NAN, NODE_ERROR, PLUGIN_ERROR, SANITIZED, USAGE, VALUE, Picture, ValueTestCase, find_program, read_file, sample_picture, sanitizer_libraries, write_picture,
+    COLOR, DONE, F, NAN, NODE_ERROR, PLUGIN_ERROR, SANITIZED, USAGE, VALUE, Picture, ValueTestCase,
+    find_program, read_file, sample_picture, sanitizer_libraries, write_picture,
 )
 
 ACCURACY = 2e-4
