@@ -10,10 +10,12 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "Host/Files/Decoding/Messages.h"
 #include "Host/Util/HostModule.h"
+#include "Host/Util/ParallelRows.h"
 
 namespace ScEng {
 namespace {
@@ -130,7 +132,8 @@ std::string SpawnDecoder(const CodecRow& codec, SpawnedDecoder& spawned) {
   SpawnSettings settings;
   SetAttributes(settings.attributes);
   SetActions(settings.actions, control.GetTheirs(), broker.GetTheirs());
-  std::vector<std::string> words = {program.string(), codec.name, codec.module, codec.package};
+  std::vector<std::string> words = {program.string(), codec.name, codec.module, codec.package,
+                                    std::to_string(GetNumThreads())};
   std::vector<std::string> environment = MakeEnvironment();
   const int failure = posix_spawn(&spawned.id, program.c_str(), &settings.actions, &settings.attributes,
                                   PointersTo(words).data(), PointersTo(environment).data());

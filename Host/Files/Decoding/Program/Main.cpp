@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// value-decoder <codec> <module> <package>
+// value-decoder <codec> <module> <package> <threads>
 //
 // Decodes image files for the program that starts it, which talks to it on two sockets. Nothing for people to run.
 
@@ -10,8 +10,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <fstream>
@@ -23,6 +25,7 @@
 #include "Host/Files/Decoding/Messages.h"
 #include "Host/Files/Decoding/Program/Confinement.h"
 #include "Host/Files/Decoding/Program/Service.h"
+#include "Host/Util/ParallelRows.h"
 
 namespace {
 
@@ -99,7 +102,7 @@ bool IsSocket(int descriptor) {
 }  // namespace
 
 int main(int count, char** words) {
-  constexpr int kWords = 4;
+  constexpr int kWords = 5;
   if (count != kWords || !IsSocket(kControlSocket) || !IsSocket(kBrokerSocket)) {
     std::fputs("value-decoder decodes image files for the program value, which starts it by itself\n", stderr);
     return 2;
@@ -107,6 +110,7 @@ int main(int count, char** words) {
   if (chdir("/") != 0) return 1;
   int result = 1;
   try {
+    SetNumThreads(static_cast<std::size_t>(std::max(1, std::atoi(words[4]))));
     result = Run({words[1], words[2], words[3]});
   } catch (const std::exception& exception) {
     TellUnable(exception.what());
