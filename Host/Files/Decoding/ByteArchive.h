@@ -160,8 +160,9 @@ class ByteReader {
   void Get(std::optional<Value>& value) {
     bool is_there = false;
     Get(is_there);
-    value.reset();
-    if (is_there && is_good_) Get(value.emplace());
+    std::optional<Value> read;
+    if (is_there && is_good_) Get(read.emplace());
+    value.swap(read);
   }
   template <class First, class Second>
   void Get(std::pair<First, Second>& pair) {

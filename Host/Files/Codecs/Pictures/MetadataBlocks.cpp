@@ -43,7 +43,24 @@ void RemoveStructure(Exiv2::ExifData& exif) {
   }
 }
 
-std::vector<std::uint8_t> Encode(const Exiv2::ExifData& exif, Exiv2::ByteOrder order) {
+// Exiv2 0.28 names whole numbers by their size, hides the bytes of its buffers, and always reads HEIF.
+#if EXIV2_TEST_VERSION(0, 28, 0)
+long ToNumber(const Exiv2::Exifdatum& datum) { return static_cast<long>(datum.toInt64()); }
+std::vector<std::uint8_t> ToBytes(const Exiv2::DataBuf& buffer) {
+  return {buffer.c_data(), buffer.c_data() + buffer.size()};
+}
+const Exiv2::DataBuf& ProfileOf(const Exiv2::Image& image) { return image.iccProfile(); }
+void EnableHeif() {}
+#else
+long ToNumber(const Exiv2::Exifdatum& datum) { return datum.toLong(); }
+std::vector<std::uint8_t> ToBytes(const Exiv2::DataBuf& buffer) {
+  return {buffer.pData_, buffer.pData_ + buffer.size_};
+}
+const Exiv2::DataBuf& ProfileOf(Exiv2::Image& image) { return *image.iccProfile(); }
+void EnableHeif() { Exiv2::enableBMFF(true); }
+#endif
+
+std::vector<std::uint8_t> Encode(Exiv2::ExifData& exif, Exiv2::ByteOrder order) {
   Exiv2::Blob block;
   Exiv2::ExifParser::encode(block, order, exif);
   return {block.begin(), block.end()};
@@ -67,7 +84,7 @@ void ReadResolution(const Exiv2::ExifData& exif, ImageMetadata& metadata) {
   const std::array<double, 2> numbers{x->toFloat(), y->toFloat()};
   if (!std::all_of(numbers.begin(), numbers.end(), [](double n) { return std::isfinite(n) && n > 0.0; })) return;
   metadata.resolution = numbers;
-  const long code = unit == exif.end() ? 2 : unit->toLong();
+  const long code = unit == exif.end() ? 2 : ToNumber(*unit);
   metadata.resolution_unit = code == 2 ? "in" : code == 3 ? "cm" : "";
 }
 
@@ -75,7 +92,7 @@ void ReadResolution(const Exiv2::ExifData& exif, ImageMetadata& metadata) {
 int TakeOrientation(Exiv2::ExifData& exif) {
   const auto found = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
   if (found == exif.end() || found->count() != 1) return 1;
-  const long orientation = found->toLong();
+  const long orientation = ToNumber(*found);
   exif["Exif.Image.Orientation"] = std::uint16_t{1};
   return orientation >= 1 && orientation <= 8 ? static_cast<int>(orientation) : 1;
 }
@@ -96,16 +113,12 @@ int ReadExif(Exiv2::Image& image, bool reads_all, ImageMetadata& metadata) {
 
 void ReadOtherBlocks(Exiv2::Image& image, ImageMetadata& metadata) {
   if (!image.iptcData().empty()) {
-    const Exiv2::DataBuf iptc = Exiv2::IptcParser::encode(image.iptcData());
-    metadata.iptc.assign(iptc.pData_, iptc.pData_ + iptc.size_);
+    metadata.iptc = ToBytes(Exiv2::IptcParser::encode(image.iptcData()));
   }
   // The packet as it stands in the file rather than one made anew.
   image.writeXmpFromPacket(true);
   metadata.xmp = image.xmpPacket();
-  if (image.iccProfileDefined()) {
-    const Exiv2::DataBuf* icc = image.iccProfile();
-    metadata.icc.assign(icc->pData_, icc->pData_ + icc->size_);
-  }
+  if (image.iccProfileDefined()) metadata.icc = ToBytes(ProfileOf(image));
   const std::string comment = image.comment();
   if (!comment.empty()) metadata.entries.push_back({"Comment", comment});
 }
@@ -142,7 +155,7 @@ std::mutex& GetExivMutex() {
   static const bool is_prepared = [] {
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
     Exiv2::XmpParser::initialize();
-    Exiv2::enableBMFF(true);
+    EnableHeif();
     return true;
   }();
   static_cast<void>(is_prepared);

@@ -130,7 +130,8 @@ Status PictureDecoder::ReadChunk(int begin, int end) {
   const OIIO::ImageSpec& spec = inputs_.back()->GetSpec();
   const std::size_t size = static_cast<std::size_t>(end - begin) * spec.scanline_bytes(true);
   for (std::size_t i = 0; i < inputs_.size(); ++i) {
-    rows_[i].assign(size, kFillings[i]);
+    rows_[i].resize(size);
+    std::fill(rows_[i].begin(), rows_[i].end(), kFillings[i]);
     const Status status = inputs_[i]->ReadRows(begin, end, rows_[i]);
     if (status.IsError()) return status;
   }
