@@ -116,13 +116,17 @@ std::size_t CountBytes(Node& node) {
 /// unless all images came from files without.
 std::shared_ptr<const ImageMetadata> CombineMetadata(const std::vector<const Image*>& inputs) {
   std::shared_ptr<const ImageMetadata> first;
-  std::optional<bool> had_opacity = false;
+  bool has_opacity = false;
+  bool is_of_files = true;
   for (const Image* image : inputs) {
     const auto& metadata = image->GetMetadata();
-    const auto here = metadata ? metadata->had_opacity : std::nullopt;
-    if (here == true || (!here && had_opacity == false)) had_opacity = here;
+    const bool is_known = metadata != nullptr && metadata->had_opacity.has_value();
+    has_opacity = has_opacity || (is_known && *metadata->had_opacity);
+    is_of_files = is_of_files && is_known;
     if (metadata && (!first || (first->IsEmpty() && !metadata->IsEmpty()))) first = metadata;
   }
+  std::optional<bool> had_opacity;
+  if (has_opacity || is_of_files) had_opacity = has_opacity;
   if (!first || first->had_opacity == had_opacity) return first;
   auto combined = std::make_shared<ImageMetadata>(*first);
   combined->had_opacity = had_opacity;
