@@ -33,9 +33,6 @@ value_add_test(ValueNodeTests
   DEPENDS ValueObjects ValueHost::Nodes ValueHost::Tools ValueHost::Image hwy::hwy
   ENVIRONMENT ${gpu_test_environment})
 
-# The leak check crashes in itself where threads of the OpenCL driver end while it looks at them at the end of this
-# program. The tests of the nodes and of the host's operations look for leaks on the same paths.
-string(REPLACE "fast_unwind_on_malloc=0" "detect_leaks=0" contract_test_environment "${gpu_test_environment}")
 value_add_test(ValueContractTests
   SOURCES
     Contract/CancellationTest.cpp
@@ -44,4 +41,4 @@ value_add_test(ValueContractTests
     Contract/ValueNodePropertiesTest.cpp
     Contract/ValueNodeReferences.cpp
   DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy
-  ENVIRONMENT ${contract_test_environment})
+  ENVIRONMENT ${gpu_test_environment})
