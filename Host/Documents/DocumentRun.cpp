@@ -1,14 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Documents/DocumentRun.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <system_error>
+#include <optional>
 #include <utility>
 
 #include "Host/Documents/MessageText.h"
 #include "Host/Tools/Guard.h"
 
 namespace ScEng {
+namespace {
+
+/// Device and number of a file; nothing where there is none.
+std::optional<std::pair<dev_t, ino_t>> FindIdentity(const std::filesystem::path& file) {
+  struct stat state {};
+  if (stat(file.c_str(), &state) != 0) return std::nullopt;
+  return std::pair(state.st_dev, state.st_ino);
+}
+
+}  // namespace
 
 RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine::Options options) {
   for (std::size_t i = 0; i < content_.outputs.size(); ++i) {
@@ -156,7 +168,10 @@ void DocumentRun::FindFilesRead() {
     const Attribute* path = FindPathAttribute(*entry.node, Attribute::StringUse::kReadPath);
     if (path == nullptr) continue;
     if (content_.IsFed(entry, path->GetName())) reads_any_file_ = true;
-    if (!GetFile(*path).empty()) files_read_.insert(NormalizePath(GetFile(*path)));
+    if (GetFile(*path).empty()) continue;
+    const std::filesystem::path file = NormalizePath(GetFile(*path));
+    files_read_.insert(file);
+    if (const auto identity = FindIdentity(file)) identities_read_.insert(*identity);
   }
 }
 
@@ -165,11 +180,8 @@ bool DocumentRun::HasToWait(const std::filesystem::path& file, const std::string
   const auto claim = claims_.find(target);
   const bool has_layers = !layer.empty() || (claim != claims_.end() && claim->second.writers.size() > 1);
   if (has_layers || reads_any_file_ || files_read_.contains(target)) return true;
-  // One file may have several names.
-  return std::any_of(files_read_.begin(), files_read_.end(), [&](const std::filesystem::path& read) {
-    std::error_code error;
-    return std::filesystem::equivalent(read, target, error);
-  });
+  const auto identity = FindIdentity(target);
+  return identity && identities_read_.contains(*identity);
 }
 
 void DocumentRun::WritePending() {

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <map>
 #include <set>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "Host/Documents/DocumentContent.h"
@@ -62,6 +65,8 @@ class DocumentRun {
   RunReport report_;
   std::map<std::filesystem::path, FileClaim> claims_;
   std::set<std::filesystem::path> files_read_;
+  /// The same by device and number of the file, since one file may have several names.
+  std::set<std::pair<dev_t, ino_t>> identities_read_;
   /// Whether the path of a reader comes from a connection, so that any file may be read.
   bool reads_any_file_ = false;
   PendingWrites pending_{content_.compression,

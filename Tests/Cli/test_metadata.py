@@ -314,6 +314,23 @@ class OrderTest(MetadataTestCase):
             self.assert_samples(read_file(self.dir / "a.exr").data, picture.data + F(5))
             self.assert_samples(read_file(self.dir / "b.exr").data, picture.data + F(1))
 
+    def test_another_name_of_a_file_is_that_file(self):
+        picture = sample_picture(VALUE)
+        self.picture("a.exr", picture)
+        os.link(self.dir / "a.exr", self.dir / "alias.exr")
+        content = document(
+            [
+                node("one", "ImageReaderNode", path="a.exr"), node("add", "ImageValueAddNode", constant=5.0),
+                node("two", "ImageReaderNode", path="a.exr"),
+            ],
+            [link("one.image", "add.image", 0)],
+            [output("add.image", "alias.exr"), output("two.image", "b.exr")],
+        )
+        self.run_document(content)
+        self.assert_samples(read_file(self.dir / "b.exr").data, picture.data)
+        for name in ("a.exr", "alias.exr"):
+            self.assert_samples(read_file(self.dir / name).data, picture.data + F(5))
+
     def test_writers_wait_as_well(self):
         picture = sample_picture(VALUE)
         self.picture("a.exr", picture)
