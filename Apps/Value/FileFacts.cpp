@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Apps/Value/Common.h"
+#include "Host/Files/Layers.h"
 
 namespace {
 
@@ -16,20 +17,6 @@ using ScEng::FileDescription;
 using ScEng::FilePart;
 using ScEng::ImageMetadata;
 using ScEng::MetadataEntry;
-
-std::string LayerOf(const std::string& channel) {
-  const std::size_t dot = channel.rfind('.');
-  return dot == std::string::npos ? "" : channel.substr(0, dot);
-}
-
-std::vector<std::string> ListLayers(const FilePart& part) {
-  std::vector<std::string> layers;
-  for (const FileChannel& channel : part.channels) {
-    const std::string layer = LayerOf(channel.name);
-    if (!layer.empty() && std::find(layers.begin(), layers.end(), layer) == layers.end()) layers.push_back(layer);
-  }
-  return layers;
-}
 
 /// Channels of one type stand together: "R, G, B half, Z float", "3 of uint8".
 std::string DescribeChannels(const FilePart& part) {

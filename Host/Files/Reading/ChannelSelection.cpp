@@ -5,6 +5,7 @@
 #include <charconv>
 #include <string_view>
 
+#include "Host/Files/Layers.h"
 #include "Host/Image/ColorMode.h"
 
 namespace ScEng {
@@ -75,15 +76,6 @@ std::vector<std::size_t> FindLayer(const FilePart& part, const std::string& laye
     if (LayerOf(part.channels[i].name) == layer) channels.push_back(i);
   }
   return channels;
-}
-
-std::vector<std::string> ListLayers(const FilePart& part) {
-  std::vector<std::string> layers;
-  for (const FileChannel& channel : part.channels) {
-    const std::string layer(LayerOf(channel.name));
-    if (!layer.empty() && std::find(layers.begin(), layers.end(), layer) == layers.end()) layers.push_back(layer);
-  }
-  return layers;
 }
 
 bool SuitsChannels(int mode, std::size_t channels) {
@@ -354,6 +346,15 @@ class Selector {
 std::optional<ChannelSelection> SelectChannels(const FileDescription& file, const ReadOptions& options,
                                                std::string& problem) {
   return Selector(file, options).Select(problem);
+}
+
+std::vector<std::string> ListLayers(const FilePart& part) {
+  std::vector<std::string> layers;
+  for (const FileChannel& channel : part.channels) {
+    const std::string layer(LayerOf(channel.name));
+    if (!layer.empty() && std::find(layers.begin(), layers.end(), layer) == layers.end()) layers.push_back(layer);
+  }
+  return layers;
 }
 
 const StoredHeader* FindStoredHeader(const FilePart& part, const std::string& layer) {
