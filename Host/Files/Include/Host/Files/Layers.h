@@ -9,8 +9,8 @@
 
 namespace ScEng {
 
-/// The layers of a part in the order of the file: "diffuse" where it has a channel "diffuse.R". Channels without a layer
-/// are not counted.
+/// The layers of a part in the order of the file: "diffuse" where it has a channel "diffuse.R". Channels without a
+/// layer are not counted.
 HOST_FILES_API std::vector<std::string> ListLayers(const FilePart& part);
 
 }  // namespace ScEng
