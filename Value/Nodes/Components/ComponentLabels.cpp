@@ -202,17 +202,19 @@ class Labeler {
   /// Turns the entry of each run into the label of its component. A parent comes before its children, so it has its
   /// label already.
   float NumberComponents() {
-    float count = 0.0F;
+    // Counting in single precision stays where adding one no longer changes the number.
+    constexpr std::uint32_t kMostCounted = std::uint32_t{1} << std::numeric_limits<float>::digits;
+    std::uint32_t count = 0;
     for (std::uint32_t run = 0; run < num_runs_; ++run) {
       const std::uint32_t parent = forest_.GetParent(run);
       if (parent == run) {
-        labels_[run] = count;
-        count += 1.0F;
+        labels_[run] = static_cast<float>(count);
+        if (count < kMostCounted) ++count;
       } else {
         labels_[run] = labels_[parent];
       }
     }
-    return count;
+    return static_cast<float>(count);
   }
 
   /// Gives each pixel the label of its run. From the end, since the labels of the runs lie at the front: run i begins
