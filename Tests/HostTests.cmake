@@ -152,6 +152,7 @@ value_add_test(HostValidationTests
 # A codec whose files say what goes wrong, beside the host's libraries as all codecs are.
 add_library(HostCodecFaulty MODULE
   "${host}/Files/Decoding/Faults/FaultyCodec.cpp"
+  "${host}/Files/Decoding/DescriptionBytes.cpp"
   "${host}/Files/Decoding/Messages.cpp")
 target_include_directories(HostCodecFaulty PRIVATE "${PROJECT_SOURCE_DIR}")
 target_link_libraries(HostCodecFaulty PRIVATE ValueHost::Files Threads::Threads ValueBuild)

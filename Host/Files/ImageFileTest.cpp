@@ -410,7 +410,7 @@ TEST(ImageFileModes, StoredRangeGoesWithTheSamplesInEveryMode) {
   }
 }
 
-TEST(ImageFileModes, StoredModeThatDoesNotSuitIsPassedOverWithANote) {
+TEST(ImageFileModes, StoredModeThatDoesNotSuitIsIgnoredWithANote) {
   const TemporaryFolder folder;
   OIIO::ImageSpec layout = ForeignLayout(1, 1, 3, OIIO::TypeDesc::FLOAT);
   for (const int stored : {2, 3, 9, -1}) {

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Host/Files/Descriptor.h"
+
 namespace ScEng {
 namespace {
 
@@ -18,22 +20,6 @@ constexpr std::string_view kSystemFolders[] = {"/usr/share", "/usr/local/share",
 constexpr std::string_view kSystemFiles[] = {"/etc/localtime", "/proc/meminfo", "/proc/cpuinfo"};
 // What lies there is not what a user keeps in folders.
 constexpr std::string_view kNoFolders[] = {"/proc", "/sys"};
-
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  ~Descriptor() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int Get() const { return descriptor_; }
-  [[nodiscard]] bool IsOpen() const { return descriptor_ >= 0; }
-
- private:
-  int descriptor_;
-};
 
 std::string LinkOf(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
 
@@ -120,6 +106,16 @@ bool FileBroker::IsPathAllowed(const std::string& path) const {
 bool FileBroker::IsAboveAllowed(const std::string& path) const {
   return std::any_of(written_folders_.begin(), written_folders_.end(),
                      [&](const std::string& folder) { return path == "/" || IsBelow(folder, path); });
+}
+
+int FileBroker::Open(const std::filesystem::path& file) const {
+  FileQuestion question;
+  const std::string path = file.string();
+  if (path.size() >= sizeof question.path) return -1;
+  path.copy(question.path, path.size());
+  int descriptor = -1;
+  static_cast<void>(Answer(question, descriptor));
+  return descriptor;
 }
 
 FileAnswer FileBroker::Answer(const FileQuestion& question, int& descriptor) const {

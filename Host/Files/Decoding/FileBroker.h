@@ -26,6 +26,8 @@ class FileBroker {
 
   /// Answers one question; `descriptor` is the caller's to close, -1 where there is none.
   [[nodiscard]] FileAnswer Answer(const FileQuestion& question, int& descriptor) const;
+  /// The answer to the question for a descriptor of a file: one that is the caller's to close, or -1.
+  [[nodiscard]] int Open(const std::filesystem::path& file) const;
 
  private:
   [[nodiscard]] bool IsPathAllowed(const std::string& path) const;

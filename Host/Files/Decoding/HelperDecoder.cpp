@@ -14,6 +14,7 @@
 #include "Host/Files/Decoding/HelperProcess.h"
 #include "Host/Files/Decoding/ReadBounds.h"
 #include "Host/Files/Decoding/SpawnDecoder.h"
+#include "Host/Files/Descriptor.h"
 
 namespace ScEng {
 namespace {
@@ -61,6 +62,12 @@ HelperDecoder::SharedTarget DenseTarget(const ReadRequest& request) {
   return {0, channels, channels * static_cast<std::size_t>(request.column_end - request.column_begin)};
 }
 
+/// Whether samples that came with a description are those of the whole first part, or none.
+bool IsWhole(const FileDescription& description, const std::vector<float>& samples) {
+  return samples.empty() || (!description.parts.empty() && description.parts.front().problem.empty() &&
+                             CountFloats(RequestAll(description.parts.front(), 0)) == samples.size());
+}
+
 /// Gives a process back to the pool when it has answered without harm.
 void GiveBack(const CodecRow& codec, std::unique_ptr<HelperProcess> process) {
   process->GetBroker().Forbid();
@@ -70,8 +77,12 @@ void GiveBack(const CodecRow& codec, std::unique_ptr<HelperProcess> process) {
 }  // namespace
 
 HelperDecoder::HelperDecoder(const CodecRow& codec, std::unique_ptr<HelperProcess> process, FileDescription description,
-                             std::uint64_t file_bytes)
-    : codec_(codec), process_(std::move(process)), description_(std::move(description)), file_bytes_(file_bytes) {}
+                             std::vector<float> samples, std::uint64_t file_bytes)
+    : codec_(codec),
+      process_(std::move(process)),
+      description_(std::move(description)),
+      ahead_(std::move(samples)),
+      file_bytes_(file_bytes) {}
 
 HelperDecoder::~HelperDecoder() { GiveBack(codec_, std::move(process_)); }
 
@@ -124,9 +135,26 @@ Status HelperDecoder::ReadInline(const ReadRequest& request, const ReadTarget& t
   return {};
 }
 
+bool HelperDecoder::TakeFromAhead(const ReadRequest& request, const ReadTarget& target) const {
+  if (ahead_.empty() || request.part != 0 || request.scale != SampleScale::kAuto) return false;
+  const FilePart& part = description_.parts.front();
+  const std::size_t pixel = part.channels.size();
+  const std::size_t row = pixel * static_cast<std::size_t>(part.size_x);
+  for (int y = request.row_begin; y < request.row_end; ++y) {
+    float* to = target.samples + static_cast<std::size_t>(y - request.row_begin) * target.row_stride;
+    const float* from = ahead_.data() + static_cast<std::size_t>(y) * row;
+    for (int x = request.column_begin; x < request.column_end; ++x, to += target.pixel_stride) {
+      const float* const samples = from + static_cast<std::size_t>(x) * pixel;
+      for (std::size_t c = 0; c < request.channels.size(); ++c) to[c] = samples[request.channels[c]];
+    }
+  }
+  return true;
+}
+
 Status HelperDecoder::Read(const ReadRequest& request, const ReadTarget& target) {
   const Status checked = CheckRequest(description_, request);
   if (checked.IsError()) return checked;
+  if (TakeFromAhead(request, target)) return {};
   const std::size_t bytes = CountFloats(request) * sizeof(float);
   if (bytes <= kMostInlineBytes) return ReadInline(request, target);
   std::optional<SharedSamples> memory;
@@ -194,6 +222,8 @@ std::unique_ptr<HelperDecoder> OpenIn(std::unique_ptr<HelperProcess>& process, c
   HelperProcess::Question question;
   question.kind = MessageKind::kOpen;
   question.body = MakeBody(OpenQuestion{file.string(), format});
+  const Descriptor opened(process->GetBroker().Open(file));
+  question.descriptor = opened.Get();
   question.time = limits.time;
   question.memory = GetAllowedMemory(limits, file_bytes, 0);
   question.mapped = file_bytes;
@@ -205,13 +235,16 @@ std::unique_ptr<HelperDecoder> OpenIn(std::unique_ptr<HelperProcess>& process, c
     GiveBack(codec, std::move(process));
     return nullptr;
   }
+  OpenAnswer body;
   std::optional<FileDescription> description;
-  if (answer.kind == MessageKind::kOpened) description = ToDescription(answer.body);
-  if (!description) {
+  if (answer.kind == MessageKind::kOpened && ParseBody(answer.body, body))
+    description = ToDescription(body.description);
+  if (!description || !IsWhole(*description, body.samples)) {
     status = process->EndForNonsense();
     return nullptr;
   }
-  return std::make_unique<HelperDecoder>(codec, std::move(process), std::move(*description), file_bytes);
+  return std::make_unique<HelperDecoder>(codec, std::move(process), std::move(*description), std::move(body.samples),
+                                         file_bytes);
 }
 
 }  // namespace

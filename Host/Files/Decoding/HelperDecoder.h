@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Host/Files/Api.h"
 #include "Host/Files/Codecs/Codec.h"
@@ -20,8 +21,9 @@ class HelperProcess;
 /// file, and the next one is decoded by a new process.
 class HOST_FILES_API HelperDecoder final : public ImageDecoder {
  public:
+  /// `samples` are those of the first part that came with the description, or none.
   HelperDecoder(const CodecRow& codec, std::unique_ptr<HelperProcess> process, FileDescription description,
-                std::uint64_t file_bytes);
+                std::vector<float> samples, std::uint64_t file_bytes);
   /// Keeps the process for the next file.
   ~HelperDecoder() override;
 
@@ -46,10 +48,14 @@ class HOST_FILES_API HelperDecoder final : public ImageDecoder {
   Status Ask(const ReadRequest& request, const SharedTarget& target, std::uint64_t memory_bytes, int descriptor,
              std::uint64_t inline_bytes, std::vector<std::uint8_t>& samples);
   Status ReadInline(const ReadRequest& request, const ReadTarget& target);
+  /// Takes a rectangle from the samples that came with the description; false where they are not enough.
+  bool TakeFromAhead(const ReadRequest& request, const ReadTarget& target) const;
 
   const CodecRow& codec_;
   std::unique_ptr<HelperProcess> process_;
   FileDescription description_;
+  /// All channels of the first part, or none.
+  std::vector<float> ahead_;
   std::uint64_t file_bytes_;
 };
 

@@ -55,9 +55,16 @@ TEST_F(HelperDecoderTest, GivesDescriptionAndSamples) {
   EXPECT_EQ(ReadAll(*decoder, error), kSmall);
 }
 
-TEST_F(HelperDecoderTest, ReadsRectanglesAndChannelsIntoStrides) {
+/// The samples of a small picture come along with its description, those of a large one on request.
+constexpr const char* kSizes[] = {"10 10 3", "200 100 3"};
+
+class HelperDecoderOfSize : public HelperDecoderTest, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(FewAndManySamples, HelperDecoderOfSize, testing::ValuesIn(kSizes));
+
+TEST_P(HelperDecoderOfSize, ReadsRectanglesAndChannelsIntoStrides) {
   const TemporaryFolder folder;
-  const auto decoder = Open(WritePicture(folder / "a", "", "10 10 3"));
+  const auto decoder = Open(WritePicture(folder / "a", "", GetParam()));
   ASSERT_NE(decoder, nullptr);
   ReadRequest request;
   request.channels = {2, 0};
@@ -204,15 +211,17 @@ TEST_P(FaultyFile, IsAnErrorAndTheNextOneIsRead) {
   ExpectNextFileWorks(folder);
   const std::size_t open_files = CountOpenFiles();
 
-  const std::filesystem::path file = WritePicture(folder / "faulty", GetParam().words);
-  Status status;
-  auto decoder = OpenInHelper(kFaulty, file, "faulty", status);
-  std::string error = status.GetMessage();
-  if (decoder != nullptr) {
-    ReadAll(*decoder, error);
-    decoder.reset();
+  for (const char* size : kSizes) {
+    const std::filesystem::path file = WritePicture(folder / "faulty", GetParam().words, size);
+    Status status;
+    auto decoder = OpenInHelper(kFaulty, file, "faulty", status);
+    std::string error = status.GetMessage();
+    if (decoder != nullptr) {
+      ReadAll(*decoder, error);
+      decoder.reset();
+    }
+    EXPECT_EQ(error, GetParam().error) << size;
   }
-  EXPECT_EQ(error, GetParam().error);
   ExpectNextFileWorks(folder);
   EXPECT_EQ(CountOpenFiles(), open_files);
   const auto children = ListChildren();
@@ -231,8 +240,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{"close-sockets", kSlow},
                     Fault{"flood-answers", "its decoder answered far more than it was asked for"},
                     Fault{"flood-questions", kNonsense}, Fault{"nonsense", kNonsense}, Fault{"wrong-body", kNonsense},
-                    Fault{"wrong-mark", kNonsense}, Fault{"wrong-question", kNonsense},
-                    Fault{"read early-done", kNonsense}, Fault{"read long-done", kNonsense},
+                    Fault{"wrong-samples", kNonsense}, Fault{"wrong-mark", kNonsense},
+                    Fault{"wrong-question", kNonsense}, Fault{"read long-done", kNonsense},
                     Fault{"read wrong-body", kNonsense}, Fault{"negative-size", kNonsense},
                     Fault{"opacity-elsewhere", kNonsense}, Fault{"exec", kStopped}, Fault{"ptrace", kStopped},
                     Fault{"read exec", kStopped},
@@ -253,6 +262,17 @@ INSTANTIATE_TEST_SUITE_P(Plain, FaultyFile,
                                                "it needs more memory than such a file should (limit 192 MiB); "
                                                "--in-process reads it without limits"}));
 #endif
+
+TEST_F(HelperDecoderTest, TakesADoneWithoutSamplesForNonsense) {
+  const TemporaryFolder folder;
+  const auto decoder = Open(WritePicture(folder / "a", "read early-done", kSizes[1]));
+  ASSERT_NE(decoder, nullptr);
+  ReadRequest request = WholeOf(decoder->GetDescription().parts[0]);
+  request.row_end = 1;
+  std::vector<float> samples(600);
+  EXPECT_EQ(decoder->Read(request, {samples.data(), 3, 600}).GetMessage(), kNonsense);
+  ExpectNextFileWorks(folder);
+}
 
 TEST_F(HelperDecoderTest, ShowsOddNamesAsPlainText) {
   const TemporaryFolder folder;
@@ -282,9 +302,24 @@ TEST_F(HelperDecoderTest, ReplacesAProcessThatWasKilledBetweenFiles) {
   EXPECT_NE(after[0].id, children[0].id);
 }
 
-TEST_F(HelperDecoderTest, SaysThatAProcessWasKilledBetweenQuestions) {
+TEST_F(HelperDecoderTest, ReadsFewSamplesWithTheDescription) {
   const TemporaryFolder folder;
   const auto decoder = Open(WritePicture(folder / "a", ""));
+  ASSERT_NE(decoder, nullptr);
+  ASSERT_EQ(kill(ListChildren()[0].id, SIGKILL), 0);
+  std::string error;
+  EXPECT_EQ(ReadAll(*decoder, error), kSmall);
+  EXPECT_EQ(error, "");
+  // They are no answer to a question for other numbers.
+  ReadRequest request = WholeOf(decoder->GetDescription().parts[0]);
+  request.scale = SampleScale::kStored;
+  std::vector<float> samples(12);
+  EXPECT_TRUE(decoder->Read(request, {samples.data(), 2, 6}).IsError());
+}
+
+TEST_F(HelperDecoderTest, SaysThatAProcessWasKilledBetweenQuestions) {
+  const TemporaryFolder folder;
+  const auto decoder = Open(WritePicture(folder / "a", "", kSizes[1]));
   ASSERT_NE(decoder, nullptr);
   ASSERT_EQ(kill(ListChildren()[0].id, SIGKILL), 0);
   std::string error;

@@ -24,17 +24,19 @@ namespace ScEng {
 inline constexpr int kControlSocket = 3;
 inline constexpr int kBrokerSocket = 4;
 
-/// The largest body of a message. Profiles and blocks of metadata travel in descriptions.
-inline constexpr std::uint64_t kMostBodyBytes = std::uint64_t{64} << 20;
+/// Profiles and blocks of metadata travel in descriptions.
+inline constexpr std::uint64_t kMostDescriptionBytes = std::uint64_t{64} << 20;
+/// The largest body of a message: a description and a few samples.
+inline constexpr std::uint64_t kMostBodyBytes = kMostDescriptionBytes + (std::uint64_t{1} << 20);
 
 enum class MessageKind : std::uint32_t {
   /// The process is ready: HelperState.
   kReady = 1,
   /// The process cannot decode at all: a text.
   kUnable,
-  /// Asks to open a file: OpenQuestion.
+  /// Asks to open a file: OpenQuestion, with a descriptor of the file.
   kOpen,
-  /// The file is open: a description.
+  /// The file is open: OpenAnswer.
   kOpened,
   /// Asks for samples: ReadQuestion, with the descriptor of the memory for them.
   kRead,
@@ -73,6 +75,17 @@ struct OpenQuestion {
   std::string format;
 };
 
+struct OpenAnswer {
+  /// The description.
+  Bytes description;
+  /// The samples of the whole first part where they are few, so that most small files take one question: all channels
+  /// in their order, dense, as `SampleScale::kAuto` has them.
+  std::vector<float> samples;
+};
+
+/// The most samples that come along with a description.
+inline constexpr std::uint64_t kMostSamplesAhead = std::uint64_t{16} << 10;
+
 struct ReadQuestion {
   std::uint64_t part = 0;
   std::vector<std::uint64_t> channels;
@@ -96,6 +109,11 @@ void Fields(Archive& archive, Value& value) {
 template <class Archive, Is<OpenQuestion> Value>
 void Fields(Archive& archive, Value& value) {
   archive(value.file, value.format);
+}
+
+template <class Archive, Is<OpenAnswer> Value>
+void Fields(Archive& archive, Value& value) {
+  archive(value.description, value.samples);
 }
 
 template <class Archive, Is<ReadQuestion> Value>

@@ -3,8 +3,19 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 
 namespace ScEng {
+
+ReadRequest RequestAll(const FilePart& part, std::size_t index) {
+  ReadRequest request;
+  request.part = index;
+  request.channels.resize(part.channels.size());
+  std::iota(request.channels.begin(), request.channels.end(), std::size_t{0});
+  request.column_end = part.size_x;
+  request.row_end = part.size_y;
+  return request;
+}
 
 Status CheckRequest(const FileDescription& description, const ReadRequest& request) {
   if (request.part >= description.parts.size()) return Status::Error("it has no such part");

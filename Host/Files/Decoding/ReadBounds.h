@@ -7,6 +7,9 @@
 
 namespace ScEng {
 
+/// The request for all samples of a part.
+ReadRequest RequestAll(const FilePart& part, std::size_t index);
+
 /// Whether a part, its channels and the rectangle are there; an error otherwise.
 Status CheckRequest(const FileDescription& description, const ReadRequest& request);
 

@@ -13,40 +13,22 @@
 #include "Host/Files/Codecs/CodecTable.h"
 #include "Host/Files/DecodeOptions.h"
 #include "Host/Files/Decoding/HelperDecoder.h"
+#include "Host/Files/Descriptor.h"
 #include "Host/Files/PathProblem.h"
 
 namespace ScEng {
 namespace {
 
-/// A file that is open for reading.
-class Descriptor {
- public:
-  explicit Descriptor(const std::filesystem::path& file)
-      // Opening a pipe that nobody writes into would wait.
-      : number_(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)), error_(number_ < 0 ? errno : 0) {}
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int Get() const { return number_; }
-
-  /// Why it cannot be read; empty where it can.
-  [[nodiscard]] std::string FindProblem() const {
-    if (error_ == ENOENT || error_ == ENOTDIR) return "there is no such file";
-    if (error_ != 0) return std::generic_category().message(error_);
-    struct stat state {};
-    if (fstat(number_, &state) != 0) return std::generic_category().message(errno);
-    if (S_ISDIR(state.st_mode)) return "it is a folder";
-    if (!S_ISREG(state.st_mode)) return "it is not a regular file";
-    return state.st_size == 0 ? "the file is empty" : "";
-  }
-
- private:
-  int number_;
-  int error_;
-};
+/// Why an open file cannot be read, `error` being why it could not be opened; empty where it can.
+std::string FindProblem(const Descriptor& file, ErrorNumber error) {
+  if (error == ENOENT || error == ENOTDIR) return "there is no such file";
+  if (error != 0) return std::generic_category().message(error);
+  struct stat state {};
+  if (fstat(file.Get(), &state) != 0) return std::generic_category().message(errno);
+  if (S_ISDIR(state.st_mode)) return "it is a folder";
+  if (!S_ISREG(state.st_mode)) return "it is not a regular file";
+  return state.st_size == 0 ? "the file is empty" : "";
+}
 
 std::unique_ptr<ImageDecoder> OpenWith(const Recognition& recognition, const std::filesystem::path& file,
                                        std::string& problem) {
@@ -73,8 +55,9 @@ std::unique_ptr<ImageDecoder> OpenWith(const Recognition& recognition, const std
 std::unique_ptr<ImageDecoder> OpenImageFile(const std::filesystem::path& file, std::string& problem) {
   problem = FindPathProblem(file);
   if (!problem.empty()) return nullptr;
-  const Descriptor descriptor(file);
-  problem = descriptor.FindProblem();
+  // Opening a pipe that nobody writes into would wait.
+  const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  problem = FindProblem(descriptor, descriptor.IsOpen() ? 0 : errno);
   if (!problem.empty()) return nullptr;
   const auto recognitions = Recognize(file, descriptor.Get());
   for (const Recognition& recognition : recognitions) {

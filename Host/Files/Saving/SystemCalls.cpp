@@ -13,19 +13,6 @@ namespace ScEng {
 
 std::string DescribeErrno(ErrorNumber error) { return std::generic_category().message(error); }
 
-void Descriptor::Reset(int number) {
-  static_cast<void>(Close());
-  number_ = number;
-}
-
-ErrorNumber Descriptor::Close() {
-  if (number_ < 0) return 0;
-  const int number = number_;
-  number_ = -1;
-  // Linux has freed the number even where the call was interrupted, and another thread may own it by now.
-  return close(number) == 0 || errno == EINTR ? 0 : errno;
-}
-
 ErrorNumber WriteBytes(int to, off_t offset, const char* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t put = Retry([&] { return pwrite(to, bytes, size, offset); });

@@ -7,10 +7,9 @@
 #include <cstddef>
 #include <string>
 
-namespace ScEng {
+#include "Host/Files/Descriptor.h"
 
-/// What the functions of this folder return: 0, or the errno of the call that failed.
-using ErrorNumber = int;
+namespace ScEng {
 
 std::string DescribeErrno(ErrorNumber error);
 
@@ -22,25 +21,6 @@ auto Retry(Call call) {
     if (result >= 0 || errno != EINTR) return result;
   }
 }
-
-/// An open file or folder, closed at the end of its scope.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  ~Descriptor() { static_cast<void>(Close()); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] bool IsOpen() const { return number_ >= 0; }
-  [[nodiscard]] int Get() const { return number_; }
-  /// Closes what was open before.
-  void Reset(int number);
-  /// Some file systems tell here that they could not keep what was written.
-  ErrorNumber Close();
-
- private:
-  int number_;
-};
 
 ErrorNumber WriteBytes(int to, off_t offset, const char* bytes, std::size_t size);
 

@@ -58,8 +58,8 @@ std::int64_t CountMultiples(std::int64_t first, std::int64_t last, std::int64_t 
 
 }  // namespace
 
-ChunkTable::ChunkTable(const std::filesystem::path& file, const FileHeader& header, std::size_t part)
-    : file_(std::fopen(file.c_str(), "rbe")), header_(header), part_(header.parts[part]), part_index_(part) {
+ChunkTable::ChunkTable(std::FILE* file, const FileHeader& header, std::size_t part)
+    : file_(file), header_(header), part_(header.parts[part]), part_index_(part) {
   const std::int64_t rows_in_chunk = part_.GetRowsInChunk();
   rows_ = static_cast<std::size_t>((part_.data_window.GetHeight() + rows_in_chunk - 1) / rows_in_chunk);
   if (part_.type == PartType::kTiles) {
@@ -69,10 +69,10 @@ ChunkTable::ChunkTable(const std::filesystem::path& file, const FileHeader& head
 }
 
 bool ChunkTable::ReadAt(std::uint64_t position, void* to, std::size_t size) const {
-  if (file_ == nullptr || position > header_.size || size > header_.size - position) return false;
+  if (position > header_.size || size > header_.size - position) return false;
   auto* bytes = static_cast<std::uint8_t*>(to);
   while (size > 0) {
-    const ssize_t piece = pread(fileno(file_.get()), bytes, size, static_cast<off_t>(position));
+    const ssize_t piece = pread(fileno(file_), bytes, size, static_cast<off_t>(position));
     if (piece < 0 && errno == EINTR) continue;
     if (piece <= 0) return false;
     bytes += piece;

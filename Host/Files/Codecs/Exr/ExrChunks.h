@@ -16,7 +16,8 @@ namespace ScEng::Exr {
 /// its memory behind it.
 class ChunkTable {
  public:
-  ChunkTable(const std::filesystem::path& file, const FileHeader& header, std::size_t part);
+  /// The file must stay open; its position is not changed.
+  ChunkTable(std::FILE* file, const FileHeader& header, std::size_t part);
 
   /// Checks what rows are made of, counted from the first one: an error says how many rows there are, or which cannot
   /// be unpacked.
@@ -39,7 +40,7 @@ class ChunkTable {
   [[nodiscard]] bool IsWhole(std::size_t index) const;
   [[nodiscard]] std::int64_t CountRows() const;
 
-  FilePointer file_;
+  std::FILE* const file_;
   const FileHeader& header_;
   const PartHeader& part_;
   std::size_t part_index_;

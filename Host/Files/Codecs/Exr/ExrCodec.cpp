@@ -11,8 +11,8 @@ class ExrCodec final : public ImageCodec {
  public:
   [[nodiscard]] std::unique_ptr<ImageDecoder> Open(const std::filesystem::path& file, const std::string& /*format*/,
                                                    Status& status) const override {
-    auto decoder = std::make_unique<ExrDecoder>(file);
-    status = decoder->Open();
+    auto decoder = std::make_unique<ExrDecoder>();
+    status = decoder->Open(file);
     if (status.IsError()) return nullptr;
     return decoder;
   }

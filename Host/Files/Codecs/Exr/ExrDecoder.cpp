@@ -5,6 +5,8 @@
 #include <OpenEXR/ImfInputPart.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
 
 #include "Host/Files/Codecs/Exr/ExrMetadata.h"
 #include "Host/Files/Codecs/Exr/ExrThreads.h"
@@ -33,8 +35,10 @@ std::string Join(const std::vector<std::string>& names) {
 
 }  // namespace
 
-Status ExrDecoder::Open() {
-  if (Status status = ReadFileHeader(file_, header_); status.IsError()) return status;
+Status ExrDecoder::Open(const std::filesystem::path& file) {
+  file_.reset(std::fopen(file.c_str(), "rbe"));
+  if (file_ == nullptr) return Status::Error(std::generic_category().message(errno));
+  if (Status status = ReadFileHeader(file_.get(), header_); status.IsError()) return status;
   description_.format = "openexr";
   for (const PartHeader& part : header_.parts) description_.parts.push_back(DescribePart(part));
   return {};
@@ -95,7 +99,7 @@ Status ExrDecoder::OpenPixels() {
   if (pixels_ != nullptr) return {};
   ShareThreads();
   try {
-    stream_ = std::make_unique<InputStream>(file_);
+    stream_ = std::make_unique<InputStream>(file_.get());
     pixels_ = std::make_unique<Imf::MultiPartInputFile>(*stream_);
   } catch (const std::bad_alloc&) {
     throw;
@@ -110,7 +114,7 @@ Status ExrDecoder::Read(const ReadRequest& request, const ReadTarget& target) {
   const FilePart& part = description_.parts[request.part];
   if (!part.problem.empty()) return Status::Error(part.problem);
   if (checked_part_ != request.part) {
-    chunks_ = std::make_unique<ChunkTable>(file_, header_, request.part);
+    chunks_ = std::make_unique<ChunkTable>(file_.get(), header_, request.part);
     checked_part_ = request.part;
   }
   const std::vector<WantedChannel> wanted = ListWanted(request);

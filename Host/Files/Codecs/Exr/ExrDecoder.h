@@ -18,10 +18,8 @@ namespace ScEng::Exr {
 /// An EXR file: each of its parts by rows of chunks.
 class ExrDecoder final : public ImageDecoder {
  public:
-  explicit ExrDecoder(std::filesystem::path file) : file_(std::move(file)) {}
-
   /// To be called once, before all others.
-  Status Open();
+  Status Open(const std::filesystem::path& file);
 
   [[nodiscard]] const FileDescription& GetDescription() const override { return description_; }
   Status Read(const ReadRequest& request, const ReadTarget& target) override;
@@ -42,7 +40,7 @@ class ExrDecoder final : public ImageDecoder {
   void Deliver(const ReadRequest& request, const std::vector<WantedChannel>& wanted, int row_begin, int row_end,
                const ReadTarget& target) const;
 
-  std::filesystem::path file_;
+  FilePointer file_;
   FileHeader header_;
   FileDescription description_;
   /// What the library reads from and with, from the first pixels on.

@@ -141,10 +141,6 @@ const HeaderAttribute* PartHeader::Find(std::string_view attribute_name) const {
   return found == attributes.end() ? nullptr : &*found;
 }
 
-Status ReadFileHeader(const std::filesystem::path& file, FileHeader& header) {
-  const FilePointer stream(std::fopen(file.c_str(), "rbe"));
-  if (stream == nullptr) return Status::Error(std::generic_category().message(errno));
-  return HeaderReader(stream.get(), header).Read();
-}
+Status ReadFileHeader(std::FILE* file, FileHeader& header) { return HeaderReader(file, header).Read(); }
 
 }  // namespace ScEng::Exr

@@ -95,8 +95,8 @@ std::uint64_t GetNumber(const std::uint8_t* bytes, std::size_t size);
 std::int32_t GetInt(const std::uint8_t* bytes);
 float GetFloat(const std::uint8_t* bytes);
 
-/// Reads all headers of a file, and refuses those that cannot be true.
-Status ReadFileHeader(const std::filesystem::path& file, FileHeader& header);
+/// Reads all headers of an open file, and refuses those that cannot be true.
+Status ReadFileHeader(std::FILE* file, FileHeader& header);
 
 /// Makes sense of the attributes of a part: windows, channels, tiles and the number of chunks.
 Status InterpretHeader(bool is_tiled, bool is_deep, PartHeader& part);

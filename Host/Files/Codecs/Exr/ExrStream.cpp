@@ -10,28 +10,24 @@
 
 namespace ScEng::Exr {
 
-InputStream::InputStream(const std::filesystem::path& file) : IStream(""), file_(std::fopen(file.c_str(), "rbe")) {
-  if (file_ == nullptr) throw std::system_error(errno, std::generic_category());
-}
-
 bool InputStream::read(char bytes[], int count) {
   const auto wanted = static_cast<std::size_t>(std::max(count, 0));
-  if (std::fread(bytes, 1, wanted, file_.get()) != wanted) throw std::runtime_error("the file is shortened");
-  const int next = std::getc(file_.get());
+  if (std::fread(bytes, 1, wanted, file_) != wanted) throw std::runtime_error("the file is shortened");
+  const int next = std::getc(file_);
   if (next == EOF) return false;
-  std::ungetc(next, file_.get());
+  std::ungetc(next, file_);
   return true;
 }
 
-std::uint64_t InputStream::tellg() { return static_cast<std::uint64_t>(ftello(file_.get())); }
+std::uint64_t InputStream::tellg() { return static_cast<std::uint64_t>(ftello(file_)); }
 
 void InputStream::seekg(std::uint64_t position) {
-  if (fseeko(file_.get(), static_cast<off_t>(position), SEEK_SET) != 0) {
+  if (fseeko(file_, static_cast<off_t>(position), SEEK_SET) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
 }
 
-void InputStream::clear() { std::clearerr(file_.get()); }
+void InputStream::clear() { std::clearerr(file_); }
 
 OutputStream::OutputStream(const std::filesystem::path& file) : OStream(""), file_(std::fopen(file.c_str(), "wbe")) {
   Check(file_ != nullptr);

@@ -4,6 +4,7 @@
 #include <OpenEXR/ImfIO.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -15,9 +16,10 @@
 
 namespace ScEng::Exr {
 
+/// An open file, which must stay open, from its begin.
 class InputStream final : public Imf::IStream {
  public:
-  explicit InputStream(const std::filesystem::path& file);
+  explicit InputStream(std::FILE* file) : IStream(""), file_(file) { std::rewind(file); }
 
   bool read(char bytes[], int count) override;
   std::uint64_t tellg() override;
@@ -25,7 +27,7 @@ class InputStream final : public Imf::IStream {
   void clear() override;
 
  private:
-  FilePointer file_;
+  std::FILE* const file_;
 };
 
 /// Remembers the first write that fails: the library's objects close in destructors, which say nothing.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Files/Codecs/Png/PngChunks.h"
 
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -23,12 +23,7 @@ constexpr std::array<std::string_view, 14> kMetadata{"iCCP", "eXIf", "tEXt", "zT
 
 class OpenFile {
  public:
-  explicit OpenFile(const std::filesystem::path& file) : descriptor_(open(file.c_str(), O_RDONLY | O_CLOEXEC)) {}
-  ~OpenFile() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
+  explicit OpenFile(int descriptor) : descriptor_(descriptor) {}
 
   /// Whether all of these bytes are there.
   bool Read(std::uint64_t position, std::span<std::uint8_t> to) const {
@@ -43,8 +38,8 @@ class OpenFile {
   }
 
   [[nodiscard]] std::uint64_t GetSize() const {
-    const off_t size = lseek(descriptor_, 0, SEEK_END);
-    return size < 0 ? 0 : static_cast<std::uint64_t>(size);
+    struct stat status {};
+    return fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
   }
 
  private:
@@ -58,7 +53,7 @@ std::uint32_t GetNumber(const std::uint8_t* bytes) {
 
 class ChunkReader {
  public:
-  explicit ChunkReader(const std::filesystem::path& file) : file_(file), size_(file_.GetSize()) {}
+  explicit ChunkReader(int descriptor) : file_(descriptor), size_(file_.GetSize()) {}
 
   ChunkList Read() {
     std::uint64_t position = kSignatureSize;
@@ -114,6 +109,6 @@ class ChunkReader {
 
 }  // namespace
 
-ChunkList ReadChunks(const std::filesystem::path& file) { return ChunkReader(file).Read(); }
+ChunkList ReadChunks(int descriptor) { return ChunkReader(descriptor).Read(); }
 
 }  // namespace ScEng::Png

@@ -27,7 +27,8 @@ struct ChunkList {
   std::vector<std::string> notes;
 };
 
-/// Reads the chunks of a file as far as they can be followed; what is wrong with the pixels shows when they are read.
-ChunkList ReadChunks(const std::filesystem::path& file);
+/// Reads the chunks of an open file as far as they can be followed; what is wrong with the pixels shows when they are
+/// read. The position of the descriptor is not changed.
+ChunkList ReadChunks(int descriptor);
 
 }  // namespace ScEng::Png

@@ -14,7 +14,7 @@ Status PngDecoder::Open() {
 }
 
 void PngDecoder::Describe() {
-  ChunkList list = ReadChunks(file_);
+  ChunkList list = ReadChunks(reader_->GetDescriptor());
   packed_size_ = list.packed_size;
   description_.format = "png";
   description_.notes = std::move(list.notes);

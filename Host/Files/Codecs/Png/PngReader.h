@@ -44,6 +44,8 @@ class PixelReader {
   /// Reads up to the first pixels. To be called once, before all others.
   Status ReadHeader();
   [[nodiscard]] const Header& GetHeader() const { return header_; }
+  /// Of the open file.
+  [[nodiscard]] int GetDescriptor() const { return fileno(file_); }
 
   /// Decodes the next row into `GetRowSize` bytes. After the last one the rest of the file is checked as well.
   Status ReadRow(std::uint8_t* row);

@@ -32,6 +32,7 @@
 #include <vector>
 
 #include "Host/Files/Codecs/Codec.h"
+#include "Host/Files/Decoding/DescriptionBytes.h"
 #include "Host/Files/Decoding/Messages.h"
 
 namespace ScEng {
@@ -227,6 +228,15 @@ bool Fail(const std::string& fault, FileDescription& description) {
        }},
       {"nonsense", [] { SendRaw(static_cast<MessageKind>(77), {}); }},
       {"wrong-body", [] { SendRaw(MessageKind::kOpened, Bytes(100, 0xFF)); }},
+      {"wrong-samples",
+       [] {
+         FileDescription other;
+         FilePart& part = other.parts.emplace_back();
+         part.size_x = 2;
+         part.size_y = 2;
+         part.channels.resize(1);
+         SendRaw(MessageKind::kOpened, MakeBody(OpenAnswer{ToBytes(other), {1.0F, 2.0F, 3.0F}}));
+       }},
       {"wrong-mark",
        [] {
          const Bytes bytes(64, 7);

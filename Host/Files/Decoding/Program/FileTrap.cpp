@@ -48,6 +48,28 @@ class BrokerLock {
   static inline std::atomic_flag is_taken = ATOMIC_FLAG_INIT;
 };
 
+/// The file that came along with its question. Its descriptor is given away once: another one would share its position.
+struct HandedFile {
+  char path[PATH_MAX] = {};
+  int descriptor = -1;
+  struct stat status = {};
+};
+HandedFile handed;
+
+/// Answers for the file that came along; false where it cannot.
+bool AnswerFromHand(const FileQuestion& question, struct stat* status, long& answer) {
+  if (handed.path[0] == '\0' || std::strcmp(question.path, handed.path) != 0) return false;
+  if (question.kind == FileQuestionKind::kStatus) {
+    if (status != nullptr) *status = handed.status;
+    answer = 0;
+    return true;
+  }
+  if (question.kind != FileQuestionKind::kOpen || handed.descriptor < 0) return false;
+  answer = handed.descriptor;
+  handed.descriptor = -1;
+  return true;
+}
+
 /// The whole path in the question; the error where it is none. Relative paths begin at the root, which is this
 /// process's folder; those that begin at an open folder are not answered.
 int SetPath(FileQuestion& question, int folder, const char* path) {
@@ -75,6 +97,7 @@ long Ask(FileQuestionKind kind, int folder, const char* path, struct stat* statu
   ssize_t got = -1;
   {
     const BrokerLock lock;
+    if (long from_hand = 0; AnswerFromHand(question, status, from_hand)) return from_hand;
     ssize_t sent = -1;
     do {
       sent = SendWithDescriptor(kBrokerSocket, &question, size, -1, 0);
@@ -158,6 +181,26 @@ void HandleCall(int /*signal*/, siginfo_t* info, void* context) {
 }
 
 }  // namespace
+
+void HandFile(const char* path, int descriptor) {
+  struct stat status {};
+  const bool is_usable =
+      path != nullptr && std::strlen(path) < sizeof handed.path && descriptor >= 0 && fstat(descriptor, &status) == 0;
+  int earlier = -1;
+  {
+    const BrokerLock lock;
+    earlier = handed.descriptor;
+    handed.path[0] = '\0';
+    handed.descriptor = -1;
+    if (is_usable) {
+      std::strcpy(handed.path, path);
+      handed.descriptor = descriptor;
+      handed.status = status;
+    }
+  }
+  if (earlier >= 0) close(earlier);
+  if (!is_usable && descriptor >= 0) close(descriptor);
+}
 
 bool CatchFileCalls() {
   struct sigaction action {};

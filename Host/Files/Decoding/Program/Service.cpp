@@ -11,9 +11,11 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Host/Files/Decoding/DescriptionBytes.h"
 #include "Host/Files/Decoding/Messages.h"
+#include "Host/Files/Decoding/Program/FileTrap.h"
 #include "Host/Files/Decoding/ReadBounds.h"
 
 namespace ScEng {
@@ -48,7 +50,8 @@ class Service {
     int descriptor = -1;
     if (!ReceiveMessage(kControlSocket, question, descriptor)) return false;
     const bool goes_on = Answer(question, descriptor);
-    if (descriptor >= 0) close(descriptor);
+    // An opened file keeps its descriptor.
+    if (descriptor >= 0 && question.kind != MessageKind::kOpen) close(descriptor);
     return goes_on;
   }
 
@@ -57,7 +60,7 @@ class Service {
     Message answer;
     try {
       switch (question.kind) {
-        case MessageKind::kOpen: answer = Open(question); break;
+        case MessageKind::kOpen: answer = Open(question, descriptor); break;
         case MessageKind::kRead: answer = Read(question, descriptor); break;
         case MessageKind::kClose: Close(); return true;
         default: return false;
@@ -76,17 +79,42 @@ class Service {
     return {MessageKind::kFailed, Bytes(kept.begin(), kept.end())};
   }
 
-  Message Open(const Message& message) {
+  Message Open(const Message& message, int descriptor) {
     Close();
     OpenQuestion question;
-    if (!ParseBody(message.body, question)) return Fail("the question for its file is damaged");
+    const bool is_good = ParseBody(message.body, question);
+    HandFile(is_good ? question.file.c_str() : nullptr, descriptor);
+    if (!is_good) return Fail("the question for its file is damaged");
     Status status;
     decoder_ = codec_.Open(question.file, question.format, status);
     if (decoder_ == nullptr) return Fail(status.GetMessage());
-    Message answer{MessageKind::kOpened, ToBytes(decoder_->GetDescription())};
-    if (answer.body.size() <= kMostBodyBytes) return answer;
+    OpenAnswer answer;
+    answer.description = ToBytes(decoder_->GetDescription());
+    if (answer.description.size() <= kMostDescriptionBytes) {
+      answer.samples = ReadAhead();
+      return {MessageKind::kOpened, MakeBody(answer)};
+    }
     decoder_.reset();
-    return Fail("what it says beside its samples takes more than " + std::to_string(kMostBodyBytes >> 20) + " MiB");
+    return Fail("what it says beside its samples takes more than " + std::to_string(kMostDescriptionBytes >> 20) +
+                " MiB");
+  }
+
+  /// All samples of the first part where they are few; none where they cannot be read, which is told when they are
+  /// asked for.
+  std::vector<float> ReadAhead() {
+    const FileDescription& description = decoder_->GetDescription();
+    if (description.parts.empty()) return {};
+    const ReadRequest request = RequestAll(description.parts.front(), 0);
+    if (CheckRequest(description, request).IsError() || CountFloats(request) > kMostSamplesAhead) return {};
+    std::vector<float> samples(CountFloats(request));
+    const std::size_t channels = request.channels.size();
+    try {
+      const ReadTarget target{samples.data(), channels, channels * static_cast<std::size_t>(request.column_end)};
+      if (!decoder_->Read(request, target).IsError()) return samples;
+    } catch (const std::exception&) {
+      return {};
+    }
+    return {};
   }
 
   Message Read(const Message& message, int descriptor) {
@@ -128,6 +156,7 @@ class Service {
 
   void Close() {
     decoder_.reset();
+    HandFile(nullptr, -1);
     // What the allocator keeps of a large file would be missing from the limit of the next one.
     constexpr std::size_t kMostKept = std::size_t{64} << 20;
     if (mallinfo2().fordblks > kMostKept) malloc_trim(0);
