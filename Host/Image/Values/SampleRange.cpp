@@ -42,6 +42,8 @@ class FiniteAccumulator {
   /// Whether a sample was no finite number, so that the result says nothing.
   [[nodiscard]] HWY_INLINE bool SawNonFinite() const { return test_.SawNonFinite(); }
 
+  /// To be asked only where vectors were included: without, some instruction sets answer with the largest finite
+  /// numbers in place of the infinities of an empty range.
   [[nodiscard]] HWY_INLINE SampleRange GetRange() const {
     const D d;
     return {hn::GetLane(hn::MinOfLanes(d, hn::Min(low0_, low1_))),
@@ -89,7 +91,7 @@ SampleRange Measure(const float* HWY_RESTRICT samples, std::size_t count, bool f
     if (accumulator.SawNonFinite()) {
       piece = MeasureAny(samples + from, to - from, finite_only);
     } else {
-      piece = accumulator.GetRange();
+      if (i > from) piece = accumulator.GetRange();
       for (; i < to; ++i) IncludeOne(samples[i], finite_only, piece);
     }
     range.Include(WithoutNegativeZero(piece));
@@ -110,6 +112,7 @@ SampleRange Stream(const float* HWY_RESTRICT from, float* HWY_RESTRICT to, std::
     to[i] = from[i];
     IncludeOne(from[i], true, range);
   }
+  const std::size_t first_vector = i;
   for (; i + 2 * lanes <= count; i += 2 * lanes) {
     const V even = hn::LoadU(d, from + i);
     const V odd = hn::LoadU(d, from + i + lanes);
@@ -121,6 +124,7 @@ SampleRange Stream(const float* HWY_RESTRICT from, float* HWY_RESTRICT to, std::
     hn::Stream(odd, d, to + i + lanes);
     accumulator.Include(even, odd);
   }
+  const bool has_vectors = i > first_vector;
   for (; i < count; ++i) {
     to[i] = from[i];
     IncludeOne(from[i], true, range);
@@ -128,7 +132,7 @@ SampleRange Stream(const float* HWY_RESTRICT from, float* HWY_RESTRICT to, std::
   // Streamed stores must be visible before another thread is told that the rows are done.
   hwy::FlushStream();
   if (accumulator.SawNonFinite()) return MeasureAny(from, count, true);
-  range.Include(accumulator.GetRange());
+  if (has_vectors) range.Include(accumulator.GetRange());
   return WithoutNegativeZero(range);
 }
 
