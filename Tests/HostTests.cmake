@@ -175,6 +175,8 @@ value_add_test(HostFilesTests
     "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
+    "${host}/Files/ReadRegionTest.cpp"
+    "${host}/Files/RoundTripTest.cpp"
     "${host}/Nodes/HostNodesTest.cpp"
     "${host}/Testing/ImageComparisonTest.cpp"
     "${host}/Testing/TestContextTest.cpp"

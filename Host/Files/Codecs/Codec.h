@@ -87,6 +87,8 @@ struct WritePlan {
 class ImageEncoder {
  public:
   virtual ~ImageEncoder() = default;
+  /// Whether rows are packed as they come. Some libraries take a picture as a whole, and all rows are held until then.
+  [[nodiscard]] virtual bool PacksRows() const { return true; }
   /// Rows [row_begin, row_end), channels interleaved and rows dense, in the type of the plan; half samples are handed
   /// over as floats. Rows come in order and without gaps.
   virtual Status WriteRows(int row_begin, int row_end, const void* samples) = 0;

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <string>
+#include <tuple>
 #include <utility>
 
 #include "Host/Files/Reading/ChannelSelection.h"
@@ -18,15 +20,40 @@ namespace {
 
 constexpr std::size_t kGrain = 65536;
 
-std::string CheckSize(const FilePart& part) {
-  if (part.size_x < 1 || part.size_y < 1) return "it has no pixels";
-  const bool is_turned = Orientation(part.orientation).Transposes();
-  const int size_x = is_turned ? part.size_y : part.size_x;
-  const int size_y = is_turned ? part.size_x : part.size_y;
-  if (size_x <= Image::GetMaxSizeX() && size_y <= Image::GetMaxSizeY()) return {};
-  return "its size " + std::to_string(size_x) + " x " + std::to_string(size_y) +
-         " is beyond the maximum image size of " + std::to_string(Image::GetMaxSizeX()) + " x " +
-         std::to_string(Image::GetMaxSizeY()) + "; --max-size raises that";
+std::string DescribeSize(std::int64_t size_x, std::int64_t size_y) {
+  return std::to_string(size_x) + " x " + std::to_string(size_y);
+}
+
+/// All pixels of the upright picture.
+Box2I WholeOf(const FilePart& part) {
+  return Orientation(part.orientation).Transposes() ? Box2I{0, 0, part.size_y, part.size_x}
+                                                    : Box2I{0, 0, part.size_x, part.size_y};
+}
+
+std::string CheckSize(const Box2I& whole, const Box2I& region) {
+  if (whole.Width() < 1 || whole.Height() < 1) return "it has no pixels";
+  const bool is_inside = 0 <= region.left && region.left < region.right && region.right <= whole.right &&
+                         0 <= region.top && region.top < region.bottom && region.bottom <= whole.bottom;
+  if (!is_inside) {
+    return "it has no such region: it is " + DescribeSize(whole.right, whole.bottom) + " pixels";
+  }
+  if (region.Width() <= Image::GetMaxSizeX() && region.Height() <= Image::GetMaxSizeY()) return {};
+  return "its size " + DescribeSize(region.Width(), region.Height()) + " is beyond the maximum image size of " +
+         DescribeSize(Image::GetMaxSizeX(), Image::GetMaxSizeY()) + "; --max-size raises that";
+}
+
+/// Which columns and rows of the file a region of the upright picture is made of.
+void RequestRegion(const FilePart& part, const Box2I& region, ReadRequest& request) {
+  const Orientation orientation(part.orientation);
+  const auto find = [&](std::int64_t x, std::int64_t y) {
+    return orientation.FindSource(static_cast<int>(x), static_cast<int>(y), part.size_x, part.size_y);
+  };
+  const auto first = find(region.left, region.top);
+  const auto last = find(region.right - 1, region.bottom - 1);
+  std::tie(request.column_begin, request.column_end) = std::minmax(first[0], last[0]);
+  std::tie(request.row_begin, request.row_end) = std::minmax(first[1], last[1]);
+  ++request.column_end;
+  ++request.row_end;
 }
 
 /// Moves the channels that were read to where the image has them, in place.
@@ -79,21 +106,34 @@ ImagePtr MakeUpright(const Image& stored, Orientation orientation) {
   return upright;
 }
 
-/// Pin, pivot and range, as they are stored or as the data window has them.
-void Place(Image& image, const FilePart& part, const StoredHeader* stored) {
+/// Pin, pivot and range of the whole picture, as they are stored or as the data window has them.
+void Place(ImageHeader& header, const FilePart& part, const StoredHeader* stored) {
   const int own_x = part.corner_x;
   const int own_y = part.corner_y;
   if (stored != nullptr) {
-    if (stored->range) image.SetValueLowHigh(stored->range->first, stored->range->second);
-    if (stored->pin) image.SetPin(stored->pin->first, stored->pin->second);
-    if (stored->pivot) image.SetPivot(stored->pivot->first, stored->pivot->second);
+    if (stored->range) std::tie(header.value_low, header.value_high) = *stored->range;
+    if (stored->pin) std::tie(header.pin_x, header.pin_y) = *stored->pin;
+    if (stored->pivot) std::tie(header.pivot_x, header.pivot_y) = *stored->pivot;
   }
   // A program that moves the data window leaves attributes of others as they were; files without one begin at (0, 0).
-  const Box2I box = image.GetBox();
+  const Box2I box = header.GetBox();
   if ((own_x != 0 || own_y != 0) && (box.left != own_x || box.top != own_y)) {
-    image.SetPin(own_x, own_y);
-    image.SetPivot(0.0F, 0.0F);
+    std::tie(header.pin_x, header.pin_y) = std::pair(own_x, own_y);
+    header.pivot_x = header.pivot_y = 0.0F;
   }
+}
+
+/// Gives an image the header of the whole picture that it is a region of; all of it where `whole` has its size.
+void TakeHeader(Image& image, const ImageHeader& whole, const Box2I& region) {
+  image.SetValueLowHigh(whole.value_low, whole.value_high);
+  if (region.Width() == whole.size_x && region.Height() == whole.size_y) {
+    image.SetPin(whole.pin_x, whole.pin_y);
+    image.SetPivot(whole.pivot_x, whole.pivot_y);
+    return;
+  }
+  const Box2I box = whole.GetBox();
+  image.SetPin(static_cast<int>(box.left + region.left), static_cast<int>(box.top + region.top));
+  image.SetPivot(0.0F, 0.0F);
 }
 
 /// What the image carries, told in the coordinates of the document.
@@ -120,7 +160,7 @@ std::shared_ptr<const ImageMetadata> MakeMetadata(const std::string& format, con
   return moved;
 }
 
-/// The image of a request for whole rows, as the file stores them.
+/// The image of a request, as the file stores its rows.
 ImagePtr Decode(ImageDecoder& decoder, const ReadRequest& request, const ImageHeader& header, std::size_t stride,
                 std::string& problem) {
   constexpr std::size_t kWorthSharing = std::size_t{1} << 18;
@@ -150,17 +190,19 @@ ImagePtr ReadImage(ImageDecoder& decoder, const ReadOptions& options, std::strin
   const auto selection = SelectChannels(file, options, problem);
   if (!selection) return nullptr;
   const FilePart& part = file.parts[selection->part];
-  problem = CheckSize(part);
+  const Box2I whole_box = WholeOf(part);
+  const Box2I region = options.region.value_or(whole_box);
+  problem = CheckSize(whole_box, region);
   if (!problem.empty()) return nullptr;
 
-  const ImageHeader header = ImageHeader::Fresh(part.size_x, part.size_y, selection->color_mode);
-  const auto stride = static_cast<std::size_t>(ColorMode::GetNumChannels(header.color_mode));
   ReadRequest request;
   request.part = selection->part;
   request.channels = selection->channels;
-  request.column_end = part.size_x;
-  request.row_end = part.size_y;
   request.scale = options.scale;
+  RequestRegion(part, region, request);
+  const ImageHeader header = ImageHeader::Fresh(request.column_end - request.column_begin,
+                                                request.row_end - request.row_begin, selection->color_mode);
+  const auto stride = static_cast<std::size_t>(ColorMode::GetNumChannels(header.color_mode));
   ImagePtr image = Decode(decoder, request, header, stride, problem);
   if (!image) return nullptr;
   SpreadChannels(*image, selection->sources);
@@ -176,8 +218,12 @@ ImagePtr ReadImage(ImageDecoder& decoder, const ReadOptions& options, std::strin
     image = MakeRef<Image>(*image, wanted);
     if (wanted == ColorMode::kColor) image->SetValueLowHigh(0.0F, 1.0F);
   }
-  Place(*image, part, FindStoredHeader(part, selection->layer));
-  image->SetMetadata(MakeMetadata(file.format, part, image->GetBox(), selection->has_opacity));
+  ImageHeader whole = image->GetImageHeader();
+  whole.size_x = static_cast<int>(whole_box.right);
+  whole.size_y = static_cast<int>(whole_box.bottom);
+  Place(whole, part, FindStoredHeader(part, selection->layer));
+  TakeHeader(*image, whole, region);
+  image->SetMetadata(MakeMetadata(file.format, part, whole.GetBox(), selection->has_opacity));
   notes.insert(notes.end(), file.notes.begin(), file.notes.end());
   notes.insert(notes.end(), selection->notes.begin(), selection->notes.end());
   return image;

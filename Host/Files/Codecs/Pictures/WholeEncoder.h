@@ -19,6 +19,8 @@ class WholeEncoder : public PictureEncoder {
     samples_.reserve(static_cast<std::size_t>(plan.size_y) * GetRowBytes());
   }
 
+  [[nodiscard]] bool PacksRows() const final { return false; }
+
  protected:
   /// The bytes of the file, or an error.
   virtual Status Encode(const std::vector<unsigned char>& samples, std::vector<unsigned char>& bytes) = 0;

@@ -38,6 +38,10 @@ struct ReadOptions {
   /// One to four names of channels with commas between, read in that order. Channels of formats without names are
   /// numbered from 0. Empty for those that the layer's names suggest.
   std::string channels = {};
+  /// The pixels that are read, from the upper left corner of the upright picture; nothing for all. The image lies where
+  /// they lie in the whole one. Rows outside it are not even decoded where `FilePart::reads_regions` is true; elsewhere
+  /// it takes the time of the whole part, but not its memory as an image.
+  std::optional<Box2I> region = {};
 };
 
 /// What the samples of a written file are, where its format can store it.
