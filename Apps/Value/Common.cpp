@@ -95,9 +95,9 @@ std::shared_ptr<const ScEng::NodeCatalog> Command::LoadCatalog() {
   return catalog;
 }
 
-ExitCode Command::Fail(ExitCode code, const std::string& text) {
+ExitCode Command::Fail(ExitCode code, const std::string& text, nlohmann::ordered_json answer) {
   reporter_.Error(text);
-  reporter_.Finish(nlohmann::ordered_json::object());
+  reporter_.Finish(std::move(answer));
   return code;
 }
 

@@ -50,7 +50,8 @@ class Command {
   /// The same, with the error in `status` instead of a report.
   [[nodiscard]] std::shared_ptr<const ScEng::NodeCatalog> FindCatalog(ScEng::Status& status) const;
   /// Reports an error, ends the answer with it and passes the code on.
-  ExitCode Fail(ExitCode code, const std::string& text);
+  ExitCode Fail(ExitCode code, const std::string& text,
+                nlohmann::ordered_json answer = nlohmann::ordered_json::object());
   /// The node type that was written by its class, name or numbers; null after wrong usage was reported, which a missing
   /// name is as well.
   const NodeInterface* FindNode(const ScEng::NodeCatalog& catalog, const std::string& name);

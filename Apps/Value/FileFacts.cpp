@@ -18,17 +18,21 @@ using ScEng::FilePart;
 using ScEng::ImageMetadata;
 using ScEng::MetadataEntry;
 
-/// Channels of one type stand together: "R, G, B half, Z float", "3 of uint8".
+/// Channels of one type stand together: "R, G, B half; Z float", "3 of uint8". One without a name among others that
+/// have one is shown with the number by which it is chosen.
 std::string DescribeChannels(const FilePart& part) {
+  const bool has_names = std::any_of(part.channels.begin(), part.channels.end(),
+                                     [](const FileChannel& channel) { return !channel.name.empty(); });
   std::string text;
   for (std::size_t i = 0; i < part.channels.size();) {
     std::size_t end = i;
     std::string names;
     while (end < part.channels.size() && part.channels[end].samples.type == part.channels[i].samples.type) {
-      names += (end == i ? "" : ", ") + part.channels[end].name;
+      const std::string& name = part.channels[end].name;
+      names += (end == i ? "" : ", ") + (name.empty() ? std::to_string(end) : name);
       ++end;
     }
-    if (part.channels[i].name.empty()) names = std::to_string(end - i) + " of";
+    if (!has_names) names = std::to_string(end - i) + " of";
     text += (i == 0 ? "" : "; ") + names + " " + GetName(part.channels[i].samples.type);
     i = end;
   }

@@ -102,13 +102,15 @@ class StatsCommand : public Command {
     std::vector<std::string> notes;
     if (samples_ == "unit") options_.scale = ScEng::SampleScale::kUnit;
     if (samples_ == "stored") options_.scale = ScEng::SampleScale::kStored;
-    const auto file = ScEng::DescribeImageFile(ScEng::MakePath(file_), status);
-    if (!file) return Fail(ExitCode::kFile, status.GetMessage());
-    const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), options_, status, notes);
+    std::optional<ScEng::FileDescription> file;
+    const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), options_, status, notes, &file);
     if (!image) {
+      if (!file) return Fail(ExitCode::kFile, status.GetMessage());
       // What there is in the file tells what to ask for.
       reporter_.Print(file_ + "\n" + DescribeFile(*file));
-      return Fail(ExitCode::kFile, status.GetMessage());
+      nlohmann::ordered_json answer = {{"file", file_}};
+      answer.update(FileToJson(*file));
+      return Fail(ExitCode::kFile, status.GetMessage(), std::move(answer));
     }
     reporter_.Notes(notes);
     const Figures figures = Measure(*image, bins_);

@@ -94,13 +94,15 @@ std::filesystem::path MakePath(const std::string& written, const std::filesystem
 }
 
 ImagePtr ReadImageFile(const std::filesystem::path& file, const ReadOptions& options, Status& status,
-                       std::vector<std::string>& notes) {
+                       std::vector<std::string>& notes, std::optional<FileDescription>* description) {
   std::string problem;
   ImagePtr image;
   std::vector<std::string> clauses;
   Guard(problem, [&] {
     const auto decoder = OpenImageFile(file, problem);
-    if (decoder != nullptr) image = ReadImage(*decoder, options, problem, clauses);
+    if (decoder == nullptr) return;
+    if (description != nullptr) *description = decoder->GetDescription();
+    image = ReadImage(*decoder, options, problem, clauses);
   });
   if (!problem.empty()) {
     status = MakeReadError(file, problem);

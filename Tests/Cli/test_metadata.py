@@ -179,6 +179,16 @@ class GroundTest(MetadataTestCase):
             self.assertEqual(info["bands"][0]["noDataValue"], -9999)
             self.assertEqual(self.value("stats", "out.tif", "--json").json_values()[0]["nan"], 1)
 
+    def test_numbers_that_fall_on_the_nodata_value_are_told(self):
+        heights = self.raster("dem.tif", nodata=0)
+        result = self.value(
+            "apply", "Value Add", "-i", "dem.tif", "--set", f"constant={-heights[0, 1]}", "--type", "int16", "-o", "o.tif"
+        )
+        told = [line for line in result.err_lines if "has the nodata value and will be read as no value" in line]
+        self.assertEqual(len(told), 1, str(result))
+        self.assertIn("1 sample has", told[0])
+        self.assertEqual(self.value("stats", "o.tif", "--json").json_values()[0]["nan"], 2)
+
     def test_grown_cut_and_moved_images_stay_where_they_are(self):
         self.raster("dem.tif")
         grown = document(

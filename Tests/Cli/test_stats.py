@@ -1,6 +1,7 @@
 """value stats: the figures of one image file."""
 
 import math
+import struct
 
 import numpy as np
 
@@ -154,6 +155,31 @@ class StatsTest(ValueTestCase):
         self.picture("in.exr", sample_picture(VALUE, 9, 2))
         result = self.value("stats", "in.exr", "--max-size", "8", code=FILE_ERROR)
         self.assert_one_error(result, "in.exr")
+
+    def test_what_there_is_of_a_file_that_needs_a_choice(self):
+        write_file(self.dir / "two.exr", np.zeros((2, 3, 2), F), names=["a.Y", "b.Y"])
+        text = self.value("stats", "two.exr", code=FILE_ERROR)
+        self.assertIn("layers      a, b", text.out)
+        result = self.value("stats", "two.exr", "--json", code=FILE_ERROR)
+        self.assert_json_error(result, "two.exr", "a", "b")
+        (answer,) = result.json_values()
+        (part,) = answer["parts"]
+        self.assertEqual([channel["name"] for channel in part["channels"]], ["a.Y", "b.Y"])
+
+    def test_plain_numbers_are_not_taken_for_an_icon(self):
+        """0, 1 and so on as small 16-bit numbers begin like one."""
+        self.save("ramp.bil", struct.pack("<48h", *range(48)))
+        self.save("ramp.hdr", b"NROWS 6\nNCOLS 8\nNBANDS 1\nNBITS 16\nPIXELTYPE SIGNEDINT\nBYTEORDER I\n")
+        answer = self.stats("ramp.bil")
+        self.assertEqual((answer["width"], answer["height"]), (8, 6))
+        self.assertEqual(answer["measured"], [0, 47])
+        self.assertEqual(answer["mean"], 23.5)
+
+    def test_a_database_is_no_raster_whatever_lies_beside_it(self):
+        self.save("tiles.gpkg", b"SQLite format 3\0" + bytes(4096))
+        self.save("tiles.hdr", b"NROWS 4\nNCOLS 4\nNBANDS 1\nNBITS 32\nPIXELTYPE FLOAT\nBYTEORDER I\n")
+        result = self.value("stats", "tiles.gpkg", code=FILE_ERROR)
+        self.assert_one_error(result, "tiles.gpkg", "no image format")
 
     def test_wrong_usage(self):
         self.assertTrue(self.value("stats", code=USAGE).err_lines)

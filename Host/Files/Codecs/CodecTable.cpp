@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Files/Codecs/CodecTable.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -135,6 +136,11 @@ class FileBytes {
     return bytes;
   }
 
+  [[nodiscard]] std::uint64_t GetSize() const {
+    struct stat status {};
+    return fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+  }
+
  private:
   int descriptor_;
 };
@@ -169,6 +175,20 @@ bool HasGroundTags(const FileBytes& file, Bytes start) {
     if (std::find(std::begin(kGroundTags), std::end(kGroundTags), tag) != std::end(kGroundTags)) return true;
   }
   return false;
+}
+
+/// Whether the first picture of an icon is where its header says. Numbers of a plain raster can look like the mark.
+bool IsIcon(Bytes start, std::uint64_t file_size) {
+  constexpr std::uint64_t kHead = 6;
+  constexpr std::uint64_t kEntry = 16;
+  constexpr std::uint64_t kDepths[] = {0, 1, 4, 8, 16, 24, 32};
+  const std::uint64_t count = ReadNumber(start, 4, 2, false);
+  const std::uint64_t planes = ReadNumber(start, 10, 2, false);
+  const std::uint64_t depth = ReadNumber(start, 12, 2, false);
+  const std::uint64_t size = ReadNumber(start, 14, 4, false);
+  const std::uint64_t offset = ReadNumber(start, 18, 4, false);
+  return count > 0 && planes <= 1 && std::find(std::begin(kDepths), std::end(kDepths), depth) != std::end(kDepths) &&
+         offset >= kHead + count * kEntry && offset < file_size && size > 0;
 }
 
 bool IsNetpbm(Bytes bytes) {
@@ -222,13 +242,18 @@ std::vector<Recognition> Recognize(const std::filesystem::path& file, int descri
     return {as(*FindFormatRow(HasGroundTags(bytes, start) ? "geotiff" : "tiff"))};
   }
   for (const Signature& signature : kSignatures) {
-    if (StartsWith(start, signature.bytes, signature.at)) return {as(*FindFormatRow(signature.format))};
+    if (!StartsWith(start, signature.bytes, signature.at)) continue;
+    if (signature.format == "ico"sv && !IsIcon(start, bytes.GetSize())) continue;
+    return {as(*FindFormatRow(signature.format))};
   }
   if (IsNetpbm(start)) return {as(*FindFormatRow("pnm"))};
   if (IsAsciiGrid(start)) return {as(*FindFormatRow("ascii-grid"))};
 
-  // Nothing at the beginning tells: formats without a mark there, and those that only the libraries know.
   const Recognition pictures{FindCodecRow("pictures"), ""};
+  // A database; a header of numbers beside it would have it taken for a raster without any.
+  if (StartsWith(start, "SQLite format 3\0"sv)) return {pictures};
+
+  // Nothing at the beginning tells: formats without a mark there, and those that only the libraries know.
   const Recognition rasters{FindCodecRow("rasters"), ""};
   for (const FormatRow& row : kFormats) {
     const bool has_mark = std::any_of(std::begin(kSignatures), std::end(kSignatures), [&](const Signature& signature) {

@@ -96,6 +96,7 @@ class Selector {
     if (file_.parts.empty()) problem_ = "it holds no image";
     if (problem_.empty() && ChoosePart() && ChooseChannels()) {
       ChooseMode();
+      TellOtherParts();
       return std::move(selection_);
     }
     problem = problem_;
@@ -162,6 +163,13 @@ class Selector {
     return text;
   }
 
+  void TellOtherParts() {
+    const std::size_t others = file_.parts.size() - 1;
+    if (others == 0 || !options_.part.empty() || !options_.layer.empty() || !options_.channels.empty()) return;
+    selection_.notes.push_back(std::to_string(others) + (others == 1 ? " other part is" : " other parts are") +
+                               " left out; \"part\" chooses another");
+  }
+
   // ---- The channels ----
 
   bool ChooseChannels() {
@@ -179,7 +187,7 @@ class Selector {
 
   bool RefuseLayer() {
     if (options_.layer.empty()) {
-      problem_ = "all its channels belong to layers, name one: " + List(ListLayers(Part()));
+      problem_ = "all its channels belong to layers, name one: " + List(ListLayers(Part())) + "; " + DescribeChannels();
       return false;
     }
     const auto layers = ListLayers(Part());
@@ -199,6 +207,10 @@ class Selector {
       const auto channel = FindChannel(Part(), name);
       if (!channel) {
         problem_ = "there is no channel " + Quote(name) + "; " + DescribeChannels();
+        // One that is there may be left out for a reason.
+        for (const std::string& note : file_.notes) {
+          if (note.find(name) != std::string::npos) problem_ += "; " + note;
+        }
         return false;
       }
       selection_.channels.push_back(*channel);

@@ -241,4 +241,30 @@ TEST(ChannelSelection, AStoredModeThatDoesNotSuitTheChannelsGetsANote) {
   EXPECT_TRUE(Contains(selected.selection.notes[0], "stored colour mode 1"));
 }
 
+TEST(ChannelSelection, TellsOfPartsThatAreLeftOut) {
+  FileDescription file = MakeFile({"Y"});
+  EXPECT_TRUE(Selected(file, {}).selection.notes.empty());
+  file.parts.push_back(MakePart({"Y"}, "depth"));
+  const std::vector<std::string> one = {"1 other part is left out; \"part\" chooses another"};
+  EXPECT_EQ(Selected(file, {}).selection.notes, one);
+  file.parts.push_back(MakePart({"Y"}, "masks"));
+  const std::vector<std::string> two = {"2 other parts are left out; \"part\" chooses another"};
+  EXPECT_EQ(Selected(file, {}).selection.notes, two);
+  EXPECT_TRUE(Selected(file, {.part = "depth"}).selection.notes.empty());
+}
+
+TEST(ChannelSelection, ListsLayersAndChannelsWhereALayerIsNeeded) {
+  const Selected selected(MakeFile({"a.Y", "b.Y"}), {});
+  EXPECT_EQ(selected.problem,
+            "all its channels belong to layers, name one: \"a\", \"b\"; its channels are \"a.Y\", \"b.Y\"");
+}
+
+TEST(ChannelSelection, SaysWhyAChannelIsLeftOut) {
+  FileDescription file = MakeFile({"Y"});
+  file.notes = {"channels that are stored at a lower resolution are left out: RY, BY"};
+  EXPECT_EQ(Selected(file, {.channels = "RY"}).problem,
+            "there is no channel \"RY\"; its only channel is \"Y\"; " + file.notes.front());
+  EXPECT_EQ(Selected(file, {.channels = "Q"}).problem, "there is no channel \"Q\"; its only channel is \"Y\"");
+}
+
 }  // namespace

@@ -23,9 +23,11 @@ class Converter {
     if constexpr (std::is_integral_v<Sample>) {
       if (rule.nodata && *rule.nodata >= kLowest && *rule.nodata <= kLargest) {
         nan_ = static_cast<Sample>(std::floor(*rule.nodata));
+        has_nodata_ = true;
       }
     } else {
       replaces_nan_ = rule.nodata.has_value();
+      has_nodata_ = replaces_nan_;
       nan_ = static_cast<Sample>(rule.nodata.value_or(0.0));
     }
   }
@@ -37,6 +39,7 @@ class Converter {
       const std::int64_t end = std::min(begin + kRowsAtOnce, box_.Height());
       std::atomic<std::uint64_t> cut{0};
       std::atomic<std::uint64_t> nan{0};
+      std::atomic<std::uint64_t> taken_for_nan{0};
       ParallelRows(static_cast<std::size_t>(end - begin), 4, [&](std::size_t from, std::size_t to) {
         SampleChanges here;
         for (std::size_t row = from; row < to; ++row) {
@@ -44,9 +47,11 @@ class Converter {
         }
         cut += here.cut;
         nan += here.nan;
+        taken_for_nan += here.taken_for_nan;
       });
       changes.cut += cut;
       changes.nan += nan;
+      changes.taken_for_nan += taken_for_nan;
       const Status status = encoder.WriteRows(static_cast<int>(begin), static_cast<int>(end), rows.data());
       if (status.IsError()) return status;
     }
@@ -91,6 +96,12 @@ class Converter {
       if constexpr (std::is_floating_point_v<Sample>) return replaces_nan_ ? nan_ : sample;
       return nan_;
     }
+    const Sample converted = ConvertNumber(sample, changes);
+    if (has_nodata_ && converted == nan_) ++changes.taken_for_nan;
+    return converted;
+  }
+
+  Sample ConvertNumber(float sample, SampleChanges& changes) const {
     if constexpr (std::is_floating_point_v<Sample>) {
       return sample;
     } else {
@@ -107,6 +118,7 @@ class Converter {
   const std::vector<ChannelSource>& sources_;
   bool stores_values_;
   bool replaces_nan_ = true;
+  bool has_nodata_ = false;
   Sample nan_ = 0;
 };
 

@@ -33,6 +33,8 @@ struct SampleRule {
 struct SampleChanges {
   std::uint64_t cut = 0;
   std::uint64_t nan = 0;
+  /// Numbers that happen to be the one that NaN becomes.
+  std::uint64_t taken_for_nan = 0;
 };
 
 /// Writes all rows of a file whose box in the document is `box`. A source that does not reach a pixel gives its image's

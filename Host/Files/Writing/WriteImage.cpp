@@ -230,7 +230,8 @@ class Planner {
   SampleRule rule_;
 };
 
-void TellChanges(const SampleChanges& changes, const SampleRule& rule, std::vector<std::string>& notes) {
+void TellChanges(const SampleChanges& changes, const SampleRule& rule, bool stores_nodata,
+                 std::vector<std::string>& notes) {
   if (changes.cut > 0) {
     const std::string range = rule.stores_values ? std::string("the range of ") + GetName(rule.type) : "0..1";
     notes.push_back(CountOf(changes.cut, "sample", "samples") + " outside " + range +
@@ -240,6 +241,10 @@ void TellChanges(const SampleChanges& changes, const SampleRule& rule, std::vect
     const std::string what = rule.nodata ? "the nodata value" : "0";
     notes.push_back(CountOf(changes.nan, "sample", "samples") + " that " + (changes.nan == 1 ? "is" : "are") +
                     " not a number " + (changes.nan == 1 ? "was" : "were") + " written as " + what);
+  }
+  if (changes.taken_for_nan > 0 && stores_nodata) {
+    notes.push_back(CountOf(changes.taken_for_nan, "sample", "samples") +
+                    (changes.taken_for_nan == 1 ? " has" : " have") + " the nodata value and will be read as no value");
   }
 }
 
@@ -288,7 +293,7 @@ Status EncodeImage(const std::vector<ImageLayer>& layers, const FormatRow& forma
   SampleChanges changes;
   status = WriteSamples(*encoder, planner.GetBox(), planner.GetSources(), planner.GetRule(), changes);
   if (!status.IsError()) status = encoder->Finish();
-  if (!status.IsError()) TellChanges(changes, planner.GetRule(), notes);
+  if (!status.IsError()) TellChanges(changes, planner.GetRule(), format.metadata.nodata, notes);
   return status;
 }
 

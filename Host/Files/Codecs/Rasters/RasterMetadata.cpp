@@ -96,7 +96,7 @@ void ReadEntries(GDALDataset& dataset, ImageMetadata& metadata) {
     auto [name, value] = SplitItem(item);
     if (Contains(kOtherItems, name) || name.starts_with("STATISTICS_") || name.starts_with("value:")) continue;
     const auto* tag =
-        std::find_if(std::begin(kTags), std::end(kTags), [&](const auto& row) { return name == row.first; });
+        std::find_if(std::begin(kTags), std::end(kTags), [&key = name](const auto& row) { return key == row.first; });
     metadata.entries.push_back({tag != std::end(kTags) ? tag->second : std::move(name), std::move(value)});
   }
   CPLStringList domains(dataset.GetMetadataDomainList(), TRUE);

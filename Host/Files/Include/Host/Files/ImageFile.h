@@ -97,9 +97,11 @@ HOST_FILES_API std::filesystem::path MakePath(const std::string& written, const 
 ///
 /// Null, and an error of one line that names the file and the cause, for what is missing, no regular file, damaged or
 /// shortened, has no such part, layer or channels, or is beyond the maximum image size, which is told before anything
-/// is allocated. `notes` receives remarks that do not stand in the way. From any thread.
+/// is allocated. `notes` receives remarks that do not stand in the way. `description`, unless null, receives what there
+/// is in the file wherever it could be opened. From any thread.
 HOST_FILES_API ImagePtr ReadImageFile(const std::filesystem::path& file, const ReadOptions& options, Status& status,
-                                      std::vector<std::string>& notes);
+                                      std::vector<std::string>& notes,
+                                      std::optional<FileDescription>* description = nullptr);
 
 /// What there is in an image file, without its samples; nothing and an error as above.
 HOST_FILES_API std::optional<FileDescription> DescribeImageFile(const std::filesystem::path& file, Status& status);
