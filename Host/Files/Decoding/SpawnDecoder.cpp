@@ -87,10 +87,10 @@ void SetActions(posix_spawn_file_actions_t& actions, int control, int broker) {
   posix_spawn_file_actions_addclosefrom_np(&actions, kBrokerSocket + 1);
 }
 
-/// What of the environment the process needs to be loaded as this one was.
+/// What of the environment the process needs to be loaded, and its memory to be checked, as this one.
 std::vector<std::string> MakeEnvironment() {
   std::vector<std::string> environment = {"LC_ALL=C.UTF-8"};
-  for (const char* name : {"LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS"}) {
+  for (const char* name : {"LD_LIBRARY_PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "MALLOC_PERTURB_"}) {
     if (const char* value = std::getenv(name)) environment.push_back(std::string(name) + "=" + value);
   }
   return environment;
