@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -200,6 +202,31 @@ TEST_F(DocumentEvaluationTest, OneFileIsWrittenOnce) {
   EXPECT_EQ(folder_.List(), (std::vector<std::string>{"a.exr", "b.exr"}));
 }
 
+TEST_F(DocumentEvaluationTest, TwoNamesOfOneFileAreAnError) {
+  const auto check = [&] {
+    GraphDocument document(GetCatalog());
+    const auto output = [&](const char* name) {
+      return "{'from': 'a.image', 'path': '" + (folder_ / name).string() + "'}";
+    };
+    Findings findings = Testing::LoadText(document, MakeText("{'id': 'a', 'type': 'ImageRectangleNode'}", "",
+                                                             output("one.exr") + ", " + output("two.exr")));
+    EXPECT_TRUE(findings.errors.empty());
+    document.CheckComplete(findings);
+    return findings.errors;
+  };
+  EXPECT_TRUE(check().empty());
+  std::filesystem::create_symlink("two.exr", folder_ / "one.exr");
+  ASSERT_EQ(check().size(), 1U);
+  EXPECT_TRUE(Contains(check()[0], "two.exr"));
+  std::filesystem::remove(folder_ / "one.exr");
+  std::ofstream(folder_ / "two.exr") << "old";
+  std::filesystem::create_hard_link(folder_ / "two.exr", folder_ / "one.exr");
+  ASSERT_EQ(check().size(), 1U);
+  EXPECT_TRUE(Contains(check()[0], "one.exr"));
+  EXPECT_TRUE(Contains(check()[0], "two.exr"));
+  EXPECT_TRUE(Contains(check()[0], "hard links"));
+}
+
 TEST_F(DocumentEvaluationTest, LayersNeedAFormatThatHasThem) {
   const auto check = [&](const std::string& file, const std::string& key) {
     GraphDocument document(GetCatalog());
@@ -212,6 +239,7 @@ TEST_F(DocumentEvaluationTest, LayersNeedAFormatThatHasThem) {
   };
   EXPECT_TRUE(Contains(check("a.png", "'layer': 'x'"), "the layer \"x\""));
   EXPECT_TRUE(Contains(check("a.png", "'layer': 'x'"), ".exr"));
+  EXPECT_TRUE(Contains(check("a.exr", "'layer': 'x\\u0007'"), "control character"));
   for (const char* key : {"'layer': 'x'", "'type': 'int16'", "'samples': 'stored'", "'opacity': 'drop'", "'layer': ''",
                           "'type': 'auto'", "'type': 'uint16'", "'samples': 'unit'", "'opacity': 'auto'",
                           "'opacity': 'keep'", "'metadata': 'keep'", "'metadata': 'strip'"}) {

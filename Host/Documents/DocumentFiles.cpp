@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <map>
 #include <set>
 #include <system_error>
+#include <utility>
 
 #include "Host/Documents/DocumentContent.h"
 #include "Host/Documents/MessageText.h"
@@ -10,7 +14,16 @@ namespace ScEng {
 std::filesystem::path NormalizePath(const std::filesystem::path& file) {
   if (file.empty()) return {};
   std::error_code error;
-  const auto canonical = std::filesystem::weakly_canonical(std::filesystem::absolute(file), error);
+  std::filesystem::path canonical = std::filesystem::weakly_canonical(std::filesystem::absolute(file), error);
+  // A link to a file that is not there yet is followed by whoever writes it.
+  constexpr int kMostLinks = 40;
+  for (int i = 0; i < kMostLinks && !error; ++i) {
+    // What is not there is an error for this function, and no link.
+    std::error_code status_error;
+    if (!std::filesystem::is_symlink(std::filesystem::symlink_status(canonical, status_error))) break;
+    const auto target = canonical.parent_path() / std::filesystem::read_symlink(canonical, error);
+    if (!error) canonical = std::filesystem::weakly_canonical(target, error);
+  }
   return error ? std::filesystem::absolute(file).lexically_normal() : canonical;
 }
 
@@ -97,6 +110,27 @@ std::vector<std::filesystem::path> GraphDocument::GetOutputFiles() const {
   return files;
 }
 
+namespace {
+
+/// Two names of one file, each with its own result, would leave only the last one.
+void CheckHardLinks(const std::vector<LayerFile>& files, Findings& findings) {
+  std::map<std::pair<dev_t, ino_t>, std::filesystem::path> seen;
+  for (const LayerFile& file : files) {
+    struct stat status {};
+    if (stat(file.file.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_nlink < 2) continue;
+    const auto [first, is_new] = seen.try_emplace({status.st_dev, status.st_ino}, file.file);
+    if (is_new || first->second == file.file) continue;
+    findings.AddError("two outputs are one file: " + QuotePath(first->second) + " and " + QuotePath(file.file) +
+                      " are hard links");
+  }
+}
+
+bool HasControlCharacter(const std::string& text) {
+  return std::any_of(text.begin(), text.end(), [](unsigned char letter) { return letter < ' ' || letter == 127; });
+}
+
+}  // namespace
+
 void GraphDocument::CheckComplete(Findings& findings) const {
   for (const std::string& id : content_->ids) {
     const DocumentEntry& entry = *content_->Find(id);
@@ -117,11 +151,13 @@ void GraphDocument::CheckComplete(Findings& findings) const {
   }
   std::vector<LayerFile> files = content_->ListLayerFiles();
   std::sort(files.begin(), files.end());
+  CheckHardLinks(files, findings);
   for (std::size_t i = 0; i < files.size(); ++i) {
     const auto& [file, layer] = files[i];
     const bool is_second = i > 0 && files[i] == files[i - 1] && (i < 2 || files[i] != files[i - 2]);
     const std::string of_layer = layer.empty() ? "" : " and the one layer " + Quote(layer);
     if (is_second) findings.AddError("two outputs have the one path " + QuotePath(file) + of_layer);
+    if (HasControlCharacter(layer)) findings.AddError("the layer " + Quote(layer) + " holds a control character");
     const bool has_name = !layer.empty() && (i == 0 || files[i].file != files[i - 1].file);
     if (has_name && !HasLayers(file)) {
       findings.AddError("an output has the layer " + Quote(layer) + ", and " + QuotePath(file) +

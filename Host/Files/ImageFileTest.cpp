@@ -292,6 +292,70 @@ TEST(ImageFileRoundTrip, RadianceStoresThreeChannels) {
   EXPECT_TRUE(SameSamples({0.5F, 0.5F, 0.5F, 1.0F, 4.0F, 4.0F, 4.0F, 1.0F}, GetSamples(*Read(folder / "b.hdr"))));
 }
 
+TEST(ImageFileRoundTrip, RadianceHoldsNeitherNegativeNorInfiniteNumbers) {
+  const TemporaryFolder folder;
+  Notes notes;
+  Write(*MakeImage(6, 1, ColorMode::kColor,
+                   {-0.5F,
+                    0.5F,
+                    0.25F,
+                    1.0F,
+                    kNan,
+                    0.5F,
+                    0.5F,
+                    1.0F,  //
+                    kInfinity,
+                    0.0F,
+                    0.0F,
+                    1.0F,
+                    -kInfinity,
+                    1.0F,
+                    1.0F,
+                    1.0F,  //
+                    Testing::kLargest,
+                    0,
+                    0,
+                    1.0F,
+                    1.0F,
+                    1.0F,
+                    1.0F,
+                    1.0F}),
+        folder / "a.hdr", SampleType::kFloat, &notes);
+  ASSERT_EQ(notes.size(), 2U);
+  EXPECT_TRUE(Contains(notes[0], "4 samples outside the numbers that the format holds were cut")) << notes[0];
+  EXPECT_TRUE(Contains(notes[1], "1 sample that is not a number was written as 0")) << notes[1];
+  const float most = 0x1.FEp126F;
+  EXPECT_TRUE(SameSamples({0.0F, 0.5F, 0.25F, 1.0F, 0.0F, 0.5F, 0.5F, 1.0F,  //
+                           most, 0.0F, 0.0F,  1.0F, 0.0F, 1.0F, 1.0F, 1.0F,  //
+                           most, 0.0F, 0.0F,  1.0F, 1.0F, 1.0F, 1.0F, 1.0F},
+                          GetSamples(*Read(folder / "a.hdr"))));
+}
+
+TEST(ImageFileRoundTrip, HalfBecomesFloatWhereAFormatHasIt) {
+  const TemporaryFolder folder;
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {0.1F, -2.5F});
+  auto metadata = std::make_shared<ScEng::ImageMetadata>();
+  metadata->nodata = -9999.0;
+  image->SetMetadata(metadata);
+  Notes notes;
+  Write(*image, folder / "ground.tif", SampleType::kHalf, &notes);
+  ASSERT_EQ(notes.size(), 1U);
+  EXPECT_TRUE(Contains(notes[0], "float is written"));
+  EXPECT_TRUE(SameSamples({0.1F, -2.5F}, GetSamples(*Read(folder / "ground.tif"))));
+}
+
+TEST(ImageFileLayers, TogetherAreNoLargerThanAnImage) {
+  const TemporaryFolder folder;
+  const auto near = MakeImage(1, 1, ColorMode::kValue, {1.0F});
+  const auto far = MakeImage(1, 1, ColorMode::kValue, {2.0F});
+  far->SetPin(40000, 0);
+  Notes notes;
+  const Status status = ScEng::WriteImageLayers({{"a", near.Get(), {}}, {"b", far.Get(), {}}}, folder / "a.exr", notes);
+  EXPECT_TRUE(Contains(status.GetMessage(), "40001 x 1"));
+  EXPECT_TRUE(Contains(status.GetMessage(), "--max-size"));
+  EXPECT_TRUE(folder.List().empty());
+}
+
 TEST(ImageFileRoundTrip, LargeImagesComeBackTheSameOnAnyNumberOfThreads) {
   const TemporaryFolder folder;
   Image image(331, 257, ColorMode::kColor, nullptr);

@@ -298,6 +298,10 @@ class ExrTest(MetadataTestCase):
         self.assertIn("piz", ask("exrheader", self.dir / "piz.exr"))
         self.value("apply", "Value Add", "-i", "piz.exr", "--set", "constant=0", "-o", "kept.exr")
         self.assertIn("piz", ask("exrheader", self.dir / "kept.exr"))
+        for name, source in (("none.exr", "piz.exr"), ("still.exr", "none.exr")):
+            chosen = ("--compression", "none") if name == "none.exr" else ()
+            self.value("apply", "Value Add", "-i", source, "--set", "constant=0", *chosen, "-o", name)
+            self.assertIn("compression (type compression): none", ask("exrheader", self.dir / name))
         result = self.value(
             "apply", "Value Add", "-i", "in.exr", "--set", "constant=0", "--compression", "nice", "-o", "no.exr",
             code=FILE_ERROR,

@@ -44,13 +44,17 @@ constexpr FormatMetadata kOfGeoTiff{
 constexpr FormatMetadata kOfGrid{.georeference = true, .nodata = true};
 
 // What is written comes first, what is only read has no types.
+// Eight bits of a number and an exponent of at most 127.
+constexpr float kMostShared = 0x1.FEp126F;
+
 constexpr FormatRow kFormats[] = {
     {"png", "PNG", "png", ".png", true, kUpTo16, 4, true, kOfPng, Pairs::kOpacity},
     {"openexr", "OpenEXR", "exr", ".exr", true, kFloatAndHalf, 4, true, kOfExr, Pairs::kPlain, true, true},
     {"geotiff", "GeoTIFF and COG", "rasters", ".tif,.tiff", true, kOfRasters, 4, true, kOfGeoTiff, Pairs::kPlain},
     {"tiff", "TIFF", "pictures", ".tif,.tiff", true, kOfTiff, 4, true, kBlocks, Pairs::kPlain},
     {"jpeg", "JPEG", "pictures", ".jpg,.jpeg,.jpe", true, kBytes, 3, false, kBlocks},
-    {"hdr", "Radiance HDR", "pictures", ".hdr,.rgbe", true, kFloats, 3, false, kNothing},
+    {"hdr", "Radiance HDR", "pictures", ".hdr,.rgbe", true, kFloats, 3, false, kNothing, Pairs::kNone, false, false,
+     kMostShared},
     {"bmp", "BMP", "pictures", ".bmp", true, kBytes, 4, true, kNothing},
     {"targa", "Targa", "pictures", ".tga", true, kBytes, 4, true, kNothing},
     {"pnm", "PNM", "pictures", ".ppm,.pgm,.pnm", true, kUpTo16, 3, false, kNothing},

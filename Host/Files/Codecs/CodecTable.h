@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -66,6 +67,8 @@ struct FormatRow {
   bool layers = false;
   /// Whether colour is stored multiplied by opacity.
   bool multiplies = false;
+  /// The largest float of formats whose floats are neither negative nor infinite nor NaN; nothing for all others.
+  std::optional<float> most = {};
 };
 
 /// All codecs and all formats that are known by name, in the order in which they are tried.

@@ -144,7 +144,8 @@ std::shared_ptr<const ImageMetadata> MakeMetadata(const std::string& format, con
   for (const FileChannel& channel : part.channels) {
     if (!metadata->nodata) metadata->nodata = channel.samples.nodata;
   }
-  for (const char* lossless : {"none", "rle", "zips", "zip", "piz"}) {
+  if (format == "openexr" && part.compression.empty()) metadata->exr_compression = "none";
+  for (const char* lossless : {"rle", "zips", "zip", "piz"}) {
     if (format == "openexr" && part.compression == lossless) metadata->exr_compression = lossless;
   }
   // The display window is where the data window has put it; the ground begins at the first pixel.

@@ -28,6 +28,8 @@ class Converter {
     } else {
       replaces_nan_ = rule.nodata.has_value();
       has_nodata_ = replaces_nan_;
+      most_ = rule.most;
+      replaces_nan_ = replaces_nan_ || most_;
       nan_ = static_cast<Sample>(rule.nodata.value_or(0.0));
     }
   }
@@ -103,7 +105,9 @@ class Converter {
 
   Sample ConvertNumber(float sample, SampleChanges& changes) const {
     if constexpr (std::is_floating_point_v<Sample>) {
-      return sample;
+      if (!most_ || (sample >= 0.0F && sample <= *most_)) return sample;
+      ++changes.cut;
+      return sample < 0.0F ? 0.0F : *most_;
     } else {
       const double low = stores_values_ ? kLowest : 0.0;
       const double number = stores_values_ ? static_cast<double>(sample) : static_cast<double>(sample) * kLargest;
@@ -119,6 +123,7 @@ class Converter {
   bool stores_values_;
   bool replaces_nan_ = true;
   bool has_nodata_ = false;
+  std::optional<float> most_;
   Sample nan_ = 0;
 };
 

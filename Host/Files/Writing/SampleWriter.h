@@ -27,6 +27,8 @@ struct SampleRule {
   bool stores_values = false;
   /// What NaN becomes; in float files without it NaN stays.
   std::optional<double> nodata;
+  /// The largest float of a format whose floats are neither negative nor infinite nor NaN; nothing for all others.
+  std::optional<float> most;
 };
 
 /// What had to be changed on the way, in samples.

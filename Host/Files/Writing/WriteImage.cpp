@@ -47,11 +47,15 @@ StoredType ChooseType(const FormatRow& format, std::optional<SampleType> asked) 
   }
   const auto* wanted =
       std::find_if(kTypes.begin(), kTypes.end(), [&](const TypeRow& row) { return row.type == *asked; });
+  if (Has(format, wanted->stored)) return wanted->stored;
+  // Whole numbers of 16 bits with a sign hold no fractions of 1, and integers nothing beyond.
+  if (*asked == SampleType::kHalf && Has(format, StoredType::kFloat)) return StoredType::kFloat;
+  const auto suits = [&](const TypeRow& row) { return row.type != SampleType::kInt16 && Has(format, row.stored); };
   for (const auto* row = wanted; row != kTypes.end(); ++row) {
-    if (Has(format, row->stored)) return row->stored;
+    if (suits(*row)) return row->stored;
   }
   for (const auto* row = wanted; row != kTypes.begin(); --row) {
-    if (Has(format, (row - 1)->stored)) return (row - 1)->stored;
+    if (suits(*(row - 1))) return (row - 1)->stored;
   }
   return format.types.front();
 }
@@ -137,6 +141,7 @@ class Planner {
     }
     rule_.type = plan_.type;
     rule_.stores_values = options_.stores_values || plan_.type == StoredType::kInt16;
+    rule_.most = format_.most;
   }
 
   /// Whether the opacity of an image is written; a note says so where it matters and cannot be.
@@ -233,11 +238,13 @@ class Planner {
 void TellChanges(const SampleChanges& changes, const SampleRule& rule, bool stores_nodata,
                  std::vector<std::string>& notes) {
   if (changes.cut > 0) {
-    const std::string range = rule.stores_values ? std::string("the range of ") + GetName(rule.type) : "0..1";
+    const std::string range = rule.most            ? "the numbers that the format holds"
+                              : rule.stores_values ? std::string("the range of ") + GetName(rule.type)
+                                                   : "0..1";
     notes.push_back(CountOf(changes.cut, "sample", "samples") + " outside " + range +
                     (changes.cut == 1 ? " was" : " were") + " cut");
   }
-  if (changes.nan > 0 && IsInteger(rule.type)) {
+  if (changes.nan > 0 && (IsInteger(rule.type) || rule.most)) {
     const std::string what = rule.nodata ? "the nodata value" : "0";
     notes.push_back(CountOf(changes.nan, "sample", "samples") + " that " + (changes.nan == 1 ? "is" : "are") +
                     " not a number " + (changes.nan == 1 ? "was" : "were") + " written as " + what);
@@ -283,6 +290,13 @@ Status EncodeImage(const std::vector<ImageLayer>& layers, const FormatRow& forma
   planner.Plan();
   const WritePlan& plan = planner.GetPlan();
   if (plan.size_x < 1 || plan.size_y < 1) return Status::Error("the image has no pixels");
+  if (layers.size() > 1 &&
+      (planner.GetBox().Width() > Image::GetMaxSizeX() || planner.GetBox().Height() > Image::GetMaxSizeY())) {
+    return Status::Error("its layers together are " + std::to_string(planner.GetBox().Width()) + " x " +
+                         std::to_string(planner.GetBox().Height()) + ", beyond the maximum image size of " +
+                         std::to_string(Image::GetMaxSizeX()) + " x " + std::to_string(Image::GetMaxSizeY()) +
+                         "; --max-size raises that");
+  }
   if (format.channels == 1 && plan.channels.size() > 1) {
     return Status::Error(std::string(format.title) + " holds one channel; the image has " +
                          std::to_string(plan.channels.size()));
