@@ -123,6 +123,40 @@ class BlocksTest(MetadataTestCase):
             self.assertEqual(written[0], written[1], name)
 
 
+class XmpTest(MetadataTestCase):
+    KEPT = {"XMP-tiff:Make": "Acme", "XMP-xmp:Rating": 4, "XMP-photoshop:City": "Bern"}
+    STALE = ("tiff:Orientation", "tiff:ImageWidth", "tiff:ImageHeight", "exif:ExifImageWidth", "exif:ExifImageHeight")
+
+    def test_of_a_turned_picture_loses_turn_and_sizes_alone(self):
+        shape = np.arange(24, dtype=np.uint8).reshape(2, 4, 3) * 10
+        for source in ("in.jpg", "in.png", "in.tif", "in.webp"):
+            write_file(self.dir / source, shape, "uint8")
+            ask(
+                "exiftool", "-q", "-overwrite_original", "-n", "-IFD0:Orientation=6",
+                *(f"-XMP-{name}=6" for name in self.STALE), "-XMP-xmp:ThumbnailImage=abc",
+                *(f"-{name}={value}" for name, value in self.KEPT.items()), self.dir / source,
+            )
+            before = exiftool(self.dir / source)
+            self.assertIn("XMP-xmp:ThumbnailImage", before)
+            for name in self.STALE:
+                self.assertEqual(before.get("XMP-" + name), 6, (source, name))
+            for target in ("out.jpg", "out.png", "out.tif", "out.webp", "out.jp2", "out.exr"):
+                with self.subTest(source=source, target=target):
+                    self.run_document(self.chain(source, target))
+                    after = exiftool(self.dir / target)
+                    for name in self.STALE:
+                        self.assertNotIn("XMP-" + name, after)
+                    self.assertNotIn("XMP-xmp:ThumbnailImage", after)
+                    self.assertIn(after.get("IFD0:Orientation", 1), (1,))
+                    if target == "out.exr":
+                        text = (self.dir / target).read_bytes()
+                        self.assertIn(b"Bern", text)
+                        self.assertNotIn(b"tiff:Orientation", text)
+                        continue
+                    for name, value in self.KEPT.items():
+                        self.assertEqual(after.get(name), value, name)
+
+
 class GroundTest(MetadataTestCase):
     CORNER = (500000.0, 5200000.0)
 

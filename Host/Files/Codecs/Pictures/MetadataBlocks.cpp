@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Host/Files/Codecs/Pictures/ExivLock.h"
+#include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng {
 namespace {
@@ -118,6 +119,7 @@ void ReadOtherBlocks(Exiv2::Image& image, ImageMetadata& metadata) {
   // The packet as it stands in the file rather than one made anew.
   image.writeXmpFromPacket(true);
   metadata.xmp = image.xmpPacket();
+  RemoveSampleDescription(metadata.xmp);
   if (image.iccProfileDefined()) metadata.icc = ToBytes(ProfileOf(image));
   const std::string comment = image.comment();
   if (!comment.empty()) metadata.entries.push_back({"Comment", comment});

@@ -5,6 +5,7 @@
 
 #include "Host/Files/Codecs/ExifBlock.h"
 #include "Host/Files/Codecs/Png/PngMetadata.h"
+#include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng::Png {
 namespace {
@@ -175,6 +176,7 @@ class MetadataReader {
 void ReadMetadata(const std::vector<Chunk>& chunks, FilePart& part, std::vector<std::string>& notes) {
   MetadataReader reader(part, notes);
   for (const Chunk& chunk : chunks) reader.Read(chunk);
+  RemoveSampleDescription(part.metadata.xmp);
 }
 
 }  // namespace ScEng::Png
