@@ -2,7 +2,9 @@
 
 import json
 import os
+import struct
 import subprocess
+import zlib
 
 import numpy as np
 
@@ -155,6 +157,62 @@ class XmpTest(MetadataTestCase):
                         continue
                     for name, value in self.KEPT.items():
                         self.assertEqual(after.get(name), value, name)
+
+
+class TextsTest(MetadataTestCase):
+    def png(self, name, *chunks):
+        """A gray picture with chunks before its samples."""
+        def chunk(kind, data):
+            return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+        header = struct.pack(">IIBBBBB", 4, 2, 8, 0, 0, 0, 0)
+        rows = zlib.compress(bytes([0, 1, 2, 3, 4, 0, 5, 6, 7, 8]))
+        parts = [(b"IHDR", header), *chunks, (b"IDAT", rows), (b"IEND", b"")]
+        (self.dir / name).write_bytes(b"\x89PNG\r\n\x1a\n" + b"".join(chunk(*part) for part in parts))
+
+    def copy(self, source, target):
+        return self.value("apply", "Value Add", "-i", source, "--set", "constant=0", "-o", target)
+
+    def values(self, name):
+        """All that a file says, of tags that it has several times too."""
+        return ask("exiftool", "-a", "-G1", "-s", self.dir / name)
+
+    def test_of_png_are_in_every_format_that_holds_texts(self):
+        self.png(
+            "in.png", (b"tEXt", b"Title\0caf\xe9"), (b"tEXt", b"Comment\0hello"), (b"tEXt", b"Comment\0second"),
+            (b"zTXt", b"Long\0\0" + zlib.compress(b"z" * 100)), (b"iTXt", "Uni\0\0\0de\0Titel\0日本".encode()),
+        )
+        for target in ("out.tif", "out.jpg", "out.webp", "out.jp2", "out.png"):
+            with self.subTest(target=target):
+                self.assertEqual(self.copy("in.png", target).err, "")
+                told = self.values(target)
+                for text in ("café", "hello", "second", "z" * 100, "日本"):
+                    self.assertIn(text, told)
+        result = self.copy("in.png", "out.bmp")
+        self.assert_names(result, "note", "out.bmp", "not stored by this format", "texts")
+
+    def test_comment_of_jpeg_is_in_every_format_that_holds_texts(self):
+        write_file(self.dir / "in.jpg", np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+        ask("exiftool", "-q", "-overwrite_original", "-Comment=from the gate", self.dir / "in.jpg")
+        for target in ("out.jpg", "out.tif", "out.webp", "out.jp2", "out.png"):
+            with self.subTest(target=target):
+                self.assertEqual(self.copy("in.jpg", target).err, "")
+                self.assertIn("from the gate", self.values(target))
+
+    def test_resolution_of_exif_alone_and_titles_reach_tiff(self):
+        for source in ("in.png", "in.jpg"):
+            write_file(self.dir / source, np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+            ask(
+                "exiftool", "-q", "-overwrite_original", "-n", "-IFD0:XResolution=240", "-IFD0:YResolution=120.5",
+                "-IFD0:ResolutionUnit=3", "-IFD0:XPTitle=Gate é", self.dir / source,
+            )
+            for target in ("out.tif", "out.jpg", "out.webp"):
+                with self.subTest(source=source, target=target):
+                    self.copy(source, target)
+                    after = exiftool(self.dir / target)
+                    self.assertEqual(after.get("IFD0:XResolution"), 240)
+                    self.assertEqual(after.get("IFD0:YResolution"), 120.5)
+                    self.assertEqual(after.get("IFD0:ResolutionUnit"), 3)
+                    self.assertEqual(after.get("IFD0:XPTitle"), "Gate é")
 
 
 class GroundTest(MetadataTestCase):

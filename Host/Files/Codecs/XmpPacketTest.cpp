@@ -60,6 +60,42 @@ TEST(XmpPacket, StaysAsItIsWhereItIsNoXml) {
   }
 }
 
+TEST(XmpPacket, TakesTextsAsPropertiesAndLists) {
+  std::string packet = Wrap("<rdf:Description rdf:about=\"it's\"/>");
+  ASSERT_TRUE(AddTexts({{"Comment", "a"}, {"creation time", "<1 & 2>"}, {"Comment", "b\x01"}}, packet));
+  EXPECT_EQ(packet, Wrap("<rdf:Description rdf:about=\"it's\"/>"
+                         "<rdf:Description xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#' "
+                         "rdf:about=\"it's\" xmlns:text='urn:value:text/1.0/'>"
+                         "<text:Comment><rdf:Seq><rdf:li>a</rdf:li><rdf:li>b </rdf:li></rdf:Seq></text:Comment>"
+                         "<text:creationTime>&lt;1 &amp; 2&gt;</text:creationTime></rdf:Description>"));
+}
+
+TEST(XmpPacket, GivesATextANameOfItsOwn) {
+  std::string packet;
+  ASSERT_TRUE(AddTexts({{"1 a", "x"}, {"\xC3\xA9", "y"}}, packet));
+  ASSERT_TRUE(AddTexts({{"1 a", "z"}}, packet));
+  EXPECT_NE(packet.find("<text:_1A>x</text:_1A><text:Text>y</text:Text>"), std::string::npos) << packet;
+  EXPECT_NE(packet.find("<text:_1A2>z</text:_1A2>"), std::string::npos) << packet;
+}
+
+TEST(XmpPacket, ThatIsDamagedTakesNoTexts) {
+  for (const std::string bad :
+       {"text", "<a/>", "<rdf:RDF>", "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'/>"}) {
+    std::string packet = bad;
+    EXPECT_FALSE(AddTexts({{"a", "b"}}, packet));
+    EXPECT_EQ(packet, bad);
+  }
+}
+
+TEST(XmpPacket, GrowsByNoMoreThanItsBound) {
+  std::string packet;
+  const NamedTexts texts{{"a", std::string(100, '&')}, {"a", "b"}, {"a longer name", ""}};
+  std::size_t most = kEmptyPacketSize;
+  for (const auto& text : texts) most += BoundSize(text);
+  ASSERT_TRUE(AddTexts(texts, packet));
+  EXPECT_LE(packet.size(), most);
+}
+
 TEST(XmpPacket, TakesAnyDamage) {
   const std::string good = Wrap("<rdf:Description" + std::string(kSpaces) +
                                 " tiff:Orientation='6'><tiff:ImageWidth>64</tiff:ImageWidth></rdf:Description>");

@@ -18,17 +18,6 @@ namespace {
 constexpr std::array<const char*, 6> kTexts{"ImageDescription", "Artist",   "Copyright",
                                             "Software",         "DateTime", "DocumentName"};
 
-/// Tags of the first directory that say how the samples are stored or where other directories and blocks lie.
-bool IsStructuralTag(std::uint16_t tag) {
-  constexpr std::array<std::uint16_t, 52> kTags{254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266,   273,   277,
-                                                278, 279, 280, 281, 284, 288, 289, 290, 291, 292, 293,   297,   301,
-                                                317, 318, 319, 320, 321, 322, 323, 324, 325, 330, 332,   338,   339,
-                                                340, 341, 347, 513, 514, 529, 530, 531, 532, 700, 33723, 34377, 34675};
-  constexpr std::array<std::uint16_t, 6> kGroundTags{33550, 33922, 34264, 34735, 42112, 42113};
-  return std::find(kTags.begin(), kTags.end(), tag) != kTags.end() || (tag >= 34736 && tag <= 34737) ||
-         std::find(kGroundTags.begin(), kGroundTags.end(), tag) != kGroundTags.end();
-}
-
 bool DescribesSamples(const Exiv2::Exifdatum& datum) {
   const std::string group = datum.groupName();
   if (group == "Image") return IsStructuralTag(datum.tag());
@@ -141,16 +130,17 @@ void SetResolution(const ImageMetadata& metadata, Exiv2::ExifData& exif) {
   exif["Exif.Image.ResolutionUnit"] = static_cast<std::uint16_t>(unit);
 }
 
-void SetTexts(const ImageMetadata& metadata, Exiv2::ExifData& exif) {
-  for (const char* name : kTexts) {
-    const MetadataEntry* entry = metadata.Find(name);
-    const Exiv2::ExifKey key(std::string("Exif.Image.") + name);
-    if (entry == nullptr || exif.findKey(key) != exif.end()) continue;
-    if (const auto* text = std::get_if<std::string>(&entry->value)) exif[key.key()] = *text;
-  }
-}
-
 }  // namespace
+
+bool IsStructuralTag(std::uint16_t tag) {
+  constexpr std::array<std::uint16_t, 52> kTags{254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266,   273,   277,
+                                                278, 279, 280, 281, 284, 288, 289, 290, 291, 292, 293,   297,   301,
+                                                317, 318, 319, 320, 321, 322, 323, 324, 325, 330, 332,   338,   339,
+                                                340, 341, 347, 513, 514, 529, 530, 531, 532, 700, 33723, 34377, 34675};
+  constexpr std::array<std::uint16_t, 6> kGroundTags{33550, 33922, 34264, 34735, 42112, 42113};
+  return std::find(kTags.begin(), kTags.end(), tag) != kTags.end() || (tag >= 34736 && tag <= 34737) ||
+         std::find(kGroundTags.begin(), kGroundTags.end(), tag) != kGroundTags.end();
+}
 
 std::mutex& GetExivMutex() {
   static std::mutex& mutex = *new std::mutex;
@@ -186,7 +176,6 @@ std::vector<std::uint8_t> MakeExifBlock(const ImageMetadata& metadata, bool for_
     order = Exiv2::ExifParser::decode(exif, metadata.exif.data(), static_cast<std::uint32_t>(metadata.exif.size()));
     RemoveStructure(exif);
   }
-  SetTexts(metadata, exif);
   if (exif.empty() && !(for_resolution && metadata.resolution)) return {};
   SetResolution(metadata, exif);
   return Encode(exif, order == Exiv2::invalidByteOrder ? Exiv2::littleEndian : order);
