@@ -159,6 +159,33 @@ class XmpTest(MetadataTestCase):
                         self.assertEqual(after.get(name), value, name)
 
 
+class ExifTest(MetadataTestCase):
+    def test_of_png_loses_sizes_and_thumbnail_alone(self):
+        for order in ("II", "MM"):
+            write_file(self.dir / "in.png", np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+            write_file(self.dir / "small.jpg", np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+            ask(
+                "exiftool", "-q", "-overwrite_original", "-n", f"-ExifByteOrder={order}", "-ExifIFD:ExifImageWidth=6",
+                "-ExifIFD:ExifImageHeight=7", "-ExifIFD:ISO=400", "-IFD0:ImageWidth=6", "-IFD0:YCbCrPositioning=1",
+                "-IFD0:Artist=Ada Lovelace", "-IFD0:Orientation=6", "-ExifIFD:LensModel=L 50 of the long kind",
+                f"-ThumbnailImage<={self.dir / 'small.jpg'}", self.dir / "in.png",
+            )
+            before = exiftool(self.dir / "in.png")
+            stale = ("ExifIFD:ExifImageWidth", "ExifIFD:ExifImageHeight", "IFD0:ImageWidth", "IFD0:YCbCrPositioning",
+                     "IFD1:ThumbnailLength")
+            for name in stale:
+                self.assertIn(name, before)
+            self.value("apply", "Value Add", "-i", "in.png", "--set", "constant=0", "-o", "out.png")
+            after = exiftool(self.dir / "out.png")
+            for name in stale:
+                self.assertNotIn(name, after)
+            self.assertEqual(after.get("ExifTool:Warning"), None)
+            self.assertEqual(after.get("IFD0:Artist"), "Ada Lovelace")
+            self.assertEqual(after.get("IFD0:Orientation"), 1)
+            self.assertEqual(after.get("ExifIFD:ISO"), 400)
+            self.assertEqual(after.get("ExifIFD:LensModel"), "L 50 of the long kind")
+
+
 class TextsTest(MetadataTestCase):
     def png(self, name, *chunks):
         """A gray picture with chunks before its samples."""

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Host/Files/Codecs/Pictures/ExivLock.h"
+#include "Host/Files/Codecs/Pictures/JpegComments.h"
 #include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng {
@@ -101,7 +102,7 @@ int ReadExif(Exiv2::Image& image, bool reads_all, ImageMetadata& metadata) {
   return orientation;
 }
 
-void ReadOtherBlocks(Exiv2::Image& image, ImageMetadata& metadata) {
+void ReadOtherBlocks(const std::filesystem::path& file, Exiv2::Image& image, ImageMetadata& metadata) {
   if (!image.iptcData().empty()) {
     metadata.iptc = ToBytes(Exiv2::IptcParser::encode(image.iptcData()));
   }
@@ -110,8 +111,11 @@ void ReadOtherBlocks(Exiv2::Image& image, ImageMetadata& metadata) {
   metadata.xmp = image.xmpPacket();
   RemoveSampleDescription(metadata.xmp);
   if (image.iccProfileDefined()) metadata.icc = ToBytes(ProfileOf(image));
-  const std::string comment = image.comment();
-  if (!comment.empty()) metadata.entries.push_back({"Comment", comment});
+  const bool is_jpeg = image.mimeType() == "image/jpeg";
+  const std::vector<std::string> comments = is_jpeg ? ListJpegComments(file) : std::vector{image.comment()};
+  for (const std::string& comment : comments) {
+    if (!comment.empty()) metadata.entries.push_back({"Comment", comment});
+  }
 }
 
 /// Numbers as EXIF keeps them; a resolution needs no more than three digits after the point.
@@ -160,7 +164,7 @@ int ReadBlocks(const std::filesystem::path& file, bool reads_all, ImageMetadata&
   try {
     const auto image = Exiv2::ImageFactory::open(file.string());
     image->readMetadata();
-    if (reads_all) ReadOtherBlocks(*image, metadata);
+    if (reads_all) ReadOtherBlocks(file, *image, metadata);
     return ReadExif(*image, reads_all, metadata);
   } catch (const std::exception&) {
     notes.emplace_back("its metadata are damaged and left out");

@@ -235,6 +235,13 @@ TEST_F(TravelingMetadata, KeepsAUsersCommentBesideOneMore) {
   EXPECT_EQ(Ask(folder_ / "a.tif", "XMP-text:Comment"), "From the east gate");
 }
 
+TEST_F(TravelingMetadata, HoldsEveryCommentOfAJpeg) {
+  plan_.metadata.entries = {{"Comment", std::string("First")}, {"Comment", std::string("Second")}};
+  ASSERT_EQ(WritePicture(folder_ / "a.jpg", "jpeg", plan_, samples_), "");
+  const ReadPicture read = ReadPart(folder_ / "a.jpg", "jpeg");
+  EXPECT_EQ(read.description.parts.front().metadata.entries, plan_.metadata.entries);
+}
+
 TEST_F(TravelingMetadata, ReachesTheMainDirectoryOfTiff) {
   const auto source = MakeSource();
   Answer("exiftool -q -overwrite_original -n -IFD0:XPTitle='Gate 5' -IFD0:Rating=3 -HostComputer=abc " +

@@ -132,6 +132,7 @@ class MetadataReader {
     Bytes exif = ToBytes(block);
     if (!ExifBlock(exif).IsValid()) return false;
     part_.orientation = TakeOrientation(exif);
+    RemoveSampleDescription(exif);
     metadata_.exif = std::move(exif);
     return true;
   }
