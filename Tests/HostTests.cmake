@@ -192,6 +192,7 @@ value_add_test(HostReadingTests
     "${host}/Files/Reading/ChannelSelectionTest.cpp"
     "${host}/Files/Reading/OrientationTest.cpp"
     "${host}/Files/Codecs/StoredSamplesTest.cpp"
+    "${host}/Files/Codecs/XmpPacketTest.cpp"
   DEPENDS ValueHost::Files)
 
 value_add_test(HostCodecExrTests

@@ -2,7 +2,9 @@
 
 import json
 import os
+import struct
 import subprocess
+import zlib
 
 import numpy as np
 
@@ -121,6 +123,123 @@ class BlocksTest(MetadataTestCase):
                 self.value("apply", "Value Add", "-i", "in.exr", "--set", "constant=0", "-o", name)
                 written.append((self.dir / name).read_bytes())
             self.assertEqual(written[0], written[1], name)
+
+
+class XmpTest(MetadataTestCase):
+    KEPT = {"XMP-tiff:Make": "Acme", "XMP-xmp:Rating": 4, "XMP-photoshop:City": "Bern"}
+    STALE = ("tiff:Orientation", "tiff:ImageWidth", "tiff:ImageHeight", "exif:ExifImageWidth", "exif:ExifImageHeight")
+
+    def test_of_a_turned_picture_loses_turn_and_sizes_alone(self):
+        shape = np.arange(24, dtype=np.uint8).reshape(2, 4, 3) * 10
+        for source in ("in.jpg", "in.png", "in.tif", "in.webp"):
+            write_file(self.dir / source, shape, "uint8")
+            ask(
+                "exiftool", "-q", "-overwrite_original", "-n", "-IFD0:Orientation=6",
+                *(f"-XMP-{name}=6" for name in self.STALE), "-XMP-xmp:ThumbnailImage=abc",
+                *(f"-{name}={value}" for name, value in self.KEPT.items()), self.dir / source,
+            )
+            before = exiftool(self.dir / source)
+            self.assertIn("XMP-xmp:ThumbnailImage", before)
+            for name in self.STALE:
+                self.assertEqual(before.get("XMP-" + name), 6, (source, name))
+            for target in ("out.jpg", "out.png", "out.tif", "out.webp", "out.jp2", "out.exr"):
+                with self.subTest(source=source, target=target):
+                    self.run_document(self.chain(source, target))
+                    after = exiftool(self.dir / target)
+                    for name in self.STALE:
+                        self.assertNotIn("XMP-" + name, after)
+                    self.assertNotIn("XMP-xmp:ThumbnailImage", after)
+                    self.assertIn(after.get("IFD0:Orientation", 1), (1,))
+                    if target == "out.exr":
+                        text = (self.dir / target).read_bytes()
+                        self.assertIn(b"Bern", text)
+                        self.assertNotIn(b"tiff:Orientation", text)
+                        continue
+                    for name, value in self.KEPT.items():
+                        self.assertEqual(after.get(name), value, name)
+
+
+class ExifTest(MetadataTestCase):
+    def test_of_png_loses_sizes_and_thumbnail_alone(self):
+        for order in ("II", "MM"):
+            write_file(self.dir / "in.png", np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+            write_file(self.dir / "small.jpg", np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+            ask(
+                "exiftool", "-q", "-overwrite_original", "-n", f"-ExifByteOrder={order}", "-ExifIFD:ExifImageWidth=6",
+                "-ExifIFD:ExifImageHeight=7", "-ExifIFD:ISO=400", "-IFD0:ImageWidth=6", "-IFD0:YCbCrPositioning=1",
+                "-IFD0:Artist=Ada Lovelace", "-IFD0:Orientation=6", "-ExifIFD:LensModel=L 50 of the long kind",
+                f"-ThumbnailImage<={self.dir / 'small.jpg'}", self.dir / "in.png",
+            )
+            before = exiftool(self.dir / "in.png")
+            stale = ("ExifIFD:ExifImageWidth", "ExifIFD:ExifImageHeight", "IFD0:ImageWidth", "IFD0:YCbCrPositioning",
+                     "IFD1:ThumbnailLength")
+            for name in stale:
+                self.assertIn(name, before)
+            self.value("apply", "Value Add", "-i", "in.png", "--set", "constant=0", "-o", "out.png")
+            after = exiftool(self.dir / "out.png")
+            for name in stale:
+                self.assertNotIn(name, after)
+            self.assertEqual(after.get("ExifTool:Warning"), None)
+            self.assertEqual(after.get("IFD0:Artist"), "Ada Lovelace")
+            self.assertEqual(after.get("IFD0:Orientation"), 1)
+            self.assertEqual(after.get("ExifIFD:ISO"), 400)
+            self.assertEqual(after.get("ExifIFD:LensModel"), "L 50 of the long kind")
+
+
+class TextsTest(MetadataTestCase):
+    def png(self, name, *chunks):
+        """A gray picture with chunks before its samples."""
+        def chunk(kind, data):
+            return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+        header = struct.pack(">IIBBBBB", 4, 2, 8, 0, 0, 0, 0)
+        rows = zlib.compress(bytes([0, 1, 2, 3, 4, 0, 5, 6, 7, 8]))
+        parts = [(b"IHDR", header), *chunks, (b"IDAT", rows), (b"IEND", b"")]
+        (self.dir / name).write_bytes(b"\x89PNG\r\n\x1a\n" + b"".join(chunk(*part) for part in parts))
+
+    def copy(self, source, target):
+        return self.value("apply", "Value Add", "-i", source, "--set", "constant=0", "-o", target)
+
+    def values(self, name):
+        """All that a file says, of tags that it has several times too."""
+        return ask("exiftool", "-a", "-G1", "-s", self.dir / name)
+
+    def test_of_png_are_in_every_format_that_holds_texts(self):
+        self.png(
+            "in.png", (b"tEXt", b"Title\0caf\xe9"), (b"tEXt", b"Comment\0hello"), (b"tEXt", b"Comment\0second"),
+            (b"zTXt", b"Long\0\0" + zlib.compress(b"z" * 100)), (b"iTXt", "Uni\0\0\0de\0Titel\0日本".encode()),
+        )
+        for target in ("out.tif", "out.jpg", "out.webp", "out.jp2", "out.png"):
+            with self.subTest(target=target):
+                self.assertEqual(self.copy("in.png", target).err, "")
+                told = self.values(target)
+                for text in ("café", "hello", "second", "z" * 100, "日本"):
+                    self.assertIn(text, told)
+        result = self.copy("in.png", "out.bmp")
+        self.assert_names(result, "note", "out.bmp", "not stored by this format", "texts")
+
+    def test_comment_of_jpeg_is_in_every_format_that_holds_texts(self):
+        write_file(self.dir / "in.jpg", np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+        ask("exiftool", "-q", "-overwrite_original", "-Comment=from the gate", self.dir / "in.jpg")
+        for target in ("out.jpg", "out.tif", "out.webp", "out.jp2", "out.png"):
+            with self.subTest(target=target):
+                self.assertEqual(self.copy("in.jpg", target).err, "")
+                self.assertIn("from the gate", self.values(target))
+
+    def test_resolution_of_exif_alone_and_titles_reach_tiff(self):
+        for source in ("in.png", "in.jpg"):
+            write_file(self.dir / source, np.zeros((8, 8, 3), dtype=np.uint8), "uint8")
+            ask(
+                "exiftool", "-q", "-overwrite_original", "-n", "-IFD0:XResolution=240", "-IFD0:YResolution=120.5",
+                "-IFD0:ResolutionUnit=3", "-IFD0:XPTitle=Gate é", self.dir / source,
+            )
+            for target in ("out.tif", "out.jpg", "out.webp"):
+                with self.subTest(source=source, target=target):
+                    self.copy(source, target)
+                    after = exiftool(self.dir / target)
+                    self.assertEqual(after.get("IFD0:XResolution"), 240)
+                    self.assertEqual(after.get("IFD0:YResolution"), 120.5)
+                    self.assertEqual(after.get("IFD0:ResolutionUnit"), 3)
+                    self.assertEqual(after.get("IFD0:XPTitle"), "Gate é")
 
 
 class GroundTest(MetadataTestCase):

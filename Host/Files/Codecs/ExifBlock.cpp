@@ -128,4 +128,44 @@ int TakeOrientation(std::vector<std::uint8_t>& block) {
   return orientation;
 }
 
+std::optional<ExifBlock::Table> ExifBlock::FindTable(Directory directory) const {
+  const auto position = FindDirectory(directory);
+  if (!position || *position < kHeaderSize || *position > bytes_.size() - 2) return std::nullopt;
+  const std::size_t entries = GetNumber(*position, 2);
+  const std::size_t end = *position + 2 + entries * kEntrySize;
+  if (end > bytes_.size()) return std::nullopt;
+  return Table{*position, entries, std::min(end + 4, bytes_.size())};
+}
+
+void RemoveSampleDescription(std::vector<std::uint8_t>& block) {
+  constexpr unsigned kOfImage[] = {256, 257, 258, 259, 262, 273, 277, 278, 279, 284, 530, 531};
+  constexpr unsigned kOfPhoto[] = {0xA002, 0xA003};
+  if (!ExifBlock(block).IsValid()) return;
+  const bool is_big_endian = block[0] == 'M';
+  const auto get = [&](std::size_t at) {
+    return is_big_endian ? block[at] * 256U + block[at + 1] : block[at + 1] * 256U + block[at];
+  };
+  const auto remove = [&](ExifBlock::Directory directory, std::span<const unsigned> tags) {
+    auto table = ExifBlock(block).FindTable(directory);
+    if (!table) return;
+    const auto begin = block.begin();
+    const auto at = [&](std::size_t position) { return begin + static_cast<std::ptrdiff_t>(position); };
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < table->entries; ++i) {
+      const std::size_t entry = table->position + 2 + i * kEntrySize;
+      if (std::find(tags.begin(), tags.end(), get(entry)) != tags.end()) continue;
+      std::copy_n(at(entry), kEntrySize, at(table->position + 2 + kept * kEntrySize));
+      ++kept;
+    }
+    const std::size_t rest = table->position + 2 + kept * kEntrySize;
+    // The reference to the next directory follows the last entry; after the first one comes that of the thumbnail.
+    const auto end = std::copy(at(table->position + 2 + table->entries * kEntrySize), at(table->end), at(rest));
+    std::fill(directory == ExifBlock::Directory::kImage ? at(rest) : end, at(table->end), std::uint8_t{0});
+    block[table->position + (is_big_endian ? 0 : 1)] = static_cast<std::uint8_t>(kept >> 8);
+    block[table->position + (is_big_endian ? 1 : 0)] = static_cast<std::uint8_t>(kept);
+  };
+  remove(ExifBlock::Directory::kPhoto, kOfPhoto);
+  remove(ExifBlock::Directory::kImage, kOfImage);
+}
+
 }  // namespace ScEng

@@ -34,6 +34,16 @@ class HOST_FILES_API ExifBlock {
   /// Where the two bytes of the orientation are, if there are any.
   [[nodiscard]] std::optional<std::size_t> FindOrientation() const;
 
+  /// A directory whose entries all lie within the block.
+  struct Table {
+    /// Where the number of its entries stands. The entries follow it, and then where the next directory is.
+    std::size_t position;
+    std::size_t entries;
+    /// Where it ends, its reference to the next one included as far as that is there.
+    std::size_t end;
+  };
+  [[nodiscard]] std::optional<Table> FindTable(Directory directory) const;
+
  private:
   struct Field {
     unsigned type;
@@ -54,5 +64,8 @@ class HOST_FILES_API ExifBlock {
 
 /// Takes the orientation out of a block: answers what it says and sets it to 1 there.
 HOST_FILES_API int TakeOrientation(std::vector<std::uint8_t>& block);
+
+/// Takes out of a block what describes the stored samples beside the orientation: size, layout and thumbnail.
+HOST_FILES_API void RemoveSampleDescription(std::vector<std::uint8_t>& block);
 
 }  // namespace ScEng

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "Host/Files/Codecs/Exr/ExrMetadata.h"
+#include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng::Exr {
 namespace {
@@ -138,6 +139,7 @@ class MetadataReader {
   void TakeText(const std::string& attribute, std::string text) {
     if (attribute == kXmpName) {
       metadata_.xmp = std::move(text);
+      RemoveSampleDescription(metadata_.xmp);
       return;
     }
     const auto* row = std::find_if(std::begin(kNames), std::end(kNames),

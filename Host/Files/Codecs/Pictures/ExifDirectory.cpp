@@ -2,12 +2,14 @@
 #include "Host/Files/Codecs/Pictures/ExifDirectory.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <exception>
 #include <exiv2/exiv2.hpp>
 #include <mutex>
 
 #include "Host/Files/Codecs/Pictures/ExivLock.h"
+#include "Host/Files/Codecs/Pictures/MetadataBlocks.h"
 
 namespace ScEng {
 namespace {
@@ -17,6 +19,16 @@ constexpr Exiv2::ByteOrder kOwnOrder =
 
 /// Offsets of further directories, which would point nowhere, and sizes of the picture as it was stored.
 bool IsLeftOut(std::uint16_t tag) { return tag == 0xA005 || tag == 0xA002 || tag == 0xA003; }
+
+/// Tags of the main directory that a TIFF has values of its own for, and those that make it a raw picture or hold
+/// layers.
+bool IsOfTiff(std::uint16_t tag) {
+  constexpr std::array<std::uint16_t, 8> kTags{274, 282, 283, 296, 34665, 34853, 37724, 40965};
+  constexpr std::uint16_t kFirstOfRaw = 50706;
+  constexpr std::uint16_t kLastOfRaw = 52600;
+  return IsStructuralTag(tag) || std::find(kTags.begin(), kTags.end(), tag) != kTags.end() ||
+         (tag >= kFirstOfRaw && tag <= kLastOfRaw);
+}
 
 bool TakeField(const Exiv2::Exifdatum& datum, std::vector<ExifParts::Field>& to) {
   constexpr int kLastType = 13;
@@ -52,9 +64,7 @@ ExifParts TakeExifApart(const std::vector<std::uint8_t>& exif) {
       const std::string group = datum.groupName();
       if (group == "Photo" && !IsLeftOut(datum.tag())) TakeField(datum, parts.photo);
       if (group == "GPSInfo") TakeField(datum, parts.gps);
-      if (group == "Image" && datum.typeId() == Exiv2::asciiString) {
-        parts.texts.emplace_back(datum.tag(), datum.toString());
-      }
+      if (group == "Image" && !IsOfTiff(datum.tag())) TakeField(datum, parts.image);
     }
   } catch (const std::exception&) {
     return {};

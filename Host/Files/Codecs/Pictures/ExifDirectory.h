@@ -2,8 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <utility>
 #include <vector>
 
 namespace ScEng {
@@ -17,8 +15,8 @@ struct ExifParts {
     /// In the order of bytes of the processor.
     std::vector<std::uint8_t> bytes;
   };
-  /// Texts of the main directory: maker, model and the like.
-  std::vector<std::pair<std::uint16_t, std::string>> texts;
+  /// The main directory without what a TIFF says itself: samples, resolution, other directories.
+  std::vector<Field> image;
   std::vector<Field> photo;
   std::vector<Field> gps;
 };

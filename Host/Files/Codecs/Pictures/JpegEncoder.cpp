@@ -74,10 +74,9 @@ class JpegEncoder final : public PictureEncoder {
     add(JPEG_APP0 + 1, "Exif\0\0"sv, MakeExifBlock(metadata, false), "EXIF block");
     add(JPEG_APP0 + 1, "http://ns.adobe.com/xap/1.0/\0"sv, {metadata.xmp.begin(), metadata.xmp.end()}, "XMP packet");
     if (!metadata.iptc.empty()) add(JPEG_APP0 + 13, {}, FrameIptc(metadata.iptc), "IPTC block");
-    if (const MetadataEntry* comment = metadata.Find("Comment")) {
-      if (const auto* text = std::get_if<std::string>(&comment->value)) {
-        add(JPEG_COM, {}, {text->begin(), text->end()}, "comment");
-      }
+    for (const MetadataEntry& entry : metadata.entries) {
+      const auto* text = std::get_if<std::string>(&entry.value);
+      if (entry.name == "Comment" && text != nullptr) add(JPEG_COM, {}, {text->begin(), text->end()}, "comment");
     }
   }
 

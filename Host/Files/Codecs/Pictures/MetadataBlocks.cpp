@@ -10,23 +10,14 @@
 #include <utility>
 
 #include "Host/Files/Codecs/Pictures/ExivLock.h"
+#include "Host/Files/Codecs/Pictures/JpegComments.h"
+#include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng {
 namespace {
 
 constexpr std::array<const char*, 6> kTexts{"ImageDescription", "Artist",   "Copyright",
                                             "Software",         "DateTime", "DocumentName"};
-
-/// Tags of the first directory that say how the samples are stored or where other directories and blocks lie.
-bool IsStructuralTag(std::uint16_t tag) {
-  constexpr std::array<std::uint16_t, 52> kTags{254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266,   273,   277,
-                                                278, 279, 280, 281, 284, 288, 289, 290, 291, 292, 293,   297,   301,
-                                                317, 318, 319, 320, 321, 322, 323, 324, 325, 330, 332,   338,   339,
-                                                340, 341, 347, 513, 514, 529, 530, 531, 532, 700, 33723, 34377, 34675};
-  constexpr std::array<std::uint16_t, 6> kGroundTags{33550, 33922, 34264, 34735, 42112, 42113};
-  return std::find(kTags.begin(), kTags.end(), tag) != kTags.end() || (tag >= 34736 && tag <= 34737) ||
-         std::find(kGroundTags.begin(), kGroundTags.end(), tag) != kGroundTags.end();
-}
 
 bool DescribesSamples(const Exiv2::Exifdatum& datum) {
   const std::string group = datum.groupName();
@@ -111,16 +102,20 @@ int ReadExif(Exiv2::Image& image, bool reads_all, ImageMetadata& metadata) {
   return orientation;
 }
 
-void ReadOtherBlocks(Exiv2::Image& image, ImageMetadata& metadata) {
+void ReadOtherBlocks(const std::filesystem::path& file, Exiv2::Image& image, ImageMetadata& metadata) {
   if (!image.iptcData().empty()) {
     metadata.iptc = ToBytes(Exiv2::IptcParser::encode(image.iptcData()));
   }
   // The packet as it stands in the file rather than one made anew.
   image.writeXmpFromPacket(true);
   metadata.xmp = image.xmpPacket();
+  RemoveSampleDescription(metadata.xmp);
   if (image.iccProfileDefined()) metadata.icc = ToBytes(ProfileOf(image));
-  const std::string comment = image.comment();
-  if (!comment.empty()) metadata.entries.push_back({"Comment", comment});
+  const bool is_jpeg = image.mimeType() == "image/jpeg";
+  const std::vector<std::string> comments = is_jpeg ? ListJpegComments(file) : std::vector{image.comment()};
+  for (const std::string& comment : comments) {
+    if (!comment.empty()) metadata.entries.push_back({"Comment", comment});
+  }
 }
 
 /// Numbers as EXIF keeps them; a resolution needs no more than three digits after the point.
@@ -139,16 +134,17 @@ void SetResolution(const ImageMetadata& metadata, Exiv2::ExifData& exif) {
   exif["Exif.Image.ResolutionUnit"] = static_cast<std::uint16_t>(unit);
 }
 
-void SetTexts(const ImageMetadata& metadata, Exiv2::ExifData& exif) {
-  for (const char* name : kTexts) {
-    const MetadataEntry* entry = metadata.Find(name);
-    const Exiv2::ExifKey key(std::string("Exif.Image.") + name);
-    if (entry == nullptr || exif.findKey(key) != exif.end()) continue;
-    if (const auto* text = std::get_if<std::string>(&entry->value)) exif[key.key()] = *text;
-  }
-}
-
 }  // namespace
+
+bool IsStructuralTag(std::uint16_t tag) {
+  constexpr std::array<std::uint16_t, 52> kTags{254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266,   273,   277,
+                                                278, 279, 280, 281, 284, 288, 289, 290, 291, 292, 293,   297,   301,
+                                                317, 318, 319, 320, 321, 322, 323, 324, 325, 330, 332,   338,   339,
+                                                340, 341, 347, 513, 514, 529, 530, 531, 532, 700, 33723, 34377, 34675};
+  constexpr std::array<std::uint16_t, 6> kGroundTags{33550, 33922, 34264, 34735, 42112, 42113};
+  return std::find(kTags.begin(), kTags.end(), tag) != kTags.end() || (tag >= 34736 && tag <= 34737) ||
+         std::find(kGroundTags.begin(), kGroundTags.end(), tag) != kGroundTags.end();
+}
 
 std::mutex& GetExivMutex() {
   static std::mutex& mutex = *new std::mutex;
@@ -168,7 +164,7 @@ int ReadBlocks(const std::filesystem::path& file, bool reads_all, ImageMetadata&
   try {
     const auto image = Exiv2::ImageFactory::open(file.string());
     image->readMetadata();
-    if (reads_all) ReadOtherBlocks(*image, metadata);
+    if (reads_all) ReadOtherBlocks(file, *image, metadata);
     return ReadExif(*image, reads_all, metadata);
   } catch (const std::exception&) {
     notes.emplace_back("its metadata are damaged and left out");
@@ -184,7 +180,6 @@ std::vector<std::uint8_t> MakeExifBlock(const ImageMetadata& metadata, bool for_
     order = Exiv2::ExifParser::decode(exif, metadata.exif.data(), static_cast<std::uint32_t>(metadata.exif.size()));
     RemoveStructure(exif);
   }
-  SetTexts(metadata, exif);
   if (exif.empty() && !(for_resolution && metadata.resolution)) return {};
   SetResolution(metadata, exif);
   return Encode(exif, order == Exiv2::invalidByteOrder ? Exiv2::littleEndian : order);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Host/Files/Codecs/CodecTable.h"
+#include "Host/Files/Codecs/ColorProfile.h"
 
 namespace ScEng {
 namespace {
@@ -27,6 +28,7 @@ PictureEncoder::PictureEncoder(const WritePlan& plan, std::vector<int> channels,
     : plan_(plan),
       channels_(ChooseChannels(plan, channels)),
       sample_bytes_(plan.type == StoredType::kHalf ? sizeof(float) : GetSize(plan.type)) {
+  plan_.metadata.icc = SuitProfile(plan.metadata.icc, channels_, notes);
   const bool is_pair = plan.channels.size() == 2 && plan.opacity_channel != 1;
   if (is_pair && channels_ == 3) notes.emplace_back("the format holds no pairs of channels; red and green hold them");
 }
@@ -70,19 +72,29 @@ Status PictureEncoder::Finish() {
   return Close();
 }
 
-void NoteWhatIsLeftOut(const WritePlan& plan, std::string_view format, std::vector<std::string>& notes) {
+ImageMetadata TakeWhatIsHeld(const ImageMetadata& metadata, std::string_view format, std::vector<std::string>& notes) {
   const FormatRow* row = FindFormatRow(format);
-  if (row == nullptr) return;
-  const ImageMetadata& metadata = plan.metadata;
-  const auto note = [&](bool is_there, bool is_held, const char* what) {
-    if (is_there && !is_held) notes.push_back(std::string("the format holds no ") + what + ", which is left out");
+  if (row == nullptr) return metadata;
+  ImageMetadata held = metadata;
+  std::string left_out;
+  const auto check = [&](bool is_held, auto& value, bool is_there, const char* what) {
+    if (is_held || !is_there) return;
+    value = {};
+    left_out += (left_out.empty() ? "" : ", ") + std::string(what);
   };
-  note(metadata.georeference.has_value(), row->metadata.georeference, "coordinate system");
-  note(!metadata.icc.empty(), row->metadata.icc, "colour profile");
-  note(!metadata.exif.empty(), row->metadata.exif, "EXIF block");
-  note(!metadata.xmp.empty(), row->metadata.xmp, "XMP packet");
-  note(!metadata.iptc.empty(), row->metadata.iptc, "IPTC block");
-  note(metadata.nodata.has_value(), row->metadata.nodata, "value for missing samples");
+  const FormatMetadata& holds = row->metadata;
+  check(holds.georeference, held.georeference, held.georeference.has_value(), "coordinate system");
+  check(holds.icc, held.icc, !held.icc.empty(), "color profile");
+  check(holds.exif, held.exif, !held.exif.empty(), "EXIF");
+  check(holds.xmp, held.xmp, !held.xmp.empty(), "XMP");
+  check(holds.iptc, held.iptc, !held.iptc.empty(), "IPTC");
+  const bool has_texts = std::any_of(held.entries.begin(), held.entries.end(), [](const MetadataEntry& entry) {
+    return std::holds_alternative<std::string>(entry.value);
+  });
+  check(holds.texts, held.entries, has_texts, "texts");
+  check(holds.nodata, held.nodata, held.nodata.has_value(), "nodata value");
+  if (!left_out.empty()) notes.push_back("these metadata are not stored by this format: " + left_out);
+  return held;
 }
 
 }  // namespace ScEng

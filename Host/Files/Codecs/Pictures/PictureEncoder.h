@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -40,7 +41,7 @@ class PictureEncoder : public ImageEncoder {
   std::vector<unsigned char> spread_;
 };
 
-/// Tells what the metadata of the plan hold and a format does not.
-void NoteWhatIsLeftOut(const WritePlan& plan, std::string_view format, std::vector<std::string>& notes);
+/// What a format holds of metadata; what it does not is told in one note.
+ImageMetadata TakeWhatIsHeld(const ImageMetadata& metadata, std::string_view format, std::vector<std::string>& notes);
 
 }  // namespace ScEng

@@ -120,7 +120,7 @@ TEST_F(TravelingMetadata, ReachesEveryFormatThatHoldsIt) {
       EXPECT_EQ(Ask(file, "IPTC:Keywords"), "meadow");
       EXPECT_TRUE(notes.empty());
     } else {
-      EXPECT_EQ(notes, std::vector<std::string>{"the format holds no IPTC block, which is left out"});
+      EXPECT_EQ(notes, std::vector<std::string>{"these metadata are not stored by this format: IPTC"});
     }
     const ReadPicture read = ReadPart(file, format);
     ASSERT_EQ(read.problem, "");
@@ -165,10 +165,8 @@ TEST_F(TravelingMetadata, IsNotedWhereAFormatHasNoPlaceForIt) {
   plan_.metadata.nodata = -9999.0;
   std::vector<std::string> notes;
   ASSERT_EQ(WritePicture(folder_ / "a.bmp", "bmp", plan_, samples_, &notes), "");
-  EXPECT_EQ(notes, (std::vector<std::string>{"the format holds no coordinate system, which is left out",
-                                             "the format holds no colour profile, which is left out",
-                                             "the format holds no XMP packet, which is left out",
-                                             "the format holds no value for missing samples, which is left out"}));
+  EXPECT_EQ(notes, std::vector<std::string>{"these metadata are not stored by this format: coordinate system, color "
+                                            "profile, XMP, texts, nodata value"});
 }
 
 TEST_F(TravelingMetadata, IsLeftOutWhereItIsDamaged) {
@@ -182,6 +180,113 @@ TEST_F(TravelingMetadata, IsLeftOutWhereItIsDamaged) {
   const ReadPicture read = ReadPart(file, "jpeg");
   EXPECT_EQ(read.problem, "");
   EXPECT_TRUE(read.description.parts.front().metadata.exif.empty());
+}
+
+TEST_F(TravelingMetadata, PutsEachTextWhereAFormatHasAPlace) {
+  plan_.metadata.entries = {{"ImageDescription", std::string("Gate, caf\xC3\xA9")},
+                            {"ImageDescription", std::string("Another")},
+                            {"Comment", std::string("First")},
+                            {"Comment", std::string("Second \xE6\x97\xA5")},
+                            {"Creation note", std::string("a < b & c")},
+                            {"count", std::vector<std::int64_t>{3, -4}},
+                            {"gAMA", OpaqueValue{"png:gAMA", {0, 0, 177, 143}}}};
+  for (const std::string format : {"jpeg", "tiff", "webp", "jpeg2000"}) {
+    SCOPED_TRACE(format);
+    const auto file = folder_ / ("texts" + std::string(FindFormatRow(format)->endings).substr(0, 4));
+    std::vector<std::string> notes;
+    ASSERT_EQ(WritePicture(file, format, plan_, samples_, &notes), "");
+    EXPECT_EQ(notes, std::vector<std::string>{
+                         "the format cannot hold these entries of the metadata, which are left out: gAMA"});
+    EXPECT_EQ(Ask(file, "IFD0:ImageDescription"), "Gate, caf\xC3\xA9");
+    EXPECT_EQ(Ask(file, "XMP-text:ImageDescription"), "Another");
+    if (format == "jpeg") {
+      EXPECT_EQ(Answer("exiftool -a -s3 -File:Comment " + file.string()), "First\nSecond \xE6\x97\xA5");
+    } else {
+      EXPECT_EQ(Ask(file, "ExifIFD:UserComment"), "First");
+      EXPECT_EQ(Ask(file, "XMP-text:Comment"), "Second \xE6\x97\xA5");
+    }
+    EXPECT_EQ(Ask(file, "XMP-text:CreationNote"), "a < b & c");
+    EXPECT_EQ(Ask(file, "XMP-text:Count"), "3, -4");
+    EXPECT_EQ(Ask(file, "XMP:Plot"), "17b");
+    EXPECT_EQ(Ask(file, "Warning"), "");
+  }
+}
+
+TEST_F(TravelingMetadata, KeepsTheBlocksOfJpegWhereATextIsTooLong) {
+  plan_.metadata.entries = {{"ImageDescription", std::string(70000, 'd')},
+                            {"Long", std::string(70000, 'l')},
+                            {"Short", std::string("s")},
+                            {"Comment", std::string(65534, 'c')}};
+  std::vector<std::string> notes;
+  ASSERT_EQ(WritePicture(folder_ / "a.jpg", "jpeg", plan_, samples_, &notes), "");
+  EXPECT_EQ(notes, (std::vector<std::string>{"the format cannot hold these entries of the metadata, which are left "
+                                             "out: ImageDescription, Long",
+                                             "the format holds no comment of 65534 bytes, which is left out"}));
+  EXPECT_EQ(Ask(folder_ / "a.jpg", "XMP:Plot"), "17b");
+  EXPECT_EQ(Ask(folder_ / "a.jpg", "XMP-text:Short"), "s");
+}
+
+TEST_F(TravelingMetadata, KeepsAUsersCommentBesideOneMore) {
+  const auto source = MakeSource();
+  Answer("exiftool -q -overwrite_original -UserComment='From a camera' " + source.string());
+  plan_.metadata = ReadPart(source, "jpeg").description.parts.front().metadata;
+  ASSERT_EQ(WritePicture(folder_ / "a.tif", "tiff", plan_, samples_), "");
+  EXPECT_EQ(Ask(folder_ / "a.tif", "ExifIFD:UserComment"), "From a camera");
+  EXPECT_EQ(Ask(folder_ / "a.tif", "XMP-text:Comment"), "From the east gate");
+}
+
+TEST_F(TravelingMetadata, HoldsEveryCommentOfAJpeg) {
+  plan_.metadata.entries = {{"Comment", std::string("First")}, {"Comment", std::string("Second")}};
+  ASSERT_EQ(WritePicture(folder_ / "a.jpg", "jpeg", plan_, samples_), "");
+  const ReadPicture read = ReadPart(folder_ / "a.jpg", "jpeg");
+  EXPECT_EQ(read.description.parts.front().metadata.entries, plan_.metadata.entries);
+}
+
+TEST_F(TravelingMetadata, ReachesTheMainDirectoryOfTiff) {
+  const auto source = MakeSource();
+  Answer("exiftool -q -overwrite_original -n -IFD0:XPTitle='Gate 5' -IFD0:Rating=3 -HostComputer=abc " +
+         source.string());
+  plan_.metadata = ReadPart(source, "jpeg").description.parts.front().metadata;
+  ASSERT_EQ(WritePicture(folder_ / "a.tif", "tiff", plan_, samples_), "");
+  EXPECT_EQ(Ask(folder_ / "a.tif", "IFD0:XPTitle"), "Gate 5");
+  EXPECT_EQ(Ask(folder_ / "a.tif", "IFD0:Rating"), "3");
+  EXPECT_EQ(Ask(folder_ / "a.tif", "IFD0:HostComputer"), "abc");
+  EXPECT_EQ(Ask(folder_ / "a.tif", "Warning"), "");
+  const ReadPicture read = ReadPart(folder_ / "a.tif", "tiff");
+  EXPECT_EQ(read.problem, "");
+  plan_.metadata = read.description.parts.front().metadata;
+  ASSERT_EQ(WritePicture(folder_ / "b.tif", "tiff", plan_, samples_), "");
+  EXPECT_EQ(Ask(folder_ / "b.tif", "IFD0:XPTitle"), "Gate 5");
+}
+
+TEST_F(TravelingMetadata, HoldsAProfileOnlyForItsChannels) {
+  struct Case {
+    const char* format;
+    const char* space;
+    int channels;
+    bool is_held;
+  };
+  constexpr std::array kCases{Case{"jpeg", "RGB ", 1, false}, Case{"jpeg", "GRAY", 1, true},
+                              Case{"jpeg", "GRAY", 3, false}, Case{"tiff", "RGB ", 1, false},
+                              Case{"tiff", "RGB ", 2, false}, Case{"tiff", "GRAY", 2, true},
+                              Case{"tiff", "RGB ", 4, true}, Case{"jpeg2000", "RGB ", 1, false},
+                              Case{"jpeg2000", "GRAY", 1, true}, Case{"jpeg2000", "CMYK", 3, false},
+                              // Its pictures are always of red, green and blue.
+                              Case{"webp", "RGB ", 1, true}, Case{"webp", "GRAY", 1, false}};
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(std::string(c.format) + " " + c.space + " " + std::to_string(c.channels));
+    WritePlan plan = MakePlan(16, 8, c.channels, StoredType::kUint8);
+    plan.metadata.icc = MakeProfile();
+    std::memcpy(&plan.metadata.icc[16], c.space, 4);
+    const auto file = folder_ / "profile";
+    std::vector<std::string> notes;
+    const std::vector<unsigned char> samples(static_cast<std::size_t>(16 * 8 * c.channels), 90);
+    ASSERT_EQ(WritePicture(file, c.format, plan, samples, &notes), "");
+    EXPECT_EQ(Ask(file, "ICC_Profile:ProfileFileSignature"), c.is_held ? "acsp" : "");
+    const std::string kind = c.channels <= 2 && std::string(c.format) != "webp" ? "gray" : "RGB";
+    const std::vector<std::string> wanted{"the color profile does not describe " + kind + " samples and is left out"};
+    EXPECT_EQ(notes, c.is_held ? std::vector<std::string>() : wanted);
+  }
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "Host/Files/Codecs/Pictures/JpegDecoder.h"
 #include "Host/Files/Codecs/Pictures/PictureDecoder.h"
 #include "Host/Files/Codecs/Pictures/PictureEncoder.h"
+#include "Host/Files/Codecs/Pictures/TextPlaces.h"
 #include "Host/Files/Codecs/Pictures/WholeDecoder.h"
 #include "Host/Util/ParallelRows.h"
 
@@ -46,9 +47,11 @@ class PicturesCodec final : public ImageCodec {
   }
 
   [[nodiscard]] std::unique_ptr<ImageEncoder> Create(const std::filesystem::path& path, const std::string& format,
-                                                     const WritePlan& plan, std::vector<std::string>& notes,
+                                                     const WritePlan& given, std::vector<std::string>& notes,
                                                      Status& status) const override {
-    NoteWhatIsLeftOut(plan, format, notes);
+    WritePlan plan = given;
+    plan.metadata = TakeWhatIsHeld(given.metadata, format, notes);
+    PlaceTexts(format, plan.metadata, notes);
     if (format == "tiff") return CreateTiff(path, plan, notes, status);
     if (format == "jpeg") return CreateJpeg(path, plan, notes, status);
     if (format == "webp") return CreateWebp(path, plan, notes, status);

@@ -119,7 +119,7 @@ class TiffEncoder final : public PictureEncoder {
                                   : metadata.resolution_unit == "cm" ? RESUNIT_CENTIMETER
                                                                      : RESUNIT_NONE);
     }
-    SetTexts(metadata);
+    for (const ExifParts::Field& field : exif_.image) SetField(field);
   }
 
   void SetIptc(const std::vector<std::uint8_t>& iptc) {
@@ -132,31 +132,28 @@ class TiffEncoder final : public PictureEncoder {
     Set(TIFFTAG_RICHTIFFIPTC, static_cast<std::uint32_t>(is_long ? block.size() / 4 : block.size()), block.data());
   }
 
-  void SetTexts(const ImageMetadata& metadata) {
-    struct Text {
-      std::uint32_t tag;
-      const char* name;
-    };
-    constexpr std::array kTexts{Text{TIFFTAG_IMAGEDESCRIPTION, "ImageDescription"},
-                                Text{TIFFTAG_ARTIST, "Artist"},
-                                Text{TIFFTAG_COPYRIGHT, "Copyright"},
-                                Text{TIFFTAG_SOFTWARE, "Software"},
-                                Text{TIFFTAG_DOCUMENTNAME, "DocumentName"},
-                                Text{TIFFTAG_DATETIME, "DateTime"},
-                                Text{TIFFTAG_MAKE, ""},
-                                Text{TIFFTAG_MODEL, ""},
-                                Text{TIFFTAG_HOSTCOMPUTER, ""}};
-    for (const Text& text : kTexts) {
-      const MetadataEntry* entry = metadata.Find(text.name);
-      const auto* own = entry == nullptr ? nullptr : std::get_if<std::string>(&entry->value);
-      const auto of_exif = std::find_if(exif_.texts.begin(), exif_.texts.end(),
-                                        [&](const auto& pair) { return pair.first == text.tag; });
-      if (own != nullptr) {
-        Set(text.tag, own->c_str());
-      } else if (of_exif != exif_.texts.end()) {
-        Set(text.tag, of_exif->second.c_str());
+  void SetField(const ExifParts::Field& field) {
+    const TIFFField* known = TIFFFindField(tiff_.get(), field.tag, TIFF_ANY);
+    const bool is_text = field.type == TIFF_ASCII;
+    if (known != nullptr) {
+      // What else the library knows describes samples, or it would take in another form.
+      if (is_text && TIFFFieldDataType(known) == TIFF_ASCII && TIFFFieldPassCount(known) == 0) {
+        Set(field.tag, GetText(field).c_str());
       }
+      return;
     }
+    constexpr std::array kPlainTypes{TIFF_BYTE,      TIFF_ASCII,  TIFF_SHORT, TIFF_LONG,  TIFF_SBYTE,
+                                     TIFF_UNDEFINED, TIFF_SSHORT, TIFF_SLONG, TIFF_FLOAT, TIFF_DOUBLE};
+    const auto* type = std::find(kPlainTypes.begin(), kPlainTypes.end(), static_cast<TIFFDataType>(field.type));
+    if (type == kPlainTypes.end()) return;
+    // The library keeps the name as it is handed over.
+    static char name[] = "Exif";
+    const TIFFFieldInfo info{field.tag, TIFF_VARIABLE2, TIFF_VARIABLE2, *type, FIELD_CUSTOM, 1, 1, name};
+    if (TIFFMergeFieldInfo(tiff_.get(), &info, 1) == 0) Set(field.tag, field.count, field.bytes.data());
+  }
+
+  static std::string GetText(const ExifParts::Field& field) {
+    return {field.bytes.begin(), std::find(field.bytes.begin(), field.bytes.end(), std::uint8_t{0})};
   }
 
   /// Puts a directory at the end of the file, and its offset into the main one.

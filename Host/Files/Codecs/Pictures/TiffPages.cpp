@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Host/Files/Codecs/Pictures/TiffHandle.h"
+#include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng {
 namespace {
@@ -90,6 +91,7 @@ TiffPage DescribePage(TIFF* tiff) {
   page.metadata.icc = GetBytes(tiff, TIFFTAG_ICCPROFILE);
   const auto xmp = GetBytes(tiff, TIFFTAG_XMLPACKET);
   page.metadata.xmp.assign(xmp.begin(), xmp.end());
+  RemoveSampleDescription(page.metadata.xmp);
   page.metadata.iptc = GetIptc(tiff);
   ReadResolution(tiff, page.metadata);
   ReadTexts(tiff, page.metadata);

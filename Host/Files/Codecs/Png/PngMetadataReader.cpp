@@ -5,6 +5,8 @@
 
 #include "Host/Files/Codecs/ExifBlock.h"
 #include "Host/Files/Codecs/Png/PngMetadata.h"
+#include "Host/Files/Codecs/Utf8.h"
+#include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng::Png {
 namespace {
@@ -130,6 +132,7 @@ class MetadataReader {
     Bytes exif = ToBytes(block);
     if (!ExifBlock(exif).IsValid()) return false;
     part_.orientation = TakeOrientation(exif);
+    RemoveSampleDescription(exif);
     metadata_.exif = std::move(exif);
     return true;
   }
@@ -170,11 +173,30 @@ class MetadataReader {
   std::size_t unpacked_ = 0;
 };
 
+/// The resolution of a file whose EXIF block alone tells it.
+void TakeExifResolution(ImageMetadata& metadata) {
+  constexpr unsigned kResolutionX = 282;
+  constexpr unsigned kResolutionY = 283;
+  constexpr unsigned kUnit = 296;
+  const ExifBlock exif(metadata.exif);
+  const auto get = [&](unsigned tag) { return exif.GetNumbers(ExifBlock::Directory::kImage, tag); };
+  const std::vector<double> x = get(kResolutionX);
+  const std::vector<double> y = get(kResolutionY);
+  const std::vector<double> unit = get(kUnit);
+  if (x.size() != 1 || y.size() != 1 || !(x[0] > 0.0 && y[0] > 0.0)) return;
+  metadata.resolution = {x[0], y[0]};
+  // Inches where the block does not say.
+  const double code = unit.size() == 1 ? unit[0] : 2.0;
+  metadata.resolution_unit = code == 2.0 ? "in" : code == 3.0 ? "cm" : "";
+}
+
 }  // namespace
 
 void ReadMetadata(const std::vector<Chunk>& chunks, FilePart& part, std::vector<std::string>& notes) {
   MetadataReader reader(part, notes);
   for (const Chunk& chunk : chunks) reader.Read(chunk);
+  if (!part.metadata.resolution) TakeExifResolution(part.metadata);
+  RemoveSampleDescription(part.metadata.xmp);
 }
 
 }  // namespace ScEng::Png

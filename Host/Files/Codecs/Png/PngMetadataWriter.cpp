@@ -1,30 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <string_view>
 
+#include "Host/Files/Codecs/ColorProfile.h"
+#include "Host/Files/Codecs/MetadataText.h"
 #include "Host/Files/Codecs/Png/PngMetadata.h"
+#include "Host/Files/Codecs/Utf8.h"
 
 namespace ScEng::Png {
 namespace {
 
 constexpr std::size_t kMostChunkBytes = std::numeric_limits<std::int32_t>::max();
-
-std::string ToText(const std::string& text) { return text; }
-
-template <class Number>
-std::string ToText(const std::vector<Number>& numbers) {
-  std::string text;
-  for (const Number number : numbers) {
-    char digits[32];
-    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-    text += text.empty() ? "" : ", ";
-    text.append(std::begin(digits), end);
-  }
-  return text;
-}
 
 void AppendNumber(Bytes& bytes, std::uint32_t number) {
   for (int shift = 24; shift >= 0; shift -= 8) {
@@ -78,22 +66,11 @@ class ChunkMaker {
   }
 
   void AddProfile() {
-    constexpr std::size_t kSpacePosition = 16;
-    constexpr std::size_t kSmallestProfile = 128;
-    if (metadata_.icc.empty()) return;
-    // Readers refuse a profile for other channels than the file has.
-    const bool is_gray = plan_.channels.size() <= 2;
-    const bool fits = metadata_.icc.size() >= kSmallestProfile &&
-                      std::string_view(reinterpret_cast<const char*>(metadata_.icc.data()) + kSpacePosition, 4) ==
-                          (is_gray ? "GRAY" : "RGB ");
-    if (!fits) {
-      notes_.push_back(std::string("the color profile does not describe ") + (is_gray ? "gray" : "RGB") +
-                       " samples and is left out");
-      return;
-    }
+    const Bytes profile = SuitProfile(metadata_.icc, static_cast<int>(plan_.channels.size()), notes_);
+    if (profile.empty()) return;
     Bytes data;
     Append(data, std::string_view("ICC profile\0\0", 13));
-    const Bytes packed = Deflate(metadata_.icc);
+    const Bytes packed = Deflate(profile);
     data.insert(data.end(), packed.begin(), packed.end());
     Add("iCCP", std::move(data));
   }
@@ -144,15 +121,7 @@ class ChunkMaker {
                                    [&](const KeywordRow& known) { return entry.name == known.name; });
     const auto keyword = ToLatin1(row == std::end(kKeywords) ? entry.name : row->keyword);
     if (!keyword || !IsKeyword(*keyword)) return false;
-    std::string text = std::visit(
-        [](const auto& value) {
-          if constexpr (std::is_same_v<std::decay_t<decltype(value)>, OpaqueValue>) {
-            return std::string();
-          } else {
-            return ToText(value);
-          }
-        },
-        entry.value);
+    std::string text = ToText(entry.value).value_or("");
     text.resize(std::min(text.find('\0'), text.size()));
     if (const auto latin1 = ToLatin1(text)) {
       AddLatin1Text(*keyword, *latin1);

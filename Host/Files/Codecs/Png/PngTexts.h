@@ -14,11 +14,6 @@ namespace ScEng::Png {
 
 using Bytes = std::vector<std::uint8_t>;
 
-bool IsUtf8(std::string_view text);
-std::string FromLatin1(std::string_view text);
-/// Nothing where the text has characters that Latin-1 lacks.
-std::optional<std::string> ToLatin1(std::string_view utf8);
-
 /// Unpacks a zlib stream; nothing where it is damaged or larger than `most` bytes.
 std::optional<Bytes> Inflate(std::span<const std::uint8_t> packed, std::size_t most);
 Bytes Deflate(std::span<const std::uint8_t> bytes);

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "Host/Files/Codecs/Rasters/Numbers.h"
+#include "Host/Files/Codecs/XmpPacket.h"
 
 namespace ScEng {
 namespace {
@@ -252,7 +253,10 @@ void ReadRasterMetadata(GDALDataset& dataset, FilePart& part, std::vector<std::s
   ReadEntries(dataset, part.metadata);
   ReadProfile(dataset, part.metadata);
   ReadStoredHeader(dataset, part);
-  if (char** xmp = dataset.GetMetadata(kXmpDomain); xmp != nullptr && *xmp != nullptr) part.metadata.xmp = *xmp;
+  if (char** xmp = dataset.GetMetadata(kXmpDomain); xmp != nullptr && *xmp != nullptr) {
+    part.metadata.xmp = *xmp;
+    RemoveSampleDescription(part.metadata.xmp);
+  }
   if (const char* unit = dataset.GetRasterCount() > 0 ? dataset.GetRasterBand(1)->GetUnitType() : nullptr) {
     part.metadata.value_unit = unit;
   }
