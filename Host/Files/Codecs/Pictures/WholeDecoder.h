@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Host/Files/Codecs/Codec.h"
+#include "Host/Files/Codecs/Pictures/SampleNumbers.h"
 
 namespace ScEng {
 
@@ -17,8 +18,9 @@ class WholeDecoder final : public ImageDecoder {
  public:
   /// Gives all samples, channels interleaved and rows dense in the order of bytes of the processor, or an error.
   using Decode = std::function<Status(std::vector<unsigned char>& samples)>;
-  WholeDecoder(FileDescription description, Decode decode)
-      : description_(std::move(description)), decode_(std::move(decode)) {}
+  /// `numbers` are those of the channels, of which missing ones use the whole of their type.
+  WholeDecoder(FileDescription description, Decode decode, std::vector<SampleNumbers> numbers = {})
+      : description_(std::move(description)), decode_(std::move(decode)), numbers_(std::move(numbers)) {}
 
   [[nodiscard]] const FileDescription& GetDescription() const override { return description_; }
   Status Read(const ReadRequest& request, const ReadTarget& target) override;
@@ -26,6 +28,7 @@ class WholeDecoder final : public ImageDecoder {
  private:
   FileDescription description_;
   Decode decode_;
+  std::vector<SampleNumbers> numbers_;
   std::vector<unsigned char> samples_;
 };
 
