@@ -218,8 +218,9 @@ value_add_test(HostCodecPicturesTests
   SOURCES
     "${host}/Files/Codecs/Pictures/PicturesCodecTest.cpp"
     "${host}/Files/Codecs/Pictures/PictureMetadataTest.cpp"
+    "${host}/Files/Codecs/Pictures/Jpeg2000DecoderTest.cpp"
     "${host}/Files/Codecs/Pictures/TiffSamplesTest.cpp"
-  DEPENDS ValueHost::Files ZLIB::ZLIB
+  DEPENDS ValueHost::Files ZLIB::ZLIB PkgConfig::OpenJpeg
   # The library of metadata loses the names of the XMP namespaces that it has registered.
   ENVIRONMENT
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"

@@ -26,6 +26,14 @@ void ShareThreads() {
   shared = wanted;
 }
 
+/// What is not left to the library of formats; null for what is, and an error for what neither reads.
+std::unique_ptr<ImageDecoder> OpenOwn(const std::filesystem::path& file, const std::string& format, Status& status) {
+  if (format == "pnm") return OpenPnm(file, status);
+  if (format == "webp") return OpenWebp(file, status);
+  if (format == "jpeg2000") return OpenJpeg2000(file, status);
+  return nullptr;
+}
+
 class PicturesCodec final : public ImageCodec {
  public:
   [[nodiscard]] std::unique_ptr<ImageDecoder> Open(const std::filesystem::path& file, const std::string& format,
@@ -33,7 +41,7 @@ class PicturesCodec final : public ImageCodec {
     if (format == "jpeg") return JpegDecoder::Open(file, status);
     ShareThreads();
     try {
-      auto own = format == "pnm" ? OpenPnm(file, status) : format == "webp" ? OpenWebp(file, status) : nullptr;
+      auto own = OpenOwn(file, format, status);
       if (own || status.IsError()) return own;
       return PictureDecoder::Open(file, format, status);
     } catch (const std::bad_alloc&) {

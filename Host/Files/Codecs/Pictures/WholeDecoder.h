@@ -37,5 +37,8 @@ class WholeDecoder final : public ImageDecoder {
 std::unique_ptr<ImageDecoder> OpenPnm(const std::filesystem::path& file, Status& status);
 /// WebP of a single picture, which the library of formats multiplies by its opacity; null for films.
 std::unique_ptr<ImageDecoder> OpenWebp(const std::filesystem::path& file, Status& status);
+/// JPEG 2000 whose numbers may be negative or are of other widths than 8 and 16 bits, which the library of formats
+/// moves and stretches; null for all others.
+std::unique_ptr<ImageDecoder> OpenJpeg2000(const std::filesystem::path& file, Status& status);
 
 }  // namespace ScEng
