@@ -218,6 +218,7 @@ value_add_test(HostCodecPicturesTests
   SOURCES
     "${host}/Files/Codecs/Pictures/PicturesCodecTest.cpp"
     "${host}/Files/Codecs/Pictures/PictureMetadataTest.cpp"
+    "${host}/Files/Codecs/Pictures/BmpTest.cpp"
     "${host}/Files/Codecs/Pictures/Jpeg2000DecoderTest.cpp"
     "${host}/Files/Codecs/Pictures/TiffSamplesTest.cpp"
   DEPENDS ValueHost::Files ZLIB::ZLIB PkgConfig::OpenJpeg

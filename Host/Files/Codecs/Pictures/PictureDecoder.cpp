@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <fstream>
 #include <string_view>
 #include <utility>
 
@@ -30,6 +31,22 @@ bool HasBlocks(std::string_view format) {
 bool LeavesRowsUnset(std::string_view format) {
   constexpr std::array kSound{"tiff", "webp", "jpeg2000", "fits", "dpx"};
   return std::find(kSound.begin(), kSound.end(), format) == kSound.end();
+}
+
+/// Whether the header of a Targa counts bits of opacity; the library of formats takes any fourth byte for it.
+bool HasTargaOpacity(const std::filesystem::path& file) {
+  constexpr std::size_t kFlagsAt = 17;
+  constexpr int kOpacityBits = 0xF;
+  std::ifstream stream(file, std::ios::binary);
+  stream.seekg(kFlagsAt);
+  return (stream.get() & kOpacityBits) != 0;
+}
+
+void RemoveOpacity(FilePart& part) {
+  if (part.channels.size() != 4) return;
+  part.channels.pop_back();
+  part.opacity_channel = -1;
+  part.is_multiplied = false;
 }
 
 std::string SayDamaged(int row, int rows) {
@@ -78,6 +95,7 @@ void PictureDecoder::ListParts() {
     if (page > 0 && page < pages.size() && pages[page].is_reduced) continue;
     FilePart part = DescribePart(format, input.GetSpec(), HasBlocks(format));
     if (page < pages.size()) ApplyTiffPage(pages[page], part);
+    if (format == "targa" && !HasTargaOpacity(file_)) RemoveOpacity(part);
     if (part.problem.empty()) part.problem = FindShortness(file_, format, input.GetSpec());
     const bool is_own = page < pages.size() && part.problem.empty() && pages[page].samples &&
                         pages[page].samples->channels == part.channels.size();
@@ -112,7 +130,7 @@ Status PictureDecoder::Begin(std::size_t part) {
   const OIIO::ImageSpec& spec = inputs_.back()->GetSpec();
   const FilePart& known = description_.parts[part];
   const bool is_same = spec.width == known.size_x && spec.height == known.size_y &&
-                       static_cast<std::size_t>(spec.nchannels) == known.channels.size();
+                       static_cast<std::size_t>(spec.nchannels) >= known.channels.size();
   if (!is_same) return Status::Error("the file changed while it was read");
   if (own_samples_[part] && (!own_rows_ || own_part_ != part)) {
     own_part_ = part;

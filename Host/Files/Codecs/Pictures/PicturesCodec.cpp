@@ -29,6 +29,7 @@ void ShareThreads() {
 /// What is not left to the library of formats; null for what is, and an error for what neither reads.
 std::unique_ptr<ImageDecoder> OpenOwn(const std::filesystem::path& file, const std::string& format, Status& status) {
   if (format == "pnm") return OpenPnm(file, status);
+  if (format == "bmp") return OpenBmp(file, status);
   if (format == "webp") return OpenWebp(file, status);
   if (format == "jpeg2000") return OpenJpeg2000(file, status);
   return nullptr;
@@ -68,6 +69,7 @@ class PicturesCodec final : public ImageCodec {
     if (format == "pnm") return CreatePnm(path, plan, notes, status);
     if (format == "sgi") return CreateSgi(path, plan, notes, status);
     ShareThreads();
+    if (format == "bmp") return CreateBmp(path, plan, notes, status);
     return CreatePlain(path, format, plan, notes, status);
   }
 };

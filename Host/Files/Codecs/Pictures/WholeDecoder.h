@@ -40,5 +40,7 @@ std::unique_ptr<ImageDecoder> OpenWebp(const std::filesystem::path& file, Status
 /// JPEG 2000 whose numbers may be negative or are of other widths than 8 and 16 bits, which the library of formats
 /// moves and stretches; null for all others.
 std::unique_ptr<ImageDecoder> OpenJpeg2000(const std::filesystem::path& file, Status& status);
+/// BMP, of which the library of formats takes padding for opacity and does not read all packed ones.
+std::unique_ptr<ImageDecoder> OpenBmp(const std::filesystem::path& file, Status& status);
 
 }  // namespace ScEng
