@@ -32,8 +32,7 @@ class WholeDecoder final : public ImageDecoder {
   std::vector<unsigned char> samples_;
 };
 
-/// Binary grey and colour PNM whose samples fill a byte or two, which the library of formats rounds; null for all
-/// others, which are its affair.
+/// Bitmaps, grey, colour and floats of the PNM family, whose numbers the library of formats stretches.
 std::unique_ptr<ImageDecoder> OpenPnm(const std::filesystem::path& file, Status& status);
 /// WebP of a single picture, which the library of formats multiplies by its opacity; null for films.
 std::unique_ptr<ImageDecoder> OpenWebp(const std::filesystem::path& file, Status& status);
