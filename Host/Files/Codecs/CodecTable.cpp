@@ -171,12 +171,12 @@ bool HasGroundTags(const FileBytes& file, Bytes start) {
   return false;
 }
 
-/// Whether a JPEG 2000 has a box with its place on the ground and numbers that the codec of rasters reads as they are:
-/// those of 8 and 16 bits. `kDepthAt` bytes into the box of boxes that describe the picture, a byte tells the width of
-/// its numbers, less one, and by its highest bit whether they may be negative.
+/// Whether a JPEG 2000 says where on the ground it lies and is read as a raster. That codec divides by the largest
+/// number of a whole type, so that other widths than 8 and 16 bits are not for it.
 bool IsRasterJp2(const FileBytes& file) {
   constexpr auto kPlaceBox = "\xb1\x4b\xf8\xbd\x08\x3d\x4b\x43\xa5\xae\x8c\xd7\xd5\xa6\xce\x03"sv;
   constexpr int kMostBoxes = 100;
+  // A byte of the header: the bits of a number less one and, as the highest bit, whether it may be negative.
   constexpr std::size_t kDepthAt = 26;
   constexpr std::uint64_t kDepths[] = {7, 15, 0x80 | 15};
   bool has_place = false;
