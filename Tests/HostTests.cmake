@@ -219,7 +219,11 @@ value_add_test(HostCodecPicturesTests
   SOURCES
     "${host}/Files/Codecs/Pictures/PicturesCodecTest.cpp"
     "${host}/Files/Codecs/Pictures/PictureMetadataTest.cpp"
-  DEPENDS ValueHost::Files
+    "${host}/Files/Codecs/Pictures/BmpTest.cpp"
+    "${host}/Files/Codecs/Pictures/Jpeg2000DecoderTest.cpp"
+    "${host}/Files/Codecs/Pictures/PnmTest.cpp"
+    "${host}/Files/Codecs/Pictures/TiffSamplesTest.cpp"
+  DEPENDS ValueHost::Files ZLIB::ZLIB PkgConfig::OpenJpeg
   # The library of metadata loses the names of the XMP namespaces that it has registered.
   ENVIRONMENT
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"

@@ -195,6 +195,32 @@ bool IsIcon(Bytes start, std::uint64_t file_size) {
          offset >= kHead + count * kEntry && offset < file_size && size > 0;
 }
 
+/// Whether a JPEG 2000 says where on the ground it lies and is read as a raster. That codec divides by the largest
+/// number of a whole type, so that other widths than 8 and 16 bits are not for it.
+bool IsRasterJp2(const FileBytes& file) {
+  constexpr auto kPlaceBox = "\xb1\x4b\xf8\xbd\x08\x3d\x4b\x43\xa5\xae\x8c\xd7\xd5\xa6\xce\x03"sv;
+  constexpr int kMostBoxes = 100;
+  // A byte of the header: the bits of a number less one and, as the highest bit, whether it may be negative.
+  constexpr std::size_t kDepthAt = 26;
+  constexpr std::uint64_t kDepths[] = {7, 15, 0x80 | 15};
+  bool has_place = false;
+  bool has_depth = false;
+  std::uint64_t at = 0;
+  for (int i = 0; i < kMostBoxes; ++i) {
+    const auto box = file.Get(at, 32);
+    const std::uint64_t short_length = ReadNumber(box, 0, 4, true);
+    const std::uint64_t length = short_length == 1 ? ReadNumber(box, 8, 8, true) : short_length;
+    if (StartsWith(box, "uuid"sv, 4) && StartsWith(box, kPlaceBox, 8)) has_place = true;
+    if (StartsWith(box, "jp2h"sv, 4) && StartsWith(box, "ihdr"sv, 12)) {
+      has_depth =
+          std::find(std::begin(kDepths), std::end(kDepths), ReadNumber(box, kDepthAt, 1, true)) != std::end(kDepths);
+    }
+    if (length < 8 || at + length < at) break;
+    at += length;
+  }
+  return has_place && has_depth;
+}
+
 bool IsNetpbm(Bytes bytes) {
   return bytes.size() > 2 && bytes[0] == 'P' && std::strchr("1234567fF", bytes[1]) != nullptr && bytes[1] != 0 &&
          std::isspace(bytes[2]) != 0;
@@ -244,6 +270,10 @@ std::vector<Recognition> Recognize(const std::filesystem::path& file, int descri
   const auto start = bytes.Get(0, kStart);
   if (start.size() >= 16 && IsTiff(start)) {
     return {as(*FindFormatRow(HasGroundTags(bytes, start) ? "geotiff" : "tiff"))};
+  }
+  const FormatRow& jpeg2000 = *FindFormatRow("jpeg2000");
+  if (StartsWith(start, "jP  "sv, 4) && IsRasterJp2(bytes)) {
+    return {{FindCodecRow("rasters"), jpeg2000.name}, as(jpeg2000)};
   }
   for (const Signature& signature : kSignatures) {
     if (!StartsWith(start, signature.bytes, signature.at)) continue;

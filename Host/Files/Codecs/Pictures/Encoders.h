@@ -24,7 +24,9 @@ std::unique_ptr<ImageEncoder> CreatePnm(const std::filesystem::path& path, const
                                         std::vector<std::string>& notes, Status& status);
 std::unique_ptr<ImageEncoder> CreateSgi(const std::filesystem::path& path, const WritePlan& plan,
                                         std::vector<std::string>& notes, Status& status);
-/// What the library of formats writes: HDR, BMP, Targa and DPX.
+std::unique_ptr<ImageEncoder> CreateBmp(const std::filesystem::path& path, const WritePlan& plan,
+                                        std::vector<std::string>& notes, Status& status);
+/// What the library of formats writes: HDR, BMP without opacity, Targa and DPX.
 std::unique_ptr<ImageEncoder> CreatePlain(const std::filesystem::path& path, const std::string& format,
                                           const WritePlan& plan, std::vector<std::string>& notes, Status& status);
 

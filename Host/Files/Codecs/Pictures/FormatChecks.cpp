@@ -208,6 +208,22 @@ std::string CheckDpx(const Bytes& bytes) {
   return user_size == kUnset || user_size <= bytes.GetFileSize() ? std::string() : kDamagedHeader;
 }
 
+/// The header is lines of text up to an empty one.
+std::string CheckHdr(const Bytes& bytes) {
+  std::string line;
+  for (std::size_t at = 0; bytes.Has(at, 1); ++at) {
+    const char c = static_cast<char>(bytes.Get(at));
+    if (c != '\n') {
+      line += c;
+      continue;
+    }
+    if (line.empty()) break;
+    if (line == "FORMAT=32-bit_rle_xyze") return "its colors are XYZ, which is not supported; RGB is read";
+    line.clear();
+  }
+  return {};
+}
+
 constexpr std::uint32_t MakeTag(const char* text) {
   std::uint32_t tag = 0;
   for (std::size_t i = 0; i < 4; ++i) tag = (tag << 8) | static_cast<unsigned char>(text[i]);
@@ -270,7 +286,8 @@ std::string FindDamage(const std::filesystem::path& file, std::string_view forma
   };
   constexpr std::uint64_t kHeader = 2048;
   constexpr std::uint64_t kWhole = std::uint64_t{1} << 32;
-  constexpr std::array<Check, 6> kChecks{{{"sgi", CheckSgi, kWhole},
+  constexpr std::array<Check, 7> kChecks{{{"hdr", CheckHdr, kHeader},
+                                          {"sgi", CheckSgi, kWhole},
                                           {"softimage", CheckPic, kWhole},
                                           {"ico", CheckIcon, kWhole},
                                           {"iff", CheckIff, kWhole},

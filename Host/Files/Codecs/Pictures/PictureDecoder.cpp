@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <fstream>
 #include <string_view>
 #include <utility>
 
@@ -30,6 +31,22 @@ bool HasBlocks(std::string_view format) {
 bool LeavesRowsUnset(std::string_view format) {
   constexpr std::array kSound{"tiff", "webp", "jpeg2000", "fits", "dpx"};
   return std::find(kSound.begin(), kSound.end(), format) == kSound.end();
+}
+
+/// Whether the header of a Targa counts bits of opacity; the library of formats takes any fourth byte for it.
+bool HasTargaOpacity(const std::filesystem::path& file) {
+  constexpr std::size_t kFlagsAt = 17;
+  constexpr int kOpacityBits = 0xF;
+  std::ifstream stream(file, std::ios::binary);
+  stream.seekg(kFlagsAt);
+  return (stream.get() & kOpacityBits) != 0;
+}
+
+void RemoveOpacity(FilePart& part) {
+  if (part.channels.size() != 4) return;
+  part.channels.pop_back();
+  part.opacity_channel = -1;
+  part.is_multiplied = false;
 }
 
 std::string SayDamaged(int row, int rows) {
@@ -78,7 +95,11 @@ void PictureDecoder::ListParts() {
     if (page > 0 && page < pages.size() && pages[page].is_reduced) continue;
     FilePart part = DescribePart(format, input.GetSpec(), HasBlocks(format));
     if (page < pages.size()) ApplyTiffPage(pages[page], part);
+    if (format == "targa" && !HasTargaOpacity(file_)) RemoveOpacity(part);
     if (part.problem.empty()) part.problem = FindShortness(file_, format, input.GetSpec());
+    const bool is_own = page < pages.size() && part.problem.empty() && pages[page].samples &&
+                        pages[page].samples->channels == part.channels.size();
+    own_samples_.push_back(is_own ? pages[page].samples : std::nullopt);
     description_.parts.push_back(std::move(part));
     subimages_.push_back(subimage);
   }
@@ -109,8 +130,14 @@ Status PictureDecoder::Begin(std::size_t part) {
   const OIIO::ImageSpec& spec = inputs_.back()->GetSpec();
   const FilePart& known = description_.parts[part];
   const bool is_same = spec.width == known.size_x && spec.height == known.size_y &&
-                       static_cast<std::size_t>(spec.nchannels) == known.channels.size();
-  return is_same ? Status() : Status::Error("the file changed while it was read");
+                       static_cast<std::size_t>(spec.nchannels) >= known.channels.size();
+  if (!is_same) return Status::Error("the file changed while it was read");
+  if (own_samples_[part] && (!own_rows_ || own_part_ != part)) {
+    own_part_ = part;
+    own_rows_ = TiffRows::Open(file_, static_cast<std::uint32_t>(subimages_[part]), *own_samples_[part]);
+    if (!own_rows_ || !own_rows_->HasSize(known.size_x, known.size_y)) return Status::Error("its directory is damaged");
+  }
+  return {};
 }
 
 int PictureDecoder::RowsAtOnce() const {
@@ -126,7 +153,8 @@ int PictureDecoder::RowsAtOnce() const {
   return strip > 1 ? most / strip * strip : most;
 }
 
-Status PictureDecoder::ReadChunk(int begin, int end) {
+Status PictureDecoder::ReadChunk(std::size_t part, int begin, int end) {
+  if (own_samples_[part]) return own_rows_->Read(begin, end, rows_.front());
   const OIIO::ImageSpec& spec = inputs_.back()->GetSpec();
   const std::size_t size = static_cast<std::size_t>(end - begin) * spec.scanline_bytes(true);
   for (std::size_t i = 0; i < inputs_.size(); ++i) {
@@ -144,23 +172,26 @@ Status PictureDecoder::Read(const ReadRequest& request, const ReadTarget& target
   if (!part.problem.empty()) return Status::Error(part.problem);
   Status status = Begin(request.part);
   const OIIO::ImageSpec& spec = inputs_.back()->GetSpec();
-  const std::size_t row_bytes = spec.scanline_bytes(true);
-  const std::size_t pixel_bytes = spec.pixel_bytes(true);
+  const auto& own = own_samples_[request.part];
+  const std::size_t own_bytes = own ? GetSize(own->type) : 0;
+  const std::size_t pixel_bytes = own ? own->channels * own_bytes : spec.pixel_bytes(true);
+  const std::size_t row_bytes = own ? static_cast<std::size_t>(spec.width) * pixel_bytes : spec.scanline_bytes(true);
   const int chunk = RowsAtOnce();
   const auto columns = static_cast<std::size_t>(request.column_end - request.column_begin);
   // Chunks begin at multiples of their height, so that strips and tiles are decoded once.
   for (int begin = request.row_begin / chunk * chunk; begin < request.row_end && !status.IsError(); begin += chunk) {
     const int end = std::min(begin + chunk, spec.height);
-    status = ReadChunk(begin, end);
+    status = ReadChunk(request.part, begin, end);
     for (int row = std::max(begin, request.row_begin); !status.IsError() && row < std::min(end, request.row_end);
          ++row) {
       const unsigned char* from = rows_.front().data() + static_cast<std::size_t>(row - begin) * row_bytes +
                                   static_cast<std::size_t>(request.column_begin) * pixel_bytes;
       float* to = target.samples + static_cast<std::size_t>(row - request.row_begin) * target.row_stride;
       for (std::size_t i = 0; i < request.channels.size(); ++i) {
-        const auto channel = static_cast<int>(request.channels[i]);
-        DecodeSamples(from + spec.pixel_bytes(0, channel, true), pixel_bytes,
-                      part.channels.at(request.channels[i]).samples, request.scale, to + i, target.pixel_stride,
+        const std::size_t channel = request.channels[i];
+        const std::size_t at = own ? channel * own_bytes : spec.pixel_bytes(0, static_cast<int>(channel), true);
+        DecodeSamples(from + at, pixel_bytes, part.channels.at(channel).samples,
+                      own ? own->GetNumbers(channel) : SampleNumbers(), request.scale, to + i, target.pixel_stride,
                       columns);
       }
     }

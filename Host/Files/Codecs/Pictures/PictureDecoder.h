@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Host/Files/Codecs/Codec.h"
 #include "Host/Files/Codecs/Pictures/PictureInput.h"
+#include "Host/Files/Codecs/Pictures/TiffSamples.h"
 
 namespace ScEng {
 
@@ -26,7 +28,7 @@ class PictureDecoder final : public ImageDecoder {
   PictureDecoder() = default;
   void ListParts();
   Status Begin(std::size_t part);
-  Status ReadChunk(int begin, int end);
+  Status ReadChunk(std::size_t part, int begin, int end);
   [[nodiscard]] int RowsAtOnce() const;
 
   std::filesystem::path file_;
@@ -37,6 +39,11 @@ class PictureDecoder final : public ImageDecoder {
   std::vector<std::unique_ptr<PictureInput>> inputs_;
   std::vector<std::vector<unsigned char>> rows_;
   std::vector<bool> is_checked_;
+  /// Of every part whose samples the library of formats does not read as they are.
+  std::vector<std::optional<TiffSamples>> own_samples_;
+  /// The rows of one of them, which is the part `own_part_`.
+  std::unique_ptr<TiffRows> own_rows_;
+  std::size_t own_part_ = 0;
 };
 
 }  // namespace ScEng

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Host/Files/Codecs/Pictures/FormatChecks.h"
+#include "Host/Files/Codecs/Pictures/TiffPages.h"
 
 namespace ScEng {
 namespace {
@@ -48,7 +49,8 @@ std::unique_ptr<PictureInput> PictureInput::Open(const std::filesystem::path& fi
     problem = "the installed OpenImageIO does not read " + format;
     return nullptr;
   }
-  if (problem = FindDamage(file, format); !problem.empty()) return nullptr;
+  problem = format == "tiff" ? FindTiffTypeProblem(file) : FindDamage(file, format);
+  if (!problem.empty()) return nullptr;
   opened->format_ = format;
   opened->file_ = std::make_unique<WatchedFile>(file);
   // Without the file's own ending, which may belong to another format.

@@ -27,6 +27,15 @@ void ShareThreads() {
   shared = wanted;
 }
 
+/// What is not left to the library of formats; null for what is, and an error for what neither reads.
+std::unique_ptr<ImageDecoder> OpenOwn(const std::filesystem::path& file, const std::string& format, Status& status) {
+  if (format == "pnm") return OpenPnm(file, status);
+  if (format == "bmp") return OpenBmp(file, status);
+  if (format == "webp") return OpenWebp(file, status);
+  if (format == "jpeg2000") return OpenJpeg2000(file, status);
+  return nullptr;
+}
+
 class PicturesCodec final : public ImageCodec {
  public:
   [[nodiscard]] std::unique_ptr<ImageDecoder> Open(const std::filesystem::path& file, const std::string& format,
@@ -34,7 +43,7 @@ class PicturesCodec final : public ImageCodec {
     if (format == "jpeg") return JpegDecoder::Open(file, status);
     ShareThreads();
     try {
-      auto own = format == "pnm" ? OpenPnm(file, status) : format == "webp" ? OpenWebp(file, status) : nullptr;
+      auto own = OpenOwn(file, format, status);
       if (own || status.IsError()) return own;
       return PictureDecoder::Open(file, format, status);
     } catch (const std::bad_alloc&) {
@@ -63,6 +72,7 @@ class PicturesCodec final : public ImageCodec {
     if (format == "pnm") return CreatePnm(path, plan, notes, status);
     if (format == "sgi") return CreateSgi(path, plan, notes, status);
     ShareThreads();
+    if (format == "bmp") return CreateBmp(path, plan, notes, status);
     return CreatePlain(path, format, plan, notes, status);
   }
 };

@@ -95,6 +95,7 @@ TiffPage DescribePage(TIFF* tiff) {
   page.metadata.iptc = GetIptc(tiff);
   ReadResolution(tiff, page.metadata);
   ReadTexts(tiff, page.metadata);
+  page.samples = FindTiffSamples(tiff);
   return page;
 }
 
@@ -241,6 +242,15 @@ void ApplyTiffPage(const TiffPage& page, FilePart& part) {
   part.is_multiplied = part.opacity_channel >= 0 && page.is_multiplied;
   part.orientation = page.orientation;
   part.metadata = page.metadata;
+  if (page.samples) {
+    for (FileChannel& channel : part.channels) channel.samples.type = page.samples->type;
+  }
+}
+
+std::string FindTiffTypeProblem(const std::filesystem::path& file) {
+  std::string problem;
+  const TiffHandle tiff = OpenTiff(file, "r", problem);
+  return tiff ? FindTypeProblem(tiff.get()) : std::string();
 }
 
 Status CheckTiffPage(const std::filesystem::path& file, std::uint32_t page) {

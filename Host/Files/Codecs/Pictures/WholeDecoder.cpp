@@ -20,7 +20,8 @@ Status WholeDecoder::Read(const ReadRequest& request, const ReadTarget& target) 
     for (std::size_t i = 0; i < request.channels.size(); ++i) {
       const std::size_t channel = request.channels[i];
       DecodeSamples(samples_.data() + first * pixel_bytes + channel * sample_bytes, pixel_bytes,
-                    part.channels.at(channel).samples, request.scale, to + i, target.pixel_stride, columns);
+                    part.channels.at(channel).samples, channel < numbers_.size() ? numbers_[channel] : SampleNumbers(),
+                    request.scale, to + i, target.pixel_stride, columns);
     }
   }
   return {};

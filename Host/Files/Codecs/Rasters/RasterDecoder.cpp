@@ -26,7 +26,8 @@ namespace {
 
 // Which format of the table a driver reads; the names of other formats are those of their drivers.
 constexpr std::pair<const char*, const char*> kFormats[] = {
-    {"geotiff", "GTiff"}, {"ascii-grid", "AAIGrid"}, {"ehdr", "EHdr"}, {"hgt", "SRTMHGT"}, {"vrt", "VRT"},
+    {"geotiff", "GTiff"}, {"ascii-grid", "AAIGrid"},   {"ehdr", "EHdr"}, {"hgt", "SRTMHGT"},
+    {"vrt", "VRT"},       {"jpeg2000", "JP2OpenJPEG"},
 };
 
 // Rows that are converted at a time, where the blocks of the file are not higher.
