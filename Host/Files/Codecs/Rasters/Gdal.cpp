@@ -75,7 +75,7 @@ void KeepOnlyRasterDrivers() {
 bool TellsOfDamage(std::string message) {
   std::transform(message.begin(), message.end(), message.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  constexpr std::string_view kSigns[] = {"premature", "corrupt", "truncat", "not enough data"};
+  constexpr std::string_view kSigns[] = {"premature", "corrupt", "truncat", "not enough data", "line length mismatch"};
   return std::any_of(std::begin(kSigns), std::end(kSigns),
                      [&](std::string_view sign) { return message.find(sign) != std::string::npos; });
 }
