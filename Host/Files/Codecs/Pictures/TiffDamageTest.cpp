@@ -26,14 +26,19 @@ std::string Little(std::uint64_t number, std::size_t size) {
   return bytes;
 }
 
-/// A TIFF of one strip and of the same number of bits in every channel.
+constexpr unsigned kPalette = 3;
+
+/// A TIFF of one strip and of the same number of bits in every channel. A palette is of black and white.
 std::string MakeTiff(const Page& page, const std::string& strip) {
   constexpr unsigned kHeader = 8;
-  constexpr unsigned kEntries = 10;
-  const auto data = static_cast<unsigned>(kHeader + 2 + kEntries * 12 + 4);
+  const bool has_palette = page.meaning == kPalette;
+  const unsigned entries = has_palette ? 11 : 10;
+  const unsigned data = kHeader + 2 + entries * 12 + 4;
   const std::string bits = Little(page.bits, 2) + Little(page.bits, 2) + Little(page.bits, 2);
-  const unsigned strip_at = data + static_cast<unsigned>(bits.size());
-  std::string file = "II*" + std::string(1, '\0') + Little(kHeader, 4) + Little(kEntries, 2);
+  const std::string color = Little(0, 2) + Little(0xFFFF, 2);
+  const unsigned colors_at = data + static_cast<unsigned>(bits.size());
+  const unsigned strip_at = colors_at + 3 * static_cast<unsigned>(color.size());
+  std::string file = "II*" + std::string(1, '\0') + Little(kHeader, 4) + Little(entries, 2);
   const auto put = [&](unsigned tag, unsigned type, unsigned count, unsigned number) {
     file += Little(tag, 2) + Little(type, 2) + Little(count, 4) + Little(number, 4);
   };
@@ -47,7 +52,8 @@ std::string MakeTiff(const Page& page, const std::string& strip) {
   put(278, 4, 1, page.height);
   put(279, 4, 1, static_cast<unsigned>(strip.size()));
   put(284, 3, 1, 1);
-  return file + Little(0, 4) + bits + strip;
+  if (has_palette) put(320, 3, 6, colors_at);
+  return file + Little(0, 4) + bits + color + color + color + strip;
 }
 
 class TiffDamage : public testing::Test {
@@ -107,8 +113,11 @@ TEST_F(TiffDamage, RefusesAFaxOfTooFewRows) {
   EXPECT_EQ(whole.samples, std::vector<float>(16 * 8, 1.0F));
   EXPECT_EQ(Read({16, 40, kGroup4, 1, 1, 0}, "\xFF" + end).problem, "its data are damaged: 8 of 40 rows can be read");
   EXPECT_EQ(Read({16, 40, kGroup4, 1, 1, 0}, "\xFF").problem, "its data are damaged: 8 of 40 rows can be read");
-  // The same with zero as black.
+  // The same with zero as black, and with a palette, whose colours are made elsewhere.
   EXPECT_EQ(Read({16, 40, kGroup4, 1, 1, 1}, "\xFF" + end).problem, "its data are damaged: 8 of 40 rows can be read");
+  EXPECT_EQ(Read({16, 8, kGroup4, 1, 1, kPalette}, "\xFF" + end).samples, std::vector<float>(16 * 8 * 3, 0.0F));
+  EXPECT_EQ(Read({16, 40, kGroup4, 1, 1, kPalette}, "\xFF" + end).problem,
+            "its data are damaged: 8 of 40 rows can be read");
 }
 
 TEST_F(TiffDamage, RefusesAFaxWhoseRowsAreShorterThanThePicture) {
