@@ -222,6 +222,8 @@ value_add_test(HostCodecPicturesTests
     "${host}/Files/Codecs/Pictures/BmpTest.cpp"
     "${host}/Files/Codecs/Pictures/Jpeg2000DecoderTest.cpp"
     "${host}/Files/Codecs/Pictures/PnmTest.cpp"
+    "${host}/Files/Codecs/Pictures/RowChecksTest.cpp"
+    "${host}/Files/Codecs/Pictures/TiffDamageTest.cpp"
     "${host}/Files/Codecs/Pictures/TiffSamplesTest.cpp"
   DEPENDS ValueHost::Files ZLIB::ZLIB PkgConfig::OpenJpeg
   # The library of metadata loses the names of the XMP namespaces that it has registered.

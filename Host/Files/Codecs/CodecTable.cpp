@@ -295,6 +295,8 @@ std::vector<Recognition> Recognize(const std::filesystem::path& file, int descri
     });
     if (has_mark || !HasEnding(row, file)) continue;
     if (std::string_view(row.codec) == "rasters") return {rasters, pictures};
+    // By its own name, so that what is wrong with it is told.
+    if (std::string_view(row.name) == "targa") return {as(row), pictures, rasters};
   }
   return {pictures, rasters};
 }

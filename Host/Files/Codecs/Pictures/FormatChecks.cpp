@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+#include "Host/Files/Codecs/Pictures/RowChecks.h"
+
 namespace ScEng {
 namespace {
 
@@ -278,6 +280,8 @@ std::string CheckIff(const Bytes& bytes) {
 }  // namespace
 
 std::string FindDamage(const std::filesystem::path& file, std::string_view format) {
+  if (format == "targa") return FindTargaDamage(file);
+  if (format == "psd") return FindPsdDamage(file);
   struct Check {
     std::string_view format;
     std::string (*find)(const Bytes&);

@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <fstream>
 #include <string>
 #include <utility>
 
+#include "Host/Files/Codecs/CodedSize.h"
 #include "Host/Files/Codecs/Pictures/TiffHandle.h"
 #include "Host/Files/Codecs/XmpPacket.h"
 
@@ -102,7 +104,8 @@ TiffPage DescribePage(TIFF* tiff) {
 /// Checks the strips or tiles of the current page, which are numbered alike.
 class StripCheck {
  public:
-  StripCheck(TIFF* tiff, std::uint64_t file_size) : tiff_(tiff), file_size_(file_size) {
+  StripCheck(TIFF* tiff, const std::filesystem::path& file)
+      : tiff_(tiff), file_(file, std::ios::binary), file_size_(std::filesystem::file_size(file)) {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression_);
     TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &rows_);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_FILLORDER, &fill_order_);
@@ -111,11 +114,14 @@ class StripCheck {
 
   Status Run() {
     const std::uint32_t count = is_tiled_ ? TIFFNumberOfTiles(tiff_) : TIFFNumberOfStrips(tiff_);
+    const BlockCoding coding = GetBlockCoding(compression_);
     for (std::uint32_t i = 0; i < count; ++i) {
       const std::uint64_t offset = TIFFGetStrileOffset(tiff_, i);
       const std::uint64_t size = TIFFGetStrileByteCount(tiff_, i);
       if (offset == 0 || size == 0) return Fail("a piece of it is missing", i);
       if (offset > file_size_ || size > file_size_ - offset) return Fail("the file is shortened", i);
+      const std::string problem = FindCodedSizeProblem(file_, offset, size, coding, GetPixels(i));
+      if (!problem.empty()) return Status::Error(GetName(i) + ' ' + problem);
       if (const Status status = CheckData(i, size); status.IsError()) return status;
     }
     return {};
@@ -130,6 +136,42 @@ class StripCheck {
       case COMPRESSION_JPEG: return EndsAsJpeg(index, size) ? Status() : Fail("its data are damaged", index);
       default: return {};
     }
+  }
+
+  [[nodiscard]] std::string GetName(std::uint32_t index) const {
+    return (is_tiled_ ? "its tile " : "its strip ") + std::to_string(index);
+  }
+
+  /// The pixels of the image that a strip or tile has to hold.
+  [[nodiscard]] BlockSize GetPixels(std::uint32_t index) const {
+    std::uint32_t width = 0;
+    TIFFGetField(tiff_, TIFFTAG_IMAGEWIDTH, &width);
+    if (!is_tiled_) return GetPlanePixels(index, {width, RowsOfStrip(index)});
+    BlockSize tile;
+    TIFFGetField(tiff_, TIFFTAG_TILEWIDTH, &tile.width);
+    TIFFGetField(tiff_, TIFFTAG_TILELENGTH, &tile.height);
+    if (tile.width == 0 || tile.height == 0) return {};
+    const std::uint32_t column = index % ((width - 1) / tile.width + 1) * tile.width;
+    const std::uint32_t row = GetFirstRow(index);
+    return GetPlanePixels(index, {std::min(tile.width, width - column), std::min(tile.height, rows_ - row)});
+  }
+
+  /// Colour that is stored by itself may be stored with fewer pixels than brightness.
+  [[nodiscard]] BlockSize GetPlanePixels(std::uint32_t index, BlockSize size) const {
+    std::uint16_t planes = PLANARCONFIG_CONTIG;
+    std::uint16_t meaning = 0;
+    TIFFGetFieldDefaulted(tiff_, TIFFTAG_PLANARCONFIG, &planes);
+    TIFFGetField(tiff_, TIFFTAG_PHOTOMETRIC, &meaning);
+    std::uint16_t samples = 1;
+    TIFFGetFieldDefaulted(tiff_, TIFFTAG_SAMPLESPERPIXEL, &samples);
+    const std::uint32_t count = is_tiled_ ? TIFFNumberOfTiles(tiff_) : TIFFNumberOfStrips(tiff_);
+    const bool is_first_plane = index < count / std::max<std::uint16_t>(samples, 1);
+    if (planes != PLANARCONFIG_SEPARATE || meaning != PHOTOMETRIC_YCBCR || is_first_plane) return size;
+    std::uint16_t across = 1;
+    std::uint16_t down = 1;
+    TIFFGetFieldDefaulted(tiff_, TIFFTAG_YCBCRSUBSAMPLING, &across, &down);
+    const auto divide = [](std::uint32_t number, std::uint16_t by) { return by < 2 ? number : (number - 1) / by + 1; };
+    return {divide(size.width, across), divide(size.height, down)};
   }
 
   [[nodiscard]] std::uint64_t GetFullSize(std::uint32_t index) const {
@@ -213,6 +255,7 @@ class StripCheck {
   }
 
   TIFF* tiff_;
+  std::ifstream file_;
   std::uint64_t file_size_;
   std::uint16_t compression_ = COMPRESSION_NONE;
   std::uint16_t fill_order_ = FILLORDER_MSB2LSB;
@@ -220,6 +263,23 @@ class StripCheck {
   bool is_tiled_ = false;
   std::vector<unsigned char> raw_;
 };
+
+/// Decodes a fax whose colours the library of formats makes, which says nothing of damaged rows.
+Status CheckFax(TIFF* tiff, const std::filesystem::path& file, std::uint32_t page) {
+  TiffSamples samples;
+  samples.bits = 1;
+  std::uint16_t channels = 1;
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &channels);
+  samples.channels = channels;
+  std::uint32_t height = 0;
+  TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+  const auto rows = TiffRows::Open(file, page, samples);
+  if (!rows) return Status::Error("its directory is damaged");
+  std::vector<unsigned char> row;
+  Status status;
+  for (int y = 0; std::cmp_less(y, height) && !status.IsError(); ++y) status = rows->Read(y, y + 1, row);
+  return status;
+}
 
 }  // namespace
 
@@ -259,7 +319,9 @@ Status CheckTiffPage(const std::filesystem::path& file, std::uint32_t page) {
   if (!tiff || TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(page)) != 1) {
     return Status::Error("its directory is damaged");
   }
-  return StripCheck(tiff.get(), std::filesystem::file_size(file)).Run();
+  const Status status = StripCheck(tiff.get(), file).Run();
+  if (status.IsError() || !IsFax(tiff.get()) || FindTiffSamples(tiff.get())) return status;
+  return CheckFax(tiff.get(), file, page);
 }
 
 }  // namespace ScEng

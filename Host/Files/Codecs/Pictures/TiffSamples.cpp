@@ -10,6 +10,7 @@ namespace ScEng {
 namespace {
 
 constexpr unsigned kDoubleBits = 64;
+constexpr std::array<unsigned char, 2> kFillings{0x55, 0xAA};
 constexpr unsigned kMostIntegerBits = 32;
 
 StoredType GetIntegerType(unsigned bits, bool is_signed) {
@@ -52,7 +53,24 @@ class NumberReader {
   unsigned held_bits_ = 0;
 };
 
+bool HasSameBits(const std::vector<unsigned char>& a, const std::vector<unsigned char>& b, std::size_t bits) {
+  const std::size_t bytes = bits / 8;
+  const auto rest = static_cast<unsigned>(bits % 8);
+  if (!std::equal(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(bytes), b.begin())) return false;
+  return rest == 0 || ((a[bytes] ^ b[bytes]) & 0xFF00U >> rest) % 256 == 0;
+}
+
 }  // namespace
+
+bool IsFax(TIFF* tiff) {
+  switch (GetShort(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE)) {
+    case COMPRESSION_CCITTRLE:
+    case COMPRESSION_CCITTRLEW:
+    case COMPRESSION_CCITTFAX3:
+    case COMPRESSION_CCITTFAX4: return true;
+    default: return false;
+  }
+}
 
 SampleNumbers TiffSamples::GetNumbers(std::size_t channel) const {
   if (!IsInteger(type)) return {};
@@ -111,10 +129,16 @@ std::unique_ptr<TiffRows> TiffRows::Open(const std::filesystem::path& file, std:
                                          const TiffSamples& samples) {
   constexpr std::size_t kMostHandles = 16;
   std::unique_ptr<TiffRows> rows(new TiffRows(samples));
-  do {
+  const auto open = [&](std::vector<TiffHandle>& handles) {
     TiffHandle tiff = OpenTiff(file, "r", rows->problem_);
-    if (!tiff || TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(page)) != 1) return nullptr;
-    rows->handles_.push_back(std::move(tiff));
+    if (!tiff || TIFFSetDirectory(tiff.get(), static_cast<tdir_t>(page)) != 1) return false;
+    handles.push_back(std::move(tiff));
+    return true;
+  };
+  do {
+    if (!open(rows->handles_)) return nullptr;
+    rows->is_fax_ = IsFax(rows->GetHandle(0));
+    if (rows->is_fax_ && !open(rows->twins_)) return nullptr;
     rows->is_separate_ =
         GetShort(rows->GetHandle(0), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
   } while (rows->handles_.size() < std::min(rows->GetNumPlanes(), kMostHandles));
@@ -129,13 +153,15 @@ std::unique_ptr<TiffRows> TiffRows::Open(const std::filesystem::path& file, std:
 
 Status TiffRows::Read(int begin, int end, std::vector<unsigned char>& to) {
   to.assign(static_cast<std::size_t>(end - begin) * width_ * GetPixelBytes(), 0);
+  problem_.clear();
+  row_ = begin;
   bool ok = true;
   for (std::size_t plane = 0; ok && plane < GetNumPlanes(); ++plane) {
     ok = TIFFIsTiled(GetHandle(plane)) != 0 ? ReadTileRows(plane, begin, end, to.data())
                                             : ReadStripRows(plane, begin, end, to.data());
   }
   if (ok) return {};
-  return Status::Error("its data are damaged: " + std::to_string(begin) + " of " + std::to_string(height_) +
+  return Status::Error("its data are damaged: " + std::to_string(row_) + " of " + std::to_string(height_) +
                        " rows can be read");
 }
 
@@ -146,12 +172,35 @@ bool TiffRows::ReadStripRows(std::size_t plane, int begin, int end, unsigned cha
   if (row_bytes < (std::uint64_t{row_numbers} * samples_.bits + 7) / 8) return false;
   packed_.assign(row_bytes, 0);
   for (int row = begin; row < end; ++row) {
-    const auto number = static_cast<std::uint32_t>(row);
-    if (TIFFReadScanline(tiff, packed_.data(), number, static_cast<std::uint16_t>(plane)) != 1) return false;
+    row_ = row;
+    if (!ReadScanline(plane, row, row_numbers * samples_.bits)) return false;
     Unpack(packed_.data(), plane, width_, to);
     to += width_ * GetPixelBytes();
   }
   return true;
+}
+
+bool TiffRows::ReadScanline(std::size_t plane, int row, std::size_t used_bits) {
+  const auto read = [&](TIFF* tiff, std::vector<unsigned char>& to) {
+    return TIFFReadScanline(tiff, to.data(), static_cast<std::uint32_t>(row), static_cast<std::uint16_t>(plane)) == 1;
+  };
+  if (!is_fax_) return read(GetHandle(plane), packed_);
+  // Rows that the library calls good and leaves as they were differ when they were different before.
+  std::fill(packed_.begin(), packed_.end(), kFillings[0]);
+  twin_packed_.assign(packed_.size(), kFillings[1]);
+  return read(GetHandle(plane), packed_) && read(twins_[plane % twins_.size()].get(), twin_packed_) &&
+         problem_.empty() && HasSameBits(packed_, twin_packed_, used_bits);
+}
+
+bool TiffRows::ReadTile(TIFF* tiff, std::uint32_t x, std::uint32_t y, std::size_t plane) {
+  const auto read = [&](std::vector<unsigned char>& to) {
+    return TIFFReadTile(tiff, to.data(), x, y, 0, static_cast<std::uint16_t>(plane)) >= 0;
+  };
+  if (!is_fax_) return read(packed_);
+  std::fill(packed_.begin(), packed_.end(), kFillings[0]);
+  twin_packed_.assign(packed_.size(), kFillings[1]);
+  // The widths of tiles are multiples of 16, so that all bits count.
+  return read(packed_) && read(twin_packed_) && problem_.empty() && packed_ == twin_packed_;
 }
 
 bool TiffRows::ReadTileRows(std::size_t plane, int begin, int end, unsigned char* to) {
@@ -173,10 +222,7 @@ bool TiffRows::ReadTileRows(std::size_t plane, int begin, int end, unsigned char
   for (std::uint32_t y = first / tile_height * tile_height; y < last; y += tile_height) {
     for (std::size_t x = 0; x < width_; x += tile_width) {
       packed_.assign(bytes, 0);
-      if (TIFFReadTile(tiff, packed_.data(), static_cast<std::uint32_t>(x), y, 0, static_cast<std::uint16_t>(plane)) <
-          0) {
-        return false;
-      }
+      if (!ReadTile(tiff, static_cast<std::uint32_t>(x), y, plane)) return false;
       for (std::uint32_t row = std::max(y, first); row < std::min<std::uint64_t>(std::uint64_t{y} + tile_height, last);
            ++row) {
         Unpack(packed_.data() + (row - y) * row_bytes, plane, std::min<std::size_t>(tile_width, width_ - x),

@@ -36,6 +36,9 @@ struct TiffSamples {
 /// coded colour, which it turns into colours.
 std::optional<TiffSamples> FindTiffSamples(TIFF* tiff);
 
+/// Whether the current page is coded as a fax, whose damaged rows the TIFF library leaves as they were.
+bool IsFax(TIFF* tiff);
+
 /// Why samples of the current page cannot be read by anyone here, "samples of 64-bit integers are not supported"; empty
 /// where they can.
 std::string FindTypeProblem(TIFF* tiff);
@@ -56,6 +59,8 @@ class TiffRows {
  private:
   explicit TiffRows(const TiffSamples& samples) : samples_(samples) {}
   bool ReadStripRows(std::size_t plane, int begin, int end, unsigned char* to);
+  bool ReadScanline(std::size_t plane, int row, std::size_t used_bits);
+  bool ReadTile(TIFF* tiff, std::uint32_t x, std::uint32_t y, std::size_t plane);
   bool ReadTileRows(std::size_t plane, int begin, int end, unsigned char* to);
   /// Puts the numbers of a packed row into a row of pixels.
   void Unpack(const unsigned char* from, std::size_t plane, std::size_t pixels, unsigned char* to) const;
@@ -67,9 +72,15 @@ class TiffRows {
   std::string problem_;
   // Several, because the rows of packed strips are only had in their order, and planes are read in turns.
   std::vector<TiffHandle> handles_;
+  /// Decodes rows of a fax once more.
+  std::vector<TiffHandle> twins_;
   std::vector<unsigned char> packed_;
+  std::vector<unsigned char> twin_packed_;
   std::size_t width_ = 0;
   int height_ = 0;
+  /// The last row that was asked of the TIFF library.
+  int row_ = 0;
+  bool is_fax_ = false;
   bool is_separate_ = false;
 };
 

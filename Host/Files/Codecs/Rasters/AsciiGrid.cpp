@@ -27,10 +27,11 @@ std::optional<double> ParseSample(std::string_view word) {
   }
   const auto number = Parse<double>(word);
   if (number) return number;
-  // A number that is too large or too small for a double is still a number.
+  // A number that is too small for a double is still a number.
   const bool is_number = word.find_first_not_of("+-.0123456789eE") == std::string_view::npos;
   if (!is_number || word.find_first_of("0123456789") == std::string_view::npos) return std::nullopt;
-  return std::strtod(std::string(word).c_str(), nullptr);
+  const double small = std::strtod(std::string(word).c_str(), nullptr);
+  return std::isfinite(small) ? std::optional(small) : std::nullopt;
 }
 
 std::string Show(std::string_view word) {
@@ -113,15 +114,23 @@ Status AsciiGridReader::ReadRow(int row, std::vector<double>& numbers) {
       }
       const auto number = ParseSample(word);
       if (!number) {
+        const bool is_large = std::isinf(std::strtod(std::string(word).c_str(), nullptr));
         Status status = Status::Error("\"" + Show(word) + "\" at column " + std::to_string(column) + ", row " +
-                                      std::to_string(next_row_) + " is no number");
+                                      std::to_string(next_row_) + (is_large ? " is too large" : " is no number"));
         next_row_ = size_y_;
         return status;
       }
       numbers[static_cast<std::size_t>(column)] = *number;
     }
   }
-  return {};
+  return next_row_ == size_y_ ? CheckEnd() : Status();
+}
+
+Status AsciiGridReader::CheckEnd() {
+  if (NextWord().empty()) return {};
+  next_row_ = size_y_ + 1;
+  return Status::Error("more numbers follow its " + std::to_string(size_x_) + " columns x " + std::to_string(size_y_) +
+                       " rows");
 }
 
 // ---- Writing ----

@@ -29,6 +29,8 @@ class AsciiGridReader {
   };
 
   void SkipHeader();
+  /// Whether the file ends behind its last row.
+  Status CheckEnd();
   void GoTo(std::streamoff offset);
   bool Refill();
   /// The next word, cut to a length that no number has; empty at the end of the file.

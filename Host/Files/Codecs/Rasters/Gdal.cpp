@@ -15,29 +15,30 @@
 namespace ScEng {
 namespace {
 
-// Neither what asks a server, nor what runs code, nor lists of other datasets except VRT, whose sources are checked.
+// Neither what asks a server, nor what runs code, nor lists of other datasets except VRT, whose sources are checked,
+// nor Targa, whose colors beyond the palette that driver takes for holes.
 constexpr const char* kDrivers[] = {
-    "GTiff",       "VRT",      "AAIGrid",   "GRASSASCIIGrid",
-    "ISG",         "EHdr",     "ENVI",      "GenBin",
-    "ISCE",        "SRTMHGT",  "DTED",      "USGSDEM",
-    "AIG",         "HFA",      "NITF",      "ELAS",
-    "PNG",         "JPEG",     "JPEGXL",    "GIF",
-    "BIGGIF",      "BMP",      "WEBP",      "HEIF",
-    "TGA",         "SGI",      "PNM",       "FITS",
-    "BSB",         "PCIDSK",   "PCRaster",  "ILWIS",
-    "Leveller",    "Terragen", "netCDF",    "HDF4",
-    "HDF5",        "BAG",      "GRIB",      "ISIS2",
-    "ISIS3",       "PDS",      "VICAR",     "ERS",
-    "RMF",         "RST",      "GSAG",      "GSBG",
-    "GS7BG",       "BT",       "LAN",       "NDF",
-    "EIR",         "LCP",      "GTX",       "NTv2",
-    "CTable2",     "ACE2",     "SNODAS",    "ROI_PAC",
-    "RRASTER",     "BYN",      "ARG",       "GXF",
-    "SAGA",        "HF2",      "ZMap",      "NGSGEOID",
-    "SIGDEM",      "KRO",      "HDF4Image", "HDF5Image",
-    "SDTS",        "JDEM",     "BLX",       "DOQ1",
-    "DOQ2",        "MSGN",     "NWT_GRD",   "NWT_GRC",
-    "JP2OpenJPEG", "XYZ",      nullptr,
+    "GTiff",    "VRT",       "AAIGrid",   "GRASSASCIIGrid",
+    "ISG",      "EHdr",      "ENVI",      "GenBin",
+    "ISCE",     "SRTMHGT",   "DTED",      "USGSDEM",
+    "AIG",      "HFA",       "NITF",      "ELAS",
+    "PNG",      "JPEG",      "JPEGXL",    "GIF",
+    "BIGGIF",   "BMP",       "WEBP",      "HEIF",
+    "SGI",      "PNM",       "FITS",      "BSB",
+    "PCIDSK",   "PCRaster",  "ILWIS",     "Leveller",
+    "Terragen", "netCDF",    "HDF4",      "HDF5",
+    "BAG",      "GRIB",      "ISIS2",     "ISIS3",
+    "PDS",      "VICAR",     "ERS",       "RMF",
+    "RST",      "GSAG",      "GSBG",      "GS7BG",
+    "BT",       "LAN",       "NDF",       "EIR",
+    "LCP",      "GTX",       "NTv2",      "CTable2",
+    "ACE2",     "SNODAS",    "ROI_PAC",   "RRASTER",
+    "BYN",      "ARG",       "GXF",       "SAGA",
+    "HF2",      "ZMap",      "NGSGEOID",  "SIGDEM",
+    "KRO",      "HDF4Image", "HDF5Image", "SDTS",
+    "JDEM",     "BLX",       "DOQ1",      "DOQ2",
+    "MSGN",     "NWT_GRD",   "NWT_GRC",   "JP2OpenJPEG",
+    "XYZ",      nullptr,
 };
 
 // No side files are written, folders are not listed, nothing is asked of the network and no code of a file is run.
@@ -74,7 +75,7 @@ void KeepOnlyRasterDrivers() {
 bool TellsOfDamage(std::string message) {
   std::transform(message.begin(), message.end(), message.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  constexpr std::string_view kSigns[] = {"premature", "corrupt", "truncat", "not enough data"};
+  constexpr std::string_view kSigns[] = {"premature", "corrupt", "truncat", "not enough data", "line length mismatch"};
   return std::any_of(std::begin(kSigns), std::end(kSigns),
                      [&](std::string_view sign) { return message.find(sign) != std::string::npos; });
 }

@@ -47,6 +47,20 @@ TEST_F(RastersCodec, NoticesDamageInEveryByteOfDeflatedSamples) {
   EXPECT_GT(errors, 20);
 }
 
+TEST_F(RastersCodec, RefusesBlocksThatAreSmallerThanTheirPlaces) {
+  // A JPEG as far as its size, which is 48 x 40.
+  const std::string jpeg{'\xFF', '\xD8', '\xFF', '\xC0', 0, 11, 8, 0, 40, 0, 48, 1, 1, 0x11, 0, '\xFF', '\xD9'};
+  ReadFile(Put("a.tif", HandmadeTiff::Make(48, 400, 400, 7, {jpeg})), "geotiff");
+  EXPECT_EQ(status_.GetMessage(), "its strip 0 holds 48 x 40 pixels and should hold 48 x 400");
+  // An error stays one, however often it is asked for.
+  const auto decoder = Open(At("a.tif"), "geotiff");
+  ASSERT_NE(decoder, nullptr);
+  for (int i = 0; i < 2; ++i) {
+    ReadRows(*decoder, 0, 10);
+    EXPECT_EQ(status_.GetMessage(), "its strip 0 holds 48 x 40 pixels and should hold 48 x 400");
+  }
+}
+
 TEST_F(RastersCodec, TellsHowManyRowsOfAShortenedFileAreThere) {
   // Strips of 16 rows of 64 bytes; the directory stands behind the samples and is moved before them here.
   const std::string strip(16 * 64, '\x40');

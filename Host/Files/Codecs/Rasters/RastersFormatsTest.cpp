@@ -65,6 +65,20 @@ TEST_F(RastersCodec, TellsWhatIsWrongInAnAsciiGrid) {
   EXPECT_EQ(status_.GetMessage(), "the file is shortened: 1 of 3 rows are there");
   ReadFile(Put("b.asc", header + "1 2\n3 x4\n5 6\n"), "ascii-grid");
   EXPECT_EQ(status_.GetMessage(), "\"x4\" at column 1, row 1 is no number");
+  ReadFile(Put("c.asc", header + "1 2\n3 4\n5 1e999\n"), "ascii-grid");
+  EXPECT_EQ(status_.GetMessage(), "\"1e999\" at column 1, row 2 is too large");
+  ReadFile(Put("d.asc", header + "1 2\n3 4\n5 6\n7"), "ascii-grid");
+  EXPECT_EQ(status_.GetMessage(), "more numbers follow its 2 columns x 3 rows");
+  // As often as the last row is read, and not where it is not.
+  const auto decoder = Open(At("d.asc"), "ascii-grid");
+  ASSERT_NE(decoder, nullptr);
+  for (int i = 0; i < 2; ++i) {
+    ExpectSame(ReadRows(*decoder, 1, 2), {3, 4});
+    EXPECT_FALSE(status_.IsError());
+    ReadRows(*decoder, 2, 3);
+    EXPECT_EQ(status_.GetMessage(), "more numbers follow its 2 columns x 3 rows");
+  }
+  ExpectSame(ReadFile(Put("e.asc", header + "1 2\n3 4\n5 1e-999"), "ascii-grid"), {1, 2, 3, 4, 5, 0});
 }
 
 TEST_F(RastersCodec, WritesAnAsciiGrid) {
@@ -155,8 +169,40 @@ TEST_F(RastersCodec, ReadsNothingOutsideTheFolderOfAVrt) {
 }
 
 TEST_F(RastersCodec, EndsWithAVrtThatNamesItself) {
+  constexpr const char* kProblem = "the VRT names itself, or one below it does";
   ReadFile(Put("a.vrt", MakeMosaic("a.vrt", "a.vrt")), "vrt");
-  EXPECT_TRUE(status_.IsError());
+  EXPECT_EQ(status_.GetMessage(), kProblem);
+  Put("b.vrt", MakeMosaic("c.vrt", "c.vrt"));
+  Put("c.vrt", MakeMosaic("b.vrt", "b.vrt"));
+  ReadFile(Put("d.vrt", MakeMosaic("b.vrt", "c.vrt")), "vrt");
+  EXPECT_EQ(status_.GetMessage(), kProblem);
+}
+
+TEST_F(RastersCodec, ReadsAVrtThatSeveralOthersName) {
+  const std::vector<float> samples{1, 2, 3, 4};
+  Write(At("a.tif"), MakePlan(2, 2, StoredType::kFloat), samples.data());
+  Put("a.vrt", MakeMosaic("a.tif", "a.tif"));
+  Put("b.vrt", MakeMosaic("a.vrt", "a.vrt"));
+  ReadFile(Put("c.vrt", MakeMosaic("a.vrt", "b.vrt")), "vrt");
+  EXPECT_FALSE(status_.IsError()) << status_.GetMessage();
+  // A row of them that is longer than may be open at once.
+  for (int i = 0; i < 60; ++i) {
+    const std::string next = i == 59 ? "a.vrt" : std::to_string(i + 1) + ".vrt";
+    Put(std::to_string(i) + ".vrt", MakeMosaic(next, next));
+  }
+  ReadFile(At("20.vrt"), "vrt");
+  EXPECT_FALSE(status_.IsError()) << status_.GetMessage();
+  ReadFile(At("0.vrt"), "vrt");
+  EXPECT_EQ(status_.GetMessage(), "VRTs name each other more than 50 deep");
+}
+
+TEST_F(RastersCodec, TellsOfALinkThatLeadsNowhereOrInACircle) {
+  fs::create_symlink("link.tif", At("link.tif"));
+  ReadFile(Put("a.vrt", MakeMosaic("link.tif", "link.tif")), "vrt");
+  EXPECT_EQ(status_.GetMessage(), "the VRT names \"link.tif\", which is not in its folder or below");
+  fs::create_symlink("none.tif", At("lost.tif"));
+  ReadFile(Put("b.vrt", MakeMosaic("lost.tif", "lost.tif")), "vrt");
+  EXPECT_EQ(status_.GetMessage(), "the VRT names \"lost.tif\", which is not there or no plain file");
 }
 
 TEST_F(RastersCodec, RunsNoCodeOfAVrt) {

@@ -90,6 +90,16 @@ void TiffBlocks::ReadLayout() {
   blocks_of_row_ = count(size_x_, block_x_);
   blocks_of_plane_ = blocks_of_row_ * count(size_y_, block_y_);
   block_bytes_ = is_tiled ? TIFFTileSize64(tiff) : TIFFVStripSize64(tiff, static_cast<std::uint32_t>(block_y_));
+  is_tiled_ = is_tiled;
+  coding_ = GetBlockCoding(compression);
+  std::uint16_t meaning = PHOTOMETRIC_MINISBLACK;
+  TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &meaning);
+  if (planes_ > 1 && meaning == PHOTOMETRIC_YCBCR) {
+    std::uint16_t across = 1;
+    std::uint16_t down = 1;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_YCBCRSUBSAMPLING, &across, &down);
+    thinning_ = {std::max<std::uint32_t>(across, 1), std::max<std::uint32_t>(down, 1)};
+  }
   is_deflated_ = (compression == COMPRESSION_ADOBE_DEFLATE || compression == COMPRESSION_DEFLATE) &&
                  fill_order == FILLORDER_MSB2LSB;
 }
@@ -136,6 +146,23 @@ TiffBlocks::BlockState TiffBlocks::Look(std::uint32_t index) {
   return !is_deflated_ || Inflates(offset, size) ? BlockState::kFine : BlockState::kDamaged;
 }
 
+std::string TiffBlocks::FindSizeProblem(int band, std::int64_t column, std::int64_t row) {
+  if (coding_ == BlockCoding::kOther) return {};
+  const std::uint32_t index = GetIndex(static_cast<int>(column), static_cast<int>(row), band);
+  const std::uint64_t offset = TIFFGetStrileOffset(tiff_.get(), index);
+  const std::uint64_t size = TIFFGetStrileByteCount(tiff_.get(), index);
+  if (offset == 0 || size == 0) return {};
+  BlockSize needed{static_cast<std::uint32_t>(std::min<std::int64_t>(block_x_, size_x_ - column)),
+                   static_cast<std::uint32_t>(std::min<std::int64_t>(block_y_, size_y_ - row))};
+  if (band > 0) {
+    needed.width = (needed.width - 1) / thinning_.width + 1;
+    needed.height = (needed.height - 1) / thinning_.height + 1;
+  }
+  const std::string problem = FindCodedSizeProblem(file_, offset, size, coding_, needed);
+  if (problem.empty()) return {};
+  return (is_tiled_ ? "its tile " : "its strip ") + std::to_string(index) + ' ' + problem;
+}
+
 Status TiffBlocks::Check(const std::vector<int>& bands, int column_begin, int column_end, int row_begin, int row_end) {
   const auto first = [](int at, int block) { return at / block * block; };
   for (const int band : bands) {
@@ -144,8 +171,10 @@ Status TiffBlocks::Check(const std::vector<int>& bands, int column_begin, int co
         const std::uint32_t index = GetIndex(static_cast<int>(column), static_cast<int>(row), band);
         if (!seen_.insert(index).second) continue;
         const BlockState state = Look(index);
-        if (state == BlockState::kFine) continue;
+        const std::string problem = state == BlockState::kFine ? FindSizeProblem(band, column, row) : std::string();
+        if (state == BlockState::kFine && problem.empty()) continue;
         seen_.erase(index);
+        if (!problem.empty()) return Status::Error(problem);
         if (state == BlockState::kMissing) {
           return MakeShortenedError(static_cast<int>(row));
         }

@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "Host/Files/Codecs/CodedSize.h"
 #include "Host/Util/Status.h"
 
 namespace ScEng {
@@ -37,6 +38,8 @@ class TiffBlocks {
   [[nodiscard]] std::uint32_t GetIndex(int column, int row, int band) const;
   BlockState Look(std::uint32_t index);
   [[nodiscard]] Status MakeShortenedError(int missing_row);
+  /// What is wrong with the size that a block at a pixel has of its own, as a clause.
+  std::string FindSizeProblem(int band, std::int64_t column, std::int64_t row);
   bool Inflates(std::uint64_t offset, std::uint64_t size);
 
   std::unique_ptr<TIFF, TiffCloser> tiff_;
@@ -51,6 +54,10 @@ class TiffBlocks {
   std::uint32_t blocks_of_plane_ = 0;
   std::uint64_t block_bytes_ = 0;
   bool is_deflated_ = false;
+  bool is_tiled_ = false;
+  /// Of planes of colour beside one of brightness, which may have fewer pixels.
+  BlockSize thinning_{1, 1};
+  BlockCoding coding_ = BlockCoding::kOther;
   std::unordered_set<std::uint32_t> seen_;
 };
 

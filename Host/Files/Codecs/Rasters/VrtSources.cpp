@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -49,7 +50,9 @@ std::string Show(std::string_view name) {
 /// Walks through one VRT after the other and remembers which were seen, so that VRTs that name each other end.
 class SourceCheck {
  public:
-  explicit SourceCheck(const fs::path& file) : folder_(fs::weakly_canonical(file).parent_path()) { Add(file); }
+  explicit SourceCheck(const fs::path& file) : folder_(fs::weakly_canonical(file).parent_path()) {
+    Add(fs::weakly_canonical(file));
+  }
 
   Status Run() {
     while (!pending_.empty()) {
@@ -58,15 +61,34 @@ class SourceCheck {
       Status status = CheckFile(file);
       if (status.IsError()) return status;
     }
-    return {};
+    return CheckDepth();
   }
 
  private:
-  void Add(const fs::path& file) {
-    const fs::path canonical = fs::weakly_canonical(file);
+  void Add(const fs::path& canonical) {
     if (seen_.insert(canonical.native()).second && (seen_.size() == 1 || IsVrt(canonical))) {
       pending_.push_back(canonical);
+      users_[canonical.native()];
     }
+  }
+
+  /// Takes away the VRTs that no other uses, time and again: those that name each other stay.
+  [[nodiscard]] Status CheckDepth() const {
+    // GDAL keeps only so many open.
+    constexpr int kMostDepth = 50;
+    auto left = users_;
+    for (int depth = 0; depth < kMostDepth && !left.empty(); ++depth) {
+      std::set<std::string> gone;
+      for (const auto& [name, users] : left) {
+        if (users.empty()) gone.insert(name);
+      }
+      if (gone.empty()) return Status::Error("the VRT names itself, or one below it does");
+      for (const std::string& name : gone) left.erase(name);
+      for (auto& [name, users] : left) {
+        std::erase_if(users, [&](const std::string& user) { return gone.count(user) != 0; });
+      }
+    }
+    return left.empty() ? Status() : Status::Error("VRTs name each other more than 50 deep");
   }
 
   Status CheckFile(const fs::path& file) {
@@ -112,16 +134,20 @@ class SourceCheck {
       return Status::Error("the VRT names " + Show(name) + ", which is not in its folder or below");
     }
     std::error_code error;
-    if (!fs::is_regular_file(source, error)) {
+    const fs::path canonical = fs::canonical(source, error);
+    if (error || !fs::is_regular_file(canonical, error)) {
       return Status::Error("the VRT names " + Show(name) + ", which is not there or no plain file");
     }
-    Add(source);
+    Add(canonical);
+    if (const auto known = users_.find(canonical.native()); known != users_.end()) known->second.insert(file.native());
     return {};
   }
 
   fs::path folder_;
   std::set<std::string> seen_;
   std::vector<fs::path> pending_;
+  /// Of every VRT those that name it.
+  std::map<std::string, std::set<std::string>> users_;
 };
 
 }  // namespace
@@ -129,8 +155,12 @@ class SourceCheck {
 bool IsVrt(const fs::path& file) { return ReadStart(file, kStart).find("<VRTDataset") != std::string::npos; }
 
 bool IsBelow(const fs::path& file, const fs::path& folder) {
-  const fs::path inner = fs::weakly_canonical(file);
-  const fs::path outer = fs::weakly_canonical(folder);
+  // A link to where nothing may be looked at leads out.
+  std::error_code error;
+  const fs::path inner = fs::weakly_canonical(file, error);
+  if (error) return false;
+  const fs::path outer = fs::weakly_canonical(folder, error);
+  if (error) return false;
   return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 
