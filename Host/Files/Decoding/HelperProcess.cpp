@@ -190,7 +190,8 @@ HelperProcess::Event HelperProcess::Exchange(const Question& question, Clock::ti
       return event;
     }
   }
-  return ReceiveAnswer(deadline, question.most_answer_bytes, answer);
+  const Event event = ReceiveAnswer(deadline, question.most_answer_bytes, answer);
+  return event == Event::kAnswer && !AnswerLateFileQuestions() ? Event::kNonsense : event;
 }
 
 HelperProcess::Event HelperProcess::ReceiveAnswer(Clock::time_point deadline, std::uint64_t most, Message& answer) {
@@ -240,6 +241,16 @@ HelperProcess::Event HelperProcess::WaitForControl(short events, Clock::time_poi
     if (watched[0].revents != 0) return Event::kAnswer;
     if ((watched[1].revents & (POLLHUP | POLLERR)) != 0 && (watched[1].revents & POLLIN) == 0) return Event::kEnded;
   }
+}
+
+bool HelperProcess::AnswerLateFileQuestions() const {
+  constexpr int kMost = 100;
+  for (int i = 0; i < kMost; ++i) {
+    char byte = 0;
+    if (recv(broker_socket_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) <= 0) return true;
+    if (!AnswerFileQuestion()) return false;
+  }
+  return false;
 }
 
 bool HelperProcess::AnswerFileQuestion() const {

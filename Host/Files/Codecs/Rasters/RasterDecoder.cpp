@@ -2,10 +2,13 @@
 #include "Host/Files/Codecs/Rasters/RasterDecoder.h"
 
 #include <cpl_string.h>
+#include <cpl_vsi.h>
+#include <gdal_priv.h>
 
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdint>
 #include <limits>
 #include <map>
 #include <optional>
@@ -41,6 +44,41 @@ std::string GetFormatName(const std::string& driver) {
   std::transform(name.begin(), name.end(), name.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return name;
+}
+
+/// How many rows from the first one are in the file that a driver for unpacked samples reads, all of them for other
+/// drivers. Newer ones fill up what is missing with zeros.
+int CountWholeRows(GDALDataset& dataset) {
+  const int rows = dataset.GetRasterYSize();
+  GDALDataset::RawBinaryLayout layout;
+  VSIStatBufL status;
+  if (!dataset.GetRawBinaryLayout(layout)) return rows;
+  const std::string file = layout.osRawFilename.empty() ? dataset.GetDescription() : layout.osRawFilename;
+  if (VSIStatL(file.c_str(), &status) != 0) return rows;
+  const auto is_whole = [&](int row) {
+    const std::int64_t sample_bytes = GDALGetDataTypeSizeBytes(layout.eDataType);
+    const auto from_first = [](std::int64_t step, std::int64_t count) {
+      return std::max<std::int64_t>(step, 0) * count;
+    };
+    std::int64_t end = 0;
+    return !__builtin_mul_overflow(static_cast<std::int64_t>(layout.nLineOffset), std::int64_t{row}, &end) &&
+           !__builtin_add_overflow(end, static_cast<std::int64_t>(layout.nImageOffset), &end) &&
+           !__builtin_add_overflow(end, from_first(layout.nBandOffset, dataset.GetRasterCount() - 1), &end) &&
+           !__builtin_add_overflow(end, from_first(layout.nPixelOffset, dataset.GetRasterXSize() - 1), &end) &&
+           !__builtin_add_overflow(end, sample_bytes, &end) && end <= static_cast<std::int64_t>(status.st_size);
+  };
+  if (layout.nLineOffset <= 0) return rows > 0 && is_whole(0) ? rows : 0;
+  int whole = 0;
+  for (int rest = rows; rest > 0;) {
+    const int half = (rest + 1) / 2;
+    if (is_whole(whole + half - 1)) {
+      whole += half;
+      rest -= half;
+    } else {
+      rest = half - 1;
+    }
+  }
+  return whole;
 }
 
 class RasterDecoder final : public ImageDecoder {
@@ -102,6 +140,7 @@ class RasterDecoder final : public ImageDecoder {
     if (layout.tiff_directory >= 0) {
       blocks_ = TiffBlocks::Open(path_, layout.tiff_directory, part.size_x, part.size_y);
     }
+    whole_rows_ = blocks_ == nullptr ? CountWholeRows(*dataset_) : part.size_y;
     if (layout.driver == "AAIGrid") grid_ = std::make_unique<AsciiGridReader>(path_, part.size_x, part.size_y);
     open_part_ = index;
     return {};
@@ -117,6 +156,7 @@ class RasterDecoder final : public ImageDecoder {
   }
 
   Status ReadRows(const ReadRequest& request, const ReadTarget& target, int row_begin, int row_end) {
+    if (row_end > whole_rows_) return MakeShortError(whole_rows_);
     const RasterLayout& layout = GetLayout();
     std::vector<int> bands;
     for (const std::size_t channel : request.channels) bands.push_back(layout.sources[channel].band);
@@ -191,6 +231,11 @@ class RasterDecoder final : public ImageDecoder {
     }
   }
 
+  [[nodiscard]] Status MakeShortError(int rows) const {
+    return Status::Error("the file is shortened: " + std::to_string(rows) + " of " +
+                         std::to_string(dataset_->GetRasterYSize()) + " rows are there");
+  }
+
   [[nodiscard]] Status MakeError(const GdalScope& scope, int row_begin, int row_end) const {
     const std::string message = scope.GetMessage();
     const int size_y = dataset_->GetRasterYSize();
@@ -200,8 +245,7 @@ class RasterDecoder final : public ImageDecoder {
       std::string_view number = std::string_view(message).substr(at + kShort.size());
       number = number.substr(0, number.find_first_not_of("0123456789"));
       if (const auto row = Parse<int>(number); row && *row >= 0 && *row < size_y) {
-        return Status::Error("the file is shortened: " + std::to_string(*row) + " of " + std::to_string(size_y) +
-                             " rows are there");
+        return MakeShortError(*row);
       }
     }
     std::string clause = MakeClause(message, path_);
@@ -233,6 +277,7 @@ class RasterDecoder final : public ImageDecoder {
   DatasetPtr dataset_;
   std::unique_ptr<TiffBlocks> blocks_;
   std::unique_ptr<AsciiGridReader> grid_;
+  int whole_rows_ = 0;
   std::vector<unsigned char> buffer_;
   std::vector<double> numbers_;
 };

@@ -74,8 +74,8 @@ class SourceCheck {
 
   /// Takes away the VRTs that no other uses, time and again: those that name each other stay.
   [[nodiscard]] Status CheckDepth() const {
-    // GDAL keeps only so many open.
-    constexpr int kMostDepth = 50;
+    // Newer versions of GDAL read 31, and older ones keep not many more files open.
+    constexpr int kMostDepth = 30;
     auto left = users_;
     for (int depth = 0; depth < kMostDepth && !left.empty(); ++depth) {
       std::set<std::string> gone;
@@ -88,7 +88,7 @@ class SourceCheck {
         std::erase_if(users, [&](const std::string& user) { return gone.count(user) != 0; });
       }
     }
-    return left.empty() ? Status() : Status::Error("VRTs name each other more than 50 deep");
+    return left.empty() ? Status() : Status::Error("VRTs name each other more than 30 deep");
   }
 
   Status CheckFile(const fs::path& file) {
