@@ -278,7 +278,16 @@ value_keep_qt(NodePagesTests)
 # What the command line is made of, as far as it can be tested from inside.
 value_add_test(ValueProgramTests
   SOURCES
+    "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairs.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/Glob.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/GlobTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Jobs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudget.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudgetTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/OutputName.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/OutputNameTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
-    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp")
+    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
+  DEPENDS ValueHost::Tools)

@@ -1,80 +1,141 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
+#include "Apps/Value/Batch.h"
 #include "Apps/Value/Common.h"
 #include "Apps/Value/OneNodeGraph.h"
+#include "Apps/Value/StandardInput.h"
+#include "Apps/Value/StandardOutput.h"
 #include "Apps/Value/WriteFlags.h"
 #include "Host/Tools/Node.h"
 
 namespace {
 
+using ScEng::GraphDocument;
 using ScEng::Status;
 
-class ApplyCommand : public Command {
+class ApplyCommand : public Command, private BatchTask {
  public:
   using Command::Command;
 
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("apply", "Applies one node to files");
     graph_.DeclareNode(*sub);
-    AddRepeatable(*sub, "-o,--output", outputs_, "FILE", "The file for the node's (first) output, or PLUG=FILE")
+    AddRepeatable(*sub, "-o,--output", outputs_, "FILE",
+                  "The file for the node's (first) output, or PLUG=FILE; - is standard output")
         ->required();
+    standard_output_.Declare(*sub);
     graph_.DeclareRange(*sub);
     write_flags_.Declare(*sub);
+    batch_.Declare(
+        *sub, "GLOB",
+        "Applies the node once per matching file, or PLUG=GLOB; given again for another input, the files of\n"
+        "both go together. Comes before what -i names. -o then says how the results end");
     sub->footer(
         "Examples:\n"
         "  value apply \"Value Add\" -i terrain.exr --set constant=0.25 -o raised.exr\n"
         "  value apply ImageValueMultiplyNode -i terrain.exr -i mask.png -o masked.exr\n"
-        "  value apply 10,320,37 -i image_a=old.exr -i image_b=new.exr -o image_a_df_b=changed.png");
+        "  value apply 10,320,37 -i image_a=old.exr -i image_b=new.exr -o image_a_df_b=changed.png\n"
+        "  value apply \"Value Clamp\" --each \"tiles/*.exr\" -o clamped.tif --output-dir results\n"
+        "  cat terrain.exr | value apply \"To Value\" -i - -o - --format png | display");
     return sub;
   }
 
   ExitCode Run() override {
-    const auto catalog = LoadCatalog();
-    if (!catalog) return ExitCode::kPlugin;
-    const NodeInterface* descriptor = FindNode(*catalog, graph_.FindNodeName(*catalog));
-    if (descriptor == nullptr) return ExitCode::kUsage;
-    ScEng::GraphDocument document(catalog);
+    catalog_ = LoadCatalog();
+    if (!catalog_) return ExitCode::kPlugin;
+    descriptor_ = FindNode(*catalog_, graph_.FindNodeName(*catalog_));
+    if (descriptor_ == nullptr) return ExitCode::kUsage;
     std::vector<std::string> notes;
-    Status status = graph_.AddNode(document, *descriptor, notes);
-    if (!status.IsError()) status = graph_.ConnectInputs(document, notes);
-    if (!status.IsError()) status = AddOutputs(document);
+    Status status = batch_.Check(notes);
+    if (!status.IsError()) status = graph_.TakeStandardInput();
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
-
-    const ScEng::RunReport report = document.Run(
-        [&](const std::string& id, std::size_t done, std::size_t total) { reporter_.Progress(id, done, total); });
-    const ExitCode code = ReportRun(report, "");
-    nlohmann::ordered_json answer;
-    answer["node"] = descriptor->GetNodeFactory()->GetTypeName();
-    answer["outputs"] = nlohmann::ordered_json::array();
-    for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
-    reporter_.Finish(answer);
-    return code;
+    return batch_.IsBatch() ? RunBatch() : RunOnce();
   }
 
  private:
-  Status AddOutputs(ScEng::GraphDocument& document) const {
-    const std::vector<PlugRecord>& outplugs = graph_.GetNode().GetOutplugs();
+  [[nodiscard]] std::string GetName() const override { return descriptor_->GetName(); }
+
+  Refusal MakeDocument(GraphDocument& document, std::vector<std::string>& notes) override {
+    // A graph of its own for each, since the node belongs to the document.
+    OneNodeGraph graph = graph_;
+    Status status = graph.AddNode(document, *descriptor_, notes);
+    if (!status.IsError()) status = graph.ConnectInputs(document, notes);
+    if (!status.IsError()) status = AddOutputs(graph, document);
+    return status.IsError() ? Refusal{ExitCode::kUsage, status.GetMessage()} : Refusal{};
+  }
+
+  Status AddOutputs(const OneNodeGraph& graph, GraphDocument& document) {
+    const std::vector<PlugRecord>& outplugs = graph.GetNode().GetOutplugs();
     const std::vector<PlugRecord> plugs = OneNodeGraph::GetImagePlugs(outplugs, outplugs.size());
     if (plugs.empty()) return Status::Error("the node has no image output to write");
     for (const std::string& text : outputs_) {
       PlugFile output;
       Status status = OneNodeGraph::SplitPlug(text, plugs, false, output);
       if (!status.IsError() && output.file.empty()) status = Status::Error("output " + text + " names no file");
+      std::filesystem::path file;
+      if (!status.IsError()) status = FindOutput(output.file, file);
       if (!status.IsError()) {
         const std::string plug = output.plug.empty() ? plugs.front().name : output.plug;
-        status = document.AddOutput(graph_.GetId() + "." + plug, ScEng::MakePath(output.file));
+        status = document.AddOutput(graph.GetId() + "." + plug, file);
       }
       if (status.IsError()) return status;
     }
-    const Status followed = write_flags_.ApplyTo(document);
-    if (followed.IsError()) return followed;
-    ScEng::Findings findings;
-    document.CheckComplete(findings);
-    return findings.errors.empty() ? Status() : Status::Error(findings.errors.front());
+    const Status format = standard_output_.CheckFormat();
+    return format.IsError() ? format : write_flags_.ApplyTo(document);
   }
 
+  Status FindOutput(const std::string& written, std::filesystem::path& file) {
+    if (written == kStandardStream && batch_.IsBatch()) {
+      return Status::Error("output -: standard output takes one image, and --each makes many");
+    }
+    return standard_output_.FindImage(written, reporter_, file);
+  }
+
+  ExitCode RunOnce() {
+    GraphDocument document(catalog_);
+    std::vector<std::string> notes;
+    Refusal refusal = MakeDocument(document, notes);
+    ScEng::Findings findings;
+    if (!refusal.IsRefused()) document.CheckComplete(findings);
+    if (!findings.errors.empty()) refusal = {ExitCode::kUsage, findings.errors.front()};
+    if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
+    reporter_.Notes(notes);
+
+    ScEng::RunReport report;
+    ExitCode code = RunDocument(document, report);
+    const Status delivered = standard_output_.Deliver(reporter_);
+    if (delivered.IsError()) {
+      reporter_.Error(delivered.GetMessage());
+      code = std::max(code, ExitCode::kFile);
+    }
+    nlohmann::ordered_json answer;
+    answer["node"] = descriptor_->GetNodeFactory()->GetTypeName();
+    answer["outputs"] = nlohmann::ordered_json::array();
+    for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
+    reporter_.Finish(answer);
+    return code;
+  }
+
+  ExitCode RunBatch() {
+    std::vector<BatchReader> readers;
+    for (const std::string& each : batch_.GetEach()) {
+      const std::string id = graph_.AddEach(each);
+      std::string pattern;
+      const Status status = graph_.FindPattern(*descriptor_, each, pattern);
+      if (status.IsError()) return Fail(ExitCode::kUsage, "--each " + each + ": " + status.GetMessage());
+      readers.push_back({each, id, pattern});
+    }
+    return Batch(batch_, readers, *this, catalog_, common_.threads, reporter_).Run();
+  }
+
+  std::shared_ptr<const ScEng::NodeCatalog> catalog_;
+  const NodeInterface* descriptor_ = nullptr;
   OneNodeGraph graph_;
   std::vector<std::string> outputs_;
+  StandardOutput standard_output_;
+  BatchOptions batch_;
   WriteFlags write_flags_;
 };
 

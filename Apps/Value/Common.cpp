@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <system_error>
 
+#include "Apps/Value/Interrupt.h"
 #include "Host/Files/DecodeOptions.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
@@ -114,15 +117,32 @@ const NodeInterface* Command::FindNode(const ScEng::NodeCatalog& catalog, const 
   return nullptr;
 }
 
-ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& prefix) {
-  for (const std::string& note : report.findings.notes) reporter_.Note(prefix + note);
-  for (const std::string& error : report.findings.errors) reporter_.Error(prefix + error);
-  switch (report.failure) {
-    case ScEng::RunFailure::kFile: return ExitCode::kFile;
-    case ScEng::RunFailure::kNode: return ExitCode::kNodeError;
-    case ScEng::RunFailure::kNone: break;
-  }
-  return ExitCode::kDone;
+ExitCode Command::ReportRun(const ScEng::RunReport& report) {
+  for (const std::string& note : report.findings.notes) reporter_.Note(note);
+  for (const std::string& error : report.findings.errors) reporter_.Error(error);
+  return GetExitCode(report.failure);
+}
+
+ExitCode Command::RunDocument(ScEng::GraphDocument& document, ScEng::RunReport& report) {
+  const auto start = std::chrono::steady_clock::now();
+  const std::size_t total = document.GetOutputFiles().size();
+  const auto tell_interruption = [&](std::size_t written) {
+    reporter_.Error(std::to_string(written) + " of " + std::to_string(total) + " done, " +
+                    std::to_string(total - std::min(total, written)) + " left out");
+  };
+  Interrupt::Work interruptible([&] { tell_interruption(0); });
+  Engine::Options options;
+  options.cancellation = &interruptible.GetCancellation();
+  reporter_.Progress("", 0, 0, ProgressUnit::kNodes);
+  report = document.Run([&](const std::string& id, std::size_t done,
+                            std::size_t count) { reporter_.Progress(id, done, count, ProgressUnit::kNodes); },
+                        options);
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  const ExitCode code = ReportRun(report);
+  for (const ScEng::WrittenFile& written : report.written) reporter_.Info(DescribeWritten(written, seconds));
+  if (!report.canceled) return code;
+  tell_interruption(report.written.size());
+  return static_cast<ExitCode>(128 + Interrupt::GetSignal());
 }
 
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings) {
@@ -161,6 +181,27 @@ std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::st
   const std::size_t equals = text.find('=');
   if (equals == std::string::npos || equals == 0) return std::nullopt;
   return std::pair(text.substr(0, equals), text.substr(equals + 1));
+}
+
+ExitCode GetExitCode(ScEng::RunFailure failure) {
+  switch (failure) {
+    case ScEng::RunFailure::kFile: return ExitCode::kFile;
+    case ScEng::RunFailure::kNode: return ExitCode::kNodeError;
+    case ScEng::RunFailure::kNone: break;
+  }
+  return ExitCode::kDone;
+}
+
+std::string DescribeWritten(const ScEng::WrittenFile& written, double seconds) {
+  return written.file.lexically_proximate(std::filesystem::current_path()).string() + "  " +
+         std::to_string(written.header.size_x) + " x " + std::to_string(written.header.size_y) + "  " +
+         ScEng::GetName(written.type) + "  " + FormatSeconds(seconds);
+}
+
+std::string FormatSeconds(double seconds) {
+  char text[32];
+  std::snprintf(text, sizeof(text), "%.2f s", seconds);
+  return text;
 }
 
 nlohmann::ordered_json ToJson(const ScEng::OutputReport& output) {

@@ -55,8 +55,10 @@ class Command {
   /// The node type that was written by its class, name or numbers; null after wrong usage was reported, which a missing
   /// name is as well.
   const NodeInterface* FindNode(const ScEng::NodeCatalog& catalog, const std::string& name);
-  /// What a run has to say; the exit code that follows from it.
-  ExitCode ReportRun(const ScEng::RunReport& report, const std::string& prefix);
+  /// What an evaluation has to say; the exit code that follows from it.
+  ExitCode ReportRun(const ScEng::RunReport& report);
+  /// Evaluates a document and reports what there is to say; the exit code that follows from it. A signal stops it.
+  ExitCode RunDocument(ScEng::GraphDocument& document, ScEng::RunReport& report);
 
   const CommonOptions& common_;
   Reporter& reporter_;
@@ -86,6 +88,13 @@ std::string JoinWords(const std::vector<std::string>& words);
 
 /// "left=right", split at the first "="; nothing where it has no "=" or the left side is empty.
 std::optional<std::pair<std::string, std::string>> SplitAssignment(const std::string& text);
+
+/// The exit code that follows from how a run failed.
+ExitCode GetExitCode(ScEng::RunFailure failure);
+/// What is said on a terminal of a file that was written: its name, size, samples and how long it took.
+std::string DescribeWritten(const ScEng::WrittenFile& written, double seconds);
+/// "0.21 s"
+std::string FormatSeconds(double seconds);
 
 nlohmann::ordered_json ToJson(const ScEng::OutputReport& output);
 /// A number for JSON, which knows no NaN and no infinities: those become null.

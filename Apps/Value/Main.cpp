@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/Interrupt.h"
 #include "Apps/Value/Reporter.h"
 #include "Host/Files/FileSizeLimit.h"
-#include "Host/Files/SignalCleanup.h"
 #include "Host/Tools/Guard.h"
 
 namespace {
@@ -27,7 +27,7 @@ void PrepareProcess() {
   // Writing to a pipe that nobody reads, and beyond the largest file that the process may write.
   std::signal(SIGPIPE, SIG_IGN);
   ScEng::CatchFileSizeSignal();
-  ScEng::CleanUpOnSignals();
+  Interrupt::Install();
   // The next file that is opened would take the place of a standard stream that is closed, and what the program prints
   // would go into it. Opened for reading, the stream still refuses what is written to it.
   for (int stream = 0; stream <= 2; ++stream) {

@@ -6,9 +6,11 @@
 #include <system_error>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/StandardInput.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/NodeInterface.h"
+#include "Host/Util/RefCounter.h"
 
 namespace {
 
@@ -32,7 +34,8 @@ std::string ReaderId(unsigned index) { return "input " + std::to_string(index + 
 
 void OneNodeGraph::DeclareNode(CLI::App& sub) {
   sub.add_option("NODE", words_, kNodeWords)->expected(0, 3);
-  sub.add_option("-i,--input", inputs_, "Image files, in the order of the node's inputs, or PLUG=FILE")
+  sub.add_option("-i,--input", inputs_,
+                 "Image files, in the order of the node's inputs, or PLUG=FILE; - is standard input")
       ->type_name("FILE")
       ->expected(1, -1);
   AddRepeatable(sub, "--set", settings_, "NAME=VALUE", "Sets an attribute; of two settings of one the last wins");
@@ -96,9 +99,38 @@ Status OneNodeGraph::SplitPlug(const std::string& text, const std::vector<PlugRe
                        "\"; it has " + NamesOf(plugs));
 }
 
+std::string OneNodeGraph::AddEach(const std::string& each) {
+  each_.push_back(each);
+  return ReaderId(static_cast<unsigned>(each_.size() - 1));
+}
+
+Status OneNodeGraph::FindPattern(const NodeInterface& descriptor, const std::string& each, std::string& pattern) {
+  PlugFile split;
+  const ScEng::RefPtr<Node> node(descriptor.GetNodeFactory()->CreateNode());
+  if (!node) return Status::Error("the factory of " + descriptor.GetName() + " creates no node");
+  const std::vector<PlugRecord> plugs = GetImagePlugs(node->GetInplugs(), node->GetNumRegularInputs());
+  const Status status = SplitPlug(each, plugs, true, split);
+  pattern = split.file;
+  return pattern.empty() && !status.IsError() ? Status::Error("it names no files") : status;
+}
+
+Status OneNodeGraph::TakeStandardInput() {
+  for (std::string& input : inputs_) {
+    const auto assignment = SplitAssignment(input);
+    if ((assignment ? assignment->second : input) != kStandardStream) continue;
+    std::filesystem::path path;
+    const Status status = StandardInput::FindImage(kStandardStream, path);
+    if (status.IsError()) return status;
+    input = assignment ? assignment->first + "=" + path.string() : path.string();
+  }
+  return {};
+}
+
 Status OneNodeGraph::ConnectInputs(ScEng::GraphDocument& document, std::vector<std::string>& notes) const {
   const std::vector<PlugRecord> plugs = GetImagePlugs(node_->GetInplugs(), node_->GetNumRegularInputs());
-  if (inputs_.empty() && !plugs.empty()) {
+  std::vector<std::string> inputs = each_;
+  inputs.insert(inputs.end(), inputs_.begin(), inputs_.end());
+  if (inputs.empty() && !plugs.empty()) {
     return Status::Error("no input file; give -i FILE for " + NamesOf(plugs));
   }
   Range range;
@@ -107,7 +139,7 @@ Status OneNodeGraph::ConnectInputs(ScEng::GraphDocument& document, std::vector<s
 
   std::set<std::string> taken;
   unsigned index = 0;
-  for (const std::string& text : inputs_) {
+  for (const std::string& text : inputs) {
     PlugFile input;
     status = SplitPlug(text, plugs, true, input);
     if (status.IsError()) return status;

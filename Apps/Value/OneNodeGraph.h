@@ -38,6 +38,13 @@ class OneNodeGraph {
                         std::vector<std::string>& notes);
   /// Adds and connects the readers. A node with inputs needs a file.
   ScEng::Status ConnectInputs(ScEng::GraphDocument& document, std::vector<std::string>& notes) const;
+  /// A further input, before all that -i names: GLOB or PLUG=GLOB, and the reader that each file is given to in turn.
+  /// Before `ConnectInputs`.
+  std::string AddEach(const std::string& each);
+  /// The pattern of such an input.
+  static ScEng::Status FindPattern(const NodeInterface& descriptor, const std::string& each, std::string& pattern);
+  /// Takes standard input where -i names it. Before `ConnectInputs`.
+  ScEng::Status TakeStandardInput();
 
   /// The node and its id, from `AddNode` on.
   [[nodiscard]] Node& GetNode() const { return *node_; }
@@ -62,6 +69,7 @@ class OneNodeGraph {
   std::string id_;
   std::vector<std::string> words_;
   std::vector<std::string> inputs_;
+  std::vector<std::string> each_;
   std::vector<std::string> settings_;
   std::optional<std::string> range_;
 };

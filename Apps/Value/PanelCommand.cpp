@@ -52,7 +52,8 @@ class PanelCommand : public Command {
 
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
-    Status status = graph_.AddNode(document, *found, notes);
+    Status status = graph_.TakeStandardInput();
+    if (!status.IsError()) status = graph_.AddNode(document, *found, notes);
     if (!status.IsError())
       status = graph_.HasInputs() ? graph_.ConnectInputs(document, notes) : AddGenerators(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
@@ -76,7 +77,7 @@ class PanelCommand : public Command {
     // since another value may put it right.
     ExitCode code = ExitCode::kDone;
     if (!request.outplugs.empty()) {
-      code = ReportRun(document.Evaluate(*request.node, request.outplugs.front()), "");
+      code = ReportRun(document.Evaluate(*request.node, request.outplugs.front()));
       if (code == ExitCode::kFile) return Finish(request, PanelAnswer(), code);
     }
     return Show(request, code);

@@ -101,7 +101,7 @@ class ValidateCommand : public Command {
     std::size_t done = 0;
     options.on_check = [&](const CheckReport& report) {
       if (report.result == CheckResult::kFailed || !common_.quiet) reporter_.Print(FormatCheck(report));
-      reporter_.Progress(report.check.name, ++done, ScEng::GetChecks().size());
+      reporter_.Progress(report.check.name, ++done, ScEng::GetChecks().size(), ProgressUnit::kChecks);
     };
     const ScEng::ValidationReport report = ScEng::ValidateLibrary(options);
     switch (report.outcome) {

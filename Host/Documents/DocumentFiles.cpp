@@ -110,6 +110,19 @@ std::vector<std::filesystem::path> GraphDocument::GetOutputFiles() const {
   return files;
 }
 
+std::map<std::string, std::filesystem::path> GraphDocument::GetInputFiles() const {
+  std::map<std::string, std::filesystem::path> files;
+  for (const std::string& id : content_->ids) {
+    const DocumentEntry& entry = *content_->Find(id);
+    if (entry.node == nullptr || !entry.node->IsEnabled()) continue;
+    const Attribute* path = FindPathAttribute(*entry.node, Attribute::StringUse::kReadPath);
+    if (path == nullptr || content_->IsFed(entry, path->GetName())) continue;
+    const std::filesystem::path file = ScEng::GetFile(*path);
+    if (!file.empty()) files.emplace(id, file);
+  }
+  return files;
+}
+
 namespace {
 
 /// Two names of one file, each with its own result, would leave only the last one.

@@ -86,6 +86,7 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
   };
   Evaluate(requests, options);
   if (!report_.canceled) WritePending();
+  report_.written = pending_.GetWritten();
   return std::move(report_);
 }
 
@@ -206,7 +207,9 @@ void DocumentRun::WritePending() {
       layers.push_back({write.layer, write.image.Get(), write.options});
     }
     std::vector<std::string> notes;
-    const Status status = WriteImageLayers(layers, claim.images.front().file, notes);
+    SampleType type = SampleType::kFloat;
+    const Status status = WriteImageLayers(layers, claim.images.front().file, notes, &type);
+    if (!status.IsError()) pending_.Tell({file, claim.images.front().image->GetImageHeader(), type});
     for (const PendingWrites::Write& write : claim.images) {
       const bool is_first = &write == &claim.images.front();
       ReportWrite(write.writer, write.image->GetImageHeader(), status, is_first ? notes : std::vector<std::string>());
@@ -270,7 +273,9 @@ void DocumentRun::WriteOutput(std::size_t output, const Image* image) {
   options.compression = content_.compression;
   if (pending_.Take({told.file, asked.layer, ImagePtr(const_cast<Image*>(image)), options, &told})) return;
   std::vector<std::string> notes;
-  const Status status = WriteImageLayers({{asked.layer, image, options}}, told.file, notes);
+  SampleType type = SampleType::kFloat;
+  const Status status = WriteImageLayers({{asked.layer, image, options}}, told.file, notes, &type);
+  if (!status.IsError()) pending_.Tell({told.file, image->GetImageHeader(), type});
   ReportWrite(&told, image->GetImageHeader(), status, notes);
 }
 

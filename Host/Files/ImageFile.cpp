@@ -40,7 +40,7 @@ void Guard(std::string& problem, const Function& function) {
 }
 
 Status WriteLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
-                   std::vector<std::string>& notes) {
+                   std::vector<std::string>& notes, SampleType* type) {
   std::string problem = FindPathProblem(file);
   if (!problem.empty()) return MakeWriteError(file, problem);
   const FormatRow* format = ChooseFormat(file, layers, problem);
@@ -48,10 +48,13 @@ Status WriteLayers(const std::vector<ImageLayer>& layers, const std::filesystem:
   const MemoryFile memory;
   if (!memory.IsOpen()) return MakeWriteError(file, "no memory file could be made to encode it in");
   std::vector<std::string> clauses;
-  Guard(problem, [&] { problem = EncodeImage(layers, *format, memory.GetPath(), clauses).GetMessage(); });
+  SampleType stored = SampleType::kFloat;
+  Guard(problem, [&] { problem = EncodeImage(layers, *format, memory.GetPath(), clauses, stored).GetMessage(); });
   if (!problem.empty()) return MakeWriteError(file, problem);
   const Status status = ReplaceFile(file, memory.GetDescriptor());
-  if (!status.IsError()) TellNotes(file, clauses, notes);
+  if (status.IsError()) return status;
+  TellNotes(file, clauses, notes);
+  if (type != nullptr) *type = stored;
   return status;
 }
 
@@ -125,12 +128,12 @@ std::optional<FileDescription> DescribeImageFile(const std::filesystem::path& fi
 
 Status WriteImageFile(const Image& image, const std::filesystem::path& file, const WriteOptions& options,
                       std::vector<std::string>& notes) {
-  return WriteLayers({{"", &image, options}}, file, notes);
+  return WriteLayers({{"", &image, options}}, file, notes, nullptr);
 }
 
 Status WriteImageLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
-                        std::vector<std::string>& notes) {
-  return WriteLayers(layers, file, notes);
+                        std::vector<std::string>& notes, SampleType* type) {
+  return WriteLayers(layers, file, notes, type);
 }
 
 bool HasLayers(const std::filesystem::path& file) {

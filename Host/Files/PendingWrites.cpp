@@ -28,4 +28,6 @@ bool PendingWrites::Take(Write write) {
 
 std::vector<PendingWrites::Write> PendingWrites::Release() { return std::exchange(writes_, {}); }
 
+void PendingWrites::Tell(const WrittenFile& written) { written_.push_back(written); }
+
 }  // namespace ScEng

@@ -63,10 +63,12 @@ void ImageWriterNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>
     options.compression = pending->GetCompression();
     if (pending->Take({path, layer, ImagePtr(const_cast<Image*>(image)), options, this})) return;
   }
-  const ScEng::Status status = ScEng::WriteImageLayers({{layer, image, options}}, path, notes);
+  ScEng::SampleType type = ScEng::SampleType::kFloat;
+  const ScEng::Status status = ScEng::WriteImageLayers({{layer, image, options}}, path, notes, &type);
   if (status.IsError()) {
     SetState(evaluation, State::kFileError, status.GetMessage());
     return;
   }
+  if (auto* pending = ScEng::PendingWrites::GetCurrent()) pending->Tell({path, image->GetImageHeader(), type});
   ScEng::ReportNotes(*this, evaluation, notes);
 }

@@ -1261,7 +1261,8 @@ TEST_F(EngineTest, ReportsProgressWithinNodes) {
     if (fractions.size() == 5) cancellation.Request();
   };
   EXPECT_EQ(engine_.Evaluate({{sum, 0}}, options), Engine::Outcome::kCanceled);
-  EXPECT_EQ(fractions.size(), 5U);
+  // A range that was under way when the request came still counts.
+  EXPECT_GE(fractions.size(), 5U);
 }
 
 TEST_F(EngineTest, CountsTimeAndBytes) {

@@ -1197,15 +1197,15 @@ class BatchTest(RunTestCase):
 
     def assert_results(self, *names, constant=1.0):
         self.assert_files(
-            *[f"{name}-{kind}" for name in names for kind in ("raised.exr", "plain.tif")],
+            *[f"{name}_{kind}" for name in names for kind in ("raised.exr", "plain.tif")],
             folder=self.results,
         )
         for name in names:
             picture = self.pictures[name]
             self.assert_picture(
-                self.results / f"{name}-raised.exr", arithmetic("Add", [picture], constant)
+                self.results / f"{name}_raised.exr", arithmetic("Add", [picture], constant)
             )
-            self.assert_samples(read_file(self.results / f"{name}-plain.tif").data, picture.data)
+            self.assert_samples(read_file(self.results / f"{name}_plain.tif").data, picture.data)
 
     def test_one_run_per_file(self):
         result = self.batch()
@@ -1222,7 +1222,7 @@ class BatchTest(RunTestCase):
 
     def test_existing_folder_and_settings(self):
         self.results.mkdir()
-        (self.results / "a-raised.exr").write_bytes(b"old")
+        (self.results / "a_raised.exr").write_bytes(b"old")
         self.batch("--set", "add.constant=2.5")
         self.assert_results("a", "b", "c", constant=2.5)
 
@@ -1242,7 +1242,7 @@ class BatchTest(RunTestCase):
     def test_output_in_a_subfolder_gives_its_file_name(self):
         self.content["outputs"] = [output("add.image", "deep/er/raised.exr")]
         self.batch()
-        self.assert_files("a-raised.exr", "b-raised.exr", "c-raised.exr", folder=self.results)
+        self.assert_files("a_raised.exr", "b_raised.exr", "c_raised.exr", folder=self.results)
         self.assert_files("graph.json", "photos", "results")
 
     def test_stem_keeps_inner_dots(self):
@@ -1286,10 +1286,10 @@ class BatchTest(RunTestCase):
         self.assertEqual(list(self.dir.rglob("*raised*")), [])
 
     def test_stem_and_name_that_run_together(self):
-        # "a" with "b-raised.exr" and "a-b" with "raised.exr" would both be a-b-raised.exr.
-        self.picture("photos/a-b.exr", sample_picture(VALUE))
+        # "a" with "b_raised.exr" and "a_b" with "raised.exr" would both be a_b_raised.exr.
+        self.picture("photos/a_b.exr", sample_picture(VALUE))
         self.content["outputs"] = [
-            output("add.image", "b-raised.exr"), output("src.image", "raised.exr"),
+            output("add.image", "b_raised.exr"), output("src.image", "raised.exr"),
         ]
         self.batch(pattern="a*.exr", code=USAGE)
         self.assertEqual(list(self.dir.rglob("*raised*")), [])
@@ -1323,12 +1323,12 @@ class BatchTest(RunTestCase):
 
         result = self.run_document(
             self.content, "--each", f"src={self.photos}/j*.exr", "--output-dir", self.results,
-            "--jobs", "12", "--threads", "1", code=None, prepare=limit,
+            "--jobs", "12", "--threads", "12", code=None, prepare=limit,
         )
         self.assertEqual(result.code, DONE, str(result))
         if not SANITIZED:
             self.assert_names(result, "note", "--jobs 12", "no more than")
-        self.assertEqual(len(list(self.results.glob("*-raised.exr"))), 12)
+        self.assertEqual(len(list(self.results.glob("*_raised.exr"))), 12)
 
     def test_wrong_jobs(self):
         for jobs in ("x", "-1", "1.5"):

@@ -12,9 +12,11 @@ namespace ScEng {
 namespace {
 
 SignalHook signal_hook = nullptr;
+SignalEnd signal_end = SignalEnd::kBySignal;
 pid_t prepared_process = 0;
 
 [[noreturn]] void EndProcess(int signal) {
+  if (signal_end == SignalEnd::kWithExitCode) _exit(128 + signal);
   struct sigaction action {};
   action.sa_handler = SIG_DFL;
   sigemptyset(&action.sa_mask);
@@ -42,8 +44,9 @@ extern "C" void OnEndSignal(int signal) {
 
 }  // namespace
 
-void CleanUpOnSignals(SignalHook hook) {
+void CleanUpOnSignals(SignalHook hook, SignalEnd end) {
   signal_hook = hook;
+  signal_end = end;
   prepared_process = getpid();
   struct sigaction action {};
   action.sa_handler = OnEndSignal;

@@ -127,6 +127,20 @@ TEST(SignalCleanup, WorksInTheOnlyThread) {
   }
 }
 
+TEST(SignalCleanup, EndsWithAnExitCodeWhereAskedTo) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const Child child([](auto begin) {
+      CleanUpOnSignals(nullptr, ScEng::SignalEnd::kWithExitCode);
+      begin();
+      for (;;) pause();
+    });
+    child.Send(signal);
+    const int status = child.Wait();
+    EXPECT_TRUE(WIFEXITED(status)) << status;
+    EXPECT_EQ(WEXITSTATUS(status), 128 + signal);
+  }
+}
+
 TEST(SignalCleanup, IgnoredSignalsStayIgnored) {
   const Child child([](auto begin) {
     std::signal(SIGHUP, SIG_IGN);

@@ -260,6 +260,17 @@ bool LiesOnGround(const Image& image) {
   return metadata.georeference || metadata.nodata;
 }
 
+/// What an image is stored as is one of these five.
+SampleType ToSampleType(StoredType type) {
+  switch (type) {
+    case StoredType::kUint8: return SampleType::kUint8;
+    case StoredType::kUint16: return SampleType::kUint16;
+    case StoredType::kInt16: return SampleType::kInt16;
+    case StoredType::kHalf: return SampleType::kHalf;
+    default: return SampleType::kFloat;
+  }
+}
+
 }  // namespace
 
 const FormatRow* ChooseFormat(const std::filesystem::path& file, const std::vector<ImageLayer>& layers,
@@ -280,7 +291,7 @@ const FormatRow* ChooseFormat(const std::filesystem::path& file, const std::vect
 }
 
 Status EncodeImage(const std::vector<ImageLayer>& layers, const FormatRow& format, const std::filesystem::path& path,
-                   std::vector<std::string>& notes) {
+                   std::vector<std::string>& notes, SampleType& type) {
   const bool has_layers = layers.size() > 1 || !layers.front().name.empty();
   if (has_layers && !format.layers) return Status::Error(std::string(format.title) + " has no layers; .exr does");
   std::string problem;
@@ -307,7 +318,9 @@ Status EncodeImage(const std::vector<ImageLayer>& layers, const FormatRow& forma
   SampleChanges changes;
   status = WriteSamples(*encoder, planner.GetBox(), planner.GetSources(), planner.GetRule(), changes);
   if (!status.IsError()) status = encoder->Finish();
-  if (!status.IsError()) TellChanges(changes, planner.GetRule(), format.metadata.nodata, notes);
+  if (status.IsError()) return status;
+  TellChanges(changes, planner.GetRule(), format.metadata.nodata, notes);
+  type = ToSampleType(plan.type);
   return status;
 }
 

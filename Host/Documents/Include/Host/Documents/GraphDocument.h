@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@
 #include "Host/Documents/DocumentParts.h"
 #include "Host/Documents/Findings.h"
 #include "Host/Files/ImageFile.h"
+#include "Host/Files/PendingWrites.h"
 #include "Host/Image/Image.h"
 #include "Host/Tools/Engine.h"
 #include "Host/Util/RefCounter.h"
@@ -39,6 +41,8 @@ struct RunReport {
   /// Whether the evaluation was stopped before its end. What was written until then stays.
   bool canceled = false;
   std::vector<OutputReport> outputs;
+  /// Every file that was written, for outputs and by writers, in that order.
+  std::vector<WrittenFile> written;
 };
 
 /// What is done with a node whose type the catalogue does not have.
@@ -153,6 +157,8 @@ class HOST_DOCUMENTS_API GraphDocument {
   Status RenameOutputs(const std::function<std::filesystem::path(const std::filesystem::path&)>& rename);
   /// Every file that a run would write, as far as that is known before it.
   [[nodiscard]] std::vector<std::filesystem::path> GetOutputFiles() const;
+  /// The file of every enabled reader, as far as that is known before a run: by the reader's id.
+  [[nodiscard]] std::map<std::string, std::filesystem::path> GetInputFiles() const;
 
   // ---- For people and editors ----
 

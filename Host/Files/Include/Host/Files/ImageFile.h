@@ -117,9 +117,9 @@ HOST_FILES_API Status WriteImageFile(const Image& image, const std::filesystem::
                                      std::vector<std::string>& notes);
 
 /// Writes several images as the layers of one file, which is as large as all their boxes together; outside values fill
-/// what an image lacks. The format must have layers.
+/// what an image lacks. The format must have layers. `type`, unless null, receives the type of the samples in the file.
 HOST_FILES_API Status WriteImageLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
-                                       std::vector<std::string>& notes);
+                                       std::vector<std::string>& notes, SampleType* type = nullptr);
 /// Whether files of that ending can have layers.
 HOST_FILES_API bool HasLayers(const std::filesystem::path& file);
 

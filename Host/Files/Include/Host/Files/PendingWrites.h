@@ -12,8 +12,16 @@
 
 namespace ScEng {
 
+/// A file that a run has written.
+struct WrittenFile {
+  std::filesystem::path file;
+  /// Of its first layer.
+  ImageHeader header;
+  SampleType type = SampleType::kFloat;
+};
+
 /// Images that a run may not write yet: their file is also read by the run, or it has several layers that are not all
-/// there. While a `Scope` lives, what writes images on its thread asks here first.
+/// there. While a `Scope` lives, what writes images on its thread asks here first, and tells here what it has written.
 class HOST_FILES_API PendingWrites {
  public:
   struct Write {
@@ -52,11 +60,15 @@ class HOST_FILES_API PendingWrites {
   bool Take(Write write);
   /// What has been taken, in that order. The caller keeps it.
   std::vector<Write> Release();
+  /// Hears of a file that has been written.
+  void Tell(const WrittenFile& written);
+  [[nodiscard]] const std::vector<WrittenFile>& GetWritten() const { return written_; }
 
  private:
   std::string compression_;
   std::function<bool(const std::filesystem::path&, const std::string&)> waits_;
   std::vector<Write> writes_;
+  std::vector<WrittenFile> written_;
 };
 
 }  // namespace ScEng

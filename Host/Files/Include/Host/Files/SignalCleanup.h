@@ -9,10 +9,18 @@ namespace ScEng {
 /// end the process now. It may do only what a signal handler may, such as setting a flag.
 using SignalHook = bool (*)(int signal);
 
-/// Has SIGINT, SIGTERM and SIGHUP remove the temporary files of saves that are under way and then end the process as
-/// they do by default. Otherwise such files stay behind. A file that is being rewritten in place is finished first.
+/// How a signal ends the process.
+enum class SignalEnd {
+  /// By the signal, as by default.
+  kBySignal,
+  /// With the exit code 128 plus the number of the signal, as shells tell it.
+  kWithExitCode,
+};
+
+/// Has SIGINT, SIGTERM and SIGHUP remove the temporary files of saves that are under way and then end the process.
+/// Otherwise such files stay behind. A file that is being rewritten in place is finished first.
 ///
 /// Signals that are ignored stay ignored. It is for programs, once, before they start threads.
-HOST_FILES_API void CleanUpOnSignals(SignalHook hook = nullptr);
+HOST_FILES_API void CleanUpOnSignals(SignalHook hook = nullptr, SignalEnd end = SignalEnd::kBySignal);
 
 }  // namespace ScEng

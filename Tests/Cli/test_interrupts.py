@@ -1,0 +1,129 @@
+"""SIGINT and SIGTERM: the program ends soon, leaves whole files, and says how far it came."""
+
+import random
+import re
+import signal
+import subprocess
+import time
+
+import numpy as np
+
+from cli_support import (
+    SANITIZED, ValueTestCase, document, environment_with, find_program, link, node, output,
+    write_file,
+)
+
+# 128 and the number of the signal.
+INTERRUPTED, TERMINATED = 130, 143
+
+
+class InterruptTestCase(ValueTestCase):
+    def start(self, *arguments):
+        return subprocess.Popen(
+            [str(find_program()), *map(str, arguments)], cwd=self.dir, env=environment_with(None),
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+        )
+
+    def end(self, process, number):
+        """Sends a signal; the exit code, the lines of standard error, and how long it took."""
+        process.send_signal(number)
+        sent = time.monotonic()
+        _, err = process.communicate(timeout=120)
+        return process.returncode, err.splitlines(), time.monotonic() - sent
+
+
+class BatchTest(InterruptTestCase):
+    COUNT = 24
+
+    def setUp(self):
+        super().setUp()
+        (self.dir / "in").mkdir()
+        generator = np.random.RandomState(5)
+        for index in range(self.COUNT):
+            data = generator.uniform(0, 1, (160, 160, 1)).astype(np.float32)
+            write_file(self.dir / f"in/{index:02}.exr", data)
+        self.save("graph.json", document(
+            [
+                node("r", "ImageReaderNode", path="in/00.exr"),
+                node("a", "ImageValueMultiplyNode", constant=0.25),
+                node("m", "ImageValueAddNode", constant=0.5),
+            ],
+            [link("r.image", "a.image", 0), link("a.image", "m.image", 0)],
+            [output("m.image", "m.exr"), output("a.image", "a.png")],
+        ))
+        self.value("run", *self.words("whole"))
+        self.whole = {path.name: path.read_bytes() for path in (self.dir / "whole").iterdir()}
+        self.assertEqual(len(self.whole), 2 * self.COUNT)
+
+    def words(self, folder, *options):
+        return (
+            "graph.json", "--each", "r=in/*.exr", "--output-dir", folder, "--jobs", "2", *options
+        )
+
+    def measure(self):
+        start = time.monotonic()
+        self.value("run", *self.words("timed"))
+        return time.monotonic() - start
+
+    def test_at_any_moment(self):
+        """What is there after the signal is whole, and what is missing is made by a second run."""
+        duration = self.measure()
+        moments = random.Random(3)
+        interrupted = 0
+        for attempt in range(10 if SANITIZED else 100):
+            folder = self.dir / f"out{attempt}"
+            process = self.start("run", *self.words(folder.name, "--skip-existing"))
+            time.sleep(moments.uniform(0, 1.1) * duration)
+            code, lines, _ = self.end(process, signal.SIGINT)
+            self.assertIn(code, (0, INTERRUPTED, -signal.SIGINT), lines)
+            for path in folder.iterdir() if folder.exists() else ():
+                self.assertEqual(path.read_bytes(), self.whole[path.name], f"{path}, {lines}")
+            if code == INTERRUPTED:
+                interrupted += 1
+            if lines and code == INTERRUPTED:
+                told = re.fullmatch(
+                    r"value: (\d+) of 24 done, (\d+) left out; --skip-existing goes on from here",
+                    lines[-1],
+                )
+                self.assertTrue(told, lines)
+                self.assertEqual(int(told[1]) + int(told[2]), self.COUNT)
+                self.assertEqual(len(lines), 1, lines)
+            self.assert_quiet(self.value("run", *self.words(folder.name, "--skip-existing")))
+            made = {path.name: path.read_bytes() for path in folder.iterdir()}
+            self.assertEqual(made, self.whole)
+        self.assertGreater(interrupted, 3)
+
+    def test_sigterm_has_a_code_of_its_own(self):
+        process = self.start("run", *self.words("out", "--json"))
+        time.sleep(0.3 * self.measure())
+        code, lines, _ = self.end(process, signal.SIGTERM)
+        self.assertIn(code, (TERMINATED, 0), lines)
+
+
+class LongWorkTest(InterruptTestCase):
+    def test_a_node_that_takes_long_is_stopped(self):
+        data = np.random.RandomState(1).uniform(0, 1, (1500, 1500, 1)).astype(np.float32)
+        write_file(self.dir / "in.exr", data)
+        process = self.start(
+            "apply", "Relief", "-i", "in.exr", "--set", "style=levels", "--set", "radius=250",
+            "-o", "out.exr",
+        )
+        time.sleep(1.0)
+        code, lines, seconds = self.end(process, signal.SIGINT)
+        self.assertEqual(code, INTERRUPTED, lines)
+        self.assertEqual(lines[-1:], ["value: 0 of 1 done, 1 left out"])
+        self.assert_files("in.exr")
+        # The bound that people notice is a second; a busy machine gets more.
+        self.assertLess(seconds, 10)
+
+    def test_a_command_without_results_just_ends(self):
+        process = subprocess.Popen(
+            [str(find_program()), "run", "-"], cwd=self.dir, env=environment_with(None),
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+        )
+        time.sleep(0.5)
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(timeout=60), INTERRUPTED)
+        for stream in (process.stdin, process.stdout, process.stderr):
+            stream.close()
+
