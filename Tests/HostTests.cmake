@@ -174,6 +174,7 @@ value_add_test(HostFilesTests
     "${host}/Documents/DocumentLimitsTest.cpp"
     "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
+    "${host}/Files/FileWatchTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
     "${host}/Files/ReadRegionTest.cpp"
     "${host}/Files/RoundTripTest.cpp"
@@ -280,5 +281,11 @@ value_add_test(ValueProgramTests
   SOURCES
     "${PROJECT_SOURCE_DIR}/Apps/Value/Jobs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileCopy.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileSums.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileSumsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileTrace.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileTraceTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
-    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp")
+    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
+  DEPENDS ValueHost::Files nlohmann_json::nlohmann_json)

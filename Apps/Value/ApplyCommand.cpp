@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Value/Common.h"
 #include "Apps/Value/OneNodeGraph.h"
+#include "Apps/Value/Profile.h"
 #include "Apps/Value/WriteFlags.h"
 #include "Host/Tools/Node.h"
 
@@ -19,6 +20,7 @@ class ApplyCommand : public Command {
         ->required();
     graph_.DeclareRange(*sub);
     write_flags_.Declare(*sub);
+    profile_.Declare(*sub);
     sub->footer(
         "Examples:\n"
         "  value apply \"Value Add\" -i terrain.exr --set constant=0.25 -o raised.exr\n"
@@ -32,6 +34,9 @@ class ApplyCommand : public Command {
     if (!catalog) return ExitCode::kPlugin;
     const NodeInterface* descriptor = FindNode(*catalog, graph_.FindNodeName(*catalog));
     if (descriptor == nullptr) return ExitCode::kUsage;
+    std::string problem;
+    const ExitCode begun = profile_.Begin("apply", descriptor->GetName(), problem);
+    if (begun != ExitCode::kDone) return Fail(begun, problem);
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.AddNode(document, *descriptor, notes);
@@ -40,13 +45,15 @@ class ApplyCommand : public Command {
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
 
-    const ScEng::RunReport report = document.Run(
+    const ScEng::RunReport report = profile_.Run(
+        document, descriptor->GetName(),
         [&](const std::string& id, std::size_t done, std::size_t total) { reporter_.Progress(id, done, total); });
-    const ExitCode code = ReportRun(report, "");
+    ExitCode code = ReportRun(report, "");
     nlohmann::ordered_json answer;
     answer["node"] = descriptor->GetNodeFactory()->GetTypeName();
     answer["outputs"] = nlohmann::ordered_json::array();
     for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
+    code = profile_.Finish(reporter_, answer, code);
     reporter_.Finish(answer);
     return code;
   }
@@ -76,6 +83,7 @@ class ApplyCommand : public Command {
   OneNodeGraph graph_;
   std::vector<std::string> outputs_;
   WriteFlags write_flags_;
+  Profile profile_;
 };
 
 }  // namespace

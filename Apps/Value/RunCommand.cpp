@@ -9,6 +9,7 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Jobs.h"
+#include "Apps/Value/Profile.h"
 #include "Apps/Value/WriteFlags.h"
 #include "Host/Files/ImageFormats.h"
 #include "Host/Tools/Guard.h"
@@ -58,6 +59,7 @@ class RunCommand : public Command {
     sub->add_option("--jobs", jobs_, "How many runs of --each go on at a time")
         ->type_name("N")
         ->check(CLI::Range(1, 1024));
+    profile_.Declare(*sub);
     sub->footer(
         "Examples:\n"
         "  value run Examples/raise_terrain.json\n"
@@ -72,6 +74,9 @@ class RunCommand : public Command {
     if (each_.empty() != output_dir_.empty()) {
       return Fail(ExitCode::kUsage, "--each and --output-dir go together: one names the files, the other the folder");
     }
+    std::string problem;
+    const ExitCode begun = profile_.Begin("run", file_, problem);
+    if (begun != ExitCode::kDone) return Fail(begun, problem);
     return each_.empty() ? RunOnce() : RunBatch();
   }
 
@@ -181,13 +186,15 @@ class RunCommand : public Command {
     const Refusal refusal = Prepare(document, notes, std::nullopt);
     reporter_.Notes(notes);
     if (refusal.code != ExitCode::kDone) return Fail(refusal.code, refusal.text);
-    const ScEng::RunReport report = document.Run(
+    const ScEng::RunReport report = profile_.Run(
+        document, file_,
         [&](const std::string& id, std::size_t done, std::size_t total) { reporter_.Progress(id, done, total); });
-    const ExitCode code = ReportRun(report, "");
+    ExitCode code = ReportRun(report, "");
     nlohmann::ordered_json answer;
     answer["document"] = file_;
     answer["outputs"] = nlohmann::ordered_json::array();
     for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
+    code = profile_.Finish(reporter_, answer, code);
     reporter_.Finish(answer);
     return code;
   }
@@ -258,9 +265,10 @@ class RunCommand : public Command {
     nlohmann::ordered_json answer;
     answer["document"] = file_;
     answer["runs"] = answers;
-    reporter_.Finish(answer);
     // A file error outranks a node error.
-    return *std::max_element(codes.begin(), codes.end());
+    const ExitCode code = profile_.Finish(reporter_, answer, *std::max_element(codes.begin(), codes.end()));
+    reporter_.Finish(answer);
+    return code;
   }
 
   ExitCode RunFile(const std::filesystem::path& file, nlohmann::ordered_json& answer) {
@@ -275,7 +283,7 @@ class RunCommand : public Command {
         reporter_.Error(prefix + refusal.text);
         return refusal.code;
       }
-      const ScEng::RunReport report = document.Run(nullptr);
+      const ScEng::RunReport report = profile_.Run(document, file.string(), nullptr);
       for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
       return ReportRun(report, prefix);
     } catch (...) {
@@ -295,6 +303,7 @@ class RunCommand : public Command {
   /// Of the first run of a batch.
   std::vector<std::filesystem::path> output_files_;
   WriteFlags write_flags_;
+  Profile profile_;
 };
 
 }  // namespace
