@@ -32,7 +32,7 @@ class FileWatchTest : public testing::Test {
   }
 
   Testing::TemporaryFolder folder_;
-  std::filesystem::path file_ = folder_.GetPath() / "a.exr";
+  std::filesystem::path file_ = folder_.Path() / "a.exr";
   /// 12 samples.
   ImagePtr image_ = ScEng::MakeRef<Image>(4, 3, ColorMode::kValue, nullptr);
   std::vector<FileWatch::Event> events_;
@@ -67,7 +67,7 @@ TEST_F(FileWatchTest, TellsTheStagesOfWritingAndReadingInOrder) {
 
 TEST_F(FileWatchTest, AStageThatFailsIsNotTold) {
   const FileWatch watch(Collect());
-  Read(folder_.GetPath() / "missing.exr");
+  Read(folder_.Path() / "missing.exr");
   EXPECT_TRUE(events_.empty());
 }
 
