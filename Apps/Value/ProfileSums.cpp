@@ -7,6 +7,9 @@
 
 namespace {
 
+/// Of the table: more than a person reads.
+constexpr std::size_t kMostRows = 40;
+
 constexpr std::array<const char*, 4> kStageWords{"opened", "decoded", "encoded", "saved"};
 
 std::string Format(const char* format, double number) {
@@ -132,23 +135,35 @@ std::string ProfileSums::ToText(const CopySpeed& copy, double before) const {
   if (runs_ > 1) text += ", " + std::to_string(runs_) + " runs of " + FormatTime(seconds_) + " together";
   text += "; " + FormatTime(before) + " before that to load libraries and document\n\n";
   text += MakeRow({"time", "share", "read", "made", "speed", "of copy"}, "what");
+  struct Row {
+    const Sum* sum;
+    std::string what;
+  };
   const auto share_of = [&](double seconds) { return FormatPercent(seconds_ > 0.0 ? seconds / seconds_ : 0.0); };
 
-  std::vector<const Sum*> rows = Sort(nodes_);
-  const std::vector<const Sum*> writes = Sort(writes_);
-  rows.insert(rows.end(), writes.begin(), writes.end());
-  std::stable_sort(rows.begin(), rows.end(), [](const Sum* a, const Sum* b) { return a->seconds > b->seconds; });
-  for (const Sum* row : rows) {
-    const bool is_write = row->type.empty() && std::find(writes.begin(), writes.end(), row) != writes.end();
-    const bool moves = row->bytes_read + row->bytes_made > 0;
-    const double of_copy = copy.bytes_per_second > 0.0 ? row->GetSpeed() / copy.bytes_per_second : 0.0;
-    std::string what = row->Describe();
-    if (is_write) what = row->id.empty() ? "files of writers" + what : "output " + what;
+  std::vector<Row> rows;
+  for (const auto& [id, sum] : nodes_) rows.push_back({&sum, sum.Describe()});
+  for (const auto& [id, sum] : writes_) {
+    rows.push_back({&sum, (id.empty() ? "files of writers" : "output ") + sum.Describe()});
+  }
+  std::stable_sort(rows.begin(), rows.end(),
+                   [](const Row& a, const Row& b) { return a.sum->seconds > b.sum->seconds; });
+  const std::size_t shown = rows.size() <= kMostRows + 1 ? rows.size() : kMostRows;
+  for (std::size_t i = 0; i < shown; ++i) {
+    const Sum& sum = *rows[i].sum;
+    const bool moves = sum.bytes_read + sum.bytes_made > 0;
+    const double of_copy = copy.bytes_per_second > 0.0 ? sum.GetSpeed() / copy.bytes_per_second : 0.0;
     text += MakeRow(
-        {FormatTime(row->seconds), share_of(row->seconds), row->bytes_read > 0 ? FormatBytes(row->bytes_read) : "",
-         row->bytes_made > 0 ? FormatBytes(row->bytes_made) : "",
-         moves ? Format("%.2f GB/s", row->GetSpeed() / 1e9) : "", moves && of_copy > 0.0 ? FormatPercent(of_copy) : ""},
-        what);
+        {FormatTime(sum.seconds), share_of(sum.seconds), sum.bytes_read > 0 ? FormatBytes(sum.bytes_read) : "",
+         sum.bytes_made > 0 ? FormatBytes(sum.bytes_made) : "", moves ? Format("%.2f GB/s", sum.GetSpeed() / 1e9) : "",
+         moves && of_copy > 0.0 ? FormatPercent(of_copy) : ""},
+        rows[i].what);
+  }
+  double further = 0.0;
+  for (std::size_t i = shown; i < rows.size(); ++i) further += rows[i].sum->seconds;
+  if (shown < rows.size()) {
+    text += MakeRow({FormatTime(further), share_of(further), "", "", "", ""},
+                    std::to_string(rows.size() - shown) + " more, each shorter; --json has all");
   }
   text += MakeRow({FormatTime(GetOtherSeconds()), share_of(GetOtherSeconds()), "", "", "", ""}, "everything else");
   if (copy.bytes_per_second <= 0.0) return text + "\nThere was no memory to measure a plain copy.\n";

@@ -97,6 +97,22 @@ TEST(ProfileSums, TheTableBeginsWithWhatTookLongest) {
             std::string::npos);
 }
 
+TEST(ProfileSums, ALongTableEndsWithTheSumOfWhatIsShort) {
+  RunRecord run;
+  run.span = MakeSpan(0, 100);
+  for (int i = 0; i < 50; ++i) {
+    run.nodes.push_back({"n" + std::to_string(i), "Value Add", MakeSpan(i, i + 1), 0, 0, 0, 0, {}});
+  }
+  ProfileSums sums;
+  sums.Add(run);
+  const std::string text = sums.ToText(kSlowCopy, 0.0);
+  EXPECT_NE(
+      text.find("   10.0 ms    10%                                           10 more, each shorter; --json has all"),
+      std::string::npos)
+      << text;
+  EXPECT_EQ(sums.ToJson(kSlowCopy, 0.0)["nodes"].size(), 50U);
+}
+
 TEST(ProfileSums, WithoutRunsThereIsNoTable) {
   EXPECT_EQ(ProfileSums().ToText(kSlowCopy, 0.0), "Profile: nothing was run\n");
 }
