@@ -19,7 +19,8 @@ std::string Format(const char* format, double number) {
 }
 
 std::string FormatTime(double seconds) {
-  return seconds < 10.0 ? Format("%.1f ms", seconds * 1e3) : Format("%.2f s", seconds);
+  if (seconds >= 10.0) return Format("%.2f s", seconds);
+  return Format(seconds < 0.01 ? "%.2f ms" : "%.1f ms", seconds * 1e3);
 }
 
 std::string FormatBytes(std::uintmax_t bytes) {

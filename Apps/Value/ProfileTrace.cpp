@@ -55,7 +55,7 @@ void ProfileTrace::AddFile(const FileRecord& record, unsigned row) {
 void ProfileTrace::Add(const RunRecord& record, unsigned row) {
   while (rows_ < row) {
     ++rows_;
-    AddName("thread_name", rows_, rows_ == 1 ? "run" : "run, job " + std::to_string(rows_));
+    AddName("thread_name", rows_, "job " + std::to_string(rows_));
   }
   nlohmann::ordered_json of_run;
   of_run["nodes"] = record.nodes.size();

@@ -59,7 +59,7 @@ TEST(ProfileTrace, EveryJobHasARowWithAName) {
   for (const auto& event : events) {
     if (event["ph"] == "M") names[event["tid"]] = event["args"]["name"];
   }
-  EXPECT_EQ(names, (std::map<int, std::string>{{0, "value run g.json"}, {1, "run"}, {2, "run, job 2"}}));
+  EXPECT_EQ(names, (std::map<int, std::string>{{0, "value run g.json"}, {1, "job 1"}, {2, "job 2"}}));
   EXPECT_EQ(GetSpans(trace).at("b.exr")["tid"], 2);
 }
 
