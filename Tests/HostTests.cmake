@@ -174,6 +174,7 @@ value_add_test(HostFilesTests
     "${host}/Documents/DocumentLimitsTest.cpp"
     "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
+    "${host}/Files/FileWatchTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
     "${host}/Files/ReadRegionTest.cpp"
     "${host}/Files/RoundTripTest.cpp"
@@ -288,6 +289,11 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudgetTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/OutputName.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/OutputNameTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileCopy.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileSums.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileSumsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileTrace.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileTraceTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
-  DEPENDS ValueHost::Tools)
+  DEPENDS ValueHost::Files ValueHost::Tools nlohmann_json::nlohmann_json)

@@ -4,6 +4,7 @@
 #include "Apps/Value/Batch.h"
 #include "Apps/Value/Common.h"
 #include "Apps/Value/OneNodeGraph.h"
+#include "Apps/Value/Profile.h"
 #include "Apps/Value/StandardInput.h"
 #include "Apps/Value/StandardOutput.h"
 #include "Apps/Value/WriteFlags.h"
@@ -31,6 +32,7 @@ class ApplyCommand : public Command, private BatchTask {
         *sub, "GLOB",
         "Applies the node once per matching file, or PLUG=GLOB; given again for another input, the files of\n"
         "both go together. Comes before what -i names. -o then says how the results end");
+    profile_.Declare(*sub);
     sub->footer(
         "Examples:\n"
         "  value apply \"Value Add\" -i terrain.exr --set constant=0.25 -o raised.exr\n"
@@ -51,6 +53,9 @@ class ApplyCommand : public Command, private BatchTask {
     if (!status.IsError()) status = graph_.TakeStandardInput();
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
+    std::string problem;
+    const ExitCode begun = profile_.Begin("apply", descriptor_->GetName(), problem);
+    if (begun != ExitCode::kDone) return Fail(begun, problem);
     return batch_.IsBatch() ? RunBatch() : RunOnce();
   }
 
@@ -103,8 +108,11 @@ class ApplyCommand : public Command, private BatchTask {
     if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
     reporter_.Notes(notes);
 
+    if (standard_output_.IsUsed() && profile_.Prints()) {
+      return Fail(ExitCode::kUsage, "standard output takes the image or the table of --profile, not both");
+    }
     ScEng::RunReport report;
-    ExitCode code = RunDocument(document, report);
+    ExitCode code = RunDocument(document, GetName(), profile_, report);
     const Status delivered = standard_output_.Deliver(reporter_);
     if (delivered.IsError()) {
       reporter_.Error(delivered.GetMessage());
@@ -114,8 +122,17 @@ class ApplyCommand : public Command, private BatchTask {
     answer["node"] = descriptor_->GetNodeFactory()->GetTypeName();
     answer["outputs"] = nlohmann::ordered_json::array();
     for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
+    code = profile_.Finish(reporter_, answer, code);
     reporter_.Finish(answer);
     return code;
+  }
+
+  ScEng::RunReport RunOne(GraphDocument& document, const std::string& name, const Engine::Options& options) override {
+    return profile_.Run(document, name, nullptr, options);
+  }
+
+  ExitCode FinishBatch(nlohmann::ordered_json& sum, ExitCode code) override {
+    return profile_.Finish(reporter_, sum, code);
   }
 
   ExitCode RunBatch() {
@@ -137,6 +154,7 @@ class ApplyCommand : public Command, private BatchTask {
   StandardOutput standard_output_;
   BatchOptions batch_;
   WriteFlags write_flags_;
+  Profile profile_;
 };
 
 }  // namespace

@@ -244,6 +244,10 @@ ExitCode Batch::RunSets() {
     }
     return refusal.IsRefused() ? refusal : Finish(document, index);
   };
+  work.run = [this](GraphDocument& document, std::size_t index, const Engine::Options& options) {
+    return task_.RunOne(document, sets_[index].front().file.string(), options);
+  };
+  work.finish = [this](nlohmann::ordered_json& sum, ExitCode code) { return task_.FinishBatch(sum, code); };
   work.is_up_to_date = [this](std::size_t index) { return options_.skips_existing_ && IsUpToDate(index); };
   return BatchJobs(std::move(work), catalog_, reporter_).Run(options_.jobs_, threads_);
 }

@@ -63,6 +63,11 @@ class BatchTask {
   /// Makes the document with all that was asked for; the files of the readers and the names of the outputs are set
   /// afterwards. From several threads at once, the first call done.
   virtual Refusal MakeDocument(ScEng::GraphDocument& document, std::vector<std::string>& notes) = 0;
+  /// Runs it. From several threads at once.
+  virtual ScEng::RunReport RunOne(ScEng::GraphDocument& document, const std::string& name,
+                                  const Engine::Options& options) = 0;
+  /// Adds to the sum of the answer, at the end; answers the exit code.
+  virtual ExitCode FinishBatch(nlohmann::ordered_json& sum, ExitCode code) = 0;
 };
 
 /// Does a task once per file, or set of files, of its readers, on several threads.

@@ -53,16 +53,20 @@ ExitCode BatchJobs::Run(std::optional<std::size_t> jobs, std::optional<unsigned>
     seconds_ = SecondsSince(start);
     if (Interrupt::GetSignal() != 0) {
       TellInterruption();
-      reporter_.FinishLines(MakeSum());
-      return static_cast<ExitCode>(128 + Interrupt::GetSignal());
+      code_ = static_cast<ExitCode>(128 + Interrupt::GetSignal());
     }
   }
-  const std::size_t good = done_ + skipped_;
-  reporter_.Info(std::to_string(good) + " of " + std::to_string(work_.count) + " done" +
+  if (code_ < ExitCode::kInterrupted) TellEnd();
+  nlohmann::ordered_json sum = MakeSum();
+  code_ = work_.finish(sum, code_);
+  reporter_.FinishLines(sum);
+  return code_;
+}
+
+void BatchJobs::TellEnd() const {
+  reporter_.Info(std::to_string(done_ + skipped_) + " of " + std::to_string(work_.count) + " done" +
                  (skipped_ > 0 ? " (" + std::to_string(skipped_) + " were up to date)" : "") +
                  (failed_ > 0 ? ", " + std::to_string(failed_) + " failed" : "") + ", " + FormatSeconds(seconds_));
-  reporter_.FinishLines(MakeSum());
-  return code_;
 }
 
 void BatchJobs::TakeFiles() {
@@ -110,7 +114,7 @@ void BatchJobs::Evaluate(std::size_t index, Outcome& outcome) {
   const MemoryBudget::Share share(memory_, EstimateMemory(index));
   Engine::Options options;
   options.cancellation = cancellation_;
-  outcome.report = document.Run(nullptr, options);
+  outcome.report = work_.run(document, index, options);
   if (outcome.report.canceled) return;
   outcome.notes = outcome.report.findings.notes;
   outcome.errors = outcome.report.findings.errors;

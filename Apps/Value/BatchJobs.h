@@ -29,6 +29,8 @@ class BatchJobs {
     std::vector<std::string> readers;
     std::function<const FileSet&(std::size_t)> get_files;
     std::function<Refusal(ScEng::GraphDocument&, std::vector<std::string>& notes, std::size_t)> prepare;
+    std::function<ScEng::RunReport(ScEng::GraphDocument&, std::size_t, const Engine::Options&)> run;
+    std::function<ExitCode(nlohmann::ordered_json& sum, ExitCode code)> finish;
     /// Whether there is nothing to do.
     std::function<bool(std::size_t)> is_up_to_date;
   };
@@ -63,6 +65,7 @@ class BatchJobs {
   /// Gives the threads of a job that has ended to the others.
   void ShareThreads(std::size_t jobs) const;
   void TellInterruption();
+  void TellEnd() const;
   [[nodiscard]] nlohmann::ordered_json MakeSum() const;
 
   Work work_;

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "Apps/Value/Interrupt.h"
+#include "Apps/Value/Profile.h"
 #include "Host/Files/DecodeOptions.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
@@ -123,7 +124,8 @@ ExitCode Command::ReportRun(const ScEng::RunReport& report) {
   return GetExitCode(report.failure);
 }
 
-ExitCode Command::RunDocument(ScEng::GraphDocument& document, ScEng::RunReport& report) {
+ExitCode Command::RunDocument(ScEng::GraphDocument& document, const std::string& name, Profile& profile,
+                              ScEng::RunReport& report) {
   const auto start = std::chrono::steady_clock::now();
   const std::size_t total = document.GetOutputFiles().size();
   const auto tell_interruption = [&](std::size_t written) {
@@ -134,9 +136,12 @@ ExitCode Command::RunDocument(ScEng::GraphDocument& document, ScEng::RunReport& 
   Engine::Options options;
   options.cancellation = &interruptible.GetCancellation();
   reporter_.Progress("", 0, 0, ProgressUnit::kNodes);
-  report = document.Run([&](const std::string& id, std::size_t done,
-                            std::size_t count) { reporter_.Progress(id, done, count, ProgressUnit::kNodes); },
-                        options);
+  report = profile.Run(
+      document, name,
+      [&](const std::string& id, std::size_t done, std::size_t count) {
+        reporter_.Progress(id, done, count, ProgressUnit::kNodes);
+      },
+      options);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   const ExitCode code = ReportRun(report);
   for (const ScEng::WrittenFile& written : report.written) reporter_.Info(DescribeWritten(written, seconds));

@@ -14,6 +14,8 @@
 #include "Host/Tools/NodeLibrary.h"
 #include "Host/Tools/PlugValue.h"
 
+class Profile;
+
 /// The options that every command takes.
 struct CommonOptions {
   std::vector<std::string> plugins;
@@ -58,7 +60,8 @@ class Command {
   /// What an evaluation has to say; the exit code that follows from it.
   ExitCode ReportRun(const ScEng::RunReport& report);
   /// Evaluates a document and reports what there is to say; the exit code that follows from it. A signal stops it.
-  ExitCode RunDocument(ScEng::GraphDocument& document, ScEng::RunReport& report);
+  ExitCode RunDocument(ScEng::GraphDocument& document, const std::string& name, Profile& profile,
+                       ScEng::RunReport& report);
 
   const CommonOptions& common_;
   Reporter& reporter_;

@@ -4,6 +4,7 @@
 
 #include "Apps/Value/Batch.h"
 #include "Apps/Value/Common.h"
+#include "Apps/Value/Profile.h"
 #include "Apps/Value/StandardInput.h"
 #include "Apps/Value/StandardOutput.h"
 #include "Apps/Value/WriteFlags.h"
@@ -30,6 +31,7 @@ class RunCommand : public Command, private BatchTask {
     batch_.Declare(*sub, "NODE=GLOB",
                    "Runs the document once per matching file, read by this reader; given again for another reader,\n"
                    "the files of both go together");
+    profile_.Declare(*sub);
     sub->footer(
         "Examples:\n"
         "  value run Examples/raise_terrain.json\n"
@@ -47,6 +49,9 @@ class RunCommand : public Command, private BatchTask {
     const Status status = batch_.Check(notes);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
+    std::string problem;
+    const ExitCode begun = profile_.Begin("run", file_, problem);
+    if (begun != ExitCode::kDone) return Fail(begun, problem);
     return batch_.IsBatch() ? RunBatch() : RunOnce();
   }
 
@@ -142,8 +147,11 @@ class RunCommand : public Command, private BatchTask {
     reporter_.Notes(notes);
     if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
 
+    if (standard_output_.IsUsed() && profile_.Prints()) {
+      return Fail(ExitCode::kUsage, "standard output takes the image or the table of --profile, not both");
+    }
     ScEng::RunReport report;
-    ExitCode code = RunDocument(document, report);
+    ExitCode code = RunDocument(document, GetName(), profile_, report);
     const Status delivered = standard_output_.Deliver(reporter_);
     if (delivered.IsError()) {
       reporter_.Error(delivered.GetMessage());
@@ -153,8 +161,17 @@ class RunCommand : public Command, private BatchTask {
     answer["document"] = file_;
     answer["outputs"] = nlohmann::ordered_json::array();
     for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
+    code = profile_.Finish(reporter_, answer, code);
     reporter_.Finish(answer);
     return code;
+  }
+
+  ScEng::RunReport RunOne(GraphDocument& document, const std::string& name, const Engine::Options& options) override {
+    return profile_.Run(document, name, nullptr, options);
+  }
+
+  ExitCode FinishBatch(nlohmann::ordered_json& sum, ExitCode code) override {
+    return profile_.Finish(reporter_, sum, code);
   }
 
   ExitCode RunBatch() {
@@ -183,6 +200,7 @@ class RunCommand : public Command, private BatchTask {
   StandardOutput standard_output_;
   std::filesystem::path standard_input_;
   WriteFlags write_flags_;
+  Profile profile_;
 };
 
 }  // namespace

@@ -23,6 +23,8 @@ class StandardOutput {
   /// The path to write an image to that was written as `written`. An error where "-" cannot be followed: without a
   /// format, with one that is not written, a second time, with --json, or where standard output is a terminal.
   ScEng::Status FindImage(const std::string& written, const Reporter& reporter, std::filesystem::path& path);
+  /// Whether an image goes there.
+  [[nodiscard]] bool IsUsed() const { return !file_.empty(); }
   /// An error where a format was given although nothing goes to standard output.
   [[nodiscard]] ScEng::Status CheckFormat() const;
 

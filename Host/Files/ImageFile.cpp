@@ -11,6 +11,7 @@
 #include "Host/Files/Codecs/CodecTable.h"
 #include "Host/Files/Decoding/HelperDecoder.h"
 #include "Host/Files/FileErrors.h"
+#include "Host/Files/FileStages.h"
 #include "Host/Files/ImageFormats.h"
 #include "Host/Files/PathProblem.h"
 #include "Host/Files/Reading/OpenFile.h"
@@ -20,6 +21,14 @@
 
 namespace ScEng {
 namespace {
+
+std::size_t CountSampleBytes(const Image& image) { return image.GetNumSamples() * sizeof(float); }
+
+std::size_t CountSampleBytes(const std::vector<ImageLayer>& layers) {
+  std::size_t bytes = 0;
+  for (const ImageLayer& layer : layers) bytes += CountSampleBytes(*layer.image);
+  return bytes;
+}
 
 /// Notes that codecs make do not name the file; the ones that people read do.
 void TellNotes(const std::filesystem::path& file, const std::vector<std::string>& clauses,
@@ -48,11 +57,14 @@ Status WriteLayers(const std::vector<ImageLayer>& layers, const std::filesystem:
   const MemoryFile memory;
   if (!memory.IsOpen()) return MakeWriteError(file, "no memory file could be made to encode it in");
   std::vector<std::string> clauses;
+  FileStages stages(file);
   SampleType stored = SampleType::kFloat;
   Guard(problem, [&] { problem = EncodeImage(layers, *format, memory.GetPath(), clauses, stored).GetMessage(); });
   if (!problem.empty()) return MakeWriteError(file, problem);
+  stages.End(FileWork::kEncode, CountSampleBytes(layers));
   const Status status = ReplaceFile(file, memory.GetDescriptor());
   if (status.IsError()) return status;
+  stages.End(FileWork::kSave);
   TellNotes(file, clauses, notes);
   if (type != nullptr) *type = stored;
   return status;
@@ -102,10 +114,13 @@ ImagePtr ReadImageFile(const std::filesystem::path& file, const ReadOptions& opt
   ImagePtr image;
   std::vector<std::string> clauses;
   Guard(problem, [&] {
+    FileStages stages(file);
     const auto decoder = OpenImageFile(file, problem);
     if (decoder == nullptr) return;
+    stages.End(FileWork::kOpen);
     if (description != nullptr) *description = decoder->GetDescription();
     image = ReadImage(*decoder, options, problem, clauses);
+    if (image) stages.End(FileWork::kDecode, CountSampleBytes(*image));
   });
   if (!problem.empty()) {
     status = MakeReadError(file, problem);

@@ -112,6 +112,17 @@ std::size_t CountBytes(Node& node) {
   return bytes;
 }
 
+/// The same of what it is given.
+std::size_t CountBytes(const std::vector<PlugValue>& inputs) {
+  std::set<const Image*> images;
+  std::size_t bytes = 0;
+  for (const PlugValue& input : inputs) {
+    const Image* image = input.GetImage();
+    if (image != nullptr && images.insert(image).second) bytes += image->GetNumSamples() * sizeof(float);
+  }
+  return bytes;
+}
+
 /// What the images that a node makes of `inputs` carry: the metadata of the first image that has any, and opacity
 /// unless all images came from files without.
 std::shared_ptr<const ImageMetadata> CombineMetadata(const std::vector<const Image*>& inputs) {
@@ -476,13 +487,14 @@ class Engine::Graph {
         if (GetOwnImage(node, other) != nullptr) vertex.valid[other] = true;
       }
     }
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begun;
-    vertex.statistics.seconds = taken.count();
+    const auto ended = std::chrono::steady_clock::now();
+    vertex.statistics.seconds = std::chrono::duration<double>(ended - begun).count();
     ++vertex.statistics.evaluations;
     vertex.statistics.bytes_made = CountBytes(node);
     // An error stands until something changes; it is not tried again for each output.
     if (node.IsInError()) vertex.valid.assign(vertex.valid.size(), true);
     if (node.GetState() == Node::State::kIdle) node.SetState(0, Node::State::kReady, {});
+    if (options.on_timed) options.on_timed(node, {begun, ended, CountBytes(inputs), vertex.statistics.bytes_made});
   }
 
   /// False where the evaluation was stopped, whatever the node made of that.

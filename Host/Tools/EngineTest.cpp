@@ -1283,6 +1283,46 @@ TEST_F(EngineTest, CountsTimeAndBytes) {
   EXPECT_EQ(engine_.GetStatistics(nullptr).evaluations, 0U);
 }
 
+TEST_F(EngineTest, TellsWhenANodeWasEvaluatedAndWhatItMoved) {
+  SourceNode* source = CreateSource(3.0);
+  auto* sum = Create<SumNode>();
+  Link(source, "image", sum, "first");
+  Link(source, "image", sum, "many");
+  struct Told {
+    Node* node;
+    Engine::NodeTiming timing;
+  };
+  std::vector<Told> told;
+  Engine::Options options;
+  options.on_timed = [&](Node& node, const Engine::NodeTiming& timing) { told.push_back({&node, timing}); };
+  std::size_t told_before_evaluated = 0;
+  options.on_evaluated = [&](Node&, std::size_t done, std::size_t) {
+    if (told.size() == done) ++told_before_evaluated;
+  };
+  const auto before = std::chrono::steady_clock::now();
+  engine_.Evaluate({{sum, 0}}, options);
+  ASSERT_EQ(told.size(), 2U);
+  EXPECT_EQ(told_before_evaluated, 2U);
+  EXPECT_EQ(told[0].node, source);
+  EXPECT_EQ(told[0].timing.bytes_read, 0U);
+  EXPECT_EQ(told[0].timing.bytes_made, sizeof(float));
+  EXPECT_EQ(told[1].node, sum);
+  // One image at two inputs counts once.
+  EXPECT_EQ(told[1].timing.bytes_read, sizeof(float));
+  EXPECT_EQ(told[1].timing.bytes_made, sizeof(float));
+  EXPECT_LE(before, told[0].timing.begin);
+  EXPECT_LE(told[0].timing.begin, told[0].timing.end);
+  EXPECT_LE(told[0].timing.end, told[1].timing.begin);
+  EXPECT_LE(told[1].timing.end, std::chrono::steady_clock::now());
+  EXPECT_EQ(std::chrono::duration<double>(told[1].timing.end - told[1].timing.begin).count(),
+            engine_.GetStatistics(sum).seconds);
+
+  // What is up to date is not evaluated, so there is nothing to tell.
+  told.clear();
+  engine_.Evaluate({{sum, 0}}, options);
+  EXPECT_TRUE(told.empty());
+}
+
 // ---- Large graphs ----
 
 TEST_F(EngineTest, TakesAHundredThousandConnectionsAtOneInputInAnyOrder) {

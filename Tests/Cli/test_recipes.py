@@ -36,6 +36,22 @@ class SlopeTest(ValueTestCase):
         self.assertEqual(info["cornerCoordinates"], wanted_info["cornerCoordinates"])
 
 
+class PathTest(ValueTestCase):
+    def test_rasters_are_read_through_a_path_that_goes_up(self):
+        (self.dir / "data").mkdir()
+        (self.dir / "work" / "inner").mkdir(parents=True)
+        (self.dir / "elsewhere").symlink_to(self.dir / "work" / "inner")
+        (self.dir / "data" / "model.tif").write_bytes((EXAMPLES / "Images" / "elevation.tif").read_bytes())
+        (self.dir / "work" / "near.tif").write_bytes((EXAMPLES / "Images" / "elevation.tif").read_bytes())
+        # Up from behind a link is where the link leads.
+        for folder, name in (
+            (".", "work/../data/model.tif"), ("work", "../data/model.tif"), (".", "elsewhere/../near.tif"),
+        ):
+            with self.subTest(name=name):
+                (answer,) = self.value("stats", name, "--json", cwd=self.dir / folder).json_values()
+                self.assertEqual((answer["width"], answer["measured"]), (256, [410, 2080]))
+
+
 class HeightMapTest(ValueTestCase):
     def test_a_height_map_of_16_bits_is_normalized_and_keeps_them(self):
         heights = (np.arange(5 * 7).reshape(5, 7) * 1000 + 9001).astype(np.uint16)

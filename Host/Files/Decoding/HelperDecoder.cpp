@@ -247,12 +247,20 @@ std::unique_ptr<HelperDecoder> OpenIn(std::unique_ptr<HelperProcess>& process, c
                                          file_bytes);
 }
 
+/// The path that the process is given. It cannot follow "..", since the folders on the way are closed to it.
+std::filesystem::path MakeDirect(const std::filesystem::path& file) {
+  std::error_code error;
+  std::filesystem::path absolute = std::filesystem::absolute(file, error);
+  if (std::find(absolute.begin(), absolute.end(), "..") == absolute.end()) return absolute;
+  const std::filesystem::path folder = std::filesystem::canonical(absolute.parent_path(), error);
+  return error ? absolute : folder / absolute.filename();
+}
+
 }  // namespace
 
 std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::filesystem::path& file,
                                             const std::string& format, Status& status) {
-  std::error_code error;
-  const std::filesystem::path absolute = std::filesystem::absolute(file, error);
+  const std::filesystem::path absolute = MakeDirect(file);
   std::string problem;
   std::unique_ptr<HelperProcess> process = HelperPool::Get().Take(codec, problem);
   std::unique_ptr<HelperDecoder> decoder;

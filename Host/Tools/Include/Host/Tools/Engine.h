@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -73,6 +74,15 @@ class HOST_TOOLS_API Engine {
     unsigned outplug = 0;
   };
 
+  /// One evaluation of a node that came to its end, well or not.
+  struct NodeTiming {
+    std::chrono::steady_clock::time_point begin;
+    std::chrono::steady_clock::time_point end;
+    /// Bytes of the samples of its input images, each image once, and of its outputs.
+    std::size_t bytes_read = 0;
+    std::size_t bytes_made = 0;
+  };
+
   struct Options {
     /// Tells nodes to drop their images as soon as nothing in this evaluation needs them any more, requested ones after
     /// `on_evaluated`. Keeps memory low where results are written and forgotten.
@@ -82,6 +92,9 @@ class HOST_TOOLS_API Engine {
     /// Called while a node is evaluated that takes longer than some hundredths of a second, on the thread of
     /// `Evaluate`: the share of its work that is done, from 0 to 1, never less than before. Must not throw.
     std::function<void(Node& node, double fraction)> on_progress;
+    /// Called with what the evaluation of a node has taken, before `on_evaluated`; not for nodes that were left out
+    /// because of an error before them. Nothing is counted where there is none.
+    std::function<void(Node& node, const NodeTiming& timing)> on_timed;
     /// Stops the evaluation when it is requested, from whatever thread; null where nobody does.
     const ScEng::Cancellation* cancellation = nullptr;
   };

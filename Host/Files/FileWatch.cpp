@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Files/FileWatch.h"
+
+#include <utility>
+
+namespace ScEng {
+namespace {
+
+thread_local const FileWatch* current = nullptr;
+
+}  // namespace
+
+const char* GetName(FileWork work) {
+  switch (work) {
+    case FileWork::kOpen: return "open";
+    case FileWork::kDecode: return "decode";
+    case FileWork::kEncode: return "encode";
+    case FileWork::kSave: break;
+  }
+  return "save";
+}
+
+FileWatch::FileWatch(Listener listener) : listener_(std::move(listener)), outer_(std::exchange(current, this)) {}
+FileWatch::~FileWatch() { current = outer_; }
+
+const FileWatch* FileWatch::GetCurrent() { return current; }
+
+}  // namespace ScEng
