@@ -169,6 +169,7 @@ add_dependencies(HostDecodingTests HostCodecFaulty ValueDecoder)
 
 value_add_test(HostFilesTests
   SOURCES
+    "${host}/Documents/DocumentAdviceTest.cpp"
     "${host}/Documents/DocumentEditingTest.cpp"
     "${host}/Documents/DocumentEvaluationTest.cpp"
     "${host}/Documents/DocumentLimitsTest.cpp"
@@ -182,9 +183,7 @@ value_add_test(HostFilesTests
     "${host}/Testing/TestContextTest.cpp"
   DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Testing OpenImageIO::OpenImageIO
   # A damaged file makes a library of image formats leak; which one shows only in whole call stacks.
-  ENVIRONMENT
-    "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
-    "ASAN_OPTIONS=fast_unwind_on_malloc=0")
+  ENVIRONMENT ${gpu_test_environment})
 
 value_add_test(HostReadingTests
   SOURCES
@@ -278,7 +277,10 @@ value_keep_qt(NodePagesTests)
 # What the command line is made of, as far as it can be tested from inside.
 value_add_test(ValueProgramTests
   SOURCES
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ImageFigures.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ImageFiguresTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Jobs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
-    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp")
+    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
+  DEPENDS ValueHost::Image)

@@ -38,6 +38,9 @@ class ApplyCommand : public Command {
     if (!status.IsError()) status = graph_.ConnectInputs(document, notes);
     if (!status.IsError()) status = AddOutputs(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
+    ScEng::Findings advice;
+    document.Advise(advice);
+    notes.insert(notes.end(), advice.notes.begin(), advice.notes.end());
     reporter_.Notes(notes);
 
     const ScEng::RunReport report = document.Run(

@@ -104,7 +104,12 @@ class RunCommand : public Command {
     }
     if (status.IsError()) return {ExitCode::kUsage, status.GetMessage()};
     CheckComplete(document, file_, findings);
-    if (findings.errors.empty()) return {};
+    if (findings.errors.empty()) {
+      ScEng::Findings advice;
+      document.Advise(advice);
+      notes.insert(notes.end(), advice.notes.begin(), advice.notes.end());
+      return {};
+    }
     // In a batch, outputs of one file name in different folders meet in one folder; else the document is at fault.
     if (input && HasDuplicate(document.GetOutputFiles())) return {ExitCode::kUsage, findings.errors.front()};
     return RefuseDocument(findings);

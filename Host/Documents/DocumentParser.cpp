@@ -107,6 +107,7 @@ class EventHandler {
     if (document_keys_.size() < kMostValues && !document_keys_.insert(name).second) {
       use_ = Use::kNothing;
       events_.OnFault("the key " + Quote(name) + " is there twice in one object");
+      if (list_) events_.OnLostList(*list_);
     }
   }
 
@@ -191,7 +192,7 @@ class EventHandler {
 
   void RefuseList() {
     events_.OnFault(Quote(key_) + " is not a list");
-    events_.OnList(*list_);
+    events_.OnLostList(*list_);
     use_ = Use::kNothing;
   }
 

@@ -29,6 +29,8 @@ class DocumentEvents {
   virtual void OnValue(const std::string& key, const JsonValue& value) = 0;
   /// A list begins.
   virtual void OnList(DocumentList list) = 0;
+  /// Something else stands in place of a list, or it is there twice: its entries are not handed over.
+  virtual void OnLostList(DocumentList list) = 0;
   /// An entry of a list.
   virtual void OnEntry(DocumentList list, std::size_t index, JsonValue entry) = 0;
   /// Something is wrong, and parsing goes on.

@@ -15,6 +15,7 @@
 #include "Host/Files/PathProblem.h"
 #include "Host/Files/Reading/OpenFile.h"
 #include "Host/Files/Reading/ReadImage.h"
+#include "Host/Files/Saving/TargetFile.h"
 #include "Host/Files/Writing/WriteImage.h"
 #include "Host/Util/HostModule.h"
 
@@ -131,6 +132,16 @@ Status WriteImageFile(const Image& image, const std::filesystem::path& file, con
 Status WriteImageLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
                         std::vector<std::string>& notes) {
   return WriteLayers(layers, file, notes);
+}
+
+std::vector<std::string> FindSaveProblems(const std::filesystem::path& file) {
+  std::vector<std::string> problems;
+  std::string ending_problem;
+  if (ChooseFormat(file, {}, ending_problem) == nullptr) problems.push_back(ending_problem);
+  const std::string place_problem = TargetFile().Find(file);
+  if (!place_problem.empty()) problems.push_back(place_problem);
+  for (std::string& problem : problems) problem = MakeWriteError(file, problem).GetMessage();
+  return problems;
 }
 
 bool HasLayers(const std::filesystem::path& file) {

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "Host/Documents/DocumentContent.h"
+#include "Host/Documents/GraphDocument.h"
+#include "Host/Documents/ImageFlow.h"
+
+namespace ScEng {
+
+/// What can be told of a run before it starts: outputs that will not be written, and settings to no purpose.
+class DocumentAdvice {
+ public:
+  explicit DocumentAdvice(const GraphDocument& document) : content_(*document.content_), flow_(content_) {}
+
+  void CheckOutputs(Findings& findings) const;
+  void NoteIdleSettings(Findings& findings) const;
+
+ private:
+  void CheckSink(const DocumentEntry& sink, Findings& findings) const;
+  void CheckImage(const std::string& who, const DocumentEntry& entry, unsigned outplug, Findings& findings) const;
+  static void CheckFile(const std::string& who, const std::filesystem::path& file, Findings& findings);
+  /// Why it is to no purpose that an attribute is set; empty where it is to some.
+  [[nodiscard]] std::string DescribeIdle(const DocumentEntry& entry, const Attribute& attribute) const;
+  /// Whether what an attribute depends on comes from a node of unknown type.
+  [[nodiscard]] bool DependsOnPlaceholder(const DocumentEntry& entry, const Attribute& attribute) const;
+
+  GraphDocument::Content& content_;
+  ImageFlow flow_;
+};
+
+}  // namespace ScEng
