@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Documents/DocumentAdvice.h"
 
-#include <vector>
+#include <algorithm>
+#include <system_error>
 
 #include "Host/Documents/MessageText.h"
 #include "Host/Tools/AttributeRow.h"
@@ -13,25 +14,37 @@ namespace {
 /// Whether a list of flags, which may be shorter than its ids, holds this one.
 bool Has(const std::vector<bool>& flags, std::size_t id) { return id < flags.size() && flags[id]; }
 
+/// A few names, and how many more there are.
+std::string JoinFew(const std::vector<std::string>& names) {
+  constexpr std::size_t kMost = 3;
+  const auto shown = static_cast<std::ptrdiff_t>(std::min(names.size(), kMost));
+  const std::string few = JoinNames({names.begin(), names.begin() + shown});
+  return names.size() > kMost ? few + " and " + std::to_string(names.size() - kMost) + " more" : few;
+}
+
 }  // namespace
 
 void DocumentAdvice::CheckOutputs(Findings& findings) const {
+  MissingFolders folders;
   for (std::size_t i = 0; i < content_.outputs.size(); ++i) {
     const OutputEntry& output = content_.output_entries[i];
     const std::string who = "output " + Quote(content_.outputs[i].from);
     CheckImage(who, *output.entry, output.outplug, findings);
-    CheckFile(who, content_.GetFile(content_.outputs[i]), findings);
+    CheckFile(who, content_.GetFile(content_.outputs[i]), folders, findings);
   }
-  for (const DocumentEntry* sink : flow_.GetSinks()) CheckSink(*sink, findings);
+  for (const DocumentEntry* sink : flow_.GetSinks()) CheckSink(*sink, folders, findings);
+  for (const auto& [folder, writers] : folders) {
+    findings.AddError(JoinFew(writers) + ": the folder " + QuotePath(folder) + " does not exist");
+  }
 }
 
-void DocumentAdvice::CheckSink(const DocumentEntry& sink, Findings& findings) const {
+void DocumentAdvice::CheckSink(const DocumentEntry& sink, MissingFolders& folders, Findings& findings) const {
   const std::string who = "node " + Quote(sink.id);
   CheckImage(who, sink, 0, findings);
   const Attribute* path = FindPathAttribute(*sink.node, Attribute::StringUse::kWritePath);
   if (path == nullptr || content_.IsFed(sink, path->GetName())) return;
   const std::filesystem::path file = GetFile(*path);
-  if (!file.empty()) CheckFile(who, file, findings);
+  if (!file.empty()) CheckFile(who, file, folders, findings);
 }
 
 void DocumentAdvice::CheckImage(const std::string& who, const DocumentEntry& entry, unsigned outplug,
@@ -40,8 +53,21 @@ void DocumentAdvice::CheckImage(const std::string& who, const DocumentEntry& ent
   findings.AddError(who + " cannot get an image: " + flow_.DescribeCause(entry, outplug));
 }
 
-void DocumentAdvice::CheckFile(const std::string& who, const std::filesystem::path& file, Findings& findings) {
-  for (const std::string& problem : FindSaveProblems(file)) findings.AddError(who + ": " + problem);
+void DocumentAdvice::CheckFile(const std::string& who, const std::filesystem::path& file, MissingFolders& folders,
+                               Findings& findings) {
+  std::vector<std::string> problems = FindSaveProblems(file);
+  std::error_code error;
+  const std::filesystem::path folder = file.parent_path();
+  const bool is_missing =
+      !folder.empty() && std::filesystem::status(folder, error).type() == std::filesystem::file_type::not_found;
+  if (is_missing) {
+    // Without "sub/..", a folder may well be there.
+    const std::filesystem::path plain = folder.lexically_normal();
+    folders[std::filesystem::exists(plain, error) ? folder : plain].push_back(who);
+    // The place comes after the ending, and all that is wrong with it is the folder.
+    problems.pop_back();
+  }
+  for (const std::string& problem : problems) findings.AddError(who + ": " + problem);
 }
 
 void DocumentAdvice::NoteIdleSettings(Findings& findings) const {
@@ -55,8 +81,8 @@ void DocumentAdvice::NoteIdleSettings(Findings& findings) const {
       if (!idle.empty()) findings.AddNote(Quote(id + "." + attribute.GetName()) + " " + idle);
     }
   }
-  const bool writes_nothing = content_.outputs.empty() && flow_.GetSinks().empty() && !content_.lacks_parts;
-  if (writes_nothing) findings.AddNote("nothing is written: the document has no outputs and no enabled writer");
+  if (flow_.WritesNothing() && !content_.lacks_parts)
+    findings.AddNote("nothing is written: the document has no outputs and no enabled writer");
 }
 
 std::string DocumentAdvice::DescribeIdle(const DocumentEntry& entry, const Attribute& attribute) const {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "Host/Documents/DocumentContent.h"
 #include "Host/Documents/GraphDocument.h"
@@ -19,9 +21,13 @@ class DocumentAdvice {
   void NoteIdleSettings(Findings& findings) const;
 
  private:
-  void CheckSink(const DocumentEntry& sink, Findings& findings) const;
+  /// Who wants to write into each folder that is not there.
+  using MissingFolders = std::map<std::filesystem::path, std::vector<std::string>>;
+
+  void CheckSink(const DocumentEntry& sink, MissingFolders& folders, Findings& findings) const;
   void CheckImage(const std::string& who, const DocumentEntry& entry, unsigned outplug, Findings& findings) const;
-  static void CheckFile(const std::string& who, const std::filesystem::path& file, Findings& findings);
+  static void CheckFile(const std::string& who, const std::filesystem::path& file, MissingFolders& folders,
+                        Findings& findings);
   /// Why it is to no purpose that an attribute is set; empty where it is to some.
   [[nodiscard]] std::string DescribeIdle(const DocumentEntry& entry, const Attribute& attribute) const;
   /// Whether what an attribute depends on comes from a node of unknown type.

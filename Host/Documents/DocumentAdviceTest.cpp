@@ -205,30 +205,58 @@ TEST_F(DocumentAdviceTest, FoldersThatAreMissingAndEndingsOfNoFormatAreErrors) {
                           "{'from': 'waves.image', 'to': 'w.image'}, {'from': 'waves.image', 'to': 'off.image'}",
                           "{'from': 'waves.image', 'path': 'a.letter'}, {'from': 'waves.image', 'path': 'a.EXR'},"
                           "{'from': 'waves.image', 'path': 'none/b.letter'}, {'from': 'waves.image', 'path': 'c'}"));
-  ASSERT_EQ(errors.size(), 5U);
+  ASSERT_EQ(errors.size(), 4U);
   EXPECT_TRUE(Contains(errors[0], "output \"waves.image\""));
   EXPECT_TRUE(Contains(errors[0], "a.letter"));
   EXPECT_TRUE(Contains(errors[0], "ending"));
   EXPECT_TRUE(Contains(errors[1], "b.letter"));
   EXPECT_TRUE(Contains(errors[1], "ending"));
-  EXPECT_TRUE(Contains(errors[2], "b.letter"));
-  EXPECT_TRUE(Contains(errors[2], "does not exist"));
-  EXPECT_TRUE(Contains(errors[3], "ending"));
-  EXPECT_TRUE(Contains(errors[4], "node \"w\""));
-  EXPECT_TRUE(Contains(errors[4], "none\" does not exist"));
+  EXPECT_TRUE(Contains(errors[2], "/c\""));
+  EXPECT_TRUE(Contains(errors[2], "ending"));
+  // A folder is missing once, whoever wants to write there.
+  EXPECT_EQ(errors[3],
+            Quoted("output 'waves.image', node 'w': the folder '" + (folder_ / "none").string() + "' does not exist"));
   EXPECT_TRUE(folder_.List().empty());
+}
+
+TEST_F(DocumentAdviceTest, OfManyWhoMissAFolderAFewAreNamed) {
+  std::string outputs;
+  for (int i = 0; i < 5; ++i) {
+    outputs += (i > 0 ? ", " : "") + ("{'from': 'waves.image', 'path': 'out/" + std::to_string(i) + ".exr'}");
+  }
+  const std::vector<std::string> errors =
+      FindErrors(MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}", "", outputs));
+  ASSERT_EQ(errors.size(), 1U);
+  EXPECT_TRUE(Contains(errors[0], "\"waves.image\" and 2 more: the folder"));
+}
+
+TEST_F(DocumentAdviceTest, PlacesThatCannotBeWrittenAreErrors) {
+  std::filesystem::create_directory(folder_ / "sub.exr");
+  Testing::WriteText(folder_ / "file", "");
+  const auto find = [&](const std::string& path) {
+    return FindErrors(
+        MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}", "", "{'from': 'waves.image', 'path': '" + path + "'}"));
+  };
+  ASSERT_EQ(find("sub.exr").size(), 1U);
+  EXPECT_TRUE(Contains(find("sub.exr")[0], "it is a folder"));
+  ASSERT_EQ(find("file/a.exr").size(), 1U);
+  EXPECT_TRUE(Contains(find("file/a.exr")[0], "file\" is not a folder"));
+  EXPECT_TRUE(find("./a.exr").empty());
 }
 
 TEST_F(DocumentAdviceTest, ReadersThatNothingNeedsMayBeWithoutPath) {
   const auto check = [&](const std::string& outputs) {
-    return Check(MakeText("{'id': 'r', 'type': 'ImageReaderNode'}, {'id': 'add', 'type': 'ImageValueAddNode'}",
+    return Check(MakeText("{'id': 'r', 'type': 'ImageReaderNode'}, {'id': 'add', 'type': 'ImageValueAddNode'},"
+                          "{'id': 'waves', 'type': 'ImageWavesNode'}",
                           "{'from': 'r.image', 'to': 'add.image'}", outputs),
                  &GraphDocument::CheckComplete)
         .errors;
   };
-  EXPECT_TRUE(check("").empty());
+  EXPECT_TRUE(check("{'from': 'waves.image', 'path': 'a.exr'}").empty());
   ASSERT_EQ(check("{'from': 'add.image', 'path': 'a.exr'}").size(), 1U);
   EXPECT_TRUE(Contains(check("{'from': 'add.image', 'path': 'a.exr'}")[0], "\"r\""));
+  // Of a document without outputs any may be asked for.
+  EXPECT_EQ(check("").size(), 1U);
 }
 
 // ---- Settings to no purpose ----

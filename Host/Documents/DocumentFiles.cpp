@@ -138,7 +138,8 @@ void GraphDocument::CheckComplete(Findings& findings) const {
   std::optional<ImageFlow> flow;
   const auto is_needed = [&](const DocumentEntry& entry) {
     if (!flow) flow.emplace(*content_);
-    return flow->IsNeeded(entry);
+    // Of a document that writes nothing yet, any node may be what is asked for next.
+    return flow->IsNeeded(entry) || flow->WritesNothing();
   };
   for (const std::string& id : content_->ids) {
     const DocumentEntry& entry = *content_->Find(id);

@@ -27,6 +27,8 @@ class ImageFlow {
 
   explicit ImageFlow(GraphDocument::Content& content);
 
+  /// Whether there is neither an output nor an enabled writer.
+  [[nodiscard]] bool WritesNothing() const { return content_.outputs.empty() && sinks_.empty(); }
   /// Whether a run evaluates this node: an output or an enabled writer depends on it.
   [[nodiscard]] bool IsNeeded(const DocumentEntry& entry) const { return vertices_[FindVertex(entry)].is_needed; }
   /// Enabled nodes that act on something outside, in the order of the document.
