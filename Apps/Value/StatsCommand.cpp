@@ -51,13 +51,14 @@ class StatsCommand : public Command {
     ExitCode code = ExitCode::kDone;
     std::size_t failed = 0;
     for (std::size_t i = 0; i < files_.size(); ++i) {
-      if (HasMany()) reporter_.Progress(files_[i], i, files_.size());
       const ExitCode own = MeasureFile(files_[i], i == 0);
       if (own != ExitCode::kDone) ++failed;
       code = std::max(code, own);
     }
     if (HasMany()) {
-      PrintJsonLine({{"files", files_.size()}, {"measured", files_.size() - failed}, {"failed", failed}});
+      nlohmann::ordered_json sum = {{"files", files_.size()}, {"measured", files_.size() - failed}, {"failed", failed}};
+      if (!first_error_.empty()) sum["error"] = first_error_;
+      PrintJsonLine(sum);
     }
     return code;
   }
@@ -108,7 +109,9 @@ class StatsCommand : public Command {
 
   void TellError(const std::string& text, nlohmann::ordered_json& answer) {
     reporter_.Error(text);
-    if (HasMany()) answer["error"] = EscapeLine(text);
+    if (!HasMany()) return;
+    answer["error"] = EscapeLine(text);
+    if (first_error_.empty()) first_error_ = EscapeLine(text);
   }
 
   /// Notes of reading do not name the file.
@@ -179,6 +182,7 @@ class StatsCommand : public Command {
   }
 
   std::vector<std::string> files_;
+  std::string first_error_;
   bool is_summary_ = false;
   std::size_t bins_ = 16;
   ScEng::ReadOptions options_;

@@ -210,7 +210,8 @@ class StatsTest(ValueTestCase):
         self.assertEqual(lines[1]["file"], "broken.exr")
         self.assertIn("broken.exr", lines[1]["error"])
         self.assertEqual((lines[2]["file"], lines[2]["nan"], lines[2]["infinite"]), ("b.exr", 1, 1))
-        self.assertEqual(lines[3], {"files": 3, "measured": 2, "failed": 1})
+        self.assertEqual([lines[3][key] for key in ("files", "measured", "failed")], [3, 2, 1])
+        self.assertIn("broken.exr", lines[3]["error"])
 
     def test_names_in_lines_of_json(self):
         for name in ("ä\u202eb.exr", "c.exr"):
@@ -218,7 +219,6 @@ class StatsTest(ValueTestCase):
         result = self.value("stats", "ä\u202eb.exr", "c.exr", "--json")
         first = json.loads(result.out.splitlines()[0])
         self.assertEqual(first["file"], "ä\u202eb.exr")
-        self.assertTrue(result.out.isascii())
 
     def test_summary(self):
         self.make_three()
