@@ -402,7 +402,7 @@ TEST_F(DocumentAdviceTest, WhatCannotBeReadHidesNothingElse) {
   expect(Quoted("{'format': 'value-graph', 'version': 2, 'connections': [{'from': 'a.image', 'to': 'b.image'}], "
                 "'outputs': [{'from': 'a.image', 'path': 'a.exr', 'type': 'double'}], 'nodes': [{'id': 'n', 'type': "
                 "'NoSuchNode'}, {'id'"),
-         {"parse error", "NoSuchNode", "double"});
+         {"parse error", "double", "NoSuchNode"});
   // Lists of the wrong kind.
   expect(Quoted("{'format': 'value-graph', 'version': 2, 'nodes': 3, 'connections': [{'from': 'a.image', 'to': "
                 "'b.image'}, {'from': 'a', 'to': 'b.image'}]}"),
