@@ -282,6 +282,7 @@ TEST_F(DocumentAdviceTest, NotesSettingsWithoutEffect) {
   expect("ImageValueAddNode", "'constant': 2", 2, "'n.constant' has no effect with 2 images; it counts with one");
   expect("ImageValueAddNode", "'value': 0", 3, "'n.constant' has no effect with 3 images; it counts with one");
   expect_none("ImageValueAddNode", "'constant': 2", 1);
+  expect_none("ImageValueAddNode", "'constant': 2", 0);
   expect("ImageValuePowerNode", "'constant': 2", 1,
          "'n.constant' has no effect: one image passes through, and several have their exponents in the second and "
          "further ones");

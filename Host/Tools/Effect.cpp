@@ -30,6 +30,8 @@ std::string FormatNumber(double number) {
 }
 
 std::string DescribeImages(const Effect& effect, std::size_t images) {
+  // A node without images makes nothing, whatever it is set to.
+  if (images == 0) return {};
   if (images >= effect.least_images && images <= effect.most_images) return {};
   const bool has_too_few = images < effect.least_images;
   const std::size_t wanted = has_too_few ? effect.least_images : effect.most_images;

@@ -17,16 +17,18 @@ def good():
             node("num", "NumberNode", value=2),
             node("yes", "FlagNode", value=True),
             node("word", "TextNode", value="linear"),
-            node("add", "ImageValueAddNode", constant=0.5),
+            node("add", "ImageValueAddNode"),
             node("clamp", "ImageValueClampNode", low=0, high=1),
+            node("double", "ImageValueMultiplyNode", constant=0.5),
         ],
         [
             link("src.image", "add.image", 0),
             link("num.number", "add.constant"),
             link("add.image", "clamp.image", 0),
             link("word.text", "clamp.profile"),
+            link("clamp.image", "double.image"),
         ],
-        [output("clamp.image", "out.exr", "half")],
+        [output("double.image", "out.exr", "half")],
     )
 
 
@@ -144,7 +146,7 @@ class ValidTest(CheckTestCase):
 
     def test_choice_word_of_the_host_and_flags(self):
         self.accept(document(
-            [node("yes", "FlagNode"), node("c", "ImageToValueNode", auto_level=False)],
+            [node("yes", "FlagNode"), node("c", "ImageToValueNode")],
             [link("yes.flag", "c.auto_level")],
         ))
 
@@ -310,7 +312,7 @@ class HidingTest(CheckTestCase):
             [node("a", "ImageZebraNode"), node("b", "ImageValueAddNode", giraffe=1)],
             [link("a.image", "b.image", 0), link("a.image", "b.rhino")],
         ))
-        result = self.check(whole[:-20], INVALID)
+        result = self.check(whole[:-10], INVALID)
         self.assertIn("parse error", result.err_lines[0])
         for word in ("ImageZebraNode", "giraffe", "rhino"):
             self.assert_names(result, word)
