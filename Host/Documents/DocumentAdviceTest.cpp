@@ -293,6 +293,7 @@ TEST_F(DocumentAdviceTest, NotesSettingsWithoutEffect) {
   expect("ImageValueRangeNode", "'size': 1, 'profile': 'smooth'", 1, "'n.profile' has no effect while 'falloff' is 0");
   expect("ImageReliefNode", "'radius': 0.5, 'grow': true", 1, "'n.grow' has no effect while 'radius' is 0.5");
   expect_none("ImageReliefNode", "'radius': 1, 'grow': true", 1);
+  expect("ImageReliefNode", "'profile': 'smooth'", 1, "'n.profile' has no effect while 'radius' is 1");
   expect("ImageReaderNode", "'low': -1", 0, "'n.low' has no effect while 'range' is declared");
   expect("ImageReaderNode", "'pin': [1, 2]", 0, "'n.pin' has no effect while 'placement' is file");
   expect("ImageReaderNode", "'layer': 'a', 'channels': 'b.Y'", 0, "'n.layer' has no effect while 'channels' is given");

@@ -44,7 +44,12 @@ const std::map<std::string, Setting>& GetBases() {
 const std::map<std::string, std::vector<Setting>>& GetVariants() {
   static const std::map<std::string, std::vector<Setting>> kVariants{
       {"ImageValueRangeNode", {{{"falloff", 0.0}}}},
-      {"ImageReliefNode", {{{"radius", 0.0}, {"soften", 0.0}}, {{"radius", 0.5}}, {{"radius", 0.625}}}},
+      {"ImageReliefNode",
+       {{{"radius", 0.0}, {"soften", 0.0}},
+        {{"radius", 0.5}},
+        {{"radius", 0.625}},
+        {{"radius", 1.5}},
+        {{"radius", 1.625}}}},
   };
   return kVariants;
 }

@@ -32,8 +32,10 @@ namespace {
 /// Enough samples in one piece that handing it to a thread pays.
 constexpr std::size_t kGrain = std::size_t{1} << 16;
 
-/// The largest radius that counts as none, since halves go down.
+/// The largest radii that count as none and as one pixel, since halves go down. A slope of one pixel is one step,
+/// whatever its profile.
 constexpr double kRoundsToNoPixel = 0.5;
+constexpr double kRoundsToOnePixel = 1.5;
 
 constexpr AttributeRow kRadius =
     NumberRow("radius", 1.0, 0.0, 250.0, 1.0, 0, "How far the slope reaches.").WithUnit("px");
@@ -46,7 +48,7 @@ constexpr AttributeRow kStyle =
               "others cut a slope inside the edges of a mask, outside of them, or on both sides.");
 constexpr AttributeRow kProfile =
     ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The cross-section of the slope.")
-        .OnlyAbove(kRadius.name, kRoundsToNoPixel);
+        .OnlyAbove(kRadius.name, kRoundsToOnePixel);
 constexpr AttributeRow kSoften = NumberRow("soften", 0.0, 0.0, 16.0, 1.0, 0,
                                            "Blurs the mask before the relief is made, by a Gaussian of this sigma.")
                                      .WithUnit("px");
