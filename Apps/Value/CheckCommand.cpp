@@ -69,7 +69,8 @@ class CheckCommand : public Command {
     ScEng::Findings further;
     document.CheckComplete(further);
     document.CheckOutputs(further);
-    document.Advise(further);
+    // Advice is for what can be run.
+    if (findings.errors.empty() && further.errors.empty()) document.Advise(further);
     for (const std::string& error : further.errors) findings.AddError(file + ": " + error);
     for (const std::string& note : further.notes) findings.AddNote(file + ": " + note);
     findings.further_errors += further.further_errors;

@@ -128,6 +128,8 @@ ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& p
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings) {
   const std::size_t known = findings.errors.size();
   document.CheckComplete(findings);
+  // What a run would meet on its own is counted, too, where it is refused anyway.
+  if (!findings.errors.empty()) document.CheckOutputs(findings);
   for (std::size_t i = known; i < findings.errors.size(); ++i) {
     findings.errors[i] = ScEng::MakeLine(file + ": " + findings.errors[i]);
   }

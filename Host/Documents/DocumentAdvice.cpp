@@ -2,7 +2,9 @@
 #include "Host/Documents/DocumentAdvice.h"
 
 #include <algorithm>
+#include <set>
 #include <system_error>
+#include <utility>
 
 #include "Host/Documents/MessageText.h"
 #include "Host/Tools/AttributeRow.h"
@@ -26,10 +28,12 @@ std::string JoinFew(const std::vector<std::string>& names) {
 
 void DocumentAdvice::CheckOutputs(Findings& findings) const {
   MissingFolders folders;
+  std::set<std::pair<const DocumentEntry*, unsigned>> checked;
   for (std::size_t i = 0; i < content_.outputs.size(); ++i) {
     const OutputEntry& output = content_.output_entries[i];
     const std::string who = "output " + Quote(content_.outputs[i].from);
-    CheckImage(who, *output.entry, output.outplug, findings);
+    const bool is_new = checked.emplace(output.entry, output.outplug).second;
+    if (is_new) CheckImage(who, *output.entry, output.outplug, findings);
     CheckFile(who, content_.GetFile(content_.outputs[i]), folders, findings);
   }
   for (const DocumentEntry* sink : flow_.GetSinks()) CheckSink(*sink, folders, findings);
@@ -70,29 +74,42 @@ void DocumentAdvice::CheckFile(const std::string& who, const std::filesystem::pa
   for (const std::string& problem : problems) findings.AddError(who + ": " + problem);
 }
 
-void DocumentAdvice::NoteIdleSettings(Findings& findings) const {
+void DocumentAdvice::NoteSettings(std::string (DocumentAdvice::*describe)(const DocumentEntry&, const Attribute&) const,
+                                  Findings& findings) const {
   for (const std::string& id : content_.ids) {
     const DocumentEntry& entry = *content_.Find(id);
     // What a disabled node is set to waits for the day on which it is enabled.
     if (entry.node == nullptr || !entry.node->IsEnabled()) continue;
     for (std::size_t i = 0; i < entry.node->GetNumAttributes(); ++i) {
       const Attribute& attribute = *entry.node->GetAttribute(i);
-      const std::string idle = DescribeIdle(entry, attribute);
+      const std::string idle = (this->*describe)(entry, attribute);
       if (!idle.empty()) findings.AddNote(Quote(id + "." + attribute.GetName()) + " " + idle);
     }
   }
-  if (flow_.WritesNothing() && !content_.lacks_parts)
+}
+
+void DocumentAdvice::NoteFedSettings(Findings& findings) const { NoteSettings(&DocumentAdvice::DescribeFed, findings); }
+
+void DocumentAdvice::NoteIdleSettings(Findings& findings) const {
+  NoteSettings(&DocumentAdvice::DescribeIdle, findings);
+  if (flow_.WritesNothing() && !content_.lacks_parts) {
     findings.AddNote("nothing is written: the document has no outputs and no enabled writer");
+  }
+}
+
+bool DocumentAdvice::IsSet(const DocumentEntry& entry, const Attribute& attribute) {
+  return Has(entry.gave_attributes, attribute.GetId()) || Has(entry.set_attributes, attribute.GetId()) ||
+         attribute.GetValue() != attribute.GetDefault();
+}
+
+std::string DocumentAdvice::DescribeFed(const DocumentEntry& entry, const Attribute& attribute) const {
+  const bool is_fed = IsSet(entry, attribute) && content_.IsFed(entry, attribute.GetName());
+  return is_fed ? "is set and has no effect, because a connection feeds it" : "";
 }
 
 std::string DocumentAdvice::DescribeIdle(const DocumentEntry& entry, const Attribute& attribute) const {
-  const bool is_own = Has(entry.gave_attributes, attribute.GetId()) || attribute.GetValue() != attribute.GetDefault();
-  const bool was_set = Has(entry.set_attributes, attribute.GetId());
-  // Who sets a fed attribute is told so on the spot.
-  if (content_.IsFed(entry, attribute.GetName())) {
-    return is_own && !was_set ? "is set and has no effect, because a connection feeds it" : "";
-  }
-  if (!(is_own || was_set) || DependsOnPlaceholder(entry, attribute)) return {};
+  const bool is_told_otherwise = content_.IsFed(entry, attribute.GetName()) || DependsOnPlaceholder(entry, attribute);
+  if (is_told_otherwise || !IsSet(entry, attribute)) return {};
   return DescribeNoEffect(*entry.node, attribute, flow_.CountImages(entry));
 }
 
@@ -103,7 +120,11 @@ bool DocumentAdvice::DependsOnPlaceholder(const DocumentEntry& entry, const Attr
 
 // ---- GraphDocument ----
 
-void GraphDocument::CheckOutputs(Findings& findings) const { DocumentAdvice(*this).CheckOutputs(findings); }
+void GraphDocument::CheckOutputs(Findings& findings) const {
+  const DocumentAdvice advice(*this);
+  advice.CheckOutputs(findings);
+  advice.NoteFedSettings(findings);
+}
 
 void GraphDocument::Advise(Findings& findings) const { DocumentAdvice(*this).NoteIdleSettings(findings); }
 

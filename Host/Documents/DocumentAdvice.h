@@ -18,6 +18,8 @@ class DocumentAdvice {
   explicit DocumentAdvice(const GraphDocument& document) : content_(*document.content_), flow_(content_) {}
 
   void CheckOutputs(Findings& findings) const;
+  /// Attributes that are set although a connection feeds them.
+  void NoteFedSettings(Findings& findings) const;
   void NoteIdleSettings(Findings& findings) const;
 
  private:
@@ -28,7 +30,13 @@ class DocumentAdvice {
   void CheckImage(const std::string& who, const DocumentEntry& entry, unsigned outplug, Findings& findings) const;
   static void CheckFile(const std::string& who, const std::filesystem::path& file, MissingFolders& folders,
                         Findings& findings);
+  /// Notes what `describe` says of each attribute.
+  void NoteSettings(std::string (DocumentAdvice::*describe)(const DocumentEntry&, const Attribute&) const,
+                    Findings& findings) const;
+  /// Whether the document or anybody since has set an attribute.
+  static bool IsSet(const DocumentEntry& entry, const Attribute& attribute);
   /// Why it is to no purpose that an attribute is set; empty where it is to some.
+  [[nodiscard]] std::string DescribeFed(const DocumentEntry& entry, const Attribute& attribute) const;
   [[nodiscard]] std::string DescribeIdle(const DocumentEntry& entry, const Attribute& attribute) const;
   /// Whether what an attribute depends on comes from a node of unknown type.
   [[nodiscard]] bool DependsOnPlaceholder(const DocumentEntry& entry, const Attribute& attribute) const;

@@ -109,6 +109,13 @@ TEST_F(DocumentAdviceTest, NamesTheInputWhereTheImagesEnd) {
                         Quoted("node 'w' cannot get an image: nothing is connected to 'image' of node 'a'")}));
 }
 
+TEST_F(DocumentAdviceTest, TwoFilesOfOneOutputLackItsImageOnce) {
+  EXPECT_EQ(FindErrors(MakeText("{'id': 'a', 'type': 'ImageValueAddNode'}", "",
+                                "{'from': 'a.image', 'path': 'a.exr'}, {'from': 'a.image', 'path': 'b.exr'}"))
+                .size(),
+            1U);
+}
+
 TEST_F(DocumentAdviceTest, NamesTheDisabledNodeWhereTheImagesEnd) {
   const auto find = [&](const std::string& type) {
     return FindErrors(MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}, {'id': 'x', 'type': '" + type +
@@ -309,17 +316,20 @@ TEST_F(DocumentAdviceTest, NotesPrecisionWithOneImage) {
 }
 
 TEST_F(DocumentAdviceTest, NotesAttributesThatAConnectionFeeds) {
-  const auto find = [&](const std::string& attributes) {
-    return FindNotes(
-        MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}, {'id': 'x', 'type': 'NumberNode'},"
-                 "{'id': 'n', 'type': 'ImageValueAddNode', 'attributes': {" +
-                     attributes + "}}",
-                 "{'from': 'waves.image', 'to': 'n.image'}, {'from': 'x.number', 'to': 'n.value'}",
-                 "{'from': 'n.image', 'path': 'a.exr'}"));
+  const auto find = [&](const std::string& attributes, void (GraphDocument::*check)(Findings&) const) {
+    return Check(MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}, {'id': 'x', 'type': 'NumberNode'},"
+                          "{'id': 'n', 'type': 'ImageValueAddNode', 'attributes': {" +
+                              attributes + "}}",
+                          "{'from': 'waves.image', 'to': 'n.image'}, {'from': 'x.number', 'to': 'n.value'}",
+                          "{'from': 'n.image', 'path': 'a.exr'}"),
+                 check)
+        .notes;
   };
-  EXPECT_EQ(find("'value': 0"),
+  EXPECT_EQ(find("'value': 0", &GraphDocument::CheckOutputs),
             (std::vector<std::string>{Quoted("'n.constant' is set and has no effect, because a connection feeds it")}));
-  EXPECT_TRUE(find("").empty());
+  EXPECT_TRUE(find("", &GraphDocument::CheckOutputs).empty());
+  // A value in store for the day on which the connection goes is nothing to tell of in each run.
+  EXPECT_TRUE(find("'value': 0", &GraphDocument::Advise).empty());
 }
 
 TEST_F(DocumentAdviceTest, WhatIsNotKnownIsNotNoted) {

@@ -266,16 +266,10 @@ TEST(DocumentLimitsTest, Nesting) {
   ExpectError(make(60), {"a.value", "number"});
   ExpectError(make(61), {"64 levels"});
   ExpectError(make(50'000), {"64 levels"});
-  const Findings lists = Load(std::string(50'000, '['));
-  ASSERT_EQ(lists.errors.size(), 2U);
-  EXPECT_TRUE(Contains(lists.errors[0], "64 levels"));
-  EXPECT_TRUE(Contains(lists.errors[1], "not an object"));
+  ExpectError(std::string(50'000, '['), {"64 levels"});
   std::string objects;
   for (int i = 0; i < 50'000; ++i) objects += "{\"nodes\":";
-  const Findings findings = Load(objects);
-  ASSERT_EQ(findings.errors.size(), 2U);
-  EXPECT_TRUE(Contains(findings.errors[0], "64 levels"));
-  EXPECT_TRUE(Contains(findings.errors[1], "\"nodes\" is not a list"));
+  ExpectError(objects, {"64 levels"});
 }
 
 TEST(DocumentLimitsTest, Size) {
@@ -290,10 +284,9 @@ TEST(DocumentLimitsTest, Nodes) {
   // None of these is a node, but each takes the place of one.
   std::string entries = "1";
   for (int i = 1; i < 1'000'000; ++i) entries += ",1";
-  EXPECT_EQ(Load(MakeText(entries)).GetNumErrors(), 1'000'000U);
-  const Findings findings = Load(MakeText(entries + ",{}"));
-  EXPECT_TRUE(Contains(findings.errors.front(), "1000000 nodes"));
-  EXPECT_EQ(findings.GetNumErrors(), 1'000'001U);
+  const Findings findings = Load(MakeText(entries));
+  EXPECT_EQ(findings.GetNumErrors(), 1'000'000U);
+  ExpectError(MakeText(entries + ",{}"), {"1000000 nodes"});
 }
 
 TEST(DocumentLimitsTest, ValuesOfOneNode) {

@@ -92,19 +92,24 @@ void DocumentReader::ReadText(std::string_view text) {
     refuse("it is larger than " + std::to_string(kMostBytes >> 20) + " MiB");
     return;
   }
-  const std::string problem = ParseDocument(text, *this);
+  const ParseProblem problem = ParseDocument(text, *this);
+  if (!problem.text.empty() && !problem.is_syntax) {
+    content_.lacks_parts = true;
+    refuse(problem.text);
+    return;
+  }
   const auto version = version_ ? ReadUnsigned(*version_) : std::nullopt;
   if (version && *version > kNewestVersion) {
     // What else looks wrong may well be right in that version.
     refuse("\"version\" is " + std::to_string(*version) + "; this program reads versions " +
            std::to_string(kOldestVersion) + " to " + std::to_string(kNewestVersion));
-    if (!problem.empty()) AddError(problem);
+    if (problem.is_syntax) AddError(problem.text);
     return;
   }
-  const bool has_end = problem.empty();
+  const bool has_end = !problem.is_syntax;
   content_.lacks_parts = content_.lacks_parts || !has_end || !lists_.contains(DocumentList::kNodes);
   ReadRest();
-  if (!has_end) AddErrorsBefore(before, {problem});
+  if (!has_end) AddErrorsBefore(before, {problem.text});
   if (has_end && is_object_) AddErrorsBefore(before, FindHeadErrors());
 }
 
