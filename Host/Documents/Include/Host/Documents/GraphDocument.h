@@ -174,8 +174,8 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// outputs with one path, words of outputs that the formats of this build cannot follow.
   void CheckComplete(Findings& findings) const;
   /// What else would keep outputs and enabled writers from being written, as far as that can be told ahead: images that
-  /// cannot get there, missing folders, endings of no format. A run meets each of these on its own and writes everything
-  /// else, so it need not ask. Also notes on attributes that are set although a connection feeds them.
+  /// cannot get there, missing folders, endings of no format. A run meets each of these on its own and writes
+  /// everything else, so it need not ask. Also notes on attributes that are set although a connection feeds them.
   void CheckOutputs(Findings& findings) const;
   /// Notes on what is set to no purpose: attributes that have no effect where they stand, and a document that writes
   /// nothing. Ask when everything is set.
