@@ -169,6 +169,7 @@ add_dependencies(HostDecodingTests HostCodecFaulty ValueDecoder)
 
 value_add_test(HostFilesTests
   SOURCES
+    "${host}/Documents/DocumentAdviceTest.cpp"
     "${host}/Documents/DocumentEditingTest.cpp"
     "${host}/Documents/DocumentEvaluationTest.cpp"
     "${host}/Documents/DocumentLimitsTest.cpp"
@@ -183,9 +184,7 @@ value_add_test(HostFilesTests
     "${host}/Testing/TestContextTest.cpp"
   DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Testing OpenImageIO::OpenImageIO
   # A damaged file makes a library of image formats leak; which one shows only in whole call stacks.
-  ENVIRONMENT
-    "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/Sanitizers/leaks.supp"
-    "ASAN_OPTIONS=fast_unwind_on_malloc=0")
+  ENVIRONMENT ${gpu_test_environment})
 
 value_add_test(HostReadingTests
   SOURCES
@@ -283,6 +282,8 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Glob.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/GlobTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ImageFigures.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ImageFiguresTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Jobs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudget.cpp"

@@ -36,6 +36,7 @@ value_add_test(ValueNodeTests
 value_add_test(ValueContractTests
   SOURCES
     Contract/CancellationTest.cpp
+    Contract/EffectTest.cpp
     Contract/EveryNodeContractTest.cpp
     Contract/ReachTest.cpp
     Contract/ValueNodePropertiesTest.cpp

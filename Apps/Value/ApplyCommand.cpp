@@ -106,6 +106,7 @@ class ApplyCommand : public Command, private BatchTask {
     if (!refusal.IsRefused()) document.CheckComplete(findings);
     if (!findings.errors.empty()) refusal = {ExitCode::kUsage, findings.errors.front()};
     if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
+    Advise(document, notes);
     reporter_.Notes(notes);
 
     if (standard_output_.IsUsed() && profile_.Prints()) {

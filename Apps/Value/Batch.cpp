@@ -160,7 +160,9 @@ Refusal Batch::Probe(std::vector<std::string>& notes) {
     if (!is_given) shared_inputs_.push_back(file);
   }
   refusal = FindClash();
-  return refusal.IsRefused() ? refusal : Finish(document, 0);
+  if (!refusal.IsRefused()) refusal = Finish(document, 0);
+  if (!refusal.IsRefused()) Advise(document, notes);
+  return refusal;
 }
 
 std::filesystem::path Batch::GetTarget(std::size_t index, const std::filesystem::path& output) const {

@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
 #include "Apps/Value/Common.h"
+#include "Apps/Value/StandardInput.h"
+#include "Host/Tools/Guard.h"
 
 namespace {
 
@@ -8,37 +12,76 @@ class CheckCommand : public Command {
   using Command::Command;
 
   CLI::App* Declare(CLI::App& app) override {
-    CLI::App* sub = app.add_subcommand("check", "Validates a graph document without evaluating it");
-    sub->add_option("GRAPH", file_, "The document")->required();
-    sub->footer("Example:\n  value check Examples/raise_terrain.json");
+    CLI::App* sub = app.add_subcommand("check", "Validates graph documents without evaluating them");
+    sub->add_option("GRAPH", files_, "The documents; - is standard input")->required();
+    sub->footer(
+        "Examples:\n"
+        "  value check Examples/raise_terrain.json\n"
+        "  value check Examples/*.json\n"
+        "Input files are not looked for.");
     return sub;
   }
 
   ExitCode Run() override {
-    const auto catalog = LoadCatalog();
-    if (!catalog) return ExitCode::kPlugin;
-    ScEng::GraphDocument document(catalog);
-    ScEng::Findings findings;
-    const bool could_read = document.Load(ScEng::MakePath(file_), findings);
-    if (could_read) CheckComplete(document, file_, findings);
-    reporter_.Notes(findings.notes);
-    for (const std::string& error : findings.errors) reporter_.Error(error);
-    if (findings.further_errors > 0) {
-      reporter_.Error(file_ + ": there are " + std::to_string(findings.further_errors) + " further errors");
+    catalog_ = LoadCatalog();
+    if (!catalog_) return ExitCode::kPlugin;
+    ExitCode code = ExitCode::kDone;
+    nlohmann::ordered_json answers = nlohmann::ordered_json::array();
+    for (const std::string& file : files_) {
+      answers.emplace_back();
+      code = std::max(code, CheckFile(file, answers.back()));
     }
-
-    nlohmann::ordered_json answer;
-    answer["document"] = file_;
-    answer["valid"] = findings.errors.empty();
-    answer["problems"] = findings.errors;
-    if (findings.errors.empty() && !common_.quiet) reporter_.Print(file_ + " is valid\n");
-    reporter_.Finish(answer);
-    if (!could_read) return ExitCode::kFile;
-    return findings.errors.empty() ? ExitCode::kDone : ExitCode::kInvalidDocument;
+    if (files_.size() == 1) {
+      reporter_.Finish(answers.front());
+    } else {
+      reporter_.Finish({{"documents", answers}});
+    }
+    return code;
   }
 
  private:
-  std::string file_;
+  ExitCode CheckFile(const std::string& written, nlohmann::ordered_json& answer) {
+    const std::string file = StandardInput::GetDocumentName(written);
+    ScEng::Findings findings;
+    ExitCode code = ExitCode::kDone;
+    try {
+      code = FindProblems(written, file, findings);
+    } catch (...) {
+      findings.AddError(file + ": an unexpected error: " + ScEng::DescribeHandledException());
+      code = ExitCode::kNodeError;
+    }
+    reporter_.Notes(findings.notes);
+    for (const std::string& error : findings.errors) reporter_.Error(error);
+    if (findings.further_errors > 0) {
+      reporter_.Error(file + ": there are " + std::to_string(findings.further_errors) + " further errors");
+    }
+    const bool is_valid = findings.errors.empty();
+    answer["document"] = file;
+    answer["valid"] = is_valid;
+    answer["problems"] = findings.errors;
+    // The notes of a single document stand at the end of its answer, as with every command.
+    if (files_.size() > 1 && !findings.notes.empty()) answer["notes"] = findings.notes;
+    if (is_valid && !common_.quiet) reporter_.Print(file + " is valid\n");
+    return code;
+  }
+
+  ExitCode FindProblems(const std::string& written, const std::string& file, ScEng::Findings& findings) const {
+    ScEng::GraphDocument document(catalog_);
+    if (!StandardInput::LoadDocument(document, written, findings)) return ExitCode::kFile;
+    ScEng::Findings further;
+    document.CheckComplete(further);
+    document.CheckOutputs(further);
+    // Advice is for what can be run.
+    if (findings.errors.empty() && further.errors.empty()) document.Advise(further);
+    for (const std::string& error : further.errors) findings.AddError(file + ": " + error);
+    for (const std::string& note : further.notes) findings.AddNote(file + ": " + note);
+    findings.further_errors += further.further_errors;
+    findings.further_notes += further.further_notes;
+    return findings.errors.empty() ? ExitCode::kDone : ExitCode::kInvalidDocument;
+  }
+
+  std::shared_ptr<const ScEng::NodeCatalog> catalog_;
+  std::vector<std::string> files_;
 };
 
 }  // namespace

@@ -153,9 +153,17 @@ ExitCode Command::RunDocument(ScEng::GraphDocument& document, const std::string&
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings) {
   const std::size_t known = findings.errors.size();
   document.CheckComplete(findings);
+  // What a run would meet on its own is counted, too, where it is refused anyway.
+  if (!findings.errors.empty()) document.CheckOutputs(findings);
   for (std::size_t i = known; i < findings.errors.size(); ++i) {
     findings.errors[i] = ScEng::MakeLine(file + ": " + findings.errors[i]);
   }
+}
+
+void Advise(const ScEng::GraphDocument& document, std::vector<std::string>& notes) {
+  ScEng::Findings advice;
+  document.Advise(advice);
+  notes.insert(notes.end(), advice.notes.begin(), advice.notes.end());
 }
 
 CLI::Option* AddRepeatable(CLI::App& app, const std::string& name, std::vector<std::string>& values,

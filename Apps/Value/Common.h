@@ -73,6 +73,9 @@ class Command {
 /// Adds what stands in the way of a run although the document could be read, each error with the document's name.
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings);
 
+/// Adds notes on what a document sets to no purpose.
+void Advise(const ScEng::GraphDocument& document, std::vector<std::string>& notes);
+
 /// What NODE and the like on a command line may be.
 constexpr const char* kNodeWords = "Class name, display name or the three numbers of a node";
 

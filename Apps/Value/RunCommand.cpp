@@ -144,6 +144,7 @@ class RunCommand : public Command, private BatchTask {
     ScEng::Findings findings;
     if (!refusal.IsRefused()) CheckComplete(document, GetName(), findings);
     if (!findings.errors.empty()) refusal = RefuseDocument(findings);
+    if (!refusal.IsRefused()) Advise(document, notes);
     reporter_.Notes(notes);
     if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
 

@@ -1,88 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
+#include <cstdio>
+#include <exception>
 #include <sstream>
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/FileFacts.h"
+#include "Apps/Value/ImageFigures.h"
+#include "Apps/Value/SafeText.h"
+#include "Apps/Value/StandardInput.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Image/Image.h"
+#include "Host/Tools/Guard.h"
 
 namespace {
 
-/// The figures of all samples of an image, every channel alike. Range, mean, deviation and histogram are those of the
-/// finite samples.
-struct Figures {
-  ScEng::SampleRange measured;
-  double mean = 0.0;
-  double deviation = 0.0;
-  std::uint64_t finite = 0;
-  std::uint64_t nan = 0;
-  std::uint64_t infinite = 0;
-  std::vector<std::uint64_t> histogram;
-};
-
-Figures Measure(const Image& image, std::size_t bins) {
-  Figures figures;
-  const float* samples = image.GetConstArray();
-  const std::size_t count = image.GetNumSamples();
-  figures.measured = ScEng::MeasureFiniteRange(samples, count);
-  if (figures.measured.IsEmpty()) figures.measured = {0.0F, 0.0F};
-  const double low = figures.measured.low;
-  const double span = static_cast<double>(figures.measured.high) - low;
-  figures.histogram.assign(bins, 0);
-
-  // Sums of differences from the lowest sample keep their digits where all samples are large and close together.
-  double sum = 0.0;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (std::isnan(samples[i])) ++figures.nan;
-    if (std::isinf(samples[i])) ++figures.infinite;
-    if (!std::isfinite(samples[i])) continue;
-    ++figures.finite;
-    const double above = static_cast<double>(samples[i]) - low;
-    sum += above;
-    const double place = span > 0.0 ? above / span * static_cast<double>(bins) : 0.0;
-    ++figures.histogram[std::min(bins - 1, static_cast<std::size_t>(place))];
-  }
-  if (figures.finite == 0) return figures;
-  const double mean_above = sum / static_cast<double>(figures.finite);
-  figures.mean = low + mean_above;
-  double squares = 0.0;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (!std::isfinite(samples[i])) continue;
-    const double difference = static_cast<double>(samples[i]) - low - mean_above;
-    squares += difference * difference;
-  }
-  figures.deviation = std::sqrt(squares / static_cast<double>(figures.finite));
-  return figures;
-}
-
-std::string DrawHistogram(const Figures& figures) {
-  constexpr std::size_t kWidest = 50;
-  const std::uint64_t most =
-      std::max<std::uint64_t>(1, *std::max_element(figures.histogram.begin(), figures.histogram.end()));
-  const double low = figures.measured.low;
-  const double span = static_cast<double>(figures.measured.high) - low;
-  std::ostringstream text;
-  for (std::size_t i = 0; i < figures.histogram.size(); ++i) {
-    const double from = low + span * static_cast<double>(i) / static_cast<double>(figures.histogram.size());
-    std::string label = FormatFloat(static_cast<float>(from));
-    label.resize(std::max<std::size_t>(label.size(), 14), ' ');
-    const auto length = static_cast<std::size_t>(static_cast<double>(figures.histogram[i]) / static_cast<double>(most) *
-                                                 static_cast<double>(kWidest));
-    text << "  " << label << " " << std::string(length, '#') << (length > 0 ? " " : "") << figures.histogram[i] << "\n";
-  }
-  return text.str();
-}
+/// Above the lines of `DescribeInShort`.
+constexpr const char* kSummaryHead =
+    "       size  mode         lowest      highest         mean      NaN      inf  file\n";
 
 class StatsCommand : public Command {
  public:
   using Command::Command;
 
   CLI::App* Declare(CLI::App& app) override {
-    CLI::App* sub = app.add_subcommand("stats", "Prints the figures of an image file");
-    sub->add_option("FILE", file_, "The image")->required();
+    CLI::App* sub = app.add_subcommand("stats", "Prints the figures of image files");
+    sub->add_option("FILE", files_, "The images; - is standard input")->required();
+    sub->add_flag("--summary", is_summary_, "A line for each file in place of all its figures");
     sub->add_option("--bins", bins_, "Bars of the histogram (default: 16)")
         ->type_name("N")
         ->check(CLI::Range(1, 65536));
@@ -93,40 +36,113 @@ class StatsCommand : public Command {
     sub->add_option("--samples", samples_, "What integers become: auto, unit (divided by their largest) or stored")
         ->type_name("WORD")
         ->check(CLI::IsMember({"auto", "unit", "stored"}));
-    sub->footer("Examples:\n  value stats terrain.exr\n  value stats terrain.exr --bins 64 --json");
+    sub->footer(
+        "Examples:\n"
+        "  value stats terrain.exr\n"
+        "  value stats terrain.exr --bins 64 --json\n"
+        "  value stats --summary tiles/*.exr\n"
+        "With --json and several files each file is a line of its own, and the last line counts them.");
     return sub;
   }
 
   ExitCode Run() override {
-    Status status;
-    std::vector<std::string> notes;
     if (samples_ == "unit") options_.scale = ScEng::SampleScale::kUnit;
     if (samples_ == "stored") options_.scale = ScEng::SampleScale::kStored;
-    std::optional<ScEng::FileDescription> file;
-    const auto image = ScEng::ReadImageFile(ScEng::MakePath(file_), options_, status, notes, &file);
-    if (!image) {
-      if (!file) return Fail(ExitCode::kFile, status.GetMessage());
-      // What there is in the file tells what to ask for.
-      reporter_.Print(file_ + "\n" + DescribeFile(*file));
-      nlohmann::ordered_json answer = {{"file", file_}};
-      answer.update(FileToJson(*file));
-      return Fail(ExitCode::kFile, status.GetMessage(), std::move(answer));
+    if (is_summary_) reporter_.Print(kSummaryHead);
+    ExitCode code = ExitCode::kDone;
+    std::size_t failed = 0;
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+      const ExitCode own = MeasureFile(files_[i], i == 0);
+      if (own != ExitCode::kDone) ++failed;
+      code = std::max(code, own);
+      if (HasMany()) reporter_.Progress(files_[i], i + 1, files_.size(), ProgressUnit::kFiles);
     }
-    reporter_.Notes(notes);
-    const Figures figures = Measure(*image, bins_);
-    reporter_.Print(Describe(*image, figures, *file));
-    nlohmann::ordered_json answer = ToAnswer(*image, figures);
-    answer.update(FileToJson(*file));
-    reporter_.Finish(answer);
-    return ExitCode::kDone;
+    if (HasMany()) {
+      nlohmann::ordered_json sum = {{"files", files_.size()}, {"measured", files_.size() - failed}, {"failed", failed}};
+      reporter_.FinishLines(sum);
+    }
+    return code;
   }
 
  private:
   using Status = ScEng::Status;
 
-  std::string Describe(const Image& image, const Figures& figures, const ScEng::FileDescription& file) const {
+  [[nodiscard]] bool HasMany() const { return files_.size() > 1; }
+
+  /// Tells about one file as soon as it is measured.
+  ExitCode MeasureFile(const std::string& name, bool is_first) {
+    nlohmann::ordered_json answer = {{"file", name}};
+    ExitCode code = ExitCode::kNodeError;
+    try {
+      code = MeasureFile(name, is_first, answer);
+    } catch (...) {
+      TellError((HasMany() ? name + ": " : "") + "an unexpected error: " + ScEng::DescribeHandledException(), answer);
+    }
+    if (HasMany()) {
+      reporter_.AnswerLine(answer);
+    } else {
+      reporter_.Finish(answer);
+    }
+    return code;
+  }
+
+  ExitCode MeasureFile(const std::string& name, bool is_first, nlohmann::ordered_json& answer) {
+    Status status;
+    std::vector<std::string> notes;
+    std::optional<ScEng::FileDescription> file;
+    std::filesystem::path path;
+    status = StandardInput::FindImage(name, path);
+    if (status.IsError()) {
+      TellError(status.GetMessage(), answer);
+      return ExitCode::kUsage;
+    }
+    const auto image = ScEng::ReadImageFile(path, options_, status, notes, &file);
+    const std::string gap = is_first ? "" : "\n";
+    if (!image) {
+      // What there is in the file tells what to ask for.
+      if (file && !is_summary_) reporter_.Print(gap + name + "\n" + DescribeFile(*file));
+      if (file) answer.update(FileToJson(*file));
+      TellError(status.GetMessage(), answer);
+      return ExitCode::kFile;
+    }
+    TellNotes(name, notes, answer);
+    const ImageFigures figures = MeasureFigures(*image, bins_);
+    reporter_.Print(is_summary_ ? DescribeInShort(name, *image, figures)
+                                : gap + Describe(name, *image, figures, *file));
+    AddFigures(*image, figures, answer);
+    answer.update(FileToJson(*file));
+    return ExitCode::kDone;
+  }
+
+  void TellError(const std::string& text, nlohmann::ordered_json& answer) {
+    reporter_.Error(text);
+    if (!HasMany()) return;
+    answer["error"] = EscapeLine(text);
+  }
+
+  /// Notes of reading do not name the file.
+  void TellNotes(const std::string& name, const std::vector<std::string>& notes, nlohmann::ordered_json& answer) {
+    if (!HasMany()) return reporter_.Notes(notes);
+    for (const std::string& note : notes) {
+      reporter_.NoteInPassing(name + ": " + note);
+      answer["notes"].push_back(EscapeLine(note));
+    }
+  }
+
+  static std::string DescribeInShort(const std::string& name, const Image& image, const ImageFigures& figures) {
+    const std::string size = std::to_string(image.GetSizeX()) + " x " + std::to_string(image.GetSizeY());
+    char text[160];
+    std::snprintf(text, sizeof(text), "%11s  %-6s  %11.6g  %11.6g  %11.6g  %7llu  %7llu  ", size.c_str(),
+                  ColorMode::GetName(image.GetColorMode()), static_cast<double>(figures.measured.low),
+                  static_cast<double>(figures.measured.high), figures.mean,
+                  static_cast<unsigned long long>(figures.nan), static_cast<unsigned long long>(figures.infinite));
+    return text + name + "\n";
+  }
+
+  static std::string Describe(const std::string& name, const Image& image, const ImageFigures& figures,
+                              const ScEng::FileDescription& file) {
     std::ostringstream text;
-    text << file_ << "\n"
+    text << name << "\n"
          << "  size        " << image.GetSizeX() << " x " << image.GetSizeY() << "\n"
          << "  mode        " << ColorMode::GetName(image.GetColorMode()) << " (" << image.GetColorMode() << "), "
          << image.GetNumChannels() << (image.GetNumChannels() == 1 ? " channel" : " channels") << "\n"
@@ -145,9 +161,7 @@ class StatsCommand : public Command {
     return text.str();
   }
 
-  nlohmann::ordered_json ToAnswer(const Image& image, const Figures& figures) const {
-    nlohmann::ordered_json answer;
-    answer["file"] = file_;
+  static void AddFigures(const Image& image, const ImageFigures& figures, nlohmann::ordered_json& answer) {
     answer["width"] = image.GetSizeX();
     answer["height"] = image.GetSizeY();
     answer["mode"] = image.GetColorMode();
@@ -164,10 +178,10 @@ class StatsCommand : public Command {
     answer["nan"] = figures.nan;
     answer["infinite"] = figures.infinite;
     answer["histogram"] = figures.histogram;
-    return answer;
   }
 
-  std::string file_;
+  std::vector<std::string> files_;
+  bool is_summary_ = false;
   std::size_t bins_ = 16;
   ScEng::ReadOptions options_;
   std::string samples_;

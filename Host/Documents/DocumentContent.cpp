@@ -80,15 +80,27 @@ DocumentEntry* GraphDocument::Content::FindPlugNode(const std::string& plug, std
 }
 
 Status GraphDocument::Content::FindEnds(const std::string& from, const std::string& to, ConnectionEntry& connection) {
+  const Status status = FindSource(from, connection);
+  return status.IsError() ? status : FindTarget(to, connection);
+}
+
+Status GraphDocument::Content::FindSource(const std::string& from, ConnectionEntry& connection) {
   Status status;
   const DocumentEntry* source = FindPlugNode(from, connection.outplug, status);
   if (source == nullptr) return status;
-  const DocumentEntry* target = FindPlugNode(to, connection.inplug, status);
-  if (target == nullptr) return status;
   if (source->node != nullptr && source->node->GetOutplugIndex(connection.outplug) < 0) {
     const Node& node = *source->node;
     return Status::Error(DescribeMissingPlug(node, "output", connection.outplug, NamesOf(node.GetOutplugs())));
   }
+  connection.from = source;
+  return {};
+}
+
+Status GraphDocument::Content::FindTarget(const std::string& to, ConnectionEntry& connection) {
+  Status status;
+  const DocumentEntry* target = FindPlugNode(to, connection.inplug, status);
+  if (target == nullptr) return status;
+  connection.to = target;
   if (target->node != nullptr && !HasInplug(*target->node, connection.inplug)) {
     const Node& node = *target->node;
     const std::string current = node.TranslateAttributeName(target->attribute_version, connection.inplug);
@@ -98,18 +110,21 @@ Status GraphDocument::Content::FindEnds(const std::string& from, const std::stri
     }
     connection.inplug = current;
   }
-  connection.from = source;
-  connection.to = target;
   return {};
 }
 
 Status GraphDocument::Content::Connect(const std::string& from, const std::string& to, unsigned index,
                                        bool gave_index) {
   ConnectionEntry connection;
-  Status status = FindEnds(from, to, connection);
+  const Status status = FindEnds(from, to, connection);
   if (status.IsError()) return status;
   connection.index = index;
   connection.gave_index = gave_index;
+  return Connect(connection);
+}
+
+Status GraphDocument::Content::Connect(const ConnectionEntry& connection) {
+  const unsigned index = connection.index;
   if (InvolvesPlaceholder(connection)) {
     if (connection.to->node != nullptr && index != 0 && !TakesMany(*connection.to->node, connection.inplug)) {
       return Status::Error("input " + Quote(connection.inplug) + " takes one connection, so its index is 0, not " +
@@ -128,7 +143,7 @@ Status GraphDocument::Content::Connect(const std::string& from, const std::strin
     if (!taken_inputs.empty() && taken_inputs.contains(KeyOfInput(connection))) {
       return MakeTakenError(connection);
     }
-    status =
+    const Status status =
         engine.Connect(connection.from->node, connection.outplug, 0, connection.to->node, connection.inplug, index);
     if (status.IsError()) return status;
   }
@@ -154,6 +169,11 @@ void GraphDocument::Content::RemoveConnections(const std::function<bool(const Co
 }
 
 Status GraphDocument::Content::FindOutput(const DocumentOutput& output, OutputEntry& found) {
+  const Status status = CheckOutput(output);
+  return status.IsError() ? status : FindImageOutput(output.from, found);
+}
+
+Status GraphDocument::Content::CheckOutput(const DocumentOutput& output) {
   for (const OutputWords& known : GetOutputWords()) {
     const std::string& word = output.*known.word;
     if (word.empty() || std::find(known.words.begin(), known.words.end(), word) != known.words.end()) continue;
@@ -162,7 +182,7 @@ Status GraphDocument::Content::FindOutput(const DocumentOutput& output, OutputEn
   }
   if (output.path.empty()) return Status::Error("\"path\" is empty");
   if (output.path.find('\0') != std::string::npos) return Status::Error("\"path\" cannot hold the character 0");
-  return FindImageOutput(output.from, found);
+  return {};
 }
 
 Status GraphDocument::Content::FindImageOutput(const std::string& plug, OutputEntry& found) {

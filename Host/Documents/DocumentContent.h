@@ -22,6 +22,8 @@ namespace ScEng {
 
 /// What a document says of a node whose type is unknown.
 struct Placeholder {
+  /// Its type has been reported as an error.
+  bool is_reported = false;
   JsonValue type;
   bool enabled = true;
   std::optional<double> attribute_version;
@@ -34,6 +36,8 @@ struct DocumentEntry {
   /// Null for a placeholder.
   Node* node = nullptr;
   std::unique_ptr<Placeholder> placeholder;
+  /// A connection to one of its inputs is in the document and could not be made.
+  bool has_lost_connection = false;
   /// The attribute version that names in connections are translated from.
   unsigned attribute_version = 0;
   std::optional<Point> position;
@@ -44,6 +48,8 @@ struct DocumentEntry {
   bool gave_enabled = false;
   bool gave_version = false;
   std::vector<bool> gave_attributes;
+  /// The attributes that were set since, by their ids; empty where none was.
+  std::vector<bool> set_attributes;
 };
 
 /// A connection by what cannot change under it: renaming a node leaves its entry in place.
@@ -90,6 +96,8 @@ struct GraphDocument::Content {
   std::optional<DocumentView> view;
   std::string schema;
   std::filesystem::path folder;
+  /// Nodes, connections or outputs of the document could not be read, so that what seems to be missing may be there.
+  bool lacks_parts = false;
   std::map<std::pair<const Node*, unsigned>, ImagePtr> sources;
   std::vector<DocumentObserver*> observers;
   std::string compression;
@@ -105,9 +113,16 @@ struct GraphDocument::Content {
   Status FindImageOutput(const std::string& plug, OutputEntry& found);
   /// Finds the ends of a connection. The names of plugs become the current ones.
   Status FindEnds(const std::string& from, const std::string& to, ConnectionEntry& connection);
+  Status FindSource(const std::string& from, ConnectionEntry& connection);
+  /// `connection.to` is the node also where only the plug is wrong.
+  Status FindTarget(const std::string& to, ConnectionEntry& connection);
+  /// Makes a connection whose ends were found.
+  Status Connect(const ConnectionEntry& connection);
   Status Connect(const std::string& from, const std::string& to, unsigned index, bool gave_index);
   /// Checks an output and finds its plug.
   Status FindOutput(const DocumentOutput& output, OutputEntry& found);
+  /// The part of it that needs no nodes: words and path.
+  static Status CheckOutput(const DocumentOutput& output);
   /// "there is no node type ..." of what stands as a node's type, with the closest one there is.
   [[nodiscard]] std::string DescribeUnknownType(const JsonValue& type) const;
   /// An entry without a node; null and an error when the id is taken or not one.

@@ -248,15 +248,21 @@ TEST_F(DocumentEditingTest, ObserversMayLeaveWhileTheyAreTold) {
   EXPECT_EQ(listener_.Take(), (std::vector<std::string>{"order", "order"}));
 }
 
-TEST(PlaceholderTest, AreKeptOnlyWhereTheLoaderAsks) {
+TEST(PlaceholderTest, AreErrorsUnlessTheLoaderAsksForThem) {
   const std::string text = MakeText(
       "{'id': 'a', 'type': 'ImageRectangleNode'}, {'id': 'x', 'type': 'ImageAddNode'}, {'id': 'x', 'type': 'X'}",
       "{'from': 'a.image', 'to': 'x.image'}");
   GraphDocument strict(GetCatalog());
   Findings findings = LoadText(strict, text);
-  ASSERT_EQ(findings.errors.size(), 2U);
+  ASSERT_EQ(findings.errors.size(), 3U);
   EXPECT_TRUE(Contains(findings.errors[0], "ImageAddNode"));
-  EXPECT_FALSE(strict.HasId("x"));
+  EXPECT_TRUE(Contains(findings.errors[1], "\"X\""));
+  EXPECT_TRUE(Contains(findings.errors[2], "already"));
+  // What depends on it is looked at all the same, and the error is not said again.
+  EXPECT_TRUE(strict.IsPlaceholder("x"));
+  EXPECT_EQ(strict.GetConnections().size(), 1U);
+  strict.CheckComplete(findings);
+  EXPECT_EQ(findings.errors.size(), 3U);
 
   GraphDocument document(GetCatalog());
   findings = LoadText(document, text, {ScEng::UnknownTypes::kKeep});

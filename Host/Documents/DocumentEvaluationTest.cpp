@@ -60,7 +60,7 @@ constexpr const char* kNodes =
 constexpr const char* kLink = "{'from': 'r.image', 'to': 'add.image'}";
 
 TEST_F(DocumentEvaluationTest, ImagesStandInForOutputs) {
-  LoadGood(MakeText(kNodes, kLink));
+  LoadGood(MakeText(kNodes, kLink, "{'from': 'add.image', 'path': 'a.exr'}"));
   Findings findings;
   document_.CheckComplete(findings);
   EXPECT_EQ(findings.errors.size(), 1U);

@@ -3,11 +3,13 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 #include <system_error>
 #include <utility>
 
 #include "Host/Documents/DocumentContent.h"
+#include "Host/Documents/ImageFlow.h"
 #include "Host/Documents/MessageText.h"
 
 namespace ScEng {
@@ -145,9 +147,17 @@ bool HasControlCharacter(const std::string& text) {
 }  // namespace
 
 void GraphDocument::CheckComplete(Findings& findings) const {
+  // Most documents have no reader without a path, and then it does not matter who needs what.
+  std::optional<ImageFlow> flow;
+  const auto is_needed = [&](const DocumentEntry& entry) {
+    if (!flow) flow.emplace(*content_);
+    // Of a document that writes nothing yet, any node may be what is asked for next.
+    return flow->IsNeeded(entry) || flow->WritesNothing();
+  };
   for (const std::string& id : content_->ids) {
     const DocumentEntry& entry = *content_->Find(id);
     if (entry.node == nullptr) {
+      if (entry.placeholder->is_reported) continue;
       findings.AddError("node " + Quote(id) + ": " + content_->DescribeUnknownType(entry.placeholder->type));
       continue;
     }
@@ -156,7 +166,7 @@ void GraphDocument::CheckComplete(Findings& findings) const {
       const Attribute* path = FindPathAttribute(node, use);
       if (path == nullptr || !node.IsEnabled() || content_->IsFed(entry, path->GetName())) continue;
       const bool is_replaced = use == Attribute::StringUse::kReadPath && content_->sources.contains({&node, 0});
-      if (!is_replaced && path->GetValue().GetText().empty()) {
+      if (!is_replaced && path->GetValue().GetText().empty() && is_needed(entry)) {
         findings.AddError("node " + Quote(id) + ": " + node.GetName() + " has no path; its attribute " +
                           Quote(path->GetName()) + " is empty");
       }

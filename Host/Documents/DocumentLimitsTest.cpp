@@ -177,7 +177,9 @@ TEST(DocumentMessageTest, LongTextIsCut) {
   ExpectError(MakeText("{'id': '" + letters + "', 'type': 'NumberNode'}"), {"nnn...", "1 to 200"});
   ExpectError(MakeText("{'id': 'a', 'type': 'NumberNode', 'attributes': {'value': '" + letters + "'}}"), {"nnn..."});
   ExpectError(MakeText("{'id': 'a', 'type': 'NumberNode', 'attributes': {'" + letters + "': 1}}"), {"nnn...", "value"});
-  ExpectError(MakeText("", "{'from': '" + letters + ".image', 'to': 'b.image'}"), {"connections[0]", "nnn..."});
+  ExpectError(
+      MakeText("{'id': 'b', 'type': 'ImageValueAddNode'}", "{'from': '" + letters + ".image', 'to': 'b.image'}"),
+      {"connections[0]", "nnn..."});
   ExpectError(MakeText("{'id': 'a', 'type': 'ImageRectangleNode'}", "",
                        "{'from': 'a.image', 'path': 'a.exr', 'type': '" + letters + "'}"),
               {"outputs[0]", "nnn..."});

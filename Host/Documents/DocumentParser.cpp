@@ -47,7 +47,7 @@ class EventHandler {
  public:
   explicit EventHandler(DocumentEvents& events) : events_(events) {}
 
-  [[nodiscard]] const std::string& GetProblem() const { return problem_; }
+  [[nodiscard]] ParseProblem GetProblem() const { return {problem_, is_syntax_}; }
 
   // ---- What the library calls ----
 
@@ -81,6 +81,7 @@ class EventHandler {
   }
   bool parse_error(std::size_t, const std::string&, const Json::exception& error) {
     problem_ = DescribeJsonError(error);
+    is_syntax_ = true;
     return false;
   }
   // NOLINTEND(readability-identifier-naming)
@@ -107,6 +108,7 @@ class EventHandler {
     if (document_keys_.size() < kMostValues && !document_keys_.insert(name).second) {
       use_ = Use::kNothing;
       events_.OnFault("the key " + Quote(name) + " is there twice in one object");
+      if (list_) events_.OnLostList(*list_);
     }
   }
 
@@ -191,7 +193,7 @@ class EventHandler {
 
   void RefuseList() {
     events_.OnFault(Quote(key_) + " is not a list");
-    events_.OnList(*list_);
+    events_.OnLostList(*list_);
     use_ = Use::kNothing;
   }
 
@@ -234,6 +236,7 @@ class EventHandler {
 
   DocumentEvents& events_;
   std::string problem_;
+  bool is_syntax_ = false;
   std::size_t levels_ = 0;
   std::set<std::string> document_keys_;
   std::string key_;
@@ -254,16 +257,16 @@ std::string DescribePlace(DocumentList list, std::size_t index) {
   return {};
 }
 
-std::string ParseDocument(std::string_view text, DocumentEvents& events) {
+ParseProblem ParseDocument(std::string_view text, DocumentEvents& events) {
   // The parser takes a zero byte for the end of the text.
   if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
-    return "byte " + std::to_string(zero) + " is a zero byte, which JSON does not have";
+    return {"byte " + std::to_string(zero) + " is a zero byte, which JSON does not have", false};
   }
   EventHandler handler(events);
   try {
     Json::sax_parse(text.begin(), text.end(), &handler);
   } catch (const Json::exception& error) {
-    return DescribeJsonError(error);
+    return {DescribeJsonError(error), false};
   }
   return handler.GetProblem();
 }

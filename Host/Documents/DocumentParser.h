@@ -29,6 +29,8 @@ class DocumentEvents {
   virtual void OnValue(const std::string& key, const JsonValue& value) = 0;
   /// A list begins.
   virtual void OnList(DocumentList list) = 0;
+  /// Something else stands in place of a list, or it is there twice: its entries are not handed over.
+  virtual void OnLostList(DocumentList list) = 0;
   /// An entry of a list.
   virtual void OnEntry(DocumentList list, std::size_t index, JsonValue entry) = 0;
   /// Something is wrong, and parsing goes on.
@@ -38,9 +40,16 @@ class DocumentEvents {
 /// "nodes[3]", for messages.
 std::string DescribePlace(DocumentList list, std::size_t index);
 
+/// What ended parsing before the end of the text.
+struct ParseProblem {
+  /// Empty where there is none.
+  std::string text;
+  /// The text stops being JSON, so that what comes before it is as good as it looks; else a limit is exceeded.
+  bool is_syntax = false;
+};
+
 /// Parses the text of a document and hands it over entry by entry, so that memory does not grow with what is nested in
-/// it and no more than one entry is held. The empty string, or what ended parsing: a fault of JSON itself or a limit
-/// that is exceeded.
-std::string ParseDocument(std::string_view text, DocumentEvents& events);
+/// it and no more than one entry is held.
+ParseProblem ParseDocument(std::string_view text, DocumentEvents& events);
 
 }  // namespace ScEng

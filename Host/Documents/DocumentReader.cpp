@@ -92,9 +92,10 @@ void DocumentReader::ReadText(std::string_view text) {
     refuse("it is larger than " + std::to_string(kMostBytes >> 20) + " MiB");
     return;
   }
-  const std::string problem = ParseDocument(text, *this);
-  if (!problem.empty()) {
-    refuse(problem);
+  const ParseProblem problem = ParseDocument(text, *this);
+  if (!problem.text.empty() && !problem.is_syntax) {
+    content_.lacks_parts = true;
+    refuse(problem.text);
     return;
   }
   const auto version = version_ ? ReadUnsigned(*version_) : std::nullopt;
@@ -102,28 +103,39 @@ void DocumentReader::ReadText(std::string_view text) {
     // What else looks wrong may well be right in that version.
     refuse("\"version\" is " + std::to_string(*version) + "; this program reads versions " +
            std::to_string(kOldestVersion) + " to " + std::to_string(kNewestVersion));
+    if (problem.is_syntax) AddError(problem.text);
     return;
   }
+  const bool has_end = !problem.is_syntax;
+  content_.lacks_parts = content_.lacks_parts || !has_end || !lists_.contains(DocumentList::kNodes);
   ReadRest();
-  AddHeadErrors(before);
+  if (!has_end) AddErrorsBefore(before, {problem.text});
+  if (has_end && is_object_) AddErrorsBefore(before, FindHeadErrors());
 }
 
-void DocumentReader::AddHeadErrors(std::size_t before) {
-  if (!is_object_) return;
+void DocumentReader::AddErrorsBefore(std::size_t before, const std::vector<std::string>& texts) {
+  if (texts.empty()) return;
   const auto from = findings_.errors.begin() + static_cast<std::ptrdiff_t>(before);
   const std::vector<std::string> others(std::make_move_iterator(from), std::make_move_iterator(findings_.errors.end()));
   findings_.errors.resize(before);
+  for (const std::string& text : texts) AddError(text);
+  for (const std::string& other : others) findings_.AddError(other);
+}
+
+std::vector<std::string> DocumentReader::FindHeadErrors() const {
+  std::vector<std::string> errors;
   const std::string* format = format_ ? format_->GetText() : nullptr;
   if (format == nullptr || *format != kFormat) {
-    AddError("\"format\" is not " + Quote(kFormat) + ", so this is not a graph document");
+    errors.push_back("\"format\" is not " + Quote(kFormat) + ", so this is not a graph document");
   }
   const auto version = version_ ? ReadUnsigned(*version_) : std::nullopt;
   if (!version || *version < kOldestVersion) {
-    AddError("\"version\" is " + (version_ ? Describe(*version_) : "missing") + "; this program reads versions " +
-             std::to_string(kOldestVersion) + " to " + std::to_string(kNewestVersion));
+    errors.push_back("\"version\" is " + (version_ ? Describe(*version_) : "missing") +
+                     "; this program reads versions " + std::to_string(kOldestVersion) + " to " +
+                     std::to_string(kNewestVersion));
   }
-  if (!lists_.contains(DocumentList::kNodes)) AddError("\"nodes\" is missing");
-  findings_.errors.insert(findings_.errors.end(), others.begin(), others.end());
+  if (!lists_.contains(DocumentList::kNodes)) errors.emplace_back("\"nodes\" is missing");
+  return errors;
 }
 
 void DocumentReader::OnValue(const std::string& key, const JsonValue& value) {
@@ -148,6 +160,11 @@ void DocumentReader::OnValue(const std::string& key, const JsonValue& value) {
 void DocumentReader::OnObject() { is_object_ = true; }
 
 void DocumentReader::OnList(DocumentList list) { lists_.insert(list); }
+
+void DocumentReader::OnLostList(DocumentList list) {
+  lists_.insert(list);
+  content_.lacks_parts = content_.lacks_parts || list != DocumentList::kFrames;
+}
 
 void DocumentReader::OnEntry(DocumentList list, std::size_t index, JsonValue entry) {
   const std::string place = DescribePlace(list, index);
@@ -174,38 +191,59 @@ void DocumentReader::ReadNode(const JsonValue& node, const std::string& place) {
   std::string id;
   const bool has_id = ReadString(node, place, "id", id);
   const std::string what = has_id ? "node " + Quote(id) : place;
+  bool is_unknown = false;
+  const NodeInterface* descriptor = ReadType(node, what, is_unknown);
+  const bool is_kept = has_id && is_unknown && options_.unknown_types == UnknownTypes::kKeep;
+  if (is_unknown && !is_kept) AddError(what + ": " + content_.DescribeUnknownType(*node.Find("type")));
+  // A placeholder stands in for what is refused as well, so that nothing that depends on it looks wrong.
+  const bool can_be_added = has_id && (descriptor != nullptr || is_unknown);
+  DocumentEntry* entry = can_be_added ? AddNode(id, place, descriptor) : nullptr;
+  if (has_id && !document_.HasId(id)) faulty_ids_.insert(id);
+  if (entry == nullptr) {
+    CheckNodeKeys(node, what, has_id ? id : place, descriptor);
+    return;
+  }
+  if (descriptor != nullptr) {
+    entry->gave_numbers = node.Find("type")->GetText() == nullptr;
+  } else {
+    entry->placeholder->type = *node.Find("type");
+    entry->placeholder->is_reported = !is_kept;
+  }
+  ReadNodeKeys(node, what, *entry);
+  if (is_kept) {
+    AddNote(what + ": " + content_.DescribeUnknownType(entry->placeholder->type) +
+            "; the node is kept as it is written");
+  }
+  if (is_unknown) content_.Tell(&DocumentObserver::OnNodeAdded, id);
+}
+
+const NodeInterface* DocumentReader::ReadType(const JsonValue& node, const std::string& what, bool& is_unknown) {
   const JsonValue* type = node.Find("type");
-  const NodeInterface* descriptor = nullptr;
   if (type == nullptr) {
     AddError(what + ": \"type\" is missing");
-  } else if (type->GetText() == nullptr && !ReadTypeNumbers(*type)) {
+    return nullptr;
+  }
+  if (type->GetText() == nullptr && !ReadTypeNumbers(*type)) {
     AddError(what + ": \"type\" is neither a type name nor its three numbers");
-  } else {
-    descriptor = FindType(*type);
-    if (descriptor == nullptr) {
-      const bool is_kept = has_id && options_.unknown_types == UnknownTypes::kKeep;
-      if (is_kept) {
-        KeepPlaceholder(node, what, id, place);
-        return;
-      }
-      AddError(what + ": " + content_.DescribeUnknownType(*type));
-    }
+    return nullptr;
   }
-  if (!has_id) return;
-  if (descriptor == nullptr) {
-    faulty_ids_.insert(id);
-    return;
-  }
+  const NodeInterface* descriptor = FindType(*type);
+  is_unknown = descriptor == nullptr;
+  return descriptor;
+}
+
+DocumentEntry* DocumentReader::AddNode(const std::string& id, const std::string& place,
+                                       const NodeInterface* descriptor) {
   Status status;
-  const Node* created = document_.AddNode(id, descriptor->GetNodeType(), status);
-  if (created == nullptr) {
-    AddError(place + ", \"id\": " + status.GetMessage());
-    if (!document_.HasId(id)) faulty_ids_.insert(id);
-    return;
+  DocumentEntry* entry = nullptr;
+  if (descriptor == nullptr) {
+    entry = content_.AddEntry(id, status);
+    if (entry != nullptr) entry->placeholder = std::make_unique<Placeholder>();
+  } else if (document_.AddNode(id, descriptor->GetNodeType(), status) != nullptr) {
+    entry = content_.Find(id);
   }
-  DocumentEntry& entry = *content_.Find(id);
-  entry.gave_numbers = type->GetText() == nullptr;
-  ReadNodeKeys(node, what, entry);
+  if (entry == nullptr) AddError(place + ", \"id\": " + status.GetMessage());
+  return entry;
 }
 
 void DocumentReader::ReadNodeKeys(const JsonValue& node, const std::string& what, DocumentEntry& entry) {
@@ -244,20 +282,19 @@ void DocumentReader::ReadNodeKeys(const JsonValue& node, const std::string& what
   ReadOptionalString(node, what, "note", entry.note);
 }
 
-void DocumentReader::KeepPlaceholder(const JsonValue& node, const std::string& what, const std::string& id,
-                                     const std::string& place) {
-  Status status;
-  DocumentEntry* entry = content_.AddEntry(id, status);
-  if (entry == nullptr) {
-    AddError(place + ", \"id\": " + status.GetMessage());
-    if (!document_.HasId(id)) faulty_ids_.insert(id);
-    return;
-  }
-  entry->placeholder = std::make_unique<Placeholder>();
-  entry->placeholder->type = *node.Find("type");
-  ReadNodeKeys(node, what, *entry);
-  AddNote(what + ": " + content_.DescribeUnknownType(entry->placeholder->type) + "; the node is kept as it is written");
-  content_.Tell(&DocumentObserver::OnNodeAdded, id);
+void DocumentReader::CheckNodeKeys(const JsonValue& node, const std::string& what, const std::string& id,
+                                   const NodeInterface* descriptor) {
+  DocumentEntry entry;
+  entry.id = id;
+  // A node that nothing else knows of; it goes with this function, whatever its type throws.
+  RefPtr<Node> checked;
+  const Status created = CallGuarded("CreateNode", [&] {
+    if (descriptor != nullptr) checked.Reset(descriptor->GetNodeFactory()->CreateNode());
+    if (checked) entry.attribute_version = checked->GetAttributeVersion();
+  });
+  entry.node = created.IsError() ? nullptr : checked.Get();
+  if (entry.node == nullptr) entry.placeholder = std::make_unique<Placeholder>();
+  ReadNodeKeys(node, what, entry);
 }
 
 const NodeInterface* DocumentReader::FindType(const JsonValue& type) {
@@ -328,15 +365,13 @@ void DocumentReader::ReadConnection(const JsonValue& connection, std::size_t ind
   if (!CheckObject(connection, place, {"from", "to", "index"})) return;
   PendingConnection pending;
   pending.place = index;
-  const bool has_from = ReadString(connection, place, "from", pending.from);
-  if (!ReadString(connection, place, "to", pending.to) || !has_from) return;
+  pending.is_good = ReadString(connection, place, "from", pending.from);
+  pending.is_good = ReadString(connection, place, "to", pending.to) && pending.is_good;
   if (const JsonValue* given = connection.Find("index")) {
     const auto number = ReadUnsigned(*given);
-    if (!number) {
-      AddError(place + ": \"index\" takes a whole number from 0");
-      return;
-    }
-    pending.index = *number;
+    if (!number) AddError(place + ": \"index\" takes a whole number from 0");
+    pending.is_good = number && pending.is_good;
+    pending.index = number.value_or(0);
     pending.gave_index = true;
   }
   connections_.push_back(std::move(pending));
@@ -361,29 +396,59 @@ void DocumentReader::ReadOutput(const JsonValue& output, std::size_t index, cons
     is_good = false;
   }
   is_good = ReadOptionalString(output, place, "layer", pending.output.layer) && is_good;
-  if (is_good) outputs_.push_back(std::move(pending));
+  pending.is_good = is_good;
+  outputs_.push_back(std::move(pending));
+}
+
+void DocumentReader::MakeConnection(const PendingConnection& pending) {
+  const auto report = [&](const Status& status) {
+    const bool has_ends = !pending.from.empty() && !pending.to.empty();
+    AddError(DescribePlace(DocumentList::kConnections, pending.place) +
+             (has_ends ? " " + Quote(pending.from) + " to " + Quote(pending.to) : "") + ": " + status.GetMessage());
+  };
+  ConnectionEntry connection;
+  connection.index = pending.index;
+  connection.gave_index = pending.gave_index;
+  bool is_good = pending.is_good;
+  const auto attempt = [&](const auto& function) {
+    Status status;
+    const Status guarded = CallGuarded("a node type", [&] { status = function(); });
+    if (guarded.IsError()) status = guarded;
+    if (status.IsError()) report(status);
+    is_good = is_good && !status.IsError();
+  };
+  const auto find = [&](const std::string& plug,
+                        Status (GraphDocument::Content::*find_end)(const std::string&, ConnectionEntry&)) {
+    // What is wrong with a node or a missing end has been said.
+    const bool can_be_found = !plug.empty() && !IsOfFaultyNode(plug);
+    is_good = is_good && can_be_found;
+    if (can_be_found) attempt([&] { return (content_.*find_end)(plug, connection); });
+  };
+  find(pending.from, &GraphDocument::Content::FindSource);
+  find(pending.to, &GraphDocument::Content::FindTarget);
+  if (is_good) attempt([&] { return content_.Connect(connection); });
+  if (is_good || connection.to == nullptr) return;
+  const Node* to = connection.to->node;
+  const bool feeds_attribute =
+      to != nullptr && to->GetInplugIndex(connection.inplug) >= static_cast<int>(to->GetNumRegularInputs());
+  if (!feeds_attribute) content_.Find(connection.to->id)->has_lost_connection = true;
+}
+
+void DocumentReader::MakeOutput(const PendingOutput& pending) {
+  const auto report = [&](const Status& status) {
+    if (status.IsError()) AddError(DescribePlace(DocumentList::kOutputs, pending.place) + ": " + status.GetMessage());
+    return !status.IsError();
+  };
+  bool is_good = pending.is_good && report(GraphDocument::Content::CheckOutput(pending.output));
+  if (pending.output.from.empty() || IsOfFaultyNode(pending.output.from)) return;
+  OutputEntry found;
+  is_good = report(content_.FindImageOutput(pending.output.from, found)) && is_good;
+  if (is_good) report(document_.AddOutput(pending.output));
 }
 
 void DocumentReader::ReadRest() {
-  for (const PendingConnection& connection : connections_) {
-    if (IsOfFaultyNode(connection.from) || IsOfFaultyNode(connection.to)) continue;
-    Status status;
-    const Status guarded = CallGuarded("a node type", [&] {
-      status = content_.Connect(connection.from, connection.to, connection.index, connection.gave_index);
-    });
-    if (guarded.IsError()) status = guarded;
-    if (status.IsError()) {
-      AddError(DescribePlace(DocumentList::kConnections, connection.place) + " " + Quote(connection.from) + " to " +
-               Quote(connection.to) + ": " + status.GetMessage());
-    }
-  }
-  for (const PendingOutput& output : outputs_) {
-    if (IsOfFaultyNode(output.output.from)) continue;
-    const Status status = document_.AddOutput(output.output);
-    if (status.IsError()) {
-      AddError(DescribePlace(DocumentList::kOutputs, output.place) + ": " + status.GetMessage());
-    }
-  }
+  for (const PendingConnection& connection : connections_) MakeConnection(connection);
+  for (const PendingOutput& output : outputs_) MakeOutput(output);
   if (!view_) return;
   OutputEntry shown;
   if (!view_->shown.empty() && content_.FindImageOutput(view_->shown, shown).IsError()) {
@@ -397,7 +462,9 @@ void DocumentReader::ReadRest() {
 }
 
 bool DocumentReader::IsOfFaultyNode(const std::string& plug) const {
-  return !faulty_ids_.empty() && faulty_ids_.contains(plug.substr(0, plug.rfind('.')));
+  if (faulty_ids_.empty() && !content_.lacks_parts) return false;
+  const std::string id = plug.substr(0, plug.rfind('.'));
+  return faulty_ids_.contains(id) || (content_.lacks_parts && plug.size() > id.size() && !document_.HasId(id));
 }
 
 // ---- For people and editors ----

@@ -34,27 +34,37 @@ class DocumentReader : private DocumentEvents {
   void ReadText(std::string_view text);
 
  private:
+  /// What is wrong has been reported, but the plugs that it names are looked at all the same.
   struct PendingConnection {
     std::string from;
     std::string to;
     std::uint32_t index = 0;
     bool gave_index = false;
+    bool is_good = true;
     std::size_t place = 0;
   };
   struct PendingOutput {
     DocumentOutput output;
+    bool is_good = true;
     std::size_t place = 0;
   };
 
   void OnValue(const std::string& key, const JsonValue& value) override;
   void OnObject() override;
   void OnList(DocumentList list) override;
+  void OnLostList(DocumentList list) override;
   void OnEntry(DocumentList list, std::size_t index, JsonValue entry) override;
   void OnFault(const std::string& text) override;
 
   void ReadNode(const JsonValue& node, const std::string& place);
+  /// The node type that a node names; null, and an error unless it is only unknown.
+  const NodeInterface* ReadType(const JsonValue& node, const std::string& what, bool& is_unknown);
+  /// Adds a node, or a placeholder where `descriptor` is null; null after an error.
+  DocumentEntry* AddNode(const std::string& id, const std::string& place, const NodeInterface* descriptor);
   void ReadNodeKeys(const JsonValue& node, const std::string& what, DocumentEntry& entry);
-  void KeepPlaceholder(const JsonValue& node, const std::string& what, const std::string& id, const std::string& place);
+  /// Reports what is wrong with the keys of a node that cannot be added. `id` stands for it in messages.
+  void CheckNodeKeys(const JsonValue& node, const std::string& what, const std::string& id,
+                     const NodeInterface* descriptor);
   void ReadAttributes(const JsonValue& attributes, DocumentEntry& entry);
   void ReadAttribute(const std::string& written, const JsonValue& value, DocumentEntry& entry);
   void ReadConnection(const JsonValue& connection, std::size_t index, const std::string& place);
@@ -63,8 +73,12 @@ class DocumentReader : private DocumentEvents {
   void ReadView(const JsonValue& view);
   /// What can be read only when all nodes are there.
   void ReadRest();
-  /// Puts what is wrong with format, version and nodes before the errors that were found after the first `before`.
-  void AddHeadErrors(std::size_t before);
+  void MakeConnection(const PendingConnection& pending);
+  void MakeOutput(const PendingOutput& pending);
+  /// What is wrong with format, version and nodes.
+  [[nodiscard]] std::vector<std::string> FindHeadErrors() const;
+  /// Puts errors before those that were found after the first `before`.
+  void AddErrorsBefore(std::size_t before, const std::vector<std::string>& texts);
 
   void AddError(const std::string& text);
   void AddNote(const std::string& text);
@@ -78,7 +92,8 @@ class DocumentReader : private DocumentEvents {
   std::optional<std::vector<double>> ReadOptionalNumbers(const JsonValue& object, const std::string& what,
                                                          const char* key, std::size_t count, const char* names);
   [[nodiscard]] const NodeInterface* FindType(const JsonValue& type);
-  /// Whether "node.plug" names a node whose own error has been reported.
+  /// Whether "node.plug" names a node whose own error has been reported, or one that may be in a part which could not
+  /// be read.
   [[nodiscard]] bool IsOfFaultyNode(const std::string& plug) const;
 
   GraphDocument& document_;

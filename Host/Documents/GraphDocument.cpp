@@ -280,7 +280,7 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
                                    std::vector<std::string>& notes) {
   Status status;
   std::string name;
-  const DocumentEntry* entry = content_->FindPlugNode(attribute, name, status);
+  DocumentEntry* entry = content_->FindPlugNode(attribute, name, status);
   if (entry == nullptr) return status;
   if (entry->node == nullptr) {
     return Status::Error(Quote(attribute) + ": the node is of a type that is unknown here");
@@ -306,6 +306,10 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
   std::vector<std::string> own_notes;
   status = SetAttributeFromText(*found, text, own_notes);
   for (const std::string& note : own_notes) notes.push_back(Quote(attribute) + ": " + note);
+  if (!status.IsError()) {
+    entry->set_attributes.resize(node.GetNumAttributes());
+    entry->set_attributes[found->GetId()] = true;
+  }
   return status.IsError() ? Status::Error(Quote(attribute) + ": " + status.GetMessage()) : status;
 }
 

@@ -453,12 +453,13 @@ TEST_F(GraphDocumentTest, WritersFedByAConnectionCannotBeRenamed) {
 TEST_F(GraphDocumentTest, CompletenessTellsWhatIsMissing) {
   LoadGood(
       MakeText("{'id': 'r', 'type': 'ImageReaderNode'}, {'id': 'w', 'type': 'ImageWriterNode'},"
-               "{'id': 'off', 'type': 'ImageReaderNode', 'enabled': false},"
+               "{'id': 'spare', 'type': 'ImageReaderNode'}, {'id': 'off', 'type': 'ImageReaderNode', 'enabled': false},"
                "{'id': 'fed', 'type': 'ImageReaderNode'}, {'id': 't', 'type': 'TextNode'},"
                "{'id': 'a', 'type': 'ImageRectangleNode'},"
                "{'id': 'v', 'type': 'ImageWriterNode', 'attributes': {'path': 'sub/../a.exr'}}",
-               "{'from': 't.text', 'to': 'fed.path'}",
-               "{'from': 'a.image', 'path': 'a.exr'}, {'from': 'a.image', 'path': './a.exr'}"));
+               "{'from': 't.text', 'to': 'fed.path'}, {'from': 'r.image', 'to': 'w.image'}",
+               "{'from': 'a.image', 'path': 'a.exr'}, {'from': 'a.image', 'path': './a.exr'},"
+               "{'from': 'fed.image', 'path': 'fed.exr'}, {'from': 'off.image', 'path': 'off.exr'}"));
   Findings findings;
   document_.CheckComplete(findings);
   ASSERT_EQ(findings.errors.size(), 3U);

@@ -16,6 +16,7 @@
 #include "Host/Files/PathProblem.h"
 #include "Host/Files/Reading/OpenFile.h"
 #include "Host/Files/Reading/ReadImage.h"
+#include "Host/Files/Saving/TargetFile.h"
 #include "Host/Files/Writing/WriteImage.h"
 #include "Host/Util/HostModule.h"
 
@@ -149,6 +150,16 @@ Status WriteImageFile(const Image& image, const std::filesystem::path& file, con
 Status WriteImageLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
                         std::vector<std::string>& notes, SampleType* type) {
   return WriteLayers(layers, file, notes, type);
+}
+
+std::vector<std::string> FindSaveProblems(const std::filesystem::path& file) {
+  std::vector<std::string> problems;
+  std::string ending_problem;
+  if (ChooseFormat(file, {}, ending_problem) == nullptr) problems.push_back(ending_problem);
+  const std::string place_problem = TargetFile().Find(file);
+  if (!place_problem.empty()) problems.push_back(place_problem);
+  for (std::string& problem : problems) problem = MakeWriteError(file, problem).GetMessage();
+  return problems;
 }
 
 bool HasLayers(const std::filesystem::path& file) {

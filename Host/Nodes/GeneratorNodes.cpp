@@ -62,7 +62,8 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
           .keywords = keywords,
           .attributes = attributes,
           .outputs = kImagePlugs,
-          .reach = ReachesImage};
+          .reach = ReachesImage,
+          .has_image = HasImageWhileEnabled};
 }
 
 std::array<float, 4> ToPixel(const ScEng::Rgbo& color) {

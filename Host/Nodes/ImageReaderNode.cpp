@@ -26,27 +26,32 @@ constexpr AttributeRow kRange = ChoiceRow(
     "The value range that the image declares: the one stored in the file, the lowest to the highest sample, or "
     "low to high. The samples stay as they are.");
 constexpr AttributeRow kLow =
-    NumberRow("low", 0.0, -kMost, kMost, 0.01, 3, "The lower end of the declared range where range is custom.");
+    NumberRow("low", 0.0, -kMost, kMost, 0.01, 3, "The lower end of the declared range where range is custom.")
+        .OnlyWithWords(kRange.name, "custom");
 constexpr AttributeRow kHigh =
-    NumberRow("high", 1.0, -kMost, kMost, 0.01, 3, "The upper end of the declared range where range is custom.");
+    NumberRow("high", 1.0, -kMost, kMost, 0.01, 3, "The upper end of the declared range where range is custom.")
+        .OnlyWithWords(kRange.name, "custom");
 constexpr AttributeRow kPlacement = ChoiceRow(
     "placement", 0, "file,custom", "Where the image lies: where the file says, or where pin and pivot put it.");
 constexpr AttributeRow kPin =
-    PointRow("pin", 0.0, 0.0, "The document pixel that the pivot lies on, where placement is custom.");
+    PointRow("pin", 0.0, 0.0, "The document pixel that the pivot lies on, where placement is custom.")
+        .OnlyWithWords(kPlacement.name, "custom");
 constexpr AttributeRow kPivot =
     PointRow("pivot", 0.0, 0.0,
              "The point of the image that lies on the pin, from (0, 0) at its top left to (1, 1), where "
-             "placement is custom.");
+             "placement is custom.")
+        .OnlyWithWords(kPlacement.name, "custom");
 constexpr AttributeRow kSamples =
     ChoiceRow("samples", 0, "auto,unit,stored",
               "What integers in the file become: auto makes 8 and 16 bits without sign 0 to 1 and takes others as they "
               "are, unit divides all by their type's largest, stored takes the numbers as they are.");
 constexpr AttributeRow kPart =
     StringRow("part", "", "The part of a file with several: its name, or an index from 0. Empty for the first.");
-constexpr AttributeRow kLayer = StringRow(
-    "layer", "", "The layer to read, diffuse of a channel diffuse.R. Empty for the channels without a layer.");
 constexpr AttributeRow kChannels =
     StringRow("channels", "", "One to four channels by their full names with commas, read in that order.");
+constexpr AttributeRow kLayer =
+    StringRow("layer", "", "The layer to read, diffuse of a channel diffuse.R. Empty for the channels without a layer.")
+        .OnlyWithoutText(kChannels.name);
 constexpr AttributeRow kAttributes[] = {kPath, kColorMode, kRange,   kLow,  kHigh,  kPlacement,
                                         kPin,  kPivot,     kSamples, kPart, kLayer, kChannels};
 
@@ -103,6 +108,7 @@ constinit const NodeRecord ImageReaderNode::kRecord{
     .attributes = kAttributes,
     .outputs = kImagePlugs,
     .reach = ReachesImage,
+    .has_image = HasImageWhileEnabled,
 };
 
 void ImageReaderNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

@@ -40,6 +40,7 @@ constinit const NodeRecord ImageWriterNode::kRecord{
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .reach = ReachesImage,
+    .has_image = HasImageOfAnyInput,
 };
 
 void ImageWriterNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

@@ -190,6 +190,11 @@ Reach Node::GetReach(const std::vector<PlugValue>& inputs) const {
   return record_ != nullptr && record_->reach != nullptr ? record_->reach(*this, inputs) : Reach();
 }
 
+std::optional<bool> Node::HasImage(unsigned outplug, const std::vector<bool>& inputs) const {
+  if (record_ == nullptr || record_->has_image == nullptr) return std::nullopt;
+  return record_->has_image(*this, outplug, inputs);
+}
+
 void Node::Declare(const NodeRecord& record) {
   record_ = &record;
   attributes_.resize(record.attributes.size());
@@ -212,4 +217,10 @@ void Node::UpdateInplugsAndOutplugs() {
     all_inplugs_.push_back(PlugRecord::Input(attribute->GetPlugType(), attribute->GetName()));
   }
   entries_.assign(inplugs_.size(), 1);
+}
+
+bool HasImageWhileEnabled(const Node& node, unsigned, const std::vector<bool>&) { return node.IsEnabled(); }
+
+bool HasImageOfAnyInputWhileEnabled(const Node& node, unsigned outplug, const std::vector<bool>& inputs) {
+  return node.IsEnabled() && HasImageOfAnyInput(node, outplug, inputs);
 }

@@ -3,7 +3,7 @@
 import json
 
 from cli_support import (
-    FILE_ERROR, INVALID, REPOSITORY, VALUE, ValueTestCase, document, link, node, output,
+    FILE_ERROR, INVALID, NODE_ERROR, REPOSITORY, VALUE, ValueTestCase, document, link, node, output,
     sample_picture,
 )
 from first_twenty import FIRST_TWENTY
@@ -17,16 +17,18 @@ def good():
             node("num", "NumberNode", value=2),
             node("yes", "FlagNode", value=True),
             node("word", "TextNode", value="linear"),
-            node("add", "ImageValueAddNode", constant=0.5),
+            node("add", "ImageValueAddNode"),
             node("clamp", "ImageValueClampNode", low=0, high=1),
+            node("double", "ImageValueMultiplyNode", constant=0.5),
         ],
         [
             link("src.image", "add.image", 0),
             link("num.number", "add.constant"),
             link("add.image", "clamp.image", 0),
             link("word.text", "clamp.profile"),
+            link("clamp.image", "double.image"),
         ],
-        [output("clamp.image", "out.exr", "half")],
+        [output("double.image", "out.exr", "half")],
     )
 
 
@@ -38,8 +40,10 @@ class CheckTestCase(ValueTestCase):
         return result
 
     def accept(self, content):
+        """The document is valid. Most are too small to write anything, which is a note."""
         result = self.check(content)
-        self.assert_quiet(result)
+        said = [line for line in result.err_lines if "nothing is written" not in line]
+        self.assertEqual(said, [], str(result))
 
     def accept_with_note(self, content, *words):
         self.assert_names(self.check(content), *words)
@@ -76,7 +80,7 @@ class ValidTest(CheckTestCase):
             node("g", "NumberNode", value=-1e30),
             node("h", "FlagNode", value=False),
             node("i", "TextNode", value="any text, with \"quotes\" and ü"),
-        ]))
+        ], [link("b.image", "f.image")]))
 
     def test_the_first_twenty_types_by_name_and_by_numbers(self):
         types = {
@@ -92,10 +96,11 @@ class ValidTest(CheckTestCase):
             "TextNode": [10, 16, 50],
         }
         path = {"ImageReaderNode": {"path": "x.exr"}, "ImageWriterNode": {"path": "y.exr"}}
-        self.accept(document([node(name, name, **path.get(name, {})) for name in types]))
-        self.accept(
-            document([node(name, numbers, **path.get(name, {})) for name, numbers in types.items()])
-        )
+        links = [link("ImageRectangleNode.image", "ImageWriterNode.image")]
+        by_name = [node(name, name, **path.get(name, {})) for name in types]
+        self.accept(document(by_name, links))
+        by_numbers = [node(name, numbers, **path.get(name, {})) for name, numbers in types.items()]
+        self.accept(document(by_numbers, links))
 
     def test_every_output_of_compare_and_gradient(self):
         names = ["image_a_l_b", "image_a_le_b", "image_a_eq_b", "image_a_df_b", "image_a_ge_b",
@@ -141,7 +146,7 @@ class ValidTest(CheckTestCase):
 
     def test_choice_word_of_the_host_and_flags(self):
         self.accept(document(
-            [node("yes", "FlagNode"), node("c", "ImageToValueNode", auto_level=False)],
+            [node("yes", "FlagNode"), node("c", "ImageToValueNode")],
             [link("yes.flag", "c.auto_level")],
         ))
 
@@ -182,6 +187,200 @@ class NotesTest(CheckTestCase):
         result = self.check(content, INVALID)
         self.assert_names(result, "zebra")
         self.assert_names(result, "constant")
+
+
+class EffectTest(CheckTestCase):
+    """Settings that have no effect where they stand are notes."""
+
+    def notes(self, nodes, links, outputs):
+        result = self.check(document(nodes, links, outputs))
+        self.assertIn("graph.json is valid", result.out)
+        return result.err_lines
+
+    def test_constant_with_several_images(self):
+        for kind in ("Add", "Subtract", "Multiply", "Divide", "Minimum", "Maximum"):
+            with self.subTest(kind=kind):
+                nodes = [node("a", "ImageWavesNode"), node("b", "ImageWavesNode"),
+                         node("n", f"ImageValue{kind}Node", constant=0.5)]
+                links = [link("a.image", "n.image", 0)]
+                outputs = [output("n.image", "out.exr")]
+                self.assertEqual(self.notes(nodes, links, outputs), [])
+                lines = self.notes(nodes, links + [link("b.image", "n.image", 1)], outputs)
+                self.assertEqual(lines, [
+                    'value: note: graph.json: "n.constant" has no effect with 2 images; it counts with one'
+                ])
+
+    def test_constant_of_power(self):
+        nodes = [node("a", "ImageWavesNode"), node("n", "ImageValuePowerNode", constant=2)]
+        (line,) = self.notes(nodes, [link("a.image", "n.image")], [output("n.image", "out.exr")])
+        self.assertIn('"n.constant" has no effect', line)
+
+    def test_attribute_that_is_set_and_fed(self):
+        nodes = [node("a", "ImageWavesNode"), node("x", "NumberNode", value=1),
+                 node("n", "ImageValueAddNode", constant=2)]
+        links = [link("a.image", "n.image"), link("x.number", "n.constant")]
+        (line,) = self.notes(nodes, links, [output("n.image", "out.exr")])
+        self.assertIn('"n.constant" is set and has no effect, because a connection feeds it', line)
+
+    def test_document_that_writes_nothing(self):
+        (line,) = self.notes([node("a", "ImageWavesNode")], [], [])
+        self.assertIn("nothing is written", line)
+
+    def test_run_says_the_same(self):
+        self.save("graph.json", document(
+            [node("a", "ImageWavesNode"), node("n", "ImageValuePowerNode", constant=2)],
+            [link("a.image", "n.image")], [output("n.image", "out.exr")],
+        ))
+        self.assert_one_error(self.value("run", "graph.json"), "note:", '"n.constant" has no effect')
+        self.assert_quiet(self.value("run", "graph.json", "--quiet"))
+
+    def test_apply_says_the_same(self):
+        for name in ("a.exr", "b.exr"):
+            self.picture(name, sample_picture(VALUE))
+        for value in ("0", "2"):
+            result = self.value("apply", "Value Add", "-i", "a.exr", "-i", "b.exr", "--set",
+                                f"constant={value}", "-o", "out.exr")
+            self.assert_one_error(result, "note:", '"Value Add.constant" has no effect with 2 images')
+        self.assert_quiet(
+            self.value("apply", "Value Add", "-i", "a.exr", "-i", "b.exr", "-o", "out.exr")
+        )
+        self.assert_quiet(
+            self.value("apply", "Value Add", "-i", "a.exr", "--set", "constant=2", "-o", "out.exr")
+        )
+
+
+class BeforeARunTest(CheckTestCase):
+    """What a run would find without reading or computing anything."""
+
+    def test_image_that_cannot_arrive(self):
+        nodes = [node("a", "ImageValueAddNode"), node("b", "ImageValueFunctionNode"),
+                 node("w", "ImageWriterNode", path="w.exr")]
+        links = [link("a.image", "b.image"), link("b.image", "w.image")]
+        self.save("graph.json", document(nodes, links, [output("b.image", "out.exr")]))
+        result = self.value("check", "graph.json", code=INVALID)
+        cause = 'cannot get an image: nothing is connected to "image" of node "a"'
+        self.assertEqual(result.err_lines, [
+            f'value: graph.json: output "b.image" {cause}', f'value: graph.json: node "w" {cause}',
+        ])
+        # A run finds no more and no less.
+        self.assertEqual(len(self.value("run", "graph.json", code=NODE_ERROR).err_lines), 2)
+
+    def test_disabled_nodes_without_output(self):
+        for kind, ok in (("ImageValueClampNode", False), ("ImageValueStepsNode", False),
+                         ("ImageValueRangeNode", True), ("ImageWavesNode", False)):
+            with self.subTest(kind=kind):
+                made = [node("a", "ImageWavesNode"), node("n", kind, enabled=False)]
+                links = [] if kind == "ImageWavesNode" else [link("a.image", "n.image")]
+                content = document(made, links, [output("n.image", "out.exr")])
+                if ok:
+                    self.accept(content)
+                else:
+                    self.refuse(content, '"n" is disabled')
+
+    def test_folders_and_endings(self):
+        content = document(
+            [node("a", "ImageWavesNode"), node("w", "ImageWriterNode", path="none\\w.letter")],
+            [link("a.image", "w.image")],
+            [output("a.image", "none/a.exr"), output("a.image", "b.pgn"), output("a.image", "c.EXR")],
+        )
+        result = self.check(content, INVALID)
+        self.assertEqual(len(result.err_lines), 3, str(result))
+        self.assert_names(result, "b.pgn", "ending")
+        self.assert_names(result, "w.letter", "ending")
+        self.assert_names(result, '"a.image"', '"w"', '"none"', "does not exist")
+        (self.dir / "none").mkdir()
+        self.save("graph.json", content)
+        result = self.value("check", "graph.json", code=INVALID)
+        self.assertEqual(len(result.err_lines), 2, str(result))
+
+    def test_input_files_are_not_looked_for(self):
+        self.accept(document([node("r", "ImageReaderNode", path="none/missing.exr")], [],
+                             [output("r.image", "out.exr")]))
+
+    def test_what_nothing_needs_is_fine(self):
+        self.accept(document(
+            [node("a", "ImageWavesNode"), node("r", "ImageReaderNode"), node("n", "ImageValueAddNode")],
+            [link("r.image", "n.image")], [output("a.image", "out.exr")],
+        ))
+
+
+class HidingTest(CheckTestCase):
+    """No problem hides another one."""
+
+    def test_cut_document(self):
+        whole = json.dumps(document(
+            [node("a", "ImageZebraNode"), node("b", "ImageValueAddNode", giraffe=1)],
+            [link("a.image", "b.image", 0), link("a.image", "b.rhino")],
+        ))
+        result = self.check(whole[:-10], INVALID)
+        self.assertIn("parse error", result.err_lines[0])
+        for word in ("ImageZebraNode", "giraffe", "rhino"):
+            self.assert_names(result, word)
+        self.assertEqual(len(result.err_lines), 4, str(result))
+
+    def test_unknown_type(self):
+        made = node("a", "ImageZebraNode", constant=1)
+        made["position"] = "here"
+        result = self.check(document(
+            [made, node("b", "ImageValueAddNode", constant="1")],
+            [link("a.image", "b.image"), link("a.other", "b.rhino")],
+            [output("b.image", "out.exr"), output("a.image", "a.exr")],
+        ), INVALID)
+        for word in ("ImageZebraNode", "position", "b.constant", "rhino"):
+            self.assert_names(result, word)
+        self.assertEqual(len(result.err_lines), 4, str(result))
+
+    def test_twins_are_looked_at_as_well(self):
+        result = self.check(document(
+            [node("twin", "NumberNode"), node("twin", "FlagNode", value=3, zebra=1)]
+        ), INVALID)
+        for word in ("already", "twin.value", "zebra"):
+            self.assert_names(result, word)
+
+    def test_both_ends_of_a_connection(self):
+        result = self.check(document([], [link("lion.image", "zebra.image", -1)]), INVALID)
+        for word in ("lion", "zebra", "index"):
+            self.assert_names(result, word)
+
+
+class ManyDocumentsTest(CheckTestCase):
+    def setUp(self):
+        super().setUp()
+        self.save("good.json", document([node("a", "ImageWavesNode")], [], [output("a.image", "o.exr")]))
+        self.save("note.json", document([node("a", "ImageWavesNode")]))
+        self.save("bad.json", document([node("a", "ImageZebraNode")], [], [output("a.image", "o.exr")]))
+
+    def test_each_is_told(self):
+        result = self.value("check", "good.json", "note.json")
+        self.assertEqual(result.out, "good.json is valid\nnote.json is valid\n")
+        result = self.value("check", "bad.json", "good.json", code=INVALID)
+        self.assertEqual(result.out, "good.json is valid\n")
+        self.assert_one_error(result, "bad.json", "ImageZebraNode")
+
+    def test_one_that_cannot_be_read_does_not_end_it(self):
+        result = self.value("check", "none.json", "bad.json", "good.json", code=FILE_ERROR)
+        self.assertEqual(result.out, "good.json is valid\n")
+        self.assertEqual(len(result.err_lines), 2, str(result))
+        self.assert_names(result, "none.json")
+        self.assert_names(result, "bad.json")
+
+    def test_json(self):
+        result = self.value("check", "none.json", "good.json", "note.json", "bad.json", "--json",
+                            code=FILE_ERROR)
+        (answer,) = result.json_values()
+        documents = answer["documents"]
+        self.assertEqual([item["document"] for item in documents],
+                         ["none.json", "good.json", "note.json", "bad.json"])
+        self.assertEqual([item["valid"] for item in documents], [False, True, True, False])
+        self.assertEqual([len(item["problems"]) for item in documents], [1, 0, 0, 1])
+        self.assertEqual([len(item.get("notes", [])) for item in documents], [0, 0, 1, 0])
+        self.assertIn("none.json", answer["error"])
+        (single,) = self.value("check", "good.json", "--json").json_values()
+        self.assertEqual(single, {"document": "good.json", "valid": True, "problems": []})
+
+    def test_quiet(self):
+        result = self.value("check", "good.json", "note.json", "--quiet")
+        self.assertEqual((result.out, result.err_lines), ("", []))
 
 
 class TextTest(CheckTestCase):

@@ -76,7 +76,7 @@ class LimitsTest(ValueTestCase):
             [output("r.image", hostile, hostile), output("r.image", f"{hostile}/a.exr")],
         ))
         result = self.value("check", "graph.json", code=INVALID)
-        self.assertEqual(len(result.err_lines), 5, str(result))
+        self.assertEqual(len(result.err_lines), 6, str(result))
         results = [result, self.value("run", "graph.json", code=INVALID)]
         # A path is met when the file is read.
         self.save("graph.json", document(

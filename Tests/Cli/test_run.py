@@ -1351,11 +1351,12 @@ class CountOfErrorsTest(ValueTestCase):
             ),
         )
         listed = self.value("check", "bad.json", code=INVALID)
-        self.assertEqual(len(listed.err_lines), 3, str(listed))
+        # Two attributes, the one path, and an image that cannot arrive.
+        self.assertEqual(len(listed.err_lines), 4, str(listed))
         for line in listed.err_lines:
             self.assertTrue(line.startswith("value: bad.json: "), line)
         result = self.value("run", "bad.json", code=INVALID)
-        self.assert_one_error(result, "(and 2 other errors;")
+        self.assert_one_error(result, "(and 3 other errors;")
 
     def test_a_number_too_small_for_a_double_is_read_alike_everywhere(self):
         self.save(

@@ -1,5 +1,6 @@
-"""value stats: the figures of one image file."""
+"""value stats: the figures of image files."""
 
+import json
 import math
 import struct
 
@@ -180,6 +181,71 @@ class StatsTest(ValueTestCase):
         self.save("tiles.hdr", b"NROWS 4\nNCOLS 4\nNBANDS 1\nNBITS 32\nPIXELTYPE FLOAT\nBYTEORDER I\n")
         result = self.value("stats", "tiles.gpkg", code=FILE_ERROR)
         self.assert_one_error(result, "tiles.gpkg", "no image format")
+
+    def make_three(self):
+        """Two pictures, and a file between them that is none."""
+        self.picture("a.exr", Picture([[1, 3]], VALUE))
+        self.save("broken.exr", b"nothing")
+        self.picture("b.exr", Picture([[NAN, 2.0, INF]], VALUE))
+
+    def test_many_files(self):
+        self.make_three()
+        alone = self.value("stats", "a.exr").out
+        result = self.value("stats", "a.exr", "b.exr")
+        self.assertEqual(result.out, alone + "\n" + self.value("stats", "b.exr").out)
+        self.assert_quiet(result)
+        result = self.value("stats", "a.exr", "broken.exr", "none.exr", "b.exr", code=FILE_ERROR)
+        self.assertEqual(result.out, alone + "\n" + self.value("stats", "b.exr").out)
+        self.assertEqual(len(result.err_lines), 2, str(result))
+        self.assert_names(result, "broken.exr")
+        self.assert_names(result, "none.exr")
+
+    def test_many_files_as_lines_of_json(self):
+        self.make_three()
+        (alone,) = self.value("stats", "a.exr", "--json").json_values()
+        result = self.value("stats", "a.exr", "broken.exr", "b.exr", "--json", code=FILE_ERROR)
+        lines = [json.loads(line) for line in result.out.splitlines()]
+        self.assertEqual(len(lines), 4, str(result))
+        self.assertEqual(lines[0], alone)
+        self.assertEqual(lines[1]["file"], "broken.exr")
+        self.assertIn("broken.exr", lines[1]["error"])
+        self.assertEqual((lines[2]["file"], lines[2]["nan"], lines[2]["infinite"]), ("b.exr", 1, 1))
+        self.assertEqual([lines[3][key] for key in ("files", "measured", "failed")], [3, 2, 1])
+        self.assertIn("broken.exr", lines[3]["error"])
+
+    def test_names_in_lines_of_json(self):
+        for name in ("ä\u202eb.exr", "c.exr"):
+            self.picture(name, Picture([[1]], VALUE))
+        result = self.value("stats", "ä\u202eb.exr", "c.exr", "--json")
+        first = json.loads(result.out.splitlines()[0])
+        self.assertEqual(first["file"], "ä\u202eb.exr")
+
+    def test_summary(self):
+        self.make_three()
+        self.picture("c.exr", Picture(np.full((3, 5), 0.25, F), VALUE))
+        result = self.value("stats", "--summary", "a.exr", "broken.exr", "b.exr", "c.exr", code=FILE_ERROR)
+        head, *rows = result.out.splitlines()
+        self.assertEqual(head.split(), ["size", "mode", "lowest", "highest", "mean", "NaN", "inf", "file"])
+        self.assertEqual([row.split() for row in rows], [
+            ["2", "x", "1", "value", "1", "3", "2", "0", "0", "a.exr"],
+            ["3", "x", "1", "value", "2", "2", "2", "1", "1", "b.exr"],
+            ["5", "x", "3", "value", "0.25", "0.25", "0.25", "0", "0", "c.exr"],
+        ])
+        self.assert_one_error(result, "broken.exr")
+        # Numbers stand below each other, and under their heads.
+        self.assertEqual({row.index("value") for row in rows}, {head.index("mode")})
+        self.assertEqual({row.index(name) for row, name in zip(rows, ("a.exr", "b.exr", "c.exr"))},
+                         {head.index("file")})
+        alone = self.value("stats", "--summary", "a.exr").out
+        self.assertEqual(alone.splitlines(), [head, rows[0]])
+
+    def test_notes_of_many_files_name_them(self):
+        write_file(self.dir / "many.exr", np.zeros((2, 3, 2), F), names=["Y", "other.Y"])
+        self.picture("a.exr", Picture([[1]], VALUE))
+        self.assert_one_error(self.value("stats", "many.exr", "a.exr"), "note:", "many.exr", "left out")
+        lines = self.value("stats", "many.exr", "a.exr", "--json").out.splitlines()
+        self.assertIn("left out", json.loads(lines[0])["notes"][0])
+        self.assertNotIn("notes", json.loads(lines[1]))
 
     def test_wrong_usage(self):
         self.assertTrue(self.value("stats", code=USAGE).err_lines)

@@ -50,7 +50,7 @@ class ImageValueOperationManyNode : public Node {
   /// The row of "constant", as the record of a derived node has it.
   static constexpr AttributeRow MakeConstantRow(double value, const char* text) {
     // The step is the single-precision 0.01.
-    return NumberRow("constant", value, -1e9, 1e9, static_cast<double>(0.01F), 3, text);
+    return NumberRow("constant", value, -1e9, 1e9, static_cast<double>(0.01F), 3, text).OnlyWithImages(1, 1);
   }
 
   ImageValueOperationManyNode();

@@ -45,6 +45,7 @@ constinit const NodeRecord ImageAmbientOcclusionNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInput,
 };
 
 void ImageAmbientOcclusionNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

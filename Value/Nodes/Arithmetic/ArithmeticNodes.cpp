@@ -17,8 +17,10 @@ constexpr AttributeRow kMultiplyAttributes[] = {ImageValueOperationManyNode::Mak
     1.0, "The factor for every sample when exactly one image is connected. -1 turns hills into hollows.")};
 constexpr AttributeRow kDivideAttributes[] = {ImageValueOperationManyNode::MakeConstantRow(
     1.0, "The divisor of every sample when exactly one image is connected.")};
-constexpr AttributeRow kPowerAttributes[] = {ImageValueOperationManyNode::MakeConstantRow(
-    0.0, "Has no effect: with one image the exponent is always 1. Connect a second image for the exponents.")};
+constexpr AttributeRow kPowerAttributes[] = {
+    ImageValueOperationManyNode::MakeConstantRow(
+        0.0, "Has no effect: with one image the exponent is always 1. Connect a second image for the exponents.")
+        .WithoutEffect("one image passes through, and several have their exponents in the second and further ones")};
 constexpr AttributeRow kMinimumAttributes[] = {ImageValueOperationManyNode::MakeConstantRow(
     1000.0, "The upper limit of every sample when exactly one image is connected.")};
 constexpr AttributeRow kMaximumAttributes[] = {ImageValueOperationManyNode::MakeConstantRow(
@@ -40,6 +42,7 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
           .inputs = ImageValueOperationManyNode::kInputs,
           .outputs = kImagePlugs,
           .reach = ReachesSamples,
+          .has_image = HasImageOfAnyInput,
           .run_test = run_test};
 }
 

@@ -16,10 +16,12 @@ constexpr double kLimitExponent = 2.0;
 constexpr AttributeRow kClamp = ChoiceRow("clamp", 0, "both,low,high", "Which side is limited.");
 constexpr AttributeRow kLow = NumberRow("low", 0.0, -10000.0, 10000.0, 0.01, 3,
                                         "The lower limit. What lies below it becomes flat ground at this value.")
-                                  .WithSliderExponent(kLimitExponent);
+                                  .WithSliderExponent(kLimitExponent)
+                                  .OnlyWithWords(kClamp.name, "both,low");
 constexpr AttributeRow kHigh = NumberRow("high", 0.0, -10000.0, 10000.0, 0.01, 3,
                                          "The upper limit. What lies above it becomes a flat top at this value.")
-                                   .WithSliderExponent(kLimitExponent);
+                                   .WithSliderExponent(kLimitExponent)
+                                   .OnlyWithWords(kClamp.name, "both,high");
 constexpr AttributeRow kProfile = ChoiceRow("profile", 0, "linear,smooth,perlin,arc_out,arc_in",
                                             "The curve between the limits, from low at its start to high at its end.");
 constexpr AttributeRow kAttributes[] = {kClamp, kLow, kHigh, kProfile};
@@ -45,6 +47,7 @@ constinit const NodeRecord ImageValueClampNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInputWhileEnabled,
     .run_test = [] { return false; },
 };
 

@@ -16,7 +16,8 @@ constexpr AttributeRow kPrecision =
     ChoiceRow("precision", 4,
               "0.0000000001,0.000000001,0.00000001,0.0000001,0.000001,0.0001,0.001,0.01,0.1,1.0,10.0,100.0,1000.0,"
               "10000.0,100000.0,1000000.0,10000000.0,100000000.0,1000000000.0",
-              "The step that both images are rounded to before they are compared.");
+              "The step that both images are rounded to before they are compared.")
+        .OnlyWithImages(2);
 constexpr AttributeRow kAttributes[] = {kPrecision};
 
 struct OutputRow {
@@ -55,6 +56,7 @@ constinit const NodeRecord ImageValueCompareNode::kRecord{
     .inputs = kInputs,
     .outputs = kOutputPlugs,
     .reach = ReachesSamples,
+    .has_image = HasImageOfAnyInputWhileEnabled,
 };
 
 std::string ImageValueCompareNode::GetOutplugAlias(unsigned outplug) const {

@@ -38,6 +38,7 @@ constinit const NodeRecord ImageComponentEdgesNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInput,
 };
 
 void ImageComponentEdgesNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

@@ -31,6 +31,7 @@ constinit const NodeRecord ImageConnectedComponentsNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInput,
 };
 
 void ImageConnectedComponentsNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

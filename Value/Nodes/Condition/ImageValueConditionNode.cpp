@@ -22,10 +22,14 @@ constexpr AttributeRow kCondition =
             "a < v and v < b,a <= v and v < b,a < v and v <= b,a <= v and v <= b");
 constexpr AttributeRow kA = NumberRow("a", 0.0, -10000.0, 10000.0, 0.01, 3,
                                       "The bound of the tests with one bound, the lower bound of those with two.")
-                                .WithSliderExponent(kBoundExponent);
+                                .WithSliderExponent(kBoundExponent)
+                                .OnlyWithWords(kCondition.name,
+                                               "v_lt_a,v_lte_a,v_eq_a,v_gte_a,v_gt_a,"
+                                               "a_lt_v_lt_b,a_lte_v_lt_b,a_lt_v_lte_b,a_lte_v_lte_b");
 constexpr AttributeRow kB =
     NumberRow("b", 0.0, -10000.0, 10000.0, 0.01, 3, "The upper bound of the tests with two bounds.")
-        .WithSliderExponent(kBoundExponent);
+        .WithSliderExponent(kBoundExponent)
+        .OnlyWithWords(kCondition.name, "a_lt_v_lt_b,a_lte_v_lt_b,a_lt_v_lte_b,a_lte_v_lte_b");
 constexpr AttributeRow kAttributes[] = {kCondition, kA, kB};
 
 /// The first four tests compare with the lowest or the highest sample.
@@ -50,6 +54,7 @@ constinit const NodeRecord ImageValueConditionNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInput,
     .run_test = SelfTests::RunCondition,
 };
 

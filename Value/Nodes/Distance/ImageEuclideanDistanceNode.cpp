@@ -31,6 +31,7 @@ constinit const NodeRecord ImageEuclideanDistanceNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = ReachesImage,
+    .has_image = HasImageOfAnyInput,
 };
 
 void ImageEuclideanDistanceNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {

@@ -30,6 +30,7 @@ constinit const NodeRecord ImageValueFunctionNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = ReachesSamples,
+    .has_image = HasImageOfAnyInput,
 };
 
 ValueOperation* ImageValueFunctionNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {

@@ -36,6 +36,7 @@ constinit const NodeRecord ImageComputeGradientNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kOutputs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInput,
 };
 
 void ImageComputeGradientNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {

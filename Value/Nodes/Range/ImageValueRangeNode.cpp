@@ -13,7 +13,8 @@ constexpr AttributeRow kSize =
 constexpr AttributeRow kFalloff =
     NumberRow("falloff", 0.0, 0.0, 10000.0, 0.01, 3,
               "Over how much of a further difference the mask fades from 1 to 0, on both sides.");
-constexpr AttributeRow kProfile = ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The curve of the falloff.");
+constexpr AttributeRow kProfile =
+    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The curve of the falloff.").OnlyAbove(kFalloff.name, 0.0);
 constexpr AttributeRow kAttributes[] = {kCenter, kSize, kFalloff, kProfile};
 
 }  // namespace
@@ -31,6 +32,7 @@ constinit const NodeRecord ImageValueRangeNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = ReachesSamples,
+    .has_image = HasImageOfAnyInput,
 };
 
 ValueOperation* ImageValueRangeNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {

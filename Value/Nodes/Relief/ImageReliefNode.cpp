@@ -32,6 +32,11 @@ namespace {
 /// Enough samples in one piece that handing it to a thread pays.
 constexpr std::size_t kGrain = std::size_t{1} << 16;
 
+/// The largest radii that count as none and as one pixel, since halves go down. A slope of one pixel is one step,
+/// whatever its profile.
+constexpr double kRoundsToNoPixel = 0.5;
+constexpr double kRoundsToOnePixel = 1.5;
+
 constexpr AttributeRow kRadius =
     NumberRow("radius", 1.0, 0.0, 250.0, 1.0, 0, "How far the slope reaches.").WithUnit("px");
 constexpr AttributeRow kMultiplier =
@@ -42,12 +47,15 @@ constexpr AttributeRow kStyle =
               "Which relief is made: levels raises a cone or dome on every pixel, as wide as the pixel is high; the "
               "others cut a slope inside the edges of a mask, outside of them, or on both sides.");
 constexpr AttributeRow kProfile =
-    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The cross-section of the slope.");
+    ChoiceRow("profile", 0, "linear,smooth,arc_out,arc_in", "The cross-section of the slope.")
+        .OnlyAbove(kRadius.name, kRoundsToOnePixel);
 constexpr AttributeRow kSoften = NumberRow("soften", 0.0, 0.0, 16.0, 1.0, 0,
                                            "Blurs the mask before the relief is made, by a Gaussian of this sigma.")
                                      .WithUnit("px");
-constexpr AttributeRow kGrow = FlagRow(
-    "grow", false, "Enlarges the result by the radius on every side, so that what spreads outward is not cut off.");
+constexpr AttributeRow kGrow =
+    FlagRow("grow", false,
+            "Enlarges the result by the radius on every side, so that what spreads outward is not cut off.")
+        .OnlyAbove(kRadius.name, kRoundsToNoPixel);
 constexpr AttributeRow kSeamless =
     FlagRow("seamless", true, "Treats the image as a tile: what leaves it on one side enters on the other.");
 constexpr AttributeRow kAttributes[] = {kRadius, kMultiplier, kStyle, kProfile, kSoften, kGrow, kSeamless};
@@ -176,6 +184,7 @@ constinit const NodeRecord ImageReliefNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInput,
     .run_test = SelfTests::RunRelief,
 };
 

@@ -30,6 +30,7 @@ constinit const NodeRecord ImageValueStepsNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInputWhileEnabled,
     .run_test = SelfTests::RunAbsolute,
 };
 

@@ -41,6 +41,7 @@ constinit const NodeRecord ImageToValueNode::kRecord{
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
     .reach = FindReach,
+    .has_image = HasImageOfAnyInput,
     .run_test = [] { return true; },
 };
 

@@ -47,7 +47,7 @@ struct RunReport {
 
 /// What is done with a node whose type the catalogue does not have.
 enum class UnknownTypes {
-  /// It is an error, and the node is left out.
+  /// It is an error. A placeholder stands in for the node, so that the rest of the document can be checked.
   kRefuse,
   /// It becomes a placeholder: the document keeps all that it says of the node and its connections, and saves it again.
   /// Programs that edit documents load this way.
@@ -176,9 +176,16 @@ class HOST_DOCUMENTS_API GraphDocument {
 
   // ---- Evaluation ----
 
-  /// What is missing or in the way once everything is set: placeholders, readers and writers without a path, two
+  /// What is missing or in the way once everything is set: placeholders, writers and needed readers without a path, two
   /// outputs with one path, words of outputs that the formats of this build cannot follow.
   void CheckComplete(Findings& findings) const;
+  /// What else would keep outputs and enabled writers from being written, as far as that can be told ahead: images that
+  /// cannot get there, missing folders, endings of no format. A run meets each of these on its own and writes
+  /// everything else, so it need not ask. Also notes on attributes that are set although a connection feeds them.
+  void CheckOutputs(Findings& findings) const;
+  /// Notes on what is set to no purpose: attributes that have no effect where they stand, and a document that writes
+  /// nothing. Ask when everything is set.
+  void Advise(Findings& findings) const;
 
   /// Called while a run goes on: `done` of `total` nodes are evaluated, the last one with this id.
   using Progress = std::function<void(const std::string& id, std::size_t done, std::size_t total)>;
@@ -202,9 +209,11 @@ class HOST_DOCUMENTS_API GraphDocument {
   [[nodiscard]] Engine& GetEngine();
 
  private:
+  friend class DocumentAdvice;
   friend class DocumentReader;
   friend class DocumentRun;
   friend class DocumentWriter;
+  friend class ImageFlow;
   struct Content;
 
   std::unique_ptr<Content> content_;

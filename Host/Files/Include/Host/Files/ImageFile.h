@@ -120,6 +120,9 @@ HOST_FILES_API Status WriteImageFile(const Image& image, const std::filesystem::
 /// what an image lacks. The format must have layers. `type`, unless null, receives the type of the samples in the file.
 HOST_FILES_API Status WriteImageLayers(const std::vector<ImageLayer>& layers, const std::filesystem::path& file,
                                        std::vector<std::string>& notes, SampleType* type = nullptr);
+/// What would keep an image from being saved under this name, as far as that can be told ahead: an ending of no format,
+/// a missing folder, something there that cannot be replaced. Whole lines, as writing reports them. Changes nothing.
+HOST_FILES_API std::vector<std::string> FindSaveProblems(const std::filesystem::path& file);
 /// Whether files of that ending can have layers.
 HOST_FILES_API bool HasLayers(const std::filesystem::path& file);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Host/Tools/Attribute.h"
+#include "Host/Tools/Effect.h"
 
 /// Everything that is ever said of an attribute, in one row of its node's table: what the attribute is, and how a
 /// panel, a page, a command line or a binding presents it.
@@ -42,6 +43,9 @@ struct AttributeRow {
   /// The exponent of a slider's response; 0 is linear. 2 gives fine control around zero over a wide range.
   double slider_exponent = 0.0;
 
+  /// When the attribute has an effect.
+  Effect effect = {};
+
   [[nodiscard]] constexpr AttributeRow WithLabels(const char* comma_separated) const {
     AttributeRow row = *this;
     row.labels = comma_separated;
@@ -55,6 +59,33 @@ struct AttributeRow {
   [[nodiscard]] constexpr AttributeRow WithSliderExponent(double exponent) const {
     AttributeRow row = *this;
     row.slider_exponent = exponent;
+    return row;
+  }
+  /// The attribute never has an effect. `reason` is a clause: what the node does instead.
+  [[nodiscard]] constexpr AttributeRow WithoutEffect(const char* reason) const {
+    return With({.kind = Effect::Kind::kNever, .reason = reason});
+  }
+  /// It has one with so many images connected, all inputs of the node together.
+  [[nodiscard]] constexpr AttributeRow OnlyWithImages(std::size_t least, std::size_t most = Effect::kAnyNumber) const {
+    return With({.kind = Effect::Kind::kWithImages, .least_images = least, .most_images = most});
+  }
+  /// It has one while the choice of that name is one of these words, comma-separated.
+  [[nodiscard]] constexpr AttributeRow OnlyWithWords(const char* choice, const char* comma_separated) const {
+    return With({.kind = Effect::Kind::kWithWords, .attribute = choice, .words = comma_separated});
+  }
+  /// It has one while the number of that name is greater than `bound`.
+  [[nodiscard]] constexpr AttributeRow OnlyAbove(const char* number, double bound) const {
+    return With({.kind = Effect::Kind::kAbove, .attribute = number, .bound = bound});
+  }
+  /// It has one while the string of that name is empty.
+  [[nodiscard]] constexpr AttributeRow OnlyWithoutText(const char* text_attribute) const {
+    return With({.kind = Effect::Kind::kWithoutText, .attribute = text_attribute});
+  }
+
+ private:
+  [[nodiscard]] constexpr AttributeRow With(const Effect& when) const {
+    AttributeRow row = *this;
+    row.effect = when;
     return row;
   }
 };

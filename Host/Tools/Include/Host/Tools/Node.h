@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -179,6 +180,9 @@ class HOST_TOOLS_API Node : public RefCounter<Node> {
   /// Which part of its inputs the node reads, with what its plugs carry (in the form that `Evaluate` receives); of kind
   /// `kUnknown` for a node that does not say.
   [[nodiscard]] Reach GetReach(const std::vector<PlugValue>& inputs) const;
+  /// Whether an output can have an image with images at these regular inputs, one entry for each; nothing for a node
+  /// that does not say. See `NodeRecord::has_image`.
+  [[nodiscard]] std::optional<bool> HasImage(unsigned outplug, const std::vector<bool>& inputs) const;
 
   // ---- Attributes and plugs ----
 

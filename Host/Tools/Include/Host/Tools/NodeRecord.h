@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <vector>
 
+#include "Host/Tools/Api.h"
 #include "Host/Tools/AttributeRow.h"
 #include "Host/Tools/NodeType.h"
 #include "Host/Tools/PlugValue.h"
@@ -57,6 +59,10 @@ struct NodeRecord {
   /// The reach with what the plugs carry, in the form that `Node::Evaluate` receives; null for a type that does not
   /// say.
   Reach (*reach)(const Node& node, const std::vector<PlugValue>& inputs) = nullptr;
+  /// Whether an output can have an image (a node without outputs: whether it has what it works on) as the node is set,
+  /// enabled or not, with an image at these of its regular inputs: one entry for each. More images never make it false.
+  /// Null for a type that does not say.
+  bool (*has_image)(const Node& node, unsigned outplug, const std::vector<bool>& inputs) = nullptr;
   /// What the descriptor's `RunTest` runs; null for a type without a self-test.
   bool (*run_test)() = nullptr;
 };
@@ -65,3 +71,16 @@ struct NodeRecord {
 inline Reach ReachesSamples(const Node&, const std::vector<PlugValue>&) { return Reach::Samples(); }
 /// The reach of a node that needs its inputs whole, or that makes its image whole.
 inline Reach ReachesImage(const Node&, const std::vector<PlugValue>&) { return Reach::Image(); }
+
+/// An output has an image when there is one at an input, be the node enabled or not.
+inline bool HasImageOfAnyInput(const Node&, unsigned, const std::vector<bool>& inputs) {
+  return std::find(inputs.begin(), inputs.end(), true) != inputs.end();
+}
+/// The same of a node that needs all of its inputs.
+inline bool HasImageOfEveryInput(const Node&, unsigned, const std::vector<bool>& inputs) {
+  return std::find(inputs.begin(), inputs.end(), false) == inputs.end();
+}
+/// An output has an image while the node is enabled.
+HOST_TOOLS_API bool HasImageWhileEnabled(const Node& node, unsigned outplug, const std::vector<bool>& inputs);
+/// The same, where there is an image at an input.
+HOST_TOOLS_API bool HasImageOfAnyInputWhileEnabled(const Node& node, unsigned outplug, const std::vector<bool>& inputs);
