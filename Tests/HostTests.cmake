@@ -88,6 +88,7 @@ value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/BorderTest.cpp"
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/ClosestNameTest.cpp"
     "${host}/Util/EvaluationScopeTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
