@@ -6,6 +6,7 @@
 #include <cmath>
 #include <system_error>
 
+#include "Apps/Value/NodeNames.h"
 #include "Host/Files/DecodeOptions.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
@@ -107,11 +108,8 @@ const NodeInterface* Command::FindNode(const ScEng::NodeCatalog& catalog, const 
     return nullptr;
   }
   const NodeInterface* descriptor = catalog.FindWritten(name);
-  if (descriptor != nullptr) return descriptor;
-  const std::string close = catalog.Suggest(name);
-  Fail(ExitCode::kUsage, "there is no node \"" + name + "\"" +
-                             (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
-  return nullptr;
+  if (descriptor == nullptr) Fail(ExitCode::kUsage, DescribeUnknownNode(catalog, name));
+  return descriptor;
 }
 
 ExitCode Command::ReportRun(const ScEng::RunReport& report, const std::string& prefix) {

@@ -11,7 +11,6 @@
 #include "Host/Files/Codecs/CodecTable.h"
 #include "Host/Files/Decoding/HelperDecoder.h"
 #include "Host/Files/FileErrors.h"
-#include "Host/Files/ImageFormats.h"
 #include "Host/Files/PathProblem.h"
 #include "Host/Files/Reading/OpenFile.h"
 #include "Host/Files/Reading/ReadImage.h"
@@ -194,15 +193,6 @@ std::vector<CodecReport> FindCodecs() {
     reports.push_back(std::move(report));
   }
   return reports;
-}
-
-void LoadFormatsToWrite(const std::vector<std::filesystem::path>& files) {
-  for (const FormatRow& row : GetFormatRows()) {
-    const bool is_written =
-        row.writes && std::any_of(files.begin(), files.end(), [&](const auto& file) { return HasEnding(row, file); });
-    std::string problem;
-    if (is_written) static_cast<void>(LoadCodec(*FindCodecRow(row.codec), problem));
-  }
 }
 
 }  // namespace ScEng
