@@ -279,7 +279,19 @@ value_keep_qt(NodePagesTests)
 # What the command line is made of, as far as it can be tested from inside.
 value_add_test(ValueProgramTests
   SOURCES
+    "${PROJECT_SOURCE_DIR}/Apps/Value/Arguments.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ArgumentsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Jobs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/MisplacedWords.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/NodeSearch.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/NodeSearchTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/OptionErrors.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
-    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp")
+    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/UsageErrors.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/UsageErrorsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/UsageText.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/WrapText.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/WrapTextTest.cpp"
+  DEPENDS ValueHost::Files ValueHost::Nodes CLI11::CLI11)

@@ -106,9 +106,10 @@ std::string DescribeExtra(const CLI::App& command, const std::vector<Argument>& 
   const auto kind = FindFileKind(word);
   const Error option = kind == FileKind::kImage ? OfferFileOption(command, arguments, word) : std::nullopt;
   if (option) return ShowWord(word) + " is an image; write " + *option;
-  std::string text = ShowWord(word) + " is one word too many; " + DescribeCapacity(command);
-  if (kind && GetPositionals(command).empty()) text += "; " + ShowWord(word) + " is " + DescribeFile(*kind, word);
-  return text;
+  if (kind && GetPositionals(command).empty()) {
+    return DescribeCapacity(command) + "; " + ShowWord(word) + " is " + DescribeFile(*kind, word);
+  }
+  return ShowWord(word) + " is one word too many; " + DescribeCapacity(command);
 }
 
 /// A file where a node is to be named.
@@ -169,10 +170,18 @@ std::optional<std::string> CheckWord(const CLI::App& command, const std::vector<
   return CheckNodeWord(command, arguments, word);
 }
 
-std::optional<std::string> CheckFileOfOption(const Argument& argument, const std::string& file) {
-  const bool is_input = argument.option->check_lname("input");
-  if (!is_input || FindFileKind(file) != FileKind::kDocument || !Exists(file)) return std::nullopt;
-  return ShowWord(file) + " is " + DescribeFile(FileKind::kDocument, file);
+std::optional<std::string> CheckFileOfOption(const CLI::App& command, const Argument& argument,
+                                             const std::string& file) {
+  if (!argument.option->check_lname("input") || argument.option->get_expected_max() == 1) return std::nullopt;
+  if (FindFileKind(file) == FileKind::kDocument && Exists(file)) {
+    return ShowWord(file) + " is " + DescribeFile(FileKind::kDocument, file);
+  }
+  // "constant=0.5" behind "-i FILE...".
+  const std::size_t equals = file.find('=');
+  const bool is_first = file == argument.values.front();
+  const bool is_setting = equals != std::string::npos && equals > 0 && !HasKindOfFile(file) && !Exists(file) &&
+                          file.find_first_of("/\\-") == std::string::npos;
+  return is_setting && !is_first ? CheckAssignment(command, file) : std::nullopt;
 }
 
 std::string FindUnmarkedOutput(const std::vector<Argument>& arguments) {

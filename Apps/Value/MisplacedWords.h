@@ -27,7 +27,8 @@ std::optional<std::string> CheckWord(const CLI::App& command, const std::vector<
                                      std::size_t taken);
 
 /// The same of a file that an option names.
-std::optional<std::string> CheckFileOfOption(const Argument& argument, const std::string& file);
+std::optional<std::string> CheckFileOfOption(const CLI::App& command, const Argument& argument,
+                                             const std::string& file);
 
 /// A file behind "-i FILE..." that is more likely meant to be written; empty where there is none.
 std::string FindUnmarkedOutput(const std::vector<Argument>& arguments);

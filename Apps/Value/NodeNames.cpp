@@ -53,6 +53,22 @@ std::vector<std::string> FindClosest(const ScEng::NodeCatalog& catalog, const st
   return closest.empty() ? ScEng::FindClosestNames(name, type_names) : closest;
 }
 
+/// "; "value nodes slope" finds "Relief"": how to look for what was written.
+std::string SuggestSearch(const ScEng::NodeCatalog& catalog, std::vector<std::string> words) {
+  const std::vector<SearchTexts> texts = MakeSearchTexts(catalog);
+  std::vector<std::size_t> found = Search(texts, words);
+  if (found.empty()) {
+    words = ScEng::FindClosestNames(JoinWords(words), ListSearchWords(catalog, texts), 1);
+    found = Search(texts, words);
+  }
+  if (found.empty()) return "; \"value nodes\" lists them";
+  constexpr std::size_t kMostShown = 3;
+  const std::vector<NodeInterface*> descriptors = catalog.GetDescriptors();
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < found.size() && i < kMostShown; ++i) names.push_back(descriptors[found[i]]->GetName());
+  return "; \"value nodes " + JoinWords(words) + "\" finds " + JoinWithLast(QuoteEach(names), " and ");
+}
+
 }  // namespace
 
 std::string DescribeUnknownNode(const ScEng::NodeCatalog& catalog, const std::string& written) {
@@ -69,12 +85,7 @@ std::string DescribeUnknownNode(const ScEng::NodeCatalog& catalog, const std::st
     return start + "; without " + ShowWord(JoinWords({end, words.end()})) + " it is " +
            ShowWord(JoinWords({words.begin(), end}));
   }
-  std::vector<std::string> closest = FindClosest(catalog, plain);
+  const std::vector<std::string> closest = FindClosest(catalog, plain);
   if (!closest.empty()) return start + "; the closest is " + JoinWithLast(QuoteEach(closest), " or ");
-  const std::vector<std::size_t> found = Search(MakeSearchTexts(catalog), words);
-  if (found.empty()) return start + list;
-  constexpr std::size_t kMostShown = 3;
-  const std::vector<NodeInterface*> descriptors = catalog.GetDescriptors();
-  for (std::size_t i = 0; i < found.size() && i < kMostShown; ++i) closest.push_back(descriptors[found[i]]->GetName());
-  return start + "; \"value nodes " + JoinWords(words) + "\" finds " + JoinWithLast(QuoteEach(closest), " and ");
+  return start + SuggestSearch(catalog, words);
 }

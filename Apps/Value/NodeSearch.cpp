@@ -10,7 +10,6 @@
 #include <string_view>
 #include <utility>
 
-#include "Apps/Value/Common.h"
 #include "Host/Tools/NodeRecord.h"
 #include "Host/Util/RefCounter.h"
 
@@ -101,6 +100,8 @@ std::vector<std::string> SplitQuery(const std::vector<std::string>& words) {
   for (const std::string& word : words) {
     for (std::string& part : SplitWords(Fold(word))) query.push_back(std::move(part));
   }
+  std::sort(query.begin(), query.end());
+  query.erase(std::unique(query.begin(), query.end()), query.end());
   return query;
 }
 
@@ -143,7 +144,7 @@ SearchTexts MakeSearchTexts(const NodeInterface& descriptor, const Node& node) {
   for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
     const Attribute& attribute = *node.GetAttribute(i);
     texts.attributes += attribute.GetName() + " ";
-    if (attribute.GetKind() == Attribute::Kind::kChoice) texts.attributes += JoinWords(attribute.GetChoices()) + " ";
+    for (const std::string& word : attribute.GetChoices()) texts.attributes += word + " ";
     if (const AttributeRow* row = attribute.GetRow()) texts.attributes += std::string(row->text) + " ";
   }
   return texts;
@@ -195,7 +196,7 @@ std::vector<std::string> FindHints(const std::vector<std::string>& words) {
     const bool speaks_of_it = std::any_of(query.begin(), query.end(), [&](const std::string& wanted) {
       return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
         // "blurring" and "edges" speak of it, too.
-        return wanted.size() > 3 && (name.starts_with(wanted) || wanted.starts_with(name));
+        return name.size() > 3 ? wanted.starts_with(name) : wanted == name;
       });
     });
     if (speaks_of_it) hints.emplace_back(topic.hint);

@@ -7,6 +7,7 @@
 #include "Apps/Value/NodeSearch.h"
 #include "Apps/Value/NodeText.h"
 #include "Apps/Value/UsageText.h"
+#include "Apps/Value/WrapText.h"
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeRecord.h"
@@ -185,7 +186,9 @@ class NodesCommand : public Command {
     const std::string start = "there is no node " + ShowWord(written);
     const std::string list = "; \"value nodes\" lists all";
     const std::vector<std::string> known = ListSearchWords(catalog, texts);
-    for (const std::string& word : words_) {
+    constexpr std::size_t kMostLookedFor = 16;
+    for (std::size_t i = 0; i < std::min(words_.size(), kMostLookedFor); ++i) {
+      const std::string& word = words_[i];
       if (word.empty() || !Search(texts, {word}).empty()) continue;
       const std::string closest = ScEng::SuggestClosestNames(word, known);
       return start + ", and none speaks of " + ShowWord(word) + (closest.empty() ? list : closest);

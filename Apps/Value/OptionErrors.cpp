@@ -28,12 +28,20 @@ std::vector<std::string> ListNames(const CLI::App& command) {
   return names;
 }
 
-std::vector<std::string> ListOwners(const CLI::App& app, const std::string& name) {
-  std::vector<std::string> owners;
+std::vector<const CLI::App*> FindOwners(const CLI::App& app, const std::string& name) {
+  std::vector<const CLI::App*> owners;
   for (const CLI::App* command : GetCommands(app)) {
-    if (FindOption(*command, name) != nullptr) owners.push_back(NameCommand(*command));
+    if (FindOption(*command, name) != nullptr) owners.push_back(command);
   }
   return owners;
+}
+
+/// The name that an option of another command has here: "--input" for "-i".
+Error FindOtherName(const CLI::App& command, const CLI::App& owner, const std::string& name) {
+  for (const std::string& other : GetNames(*FindOption(owner, name))) {
+    if (FindOption(command, other) != nullptr) return other;
+  }
+  return std::nullopt;
 }
 
 /// "--ouput": what a person may have meant who typed one dash, or a part of a name.
@@ -62,7 +70,8 @@ Error FindAmongOthers(const CLI::App& app, const CLI::App& command, const std::s
 Error OfferSetting(const CLI::App& command, const Argument& argument, std::span<const Argument> following) {
   if (FindOption(command, "--set") == nullptr || !argument.name.starts_with("--")) return std::nullopt;
   const bool has_word = !following.empty() && following.front().kind == Argument::Kind::kWord;
-  const std::string value = argument.is_joined ? argument.values.front() : has_word ? following.front().text : "VALUE";
+  if (!argument.is_joined && !has_word) return std::nullopt;
+  const std::string value = argument.is_joined ? argument.values.front() : following.front().text;
   return "an attribute is set with --set " + QuoteForShell(argument.name.substr(2) + "=" + value);
 }
 
@@ -72,9 +81,13 @@ std::string DescribeUnknown(const CLI::App& app, const CLI::App& command, const 
   if (name.size() > 2 && name[1] != '-' && FindOption(command, "-" + name) != nullptr) {
     return name + " lacks a dash; write -" + name;
   }
-  const std::vector<std::string> owners = ListOwners(app, name);
-  if (!owners.empty()) return name + " belongs to " + JoinWithLast(owners, " and ");
   const std::string start = NameCommand(command) + " has no option " + ShowWord(name);
+  std::vector<std::string> owners;
+  for (const CLI::App* owner : FindOwners(app, name)) {
+    if (const Error other = FindOtherName(command, *owner, name)) return start + "; write " + *other;
+    owners.push_back(NameCommand(*owner));
+  }
+  if (!owners.empty()) return name + " belongs to " + JoinWithLast(owners, " and ");
   const std::vector<std::string> closest = FindClosestOptions(command, name);
   if (!closest.empty()) return start + "; the closest is " + JoinWithLast(closest, " or ");
   if (const Error other = FindAmongOthers(app, command, name)) return start + "; " + *other;
@@ -171,7 +184,10 @@ Error CheckAssignment(const Argument& argument, const std::string& value, std::s
   const auto write = [&](const std::string& left, const std::string& taken) {
     return start + " in one word; write " + argument.name + " " + QuoteForShell(left + "=" + taken);
   };
-  if (equals == std::string::npos && !right.empty() && !HasKindOfFile(value)) return write(value, right);
+  const bool may_be_right = type.ends_with("=VALUE") ? !HasKindOfFile(right) : HasKindOfFile(right);
+  if (equals == std::string::npos && may_be_right && !right.empty() && !HasKindOfFile(value)) {
+    return write(value, right);
+  }
   if (is_torn) return write(value.substr(0, equals), right);
   const std::size_t colon = value.find(':');
   if (equals == std::string::npos && colon != std::string::npos && colon > 0 && colon + 1 < value.size()) {
@@ -179,6 +195,30 @@ Error CheckAssignment(const Argument& argument, const std::string& value, std::s
            QuoteForShell(value.substr(0, colon) + "=" + value.substr(colon + 1));
   }
   return start + "; " + ShowWord(value) + (equals == 0 ? " has nothing before its \"=\"" : " has no \"=\"");
+}
+
+/// Options of the form LOW,HIGH.
+Error CheckPair(const Argument& argument, const std::string& value, std::span<const Argument> following) {
+  const std::string type = GetTypeName(*argument.option);
+  const std::size_t comma = value.find(',');
+  if (type.find(',') == std::string::npos || (comma != std::string::npos && comma + 1 < value.size())) {
+    return std::nullopt;
+  }
+  std::string right = FindRightSide(following);
+  std::string left = value.substr(0, comma);
+  if (!IsNumber(left)) {
+    // "0:1", "0..1" and "0-1".
+    const std::size_t end = value.find_first_not_of("0123456789.", value.starts_with("-") ? 1 : 0);
+    const std::size_t dots = value.find("..");
+    const std::size_t mark = std::min(end, dots);
+    if (mark != std::string::npos) {
+      left = value.substr(0, mark);
+      right = value.substr(mark == dots ? mark + 2 : mark + 1);
+    }
+  }
+  const bool can_be_told = IsNumber(left) && IsNumber(right);
+  return argument.name + " takes " + type + " in one word" +
+         (can_be_told ? "; write " + argument.name + " " + left + "," + right : ", not " + ShowWord(value));
 }
 
 /// "--json" behind an option is hardly a file of that name.
@@ -195,7 +235,8 @@ Error CheckPresent(const CLI::App& command, const Argument& argument) {
          ShowOption(*argument.option);
 }
 
-Error CheckValue(const Argument& argument, const std::string& value, std::span<const Argument> following) {
+Error CheckValue(const CLI::App& command, const Argument& argument, const std::string& value,
+                 std::span<const Argument> following) {
   const bool is_assignment = GetTypeName(*argument.option).find('=') != std::string::npos;
   if (!is_assignment && value.starts_with("=")) {
     const std::string right = value == "=" ? FindRightSide(following) : value.substr(1);
@@ -205,7 +246,8 @@ Error CheckValue(const Argument& argument, const std::string& value, std::span<c
   Error error = CheckChoice(argument, value);
   if (!error) error = CheckNumber(argument, value);
   if (!error) error = CheckAssignment(argument, value, following);
-  if (!error && GetTypeName(*argument.option) == "FILE") error = CheckFileOfOption(argument, value);
+  if (!error) error = CheckPair(argument, value, following);
+  if (!error && GetTypeName(*argument.option) == "FILE") error = CheckFileOfOption(command, argument, value);
   return error;
 }
 
@@ -220,7 +262,7 @@ std::optional<std::string> CheckOption(const CLI::App& app, const CLI::App& comm
   error = CheckPresent(command, argument);
   for (const std::string& value : argument.values) {
     if (error) break;
-    error = CheckValue(argument, value, following);
+    error = CheckValue(command, argument, value, following);
   }
   return error;
 }

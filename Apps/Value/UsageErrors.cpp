@@ -18,10 +18,10 @@ namespace {
 
 using Error = std::optional<std::string>;
 
-std::string ListCommands(const CLI::App& app) {
+std::string ListCommands(const CLI::App& app, const std::string& last) {
   std::vector<std::string> names;
   for (const CLI::App* command : GetCommands(app)) names.push_back(command->get_name());
-  return JoinWithLast(names, " or ");
+  return JoinWithLast(names, last);
 }
 
 /// The commands that speak of a word where they say what they do.
@@ -49,7 +49,8 @@ std::string DescribeUnknownCommand(const CLI::App& app, const std::string& word)
   for (std::string& name : closest) name = "value " + name;
   if (closest.empty()) closest = FindInDescriptions(app, word);
   if (!closest.empty()) return text + "; the closest is " + JoinWithLast(QuoteEach(closest), " or ");
-  return text + "; there are " + ListCommands(app) + ", and \"value nodes WORD\" finds nodes";
+  return text + "; there are " + ListCommands(app, " and ") + "; \"value nodes " + QuoteForShell(word) +
+         "\" looks for nodes";
 }
 
 /// What stands before the command can only be options of every command.
@@ -153,5 +154,5 @@ std::optional<std::string> FindUsageError(const CLI::App& app, const std::vector
 }
 
 std::string DescribeMissingCommand(const CLI::App& app) {
-  return "a command is missing: " + ListCommands(app) + "; \"value --help\" says what they do";
+  return "a command is missing: " + ListCommands(app, " or ") + "; \"value --help\" says what they do";
 }

@@ -21,7 +21,9 @@ constexpr std::size_t kMostTakenApart = 1000;
 constexpr unsigned kLetterCost = 4;
 constexpr unsigned kOrderCost = 2;
 constexpr unsigned kBeginningCost = 3;
+constexpr unsigned kEndingCost = 4;
 constexpr unsigned kMissingWordCost = 3;
+constexpr unsigned kAbbreviationCost = 7;
 // Two names that differ by less than a letter are both worth showing.
 constexpr unsigned kAlikeCost = 1;
 
@@ -89,10 +91,21 @@ std::optional<std::size_t> CountWrongLetters(std::string_view a, std::string_vie
   return last.back();
 }
 
+/// "chk" for "check": at least half of the letters, with the first, in their order.
+bool IsAbbreviation(std::string_view word, std::string_view name) {
+  if (word.size() < 3 || 2 * word.size() < name.size() || word.front() != name.front()) return false;
+  std::size_t found = 0;
+  for (const char letter : name) {
+    if (found < word.size() && word[found] == letter) ++found;
+  }
+  return found == word.size();
+}
+
 /// What one part of a word costs as a part of a name.
 std::optional<unsigned> MatchPart(const std::string& part, const std::string& name) {
   if (part == name) return 0;
   if (part.size() >= 3 && name.starts_with(part)) return kBeginningCost;
+  if (name.size() >= 3 && part.starts_with(name)) return kEndingCost;
   const auto wrong = CountWrongLetters(part, name, GetMostWrong(part.size()));
   if (!wrong || part.size() < 3) return std::nullopt;
   return kLetterCost * static_cast<unsigned>(*wrong);
@@ -147,6 +160,7 @@ class Misspelling {
     const bool is_beginning = joined_.size() >= 2 && folded.starts_with(folded_);
     // What continues at the end of a word is likelier than what goes on within it.
     if (is_beginning) take(folded[folded_.size()] == ' ' ? kBeginningCost - 1 : kBeginningCost);
+    if (IsAbbreviation(folded_, folded)) take(kAbbreviationCost);
     if (!parts_.empty()) take(MatchParts(parts_, TakeApart(name)));
     return least;
   }

@@ -52,6 +52,12 @@ TEST(ClosestName, FindsBeginnings) {
   EXPECT_EQ(FindClosestNames("--out", {"--quiet", "--output", "--output-dir"}), (Names{"--output", "--output-dir"}));
 }
 
+TEST(ClosestName, FindsAbbreviationsAndLongerForms) {
+  EXPECT_EQ(FindClosestNames("chk", {"apply", "check"}), Names{"check"});
+  EXPECT_EQ(FindClosestNames("clr", {"low", "color"}), Names{"color"});
+  EXPECT_EQ(FindClosestNames("addition", kNodes), Names{"Value Add"});
+}
+
 TEST(ClosestName, TellsAllThatAreAsClose) {
   EXPECT_EQ(FindClosestNames("image_c", {"image_a", "image_b", "mask"}), (Names{"image_a", "image_b"}));
   EXPECT_EQ(FindClosestNames("image_c", {"image_a", "image_b", "image_d"}, 2), (Names{"image_a", "image_b"}));
