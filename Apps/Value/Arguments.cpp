@@ -78,11 +78,13 @@ class Reader {
   bool only_words_ = false;
 };
 
-/// What stands between two marks in the type of an option: the words in "{a,b}", the bounds in "[1 - 2]".
-std::string GetBetween(const std::string& text, char open, char close) {
-  const std::size_t from = text.find(open);
-  const std::size_t to = text.find(close, from);
-  return from == std::string::npos || to == std::string::npos ? "" : text.substr(from + 1, to - from - 1);
+/// What stands between two marks in the rules that follow the type of an option: the words in "TYPE:{a,b}", the bounds
+/// in "N:INT in [1 - 2]".
+std::string GetBetween(const CLI::Option& option, char open, char close) {
+  const std::string text = option.get_type_name();
+  const std::size_t from = text.find(open, std::min(text.find(':'), text.size()));
+  const std::size_t to = text.find(close, std::min(from, text.size()));
+  return to == std::string::npos ? "" : text.substr(from + 1, to - from - 1);
 }
 
 }  // namespace
@@ -140,7 +142,7 @@ std::string GetTypeName(const CLI::Option& option) {
 }
 
 std::optional<std::pair<double, double>> GetBounds(const CLI::Option& option) {
-  const std::string bounds = GetBetween(option.get_type_name(), '[', ']');
+  const std::string bounds = GetBetween(option, '[', ']');
   constexpr std::string_view kTo = " - ";
   const std::size_t to = bounds.find(kTo);
   if (to == std::string::npos) return std::nullopt;
@@ -149,7 +151,7 @@ std::optional<std::pair<double, double>> GetBounds(const CLI::Option& option) {
 
 std::vector<std::string> GetChoices(const CLI::Option& option) {
   std::vector<std::string> choices;
-  std::istringstream stream(GetBetween(option.get_type_name(), '{', '}'));
+  std::istringstream stream(GetBetween(option, '{', '}'));
   for (std::string word; std::getline(stream, word, ',');) choices.push_back(word);
   return choices;
 }

@@ -19,6 +19,7 @@ class ArgumentsTest : public testing::Test {
     run->add_option("-i,--input", inputs_)->type_name("FILE")->expected(1, -1);
     run->add_option("--type", type_)->type_name("TYPE")->check(CLI::IsMember({"float", "half"}));
     run->add_option("--jobs", jobs_)->type_name("N")->check(CLI::Range(1, 8));
+    run->add_option("--name", type_)->type_name("{stem}{ending}");
     run->add_option("--trace", type_)->expected(0, 1);
     run->add_flag("--quiet", json_);
     app_.add_subcommand("hidden")->group("");
@@ -77,6 +78,7 @@ TEST_F(ArgumentsTest, TakesNumbersAndEverythingBehindTheMarkForWords) {
 TEST_F(ArgumentsTest, KnowsWhatOptionsDeclare) {
   EXPECT_EQ(GetChoices(Get("--type")), (Words{"float", "half"}));
   EXPECT_EQ(GetChoices(Get("--jobs")), Words{});
+  EXPECT_EQ(GetChoices(Get("--name")), Words{});
   EXPECT_EQ(GetBounds(Get("--jobs")), std::pair(1.0, 8.0));
   EXPECT_FALSE(GetBounds(Get("--type")));
   EXPECT_EQ(GetTypeName(Get("--jobs")), "N");

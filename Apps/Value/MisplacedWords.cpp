@@ -172,7 +172,8 @@ std::optional<std::string> CheckWord(const CLI::App& command, const std::vector<
 
 std::optional<std::string> CheckFileOfOption(const CLI::App& command, const Argument& argument,
                                              const std::string& file) {
-  if (!argument.option->check_lname("input") || argument.option->get_expected_max() == 1) return std::nullopt;
+  if (!argument.option->check_lname("input")) return std::nullopt;
+  if (Error error = CheckDash(command, file)) return error;
   if (FindFileKind(file) == FileKind::kDocument && Exists(file)) {
     return ShowWord(file) + " is " + DescribeFile(FileKind::kDocument, file);
   }

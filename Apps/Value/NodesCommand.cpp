@@ -144,7 +144,7 @@ class NodesCommand : public Command {
     }
     std::string text;
     for (const auto& [heading, nodes] : headings) text += (text.empty() ? "" : "\n") + heading + "\n" + nodes;
-    text += "\n\"value nodes NAME\" shows all about a node, \"value nodes WORDS\" finds nodes by what they do.\n";
+    text += "\n\"value nodes NAME\" shows all about a node, \"value nodes WORDS\" finds nodes.\n";
     reporter_.Print(text);
     reporter_.Finish(answer);
     return ExitCode::kDone;

@@ -135,7 +135,8 @@ std::vector<std::string> TranslateHelp(const CLI::App& app, std::vector<std::str
 std::optional<std::string> FindUsageError(const CLI::App& app, const std::vector<std::string>& words) {
   const Arguments arguments = ReadArguments(app, words);
   Error error = CheckBefore(app, arguments);
-  if (error || arguments.command == nullptr) return error;
+  // What is hidden from people is called by programs.
+  if (error || arguments.command == nullptr || arguments.command->get_group().empty()) return error;
   const CLI::App& command = *arguments.command;
   std::map<const CLI::Option*, const Argument*> given;
   std::size_t taken = 0;

@@ -23,6 +23,7 @@ class UsageErrorsTest : public testing::Test {
     grind->add_option("--sieve", sieve_)->type_name("SIEVE")->check(CLI::IsMember({"fine", "wide"}));
     grind->add_option("--rate", rates_)->type_name("WHEEL=SPEED")->allow_extra_args(false);
     grind->add_flag("--slow", flag_);
+    app_.add_subcommand("internal")->group("")->add_option("ANYTHING", rates_);
     CLI::App* bake = app_.add_subcommand("bake", "Makes bread");
     bake->add_option("--oven", sieve_, "The oven to use")->type_name("OVEN")->required();
   }
@@ -43,6 +44,7 @@ TEST_F(UsageErrorsTest, SaysNothingOfWhatIsRight) {
                              {"--json", "grind", "rye"},
                              {"grind", "--coarseness", "3", "rye", "--slow"},
                              {"bake", "--help"},
+                             {"internal", "--", "graph.json", "--zebra"},
                              {"grind", "rye", "--rate=a=1", "--rate", "b=2", "--sieve=wide"},
                              {"bake", "--oven", "old"},
                              {"--help"}}) {
