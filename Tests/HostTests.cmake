@@ -175,6 +175,7 @@ value_add_test(HostFilesTests
     "${host}/Documents/DocumentLimitsTest.cpp"
     "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
+    "${host}/Documents/UnknownNamesTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
     "${host}/Files/ReadRegionTest.cpp"
     "${host}/Files/RoundTripTest.cpp"

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/UsageText.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/NodeInterface.h"
@@ -87,7 +88,9 @@ Status OneNodeGraph::SetAttributes(ScEng::GraphDocument& document, std::vector<s
                            assignment->second);
     }
     const Status status = document.SetAttribute(id_ + "." + name, assignment->second, notes);
-    if (status.IsError()) return Status::Error("--set " + setting + ": " + status.GetMessage());
+    if (status.IsError()) {
+      return Status::Error("--set " + setting + ": " + RemoveName(status.GetMessage(), id_ + "." + name));
+    }
   }
   return {};
 }

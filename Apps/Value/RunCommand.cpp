@@ -9,6 +9,7 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Jobs.h"
+#include "Apps/Value/UsageText.h"
 #include "Apps/Value/WriteFlags.h"
 #include "Host/Files/ImageFormats.h"
 #include "Host/Tools/Guard.h"
@@ -132,7 +133,9 @@ class RunCommand : public Command {
       const auto assignment = SplitAssignment(setting);
       if (!assignment) return Status::Error("--set " + setting + " is not of the form NODE.ATTRIBUTE=VALUE");
       const Status status = document.SetAttribute(assignment->first, assignment->second, notes);
-      if (status.IsError()) return Status::Error("--set " + setting + ": " + status.GetMessage());
+      if (status.IsError()) {
+        return Status::Error("--set " + setting + ": " + RemoveName(status.GetMessage(), assignment->first));
+      }
       if (IsFed(document, assignment->first)) {
         notes.push_back("--set " + setting + " has no effect, because a connection feeds this attribute");
       }

@@ -35,6 +35,11 @@ std::string QuoteForShell(const std::string& word) {
   return quoted + "'";
 }
 
+std::string RemoveName(const std::string& message, const std::string& name) {
+  const std::string start = "\"" + name + "\": ";
+  return message.starts_with(start) ? message.substr(start.size()) : message;
+}
+
 std::string ShowOption(const CLI::Option& option) {
   const std::string name = GetNames(option).back();
   return IsFlag(option) ? name : name + " " + GetTypeName(option);

@@ -292,7 +292,7 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
       notes.push_back(Quote(attribute) + " is obsolete and ignored");
       return {};
     }
-    return Status::Error(content_->DescribeMissingAttribute(node, name));
+    return Status::Error(Quote(attribute) + ": " + content_->DescribeMissingAttribute(node, name));
   }
   const bool is_path = found->GetKind() == Attribute::Kind::kString &&
                        found->GetStringUse() != Attribute::StringUse::kText && !text.empty();
@@ -303,7 +303,7 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
   std::vector<std::string> own_notes;
   status = SetAttributeFromText(*found, text, own_notes);
   for (const std::string& note : own_notes) notes.push_back(Quote(attribute) + ": " + note);
-  return status;
+  return status.IsError() ? Status::Error(Quote(attribute) + ": " + status.GetMessage()) : status;
 }
 
 // ---- Outputs ----

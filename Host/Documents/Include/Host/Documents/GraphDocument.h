@@ -126,7 +126,6 @@ class HOST_DOCUMENTS_API GraphDocument {
 
   /// Sets "node.attribute" from text: a number, true or false, a choice word, a string, or numbers separated by commas.
   /// Old names and the clamping of numbers are as in documents; relative paths start from the working directory.
-  /// The error for a wrong value does not repeat the attribute's name.
   Status SetAttribute(const std::string& attribute, const std::string& text, std::vector<std::string>& notes);
   /// Sets the path of a reader; an error where a connection feeds that path.
   Status SetInput(const std::string& id, const std::filesystem::path& file);
