@@ -23,7 +23,7 @@ TEST(ClosestName, ToleratesWrongLetters) {
   EXPECT_EQ(FindClosestNames("xyzzy", kAttributes), Names{});
 }
 
-TEST(ClosestName, CountsSwappedNeighboursAsOneError) {
+TEST(ClosestName, CountsSwappedLettersAsOneError) {
   // Three letters allow one error.
   EXPECT_EQ(FindClosestNames("wol", {"owl", "low"}), Names{"owl"});
   EXPECT_EQ(FindClosestNames("aply", {"apply", "play"}), Names{"apply"});
