@@ -88,6 +88,7 @@ value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/BorderTest.cpp"
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/ClosestNameTest.cpp"
     "${host}/Util/EvaluationScopeTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
@@ -176,6 +177,7 @@ value_add_test(HostFilesTests
     "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
     "${host}/Files/FileWatchTest.cpp"
+    "${host}/Documents/UnknownNamesTest.cpp"
     "${host}/Files/ImageFileTest.cpp"
     "${host}/Files/ReadRegionTest.cpp"
     "${host}/Files/RoundTripTest.cpp"
@@ -278,6 +280,8 @@ value_keep_qt(NodePagesTests)
 # What the command line is made of, as far as it can be tested from inside.
 value_add_test(ValueProgramTests
   SOURCES
+    "${PROJECT_SOURCE_DIR}/Apps/Value/Arguments.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/ArgumentsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Glob.cpp"
@@ -288,6 +292,10 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudget.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudgetTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/MisplacedWords.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/NodeSearch.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/NodeSearchTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/OptionErrors.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/OutputName.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/OutputNameTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileCopy.cpp"
@@ -297,4 +305,9 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileTraceTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
-  DEPENDS ValueHost::Files ValueHost::Tools nlohmann_json::nlohmann_json)
+    "${PROJECT_SOURCE_DIR}/Apps/Value/UsageErrors.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/UsageErrorsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/UsageText.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/WrapText.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/WrapTextTest.cpp"
+  DEPENDS ValueHost::Files ValueHost::Nodes ValueHost::Tools CLI11::CLI11 nlohmann_json::nlohmann_json)

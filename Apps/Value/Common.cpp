@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "Apps/Value/Interrupt.h"
+#include "Apps/Value/NodeNames.h"
 #include "Apps/Value/Profile.h"
 #include "Host/Files/DecodeOptions.h"
 #include "Host/Gpu/GpuEngine.h"
@@ -111,11 +112,8 @@ const NodeInterface* Command::FindNode(const ScEng::NodeCatalog& catalog, const 
     return nullptr;
   }
   const NodeInterface* descriptor = catalog.FindWritten(name);
-  if (descriptor != nullptr) return descriptor;
-  const std::string close = catalog.Suggest(name);
-  Fail(ExitCode::kUsage, "there is no node \"" + name + "\"" +
-                             (close.empty() ? "; \"value nodes\" lists them" : "; the closest is \"" + close + "\""));
-  return nullptr;
+  if (descriptor == nullptr) Fail(ExitCode::kUsage, DescribeUnknownNode(catalog, name));
+  return descriptor;
 }
 
 ExitCode Command::ReportRun(const ScEng::RunReport& report) {

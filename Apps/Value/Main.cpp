@@ -17,6 +17,7 @@
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/Reporter.h"
+#include "Apps/Value/UsageErrors.h"
 #include "Host/Files/FileSizeLimit.h"
 #include "Host/Tools/Guard.h"
 
@@ -48,6 +49,8 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
       "\"value COMMAND --help\" explains a command, \"value nodes\" lists the nodes.\n\n"
       "Exit codes: 0 done, 1 a node reported an error or a check failed, 2 wrong usage, 3 the document is invalid,\n"
       "4 a file could not be read or written, 5 the node library could not be loaded.");
+  // Behind a command, the name of another is a word like any.
+  app.require_subcommand(0, 1);
   app.set_version_flag("--version", std::string("value " VALUE_VERSION));
 
   CommonOptions common;
@@ -61,19 +64,22 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
     commands.emplace_back(sub, std::move(command));
   }
 
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) {
-      std::ostringstream text;
-      app.exit(error, text, text);
-      reporter.PrintAlways(text.str());
-      return ExitCode::kDone;
-    }
+  const std::vector<std::string> words = TranslateHelp(app, {argv + 1, argv + std::max(argc, 1)});
+  const auto refuse = [&](const std::string& text) {
     reporter.SetJson(HasJsonFlag(argc, argv));
-    reporter.Error(std::string(error.what()) + " (see value --help)");
+    reporter.Error(text);
     reporter.Finish(nlohmann::ordered_json::object());
     return ExitCode::kUsage;
+  };
+  if (const auto error = FindUsageError(app, words)) return refuse(*error);
+  try {
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) return refuse(error.what());
+    std::ostringstream text;
+    app.exit(error, text, text);
+    reporter.PrintAlways(text.str());
+    return ExitCode::kDone;
   }
   if (const ScEng::Status status = common.Apply(reporter); status.IsError()) {
     reporter.Error(status.GetMessage());
@@ -83,10 +89,7 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
   for (const auto& [sub, command] : commands) {
     if (sub->parsed()) return command->Execute();
   }
-  reporter.Error(
-      "a command is missing: nodes, apply, run, check, stats, selftest, doctor, validate or panel (see value --help)");
-  reporter.Finish(nlohmann::ordered_json::object());
-  return ExitCode::kUsage;
+  return refuse(DescribeMissingCommand(app));
 }
 
 }  // namespace

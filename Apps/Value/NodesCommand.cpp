@@ -1,50 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <charconv>
 #include <sstream>
 #include <stdexcept>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/NodeSearch.h"
+#include "Apps/Value/NodeText.h"
+#include "Apps/Value/UsageText.h"
+#include "Apps/Value/WrapText.h"
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeRecord.h"
+#include "Host/Util/ClosestName.h"
 #include "Host/Util/RefCounter.h"
 
 namespace {
 
 using nlohmann::ordered_json;
-
-// How far what is said of an attribute is indented.
-constexpr std::size_t kIndent = 18;
-
-std::string FormatDouble(double number) {
-  char text[32];
-  return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
-}
-
-std::string FormatNumbers(std::initializer_list<double> numbers) {
-  std::string text;
-  for (const double number : numbers) text += (text.empty() ? "" : ",") + FormatDouble(number);
-  return text;
-}
-
-std::string FormatValue(const PlugValue& value) {
-  switch (value.GetType()) {
-    case PlugType::kFlag: return value.GetFlag() ? "true" : "false";
-    case PlugType::kNumber: return FormatDouble(value.GetNumber());
-    case PlugType::kText: return value.GetText();
-    case PlugType::kPoint: return FormatNumbers({value.GetPoint().x, value.GetPoint().y});
-    case PlugType::kFrame: {
-      const ScEng::Frame frame = value.GetFrame();
-      return FormatNumbers({frame.x, frame.y, frame.width, frame.height});
-    }
-    case PlugType::kColor: {
-      const ScEng::Rgbo color = value.GetColor();
-      return FormatNumbers({color.red, color.green, color.blue, color.opacity});
-    }
-    default: return {};
-  }
-}
 
 /// The parts of a comma-separated list.
 ordered_json SplitToJson(const std::string& list) {
@@ -119,58 +91,15 @@ ordered_json NodeToJson(const NodeInterface& descriptor, const Node& node) {
   return json;
 }
 
-std::string DescribeAttribute(const Attribute& attribute) {
-  std::ostringstream text;
-  text << Pad(attribute.GetKindName(), 10) << "default " << FormatValue(attribute.GetDefault());
-  if (attribute.GetKind() == Attribute::Kind::kNumber) {
-    text << ", " << FormatDouble(attribute.GetLowest()) << " to " << FormatDouble(attribute.GetHighest()) << ", step "
-         << FormatFloat(static_cast<float>(attribute.GetStep())) << ", " << attribute.GetDecimals() << " decimals";
-  }
-  if (attribute.GetKind() == Attribute::Kind::kChoice) {
-    text << ", one of";
-    for (const std::string& word : attribute.GetChoices()) text << " " << word;
-  }
-  if (const AttributeRow* row = attribute.GetRow()) {
-    if (*row->unit != '\0') text << ", in " << row->unit;
-    text << "\n" << std::string(kIndent, ' ') << row->text;
-  }
-  return text.str();
-}
-
-std::string DescribeNode(const NodeInterface& descriptor, const Node& node) {
-  std::ostringstream text;
-  text << descriptor.GetName() << "\n";
-  if (const NodeRecord* record = node.GetRecord()) text << "  " << record->sentence << "\n";
-  text << "  class    " << descriptor.GetNodeFactory()->GetTypeName() << "\n";
-  text << "  numbers  " << descriptor.GetNodeType().ToString() << "\n";
-  text << "  library  " << (descriptor.GetLibraryName().empty() ? "(the host)" : descriptor.GetLibraryName()) << "\n";
-  text << "Inputs\n";
-  for (std::size_t i = 0; i < node.GetNumRegularInputs(); ++i) {
-    const PlugRecord& plug = node.GetInplugs()[i];
-    text << "  " << Pad(plug.name, 16) << PlugType::GetName(plug.type)
-         << (plug.connections == PlugRecord::kAnyNumber ? ", any number of connections" : "") << "\n";
-  }
-  if (node.GetNumRegularInputs() == 0) text << "  (none)\n";
-  text << "Outputs\n";
-  for (unsigned i = 0; i < node.GetOutplugs().size(); ++i) {
-    const PlugRecord& plug = node.GetOutplugs()[i];
-    const std::string alias = node.GetOutplugAlias(i);
-    text << "  " << Pad(plug.name, 16) << PlugType::GetName(plug.type) << (alias == plug.name ? "" : "  " + alias)
-         << "\n";
-  }
-  if (node.GetOutplugs().empty()) text << "  (none)\n";
-  text << "Attributes\n";
-  for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
-    text << "  " << Pad(node.GetAttribute(i)->GetName(), 16) << DescribeAttribute(*node.GetAttribute(i)) << "\n";
-  }
-  if (node.GetNumAttributes() == 0) text << "  (none)\n";
-  return text.str();
-}
-
 ScEng::RefPtr<Node> CreateNode(const NodeInterface& descriptor) {
   ScEng::RefPtr<Node> node(descriptor.GetNodeFactory()->CreateNode());
   if (!node) throw std::runtime_error("the factory of " + descriptor.GetName() + " creates no node");
   return node;
+}
+
+std::string GetHeading(const Node& node) {
+  const NodeRecord* record = node.GetRecord();
+  return record == nullptr || *record->group == '\0' ? "Others" : record->group;
 }
 
 class NodesCommand : public Command {
@@ -178,12 +107,16 @@ class NodesCommand : public Command {
   using Command::Command;
 
   CLI::App* Declare(CLI::App& app) override {
-    CLI::App* sub = app.add_subcommand("nodes", "Lists the nodes, or one node's plugs and attributes");
-    sub->add_option("NAME", words_, kNodeWords);
+    CLI::App* sub = app.add_subcommand("nodes", "Lists the nodes, finds some by words, or shows all about one");
+    sub->add_option("WORDS", words_,
+                    std::string(kNodeWords) +
+                        " shows its plugs and attributes; other words find the nodes that "
+                        "hold all of them");
     sub->footer(
         "Examples:\n"
         "  value nodes\n"
         "  value nodes \"Value Clamp\"\n"
+        "  value nodes soft mask\n"
         "  value nodes 10,320,42 --json");
     return sub;
   }
@@ -191,36 +124,76 @@ class NodesCommand : public Command {
   ExitCode Run() override {
     const auto catalog = LoadCatalog();
     if (!catalog) return ExitCode::kPlugin;
-    const std::string name = JoinWords(words_);
-    return words_.empty() ? ListAll(*catalog) : ShowOne(*catalog, name);
+    if (words_.empty()) return ListAll(*catalog);
+    const NodeInterface* named = catalog->FindWritten(JoinWords(words_));
+    return named != nullptr ? ShowOne(*named) : ShowFound(*catalog);
   }
 
  private:
   ExitCode ListAll(const ScEng::NodeCatalog& catalog) {
     ordered_json answer;
     answer["nodes"] = ordered_json::array();
-    std::ostringstream text;
-    text << Pad("Class", 32) << Pad("Name", 24) << Pad("Numbers", 16) << "Library\n";
+    std::vector<std::pair<std::string, std::string>> headings;
     for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
       const ScEng::RefPtr<Node> node = CreateNode(*descriptor);
       answer["nodes"].push_back(SummaryToJson(*descriptor, *node));
-      const std::string library = descriptor->GetLibraryName();
-      text << Pad(descriptor->GetNodeFactory()->GetTypeName(), 32) << Pad(descriptor->GetName(), 24)
-           << Pad(descriptor->GetNodeType().ToString(), 16) << (library.empty() ? "(the host)" : library) << "\n";
-      if (node->GetRecord() != nullptr) text << "    " << node->GetRecord()->sentence << "\n";
+      const std::string heading = GetHeading(*node);
+      auto found = std::find_if(headings.begin(), headings.end(), [&](const auto& h) { return h.first == heading; });
+      if (found == headings.end()) found = headings.insert(headings.end(), {heading, ""});
+      found->second += DescribeBriefly(*descriptor, *node);
     }
-    reporter_.Print(text.str());
+    std::string text;
+    for (const auto& [heading, nodes] : headings) text += (text.empty() ? "" : "\n") + heading + "\n" + nodes;
+    text += "\n\"value nodes NAME\" shows all about a node, \"value nodes WORDS\" finds nodes.\n";
+    reporter_.Print(text);
     reporter_.Finish(answer);
     return ExitCode::kDone;
   }
 
-  ExitCode ShowOne(const ScEng::NodeCatalog& catalog, const std::string& name) {
-    const NodeInterface* descriptor = FindNode(catalog, name);
-    if (descriptor == nullptr) return ExitCode::kUsage;
-    const ScEng::RefPtr<Node> node = CreateNode(*descriptor);
-    reporter_.Print(DescribeNode(*descriptor, *node));
-    reporter_.Finish(NodeToJson(*descriptor, *node));
+  ExitCode ShowOne(const NodeInterface& descriptor) {
+    const ScEng::RefPtr<Node> node = CreateNode(descriptor);
+    reporter_.Print(DescribeNode(descriptor, *node));
+    reporter_.Finish(NodeToJson(descriptor, *node));
     return ExitCode::kDone;
+  }
+
+  ExitCode ShowFound(const ScEng::NodeCatalog& catalog) {
+    const std::vector<SearchTexts> texts = MakeSearchTexts(catalog);
+    const std::vector<std::size_t> found = Search(texts, words_);
+    if (found.empty()) return Fail(ExitCode::kUsage, DescribeNothingFound(catalog, texts));
+    const std::vector<NodeInterface*> descriptors = catalog.GetDescriptors();
+    ordered_json answer;
+    answer["words"] = words_;
+    answer["nodes"] = ordered_json::array();
+    std::string text;
+    for (const std::size_t place : found) {
+      const NodeInterface& descriptor = *descriptors[place];
+      const ScEng::RefPtr<Node> node = CreateNode(descriptor);
+      answer["nodes"].push_back(SummaryToJson(descriptor, *node));
+      text += DescribeBriefly(descriptor, *node);
+    }
+    answer["hints"] = FindHints(words_);
+    for (const std::string& hint : FindHints(words_)) text += "\n" + Wrap(hint, 0) + "\n";
+    reporter_.Print(text);
+    reporter_.Finish(answer);
+    return ExitCode::kDone;
+  }
+
+  /// The words that no node holds are told, with the closest that some do.
+  [[nodiscard]] std::string DescribeNothingFound(const ScEng::NodeCatalog& catalog,
+                                                 const std::vector<SearchTexts>& texts) const {
+    const std::string written = JoinWords(words_);
+    const std::string start = "there is no node " + ShowWord(written);
+    const std::string list = "; \"value nodes\" lists all";
+    const std::vector<std::string> known = ListSearchWords(catalog, texts);
+    constexpr std::size_t kMostLookedFor = 16;
+    for (std::size_t i = 0; i < std::min(words_.size(), kMostLookedFor); ++i) {
+      const std::string& word = words_[i];
+      if (word.empty() || !Search(texts, {word}).empty()) continue;
+      const std::string closest = ScEng::SuggestClosestNames(word, known);
+      return start + ", and none speaks of " + ShowWord(word) + (closest.empty() ? list : closest);
+    }
+    return start + (words_.size() > 1 ? ", and none speaks of all these words" : "") + list;
   }
 
   std::vector<std::string> words_;

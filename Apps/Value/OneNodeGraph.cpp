@@ -7,14 +7,22 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/StandardInput.h"
+#include "Apps/Value/UsageText.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/NodeInterface.h"
+#include "Host/Util/ClosestName.h"
 #include "Host/Util/RefCounter.h"
 
 namespace {
 
 using ScEng::Status;
+
+std::vector<std::string> ListNames(const std::vector<PlugRecord>& plugs) {
+  std::vector<std::string> names;
+  for (const PlugRecord& plug : plugs) names.push_back(plug.name);
+  return names;
+}
 
 std::string NamesOf(const std::vector<PlugRecord>& plugs) {
   std::string names;
@@ -77,8 +85,15 @@ Status OneNodeGraph::SetAttributes(ScEng::GraphDocument& document, std::vector<s
   for (const std::string& setting : settings_) {
     const auto assignment = SplitAssignment(setting);
     if (!assignment) return Status::Error("--set " + setting + " is not of the form NAME=VALUE");
-    const Status status = document.SetAttribute(id_ + "." + assignment->first, assignment->second, notes);
-    if (status.IsError()) return Status::Error("--set " + setting + ": " + status.GetMessage());
+    const std::string name = assignment->first.substr(assignment->first.rfind('.') + 1);
+    if (name != assignment->first && node_->GetAttribute(name) != nullptr) {
+      return Status::Error("--set " + setting + " names a node as in a document; write --set " + name + "=" +
+                           assignment->second);
+    }
+    const Status status = document.SetAttribute(id_ + "." + name, assignment->second, notes);
+    if (status.IsError()) {
+      return Status::Error("--set " + setting + ": " + RemoveName(status.GetMessage(), id_ + "." + name));
+    }
   }
   return {};
 }
@@ -96,7 +111,8 @@ Status OneNodeGraph::SplitPlug(const std::string& text, const std::vector<PlugRe
   const bool in_name = assignment->first.find_first_of("/\\.") != std::string::npos;
   if (in_name || (is_input && std::filesystem::exists(ScEng::MakePath(text), error))) return {};
   return Status::Error("the node has no " + std::string(is_input ? "input" : "output") + " \"" + assignment->first +
-                       "\"; it has " + NamesOf(plugs));
+                       "\"; it has " + NamesOf(plugs) +
+                       ScEng::SuggestClosestNames(assignment->first, ListNames(plugs)));
 }
 
 std::string OneNodeGraph::AddEach(const std::string& each) {

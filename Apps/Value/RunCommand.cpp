@@ -7,6 +7,7 @@
 #include "Apps/Value/Profile.h"
 #include "Apps/Value/StandardInput.h"
 #include "Apps/Value/StandardOutput.h"
+#include "Apps/Value/UsageText.h"
 #include "Apps/Value/WriteFlags.h"
 
 namespace {
@@ -78,7 +79,9 @@ class RunCommand : public Command, private BatchTask {
       const auto assignment = SplitAssignment(setting);
       if (!assignment) return Status::Error("--set " + setting + " is not of the form NODE.ATTRIBUTE=VALUE");
       const Status status = document.SetAttribute(assignment->first, assignment->second, notes);
-      if (status.IsError()) return Status::Error("--set " + setting + ": " + status.GetMessage());
+      if (status.IsError()) {
+        return Status::Error("--set " + setting + ": " + RemoveName(status.GetMessage(), assignment->first));
+      }
       if (IsFed(document, assignment->first)) {
         notes.push_back("--set " + setting + " has no effect, because a connection feeds this attribute");
       }

@@ -2,6 +2,7 @@
 #include "Host/Documents/AttributeText.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -12,6 +13,7 @@
 
 #include "Host/Documents/Findings.h"
 #include "Host/Documents/MessageText.h"
+#include "Host/Util/ClosestName.h"
 
 namespace ScEng {
 namespace {
@@ -26,7 +28,8 @@ Status SetNumber(Attribute& attribute, double number, std::vector<std::string>& 
 
 Status SetChoice(Attribute& attribute, const std::string& word) {
   if (attribute.SetChoice(word, false)) return {};
-  return Status::Error(Quote(word) + " is not one of its words: " + JoinNames(attribute.GetChoices()));
+  return Status::Error(Quote(word) + " is not one of its words: " + JoinNames(attribute.GetChoices()) +
+                       SuggestClosestNames(word, attribute.GetChoices()));
 }
 
 /// How many numbers a point, frame or colour has, and what they are.
@@ -105,6 +108,52 @@ std::optional<std::vector<double>> ParseNumbers(const std::string& text) {
   return numbers;
 }
 
+/// "true" for "yes" and the like; nothing for what means neither.
+std::optional<std::string> ReadFlagWord(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  for (const char* word : {"true", "yes", "on", "1"}) {
+    if (text == word) return "true";
+  }
+  for (const char* word : {"false", "no", "off", "0"}) {
+    if (text == word) return "false";
+  }
+  return std::nullopt;
+}
+
+/// "; write 0.5" for a number with a decimal comma or a unit behind it, "; write 3,4" for numbers between which
+/// something else than a comma stands, "; write true" for another word for it; empty where no value can be made out.
+std::string OfferValue(const Attribute& attribute, std::string text) {
+  constexpr std::size_t kLongest = 80;
+  if (text.size() > kLongest) return {};
+  if (attribute.GetKind() == Attribute::Kind::kFlag) {
+    const auto word = ReadFlagWord(text);
+    return word ? "; write " + *word : "";
+  }
+  if (attribute.GetKind() == Attribute::Kind::kNumber) {
+    const std::size_t end = text.find_last_of("0123456789");
+    // What "%" is of, and whether "1,000" is a thousand, nobody can tell.
+    const std::size_t comma = text.find(',');
+    if (end == std::string::npos || text.find('%') != std::string::npos || end == comma + 3) return {};
+    text.erase(end + 1);
+    if (comma != std::string::npos) text[comma] = '.';
+    return ParseNumber(text) ? "; write " + text : "";
+  }
+  std::string joined;
+  for (const char letter : text) {
+    const bool separates = letter == ' ' || letter == ';' || letter == 'x' || letter == ':' || letter == ',';
+    if (!separates) joined += letter;
+    if (separates && !joined.empty() && joined.back() != ',') joined += ',';
+  }
+  if (joined.starts_with("[") || joined.starts_with("(")) joined = joined.substr(1, joined.size() - 2);
+  const auto numbers = ParseNumbers(joined);
+  return numbers && numbers->size() == GetNumbersForm(attribute.GetKind()).count ? "; write " + joined : "";
+}
+
+/// The error for a value of the command line.
+Status MakeTextError(const Attribute& attribute, const std::string& text) {
+  return Status::Error(MakeKindError(attribute, Quote(text)).GetMessage() + OfferValue(attribute, text));
+}
+
 }  // namespace
 
 Status SetAttributeFromJson(Attribute& attribute, const JsonValue& value, std::vector<std::string>& notes) {
@@ -174,22 +223,21 @@ std::optional<std::vector<double>> ReadNumbers(const JsonValue& value) {
 }
 
 Status SetAttributeFromText(Attribute& attribute, const std::string& text, std::vector<std::string>& notes) {
-  const std::string quoted = Quote(text);
   switch (attribute.GetKind()) {
     case Attribute::Kind::kFlag:
-      if (text != "true" && text != "false") return MakeKindError(attribute, quoted);
+      if (text != "true" && text != "false") return MakeTextError(attribute, text);
       attribute.SetFlag(text == "true", false);
       return {};
     case Attribute::Kind::kNumber: {
       const auto number = ParseNumber(text);
-      return number ? SetNumber(attribute, *number, notes) : MakeKindError(attribute, quoted);
+      return number ? SetNumber(attribute, *number, notes) : MakeTextError(attribute, text);
     }
     case Attribute::Kind::kChoice: return SetChoice(attribute, text);
     case Attribute::Kind::kString: attribute.SetString(text, false); return {};
     default: break;
   }
   const auto numbers = ParseNumbers(text);
-  return numbers ? SetNumbers(attribute, *numbers) : MakeKindError(attribute, quoted);
+  return numbers ? SetNumbers(attribute, *numbers) : MakeTextError(attribute, text);
 }
 
 }  // namespace ScEng

@@ -46,11 +46,6 @@ bool InvolvesPlaceholder(const ConnectionEntry& connection) {
 
 }  // namespace
 
-std::string DescribeMissingPlug(const Node& node, const char* what, const std::string& name,
-                                const std::vector<std::string>& names) {
-  return node.GetName() + " has no " + what + " " + Quote(name) + (names.empty() ? "" : "; it has " + JoinNames(names));
-}
-
 DocumentEntry* GraphDocument::Content::Find(const std::string& id) {
   const auto found = entries.find(id);
   return found == entries.end() ? nullptr : &found->second;
@@ -59,20 +54,15 @@ DocumentEntry* GraphDocument::Content::Find(const std::string& id) {
 DocumentEntry* GraphDocument::Content::Find(const std::string& id, Status& status) {
   DocumentEntry* entry = Find(id);
   if (entry != nullptr) return entry;
-  std::string text = "there is no node " + Quote(id);
-  if (id.size() <= kLongestMisspelt && comparisons_left >= ids.size()) {
-    comparisons_left -= ids.size();
-    const std::string close = FindClosest(id, ids);
-    if (!close.empty()) text += "; the closest is " + Quote(close);
-  }
-  status = Status::Error(text);
+  status = Status::Error("there is no node " + Quote(id) + SuggestNode(id));
   return nullptr;
 }
 
-DocumentEntry* GraphDocument::Content::FindPlugNode(const std::string& plug, std::string& name, Status& status) {
+DocumentEntry* GraphDocument::Content::FindPlugNode(const std::string& plug, std::string& name, Status& status,
+                                                    NameUse use) {
   const std::size_t dot = plug.rfind('.');
   if (dot == std::string::npos || dot == 0 || dot + 1 == plug.size()) {
-    status = Status::Error(Quote(plug) + " is not of the form NODE.NAME");
+    status = Status::Error(Quote(plug) + " is not of the form NODE.NAME" + SuggestPlug(plug, use));
     return nullptr;
   }
   name = plug.substr(dot + 1);
@@ -178,7 +168,7 @@ Status GraphDocument::Content::CheckOutput(const DocumentOutput& output) {
     const std::string& word = output.*known.word;
     if (word.empty() || std::find(known.words.begin(), known.words.end(), word) != known.words.end()) continue;
     return Status::Error("\"" + std::string(known.key) + "\" takes one of the words " + JoinNames(known.words) +
-                         ", not " + Quote(word));
+                         ", not " + Quote(word) + SuggestName(word, known.words));
   }
   if (output.path.empty()) return Status::Error("\"path\" is empty");
   if (output.path.find('\0') != std::string::npos) return Status::Error("\"path\" cannot hold the character 0");
@@ -187,7 +177,7 @@ Status GraphDocument::Content::CheckOutput(const DocumentOutput& output) {
 
 Status GraphDocument::Content::FindImageOutput(const std::string& plug, OutputEntry& found) {
   Status status;
-  found.entry = FindPlugNode(plug, found.plug, status);
+  found.entry = FindPlugNode(plug, found.plug, status, NameUse::kOutput);
   if (found.entry == nullptr) return status;
   found.outplug = 0;
   if (found.entry->node == nullptr) return {};

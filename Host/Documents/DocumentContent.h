@@ -78,6 +78,9 @@ struct LayerFile {
   auto operator<=>(const LayerFile&) const = default;
 };
 
+/// What a name behind the id of a node is to stand for.
+enum class NameUse { kAny, kAttribute, kOutput };
+
 /// Everything that a document holds.
 struct GraphDocument::Content {
   explicit Content(std::shared_ptr<const NodeCatalog> catalog) : engine(std::move(catalog)) {}
@@ -108,7 +111,7 @@ struct GraphDocument::Content {
   /// The same, with an error that names the closest id.
   DocumentEntry* Find(const std::string& id, Status& status);
   /// The node before, and the name after, the last dot; null and an error when there is no such node.
-  DocumentEntry* FindPlugNode(const std::string& plug, std::string& name, Status& status);
+  DocumentEntry* FindPlugNode(const std::string& plug, std::string& name, Status& status, NameUse use = NameUse::kAny);
   /// Whether "id.plug" is an image output, or any output of a placeholder, and which.
   Status FindImageOutput(const std::string& plug, OutputEntry& found);
   /// Finds the ends of a connection. The names of plugs become the current ones.
@@ -123,6 +126,19 @@ struct GraphDocument::Content {
   Status FindOutput(const DocumentOutput& output, OutputEntry& found);
   /// The part of it that needs no nodes: words and path.
   static Status CheckOutput(const DocumentOutput& output);
+  /// "; the closest is "constant"": what a misspelt name most likely means, empty where nothing is close or too much
+  /// has been looked for in this document.
+  [[nodiscard]] std::string SuggestName(const std::string& word, const std::vector<std::string>& names) const;
+  /// The same of an id, where a type's name stands for its nodes. Of few ids that are not close it lists all.
+  [[nodiscard]] std::string SuggestNode(const std::string& id) const;
+  /// The same of a word that should be "id.name": an id or a name alone.
+  [[nodiscard]] std::string SuggestPlug(const std::string& word, NameUse use) const;
+  /// "; the readers are "height", "mask"".
+  [[nodiscard]] std::string SuggestReader() const;
+  /// "Value Add has no output "x"; it has image".
+  [[nodiscard]] std::string DescribeMissingPlug(const Node& node, const char* what, const std::string& name,
+                                                const std::vector<std::string>& names) const;
+  [[nodiscard]] std::string DescribeMissingAttribute(const Node& node, const std::string& name) const;
   /// "there is no node type ..." of what stands as a node's type, with the closest one there is.
   [[nodiscard]] std::string DescribeUnknownType(const JsonValue& type) const;
   /// An entry without a node; null and an error when the id is taken or not one.
@@ -169,8 +185,5 @@ std::string GetLayer(const Node& node);
 void SetFile(Attribute& attribute, const std::filesystem::path& file);
 /// One spelling of a path for comparing.
 std::filesystem::path NormalizePath(const std::filesystem::path& file);
-/// " has no output "x"; it has a, b".
-std::string DescribeMissingPlug(const Node& node, const char* what, const std::string& name,
-                                const std::vector<std::string>& names);
 
 }  // namespace ScEng

@@ -49,11 +49,16 @@ void SetFile(Attribute& attribute, const std::filesystem::path& file) {
 Status GraphDocument::SetInput(const std::string& id, const std::filesystem::path& file) {
   Status status;
   const DocumentEntry* entry = content_->Find(id, status);
+  if (entry == nullptr && content_->Find(id.substr(0, id.rfind('.'))) != nullptr) {
+    return Status::Error("there is no node " + Quote(id) +
+                         "; a reader is named without its plug: " + Quote(id.substr(0, id.rfind('.'))));
+  }
   if (entry == nullptr) return status;
   if (entry->node == nullptr) return Status::Error("node " + Quote(id) + " is of a type that is unknown here");
   Attribute* path = FindPathAttribute(*entry->node, Attribute::StringUse::kReadPath);
   if (path == nullptr) {
-    return Status::Error("node " + Quote(id) + " is not a reader: " + entry->node->GetName() + " reads no file");
+    return Status::Error("node " + Quote(id) + " is not a reader: " + entry->node->GetName() + " reads no file" +
+                         content_->SuggestReader());
   }
   if (content_->IsFed(*entry, path->GetName())) {
     return Status::Error("node " + Quote(id) + ": its " + Quote(path->GetName()) +

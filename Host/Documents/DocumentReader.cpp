@@ -345,10 +345,7 @@ void DocumentReader::ReadAttribute(const std::string& written, const JsonValue& 
       AddNote(what + " is obsolete and ignored");
       return;
     }
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < count; ++i) names.push_back(node.GetAttribute(i)->GetName());
-    AddError(what + ": " + node.GetName() + " has no such attribute" +
-             (names.empty() ? "" : "; it has " + JoinNames(names)));
+    AddError(what + ": " + document_.content_->DescribeMissingAttribute(node, written));
     return;
   }
   std::vector<std::string> notes;
@@ -522,8 +519,9 @@ bool DocumentReader::CheckObject(const JsonValue& value, const std::string& what
   for (const JsonMember& member : *object) {
     const bool is_known = std::find(keys.begin(), keys.end(), member.key) != keys.end();
     if (is_known) continue;
-    AddError(what + ": the key " + Quote(member.key) + " is unknown; known are " +
-             JoinNames(std::vector<std::string>(keys.begin(), keys.end())));
+    const std::vector<std::string> known(keys.begin(), keys.end());
+    AddError(what + ": the key " + Quote(member.key) + " is unknown" +
+             document_.content_->SuggestName(member.key, known) + "; known are " + JoinNames(known));
   }
   return true;
 }

@@ -280,7 +280,7 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
                                    std::vector<std::string>& notes) {
   Status status;
   std::string name;
-  DocumentEntry* entry = content_->FindPlugNode(attribute, name, status);
+  DocumentEntry* entry = content_->FindPlugNode(attribute, name, status, NameUse::kAttribute);
   if (entry == nullptr) return status;
   if (entry->node == nullptr) {
     return Status::Error(Quote(attribute) + ": the node is of a type that is unknown here");
@@ -292,10 +292,7 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
       notes.push_back(Quote(attribute) + " is obsolete and ignored");
       return {};
     }
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) names.push_back(node.GetAttribute(i)->GetName());
-    return Status::Error(Quote(attribute) + ": " + node.GetName() + " has no such attribute" +
-                         (names.empty() ? "" : "; it has " + JoinNames(names)));
+    return Status::Error(Quote(attribute) + ": " + content_->DescribeMissingAttribute(node, name));
   }
   const bool is_path = found->GetKind() == Attribute::Kind::kString &&
                        found->GetStringUse() != Attribute::StringUse::kText && !text.empty();

@@ -225,13 +225,4 @@ std::vector<CodecReport> FindCodecs() {
   return reports;
 }
 
-void LoadFormatsToWrite(const std::vector<std::filesystem::path>& files) {
-  for (const FormatRow& row : GetFormatRows()) {
-    const bool is_written =
-        row.writes && std::any_of(files.begin(), files.end(), [&](const auto& file) { return HasEnding(row, file); });
-    std::string problem;
-    if (is_written) static_cast<void>(LoadCodec(*FindCodecRow(row.codec), problem));
-  }
-}
-
 }  // namespace ScEng

@@ -40,9 +40,9 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
 constinit const NodeRecord NumberNode::kRecord =
     MakeRecord("NumberNode", "Number", ScEng::kNumberType, kNumberAttributes, kNumberOutput,
                "Delivers a number to attributes of other nodes.", "constant,value,parameter,drive");
-constinit const NodeRecord FlagNode::kRecord =
-    MakeRecord("FlagNode", "Flag", ScEng::kFlagType, kFlagAttributes, kFlagOutput,
-               "Delivers true or false to attributes of other nodes.", "boolean,switch,checkbox,parameter,drive");
+constinit const NodeRecord FlagNode::kRecord = MakeRecord(
+    "FlagNode", "Flag", ScEng::kFlagType, kFlagAttributes, kFlagOutput,
+    "Delivers true or false to attributes of other nodes.", "boolean,switch,toggle,checkbox,parameter,drive");
 constinit const NodeRecord TextNode::kRecord =
     MakeRecord("TextNode", "Text", ScEng::kTextType, kTextAttributes, kTextOutput,
                "Delivers a text to attributes of other nodes: to strings such as paths, and to choices.",

@@ -89,16 +89,17 @@ std::size_t CellSize(double size) { return static_cast<std::size_t>(std::max(ScE
 
 constinit const NodeRecord ImageRectangleNode::kRecord =
     MakeRecord("ImageRectangleNode", "Image Rectangle", ScEng::kImageRectangleType, kRectangleAttributes,
-               "Makes an image of one colour.", "constant,solid,fill,flat,color");
+               "Makes an image of one colour.", "constant,solid,fill,flat,blank,background,uniform,color");
 constinit const NodeRecord ImageCheckerNode::kRecord =
     MakeRecord("ImageCheckerNode", "Image Checker", ScEng::kImageCheckerType, kCheckerAttributes,
                "Makes a checkerboard of up to four colours.", "checkerboard,grid,pattern,test image,tiles");
-constinit const NodeRecord ImageWavesNode::kRecord =
-    MakeRecord("ImageWavesNode", "Image Waves", ScEng::kImageWavesType, kWavesAttributes,
-               "Makes sine rings around the centre of the frame, as values.", "rings,ripple,sine,circles,water");
-constinit const NodeRecord ImageTerrainNode::kRecord = MakeRecord(
-    "ImageTerrainNode", "Image Terrain", ScEng::kImageTerrainType, kTerrainAttributes,
-    "Makes a fractal height field that tiles, as values from 0 to 1.", "noise,fractal,height,mountain,perlin,clouds");
+constinit const NodeRecord ImageWavesNode::kRecord = MakeRecord(
+    "ImageWavesNode", "Image Waves", ScEng::kImageWavesType, kWavesAttributes,
+    "Makes sine rings around the centre of the frame, as values.", "rings,ripple,sine,wave,concentric,circles,water");
+constinit const NodeRecord ImageTerrainNode::kRecord =
+    MakeRecord("ImageTerrainNode", "Image Terrain", ScEng::kImageTerrainType, kTerrainAttributes,
+               "Makes a fractal height field that tiles, as values from 0 to 1.",
+               "noise,fractal,random,height,heightmap,landscape,mountain,hills,perlin,clouds,tileable,seamless");
 
 void ImageGeneratorNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   output_.ReleaseAll();

@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <cctype>
 #include <limits>
-#include <numeric>
 #include <sstream>
 #include <system_error>
 #include <utility>
 
 #include "Host/Tools/Guard.h"
+#include "Host/Util/ClosestName.h"
 
 namespace ScEng {
 namespace {
@@ -48,21 +48,6 @@ bool ReadNumbers(const std::string& text, NodeType& type) {
   if (!(stream >> numbers[0] >> numbers[1] >> numbers[2]) || stream >> rest) return false;
   type = NodeType(numbers[0], numbers[1], numbers[2]);
   return true;
-}
-
-std::size_t GetEditDistance(const std::string& a, const std::string& b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-      diagonal = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
-    }
-  }
-  return row[b.size()];
 }
 
 }  // namespace
@@ -242,18 +227,8 @@ std::string NodeCatalog::Suggest(const std::string& text) const {
 }
 
 std::string FindClosest(const std::string& word, const std::vector<std::string>& words) {
-  std::string closest;
-  std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
-  for (const std::string& candidate : words) {
-    // No fewer letters differ than one of them has more.
-    if (std::max(word.size(), candidate.size()) - std::min(word.size(), candidate.size()) >= least) continue;
-    const std::size_t distance = GetEditDistance(ToLower(word), ToLower(candidate));
-    if (distance < least) {
-      least = distance;
-      closest = candidate;
-    }
-  }
-  return closest;
+  std::vector<std::string> closest = FindClosestNames(word, words, 1);
+  return closest.empty() ? std::string() : std::move(closest.front());
 }
 
 }  // namespace ScEng

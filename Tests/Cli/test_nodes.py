@@ -1,9 +1,13 @@
 """value nodes: the catalogue of node types, their plugs and their attributes."""
 
 import re
+import shlex
+
+import numpy as np
 
 from cli_support import (
-    USAGE, ValueTestCase, dictionaries, is_number, leaves, numbers, strings,
+    USAGE, VALUE, Picture, ValueTestCase, dictionaries, is_number, leaves, numbers, read_file,
+    sample_picture, strings,
 )
 from first_twenty import FIRST_TWENTY
 
@@ -161,9 +165,138 @@ class CatalogTest(ValueTestCase):
                     self.assertIn(name, out)
 
     def test_unknown_names_are_wrong_usage(self):
-        for name in ("NoSuchNode", "10,320,6", "Value", "value add extra", ""):
+        for name in ("NoSuchNode", "10,320,6", "value add extra", ""):
             with self.subTest(name=name):
                 result = self.value("nodes", name, code=USAGE)
                 self.assert_one_error(result, name)
         result = self.value("nodes", "NoSuchNode", "--json", code=USAGE)
         self.assert_json_error(result, "NoSuchNode")
+
+
+class ListTest(ValueTestCase):
+    def test_fits_a_terminal_of_80_columns(self):
+        for arguments in ((), ("Relief",), ("Value Function",), ("Value Compare",), ("mask",)):
+            with self.subTest(arguments=arguments):
+                for line in self.value("nodes", *arguments).out.splitlines():
+                    self.assertLessEqual(len(line), 80, line)
+
+    def test_is_grouped_by_headings(self):
+        lines = self.value("nodes").out.splitlines()
+        headings = [line for line in lines if line and not line.startswith((" ", '"'))]
+        self.assertEqual(len(headings), len(set(headings)), headings)
+        self.assertTrue({"Arithmetic", "Masks", "Shape", "Files"} <= set(headings), headings)
+
+    def test_a_page_shows_a_line_that_works(self):
+        self.picture("in.exr", sample_picture(VALUE))
+        for name in ("Value Add", "Value Compare", "Value Gradient", "Image Terrain"):
+            with self.subTest(node=name):
+                out = self.value("nodes", name).out
+                use = re.search(r"^  use +value (.*(?:\n {11}.*)*)", out, re.MULTILINE).group(1)
+                words = shlex.split(use.replace("...", ""))
+                paths = iter(f"out{number}.exr" for number in range(9))
+                for at, word in enumerate(words):
+                    if word.endswith("FILE"):
+                        file = "in.exr" if words[at - 1] == "-i" else next(paths)
+                        words[at] = word[: -len("FILE")] + file
+                self.value(*words)
+
+
+class SearchTest(ValueTestCase):
+    def found(self, *words):
+        result = self.value("nodes", *words, "--json")
+        self.assert_quiet(result)
+        return [item["name"] for item in result.json_values()[0]["nodes"]]
+
+    def test_artists_find_what_they_look_for(self):
+        for words, name in (
+            ("invert", "To Value"), ("negative", "To Value"), ("slope", "Value Gradient"),
+            ("blur", "Relief"), ("edge", "Component Edges"), ("threshold", "Value Condition"),
+            ("contour", "Value Steps"), ("terrace", "Value Steps"), ("emboss", "Relief"),
+            ("bevel", "Relief"), ("occlusion", "Ambient Occlusion"),
+            ("cavity", "Ambient Occlusion"), ("normalize", "To Value"), ("normalise", "To Value"),
+            ("levels", "Value Clamp"), ("gamma", "Value Power"), ("dilate", "Distance"),
+            ("erode", "Distance"), ("distance field", "Distance"), ("sdf", "Distance"),
+            ("outline", "Component Edges"), ("glow", "Distance"), ("difference", "Value Subtract"),
+            ("labels", "Connected Components"), ("islands", "Connected Components"),
+            ("count", "Connected Components"), ("sine", "Value Function"),
+            ("grey", "To Value"), ("gray", "To Value"), ("coast", "Distance"),
+            ("noise", "Image Terrain"), ("checkerboard", "Image Checker"), ("save", "Image Writer"),
+            ("open", "Image Reader"), ("soft mask", "Value Range"), ("sea level", "Value Clamp"),
+        ):
+            with self.subTest(words=words):
+                self.assertIn(name, self.found(*words.split()))
+
+    def test_the_best_comes_first(self):
+        for words, name in (
+            (("edge",), "Component Edges"), (("gradient",), "Value Gradient"), (("ADD",), "Value Add"),
+            (("soft", "mask"), "Value Range"), (("mask", "soft"), "Value Range"),
+            (("components",), "Connected Components"), (("sdf",), "Distance"),
+        ):
+            with self.subTest(words=words):
+                self.assertEqual(self.found(*words)[0], name)
+
+    def test_all_words_are_held(self):
+        one, other = set(self.found("mask")), set(self.found("seamless"))
+        self.assertTrue(one & other)
+        self.assertEqual(set(self.found("mask", "seamless")), one & other)
+        self.assertEqual(set(self.found("mask seamless")), one & other)
+
+    def test_an_attribute_and_its_sentence_are_enough(self):
+        self.assertEqual(self.found("auto_level"), ["To Value"])
+        self.assertEqual(self.found("pillow"), ["Relief"])
+        self.assertIn("Image Terrain", self.found("octaves"))
+
+    def test_text_and_json_have_the_same_nodes(self):
+        out = self.value("nodes", "mask").out
+        names = self.found("mask")
+        self.assertGreater(len(names), 2)
+        places = [out.index(f"\n  {name} " if at else f"  {name} ") for at, name in enumerate(names)]
+        self.assertEqual(places, sorted(places))
+
+    def test_hints_show_how(self):
+        result = self.value("nodes", "invert")
+        self.assertIn("--set low=1 --set high=0", " ".join(result.out.split()))
+        answer = self.value("nodes", "blur", "--json").json_values()[0]
+        self.assertEqual(len(answer["hints"]), 1)
+        self.assertIn("soften", answer["hints"][0])
+
+    def test_the_negative_of_the_hint_is_one(self):
+        image = Picture([[0.0, 0.25, 1.0]], VALUE)
+        self.picture("in.exr", image)
+        self.value(
+            "apply", "To Value", "-i", "in.exr", "--set", "low=1", "--set", "high=0", "-o", "out.exr"
+        )
+        self.assert_close(read_file(self.dir / "out.exr").data, [[1.0, 0.75, 0.0]])
+
+    def test_grown_and_shrunk_masks_of_the_hints_are(self):
+        # One set pixel in the middle of five by five, and all but it.
+        data = np.zeros((5, 5), dtype=np.float32)
+        data[2, 2] = 1
+        self.picture("dot.exr", Picture(data, VALUE))
+        self.picture("rest.exr", Picture(1 - data, VALUE))
+        steps = (
+            ("apply", "Distance", "-i", "dot.exr", "-o", "far.exr"),
+            ("apply", "Value Condition", "-i", "far.exr", "--set", "condition=v_lte_a", "--set", "a=1",
+             "-o", "grown.exr"),
+            ("apply", "Value Condition", "-i", "far.exr", "--set", "condition=v_gt_a", "--set", "a=1",
+             "-o", "shrunk.exr"),
+        )
+        for step in steps:
+            self.value(*step)
+        cross = np.zeros((5, 5), dtype=np.float32)
+        cross[2, 1:4] = 1
+        cross[1:4, 2] = 1
+        self.assert_close(read_file(self.dir / "grown.exr").data, cross)
+        # The dot is the negative of the rest, so what is far from it is the rest without its edge.
+        self.assert_close(read_file(self.dir / "shrunk.exr").data, 1 - cross)
+
+    def test_nothing_found_is_wrong_usage_with_the_closest_word(self):
+        for words, closest in (
+            (("terase",), "terrace"), (("bulr",), "blur"), (("gradiant",), "Value Gradient"),
+            (("mask", "terase"), "terrace"),
+        ):
+            with self.subTest(words=words):
+                result = self.value("nodes", *words, code=USAGE)
+                self.assert_one_error(result, words[-1], closest)
+        result = self.value("nodes", "zebra", "--json", code=USAGE)
+        self.assert_json_error(result, "zebra")

@@ -8,9 +8,11 @@
 #include <memory>
 #include <string_view>
 
+#include "Host/Files/ImageFormats.h"
 #include "Host/Files/Writing/SampleWriter.h"
 #include "Host/Image/ColorMode.h"
 #include "Host/Image/ImageMetadata.h"
+#include "Host/Util/ClosestName.h"
 
 namespace ScEng {
 namespace {
@@ -285,7 +287,9 @@ const FormatRow* ChooseFormat(const std::filesystem::path& file, const std::vect
     if (!is_raster && first->metadata.georeference && !row.metadata.georeference) first = &row;
   }
   if (first == nullptr) {
-    problem = "its ending names no image format that can be written; .exr, .tif, .png and .hdr do";
+    const std::string closest = SuggestClosestNames(file.extension().string(), ListWrittenEndings());
+    problem = "its ending names no image format that can be written" +
+              (closest.empty() ? "; .exr, .tif, .png and .hdr do" : closest);
   }
   return first;
 }

@@ -51,7 +51,7 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
 constinit const NodeRecord ImageValueAddNode::kRecord =
     MakeRecord("ImageValueAddNode", "Value Add", 5, "Add", kAddAttributes, SelfTests::RunAdd,
                "Adds a constant to one image, or adds up several images.",
-               "plus,sum,raise,lift,offset,brighten,blend,linear dodge,combine");
+               "plus,sum,total,raise,lift,offset,brighten,blend,mix,linear dodge,combine,accumulate");
 
 bool ImageValueAddNode::IsObsoleteAttribute(unsigned, const char* name) const {
   return std::string_view(name) == "mask_min";
@@ -64,16 +64,16 @@ ValueOperation* ImageValueAddNode::CreateValueOperation(const std::vector<PlugVa
 constinit const NodeRecord ImageValueSubtractNode::kRecord =
     MakeRecord("ImageValueSubtractNode", "Value Subtract", 90, "Subtract", kSubtractAttributes, SelfTests::RunAdd,
                "Subtracts a constant from one image, or every further image from the first.",
-               "minus,difference,lower,darken,remove");
+               "minus,difference,change,lower,darken,remove,cut away");
 
 ValueOperation* ImageValueSubtractNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new SubtractionOperation(ReadConstant(inputs));
 }
 
-constinit const NodeRecord ImageValueMultiplyNode::kRecord =
-    MakeRecord("ImageValueMultiplyNode", "Value Multiply", 10, "Multiply", kMultiplyAttributes, SelfTests::RunMultiply,
-               "Multiplies one image by a constant, or several images with each other.",
-               "times,scale,gain,amplify,strength,mask,invert,negative,blend");
+constinit const NodeRecord ImageValueMultiplyNode::kRecord = MakeRecord(
+    "ImageValueMultiplyNode", "Value Multiply", 10, "Multiply", kMultiplyAttributes, SelfTests::RunMultiply,
+    "Multiplies one image by a constant, or several images with each other.",
+    "times,product,scale,gain,amplify,attenuate,fade,strength,exposure,mask,invert,negative,blend,mix,square");
 
 ValueOperation* ImageValueMultiplyNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new MultiplicationOperation(ReadConstant(inputs));
@@ -82,15 +82,16 @@ ValueOperation* ImageValueMultiplyNode::CreateValueOperation(const std::vector<P
 constinit const NodeRecord ImageValueDivideNode::kRecord =
     MakeRecord("ImageValueDivideNode", "Value Divide", 96, "Divide", kDivideAttributes, SelfTests::RunMultiply,
                "Divides one image by a constant, or the first image by every further one.",
-               "ratio,quotient,scale,flat field,normalize,even out");
+               "ratio,quotient,relative,scale,flat field,normalize,even out");
 
 ValueOperation* ImageValueDivideNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new DivideOperation(ReadConstant(inputs));
 }
 
-constinit const NodeRecord ImageValuePowerNode::kRecord = MakeRecord(
-    "ImageValuePowerNode", "Value Power", 69, "Power", kPowerAttributes, SelfTests::RunMultiply,
-    "Raises the first image to the power of every further one, pixel by pixel.", "exponent,gamma,contrast,pow,curve");
+constinit const NodeRecord ImageValuePowerNode::kRecord =
+    MakeRecord("ImageValuePowerNode", "Value Power", 69, "Power", kPowerAttributes, SelfTests::RunMultiply,
+               "Raises the first image to the power of every further one, pixel by pixel.",
+               "exponent,gamma,contrast,midtones,pow,square,curve");
 
 ValueOperation* ImageValuePowerNode::CreateValueOperation(const std::vector<PlugValue>&) {
   constexpr float kExponent = 1.0F;
@@ -100,7 +101,7 @@ ValueOperation* ImageValuePowerNode::CreateValueOperation(const std::vector<Plug
 constinit const NodeRecord ImageValueMinimumNode::kRecord =
     MakeRecord("ImageValueMinimumNode", "Value Minimum", 16, "Min", kMinimumAttributes, SelfTests::RunMinimum,
                "Takes the lower of an image and a constant, or the lowest of several images.",
-               "min,darken,lowest,intersect,intersection,limit,cap,carve");
+               "min,darken,lowest,intersect,intersection,and,limit,cap,ceiling,carve");
 
 ValueOperation* ImageValueMinimumNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new MinimumOperation(ReadConstant(inputs));
@@ -109,7 +110,7 @@ ValueOperation* ImageValueMinimumNode::CreateValueOperation(const std::vector<Pl
 constinit const NodeRecord ImageValueMaximumNode::kRecord =
     MakeRecord("ImageValueMaximumNode", "Value Maximum", 21, "Max", kMaximumAttributes, SelfTests::RunMaximum,
                "Takes the higher of an image and a constant, or the highest of several images.",
-               "max,lighten,highest,union,combine,limit,floor,stamp");
+               "max,lighten,highest,union,or,combine,limit,floor,sea level,water level,stamp");
 
 ValueOperation* ImageValueMaximumNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new MaximumOperation(ReadConstant(inputs));

@@ -42,7 +42,7 @@ constinit const NodeRecord ImageValueClampNode::kRecord{
     .icon = "Clamp",
     .group = "Remapping",
     .sentence = "Limits values to a range, and can bend what lies inside it with a curve.",
-    .keywords = "limit,cut,clip,crop values,contrast,levels,curve,smoothstep,flatten,plateau,dome",
+    .keywords = "limit,cut,clip,truncate,crop values,contrast,levels,curve,smoothstep,flatten,plateau,sea level,dome",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

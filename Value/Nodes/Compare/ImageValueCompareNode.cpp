@@ -51,7 +51,7 @@ constinit const NodeRecord ImageValueCompareNode::kRecord{
     .icon = "Compare",
     .group = "Masks",
     .sentence = "Compares two images with a chosen precision and gives six masks at once.",
-    .keywords = "difference,equal,less,greater,change,diff,threshold",
+    .keywords = "difference,equal,unequal,less,greater,lower,higher,change,diff,tolerance,threshold,mask",
     .attributes = kAttributes,
     .inputs = kInputs,
     .outputs = kOutputPlugs,

@@ -33,7 +33,7 @@ constinit const NodeRecord ImageComponentEdgesNode::kRecord{
     .icon = "ComponentEdges",
     .group = "Shape",
     .sentence = "Draws the borders between regions of different value.",
-    .keywords = "edge,outline,border,contour,line,detect edges,ink",
+    .keywords = "edge,outline,border,boundary,contour,isoline,coastline,line,stroke,detect edges,ink",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

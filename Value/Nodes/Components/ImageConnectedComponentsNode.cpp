@@ -26,7 +26,7 @@ constinit const NodeRecord ImageConnectedComponentsNode::kRecord{
     .icon = "ConnectedComponents",
     .group = "Shape",
     .sentence = "Numbers the connected regions of an image.",
-    .keywords = "label,region,segment,island,lake,count,flood fill,blob",
+    .keywords = "label,region,segment,separate,island,lake,patch,cluster,count,number,flood fill,blob",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

@@ -26,7 +26,10 @@ constinit const NodeRecord ImageEuclideanDistanceNode::kRecord{
     .icon = "Distance",
     .group = "Shape",
     .sentence = "Gives every pixel its distance to the nearest pixel of a shape.",
-    .keywords = "distance transform,distance field,sdf,euclidean,proximity,falloff,buffer",
+    .keywords =
+        "distance transform,distance "
+        "field,sdf,euclidean,proximity,falloff,buffer,dilate,grow,expand,thicken,erode,shrink,"
+        "contract,feather,glow,outline,shore,coast",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

@@ -24,8 +24,9 @@ constinit const NodeRecord ImageValueFunctionNode::kRecord{
     .group = "Remapping",
     .sentence = "Applies a mathematical function of one variable to every sample.",
     .keywords =
-        "math,sine,cosine,tangent,abs,absolute,round,floor,ceil,reciprocal,logarithm,exponential,root,square "
-        "root,degrees,radians",
+        "math,sine,sin,cosine,cos,tangent,tan,abs,absolute,round,floor,ceil,reciprocal,inverse,logarithm,ln,"
+        "exponential,"
+        "exp,root,square root,sqrt,cube root,degrees,radians,wave,oscillate",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

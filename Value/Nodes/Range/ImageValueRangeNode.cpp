@@ -27,7 +27,9 @@ constinit const NodeRecord ImageValueRangeNode::kRecord{
     .icon = "Range",
     .group = "Masks",
     .sentence = "Makes a soft mask of the values around a centre.",
-    .keywords = "select,band,isolate,height band,soft mask,luminosity mask,threshold,falloff",
+    .keywords =
+        "select,band,isolate,altitude,elevation,height band,snow line,soft mask,luminosity "
+        "mask,threshold,falloff,feather,glow",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

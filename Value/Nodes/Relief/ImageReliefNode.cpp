@@ -179,7 +179,9 @@ constinit const NodeRecord ImageReliefNode::kRecord{
     .icon = "Relief",
     .group = "Shape",
     .sentence = "Turns a mask or height field into a relief whose edges rise by a chosen profile over a chosen radius.",
-    .keywords = "bevel,emboss,pillow,chisel,extrude,dilate,cone,dome,slope,blur,soften",
+    .keywords =
+        "bevel,emboss,pillow,chisel,engrave,extrude,dilate,grow,expand,cone,dome,mound,slope,edge,blur,gaussian,smooth,"
+        "soften",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

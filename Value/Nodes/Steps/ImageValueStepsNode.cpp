@@ -25,7 +25,7 @@ constinit const NodeRecord ImageValueStepsNode::kRecord{
     .icon = "Steps",
     .group = "Remapping",
     .sentence = "Rounds values to a number of equally spaced levels of the declared range.",
-    .keywords = "posterize,quantize,terrace,contour,bands,levels,stairs",
+    .keywords = "posterize,quantize,discretize,terrace,strata,layers,contour,bands,levels,stairs,toon",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

@@ -36,7 +36,10 @@ constinit const NodeRecord ImageToValueNode::kRecord{
     .icon = "ToValue",
     .group = "Values from images",
     .sentence = "Turns any image into one number per pixel and maps a range of these numbers onto low to high.",
-    .keywords = "grayscale,greyscale,luminance,desaturate,convert,mask,height,normalize,auto levels,stretch",
+    .keywords =
+        "grayscale,greyscale,monochrome,black and "
+        "white,luminance,desaturate,convert,mask,height,remap,rescale,normalize,"
+        "auto levels,contrast,stretch,invert,negative,reverse",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

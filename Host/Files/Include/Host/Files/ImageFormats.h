@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "Host/Files/Api.h"
@@ -12,5 +13,11 @@ namespace ScEng {
 /// threads when they are loaded, and end the process where the system has no more: a program that starts many threads
 /// of its own calls this before. A module that cannot be loaded is an error of whoever writes a file.
 HOST_FILES_API void LoadFormatsToWrite(const std::vector<std::filesystem::path>& files);
+
+/// Whether a file's name has the ending of an image format that is read or written, in any case of letters.
+HOST_FILES_API bool HasImageEnding(const std::filesystem::path& file);
+
+/// The endings of all formats that are written, with their dots.
+HOST_FILES_API std::vector<std::string> ListWrittenEndings();
 
 }  // namespace ScEng
