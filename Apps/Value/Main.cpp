@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/HiddenCommands.h"
 #include "Apps/Value/Reporter.h"
 #include "Host/Files/FileSizeLimit.h"
 #include "Host/Files/SignalCleanup.h"
@@ -60,6 +61,8 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
     common.Declare(*sub);
     commands.emplace_back(sub, std::move(command));
   }
+
+  if (const auto code = RunHiddenCommand(app, argc, argv, reporter)) return *code;
 
   try {
     app.parse(argc, argv);
