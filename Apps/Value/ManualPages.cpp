@@ -2,6 +2,7 @@
 #include "Apps/Value/ManualPages.h"
 
 #include <algorithm>
+#include <cctype>
 #include <sstream>
 #include <string_view>
 
@@ -73,8 +74,8 @@ std::string DescribeOption(const CLI::Option& option) {
     if (const std::size_t dash = bounds.find(" - "); dash != std::string::npos) bounds.replace(dash, 3, " to ");
     text += " From " + bounds + ".";
   }
-  if (MayRepeat(option) && text.find("again") == std::string::npos) text += " May be given again.";
-  if (option.get_required() && option.nonpositional()) text += " Required.";
+  if (option.nonpositional() && MayRepeat(option) && text.find("again") == std::string::npos) text += " May be given again.";
+  if (option.nonpositional() && option.get_required()) text += " Required.";
   return text;
 }
 
@@ -83,11 +84,15 @@ std::string MakeTag(const CLI::Option& option) {
   std::string tag;
   for (const std::string& name : GetNames(option)) tag += (tag.empty() ? "" : ", ") + RoffPage::Bold(name);
   if (!IsFlag(option)) tag += " " + RoffPage::Italic(GetValueName(option));
+  if (MayRepeat(option) && option.get_allow_extra_args()) tag += "...";
   return tag;
 }
 
 void AddName(RoffPage& page, const std::string& name, std::string about) {
   while (about.ends_with('.')) about.pop_back();
+  if (about.size() > 1 && std::islower(static_cast<unsigned char>(about[1])) != 0) {
+    about[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(about[0])));
+  }
   page.AddSection("NAME");
   // The form that the index of all pages is made from: name, dash, sentence.
   page.AddLine(RoffPage::Escape(name) + " \\- " + RoffPage::Escape(about));

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -60,6 +61,20 @@ std::string GuardStart(const std::string& line) {
   return (is_macro ? "\\&" : "") + line;
 }
 
+/// A command in lines that fit into 80 columns, broken before options.
+std::vector<std::string> BreakCommand(std::string command) {
+  constexpr std::size_t kLongest = 70;
+  std::vector<std::string> lines;
+  while (command.size() > kLongest) {
+    const std::size_t blank = command.rfind(" -", kLongest);
+    if (blank == std::string::npos || command.find_first_not_of(' ') >= blank) break;
+    lines.push_back(command.substr(0, blank) + " \\");
+    command = "    " + command.substr(blank + 1);
+  }
+  lines.push_back(std::move(command));
+  return lines;
+}
+
 }  // namespace
 
 RoffPage::RoffPage(std::string_view name, std::string_view date, std::string_view version) {
@@ -72,28 +87,43 @@ RoffPage::RoffPage(std::string_view name, std::string_view date, std::string_vie
   text_ += ".nh\n.ad l\n";
 }
 
-void RoffPage::AddSection(std::string_view heading) { text_ += ".SH " + Escape(heading) + "\n"; }
+void RoffPage::AddSection(std::string_view heading) {
+  text_ += ".SH " + Escape(heading) + "\n";
+  follows_heading_ = true;
+}
 
-void RoffPage::AddSubsection(std::string_view heading) { text_ += ".SS " + Escape(heading) + "\n"; }
+void RoffPage::AddSubsection(std::string_view heading) {
+  text_ += ".SS " + Escape(heading) + "\n";
+  follows_heading_ = true;
+}
 
 void RoffPage::AddParagraph(std::string_view text) {
-  // The first paragraph of a section has its space already.
-  const std::size_t last_line = text_.rfind("\n.", text_.size() - 2);
-  const std::string_view last = std::string_view(text_).substr(last_line + 1);
-  if (!last.starts_with(".SH") && !last.starts_with(".SS")) text_ += ".PP\n";
+  StartParagraph();
   text_ += GuardStart(SetText(text)) + "\n";
 }
 
 void RoffPage::AddEntry(const std::string& tag, std::string_view text) {
   text_ += ".TP\n" + tag + "\n" + GuardStart(SetText(text)) + "\n";
+  follows_heading_ = false;
 }
 
-void RoffPage::AddLine(const std::string& roff) { text_ += roff + "\n"; }
+void RoffPage::AddLine(const std::string& roff) {
+  text_ += roff + "\n";
+  follows_heading_ = false;
+}
 
 void RoffPage::AddExample(const std::vector<std::string>& lines) {
-  text_ += ".PP\n.EX\n";
-  for (const std::string& line : lines) text_ += GuardStart(Escape(line)) + "\n";
+  StartParagraph();
+  text_ += ".EX\n";
+  for (const std::string& line : lines) {
+    for (const std::string& part : BreakCommand(line)) text_ += GuardStart(Escape(part)) + "\n";
+  }
   text_ += ".EE\n";
+}
+
+void RoffPage::StartParagraph() {
+  if (!follows_heading_) text_ += ".PP\n";
+  follows_heading_ = false;
 }
 
 std::string RoffPage::Escape(std::string_view text) {

@@ -20,7 +20,7 @@ class RoffPage {
   void AddEntry(const std::string& tag, std::string_view text);
   /// One line in roff.
   void AddLine(const std::string& roff);
-  /// Lines that are shown as they are.
+  /// Commands that are shown as they are; one that is too long for a terminal goes on in the next line.
   void AddExample(const std::vector<std::string>& lines);
 
   [[nodiscard]] const std::string& GetText() const { return text_; }
@@ -30,5 +30,9 @@ class RoffPage {
   static std::string Italic(std::string_view text);
 
  private:
+  void StartParagraph();
+
   std::string text_;
+  // The first paragraph of a section has its space already.
+  bool follows_heading_ = false;
 };

@@ -38,7 +38,10 @@ _value() {
   fi
   for name in "${found[@]}"; do
     text=$name
+    # A tilde at the start stays one.
     [[ -n $quote ]] || printf -v text %q "$name"
+    text=${text/#\\\~/\~}
+    text=${text/#\\~/\~}
     if [[ -d ${name/#\~\//$HOME/} ]]; then
       parts+=("$prefix$text/")
     else
