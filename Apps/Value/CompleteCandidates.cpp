@@ -77,7 +77,9 @@ void Candidates::AddFiles(std::string prefix, std::string with_ending) {
 void Candidates::AddFolders() { files = Files::kFolders; }
 
 void Candidates::Filter(std::string_view typed) {
-  std::erase_if(words, [&](const Word& word) { return !StartsWith(word.text, typed); });
+  std::erase_if(words, [&](const Word& word) {
+    return !StartsWith(word.text, typed) || (word.is_open && word.text == typed);
+  });
 }
 
 void AddNodeNames(const ScEng::NodeCatalog& catalog, const std::vector<std::string>& before, const std::string& word,

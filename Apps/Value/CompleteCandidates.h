@@ -30,7 +30,7 @@ struct Candidates {
   void Add(std::string text, std::string about = {}, bool is_open = false);
   void AddFiles(std::string prefix = {}, std::string with_ending = {});
   void AddFolders();
-  /// Keeps the words that start with `typed`, in any case of letters.
+  /// Keeps the words that start with `typed`, in any case of letters, and go on behind it.
   void Filter(std::string_view typed);
 };
 

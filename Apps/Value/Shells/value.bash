@@ -15,10 +15,23 @@ _value_files() {
   found+=("${names[@]}")
 }
 
+# Puts the line together from its words for whoever calls _value without one. Bash has split them at "=" and ":".
+_value_line() {
+  local word last=' '
+  for word in "${COMP_WORDS[@]:0:COMP_CWORD+1}"; do
+    [[ $word == [=:]* || $last == *[=:] ]] || line+=' '
+    line+=$word
+    last=$word
+  done
+  line=${line# }
+}
+
 _value() {
   # COMP_POINT counts bytes.
   local LC_ALL=C
-  local line=${COMP_LINE:0:COMP_POINT} kind text about prefix='' quote='' name
+  local line=${COMP_LINE:0:COMP_POINT}
+  [[ -n $COMP_LINE ]] || _value_line
+  local kind text about prefix='' quote='' name
   local -a words=() parts=() found=()
   while IFS=$'\t' read -r kind text about; do
     case $kind in
