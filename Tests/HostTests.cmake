@@ -278,7 +278,14 @@ value_keep_qt(NodePagesTests)
 # What the command line is made of, as far as it can be tested from inside.
 value_add_test(ValueProgramTests
   SOURCES
+    "${PROJECT_SOURCE_DIR}/Apps/Value/BashLine.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/BashLineTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLine.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLineTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Jobs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/RoffPage.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/RoffPageTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
-    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp")
+    "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
+  DEPENDS CLI11::CLI11)

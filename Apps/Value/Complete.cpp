@@ -17,7 +17,7 @@
 namespace {
 
 // A library that hangs while it is loaded must not hang the shell.
-constexpr unsigned kLongestWait_s = 5;
+constexpr unsigned kLongestWait_s = 3;
 constexpr std::size_t kLongestAbout = 100;
 
 /// Keeps what libraries print off standard output while it exists.
