@@ -10,8 +10,8 @@
 struct BashLine {
   /// The words without their quotes, the program's name first. The last one is being typed and may be empty.
   std::vector<std::string> words;
-  /// How many bytes of the last word stay as they are: bash replaces only what is behind them, since it also breaks words
-  /// at "=" and ":" and behind a quotation mark.
+  /// How many bytes of the last word stay as they are: bash replaces only what is behind them, since it also breaks
+  /// words at "=" and ":" and behind a quotation mark.
   std::size_t num_kept = 0;
   /// The quotation mark that is open at the cursor; 0 for none.
   char quote = 0;

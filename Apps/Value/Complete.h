@@ -21,6 +21,6 @@
 /// What is wrong with a document or a node library makes the answer empty: nobody wants an error while typing.
 ///
 /// `arguments` are those behind "complete": either "--" and the words behind the program's name, without quotes, or
-/// "--bash LINE BREAKS", the line up to the cursor and COMP_WORDBREAKS. For bash, which does not quote itself, words are
-/// quoted and without what bash does not replace, and START is the start of the file's name.
+/// "--bash LINE BREAKS", the line up to the cursor and COMP_WORDBREAKS. For bash, which does not quote itself, words
+/// are quoted and without what bash does not replace, and START is the start of the file's name.
 ExitCode Complete(const CLI::App& app, const std::vector<std::string>& arguments, Reporter& reporter);

@@ -15,8 +15,8 @@ namespace {
 char ToSmall(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
 
 bool StartsWith(std::string_view text, std::string_view start) {
-  return text.size() >= start.size() && std::equal(start.begin(), start.end(), text.begin(),
-                                                   [](char a, char b) { return ToSmall(a) == ToSmall(b); });
+  return text.size() >= start.size() &&
+         std::equal(start.begin(), start.end(), text.begin(), [](char a, char b) { return ToSmall(a) == ToSmall(b); });
 }
 
 std::vector<std::string> SplitList(const std::string& list) {
@@ -77,9 +77,8 @@ void Candidates::AddFiles(std::string prefix, std::string with_ending) {
 void Candidates::AddFolders() { files = Files::kFolders; }
 
 void Candidates::Filter(std::string_view typed) {
-  std::erase_if(words, [&](const Word& word) {
-    return !StartsWith(word.text, typed) || (word.is_open && word.text == typed);
-  });
+  std::erase_if(
+      words, [&](const Word& word) { return !StartsWith(word.text, typed) || (word.is_open && word.text == typed); });
 }
 
 void AddNodeNames(const ScEng::NodeCatalog& catalog, const std::vector<std::string>& before, const std::string& word,

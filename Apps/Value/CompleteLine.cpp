@@ -192,13 +192,11 @@ std::vector<std::string> GetWords(const CLI::Option& option) {
 }
 
 std::vector<const CLI::Option*> GetShownOptions(const CLI::App& command) {
-  return command.get_options(
-      [](const CLI::Option* option) { return option->nonpositional() && IsShown(*option); });
+  return command.get_options([](const CLI::Option* option) { return option->nonpositional() && IsShown(*option); });
 }
 
 std::vector<const CLI::Option*> GetPositionals(const CLI::App& command) {
-  return command.get_options(
-      [](const CLI::Option* option) { return option->get_positional() && IsShown(*option); });
+  return command.get_options([](const CLI::Option* option) { return option->get_positional() && IsShown(*option); });
 }
 
 std::vector<const CLI::App*> GetShownCommands(const CLI::App& app) {

@@ -66,8 +66,11 @@ Candidates Completer::Find() {
     if (line_.option == nullptr) AddPositional(candidates);
   }
   candidates.Filter(line_.word);
+  // Where nothing else is left to type, all that may follow are options.
   const bool is_empty = candidates.words.empty() && candidates.files == Candidates::Files::kNone;
-  if (is_empty && line_.option == nullptr && line_.takes_option && line_.word.empty()) AddOptionNames(candidates);
+  const bool has_arguments = line_.positional == nullptr || !line_.positionals.empty();
+  const bool is_open = line_.option == nullptr && line_.takes_option && line_.word.empty();
+  if (is_empty && has_arguments && is_open) AddOptionNames(candidates);
   return candidates;
 }
 

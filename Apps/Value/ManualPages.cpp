@@ -66,15 +66,15 @@ std::string FindBounds(const CLI::Option& option) {
 std::string DescribeOption(const CLI::Option& option) {
   std::string text = EndSentence(option.get_description());
   const std::vector<std::string> words = GetWords(option);
-  const bool names_words = std::all_of(words.begin(), words.end(), [&](const std::string& word) {
-    return text.find(word) != std::string::npos;
-  });
+  const bool names_words = std::all_of(words.begin(), words.end(),
+                                       [&](const std::string& word) { return text.find(word) != std::string::npos; });
   if (!names_words) text += " One of " + JoinWithCommas(words) + ".";
   if (std::string bounds = FindBounds(option); !bounds.empty()) {
     if (const std::size_t dash = bounds.find(" - "); dash != std::string::npos) bounds.replace(dash, 3, " to ");
     text += " From " + bounds + ".";
   }
-  if (option.nonpositional() && MayRepeat(option) && text.find("again") == std::string::npos) text += " May be given again.";
+  if (option.nonpositional() && MayRepeat(option) && text.find("again") == std::string::npos)
+    text += " May be given again.";
   if (option.nonpositional() && option.get_required()) text += " Required.";
   return text;
 }

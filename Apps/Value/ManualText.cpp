@@ -16,23 +16,27 @@ constexpr ManualEntry kExitCodes[] = {
 };
 
 constexpr ManualEntry kEnvironment[] = {
-    {"VALUE_DEVICE", "The OpenCL device to compute on where `--device` does not say: its place in value doctor, a word of "
-                     "its name, gpu or cpu."},
+    {"VALUE_DEVICE",
+     "The OpenCL device to compute on where `--device` does not say: its place in value doctor, a word of "
+     "its name, gpu or cpu."},
     {"VALUE_PLUGIN_PATH", "Folders, separated by colons, whose node libraries are loaded beside the program's own."},
     {"VALUE_LOG", "With the word info, more is told of what the program does."},
     {"XDG_CACHE_HOME", "The folder of caches, $HOME/.cache where it is not set."},
-    {"POCL_CACHE_DIR", "Where the OpenCL driver of the processor keeps what it has compiled; by default pocl/kcache in "
-                       "the folder of caches."},
+    {"POCL_CACHE_DIR",
+     "Where the OpenCL driver of the processor keeps what it has compiled; by default pocl/kcache in "
+     "the folder of caches."},
     {"DISPLAY, WAYLAND_DISPLAY, QT_QPA_PLATFORM", "Where value panel opens its window."},
 };
 
 constexpr ManualEntry kFiles[] = {
-    {"Value.so", "The node library that the program loads unasked: beside the program, or in lib/value of an "
-                 "installation."},
+    {"Value.so",
+     "The node library that the program loads unasked: beside the program, or in lib/value of an "
+     "installation."},
     {"share/value/graph.schema.json", "The JSON schema of graph documents, for editors."},
     {"share/value/selftest", "The images that the self-tests read."},
-    {"libexec/value/value-decoder", "The program in which image files are decoded, without the rights of the one that "
-                                    "asked for them."},
+    {"libexec/value/value-decoder",
+     "The program in which image files are decoded, without the rights of the one that "
+     "asked for them."},
 };
 
 struct CommandText {
@@ -46,7 +50,8 @@ const std::vector<CommandText>& GetTexts() {
       {"",
        "COMMAND [OPTION]... [ARGUMENT]...",
        {"value applies image nodes to files. A node reads the samples of images as values: height, intensity, strength "
-        "of a mask. One node is applied by value apply; a graph of nodes is a JSON document, which value run evaluates.",
+        "of a mask. One node is applied by value apply; a graph of nodes is a JSON document, which value run "
+        "evaluates.",
         "Samples are floats, and nothing is cut at 0 or 1: those are only the usual range that an image declares. What "
         "the nodes do is listed by value nodes.",
         "Files are written beside their place and renamed when they are whole, so that nothing half-written is left "
@@ -54,13 +59,15 @@ const std::vector<CommandText>& GetTexts() {
         "With `--json` the answer on standard output is JSON, errors included."}},
       {"nodes",
        "",
-       {"Without a name, lists all nodes with a sentence each. With the name of one, lists its plugs and its attributes "
+       {"Without a name, lists all nodes with a sentence each. With the name of one, lists its plugs and its "
+        "attributes "
         "with their bounds, defaults and words.",
         "A node may be written by its display name (\"Value Add\"), by its class (ImageValueAddNode) or by its three "
         "numbers (10,320,1), in any case of letters."}},
       {"apply",
        "NODE [-i FILE]... [-i PLUG=FILE]... [--set NAME=VALUE]... -o FILE [-o PLUG=FILE]... [OPTION]...",
-       {"Reads the files, applies the node to them and writes what it gives. Files go to the inputs of the node in their "
+       {"Reads the files, applies the node to them and writes what it gives. Files go to the inputs of the node in "
+        "their "
         "order; a plug is named where the order does not say. Nodes that make images take no files.",
         "`--set` takes a number, true or false, a word of a choice, a text, or the numbers of a point, frame or colour "
         "separated by commas. Numbers beyond the bounds of an attribute are cut to them, with a note.",
@@ -78,13 +85,15 @@ const std::vector<CommandText>& GetTexts() {
         "It does not look for the files that the document reads."}},
       {"stats",
        "",
-       {"Prints the size of an image, its mode, its declared and its measured range, mean and deviation, how many samples "
+       {"Prints the size of an image, its mode, its declared and its measured range, mean and deviation, how many "
+        "samples "
         "are NaN or infinite, a histogram, and what the file says of itself. Range, mean, deviation and histogram are "
         "those of the finite samples."}},
       {"selftest",
        "",
        {"Renders the cases of the self-tests that node types carry. With `--reference` each case is also compared with "
-        "the stored image of the same name: size and mode must agree, samples may differ by 0.005 on average and by 0.01 "
+        "the stored image of the same name: size and mode must agree, samples may differ by 0.005 on average and by "
+        "0.01 "
         "at most."}},
       {"doctor",
        "",
@@ -96,7 +105,8 @@ const std::vector<CommandText>& GetTexts() {
         "images of many kinds, its memory, its behaviour in several threads."}},
       {"panel",
        "NODE [-i FILE]... [-i PLUG=FILE]... [--set NAME=VALUE]... [OPTION]...",
-       {"Opens a window with the attributes of a node and a preview that follows them. With `--screenshot` the window is "
+       {"Opens a window with the attributes of a node and a preview that follows them. With `--screenshot` the window "
+        "is "
         "drawn to a file instead, which needs no display."}},
   };
   return texts;

@@ -79,7 +79,8 @@ std::vector<std::string> BreakCommand(std::string command) {
 
 RoffPage::RoffPage(std::string_view name, std::string_view date, std::string_view version) {
   std::string title;
-  for (const char letter : name) title += letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+  for (const char letter : name)
+    title += letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
   text_ = ".\\\" Written by \"value manual\" from what the program declares.\n";
   text_ += ".TH \"" + Escape(title) + "\" \"1\" \"" + std::string(date) + "\" \"value " + std::string(version) +
            "\" \"Value Manual\"\n";

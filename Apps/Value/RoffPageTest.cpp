@@ -53,7 +53,8 @@ TEST(RoffPage, SeparatesParagraphsButNotFromTheirHeading) {
 TEST(RoffPage, BreaksLongCommandsBeforeAnOption) {
   RoffPage page = MakePage();
   page.AddSection("EXAMPLES");
-  page.AddExample({"value nodes", "value apply node " + std::string(30, 'x') + " -i " + std::string(30, 'y') + " -o z"});
+  page.AddExample(
+      {"value nodes", "value apply node " + std::string(30, 'x') + " -i " + std::string(30, 'y') + " -o z"});
   EXPECT_EQ(BodyOf(page), ".SH EXAMPLES\n.EX\nvalue nodes\nvalue apply node " + std::string(30, 'x') +
                               " \\e\n    \\-i " + std::string(30, 'y') + " \\-o z\n.EE\n");
 }
