@@ -49,28 +49,4 @@ if(NOT code EQUAL 1 OR NOT output MATCHES "^host-program: [^\n]*none\\.so[^\n]*\
 endif()
 
 # The manual and the completions of the shells lie where man and the shells look for them.
-foreach(page value value-run value-apply)
-  if(NOT EXISTS "${prefix}/share/man/man1/${page}.1")
-    message(FATAL_ERROR "the installation has no page ${page}.1")
-  endif()
-endforeach()
-run("${CMAKE_COMMAND}" -E env "MANPATH=${prefix}/share/man" MANPAGER=cat man value-run)
-if(NOT run_output MATCHES "evaluates a graph document")
-  message(FATAL_ERROR "man does not find the installed page:\n${run_output}")
-endif()
-set(ask "set -- value sel; COMP_WORDS=(value sel) COMP_CWORD=1 _value value sel value; echo \"\${COMPREPLY[*]}\"")
-run("${CMAKE_COMMAND}" -E env "PATH=${prefix}/bin:$ENV{PATH}" "XDG_DATA_DIRS=${prefix}/share" bash --norc -c
-  "source /usr/share/bash-completion/bash_completion; _completion_loader value; ${ask}")
-if(NOT run_output STREQUAL "selftest\n")
-  message(FATAL_ERROR "bash completes \"value sel\" as:\n${run_output}")
-endif()
-run("${CMAKE_COMMAND}" -E env "PATH=${prefix}/bin:$ENV{PATH}" zsh -f -c
-  "fpath=(${prefix}/share/zsh/site-functions $fpath); autoload -U compinit; compinit -u -D; print -r -- $_comps[value]")
-if(NOT run_output STREQUAL "_value\n")
-  message(FATAL_ERROR "zsh does not find the completions of value:\n${run_output}")
-endif()
-run("${CMAKE_COMMAND}" -E env "PATH=${prefix}/bin:$ENV{PATH}" "XDG_DATA_DIRS=${prefix}/share" fish --no-config -c
-  "set -p fish_complete_path ${prefix}/share/fish/vendor_completions.d; complete -C 'value sel'")
-if(NOT run_output MATCHES "^selftest\t")
-  message(FATAL_ERROR "fish completes \"value sel\" as:\n${run_output}")
-endif()
+run(bash "${CMAKE_CURRENT_LIST_DIR}/ShellsTest.sh" "${prefix}")
