@@ -59,14 +59,14 @@ std::optional<Question> ReadQuestion(const std::vector<std::string>& arguments) 
   return question;
 }
 
-/// A name with a line feed or the like cannot be completed.
-bool IsPlain(const std::string& text) {
-  return std::none_of(text.begin(), text.end(), [](char letter) { return static_cast<unsigned char>(letter) < 0x20; });
-}
+/// A name with characters that a terminal would take for its own, or that separate the fields, is not offered.
+bool IsPlain(const std::string& text) { return text.find('\n') == std::string::npos && EscapeText(text) == text; }
 
 class Answer {
  public:
-  explicit Answer(const Question& question) : question_(question) {}
+  explicit Answer(const Question& question) : question_(question) {
+    if (question.bash && question.bash->quote != 0) text_ = std::string("quote\t") + question.bash->quote + "\n";
+  }
 
   void Add(const std::string& kind, const std::string& text, const std::string& about) {
     if (!IsPlain(text)) return;
@@ -84,7 +84,6 @@ class Answer {
     std::string kept = prefix;
     if (question_.bash) kept.erase(0, question_.bash->num_kept);
     if (!kept.empty()) text_ += "prefix\t" + kept + "\n";
-    if (question_.bash && question_.bash->quote != 0) text_ += std::string("quote\t") + question_.bash->quote + "\n";
     text_ += kind + "\t" + (ending.empty() ? "*" : ending);
     if (question_.bash && IsPlain(start)) text_ += "\t" + start;
     text_ += "\n";

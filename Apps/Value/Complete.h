@@ -11,10 +11,10 @@
 /// nodes and the document that was typed; it has a line for each thing that the last word may become, its fields
 /// separated by tabs:
 ///
+///   quote MARK             the quotation mark that is open at the cursor, for bash
 ///   word TEXT [ABOUT]      a whole word
 ///   part TEXT [ABOUT]      the start of a word: no blank follows
 ///   prefix TEXT            what stands before the file in the word that is typed
-///   quote MARK             the quotation mark that is open there, for bash
 ///   file ENDING [START]    files with that ending ("*" for any), to be completed by the shell
 ///   folder * [START]       folders alike
 ///

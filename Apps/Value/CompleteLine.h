@@ -18,7 +18,7 @@ struct TypedLine {
   std::string word;
   /// What stands before a value in the same word, "--type=" or "-o" for example.
   std::string prefix;
-  /// The option whose value is being typed; null for a positional, a command or the name of an option.
+  /// The option that takes the word as its value; null for a positional, a command or the name of an option.
   const CLI::Option* option = nullptr;
   /// The positional that is being typed where no option is; null where the command takes no more of them.
   const CLI::Option* positional = nullptr;

@@ -19,8 +19,9 @@ constexpr ManualEntry kEnvironment[] = {
     {"VALUE_DEVICE",
      "The OpenCL device to compute on where `--device` does not say: its place in value doctor, a word of "
      "its name, gpu or cpu."},
-    {"VALUE_PLUGIN_PATH", "Folders, separated by colons, whose node libraries are loaded beside the program's own."},
-    {"VALUE_LOG", "With the word info, more is told of what the program does."},
+    {"VALUE_PLUGIN_PATH",
+     "Folders, separated by colons. The node libraries in them are loaded beside the program's own."},
+    {"VALUE_LOG", "info has the program report more of what it does."},
     {"XDG_CACHE_HOME", "The folder of caches, $HOME/.cache where it is not set."},
     {"POCL_CACHE_DIR",
      "Where the OpenCL driver of the processor keeps what it has compiled; by default pocl/kcache in "

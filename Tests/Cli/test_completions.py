@@ -260,10 +260,10 @@ class TroubleTest(CompletionTestCase):
             result, _ = self.ask_freely(*words)
             self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""), words)
 
-    def test_names_with_line_feeds_are_left_out(self):
-        self.assertEqual(self.ask("run", "graph.json", "--type", "a\nb"), [])
-        result = self.value("complete", "--", "run", "--type=a\tb", "--ty")
-        self.assertEqual([line.split("\t")[0] for line in result.out.splitlines()], [])
+    def test_ids_that_a_terminal_would_obey_are_left_out(self):
+        nodes = [node(identity, "ImageValueClampNode") for identity in ("a\u202eb", "a\u2028b", "ab")]
+        self.save("odd.json", document(nodes))
+        self.assertEqual(self.offered("run", "odd.json", "--set", "a"), ["ab.+"])
 
 
 class ShellTestCase(CompletionTestCase):
@@ -416,6 +416,8 @@ COMMON_LINES = {
     "value run graph.json --input height=ol": "value run graph.json --input height=old.exr ",
     "value run graph.json --input height=ne": "value run graph.json --input height=new\\ image.exr ",
     "value run graph.json --output height.image=til": "value run graph.json --output height.image=tiles/",
+    'value run graph.json --output "height.image=til': 'value run graph.json --output "height.image=tiles/',
+    'value run graph.json --set "a': 'value run graph.json --set "a b.c:d.',
     "value run graph.json --output-dir m": "value run graph.json --output-dir more\\ tiles/",
     "value run graph.json --type hal": "value run graph.json --type half ",
     "value run graph.json --type=hal": "value run graph.json --type=half ",
@@ -423,7 +425,13 @@ COMMON_LINES = {
     "value --plugin lib": "value --plugin library.so ",
     "value apply Value\\ Compare -i image_b=ol": "value apply Value\\ Compare -i image_b=old.exr ",
     "value run text.json --set x": "value run text.json --set x",
+    "value run shell.json --set ": "value run shell.json --set \\$\\(touch\\ ran\\)\\`touch\\ ran\\`\\;.",
+    "value run shell.json --set '": "value run shell.json --set '$(touch ran)`touch ran`;.",
 }
+
+
+# An id that a shell would run if it were offered without quotes.
+HOSTILE = document([node("$(touch ran)`touch ran`;", "ImageValueClampNode")])
 
 
 class BashTerminalTest(TerminalTestCase):
@@ -435,7 +443,9 @@ class BashTerminalTest(TerminalTestCase):
 
     def test_lines_are_completed_at_the_key(self):
         self.save("text.json", "not JSON")
+        self.save("shell.json", HOSTILE)
         self.check(COMMON_LINES)
+        self.assertFalse((self.dir / "ran").exists())
 
 
 class ZshTerminalTest(TerminalTestCase):
@@ -447,7 +457,9 @@ class ZshTerminalTest(TerminalTestCase):
 
     def test_lines_are_completed_at_the_key(self):
         self.save("text.json", "not JSON")
+        self.save("shell.json", HOSTILE)
         self.check(COMMON_LINES)
+        self.assertFalse((self.dir / "ran").exists())
 
 
 class FishTest(ShellTestCase):

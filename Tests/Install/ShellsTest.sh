@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Has man and the shells find what an installation has for them: the folder of the installation is the argument.
+# Checks that man and the shells find what an installation has for them. The argument is its folder.
 set -euo pipefail
 
 prefix=$1

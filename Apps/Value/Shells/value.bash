@@ -64,6 +64,8 @@ _value() {
   COMPREPLY=("${words[@]}" "${parts[@]}")
   if [[ ${#words[@]} -eq 0 && ${#parts[@]} -eq 1 ]]; then
     compopt -o nospace 2>/dev/null
+    # Bash closes the quotation marks around the only reply; of two it takes what they have in common.
+    [[ -z $quote ]] || COMPREPLY+=("${parts[0]}...")
   fi
 }
 
