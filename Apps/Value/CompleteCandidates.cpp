@@ -113,9 +113,11 @@ void AddPlugFiles(const Node& node, bool is_input, const std::string& word, Cand
   const std::vector<PlugRecord>& plugs = is_input ? node.GetInplugs() : node.GetOutplugs();
   const std::vector<std::string> names = ImagePlugNames(plugs, is_input ? node.GetNumRegularInputs() : plugs.size());
   candidates.AddFiles();
-  for (const std::string& name : names) {
-    if (word.starts_with(name + "=")) candidates.AddFiles(name + "=");
-    if (names.size() > 1) candidates.Add(name + "=", is_input ? "input" : "output", true);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string start = names[i] + "=";
+    if (word.starts_with(start)) candidates.AddFiles(start);
+    const std::string about = (is_input ? "input " : "output ") + std::to_string(i + 1);
+    if (names.size() > 1) candidates.Add(start, about, true);
   }
 }
 
