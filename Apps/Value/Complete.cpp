@@ -128,7 +128,7 @@ void WriteAll(const std::string& text) {
 
 ExitCode Complete(const CLI::App& app, const std::vector<std::string>& arguments, Reporter& reporter) {
   reporter.SetQuiet(true);
-  std::signal(SIGALRM, [](int) { _exit(0); });
+  static_cast<void>(std::signal(SIGALRM, [](int) { _exit(0); }));
   alarm(kLongestWait_s);
   std::string text;
   try {

@@ -38,7 +38,7 @@ std::string FindDate() {
 /// Writes the pages; a command of its own, since it needs the catalogue.
 class ManualWriter : public Command {
  public:
-  ManualWriter(const CLI::App& app, std::string folder, const CommonOptions& common, Reporter& reporter)
+  ManualWriter(const CLI::App& app, const std::string& folder, const CommonOptions& common, Reporter& reporter)
       : Command(common, reporter), app_(app), folder_(ScEng::MakePath(folder)) {}
 
  private:

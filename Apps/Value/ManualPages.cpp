@@ -137,7 +137,7 @@ void AddSeeAlso(RoffPage& page, std::vector<std::string> names) {
 
 /// How a command is called, in roff.
 std::string MakeSynopsis(const CLI::App& command) {
-  const std::string name = command.get_name();
+  const std::string& name = command.get_name();
   std::string line = RoffPage::Bold("value " + name);
   if (const std::string_view written = GetSynopsis(name); !written.empty()) {
     return line + " " + RoffPage::Italic(written);
@@ -198,7 +198,7 @@ std::string MakeProgramPage(const CLI::App& app, const std::string& date) {
 
 std::string MakeCommandPage(const CLI::App& app, const CLI::App& command, const std::string& date,
                             const std::vector<ManualNode>& nodes) {
-  const std::string name = command.get_name();
+  const std::string& name = command.get_name();
   const Footer footer = ReadFooter(command.get_footer());
   RoffPage page("value-" + name, date, VALUE_VERSION);
   AddName(page, "value-" + name, command.get_description());
