@@ -282,6 +282,10 @@ value_add_test(ValueProgramTests
   SOURCES
     "${PROJECT_SOURCE_DIR}/Apps/Value/Arguments.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/ArgumentsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/BashLine.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/BashLineTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLine.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLineTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Glob.cpp"
@@ -303,6 +307,8 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileSumsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileTrace.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/ProfileTraceTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/RoffPage.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/RoffPageTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/SafeTextTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/UsageErrors.cpp"
@@ -310,4 +316,4 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/UsageText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapTextTest.cpp"
-  DEPENDS ValueHost::Files ValueHost::Nodes ValueHost::Tools CLI11::CLI11 nlohmann_json::nlohmann_json)
+  DEPENDS CLI11::CLI11 ValueHost::Files ValueHost::Nodes ValueHost::Tools nlohmann_json::nlohmann_json)

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/HiddenCommands.h"
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/Reporter.h"
 #include "Apps/Value/UsageErrors.h"
@@ -63,6 +64,8 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
     common.Declare(*sub);
     commands.emplace_back(sub, std::move(command));
   }
+
+  if (const auto code = RunHiddenCommand(app, argc, argv, reporter)) return *code;
 
   const std::vector<std::string> words = TranslateHelp(app, {argv + 1, argv + std::max(argc, 1)});
   const auto refuse = [&](const std::string& text) {

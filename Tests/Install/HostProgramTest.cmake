@@ -47,3 +47,6 @@ execute_process(COMMAND "${program}" "${WORK_DIR}/none.so" "${terrain}" "${WORK_
 if(NOT code EQUAL 1 OR NOT output MATCHES "^host-program: [^\n]*none\\.so[^\n]*\n$" OR EXISTS "${WORK_DIR}/none.exr")
   message(FATAL_ERROR "without a library the example host ends with ${code} and says:\n${output}")
 endif()
+
+# The manual and the completions of the shells lie where man and the shells look for them.
+run(bash "${CMAKE_CURRENT_LIST_DIR}/ShellsTest.sh" "${prefix}")
