@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/ExitGuard.h"
 #include "Apps/Value/Reporter.h"
 #include "Host/Files/FileSizeLimit.h"
 #include "Host/Files/SignalCleanup.h"
@@ -93,6 +94,7 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
 
 int main(int argc, char** argv) {
   PrepareProcess();
+  const ExitGuard guard(HasJsonFlag(argc, argv));
   Reporter reporter;
   ExitCode code = ExitCode::kNodeError;
   try {

@@ -81,8 +81,13 @@ std::string DescribeDescriptor(int number) {
 }
 
 bool IsSameHandler(const struct sigaction& first, const struct sigaction& second) {
+  // The C library sets this flag by itself.
+  constexpr unsigned kRestorer = 0x04000000;
+  const auto flags_of = [](const struct sigaction& action) {
+    return static_cast<unsigned>(action.sa_flags) & ~kRestorer;
+  };
   // Both kinds of handler share their place.
-  return first.sa_handler == second.sa_handler && first.sa_flags == second.sa_flags;
+  return first.sa_handler == second.sa_handler && flags_of(first) == flags_of(second);
 }
 
 }  // namespace

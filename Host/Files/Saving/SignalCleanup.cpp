@@ -42,6 +42,10 @@ extern "C" void OnEndSignal(int signal) {
 
 }  // namespace
 
+void RemoveTemporariesBeforeEnd() {
+  if (EndSignalDelays()) RemoveRegisteredTemporaries();
+}
+
 void CleanUpOnSignals(SignalHook hook) {
   signal_hook = hook;
   prepared_process = getpid();
