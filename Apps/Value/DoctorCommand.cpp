@@ -83,9 +83,10 @@ const char* NameExamination(FoundPlugin::Examination examination) {
     case FoundPlugin::Examination::kTrusted: return "trusted";
     case FoundPlugin::Examination::kPassed: return "passed";
     case FoundPlugin::Examination::kRemembered: return "remembered";
-    case FoundPlugin::Examination::kFailed: break;
+    case FoundPlugin::Examination::kFailed: return "failed";
+    case FoundPlugin::Examination::kNone: break;
   }
-  return "failed";
+  return "none";
 }
 
 std::string DescribeExamination(FoundPlugin::Examination examination) {
@@ -94,9 +95,10 @@ std::string DescribeExamination(FoundPlugin::Examination examination) {
     case FoundPlugin::Examination::kTrusted: return "trusted, not examined";
     case FoundPlugin::Examination::kPassed: return "examined now";
     case FoundPlugin::Examination::kRemembered: return "examined in an earlier run";
-    case FoundPlugin::Examination::kFailed: break;
+    case FoundPlugin::Examination::kFailed: return "did not pass its examination";
+    case FoundPlugin::Examination::kNone: break;
   }
-  return "did not pass its examination";
+  return "not examined";
 }
 
 /// What helps against a library that cannot be loaded.

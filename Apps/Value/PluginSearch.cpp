@@ -43,9 +43,8 @@ Status Examine(const fs::path& file, FoundPlugin::Examination& examination) {
   options.library = file;
   options.child_command = {GetProgramFile().string(), "validate", fs::absolute(file, error).string(), "--child"};
   Status status = ScEng::ExamineLibrary(options);
-  if (status.IsError()) return status;
-  examined.NotePassed();
-  examination = FoundPlugin::Examination::kPassed;
+  examination = status.IsError() ? FoundPlugin::Examination::kFailed : FoundPlugin::Examination::kPassed;
+  if (!status.IsError()) examined.NotePassed();
   return status;
 }
 
@@ -109,7 +108,7 @@ void PluginSearch::Add(const fs::path& file, FoundPlugin::Source source) {
 
 Status PluginSearch::Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog) const {
   Status status;
-  if (plugin.examination == FoundPlugin::Examination::kFailed) status = Examine(plugin.file, plugin.examination);
+  if (plugin.examination == FoundPlugin::Examination::kNone) status = Examine(plugin.file, plugin.examination);
   if (status.IsError()) return status;
   plugin.library = NodeLibrary::Load(plugin.file, status);
   if (plugin.library) status = catalog.AddLibrary(plugin.library);

@@ -25,11 +25,11 @@ struct PluginOptions {
 /// A node library that was looked for.
 struct FoundPlugin {
   enum class Source { kOwn, kFolder, kOption };
-  enum class Examination { kOwn, kTrusted, kPassed, kRemembered, kFailed };
+  enum class Examination { kNone, kOwn, kTrusted, kPassed, kRemembered, kFailed };
 
   std::filesystem::path file;
   Source source = Source::kOption;
-  Examination examination = Examination::kFailed;
+  Examination examination = Examination::kNone;
   /// Why it is left out, in one line that names it; empty where it is loaded.
   std::string problem;
   /// Null where it is left out.

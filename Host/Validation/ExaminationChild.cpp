@@ -23,6 +23,25 @@ class Examination {
   Examination(const std::filesystem::path& library, Channel& channel) : file_(library), channel_(channel) {}
 
   void Run() {
+    UseLibrary();
+    Begin("ending the program");
+    is_complete_ = true;
+  }
+
+  /// What there is to say when all else has ended; nothing where the library has ended the process before.
+  void Finish() {
+    if (!is_complete_) return;
+    Look();
+    if (refusal_.empty()) {
+      channel_.Answer(failures_, {});
+    } else {
+      channel_.Tell(Protocol::kRefused, refusal_);
+    }
+    _exit(0);
+  }
+
+ private:
+  void UseLibrary() {
     Begin("loading it");
     void* const handle = dlopen(file_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
@@ -35,20 +54,8 @@ class Examination {
     Begin("letting it go");
     dlclose(handle);
     Look();
-    Begin("ending the program");
   }
 
-  /// What there is to say when all else has ended.
-  void Finish() {
-    Look();
-    if (refusal_.empty()) {
-      channel_.Answer(failures_, {});
-    } else {
-      channel_.Tell(Protocol::kRefused, refusal_);
-    }
-  }
-
- private:
   void Begin(const std::string& step) {
     step_ = step;
     channel_.Tell(Protocol::kAt, step);
@@ -96,6 +103,7 @@ class Examination {
 
   std::filesystem::path file_;
   Channel& channel_;
+  bool is_complete_ = false;
   std::string step_;
   std::string refusal_;
   std::vector<std::string> failures_;
@@ -112,10 +120,7 @@ Examination* examination = nullptr;
 void RunExamination(const std::filesystem::path& library, Channel& channel) {
   examination = new Examination(library, channel);
   // Handlers run in turn, the latest first: those that the library registers run before this one.
-  std::atexit([] {
-    examination->Finish();
-    _exit(0);
-  });
+  std::atexit([] { examination->Finish(); });
   examination->Run();
   std::exit(0);
 }

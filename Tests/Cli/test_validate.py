@@ -58,6 +58,7 @@ BAD = {
     "EvaluateChangesLocale": {"process-state": ["locale is \"C.UTF-8\""]},
     "EvaluateChangesMask": {"process-state": ["umask"]},
     "EvaluateCloses": {"process-state": ["descriptor 2 (standard error) is closed"]},
+    "EvaluateStartsThread": {"unload": ["thread that the library started"]},
     "JoiningThrows": {"exceptions": ["OnAdded", "the shelf is bare"]},
     "SinkThrows": {"exceptions": ["IsSink", "the shelf is bare"]},
     "AliasThrows": {"exceptions": ["GetInplugAlias", "the shelf is bare"]},

@@ -53,6 +53,14 @@ void ChangeLocale() {
   std::setlocale(LC_ALL, "C.UTF-8");
 }
 
+void StartThread() {
+  static const bool is_started = [] {
+    std::thread(Hang).detach();
+    return true;
+  }();
+  static_cast<void>(is_started);
+}
+
 struct Deed {
   std::string_view name;
   void (*act)();
@@ -79,6 +87,7 @@ constexpr Deed kDeeds[] = {
     {"signal", [] { std::signal(SIGINT, SIG_IGN); }},
     {"locale", ChangeLocale},
     {"umask", [] { umask(0); }},
+    {"start a thread", StartThread},
     {"throw", [] { throw std::runtime_error("the shelf is bare"); }},
 };
 
