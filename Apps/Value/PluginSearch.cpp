@@ -120,14 +120,14 @@ Status PluginSearch::LoadInto(ScEng::NodeCatalog& catalog) {
   for (FoundPlugin& plugin : plugins_) {
     const Status status = Load(plugin, catalog);
     if (!status.IsError()) continue;
-    plugin.problem = status.GetMessage();
     // A library that was loaded offers a type that another one has: which of them is meant, nobody knows.
     const bool is_clash = plugin.library != nullptr;
+    plugin.problem = status.GetMessage() + (is_clash ? "; leave one of the two out" : "");
     plugin.library.reset();
     if (plugin.source == FoundPlugin::Source::kFolder && !is_clash) {
       notes_.push_back(plugin.problem + "; it is left out");
     } else if (!first.IsError()) {
-      first = status;
+      first = Status::Error(plugin.problem);
     }
   }
   return first;

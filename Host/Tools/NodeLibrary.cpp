@@ -77,7 +77,8 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
   std::filesystem::path absolute = std::filesystem::weakly_canonical(file, error);
   if (error) absolute = std::filesystem::absolute(file, error);
   if (!std::filesystem::is_regular_file(absolute, error)) {
-    status = Status::Error("plug-in \"" + file.string() + "\": there is no such file");
+    status = Status::Error("plug-in \"" + file.string() + "\": " +
+                           (std::filesystem::exists(absolute, error) ? "it is not a file" : "there is no such file"));
     return nullptr;
   }
   std::shared_ptr<NodeLibrary> library(new NodeLibrary);

@@ -190,6 +190,22 @@ class BadLibraryTest(ValidateTestCase):
         self.assertEqual(answer["skipped"], len(after))
 
 
+    def test_the_time_for_all_checks_ends_them(self):
+        answer, checks = self.validate(
+            find_library("HangsInEvaluate"), "--total-timeout", "4", code=NODE_ERROR
+        )
+        failed = self.failed(checks)
+        self.assertEqual(len(failed), 1, failed)
+        (failure,) = checks[failed[0]]["failures"]
+        self.assertIn("the time for all checks, 4 s, is over", failure["text"])
+        self.assertIn("--total-timeout", failure["text"])
+        after = CHECKS[CHECKS.index(failed[0]) + 1:]
+        for name in after:
+            self.assertEqual(checks[name]["result"], "skipped", name)
+            self.assertIn("4 s, is over", checks[name]["skips"][0]["text"])
+        self.assertEqual(answer["skipped"], len(after))
+
+
 class NoNodeLibraryTest(ValidateTestCase):
     def test_a_missing_file(self):
         result = self.value("validate", "nothing.so", code=FILE_ERROR)
@@ -226,8 +242,9 @@ class NoNodeLibraryTest(ValidateTestCase):
         self.assert_one_error(self.value("validate", code=USAGE), "LIBRARY")
         for seconds in ("0", "-1", "soon", "nan"):
             with self.subTest(seconds=seconds):
-                result = self.value("validate", "x.so", "--timeout", seconds, code=USAGE)
-                self.assert_one_error(result, "--timeout")
+                for option in ("--timeout", "--total-timeout"):
+                    result = self.value("validate", "x.so", option, seconds, code=USAGE)
+                    self.assert_one_error(result, option)
         for channel in ("zebra", "1", "900,901"):
             with self.subTest(channel=channel):
                 self.value("validate", "x.so", "--child", channel, code=USAGE)
