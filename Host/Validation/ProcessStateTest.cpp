@@ -83,12 +83,14 @@ TEST(ProcessState, SeesWhatALibraryMayNotChange) {
 TEST(ProcessState, SeesDescriptorsThatAreClosedOrReplaced) {
   const int kept = open("/dev/null", O_RDONLY);
   const std::string name = "descriptor " + std::to_string(kept);
-  EXPECT_EQ(ChangesOfProcess([&] { EXPECT_EQ(dup2(STDIN_FILENO, kept), kept); }),
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  EXPECT_EQ(ChangesOfProcess([&] { EXPECT_EQ(dup2(ends[0], kept), kept); }),
             std::vector<std::string>({name + " is another file"}));
   EXPECT_EQ(ChangesOfProcess([&] { close(kept); }), std::vector<std::string>({name + " is closed"}));
   int opened = -1;
   EXPECT_EQ(ChangesOfProcess([&] { opened = open("/dev/null", O_RDONLY); }), std::vector<std::string>());
-  close(opened);
+  for (const int descriptor : {opened, ends[0], ends[1]}) close(descriptor);
 }
 
 TEST(OutputCatcher, CatchesWhatIsWrittenInWhateverWay) {

@@ -68,7 +68,7 @@ TEST(FindThreadsIn, SeesAThreadThatWaitsInTheCodeOfAFile) {
     if (!is_seen) std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   EXPECT_TRUE(is_seen);
-  EXPECT_TRUE(FindThreadsIn({1, 2}).empty());
+  EXPECT_TRUE(FindThreadsIn(AddressRange()).empty());
 }
 
 }  // namespace
