@@ -80,7 +80,12 @@ bool IsGuarded() { return is_armed && getpid() == guarded_process; }
 
 /// Ends the program with a line where a library is about to end it without one; returns where that is not so.
 void RefuseEnd(const char* function, int code, const void* caller) {
-  if (!IsGuarded() || IsOwnCode(caller)) return;
+  if (!IsGuarded()) return;
+  // The program itself may end when it wants to.
+  if (IsOwnCode(caller)) {
+    is_armed = false;
+    return;
+  }
   SpeakOnce();
   const RunningCall call = RunningCall::Find();
   LastLine did;

@@ -85,8 +85,8 @@ void LastLine::WriteTo(int descriptor) const {
 }
 
 void LastLine::WriteAsJsonTo(int descriptor) const {
-  constexpr char kStart[] = "{\n  \"error\": \"";
-  constexpr char kEnd[] = "\"\n}\n";
+  constexpr char kStart[] = "{\"error\": \"";
+  constexpr char kEnd[] = "\"}\n";
   WriteAll(descriptor, kStart, sizeof(kStart) - 1);
   for (std::size_t i = 0; i < length_; ++i) {
     if (text_[i] == '"' || text_[i] == '\\') WriteAll(descriptor, "\\", 1);

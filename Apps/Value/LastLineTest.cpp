@@ -61,7 +61,7 @@ TEST(LastLine, WritesOneLineOrOneObject) {
   LastLine line;
   line.Add("node \"a\\b\" crashed");
   EXPECT_EQ(Written([&](int to) { line.WriteTo(to); }), "value: node \"a\\b\" crashed\n");
-  EXPECT_EQ(Written([&](int to) { line.WriteAsJsonTo(to); }), "{\n  \"error\": \"node \\\"a\\\\b\\\" crashed\"\n}\n");
+  EXPECT_EQ(Written([&](int to) { line.WriteAsJsonTo(to); }), "{\"error\": \"node \\\"a\\\\b\\\" crashed\"}\n");
 }
 
 }  // namespace
