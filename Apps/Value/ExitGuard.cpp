@@ -26,7 +26,7 @@ using EndFunction = void (*)(int);
 constexpr int kCrashSignals[] = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
 
 std::atomic<bool> is_armed{false};
-std::atomic<bool> has_spoken{false};
+std::atomic<pid_t> speaking_thread{0};
 pid_t guarded_process = 0;
 int error_descriptor = STDERR_FILENO;
 bool answers_json = false;
@@ -35,10 +35,14 @@ bool answers_json = false;
   for (;;) syscall(SYS_exit_group, code);
 }
 
-/// Only one thread speaks; another that comes here meanwhile waits for the end.
-void SpeakOnce() {
-  if (!has_spoken.exchange(true)) return;
-  for (;;) pause();
+/// Only one thread speaks, once: false where it has broken down in the middle of that. Another that comes here waits
+/// for the end.
+bool BeginToSpeak() {
+  pid_t speaker = 0;
+  const pid_t own = gettid();
+  if (speaking_thread.compare_exchange_strong(speaker, own)) return true;
+  while (speaker != own) pause();
+  return false;
 }
 
 /// Writes who was running and what happened: `node "raised" of "Foo.so" <did>`.
@@ -86,7 +90,7 @@ void RefuseEnd(const char* function, int code, const void* caller) {
     is_armed = false;
     return;
   }
-  SpeakOnce();
+  if (!BeginToSpeak()) EndNow(static_cast<int>(ExitCode::kNodeError));
   const RunningCall call = RunningCall::Find();
   LastLine did;
   did.Add("ended the program by ").Add(function).Add("(").Add(code).Add(")");
@@ -99,7 +103,7 @@ void RefuseEnd(const char* function, int code, const void* caller) {
 /// Where the C library ends the program on its own, as `err` does, the functions below are not asked.
 void OnProgramExit() {
   if (!IsGuarded()) return;
-  SpeakOnce();
+  if (!BeginToSpeak()) EndNow(static_cast<int>(ExitCode::kNodeError));
   const RunningCall call = RunningCall::Find();
   LastLine did;
   did.Add("ended the program");
@@ -138,7 +142,7 @@ const void* GetFaultingCode(const void* context) {
 
 extern "C" void OnCrash(int signal, siginfo_t*, void* context) {
   if (!IsGuarded()) EndBySignal(signal);
-  SpeakOnce();
+  if (!BeginToSpeak()) EndBySignal(signal);
   const RunningCall call = RunningCall::Find();
   LastLine did;
   did.Add("crashed");
@@ -165,6 +169,8 @@ void CatchCrashes() {
   action.sa_sigaction = OnCrash;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;
   sigemptyset(&action.sa_mask);
+  // A crash in the handler then ends the process at once.
+  for (const int signal : kCrashSignals) sigaddset(&action.sa_mask, signal);
   for (const int signal : kCrashSignals) sigaction(signal, &action, nullptr);
 #endif
 }
