@@ -74,6 +74,65 @@ foreach(operation IN LISTS throwing_operations)
     DEPENDS ValueHost::Tools DEFINITIONS VALUE_THROWS_IN="${operation}")
   list(APPEND node_libraries ThrowsIn${operation})
 endforeach()
+
+# Libraries that do to their process what none may. Each is a name, the place and the deed.
+add_library(TestMisbehaves OBJECT "${PROJECT_SOURCE_DIR}/Tests/Libraries/Misbehaves.cpp")
+target_link_libraries(TestMisbehaves PRIVATE ValueHost::Tools ValueBuild)
+target_include_directories(TestMisbehaves PRIVATE "${PROJECT_SOURCE_DIR}")
+set_target_properties(TestMisbehaves PROPERTIES POSITION_INDEPENDENT_CODE ON)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(TestMisbehaves PRIVATE -fno-gnu-unique)
+endif()
+set(misbehaviors
+  "LoadExits,constructor,exit"
+  "LoadAborts,constructor,abort"
+  "LoadHangs,constructor,hang"
+  "LoadPrints,constructor,print"
+  "LoadCloses,constructor,close"
+  "LoadClosesAll,constructor,close all"
+  "LoadRounds,constructor,round"
+  "LoadFlushesToZero,constructor,flush to zero"
+  "LoadChangesMask,constructor,umask"
+  "LoadChangesLocale,constructor,locale"
+  "EntryQuickExits,GetLibraryInterface,quick_exit"
+  "EntryChangesFolder,GetNodeInterface,chdir"
+  "EntryChangesSignal,GetNodeInterface,signal"
+  "NodeEnds,CreateNode,_Exit"
+  "NodeTraps,CreateNode,trap"
+  "NodeCrashesAtItsEnd,~Node,crash"
+  "UnloadEnds,destructor,_exit"
+  "EvaluateExits,Evaluate,exit"
+  "EvaluateEnds,Evaluate,_exit"
+  "EvaluateQuickExits,Evaluate,quick_exit"
+  "EvaluateEndsByErrx,Evaluate,errx"
+  "EvaluateAborts,Evaluate,abort"
+  "EvaluateCrashes,Evaluate,crash"
+  "EvaluateUsesUpStack,Evaluate,overflow"
+  "EvaluatePrints,Evaluate,print"
+  "EvaluateRounds,Evaluate,round"
+  "EvaluateFlushesToZero,Evaluate,flush to zero"
+  "EvaluateTraps,Evaluate,trap"
+  "EvaluateCloses,Evaluate,close"
+  "EvaluateChangesFolder,Evaluate,chdir"
+  "EvaluateChangesSignal,Evaluate,signal"
+  "EvaluateChangesLocale,Evaluate,locale"
+  "EvaluateChangesMask,Evaluate,umask"
+  "EvaluateStartsThread,Evaluate,start a thread"
+  "JoiningThrows,OnAdded,throw"
+  "SinkThrows,IsSink,throw"
+  "AliasThrows,GetInplugAlias,throw"
+  "ObserverThrows,OnNodeChanged,throw"
+  "SourceObserverThrows,OnAttributeSourcesChanged,throw"
+  "BehavesWell,nowhere,nothing")
+foreach(misbehavior IN LISTS misbehaviors)
+  string(REPLACE "," ";" parts "${misbehavior}")
+  list(GET parts 0 name)
+  list(GET parts 1 place)
+  list(GET parts 2 deed)
+  value_add_test_library(${name} SOURCE Misbehavior.cpp
+    DEPENDS ValueHost::Tools TestMisbehaves DEFINITIONS "VALUE_PLACE=\"${place}\"" "VALUE_DEED=\"${deed}\"")
+  list(APPEND node_libraries ${name})
+endforeach()
 list(TRANSFORM node_libraries PREPEND TestLibrary OUTPUT_VARIABLE node_library_targets)
 
 # The OpenCL driver for processors compiles programs into a folder, and its libraries keep memory to the end of the
@@ -134,6 +193,7 @@ value_add_test(HostToolsTests
     "${host}/Tools/EngineTest.cpp"
     "${host}/Tools/NodeLibraryTest.cpp"
     "${host}/Tools/NodeTest.cpp"
+    "${host}/Tools/RunningCallTest.cpp"
   DEPENDS ValueHost::Tools ${CMAKE_DL_LIBS})
 add_dependencies(HostToolsTests ${node_library_targets})
 
@@ -144,6 +204,10 @@ value_add_test(HostValidationTests
   SOURCES
     "${host}/Validation/ChildProcessTest.cpp"
     "${host}/Validation/GuardedMemoryTest.cpp"
+    "${host}/Validation/ProcessState.cpp"
+    "${host}/Validation/ProcessStateTest.cpp"
+    "${host}/Validation/ThreadScan.cpp"
+    "${host}/Validation/ThreadScanTest.cpp"
     "${host}/Validation/TrialTest.cpp"
     "${host}/Validation/ChildProcess.cpp"
     "${host}/Validation/GuardedMemory.cpp"
@@ -294,6 +358,8 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/ImageFiguresTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Jobs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/JobsTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/LastLine.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/LastLineTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudget.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/MemoryBudgetTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/MisplacedWords.cpp"

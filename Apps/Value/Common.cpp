@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <system_error>
 
+#include "Apps/Value/ExitGuard.h"
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/NodeNames.h"
 #include "Apps/Value/Profile.h"
@@ -17,27 +18,18 @@
 #include "Host/Tools/Guard.h"
 #include "Host/Util/ParallelRows.h"
 
-namespace {
-
-using ScEng::NodeLibrary;
 using ScEng::Status;
-
-/// The node library that comes with the program: beside it, or where an installation puts it.
-std::filesystem::path FindOwnLibrary() {
-  std::error_code error;
-  const std::filesystem::path folder = GetProgramFile().parent_path();
-  std::filesystem::path beside = folder / "Value.so";
-  if (std::filesystem::exists(beside, error)) return beside;
-  std::filesystem::path installed = (folder / VALUE_INSTALLED_LIBRARY).lexically_normal();
-  return std::filesystem::exists(installed, error) ? installed : beside;
-}
-
-}  // namespace
 
 void CommonOptions::Declare(CLI::App& app) {
   const std::string group = "Options of every command";
-  AddRepeatable(app, "--plugin", plugins, "FILE",
-                "A node library to load instead of the program's own; may be given again")
+  AddRepeatable(app, "--plugin", plugins.files, "FILE",
+                "A node library to load besides the program's own and those in the folders of VALUE_PLUGIN_PATH;\n"
+                "may be given again")
+      ->group(group);
+  app.add_flag("--no-default-plugins", plugins.no_defaults, "Load no node libraries but those that --plugin names")
+      ->group(group);
+  app.add_flag("--trust-plugins", plugins.trusts,
+               "Load node libraries without examining them in a process of their own first")
       ->group(group);
   app.add_option("--threads", threads, "Threads that image operations may use (default: one per core)")
       ->check(CLI::Range(1, 1024))
@@ -71,20 +63,6 @@ Status CommonOptions::Apply(Reporter& reporter) const {
   return device.empty() ? Status() : GpuEngine::Get()->SelectDevice(device);
 }
 
-std::shared_ptr<const ScEng::NodeCatalog> Command::FindCatalog(Status& status) const {
-  std::vector<std::filesystem::path> files;
-  for (const std::string& plugin : common_.plugins) files.push_back(ScEng::MakePath(plugin));
-  if (files.empty()) files.push_back(FindOwnLibrary());
-  const auto catalog = ScEng::CreateHostCatalog();
-  catalogs_.push_back(catalog);
-  for (const std::filesystem::path& file : files) {
-    auto library = NodeLibrary::Load(file, status);
-    if (library) status = catalog->AddLibrary(std::move(library));
-    if (status.IsError()) return nullptr;
-  }
-  return catalog;
-}
-
 ExitCode Command::Execute() {
   try {
     return Run();
@@ -93,9 +71,19 @@ ExitCode Command::Execute() {
   }
 }
 
+std::shared_ptr<const ScEng::NodeCatalog> Command::LoadCatalog(PluginSearch& search, Status& status) {
+  const auto catalog = ScEng::CreateHostCatalog();
+  catalogs_.push_back(catalog);
+  status = search.LoadInto(*catalog);
+  ExitGuard::Renew();
+  return status.IsError() ? nullptr : catalog;
+}
+
 std::shared_ptr<const ScEng::NodeCatalog> Command::LoadCatalog() {
+  PluginSearch search(common_.plugins);
   Status status;
-  auto catalog = FindCatalog(status);
+  auto catalog = LoadCatalog(search, status);
+  reporter_.Notes(search.GetNotes());
   if (!catalog) Fail(ExitCode::kPlugin, status.GetMessage());
   return catalog;
 }

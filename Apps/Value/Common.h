@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Apps/Value/PluginSearch.h"
 #include "Apps/Value/Reporter.h"
 #include "Host/Documents/GraphDocument.h"
 #include "Host/Tools/NodeLibrary.h"
@@ -18,7 +19,7 @@ class Profile;
 
 /// The options that every command takes.
 struct CommonOptions {
-  std::vector<std::string> plugins;
+  PluginOptions plugins;
   std::optional<unsigned> threads;
   std::optional<int> max_size;
   bool decodes_in_process = false;
@@ -49,8 +50,8 @@ class Command {
   virtual ExitCode Run() = 0;
   /// The host's own node types and those of the node libraries; null after an error was reported.
   std::shared_ptr<const ScEng::NodeCatalog> LoadCatalog();
-  /// The same, with the error in `status` instead of a report.
-  [[nodiscard]] std::shared_ptr<const ScEng::NodeCatalog> FindCatalog(ScEng::Status& status) const;
+  /// The same with a search of the caller's, and with the error in `status` instead of a report.
+  std::shared_ptr<const ScEng::NodeCatalog> LoadCatalog(PluginSearch& search, ScEng::Status& status);
   /// Reports an error, ends the answer with it and passes the code on.
   ExitCode Fail(ExitCode code, const std::string& text,
                 nlohmann::ordered_json answer = nlohmann::ordered_json::object());
@@ -67,7 +68,7 @@ class Command {
   Reporter& reporter_;
 
  private:
-  mutable std::vector<std::shared_ptr<const ScEng::NodeCatalog>> catalogs_;
+  std::vector<std::shared_ptr<const ScEng::NodeCatalog>> catalogs_;
 };
 
 /// Adds what stands in the way of a run although the document could be read, each error with the document's name.

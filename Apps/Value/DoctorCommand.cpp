@@ -36,6 +36,11 @@ std::string Join(const std::vector<std::string>& words) {
   return text.empty() ? "none" : text;
 }
 
+/// "1 icon", "2 icons".
+std::string Count(std::size_t number, const std::string& one, const std::string& more) {
+  return std::to_string(number) + " " + (number == 1 ? one : more);
+}
+
 /// What a node library brings: how many types, and which of their icons are not there.
 struct LibraryFindings {
   std::size_t types = 0;
@@ -57,6 +62,53 @@ LibraryFindings Inspect(const ScEng::NodeLibrary& library) {
     }
   }
   return findings;
+}
+
+const char* NameSource(FoundPlugin::Source source) {
+  switch (source) {
+    case FoundPlugin::Source::kOwn: return "program";
+    case FoundPlugin::Source::kFolder: return "VALUE_PLUGIN_PATH";
+    case FoundPlugin::Source::kOption: break;
+  }
+  return "--plugin";
+}
+
+std::string DescribeSource(FoundPlugin::Source source) {
+  return source == FoundPlugin::Source::kOwn ? "beside the program" : NameSource(source);
+}
+
+const char* NameExamination(FoundPlugin::Examination examination) {
+  switch (examination) {
+    case FoundPlugin::Examination::kOwn: return "own";
+    case FoundPlugin::Examination::kTrusted: return "trusted";
+    case FoundPlugin::Examination::kPassed: return "passed";
+    case FoundPlugin::Examination::kRemembered: return "remembered";
+    case FoundPlugin::Examination::kFailed: return "failed";
+    case FoundPlugin::Examination::kNone: break;
+  }
+  return "none";
+}
+
+std::string DescribeExamination(FoundPlugin::Examination examination) {
+  switch (examination) {
+    case FoundPlugin::Examination::kOwn: return "the program's own, not examined";
+    case FoundPlugin::Examination::kTrusted: return "trusted, not examined";
+    case FoundPlugin::Examination::kPassed: return "examined now";
+    case FoundPlugin::Examination::kRemembered: return "examined in an earlier run";
+    case FoundPlugin::Examination::kFailed: return "did not pass its examination";
+    case FoundPlugin::Examination::kNone: break;
+  }
+  return "not examined";
+}
+
+/// What helps against a library that cannot be loaded.
+std::string GetRemedy(const PluginSearch& search) {
+  for (const FoundPlugin& plugin : search.GetPlugins()) {
+    if (plugin.problem.empty() || plugin.source == FoundPlugin::Source::kFolder) continue;
+    return plugin.source == FoundPlugin::Source::kOwn ? "; install the program anew"
+                                                      : "; give another file with --plugin";
+  }
+  return "; take one of the two out of VALUE_PLUGIN_PATH";
 }
 
 class DoctorCommand : public Command {
@@ -175,35 +227,65 @@ class DoctorCommand : public Command {
     }
   }
 
-  /// False when a library cannot be loaded.
+  /// False when a library cannot be loaded that has to be.
   bool ShowLibraries() {
     text_ << "Node libraries\n";
-    answer_["libraries"] = ordered_json::array();
+    PluginSearch search(common_.plugins);
     ScEng::Status status;
-    const auto catalog = FindCatalog(status);
-    if (!catalog) {
-      problems_.push_back(status.GetMessage() + "; give the file with --plugin, or install the program anew");
-      text_ << "  none\n";
-      return false;
-    }
-    for (const auto& library : catalog->GetLibraries()) {
-      const LibraryFindings findings = Inspect(*library);
-      text_ << "  " << library->GetFile().string() << ": " << findings.types << " node types, " << findings.icons
-            << " icons\n";
-      ordered_json json;
-      json["name"] = library->GetName();
-      json["file"] = library->GetFile().string();
+    const auto catalog = LoadCatalog(search, status);
+    answer_["libraries"] = ordered_json::array();
+    for (const FoundPlugin& plugin : search.GetPlugins()) ShowLibrary(plugin);
+    if (search.GetPlugins().empty()) text_ << "  none\n";
+    ShowPluginFolders(search);
+    reporter_.Notes(search.GetNotes());
+    if (!catalog) problems_.push_back(status.GetMessage() + GetRemedy(search));
+    return catalog != nullptr;
+  }
+
+  void ShowLibrary(const FoundPlugin& plugin) {
+    ordered_json json;
+    if (plugin.library) json["name"] = plugin.library->GetName();
+    json["file"] = (plugin.library ? plugin.library->GetFile() : plugin.file).string();
+    json["from"] = NameSource(plugin.source);
+    json["examination"] = NameExamination(plugin.examination);
+    text_ << "  " << json["file"].get<std::string>() << ": ";
+    if (plugin.library) {
+      const LibraryFindings findings = Inspect(*plugin.library);
+      text_ << Count(findings.types, "node type", "node types") << ", " << Count(findings.icons, "icon", "icons");
       json["node_types"] = findings.types;
       json["icons"] = findings.icons;
       json["missing_icons"] = findings.missing_icons;
-      answer_["libraries"].push_back(json);
-      if (!findings.missing_icons.empty()) {
-        problems_.push_back("node library \"" + library->GetFile().string() + "\" lacks " +
-                            std::to_string(findings.missing_icons.size()) + " icons, the first being " +
-                            findings.missing_icons.front() + "; build it with its resources");
-      }
+      NoteMissingIcons(*plugin.library, findings);
+    } else {
+      text_ << "left out";
+      json["problem"] = plugin.problem;
     }
-    return true;
+    text_ << "\n";
+    ShowLine("", std::string("from ") + DescribeSource(plugin.source) + ", " + DescribeExamination(plugin.examination));
+    if (!plugin.library) ShowLine("", plugin.problem);
+    answer_["libraries"].push_back(json);
+  }
+
+  void NoteMissingIcons(const ScEng::NodeLibrary& library, const LibraryFindings& findings) {
+    if (findings.missing_icons.empty()) return;
+    problems_.push_back("node library \"" + library.GetFile().string() + "\" lacks " +
+                        std::to_string(findings.missing_icons.size()) + " icons, the first being " +
+                        findings.missing_icons.front() + "; build it with its resources");
+  }
+
+  void ShowPluginFolders(const PluginSearch& search) {
+    answer_["plugin_folders"] = ordered_json::array();
+    text_ << "Folders of VALUE_PLUGIN_PATH\n";
+    if (search.GetFolders().empty()) text_ << (common_.plugins.no_defaults ? "  left out\n" : "  none\n");
+    for (const PluginFolder& folder : search.GetFolders()) {
+      ordered_json json;
+      json["folder"] = folder.folder.string();
+      json["libraries"] = folder.num_libraries;
+      if (!folder.problem.empty()) json["problem"] = folder.problem;
+      text_ << "  " << folder.folder.string() << ": "
+            << (folder.problem.empty() ? Count(folder.num_libraries, "library", "libraries") : folder.problem) << "\n";
+      answer_["plugin_folders"].push_back(json);
+    }
   }
 
   std::ostringstream text_;

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/ExitGuard.h"
 #include "Apps/Value/HiddenCommands.h"
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/Reporter.h"
@@ -99,6 +100,7 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
 
 int main(int argc, char** argv) {
   PrepareProcess();
+  const ExitGuard guard(HasJsonFlag(argc, argv));
   Reporter reporter;
   ExitCode code = ExitCode::kNodeError;
   try {

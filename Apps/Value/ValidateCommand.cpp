@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/ExitGuard.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Validation/Validation.h"
 
@@ -75,6 +76,9 @@ class ValidateCommand : public Command {
     sub->add_option("--timeout", timeout_s_, "Seconds that a check may take with one node type (default: 30)")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.05, 86400.0));
+    sub->add_option("--total-timeout", total_timeout_s_, "Seconds that all checks may take together (default: 1800)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.05, 864000.0));
     // What the program starts itself with: the library is never loaded in the process that judges it.
     sub->add_option("--child", channel_)->group("");
     sub->footer(
@@ -89,7 +93,9 @@ class ValidateCommand : public Command {
   ExitCode Run() override {
     const std::filesystem::path library = ScEng::MakePath(library_);
     if (!std::isfinite(timeout_s_)) return Fail(ExitCode::kUsage, "--timeout takes a number of seconds");
+    if (!std::isfinite(total_timeout_s_)) return Fail(ExitCode::kUsage, "--total-timeout takes a number of seconds");
     if (!channel_.empty()) {
+      ExitGuard::Disarm();
       ScEng::RunValidationChild(library, channel_);
       return Fail(ExitCode::kUsage, "--child is for the program's own use");
     }
@@ -97,6 +103,7 @@ class ValidateCommand : public Command {
     std::error_code error;
     options.library = std::filesystem::absolute(library, error);
     options.timeout = std::chrono::milliseconds(static_cast<std::int64_t>(timeout_s_ * 1000.0));
+    options.total_timeout = std::chrono::milliseconds(static_cast<std::int64_t>(total_timeout_s_ * 1000.0));
     options.child_command = {GetProgramFile().string(), "validate", options.library.string(), "--child"};
     std::size_t done = 0;
     options.on_check = [&](const CheckReport& report) {
@@ -136,6 +143,7 @@ class ValidateCommand : public Command {
   std::string library_;
   std::string channel_;
   double timeout_s_ = 30.0;
+  double total_timeout_s_ = 1800.0;
 };
 
 }  // namespace

@@ -19,6 +19,7 @@
 #include "Host/Image/Oversize.h"
 #include "Host/Tools/AcyclicGraph.h"
 #include "Host/Tools/Guard.h"
+#include "Host/Tools/RunningCall.h"
 #include "Host/Util/EvaluationScope.h"
 #include "Host/Util/Log.h"
 
@@ -506,6 +507,8 @@ class Engine::Graph {
       if (options.on_progress) progress = [&](double fraction) { options.on_progress(node, fraction); };
       scope.emplace(options.cancellation, std::move(progress));
     }
+    const std::string label = CallNode(node, "GetName", std::string("a node"), [&] { return node.GetLabel(); });
+    const ScEng::RunningScope running({"Evaluate", label.c_str(), ScEng::FindLibraryOf(node)});
     bool failed = true;
     try {
       node.Evaluate(outplug, inputs);

@@ -11,6 +11,8 @@
 #include <utility>
 
 #include "Host/Tools/Guard.h"
+#include "Host/Tools/LoadedCode.h"
+#include "Host/Tools/RunningCall.h"
 #include "Host/Util/ClosestName.h"
 
 namespace ScEng {
@@ -50,6 +52,9 @@ bool ReadNumbers(const std::string& text, NodeType& type) {
   return true;
 }
 
+/// Where the type that is in the way comes from.
+std::string WhereOf(const std::string& library) { return library.empty() ? "" : " of \"" + library + "\""; }
+
 }  // namespace
 
 std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file, Status& status) {
@@ -57,17 +62,21 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
   std::filesystem::path absolute = std::filesystem::weakly_canonical(file, error);
   if (error) absolute = std::filesystem::absolute(file, error);
   if (!std::filesystem::is_regular_file(absolute, error)) {
-    status = Status::Error("plug-in \"" + file.string() + "\": there is no such file");
+    status = Status::Error("plug-in \"" + file.string() + "\": " +
+                           (std::filesystem::exists(absolute, error) ? "it is not a file" : "there is no such file"));
     return nullptr;
   }
   std::shared_ptr<NodeLibrary> library(new NodeLibrary);
   library->file_ = absolute;
+  const RunningScope running({"loading it", nullptr, library->file_.c_str()});
   library->handle_ = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library->handle_ == nullptr) {
     const char* reason = dlerror();
     status = Status::Error("plug-in \"" + file.string() + "\" cannot be loaded: " + (reason ? reason : "unknown"));
     return nullptr;
   }
+  library->code_ = std::make_unique<LoadedCode>();
+  library->code_->Note(library->handle_, absolute);
   status = library->ReadCatalog();
   if (status.IsError()) {
     status = Status::Error("plug-in \"" + file.string() + "\": " + status.GetMessage());
@@ -140,13 +149,15 @@ Status NodeLibrary::ReadDescriptor(std::int32_t index, std::int32_t count, GetNo
 }
 
 NodeLibrary::~NodeLibrary() {
+  const RunningScope running({"letting it go", nullptr, file_.c_str()});
   descriptors_.clear();
   if (handle_ != nullptr) dlclose(handle_);
 }
 
-Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor) {
+Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor, const std::string& library) {
   Entry entry;
   entry.descriptor = descriptor;
+  entry.library = library;
   NodeType type;
   Status status = CallGuarded("GetNodeType", [&] { type = descriptor->GetNodeType(); });
   if (!status.IsError()) status = CallGuarded("GetName", [&] { entry.name = descriptor->GetName(); });
@@ -155,14 +166,20 @@ Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor) {
   }
   if (status.IsError()) return Status::Error("node type " + type.ToString() + ": " + status.GetMessage());
 
+  const auto find_entry = [&](const NodeInterface* wanted) -> const Entry& {
+    return *std::find_if(entries.begin(), entries.end(),
+                         [&](const Entry& candidate) { return candidate.descriptor.Get() == wanted; });
+  };
   if (const auto other = by_type.find(type); other != by_type.end()) {
-    const auto holds_it = [&](const Entry& candidate) { return candidate.descriptor.Get() == other->second; };
+    const Entry& owner = find_entry(other->second);
     return Status::Error("node type " + entry.type_name + " has the numbers " + type.ToString() + ", which " +
-                         std::find_if(entries.begin(), entries.end(), holds_it)->type_name + " has already");
+                         owner.type_name + WhereOf(owner.library) + " has already");
   }
-  if (!by_type_name.emplace(entry.type_name, descriptor.Get()).second) {
-    return Status::Error("node type " + entry.type_name + " is in the catalogue already");
+  if (const auto other = by_type_name.find(entry.type_name); other != by_type_name.end()) {
+    return Status::Error("node type " + entry.type_name + " is in the catalogue already" +
+                         WhereOf(find_entry(other->second).library));
   }
+  by_type_name.emplace(entry.type_name, descriptor.Get());
   by_type.emplace(type, descriptor.Get());
   by_written.emplace(ToLower(entry.type_name), descriptor.Get());
   by_written.emplace(ToLower(entry.name), descriptor.Get());
@@ -172,7 +189,7 @@ Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor) {
 
 Status NodeCatalog::AddDescriptor(RefPtr<NodeInterface> descriptor) {
   Index next = index_;
-  Status status = next.Add(descriptor);
+  Status status = next.Add(descriptor, {});
   if (!status.IsError()) std::swap(index_, next);
   return status;
 }
@@ -183,7 +200,7 @@ Status NodeCatalog::AddLibrary(std::shared_ptr<NodeLibrary> library) {
   }
   Index next = index_;
   for (const auto& descriptor : library->GetDescriptors()) {
-    const Status status = next.Add(descriptor);
+    const Status status = next.Add(descriptor, library->GetFile().string());
     if (status.IsError()) {
       return Status::Error("plug-in \"" + library->GetFile().string() + "\": " + status.GetMessage());
     }

@@ -112,6 +112,12 @@ void CheckLeaks(Subject& subject);
 void CheckRepeatable(Subject& subject);
 void CheckThreads(Subject& subject);
 
+// Of a node type, towards its process.
+void CheckExceptions(Subject& subject);
+void CheckFloatingPoint(Subject& subject);
+void CheckProcessState(Subject& subject);
+void CheckStandardOutput(Subject& subject);
+
 struct Check {
   const char* name;
   const char* about;
@@ -134,6 +140,7 @@ inline constexpr Check kChecks[] = {
     {"factory", "descriptor, factory and node agree", true, CheckFactory},
     {"attributes", "attributes have unique names, ids in order and defaults in bounds", true, CheckAttributes},
     {"plugs", "plugs are named, of known types, one per attribute, and there is an output", true, CheckPlugs},
+    {"exceptions", "no operation but Evaluate lets an exception out", true, CheckExceptions},
     {"nothing-connected", "evaluation without images", true, CheckNothingConnected},
     {"tiny-images", "evaluation of images of a few pixels", true, CheckTinyImages},
     {"empty-images", "evaluation of images without pixels", true, CheckEmptyImages},
@@ -152,6 +159,10 @@ inline constexpr Check kChecks[] = {
     {"leaks", "nothing is left behind by many rounds", true, CheckLeaks},
     {"repeatable", "the same inputs give the same bytes", true, CheckRepeatable},
     {"threads", "the number of threads does not change a byte", true, CheckThreads},
+    {"floating-point", "rounding, denormals and traps stay as they are", true, CheckFloatingPoint},
+    {"process-state", "descriptors, working directory, signals, locale and file mask stay as they are", true,
+     CheckProcessState},
+    {"standard-output", "nothing is written to standard output", true, CheckStandardOutput},
     {"unload", "the library can be let go", false, CheckUnload},
 };
 

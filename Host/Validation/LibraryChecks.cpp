@@ -20,6 +20,7 @@
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/LibraryInterface.h"
 #include "Host/Validation/Checks.h"
+#include "Host/Validation/ThreadScan.h"
 
 namespace ScEng {
 namespace {
@@ -285,7 +286,9 @@ void CheckUnload(Subject& subject) {
     subject.At("releasing a node of each type, then their descriptors");
   }
   subject.At("unloading the library");
-  const std::set<std::string> own_threads = entries.own_threads;
+  std::set<std::string> own_threads = entries.own_threads;
+  // Those that an evaluation started, too.
+  own_threads.merge(FindThreadsIn(AddressRange::FindOf(reinterpret_cast<const void*>(entries.get_count))));
   if (dlclose(entries.handle) != 0) {
     const char* reason = dlerror();
     subject.Fail(std::string("the library cannot be unloaded: ") + (reason != nullptr ? reason : "unknown"));

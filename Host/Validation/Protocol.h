@@ -9,6 +9,8 @@
 namespace ScEng::Protocol {
 
 inline constexpr const char* kCheck = "check";
+/// In the place of a check: the whole examination, after which the child ends.
+inline constexpr const char* kExamine = "examine";
 inline constexpr const char* kIndex = "index";
 inline constexpr const char* kCount = "count";
 inline constexpr const char* kAt = "at";

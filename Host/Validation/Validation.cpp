@@ -62,7 +62,8 @@ struct LeftOut {
 
 class Validator {
  public:
-  explicit Validator(const ValidationOptions& options) : options_(options) {}
+  explicit Validator(const ValidationOptions& options)
+      : options_(options), end_(ChildProcess::Clock::now() + options.total_timeout) {}
 
   ValidationReport Run() {
     std::error_code error;
@@ -85,6 +86,8 @@ class Validator {
       } else if (!obstacle_.empty()) {
         report.skips.push_back({{}, obstacle_});
       } else if (check.of_nodes) {
+        // What the checks before have changed would hide a change.
+        if (check.run == CheckFloatingPoint || check.run == CheckProcessState) child_.Stop();
         RunOfNodes(check, report);
       } else {
         RunOfLibrary(check, report);
@@ -136,7 +139,7 @@ class Validator {
                           {Protocol::kIndex, index},
                           {Protocol::kCount, static_cast<int>(labels_.size())}};
     child_.Send(request.dump());
-    const auto deadline = ChildProcess::Clock::now() + options_.timeout;
+    const auto deadline = std::min(ChildProcess::Clock::now() + options_.timeout, end_);
     std::string at;
     std::string fault;
     std::string line;
@@ -146,6 +149,10 @@ class Validator {
       if (event == ChildProcess::Event::kTimeout) {
         child_.Stop();
         answer.kind = Answer::Kind::kHung;
+        if (IsOver()) {
+          answer.failures = {DescribeOver(at)};
+          return answer;
+        }
         answer.failures = {"it did not come back within " + FormatSeconds(options_.timeout) + While(at) +
                            "; an operation has to end, whatever it is given"};
         return answer;
@@ -221,8 +228,25 @@ class Validator {
     }
   }
 
+  /// Whether there is no more time for any check.
+  [[nodiscard]] bool IsOver() const { return ChildProcess::Clock::now() >= end_; }
+
+  /// The one failure that says so; afterwards there is no more to check.
+  std::string DescribeOver(const std::string& at) {
+    const std::string time = FormatSeconds(options_.total_timeout);
+    obstacle_ = "left out, because the time for all checks, " + time + ", is over";
+    return "the time for all checks, " + time + ", is over" + While(at) + "; --total-timeout allows more";
+  }
+
   /// Asks whether or not a child is there.
   Answer AskAnyChild(const Check& check, std::size_t index) {
+    if (IsOver()) {
+      child_.Stop();
+      Answer answer;
+      answer.kind = Answer::Kind::kHung;
+      answer.failures = {DescribeOver({})};
+      return answer;
+    }
     if (!child_.IsRunning()) {
       Answer loaded = Start();
       if (!status_.empty()) return {};
@@ -263,6 +287,10 @@ class Validator {
     }
     for (std::size_t index = 0; index < labels_.size(); ++index) {
       const std::string node = GetLabel(index);
+      if (!obstacle_.empty()) {
+        report.skips.push_back({node, obstacle_});
+        continue;
+      }
       if (!left_out_[index].reason.empty()) {
         report.skips.push_back({node, left_out_[index].reason});
         continue;
@@ -276,6 +304,7 @@ class Validator {
   }
 
   const ValidationOptions& options_;
+  const ChildProcess::Clock::time_point end_;
   ChildProcess child_;
   ValidationReport report_;
   std::vector<std::string> labels_;

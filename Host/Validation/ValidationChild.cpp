@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <cstring>
@@ -17,7 +16,9 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "Host/Validation/Channel.h"
 #include "Host/Validation/Checks.h"
+#include "Host/Validation/ExaminationChild.h"
 #include "Host/Validation/GuardedMemory.h"
 #include "Host/Validation/Protocol.h"
 #include "Host/Validation/Validation.h"
@@ -26,43 +27,6 @@ namespace ScEng {
 namespace {
 
 using nlohmann::json;
-
-/// Lines in both directions over a socket.
-class Channel {
- public:
-  explicit Channel(int socket) : socket_(socket) {}
-
-  /// False when the other side has closed it.
-  bool ReadLine(std::string& line) {
-    for (;;) {
-      if (const std::size_t end = received_.find('\n'); end != std::string::npos) {
-        line = received_.substr(0, end);
-        received_.erase(0, end + 1);
-        return true;
-      }
-      char buffer[4096];
-      const ssize_t got = read(socket_, buffer, sizeof(buffer));
-      if (got < 0 && errno == EINTR) continue;
-      if (got <= 0) return false;
-      received_.append(buffer, static_cast<std::size_t>(got));
-    }
-  }
-
-  void Write(const json& message) const {
-    const std::string text = message.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
-    for (std::size_t sent = 0; sent < text.size();) {
-      const ssize_t put = write(socket_, text.data() + sent, text.size() - sent);
-      if (put < 0 && errno == EINTR) continue;
-      // Nobody is there any more.
-      if (put <= 0) _exit(0);
-      sent += static_cast<std::size_t>(put);
-    }
-  }
-
- private:
-  int socket_;
-  std::string received_;
-};
 
 // What the handler of a fault needs; set once, before the library is loaded.
 const GuardedMemory* watched_memory = nullptr;
@@ -115,6 +79,7 @@ class Child {
       const json request = json::parse(line, nullptr, false);
       if (!request.is_object()) continue;
       const std::string name = request.value(Protocol::kCheck, "");
+      if (name == Protocol::kExamine) RunExamination(library_, channel_);
       const auto found =
           std::find_if(std::begin(kChecks), std::end(kChecks), [&](const Check& check) { return name == check.name; });
       if (found == std::end(kChecks)) continue;
@@ -127,15 +92,13 @@ class Child {
   }
 
  private:
-  void Tell(const char* key, const std::string& text) const { channel_.Write({{key, text}}); }
-
   void Load() {
-    Tell(Protocol::kAt, "loading the library");
+    channel_.Tell(Protocol::kAt, "loading the library");
     const std::set<std::string> before = ListThreads();
     entry_points_.handle = dlopen(library_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (entry_points_.handle == nullptr) {
       const char* reason = dlerror();
-      Tell(Protocol::kRefused, reason != nullptr ? reason : "unknown");
+      channel_.Tell(Protocol::kRefused, reason != nullptr ? reason : "unknown");
       return;
     }
     for (const std::string& thread : ListThreads()) {
@@ -145,12 +108,12 @@ class Child {
     entry_points_.get_library = FindExport<NodeLibrary::GetLibraryInterfaceFunction>(handle, "GetLibraryInterface");
     entry_points_.get_count = FindExport<NodeLibrary::GetNumNodeInterfacesFunction>(handle, "GetNumNodeInterfaces");
     entry_points_.get_descriptor = FindExport<NodeLibrary::GetNodeInterfaceFunction>(handle, "GetNodeInterface");
-    Answer({}, {});
+    channel_.Answer({}, {});
   }
 
   void Run(const Check& check, std::int32_t count, std::int32_t index) {
     Subject subject(entry_points_, memory_, count, index,
-                    [this](const char* key, const std::string& text) { Tell(key, text); });
+                    [this](const char* key, const std::string& text) { channel_.Tell(key, text); });
     try {
       check.run(subject);
     } catch (const std::exception& error) {
@@ -159,11 +122,7 @@ class Child {
     } catch (...) {
       subject.Fail("an exception that is not a std::exception leaves the library; nothing but Evaluate may throw");
     }
-    Answer(subject.GetFailures(), subject.GetSkips());
-  }
-
-  void Answer(const std::vector<std::string>& failures, const std::vector<std::string>& skips) const {
-    channel_.Write({{Protocol::kDone, true}, {Protocol::kFailures, failures}, {Protocol::kSkips, skips}});
+    channel_.Answer(subject.GetFailures(), subject.GetSkips());
   }
 
   std::filesystem::path library_;

@@ -102,7 +102,8 @@ def sanitizer_libraries():
 
 def environment_with(changes):
     """This process's environment with some variables set, or removed where the value is None."""
-    environment = {**os.environ, **(changes or {})}
+    # Node libraries of whoever runs the tests stay out of them.
+    environment = {**os.environ, "VALUE_PLUGIN_PATH": "", **(changes or {})}
     if SANITIZED:
         # The leak check crashes where worker threads end while it looks at them; the tests of the
         # libraries look for leaks. A report ends with a code that the program itself never has.

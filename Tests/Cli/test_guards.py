@@ -16,13 +16,16 @@ class ThrowingLibraryTest(ValueTestCase):
             library = find_library(f"ThrowsIn{operation}")
             for command in commands:
                 with self.subTest(operation=operation, command=command):
-                    result = self.value(*command, "--plugin", library, code=NODE_ERROR)
+                    result = self.value(
+                        *command, "--plugin", library, code=NODE_ERROR, environment={"XDG_CACHE_HOME": str(self.dir)}
+                    )
                     self.assert_one_error(result, "the shelf is bare")
 
     def test_a_node_that_cannot_be_created_fails_its_run(self):
         self.picture("in.exr", sample_picture(VALUE))
         result = self.value(
-            "apply", "Parts Node 2", "--plugin", find_library("ThrowsInCreateNode"), "-o", "out.exr", code=None
+            "apply", "Parts Node 2", "--plugin", find_library("ThrowsInCreateNode"), "--trust-plugins",
+            "-o", "out.exr", code=None,
         )
         self.assertIn(result.code, (NODE_ERROR, PLUGIN_ERROR, 2, 3))
         self.assert_names(result, "the shelf is bare")

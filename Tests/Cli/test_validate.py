@@ -10,9 +10,10 @@ from cli_support import (
 
 CHECKS = [
     "load", "exports", "library-object", "count", "above-count", "descriptors", "names", "numbers",
-    "icons", "factory", "attributes", "plugs", "nothing-connected", "tiny-images", "empty-images",
+    "icons", "factory", "attributes", "plugs", "exceptions", "nothing-connected", "tiny-images", "empty-images",
     "color-modes", "awkward-samples", "attribute-values", "disabled", "outputs", "events", "graph",
-    "inputs-untouched", "memory-bounds", "references", "leaks", "repeatable", "threads", "unload",
+    "inputs-untouched", "memory-bounds", "references", "leaks", "repeatable", "threads",
+    "floating-point", "process-state", "standard-output", "unload",
 ]
 
 # For each library the checks that fail, each with words that its line holds.
@@ -47,6 +48,34 @@ BAD = {
     "ExitsInEvaluate": {"attribute-values": ["exit code 0", "\"style\" carrying nothing"]},
     "ThreadStays": {"unload": ["thread that the library started"]},
     "CrashesOnUnload": {"unload": ["unloading the library"]},
+    "Noisy": {"standard-output": ["evaluating 5 x 3 value images", "noise"]},
+    "EvaluatePrints": {"standard-output": ["evaluating nothing connected", "the shelf is bare"]},
+    "EvaluateRounds": {"floating-point": ["rounded upward"]},
+    "EvaluateFlushesToZero": {"floating-point": ["denormal numbers are taken for zero"]},
+    "EvaluateTraps": {"floating-point": ["raises a signal"]},
+    "EvaluateChangesFolder": {"process-state": ["working directory is \"/\""]},
+    "EvaluateChangesSignal": {"process-state": ["SIGINT"]},
+    "EvaluateChangesLocale": {"process-state": ["locale is \"C.UTF-8\""]},
+    "EvaluateChangesMask": {"process-state": ["umask"]},
+    "EvaluateCloses": {"process-state": ["descriptor 2 (standard error) is closed"]},
+    "EvaluateStartsThread": {"unload": ["thread that the library started"]},
+    "JoiningThrows": {"exceptions": ["OnAdded", "the shelf is bare"]},
+    "SinkThrows": {"exceptions": ["IsSink", "the shelf is bare"]},
+    "AliasThrows": {"plugs": ["the shelf is bare"], "exceptions": ["GetInplugAlias", "the shelf is bare"]},
+    "SourceObserverThrows": {
+        "exceptions": ["OnAttributeSourcesChanged", "the shelf is bare"],
+        "graph": ["the shelf is bare"],
+    },
+    # The other checks disable the node, which is a change.
+    "ObserverThrows": {
+        "exceptions": ["OnNodeChanged", "the shelf is bare"],
+        **dict.fromkeys(
+            ["nothing-connected", "disabled", "graph", "inputs-untouched", "memory-bounds", "references",
+             "floating-point", "process-state", "standard-output"],
+            ["the shelf is bare"],
+        ),
+    },
+    "ThrowsInIconPath": {"icons": ["the shelf is bare"], "exceptions": ["GetIconPath", "the shelf is bare"]},
     # Other checks use awkward samples as well.
     "CrashesOnNan": {
         "awkward-samples": ["evaluating 1 x 1 color images of awkward samples"],
@@ -93,7 +122,7 @@ class GoodLibraryTest(ValidateTestCase):
         result = self.value("validate", find_program().parent / "Value.so")
         self.assert_quiet(result)
         lines = result.out.splitlines()
-        self.assertEqual(lines[-1], "29 checks: 29 passed, 0 failed, 0 skipped")
+        self.assertEqual(lines[-1], "33 checks: 33 passed, 0 failed, 0 skipped")
         self.assertEqual(
             [line.split()[:2] for line in lines[:-1]], [["ok", name] for name in CHECKS]
         )
@@ -103,15 +132,16 @@ class GoodLibraryTest(ValidateTestCase):
         answer, checks = self.validate(find_library("TinyLibrary"), code=DONE)
         self.assertEqual(answer["library"], "Parts")
         self.assertEqual(answer["nodes"], ["PartsNode7"])
-        self.assertEqual([answer["passed"], answer["failed"], answer["skipped"]], [29, 0, 0])
+        self.assertEqual([answer["passed"], answer["failed"], answer["skipped"]], [33, 0, 0])
         for check in checks.values():
             self.assertEqual(check["failures"], [])
 
     def test_what_a_library_prints_does_not_disturb(self):
-        result = self.value("validate", find_library("Noisy"))
+        result = self.value("validate", find_library("Noisy"), code=NODE_ERROR)
         self.assert_quiet(result)
-        self.assertNotIn("noise", result.out)
-        self.assertTrue(result.out.endswith("29 checks: 29 passed, 0 failed, 0 skipped\n"))
+        # The line of the check that is about it.
+        self.assertEqual(result.out.count("noise"), 1)
+        self.assertTrue(result.out.endswith("33 checks: 32 passed, 1 failed, 0 skipped\n"))
 
     def test_quiet_leaves_the_exit_code(self):
         result = self.value("validate", "--quiet", find_library("TinyLibrary"))
@@ -135,7 +165,7 @@ class BadLibraryTest(ValidateTestCase):
         self.assertEqual(len(lines), 1, str(result))
         self.assertTrue(lines[0].startswith("FAIL factory: ImagePartsNode: "), lines[0])
         self.assertEqual(
-            result.out.splitlines()[-1], "29 checks: 28 passed, 1 failed, 0 skipped"
+            result.out.splitlines()[-1], "33 checks: 32 passed, 1 failed, 0 skipped"
         )
 
     def test_quiet_prints_failures_alone(self):
@@ -169,6 +199,22 @@ class BadLibraryTest(ValidateTestCase):
             self.assertEqual(checks[name]["result"], "skipped", name)
             self.assertIn("it hung in the check disabled", checks[name]["skips"][0]["text"])
         self.assertEqual(checks["unload"]["result"], "passed")
+        self.assertEqual(answer["skipped"], len(after))
+
+
+    def test_the_time_for_all_checks_ends_them(self):
+        answer, checks = self.validate(
+            find_library("HangsInEvaluate"), "--total-timeout", "4", code=NODE_ERROR
+        )
+        failed = self.failed(checks)
+        self.assertEqual(len(failed), 1, failed)
+        (failure,) = checks[failed[0]]["failures"]
+        self.assertIn("the time for all checks, 4 s, is over", failure["text"])
+        self.assertIn("--total-timeout", failure["text"])
+        after = CHECKS[CHECKS.index(failed[0]) + 1:]
+        for name in after:
+            self.assertEqual(checks[name]["result"], "skipped", name)
+            self.assertIn("4 s, is over", checks[name]["skips"][0]["text"])
         self.assertEqual(answer["skipped"], len(after))
 
 
@@ -208,8 +254,9 @@ class NoNodeLibraryTest(ValidateTestCase):
         self.assert_one_error(self.value("validate", code=USAGE), "LIBRARY")
         for seconds in ("0", "-1", "soon", "nan"):
             with self.subTest(seconds=seconds):
-                result = self.value("validate", "x.so", "--timeout", seconds, code=USAGE)
-                self.assert_one_error(result, "--timeout")
+                for option in ("--timeout", "--total-timeout"):
+                    result = self.value("validate", "x.so", option, seconds, code=USAGE)
+                    self.assert_one_error(result, option)
         for channel in ("zebra", "1", "900,901"):
             with self.subTest(channel=channel):
                 self.value("validate", "x.so", "--child", channel, code=USAGE)

@@ -44,6 +44,10 @@ extern "C" void OnEndSignal(int signal) {
 
 }  // namespace
 
+void RemoveTemporariesBeforeEnd() {
+  if (EndSignalDelays()) RemoveRegisteredTemporaries();
+}
+
 void CleanUpOnSignals(SignalHook hook, SignalEnd end) {
   signal_hook = hook;
   signal_end = end;

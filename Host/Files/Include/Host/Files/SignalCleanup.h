@@ -23,4 +23,9 @@ enum class SignalEnd {
 /// Signals that are ignored stay ignored. It is for programs, once, before they start threads.
 HOST_FILES_API void CleanUpOnSignals(SignalHook hook = nullptr, SignalEnd end = SignalEnd::kBySignal);
 
+/// Removes the temporary files of saves that are under way, for a program that is about to end in the middle of them. A
+/// file that is being rewritten in place is waited for, a limited time; where it does not come to an end, its copy
+/// stays. It may be called in a signal handler.
+HOST_FILES_API void RemoveTemporariesBeforeEnd();
+
 }  // namespace ScEng

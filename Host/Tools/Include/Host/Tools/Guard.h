@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Host/Tools/Api.h"
+#include "Host/Tools/RunningCall.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/Status.h"
 
@@ -21,6 +22,7 @@ HOST_TOOLS_API std::string DescribeHandledException();
 /// unloaded after that. What `function` answers, it stores itself.
 template <class Function>
 [[nodiscard]] Status CallGuarded(const char* operation, const Function& function) {
+  const RunningScope running({operation, nullptr, nullptr});
   try {
     function();
     return {};

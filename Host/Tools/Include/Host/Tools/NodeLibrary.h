@@ -17,6 +17,8 @@
 
 namespace ScEng {
 
+class LoadedCode;
+
 /// A node library that is loaded in this process: its library object, its descriptors, and the file that holds them.
 ///
 /// A library exports three functions with C linkage: `LibraryInterface* GetLibraryInterface()`,
@@ -50,6 +52,7 @@ class HOST_TOOLS_API NodeLibrary {
   std::filesystem::path file_;
   std::string name_;
   void* handle_ = nullptr;
+  std::unique_ptr<LoadedCode> code_;
   std::vector<RefPtr<NodeInterface>> descriptors_;
 };
 
@@ -64,8 +67,8 @@ class HOST_TOOLS_API NodeCatalog {
   /// throws when it is asked for them. Whatever goes wrong, an exception of this function included, leaves the
   /// catalogue as it was.
   Status AddDescriptor(RefPtr<NodeInterface> descriptor);
-  /// Adds all types of a library, or none and an error that names the library and the type that is taken. A file that
-  /// is in the catalogue already is ignored.
+  /// Adds all types of a library, or none and an error that names the library, the type that is taken, and the library
+  /// that has it. A file that is in the catalogue already is ignored.
   Status AddLibrary(std::shared_ptr<NodeLibrary> library);
 
   /// All descriptors, the host's own first, then library by library in index order.
@@ -87,11 +90,13 @@ class HOST_TOOLS_API NodeCatalog {
     RefPtr<NodeInterface> descriptor;
     std::string type_name;
     std::string name;
+    /// Empty for a type of the host's own.
+    std::string library;
   };
 
   /// The types and where to find each by what.
   struct Index {
-    Status Add(const RefPtr<NodeInterface>& descriptor);
+    Status Add(const RefPtr<NodeInterface>& descriptor, const std::string& library);
 
     std::vector<Entry> entries;
     std::map<NodeType, NodeInterface*> by_type;

@@ -88,6 +88,8 @@ struct ValidationOptions {
   std::vector<std::string> child_command;
   /// How long one check may take with one node type before it counts as hanging.
   std::chrono::milliseconds timeout{30000};
+  /// How long all checks may take together. The check that is running then fails, and the others are left out.
+  std::chrono::milliseconds total_timeout{1800000};
   /// Called after each check.
   std::function<void(const CheckReport&)> on_check;
 };

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Tools/LoadedCode.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "Host/Tools/Node.h"
+#include "Host/Tools/RunningCall.h"
+
+namespace ScEng {
+namespace {
+
+/// Places are taken and given back, never moved, so that a signal handler can walk them at any time.
+struct Place {
+  std::atomic<bool> is_taken{false};
+  std::atomic<std::uintptr_t> begin{0};
+  // 0 while the place holds nothing.
+  std::atomic<std::uintptr_t> end{0};
+  char* file = nullptr;
+};
+
+constexpr std::size_t kMostLibraries = 256;
+
+// Without a destructor: libraries may be let go when static objects are gone already.
+constinit std::array<Place, kMostLibraries> places;
+
+struct Extent {
+  std::uintptr_t load_address = 0;
+  std::uintptr_t begin = UINTPTR_MAX;
+  std::uintptr_t end = 0;
+};
+
+int MeasureExtent(dl_phdr_info* info, std::size_t, void* data) {
+  auto& extent = *static_cast<Extent*>(data);
+  if (info->dlpi_addr != extent.load_address) return 0;
+  for (int i = 0; i < info->dlpi_phnum; ++i) {
+    const ElfW(Phdr)& segment = info->dlpi_phdr[i];
+    if (segment.p_type != PT_LOAD) continue;
+    const std::uintptr_t begin = info->dlpi_addr + segment.p_vaddr;
+    extent.begin = std::min(extent.begin, begin);
+    extent.end = std::max<std::uintptr_t>(extent.end, begin + segment.p_memsz);
+  }
+  return 1;
+}
+
+}  // namespace
+
+void LoadedCode::Note(void* handle, const std::filesystem::path& file) {
+  link_map* map = nullptr;
+  if (dlinfo(handle, RTLD_DI_LINKMAP, static_cast<void*>(&map)) != 0 || map == nullptr) return;
+  Extent extent;
+  extent.load_address = map->l_addr;
+  dl_iterate_phdr(MeasureExtent, &extent);
+  if (extent.end == 0) return;
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    if (places[i].is_taken.exchange(true)) continue;
+    std::free(std::exchange(places[i].file, strdup(file.c_str())));
+    places[i].begin = extent.begin;
+    places[i].end = extent.end;
+    place_ = static_cast<int>(i);
+    return;
+  }
+}
+
+LoadedCode::~LoadedCode() {
+  if (place_ < 0) return;
+  Place& place = places[static_cast<std::size_t>(place_)];
+  place.end = 0;
+  place.is_taken = false;
+}
+
+const char* FindLibraryOf(const void* address) {
+  const auto at = reinterpret_cast<std::uintptr_t>(address);
+  for (const Place& place : places) {
+    if (at < place.end && at >= place.begin) return place.file;
+  }
+  return nullptr;
+}
+
+const char* FindLibraryOf(const Node& node) {
+  // The table of virtual operations lies in the library that defines the class.
+  return FindLibraryOf(*reinterpret_cast<const void* const*>(&node));
+}
+
+}  // namespace ScEng

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Validation/Examination.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <system_error>
+
+#include "Host/Validation/Channel.h"
+#include "Host/Validation/ChildProcess.h"
+#include "Host/Validation/Protocol.h"
+
+namespace ScEng {
+namespace {
+
+using nlohmann::json;
+
+std::string FormatSeconds(std::chrono::milliseconds time) {
+  const json seconds = static_cast<double>(time.count()) / 1000.0;
+  const std::string text = seconds.dump();
+  return (text.ends_with(".0") ? text.substr(0, text.size() - 2) : text) + " s";
+}
+
+std::string While(const std::string& at) { return at.empty() ? "" : " while " + at; }
+
+/// How the child ended that did not come to the end of the examination.
+std::string DescribeEnd(const ChildProcess& child, const std::string& at) {
+  const std::string end = child.GetEnd();
+  if (end == "ended with exit code " + std::to_string(Channel::kClosedHere)) {
+    return "it closes descriptors that are not its own" + While(at);
+  }
+  const std::string words = child.GetLastWords();
+  return "the process " + end + While(at) + (words.empty() ? "" : ", and printed last: \"" + words + "\"") +
+         "; a library must never end its host";
+}
+
+}  // namespace
+
+Status ExamineLibrary(const ExaminationOptions& options) {
+  const std::string start = "plug-in \"" + options.library.string() + "\"";
+  ChildProcess child;
+  const Status started = child.Start(options.child_command);
+  if (started.IsError()) return Status::Error(start + " cannot be examined: " + started.GetMessage());
+  child.Send(json({{Protocol::kCheck, Protocol::kExamine}}).dump());
+  const auto deadline = ChildProcess::Clock::now() + options.timeout;
+  std::string at;
+  for (std::string line;;) {
+    switch (child.ReadLine(line, deadline)) {
+      case ChildProcess::Event::kTimeout:
+        return Status::Error(start + ": it does not come back within " + FormatSeconds(options.timeout) + While(at));
+      case ChildProcess::Event::kEnded: return Status::Error(start + ": " + DescribeEnd(child, at));
+      case ChildProcess::Event::kLine: break;
+    }
+    // What is no such line is not from the child's own code.
+    const json message = json::parse(line, nullptr, false);
+    if (!message.is_object()) continue;
+    try {
+      at = message.value(Protocol::kAt, at);
+      if (message.contains(Protocol::kRefused)) return Status::Error(message.value(Protocol::kRefused, ""));
+      if (!message.value(Protocol::kDone, false)) continue;
+      const auto failures = message.value(Protocol::kFailures, std::vector<std::string>());
+      return failures.empty() ? Status() : Status::Error(start + ": " + failures.front());
+    } catch (const json::exception&) {
+      continue;
+    }
+  }
+}
+
+}  // namespace ScEng

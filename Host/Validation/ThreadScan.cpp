@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Validation/ThreadScan.h"
+
+#include <dlfcn.h>
+#include <link.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+#include <vector>
+
+namespace ScEng {
+namespace {
+
+struct Search {
+  std::uintptr_t wanted = 0;
+  AddressRange found;
+};
+
+int LookAtFile(dl_phdr_info* info, std::size_t, void* data) {
+  auto& search = *static_cast<Search*>(data);
+  AddressRange range{UINTPTR_MAX, 0};
+  for (int i = 0; i < info->dlpi_phnum; ++i) {
+    const ElfW(Phdr)& segment = info->dlpi_phdr[i];
+    if (segment.p_type != PT_LOAD) continue;
+    const std::uintptr_t begin = info->dlpi_addr + segment.p_vaddr;
+    range.begin = std::min(range.begin, begin);
+    range.end = std::max<std::uintptr_t>(range.end, begin + segment.p_memsz);
+  }
+  if (!range.Contains(search.wanted)) return 0;
+  search.found = range;
+  return 1;
+}
+
+/// Where the stack of a waiting thread ends, from the system's line about it, whose last two numbers are the pointer to
+/// the stack and that to the code; 0 where the thread does not wait.
+std::uintptr_t FindStack(const std::filesystem::path& task) {
+  std::ifstream file(task / "syscall");
+  std::vector<std::string> words;
+  for (std::string word; file >> word;) words.push_back(word);
+  if (words.size() < 3) return 0;
+  std::uintptr_t stack = 0;
+  std::istringstream(words[words.size() - 2]) >> std::hex >> stack;
+  return stack;
+}
+
+/// Whether a stack holds an address of the range.
+bool Holds(std::uintptr_t stack, const AddressRange& range) {
+  constexpr std::size_t kMostBytes = std::size_t{256} << 10U;
+  std::array<std::uintptr_t, 512> words{};
+  for (std::size_t done = 0; stack != 0 && done < kMostBytes; done += sizeof(words)) {
+    // Reading in this way fails where the memory of the stack ends.
+    const iovec to{words.data(), sizeof(words)};
+    const iovec from{reinterpret_cast<void*>(stack + done), sizeof(words)};
+    const ssize_t got = process_vm_readv(getpid(), &to, 1, &from, 1, 0);
+    if (got <= 0) return false;
+    const auto end = words.begin() + got / static_cast<ssize_t>(sizeof(words[0]));
+    if (std::any_of(words.begin(), end, [&](std::uintptr_t word) { return range.Contains(word); })) return true;
+    if (static_cast<std::size_t>(got) < sizeof(words)) return false;
+  }
+  return false;
+}
+
+}  // namespace
+
+AddressRange AddressRange::FindOf(const void* address) {
+  Search search;
+  search.wanted = reinterpret_cast<std::uintptr_t>(address);
+  dl_iterate_phdr(LookAtFile, &search);
+  return search.found;
+}
+
+std::set<std::string> FindThreadsIn(const AddressRange& range) {
+  std::set<std::string> threads;
+  const std::string own = std::to_string(gettid());
+  std::error_code error;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
+    const std::string number = task.path().filename().string();
+    if (number != own && Holds(FindStack(task.path()), range)) threads.insert(number);
+  }
+  return threads;
+}
+
+}  // namespace ScEng
