@@ -143,6 +143,8 @@ set(gpu_test_environment
   "ASAN_OPTIONS=fast_unwind_on_malloc=0")
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/PoclCache")
 
+set_source_files_properties("${host}/Util/HostModuleTest.cpp" PROPERTIES
+  COMPILE_DEFINITIONS "VALUE_LIBRARY_VERSION=\"${VALUE_LIBRARY_VERSION}\"")
 value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/BorderTest.cpp"

@@ -14,6 +14,16 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
+# Where an installation has what the host and its programs load at run time.
+set(VALUE_MODULE_DIR "${CMAKE_INSTALL_LIBDIR}/value")
+
+# Below 1.0 a minor version may break interfaces, so that it belongs to the name under which a library is asked for.
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  set(VALUE_LIBRARY_VERSION "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
+else()
+  set(VALUE_LIBRARY_VERSION "${PROJECT_VERSION_MAJOR}")
+endif()
+
 find_program(VALUE_CCACHE ccache)
 if(VALUE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${VALUE_CCACHE}")
@@ -67,12 +77,13 @@ function(value_add_host_library module)
   set_target_properties(${target} PROPERTIES
     EXPORT_NAME ${module}
     VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}
+    SOVERSION ${VALUE_LIBRARY_VERSION}
     INSTALL_RPATH "$ORIGIN")
   install(TARGETS ${target} EXPORT ValueHostTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libvaluehost NAMELINK_COMPONENT libvaluehost-dev)
   install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/Include/" "${CMAKE_CURRENT_BINARY_DIR}/Include/"
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ValueHost)
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ValueHost COMPONENT libvaluehost-dev)
+  set_property(GLOBAL APPEND PROPERTY VALUE_HOST_LIBRARIES ${target})
 endfunction()
 
 # Debian's package of a library may name include folders of optional packages that are not installed, which CMake refuses.

@@ -12,6 +12,25 @@ namespace {
 // An object of this library: its address tells the dynamic linker which file is asked for.
 const char kOwnObject = 0;
 
+/// The folder of modules in an installation, below that of the libraries.
+constexpr const char* kModuleFolder = "value";
+
+/// What follows "libHostUtil.so" in the name of this library: "" or, for example, ".0.2". Libraries of one release
+/// share it, and an installation without headers has them under no other name.
+std::string VersionOf(const std::filesystem::path& own_file) {
+  const std::string name = own_file.filename().string();
+  const std::string start = "libHostUtil.so";
+  return name.compare(0, start.size(), start) == 0 ? name.substr(start.size()) : std::string();
+}
+
+/// Where the file lies. The dynamic linker may know the folder by a link, /lib for /usr/lib, from which what lies
+/// beside the real one is not found.
+std::filesystem::path FolderOf(const std::filesystem::path& file) {
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::canonical(file.parent_path(), error);
+  return error ? file.parent_path() : folder;
+}
+
 }  // namespace
 
 HostModule::HostModule(const std::string& name, std::string title) : title_(std::move(title)) {
@@ -20,11 +39,19 @@ HostModule::HostModule(const std::string& name, std::string title) : title_(std:
     problem_ = title_ + " cannot be loaded: the folder of the host's libraries is unknown";
     return;
   }
-  file_ = std::filesystem::path(self.dli_fname).parent_path() / ("lib" + name + ".so");
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(file_, error)) {
-    problem_ = title_ + " cannot be loaded: there is no " + file_.string();
+  const std::filesystem::path own_file = self.dli_fname;
+  const std::filesystem::path folder = FolderOf(own_file);
+  const std::string file_name = "lib" + name + ".so";
+  const std::filesystem::path places[] = {folder / (file_name + VersionOf(own_file)), folder / file_name,
+                                          folder / kModuleFolder / file_name};
+  for (const std::filesystem::path& place : places) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(place, error)) continue;
+    file_ = place;
+    return;
   }
+  file_ = folder / file_name;
+  problem_ = title_ + " cannot be loaded: there is no " + file_.string();
 }
 
 void* HostModule::LoadAddress(const char* entry_point) {

@@ -15,6 +15,12 @@ TEST(HostModule, IsFoundBesideTheHostsLibraries) {
   EXPECT_TRUE(std::filesystem::exists(module.GetFile().parent_path() / "libHostUtil.so"));
 }
 
+TEST(HostModule, PrefersTheLibraryOfItsOwnVersion) {
+  const HostModule module("HostWidgets", "the library of attribute panels");
+  EXPECT_EQ(module.GetProblem(), "");
+  EXPECT_EQ(module.GetFile().filename(), "libHostWidgets.so." VALUE_LIBRARY_VERSION);
+}
+
 TEST(HostModule, GivesItsEntryPoint) {
   HostModule module("HostCodecPng", "the module of image formats");
   using Function = const void* (*)();

@@ -26,7 +26,15 @@ if(NOT run_output MATCHES "ImageValueAddNode")
   message(FATAL_ERROR "the installed program does not list its own nodes:\n${run_output}")
 endif()
 
-# So does its panel, whose modules lie among the installed libraries.
+# It finds what it loads and starts where the linker knows the folder of the libraries by a link, too, as Debian's does.
+file(CREATE_LINK "${prefix}/lib" "${WORK_DIR}/linked" SYMBOLIC)
+run("${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${WORK_DIR}/linked" "${prefix}/bin/value" doctor)
+string(FIND "${run_output}" "there is no" place)
+if(NOT place EQUAL -1)
+  message(FATAL_ERROR "with a link to its libraries the installed program does not find all of its parts:\n${run_output}")
+endif()
+
+# Its panel does, whose modules lie among the installed libraries.
 run("${prefix}/bin/value" panel "Value Clamp" --screenshot "${WORK_DIR}/panel.png")
 if(NOT EXISTS "${WORK_DIR}/panel.png")
   message(FATAL_ERROR "the installed program does not draw its panel")

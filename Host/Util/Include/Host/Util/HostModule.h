@@ -8,9 +8,9 @@
 
 namespace ScEng {
 
-/// A part of the host that is loaded when it is first needed: a library that lies beside the host's own libraries and
-/// has one entry point with C linkage. Once loaded it stays to the end of the process, since the libraries that such a
-/// module brings along are not made to be unloaded.
+/// A part of the host that is loaded when it is first needed: a library that lies beside the host's own libraries, or
+/// in the folder "value" there, and has one entry point with C linkage. Once loaded it stays to the end of the process,
+/// since the libraries that such a module brings along are not made to be unloaded.
 class HOST_UTIL_API HostModule {
  public:
   /// `name` is that of the library, for example "HostCodecPng"; `title` says in messages what it is, for example "the

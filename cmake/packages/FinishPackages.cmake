@@ -1,0 +1,68 @@
+# Run by CPack when the components are installed and not packed yet. Brings each into the form that Debian's policy asks
+# for, and sets everything by which two packings of one build would differ: times, modes, and the names that gzip keeps.
+
+include("${CMAKE_CURRENT_LIST_DIR}/DebianChangelog.cmake")
+
+function(run)
+  execute_process(COMMAND ${ARGV} RESULT_VARIABLE code ERROR_VARIABLE output OUTPUT_VARIABLE output)
+  if(NOT code EQUAL 0)
+    message(FATAL_ERROR "${ARGV}\nended with ${code}:\n${output}")
+  endif()
+endfunction()
+
+# Permissions as policy has them, whatever the umask of the one who builds.
+function(set_permissions root)
+  run(find "${root}" -type d -exec chmod 0755 {} +)
+  run(find "${root}" -type f -exec chmod 0644 {} +)
+  foreach(programs bin libexec)
+    if(IS_DIRECTORY "${root}/usr/${programs}")
+      run(find "${root}/usr/${programs}" -type f -exec chmod 0755 {} +)
+    endif()
+  endforeach()
+  # Scripts among the documents stay what they are.
+  file(GLOB_RECURSE scripts "${root}/usr/share/doc/*.sh" "${root}/usr/share/doc/*.py")
+  foreach(script IN LISTS scripts)
+    file(READ "${script}" start LIMIT 2)
+    if(start STREQUAL "#!")
+      file(CHMOD "${script}" PERMISSIONS
+        OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+    endif()
+  endforeach()
+endfunction()
+
+function(strip_binaries root)
+  file(GLOB_RECURSE files "${root}/usr/bin/*" "${root}/usr/libexec/*" "${root}/usr/lib/*.so*")
+  foreach(file IN LISTS files)
+    if(NOT IS_SYMLINK "${file}")
+      run("${CPACK_VALUE_STRIP}" --strip-unneeded --remove-section=.comment --remove-section=.note "${file}")
+    endif()
+  endforeach()
+endfunction()
+
+function(add_documents root package)
+  set(folder "${root}/usr/share/doc/${package}")
+  file(MAKE_DIRECTORY "${folder}")
+  configure_file("${CPACK_VALUE_PACKAGES_SOURCE}/copyright" "${folder}/copyright" COPYONLY)
+  configure_file("${CPACK_VALUE_CHANGELOG}" "${folder}/changelog" COPYONLY)
+  write_debian_changelog("${folder}/changelog.Debian" "${CPACK_VALUE_CHANGELOG}" "${CPACK_VALUE_PACKAGE_VERSION}"
+    "${CPACK_DEBIAN_PACKAGE_MAINTAINER}")
+  file(GLOB_RECURSE pages "${root}/usr/share/man/*")
+  list(FILTER pages EXCLUDE REGEX "\\.gz$")
+  run(gzip -9nf "${folder}/changelog" "${folder}/changelog.Debian" ${pages})
+  set(overrides "${CPACK_VALUE_PACKAGES_SOURCE}/${package}.lintian-overrides")
+  if(EXISTS "${overrides}")
+    configure_file("${overrides}" "${root}/usr/share/lintian/overrides/${package}" COPYONLY)
+  endif()
+endfunction()
+
+if(NOT "$ENV{SOURCE_DATE_EPOCH}" MATCHES "^[0-9]+$")
+  message(FATAL_ERROR "SOURCE_DATE_EPOCH must be the date of the packages in seconds since 1970; ./package sets it")
+endif()
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  set(root "${CPACK_TEMPORARY_DIRECTORY}/${component}")
+  string(TOUPPER "${component}" upper)
+  strip_binaries("${root}")
+  add_documents("${root}" "${CPACK_DEBIAN_${upper}_PACKAGE_NAME}")
+  set_permissions("${root}")
+  run(find "${root}" -exec touch --no-dereference "--date=@$ENV{SOURCE_DATE_EPOCH}" {} +)
+endforeach()
