@@ -163,7 +163,7 @@ Status GraphDocument::Content::FindOutput(const DocumentOutput& output, OutputEn
   return status.IsError() ? status : FindImageOutput(output.from, found);
 }
 
-Status GraphDocument::Content::CheckOutput(const DocumentOutput& output) {
+Status GraphDocument::Content::CheckOutput(const DocumentOutput& output) const {
   for (const OutputWords& known : GetOutputWords()) {
     const std::string& word = output.*known.word;
     if (word.empty() || std::find(known.words.begin(), known.words.end(), word) != known.words.end()) continue;

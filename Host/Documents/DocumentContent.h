@@ -125,7 +125,7 @@ struct GraphDocument::Content {
   /// Checks an output and finds its plug.
   Status FindOutput(const DocumentOutput& output, OutputEntry& found);
   /// The part of it that needs no nodes: words and path.
-  static Status CheckOutput(const DocumentOutput& output);
+  [[nodiscard]] Status CheckOutput(const DocumentOutput& output) const;
   /// "; the closest is "constant"": what a misspelt name most likely means, empty where nothing is close or too much
   /// has been looked for in this document.
   [[nodiscard]] std::string SuggestName(const std::string& word, const std::vector<std::string>& names) const;

@@ -436,7 +436,7 @@ void DocumentReader::MakeOutput(const PendingOutput& pending) {
     if (status.IsError()) AddError(DescribePlace(DocumentList::kOutputs, pending.place) + ": " + status.GetMessage());
     return !status.IsError();
   };
-  bool is_good = pending.is_good && report(GraphDocument::Content::CheckOutput(pending.output));
+  bool is_good = pending.is_good && report(document_.content_->CheckOutput(pending.output));
   if (pending.output.from.empty() || IsOfFaultyNode(pending.output.from)) return;
   OutputEntry found;
   is_good = report(content_.FindImageOutput(pending.output.from, found)) && is_good;
