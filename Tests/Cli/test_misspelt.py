@@ -4,8 +4,10 @@ works."""
 import shlex
 import time
 
-from cli_support import DONE, SLOWER, SANITIZED, USAGE, VALUE, ValueTestCase, document, link, node
-from cli_support import output, sample_picture
+from cli_support import (
+    DONE, FILE_ERROR, SANITIZED, SLOWER, USAGE, VALUE, ValueTestCase, document, link, node, output,
+    sample_picture,
+)
 from misspelt_lines import GROUPS
 
 
@@ -112,6 +114,16 @@ class OrderTest(MisspeltTestCase):
                 self.assertEqual(len(result.err_lines), 1)
                 self.assertLess(len(result.err_lines[0]), 600)
         self.assertLess(time.monotonic() - started, 10 * (SLOWER if SANITIZED else 1))
+
+    def test_misspelt_endings(self):
+        for target, closest in (("x.pgn", ".png"), ("x.exrr", ".exr"), ("x.tfif", ".tif"), ("x.jepg", ".jpeg")):
+            with self.subTest(target=target):
+                result = self.value(
+                    "apply", "Value Add", "-i", "terrain.exr", "-o", target, code=None
+                )
+                self.assertIn(result.code, (USAGE, FILE_ERROR))
+                self.assert_one_error(result, target, f'"{closest}"')
+        self.assertFalse((self.dir / "x.pgn").exists())
 
     def test_json_carries_the_error(self):
         result = self.value("aply", "--json", code=USAGE)
