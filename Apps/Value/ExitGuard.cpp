@@ -225,7 +225,7 @@ ExitGuard::ExitGuard(bool has_json_flag) {
   Renew();
 }
 
-void ExitGuard::Renew() { std::atexit(OnProgramExit); }
+void ExitGuard::Renew() { static_cast<void>(std::atexit(OnProgramExit)); }
 
 void ExitGuard::Disarm() {
   is_armed = false;
