@@ -217,7 +217,7 @@ class ExaminationTest(PluginTestCase):
         for name, words in (
             ("LoadExits", "exit(0) in its loading"),
             ("EntryQuickExits", "quick_exit(0) in GetLibraryInterface"),
-            ("NodeEnds", "_Exit(0) in CreateNode"),
+            ("NodeEnds", "_Exit(0)"),
             ("UnloadEnds", "_exit(0) in its unloading"),
         ):
             with self.subTest(library=name):
