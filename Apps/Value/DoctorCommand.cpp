@@ -134,7 +134,7 @@ class DoctorCommand : public Command {
     const bool has_plugin = ShowLibraries();
 
     answer_["problems"] = problems_;
-    if (problems_.empty()) text_ << "\nAll is well.\n";
+    if (problems_.empty() && !is_something_left_out_) text_ << "\nAll is well.\n";
     reporter_.Print(text_.str());
     for (const std::string& problem : problems_) reporter_.Error(problem);
     reporter_.Finish(answer_);
@@ -238,6 +238,7 @@ class DoctorCommand : public Command {
     if (search.GetPlugins().empty()) text_ << "  none\n";
     ShowPluginFolders(search);
     reporter_.Notes(search.GetNotes());
+    is_something_left_out_ = !search.GetNotes().empty();
     if (!catalog) problems_.push_back(status.GetMessage() + GetRemedy(search));
     return catalog != nullptr;
   }
@@ -291,6 +292,7 @@ class DoctorCommand : public Command {
   std::ostringstream text_;
   ordered_json answer_;
   std::vector<std::string> problems_;
+  bool is_something_left_out_ = false;
 };
 
 }  // namespace

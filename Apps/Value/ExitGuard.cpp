@@ -191,22 +191,22 @@ EndFunction next_quick_exit = nullptr;
 // The program's own functions come before those of the C library, for every library that the process loads.
 extern "C" {
 
-[[noreturn]] __attribute__((visibility("default"))) void exit(int code) noexcept {
+__attribute__((noreturn, visibility("default"))) void exit(int code) noexcept {
   RefuseEnd("exit", code, __builtin_return_address(0));
   PassOn(next_exit != nullptr ? next_exit : FindNext("exit"), code);
 }
 
-[[noreturn]] __attribute__((visibility("default"))) void quick_exit(int code) noexcept {
+__attribute__((noreturn, visibility("default"))) void quick_exit(int code) noexcept {
   RefuseEnd("quick_exit", code, __builtin_return_address(0));
   PassOn(next_quick_exit != nullptr ? next_quick_exit : FindNext("quick_exit"), code);
 }
 
-[[noreturn]] __attribute__((visibility("default"))) void _exit(int code) {
+__attribute__((noreturn, visibility("default"))) void _exit(int code) {
   RefuseEnd("_exit", code, __builtin_return_address(0));
   EndNow(code);
 }
 
-[[noreturn]] __attribute__((visibility("default"))) void _Exit(int code) noexcept {
+__attribute__((noreturn, visibility("default"))) void _Exit(int code) noexcept {
   RefuseEnd("_Exit", code, __builtin_return_address(0));
   EndNow(code);
 }
@@ -225,7 +225,7 @@ ExitGuard::ExitGuard(bool has_json_flag) {
   Renew();
 }
 
-void ExitGuard::Renew() { std::atexit(OnProgramExit); }
+void ExitGuard::Renew() { static_cast<void>(std::atexit(OnProgramExit)); }
 
 void ExitGuard::Disarm() {
   is_armed = false;

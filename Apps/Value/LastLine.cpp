@@ -85,7 +85,7 @@ void LastLine::WriteTo(int descriptor) const {
 }
 
 void LastLine::WriteAsJsonTo(int descriptor) const {
-  constexpr char kStart[] = "{\"error\": \"";
+  constexpr char kStart[] = R"({"error": ")";
   constexpr char kEnd[] = "\"}\n";
   WriteAll(descriptor, kStart, sizeof(kStart) - 1);
   for (std::size_t i = 0; i < length_; ++i) {

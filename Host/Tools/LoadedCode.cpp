@@ -9,8 +9,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
+#include <string>
 #include <utility>
 
 #include "Host/Tools/Node.h"
@@ -25,7 +24,7 @@ struct Place {
   std::atomic<std::uintptr_t> begin{0};
   // 0 while the place holds nothing.
   std::atomic<std::uintptr_t> end{0};
-  char* file = nullptr;
+  const std::string* file = nullptr;
 };
 
 constexpr std::size_t kMostLibraries = 256;
@@ -63,7 +62,7 @@ void LoadedCode::Note(void* handle, const std::filesystem::path& file) {
   if (extent.end == 0) return;
   for (std::size_t i = 0; i < places.size(); ++i) {
     if (places[i].is_taken.exchange(true)) continue;
-    std::free(std::exchange(places[i].file, strdup(file.c_str())));
+    delete std::exchange(places[i].file, new std::string(file.string()));
     places[i].begin = extent.begin;
     places[i].end = extent.end;
     place_ = static_cast<int>(i);
@@ -81,7 +80,7 @@ LoadedCode::~LoadedCode() {
 const char* FindLibraryOf(const void* address) {
   const auto at = reinterpret_cast<std::uintptr_t>(address);
   for (const Place& place : places) {
-    if (at < place.end && at >= place.begin) return place.file;
+    if (at < place.end && at >= place.begin) return place.file->c_str();
   }
   return nullptr;
 }

@@ -68,7 +68,7 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
   }
   std::shared_ptr<NodeLibrary> library(new NodeLibrary);
   library->file_ = absolute;
-  const RunningScope running({"loading it", nullptr, library->file_.c_str()});
+  const RunningScope running({"its loading", nullptr, library->file_.c_str()});
   library->handle_ = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library->handle_ == nullptr) {
     const char* reason = dlerror();
@@ -149,7 +149,7 @@ Status NodeLibrary::ReadDescriptor(std::int32_t index, std::int32_t count, GetNo
 }
 
 NodeLibrary::~NodeLibrary() {
-  const RunningScope running({"letting it go", nullptr, file_.c_str()});
+  const RunningScope running({"its unloading", nullptr, file_.c_str()});
   descriptors_.clear();
   if (handle_ != nullptr) dlclose(handle_);
 }

@@ -120,7 +120,7 @@ Examination* examination = nullptr;
 void RunExamination(const std::filesystem::path& library, Channel& channel) {
   examination = new Examination(library, channel);
   // Handlers run in turn, the latest first: those that the library registers run before this one.
-  std::atexit([] { examination->Finish(); });
+  static_cast<void>(std::atexit([] { examination->Finish(); }));
   examination->Run();
   std::exit(0);
 }

@@ -130,7 +130,7 @@ void ProcessState::Restore() const {
   for (int signal = 1; signal < NSIG; ++signal) {
     sigaction(signal, &handlers[static_cast<std::size_t>(signal)], nullptr);
   }
-  std::setlocale(LC_ALL, locale.c_str());
+  static_cast<void>(std::setlocale(LC_ALL, locale.c_str()));
   umask(mask);
 }
 

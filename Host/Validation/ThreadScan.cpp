@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Validation/ThreadScan.h"
 
-#include <dlfcn.h>
+#include <fcntl.h>
 #include <link.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -54,17 +53,17 @@ std::uintptr_t FindStack(const std::filesystem::path& task) {
 bool Holds(std::uintptr_t stack, const AddressRange& range) {
   constexpr std::size_t kMostBytes = std::size_t{256} << 10U;
   std::array<std::uintptr_t, 512> words{};
-  for (std::size_t done = 0; stack != 0 && done < kMostBytes; done += sizeof(words)) {
+  const int memory = open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+  bool holds = false;
+  for (std::size_t done = 0; stack != 0 && done < kMostBytes && !holds; done += sizeof(words)) {
     // Reading in this way fails where the memory of the stack ends.
-    const iovec to{words.data(), sizeof(words)};
-    const iovec from{reinterpret_cast<void*>(stack + done), sizeof(words)};
-    const ssize_t got = process_vm_readv(getpid(), &to, 1, &from, 1, 0);
-    if (got <= 0) return false;
+    const ssize_t got = pread(memory, words.data(), sizeof(words), static_cast<off_t>(stack + done));
+    if (got <= 0) break;
     const auto end = words.begin() + got / static_cast<ssize_t>(sizeof(words[0]));
-    if (std::any_of(words.begin(), end, [&](std::uintptr_t word) { return range.Contains(word); })) return true;
-    if (static_cast<std::size_t>(got) < sizeof(words)) return false;
+    holds = std::any_of(words.begin(), end, [&](std::uintptr_t word) { return range.Contains(word); });
   }
-  return false;
+  if (memory >= 0) close(memory);
+  return holds;
 }
 
 }  // namespace

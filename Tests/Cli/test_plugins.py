@@ -214,11 +214,18 @@ class ExaminationTest(PluginTestCase):
         self.assertFalse(self.cache.exists())
 
     def test_a_trusted_library_that_ends_the_program_is_one_line(self):
-        for name in ("LoadExits", "EntryQuickExits"):
+        for name, words in (
+            ("LoadExits", "exit(0) in its loading"),
+            ("EntryQuickExits", "quick_exit(0) in GetLibraryInterface"),
+            ("NodeEnds", "_Exit(0)"),
+            ("UnloadEnds", "_exit(0) in its unloading"),
+        ):
             with self.subTest(library=name):
                 library = find_library(name)
-                result = self.run_with("nodes", "--trust-plugins", "--plugin", library, code=NODE_ERROR)
-                self.assert_one_error(result, f"{name}.so", "ended the program")
+                result = self.run_with(
+                    "nodes", "Image Parts", "--trust-plugins", "--plugin", library, code=NODE_ERROR
+                )
+                self.assert_one_error(result, f"{name}.so", f"ended the program by {words}")
 
 
 class RunTest(PluginTestCase):
@@ -318,6 +325,7 @@ class DoctorTest(PluginTestCase):
             [entry["examination"] for entry in shown.values()], ["own", "failed", "passed", "passed"]
         )
         self.assertIn("exit code 0", shown["LoadExits.so"]["problem"])
+        self.assertEqual(sum("left out" in line for line in result.err_lines), 1, str(result))
         self.assertEqual([folder["folder"] for folder in answer["plugin_folders"]], [str(self.plugins), "nowhere"])
         self.assertEqual(answer["plugin_folders"][0]["libraries"], 2)
         self.assertIn("nowhere", answer["plugin_folders"][1]["problem"])
@@ -328,6 +336,12 @@ class DoctorTest(PluginTestCase):
         for words in ("from VALUE_PLUGIN_PATH, examined now", "from beside the program", "TinyLibrary.so: 1 node type"):
             self.assertIn(words, result.out)
         self.assertIn(f"{self.plugins}: 1 ", result.out)
+        self.copy("LoadExits")
+        again = self.run_with("doctor", folders=[self.plugins], code=None)
+        for words in ("examined in an earlier run", "LoadExits.so: left out", "did not pass its examination"):
+            self.assertIn(words, again.out)
+        self.assertNotIn("All is well", again.out)
+        (self.plugins / "LoadExits.so").unlink()
         trusted = self.run_with("doctor", "--trust-plugins", folders=[self.plugins], code=None)
         self.assertIn("trusted, not examined", trusted.out)
 
