@@ -23,12 +23,18 @@ expect() {
   [[ $answer == *"$text"* ]] || fail "$* does not say \"$text\": $answer"
 }
 
-# Every file with its kind, mode, owner and content, but for what dpkg and apt note, logs, and a cache of ldconfig.
+# Every file with its kind, mode, owner and link, but for what dpkg and apt note, logs, and a cache of ldconfig. What
+# programs write, below /etc and /var, has its content besides; the rest, which is large, its size and time.
 list_files() {
-  find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp -o -path /var/log \
-    -o -path /var/lib/dpkg -o -path /var/lib/apt -o -path /var/cache/apt -o -path /var/cache/ldconfig \) -prune -o \
-    \( -type f -printf '%p %y %m %U %G ' -exec sh -c 'sha256sum < "$1"' sh {} \; \) -o -printf '%p %y %m %U %G %l\n' |
-    LC_ALL=C sort
+  local folder left_out=()
+  for folder in proc sys dev run tmp packages var/log var/lib/dpkg var/lib/apt var/cache/apt var/cache/ldconfig; do
+    left_out+=(-path "/$folder" -prune -o)
+  done
+  {
+    find / -xdev "${left_out[@]}" -printf '%p %y %m %U %G %l\n'
+    find /etc /var -xdev "${left_out[@]}" -type f -print0 | xargs -0 sha256sum
+    find / -xdev "${left_out[@]}" -path /etc -prune -o -path /var -prune -o -type f -printf '%p %s %T@\n'
+  } | LC_ALL=C sort
 }
 
 # The dependencies of the packages that are not among them, with what building against them takes.
