@@ -352,6 +352,7 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/BashLineTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLine.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLineTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/DeclaredOptions.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairsTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/Glob.cpp"

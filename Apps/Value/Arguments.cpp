@@ -7,6 +7,8 @@
 #include <sstream>
 #include <string_view>
 
+#include "Apps/Value/DeclaredOptions.h"
+
 namespace {
 
 bool IsDigit(char letter) { return std::isdigit(static_cast<unsigned char>(letter)) != 0; }
@@ -78,15 +80,6 @@ class Reader {
   bool only_words_ = false;
 };
 
-/// What stands between two marks in the rules that follow the type of an option: the words in "TYPE:{a,b}", the bounds
-/// in "N:INT in [1 - 2]".
-std::string GetBetween(const CLI::Option& option, char open, char close) {
-  const std::string text = option.get_type_name();
-  const std::size_t from = text.find(open, std::min(text.find(':'), text.size()));
-  const std::size_t to = text.find(close, std::min(from, text.size()));
-  return to == std::string::npos ? "" : text.substr(from + 1, to - from - 1);
-}
-
 }  // namespace
 
 Arguments ReadArguments(const CLI::App& app, const std::vector<std::string>& words) {
@@ -104,25 +97,9 @@ Arguments ReadArguments(const CLI::App& app, const std::vector<std::string>& wor
   return arguments;
 }
 
-std::vector<const CLI::App*> GetCommands(const CLI::App& app) {
-  return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
-}
-
 const CLI::App* FindCommand(const CLI::App& app, const std::string& name) {
   const auto found = app.get_subcommands([&](const CLI::App* command) { return command->get_name() == name; });
   return found.empty() ? nullptr : found.front();
-}
-
-std::vector<const CLI::Option*> GetShownOptions(const CLI::App& app) {
-  return app.get_options(
-      [](const CLI::Option* option) { return !option->get_positional() && !option->get_group().empty(); });
-}
-
-std::vector<std::string> GetNames(const CLI::Option& option) {
-  std::vector<std::string> names;
-  for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
-  for (const std::string& name : option.get_snames()) names.push_back("-" + name);
-  return names;
 }
 
 const CLI::Option* FindOption(const CLI::App& app, const std::string& name) {
@@ -133,25 +110,6 @@ const CLI::Option* FindOption(const CLI::App& app, const std::string& name) {
   return found.empty() ? nullptr : found.front();
 }
 
-bool IsFlag(const CLI::Option& option) { return option.get_items_expected_max() == 0; }
-
 std::string GetTypeName(const CLI::Option& option) {
-  if (option.get_positional()) return option.get_name(true);
-  const std::string type = option.get_type_name();
-  return type.substr(0, type.find(':'));
-}
-
-std::optional<std::pair<double, double>> GetBounds(const CLI::Option& option) {
-  const std::string bounds = GetBetween(option, '[', ']');
-  constexpr std::string_view kTo = " - ";
-  const std::size_t to = bounds.find(kTo);
-  if (to == std::string::npos) return std::nullopt;
-  return std::pair(std::strtod(bounds.c_str(), nullptr), std::strtod(bounds.c_str() + to + kTo.size(), nullptr));
-}
-
-std::vector<std::string> GetChoices(const CLI::Option& option) {
-  std::vector<std::string> choices;
-  std::istringstream stream(GetBetween(option, '{', '}'));
-  for (std::string word; std::getline(stream, word, ',');) choices.push_back(word);
-  return choices;
+  return option.get_positional() ? option.get_name(true) : GetValueName(option);
 }

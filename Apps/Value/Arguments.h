@@ -35,23 +35,11 @@ struct Arguments {
 /// Reads a command line as the parser does, but goes on where the parser gives up.
 Arguments ReadArguments(const CLI::App& app, const std::vector<std::string>& words);
 
-/// The commands that are shown to people.
-std::vector<const CLI::App*> GetCommands(const CLI::App& app);
 /// The command of that name, hidden ones included; null where there is none.
 const CLI::App* FindCommand(const CLI::App& app, const std::string& name);
 
-/// The options of a command that are shown to people, without its words.
-std::vector<const CLI::Option*> GetShownOptions(const CLI::App& app);
-/// "--output" and "-o": the names of an option, the long one first.
-std::vector<std::string> GetNames(const CLI::Option& option);
 /// The option of that name, dashes included; null where the command has none.
 const CLI::Option* FindOption(const CLI::App& app, const std::string& name);
 
-/// Whether an option is given without a value.
-bool IsFlag(const CLI::Option& option);
 /// What an option or a word is called in the help: "FILE" of "-o FILE".
 std::string GetTypeName(const CLI::Option& option);
-/// The words that an option takes; empty where it takes anything.
-std::vector<std::string> GetChoices(const CLI::Option& option);
-/// The lowest and the highest number that an option takes; nothing where it takes no number or any.
-std::optional<std::pair<double, double>> GetBounds(const CLI::Option& option);

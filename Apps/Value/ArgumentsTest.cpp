@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Apps/Value/DeclaredOptions.h"
+
 namespace {
 
 using Words = std::vector<std::string>;
@@ -76,19 +78,19 @@ TEST_F(ArgumentsTest, TakesNumbersAndEverythingBehindTheMarkForWords) {
 }
 
 TEST_F(ArgumentsTest, KnowsWhatOptionsDeclare) {
-  EXPECT_EQ(GetChoices(Get("--type")), (Words{"float", "half"}));
-  EXPECT_EQ(GetChoices(Get("--jobs")), Words{});
-  EXPECT_EQ(GetChoices(Get("--name")), Words{});
+  EXPECT_EQ(GetWords(Get("--type")), (Words{"float", "half"}));
+  EXPECT_EQ(GetWords(Get("--jobs")), Words{});
+  EXPECT_EQ(GetWords(Get("--name")), Words{});
   EXPECT_EQ(GetBounds(Get("--jobs")), std::pair(1.0, 8.0));
   EXPECT_FALSE(GetBounds(Get("--type")));
   EXPECT_EQ(GetTypeName(Get("--jobs")), "N");
-  EXPECT_EQ(GetNames(Get("-i")), (Words{"--input", "-i"}));
+  EXPECT_EQ(GetNames(Get("-i")), (Words{"-i", "--input"}));
   EXPECT_TRUE(IsFlag(Get("--quiet")));
   EXPECT_FALSE(IsFlag(Get("--trace")));
 }
 
 TEST_F(ArgumentsTest, HidesHiddenCommands) {
-  ASSERT_EQ(GetCommands(app_).size(), 1U);
+  ASSERT_EQ(GetShownCommands(app_).size(), 1U);
   EXPECT_NE(FindCommand(app_, "hidden"), nullptr);
 }
 

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <sstream>
 
+#include "Apps/Value/DeclaredOptions.h"
+
 namespace {
 
 /// What of a word names an option, and the value that follows in the same word.
@@ -149,8 +151,6 @@ class LineReader {
   bool options_end_ = false;
 };
 
-bool IsShown(const CLI::Option& option) { return !option.get_group().empty(); }
-
 }  // namespace
 
 bool TypedLine::IsGiven(const CLI::Option* given) const {
@@ -162,43 +162,4 @@ TypedLine ReadTypedLine(const CLI::App& app, const std::vector<std::string>& wor
   if (words.empty()) return reader.Finish({});
   for (std::size_t i = 0; i + 1 < words.size(); ++i) reader.Take(words[i]);
   return reader.Finish(words.back());
-}
-
-bool IsFlag(const CLI::Option& option) { return option.get_items_expected_max() == 0; }
-
-bool MayRepeat(const CLI::Option& option) { return !IsFlag(option) && option.get_items_expected_max() > 1; }
-
-std::vector<std::string> GetNames(const CLI::Option& option) {
-  std::vector<std::string> names;
-  for (const std::string& name : option.get_snames()) names.push_back("-" + name);
-  for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
-  return names;
-}
-
-std::string GetValueName(const CLI::Option& option) {
-  const std::string name = option.get_type_name();
-  return name.substr(0, name.find(':'));
-}
-
-std::vector<std::string> GetWords(const CLI::Option& option) {
-  const std::string name = option.get_type_name();
-  const std::size_t start = name.find('{');
-  const std::size_t end = name.rfind('}');
-  std::vector<std::string> words;
-  if (start == std::string::npos || end == std::string::npos || end < start) return words;
-  std::istringstream list(name.substr(start + 1, end - start - 1));
-  for (std::string word; std::getline(list, word, ',');) words.push_back(word);
-  return words;
-}
-
-std::vector<const CLI::Option*> GetShownOptions(const CLI::App& command) {
-  return command.get_options([](const CLI::Option* option) { return option->nonpositional() && IsShown(*option); });
-}
-
-std::vector<const CLI::Option*> GetPositionals(const CLI::App& command) {
-  return command.get_options([](const CLI::Option* option) { return option->get_positional() && IsShown(*option); });
-}
-
-std::vector<const CLI::App*> GetShownCommands(const CLI::App& app) {
-  return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
 }

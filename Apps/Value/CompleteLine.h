@@ -30,24 +30,3 @@ struct TypedLine {
 
 /// Takes the words behind the program's name apart. The last one is being typed and may be empty.
 TypedLine ReadTypedLine(const CLI::App& app, const std::vector<std::string>& words);
-
-/// Whether an option is a flag, which takes no value.
-bool IsFlag(const CLI::Option& option);
-
-/// Whether an option may be given again.
-bool MayRepeat(const CLI::Option& option);
-
-/// The names of an option with their dashes, short ones first.
-std::vector<std::string> GetNames(const CLI::Option& option);
-
-/// What a value is called in the help, "FILE" for example, without what its checks say.
-std::string GetValueName(const CLI::Option& option);
-
-/// The words of which a value must be one; none where anything may be given.
-std::vector<std::string> GetWords(const CLI::Option& option);
-
-/// The options of a command that its help shows, positionals left out.
-std::vector<const CLI::Option*> GetShownOptions(const CLI::App& command);
-std::vector<const CLI::Option*> GetPositionals(const CLI::App& command);
-/// The commands that the help shows.
-std::vector<const CLI::App*> GetShownCommands(const CLI::App& app);

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "Apps/Value/DeclaredOptions.h"
+
 namespace {
 
 /// A program with every form of option that the command line has.

@@ -12,6 +12,8 @@
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Tools/Node.h"
 
+#include "Apps/Value/DeclaredOptions.h"
+
 namespace {
 
 // Reading a larger document would take longer than a person waits.
@@ -151,8 +153,11 @@ void Completer::AddEndings(Candidates& candidates) const {
 }
 
 const ScEng::NodeCatalog* Completer::GetCatalog() {
-  ScEng::Status status;
-  if (!catalog_) catalog_ = FindCatalog(status);
+  if (!catalog_) {
+    PluginSearch search(common_.plugins);
+    ScEng::Status status;
+    catalog_ = LoadCatalog(search, status);
+  }
   return catalog_.get();
 }
 

@@ -12,6 +12,7 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/CompleteLine.h"
+#include "Apps/Value/DeclaredOptions.h"
 #include "Apps/Value/ManualPages.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Tools/Node.h"

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Apps/Value/CompleteLine.h"
+#include "Apps/Value/DeclaredOptions.h"
 #include "Apps/Value/RoffPage.h"
 
 namespace {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "Apps/Value/DeclaredOptions.h"
 #include "Apps/Value/UsageText.h"
 #include "Host/Files/ImageFormats.h"
 #include "Host/Util/ClosestName.h"
@@ -18,10 +19,6 @@ using Error = std::optional<std::string>;
 bool Exists(const std::string& file) {
   std::error_code error;
   return std::filesystem::exists(file, error);
-}
-
-std::vector<const CLI::Option*> GetPositionals(const CLI::App& command) {
-  return command.get_options([](const CLI::Option* option) { return option->get_positional(); });
 }
 
 /// The positional that takes the word behind `taken` others; null where none does.
@@ -70,9 +67,9 @@ Error OfferFileOption(const CLI::App& command, const std::vector<Argument>& argu
   const CLI::Option* const output = FindOption(command, "--output");
   const bool is_output = !Exists(word) && output != nullptr && !IsGiven(arguments, output);
   const CLI::Option& option = is_output ? *output : *input;
-  if (!TakesAssignment(option)) return GetNames(option).back() + " " + QuoteForShell(word);
+  if (!TakesAssignment(option)) return GetNames(option).front() + " " + QuoteForShell(word);
   const std::string type = GetTypeName(option);
-  return GetNames(option).back() + " " + type.substr(0, type.find('=') + 1) + QuoteForShell(word);
+  return GetNames(option).front() + " " + type.substr(0, type.find('=') + 1) + QuoteForShell(word);
 }
 
 /// "constant=0.5" and "mask=mask.png" without their option.
@@ -84,7 +81,7 @@ Error CheckAssignment(const CLI::App& command, const std::string& word) {
   const bool is_output = is_file && !Exists(right) && word.substr(0, equals).find('.') != std::string::npos;
   const CLI::Option* const option = FindOption(command, !is_file ? "--set" : is_output ? "--output" : "--input");
   if (option == nullptr) return std::nullopt;
-  return ShowWord(word) + " stands alone; write " + GetNames(*option).back() + " " + QuoteForShell(word);
+  return ShowWord(word) + " stands alone; write " + GetNames(*option).front() + " " + QuoteForShell(word);
 }
 
 std::string DescribeCapacity(const CLI::App& command) {

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Apps/Value/DeclaredOptions.h"
 #include "Apps/Value/MisplacedWords.h"
 #include "Apps/Value/UsageText.h"
 #include "Host/Util/ClosestName.h"
@@ -30,7 +31,7 @@ std::vector<std::string> ListNames(const CLI::App& command) {
 
 std::vector<const CLI::App*> FindOwners(const CLI::App& app, const std::string& name) {
   std::vector<const CLI::App*> owners;
-  for (const CLI::App* command : GetCommands(app)) {
+  for (const CLI::App* command : GetShownCommands(app)) {
     if (FindOption(*command, name) != nullptr) owners.push_back(command);
   }
   return owners;
@@ -59,7 +60,7 @@ std::vector<std::string> FindClosestOptions(const CLI::App& command, const std::
 
 /// The option of another command that is closest, with its command.
 Error FindAmongOthers(const CLI::App& app, const CLI::App& command, const std::string& name) {
-  for (const CLI::App* other : GetCommands(app)) {
+  for (const CLI::App* other : GetShownCommands(app)) {
     const auto closest = other == &command ? std::vector<std::string>() : FindClosestOptions(*other, name);
     if (!closest.empty()) return "the closest is " + closest.front() + ", which belongs to " + NameCommand(*other);
   }
@@ -148,7 +149,7 @@ Error CheckNumber(const Argument& argument, const std::string& value) {
 }
 
 Error CheckChoice(const Argument& argument, const std::string& value) {
-  const std::vector<std::string> choices = GetChoices(*argument.option);
+  const std::vector<std::string> choices = GetWords(*argument.option);
   if (choices.empty() || std::find(choices.begin(), choices.end(), value) != choices.end()) return std::nullopt;
   return argument.name + " takes " + JoinWithLast(choices, " or ") + ", not " + ShowWord(value) +
          ScEng::SuggestClosestNames(value, choices);

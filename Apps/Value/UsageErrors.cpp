@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "Apps/Value/Arguments.h"
+#include "Apps/Value/DeclaredOptions.h"
 #include "Apps/Value/MisplacedWords.h"
 #include "Apps/Value/OptionErrors.h"
 #include "Apps/Value/UsageText.h"
@@ -20,7 +21,7 @@ using Error = std::optional<std::string>;
 
 std::string ListCommands(const CLI::App& app, const std::string& last) {
   std::vector<std::string> names;
-  for (const CLI::App* command : GetCommands(app)) names.push_back(command->get_name());
+  for (const CLI::App* command : GetShownCommands(app)) names.push_back(command->get_name());
   return JoinWithLast(names, last);
 }
 
@@ -29,7 +30,7 @@ std::vector<std::string> FindInDescriptions(const CLI::App& app, std::string wor
   std::vector<std::string> names;
   std::transform(word.begin(), word.end(), word.begin(), [](unsigned char c) { return std::tolower(c); });
   if (word.size() < 4) return names;
-  for (const CLI::App* command : GetCommands(app)) {
+  for (const CLI::App* command : GetShownCommands(app)) {
     std::string text = " " + command->get_description();
     std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
     if (text.find(" " + word) != std::string::npos) names.push_back("value " + command->get_name());
@@ -40,7 +41,7 @@ std::vector<std::string> FindInDescriptions(const CLI::App& app, std::string wor
 std::string DescribeUnknownCommand(const CLI::App& app, const std::string& word) {
   if (const auto kind = FindFileKind(word)) return ShowWord(word) + " is " + DescribeFile(*kind, word);
   std::vector<std::string> names;
-  for (const CLI::App* command : GetCommands(app)) names.push_back(command->get_name());
+  for (const CLI::App* command : GetShownCommands(app)) names.push_back(command->get_name());
   for (const CLI::Option* option : GetShownOptions(app)) {
     for (const std::string& name : GetNames(*option)) names.push_back(name);
   }
@@ -86,7 +87,7 @@ std::string DescribeMissing(const CLI::App& command, const CLI::Option& option,
   const std::string unmarked = option.check_lname("output") ? FindUnmarkedOutput(arguments) : "";
   if (!unmarked.empty()) {
     return ShowOption(option) + " is missing; for the result to go to " + ShowWord(unmarked) + ", write " +
-           GetNames(option).back() + " " + QuoteForShell(unmarked);
+           GetNames(option).front() + " " + QuoteForShell(unmarked);
   }
   if (!option.get_positional()) {
     std::string about = option.get_description();

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Apps/Value/Arguments.h"
+#include "Apps/Value/DeclaredOptions.h"
 
 namespace {
 
@@ -41,7 +42,7 @@ std::string RemoveName(const std::string& message, const std::string& name) {
 }
 
 std::string ShowOption(const CLI::Option& option) {
-  const std::string name = GetNames(option).back();
+  const std::string name = GetNames(option).front();
   return IsFlag(option) ? name : name + " " + GetTypeName(option);
 }
 
