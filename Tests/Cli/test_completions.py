@@ -249,7 +249,7 @@ class TroubleTest(CompletionTestCase):
     def test_a_library_that_crashes_or_hangs_gives_no_answer(self):
         crashing = self.build("crashing", "struct Bad { Bad() { abort(); } } bad;")
         result, _ = self.ask_freely("--", "--plugin", crashing, "apply", "")
-        self.assertEqual((result.returncode, result.stdout, result.stderr), (-signal.SIGABRT, "", ""))
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
         hanging = self.build("hanging", "struct Bad { Bad() { sleep(600); } } bad;")
         result, seconds = self.ask_freely("--", "--plugin", hanging, "apply", "")
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
