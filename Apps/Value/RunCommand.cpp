@@ -38,7 +38,7 @@ class RunCommand : public Command, private BatchTask {
         "  value run Examples/raise_terrain.json\n"
         "  value run graph.json --set raised.constant=0.5 --output raised.image=raised.png\n"
         "  value run graph.json --each height=\"tiles/*.exr\" --output-dir results --skip-existing\n"
-        "  value run graph.json --each height=\"tiles/*.exr\" --each mask=\"masks/*.png\" --pair stem --output-dir out");
+        "  value run graph.json --each height=\"tiles/*.exr\" --each mask=\"masks/*.png\" --pair stem --output-dir d");
     return sub;
   }
 
