@@ -414,15 +414,14 @@ void DocumentReader::MakeConnection(const PendingConnection& pending) {
     if (status.IsError()) report(status);
     is_good = is_good && !status.IsError();
   };
-  const auto find = [&](const std::string& plug,
-                        Status (GraphDocument::Content::*find_end)(const std::string&, ConnectionEntry&)) {
-    // What is wrong with a node or a missing end has been said.
-    const bool can_be_found = !plug.empty() && !IsOfFaultyNode(plug);
-    is_good = is_good && can_be_found;
-    if (can_be_found) attempt([&] { return (content_.*find_end)(plug, connection); });
+  // What is wrong with a node or a missing end has been said.
+  const auto can_be_found = [&](const std::string& plug) {
+    const bool can = !plug.empty() && !IsOfFaultyNode(plug);
+    is_good = is_good && can;
+    return can;
   };
-  find(pending.from, &GraphDocument::Content::FindSource);
-  find(pending.to, &GraphDocument::Content::FindTarget);
+  if (can_be_found(pending.from)) attempt([&] { return content_.FindSource(pending.from, connection); });
+  if (can_be_found(pending.to)) attempt([&] { return content_.FindTarget(pending.to, connection); });
   if (is_good) attempt([&] { return content_.Connect(connection); });
   if (is_good || connection.to == nullptr) return;
   const Node* to = connection.to->node;

@@ -301,6 +301,8 @@ void CheckUnload(Subject& subject) {
                        [&threads](const std::string& thread) { return threads.contains(thread); });
   };
   constexpr auto kMoment = std::chrono::milliseconds(10);
+  // One that does not end crashes where it runs on in code that is gone.
+  if (goes_on()) subject.At("waiting for the end of a thread that the library started");
   for (int i = 0; i < 50 && goes_on(); ++i) std::this_thread::sleep_for(kMoment);
   if (goes_on()) {
     subject.Fail(

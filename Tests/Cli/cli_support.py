@@ -32,6 +32,8 @@ SANITIZED = os.environ.get("VALUE_SANITIZED") == "1"
 SANITIZER_EXIT = 99
 SLOWER = 10
 
+PROGRESS = re.compile(r"value: info: (\d+ of \d+ \w+ done, |still at work )")
+
 NAN = float("nan")
 INF = float("inf")
 
@@ -62,10 +64,13 @@ class Result:
         self.err = err
         # Built with sanitizers, the program leaves standard error open for their reports, and so for
         # the lines that the PNG library writes there itself.
+        # Whatever lasts longer than ten seconds on a busy machine says so.
         self.err_lines = [
             line
             for line in err.splitlines()
-            if line.strip() and not (SANITIZED and line.startswith("libpng error: "))
+            if line.strip()
+            and not (SANITIZED and line.startswith("libpng error: "))
+            and not PROGRESS.match(line)
         ]
 
     def __str__(self):
