@@ -38,7 +38,7 @@ class ApplyCommand : public Command, private BatchTask {
         "  value apply \"Value Add\" -i terrain.exr --set constant=0.25 -o raised.exr\n"
         "  value apply ImageValueMultiplyNode -i terrain.exr -i mask.png -o masked.exr\n"
         "  value apply 10,320,37 -i image_a=old.exr -i image_b=new.exr -o image_a_df_b=changed.png\n"
-        "  value apply \"Value Clamp\" --each \"tiles/*.exr\" -o clamped.tif --output-dir results\n"
+        "  value apply \"Value Add\" --each \"tiles/*.exr\" --set constant=0.25 -o raised.tif --output-dir out\n"
         "  cat terrain.exr | value apply \"To Value\" -i - -o - --format png | display");
     return sub;
   }
@@ -50,8 +50,9 @@ class ApplyCommand : public Command, private BatchTask {
     if (descriptor_ == nullptr) return ExitCode::kUsage;
     std::vector<std::string> notes;
     Status status = batch_.Check(notes);
-    if (!status.IsError()) status = graph_.TakeStandardInput();
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
+    status = graph_.TakeStandardInput();
+    if (status.IsError()) return Fail(StandardInput::GetErrorCode(), status.GetMessage());
     reporter_.Notes(notes);
     std::string problem;
     const ExitCode begun = profile_.Begin("apply", descriptor_->GetName(), problem);
@@ -68,7 +69,7 @@ class ApplyCommand : public Command, private BatchTask {
     Status status = graph.AddNode(document, *descriptor_, notes);
     if (!status.IsError()) status = graph.ConnectInputs(document, notes);
     if (!status.IsError()) status = AddOutputs(graph, document);
-    return status.IsError() ? Refusal{ExitCode::kUsage, status.GetMessage()} : Refusal{};
+    return status.IsError() ? Refusal{standard_output_.GetErrorCode(), status.GetMessage()} : Refusal{};
   }
 
   Status AddOutputs(const OneNodeGraph& graph, GraphDocument& document) {
@@ -109,23 +110,8 @@ class ApplyCommand : public Command, private BatchTask {
     Advise(document, notes);
     reporter_.Notes(notes);
 
-    if (standard_output_.IsUsed() && profile_.Prints()) {
-      return Fail(ExitCode::kUsage, "standard output takes the image or the table of --profile, not both");
-    }
-    ScEng::RunReport report;
-    ExitCode code = RunDocument(document, GetName(), profile_, report);
-    const Status delivered = standard_output_.Deliver(reporter_);
-    if (delivered.IsError()) {
-      reporter_.Error(delivered.GetMessage());
-      code = std::max(code, ExitCode::kFile);
-    }
-    nlohmann::ordered_json answer;
-    answer["node"] = descriptor_->GetNodeFactory()->GetTypeName();
-    answer["outputs"] = nlohmann::ordered_json::array();
-    for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
-    code = profile_.Finish(reporter_, answer, code);
-    reporter_.Finish(answer);
-    return code;
+    return RunToEnd(document, GetName(), {{"node", descriptor_->GetNodeFactory()->GetTypeName()}}, profile_,
+                    standard_output_);
   }
 
   ScEng::RunReport RunOne(GraphDocument& document, const std::string& name, const Engine::Options& options) override {

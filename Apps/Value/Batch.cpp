@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Value/Batch.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cctype>
 #include <map>
 #include <set>
 #include <system_error>
@@ -18,11 +21,21 @@ using ScEng::Status;
 
 std::string Quote(const std::filesystem::path& file) { return "\"" + file.string() + "\""; }
 
-/// A name for one file whatever way leads to it.
-std::filesystem::path Normalize(const std::filesystem::path& file) {
-  std::error_code error;
-  const std::filesystem::path normal = std::filesystem::weakly_canonical(std::filesystem::absolute(file), error);
-  return error ? file : normal;
+/// What tells a file from all others, whatever way leads to it; nothing where there is none.
+using Identity = std::optional<std::pair<dev_t, ino_t>>;
+
+Identity FindIdentity(const std::filesystem::path& file) {
+  struct stat status {};
+  if (stat(file.c_str(), &status) != 0) return std::nullopt;
+  return std::pair(status.st_dev, status.st_ino);
+}
+
+/// Whether the ending of a file names a format that is written.
+bool IsWritten(const std::filesystem::path& file) {
+  static const std::vector<std::string> kEndings = ScEng::ListWrittenEndings();
+  std::string ending = file.extension().string();
+  std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
+  return std::find(kEndings.begin(), kEndings.end(), ending) != kEndings.end();
 }
 
 Refusal MakeFolder(const std::filesystem::path& folder) {
@@ -159,6 +172,7 @@ Refusal Batch::Probe(std::vector<std::string>& notes) {
                                       [&id = id](const BatchReader& reader) { return reader.id == id; });
     if (!is_given) shared_inputs_.push_back(file);
   }
+  if (options_.skips_existing_) FindFedReaders(document, notes);
   refusal = FindClash();
   if (!refusal.IsRefused()) refusal = Finish(document, 0);
   if (!refusal.IsRefused()) Advise(document, notes);
@@ -171,43 +185,81 @@ std::filesystem::path Batch::GetTarget(std::size_t index, const std::filesystem:
 }
 
 Refusal Batch::FindClash() const {
-  std::map<std::filesystem::path, std::string> inputs;
-  for (std::size_t i = 0; i < sets_.size(); ++i) {
-    for (const GlobFile& file : sets_[i]) inputs.emplace(Normalize(file.file), file.file.string());
-  }
-  struct Writer {
-    std::filesystem::path input;
-    std::filesystem::path output;
-  };
   std::map<std::filesystem::path, Writer> writers;
   for (std::size_t i = 0; i < sets_.size(); ++i) {
-    const std::filesystem::path& input = sets_[i].front().file;
     for (const std::filesystem::path& output : outputs_) {
       const std::filesystem::path target = GetTarget(i, output);
       const std::filesystem::path below = target.lexically_relative(ScEng::MakePath(options_.output_dir_));
       if (!target.has_filename() || below.empty() || *below.begin() == "..") {
-        return {ExitCode::kUsage, "--name " + options_.name_ + ": for " + Quote(input) + " it leads out of the folder"};
+        return {ExitCode::kUsage,
+                "--name " + options_.name_ + ": for " + Quote(sets_[i].front().file) + " it leads out of the folder"};
       }
-      const auto [other, is_new] = writers.emplace(target.lexically_normal(), Writer{input, output});
-      if (!is_new && other->second.input != input) {
-        return {ExitCode::kUsage, Quote(other->second.input) + " and " + Quote(input) + " would both write " +
-                                      Quote(target) + "; --name with {folder} or {index} keeps them apart"};
+      if (!IsWritten(target)) {
+        return {ExitCode::kUsage, Quote(target.filename()) + ": no image format that can be written has this ending" +
+                                      "; --name gets it from {ending}, or ends with .exr, .tif, .png and the like"};
+      }
+      const auto [other, is_new] = writers.emplace(target.lexically_normal(), Writer{i, output});
+      if (is_new) continue;
+      if (other->second.set != i) {
+        return {ExitCode::kUsage, Quote(sets_[other->second.set].front().file) + " and " +
+                                      Quote(sets_[i].front().file) + " would both write " + Quote(target) +
+                                      "; --name with {folder} or {index} keeps them apart"};
       }
       // One path twice is the document's own fault, and told as such.
-      if (!is_new && other->second.output != output) {
+      if (other->second.output != output) {
         return {ExitCode::kUsage, "the outputs " + Quote(other->second.output) + " and " + Quote(output) +
                                       " would both be " + Quote(target) +
                                       "; --name with {output}{ending} keeps them apart"};
       }
     }
   }
+  return FindReplacedInput(writers);
+}
+
+Refusal Batch::FindReplacedInput(const std::map<std::filesystem::path, Writer>& writers) const {
+  struct Input {
+    std::filesystem::path file;
+    /// The runs that read it.
+    std::set<std::size_t> sets;
+    bool is_shared = false;
+  };
+  std::map<Identity, Input> inputs;
+  for (const std::filesystem::path& file : shared_inputs_) {
+    inputs.try_emplace(FindIdentity(file), Input{file, {}, false}).first->second.is_shared = true;
+  }
+  for (std::size_t i = 0; i < sets_.size(); ++i) {
+    for (const GlobFile& file : sets_[i]) {
+      inputs.try_emplace(FindIdentity(file.file), Input{file.file, {}, false}).first->second.sets.insert(i);
+    }
+  }
   for (const auto& [target, writer] : writers) {
-    const auto read = inputs.find(Normalize(target));
-    if (read == inputs.end() || Normalize(writer.input) == read->first) continue;
-    return {ExitCode::kUsage, "the result of " + Quote(writer.input) + " would replace " + Quote(read->second) +
+    const Identity identity = FindIdentity(target);
+    const auto input = identity ? inputs.find(identity) : inputs.end();
+    if (input == inputs.end()) continue;
+    const std::set<std::size_t>& sets = input->second.sets;
+    const bool is_own = !input->second.is_shared && sets.size() == 1 && *sets.begin() == writer.set;
+    if (is_own || (input->second.is_shared && sets_.size() == 1)) continue;
+    return {ExitCode::kUsage, "the result of " + Quote(sets_[writer.set].front().file) + " would replace " +
+                                  Quote(input->second.file) +
                                   ", which another run reads; choose another --output-dir or --name"};
   }
   return {};
+}
+
+void Batch::FindFedReaders(GraphDocument& document, std::vector<std::string>& notes) {
+  for (const std::string& id : document.GetIds()) {
+    const Node* node = document.FindNode(id);
+    for (std::size_t i = 0; node != nullptr && node->IsEnabled() && i < node->GetNumAttributes(); ++i) {
+      const Attribute& attribute = *node->GetAttribute(i);
+      const bool is_path = attribute.GetKind() == Attribute::Kind::kString &&
+                           attribute.GetStringUse() == Attribute::StringUse::kReadPath;
+      if (!is_path || !document.GetEngine().IsConnected(node, attribute.GetName())) continue;
+      has_fed_readers_ = true;
+      notes.push_back("--skip-existing leaves out nothing, because a connection feeds the path of \"" + id +
+                      "\": which file it reads is known only when it is run");
+      return;
+    }
+  }
 }
 
 bool Batch::IsUpToDate(std::size_t index) const {
@@ -227,10 +279,11 @@ bool Batch::IsUpToDate(std::size_t index) const {
     const Time time = std::filesystem::last_write_time(target, error);
     if (error || time < newest) return false;
   }
-  return !outputs_.empty();
+  return !outputs_.empty() && !has_fed_readers_;
 }
 
 ExitCode Batch::RunSets() {
+  reporter_.TakeOutput();
   std::vector<std::filesystem::path> targets;
   for (const std::filesystem::path& output : outputs_) targets.push_back(GetTarget(0, output));
   ScEng::LoadFormatsToWrite(targets);

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <cstddef>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -86,6 +87,12 @@ class Batch {
   ExitCode Run();
 
  private:
+  /// Who writes a file: an output of a set.
+  struct Writer {
+    std::size_t set = 0;
+    std::filesystem::path output;
+  };
+
   /// Makes the document with the files of a set, which is named by its number from 0.
   Refusal Prepare(ScEng::GraphDocument& document, std::vector<std::string>& notes, std::size_t index);
   /// Names its outputs, and looks for what stands in the way of a run.
@@ -95,7 +102,10 @@ class Batch {
   Refusal Probe(std::vector<std::string>& notes);
   /// What two outputs would be written under one name, or over a file that another run reads.
   [[nodiscard]] Refusal FindClash() const;
+  [[nodiscard]] Refusal FindReplacedInput(const std::map<std::filesystem::path, Writer>& writers) const;
   [[nodiscard]] std::filesystem::path GetTarget(std::size_t index, const std::filesystem::path& output) const;
+  /// Finds out whether the files that a run reads are known before it.
+  void FindFedReaders(ScEng::GraphDocument& document, std::vector<std::string>& notes);
   /// Whether all outputs of a set are there and none is older than what it is made of.
   [[nodiscard]] bool IsUpToDate(std::size_t index) const;
   ExitCode RunSets();
@@ -113,4 +123,5 @@ class Batch {
   std::vector<std::filesystem::path> outputs_;
   /// Files that all runs depend on: the document and what its other readers read.
   std::vector<std::filesystem::path> shared_inputs_;
+  bool has_fed_readers_ = false;
 };

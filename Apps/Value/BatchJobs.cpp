@@ -10,6 +10,7 @@
 #include "Apps/Value/Common.h"
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/Jobs.h"
+#include "Apps/Value/SafeText.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Tools/Guard.h"
 #include "Host/Util/ParallelRows.h"
@@ -40,7 +41,10 @@ ExitCode BatchJobs::Run(std::optional<std::size_t> jobs, std::optional<unsigned>
   jobs_ = std::min(wanted, work_.count);
   reporter_.Progress("", 0, work_.count, ProgressUnit::kFiles);
   {
-    Interrupt::Work interruptible([this] { TellInterruption(); });
+    Interrupt::Work interruptible([this] {
+      TellInterruption();
+      reporter_.FinishLines(MakeSum());
+    });
     cancellation_ = &interruptible.GetCancellation();
     working_ = jobs_;
     ShareThreads(jobs_);
@@ -51,14 +55,16 @@ ExitCode BatchJobs::Run(std::optional<std::size_t> jobs, std::optional<unsigned>
     }
     ScEng::SetNumThreads(threads_);
     seconds_ = SecondsSince(start);
-    if (Interrupt::GetSignal() != 0) {
-      TellInterruption();
-      code_ = static_cast<ExitCode>(128 + Interrupt::GetSignal());
-    }
   }
-  if (code_ < ExitCode::kInterrupted) TellEnd();
   nlohmann::ordered_json sum = MakeSum();
+  const int signal = Interrupt::GetSignal();
+  if (signal != 0) code_ = static_cast<ExitCode>(128 + signal);
   code_ = work_.finish(sum, code_);
+  if (signal != 0) {
+    TellInterruption();
+  } else {
+    TellEnd();
+  }
   reporter_.FinishLines(sum);
   return code_;
 }
@@ -97,7 +103,14 @@ void BatchJobs::RunFile(std::size_t index) {
     outcome.code = ExitCode::kNodeError;
     outcome.state = State::kFailed;
   }
-  if (outcome.state != State::kLeftOut) Tell(index, outcome, SecondsSince(start));
+  if (outcome.state == State::kLeftOut) return;
+  Count(outcome);
+  try {
+    Tell(index, outcome, SecondsSince(start));
+  } catch (...) {
+    // Only for want of memory; the file has been counted.
+    reporter_.Error(ScEng::DescribeHandledException());
+  }
 }
 
 void BatchJobs::Evaluate(std::size_t index, Outcome& outcome) {
@@ -142,10 +155,20 @@ std::uint64_t BatchJobs::EstimateMemory(std::size_t index) const {
   return samples * sizeof(float) * kImagesAtOnce;
 }
 
+void BatchJobs::Count(const Outcome& outcome) {
+  switch (outcome.state) {
+    case State::kDone: ++done_; break;
+    case State::kFailed: ++failed_; break;
+    case State::kSkipped: ++skipped_; break;
+    case State::kLeftOut: break;
+  }
+}
+
 void BatchJobs::Tell(std::size_t index, const Outcome& outcome, double seconds) {
   const FileSet& files = work_.get_files(index);
   const std::string input = files.front().file.string();
   const std::lock_guard lock(mutex_);
+  code_ = std::max(code_, outcome.code);
   for (const std::string& note : outcome.notes) reporter_.NoteInPassing(input + ": " + note);
   for (const std::string& error : outcome.errors) reporter_.Error(input + ": " + error);
   for (const ScEng::WrittenFile& written : outcome.report.written) reporter_.Info(DescribeWritten(written, seconds));
@@ -159,38 +182,37 @@ void BatchJobs::Tell(std::size_t index, const Outcome& outcome, double seconds) 
   line["seconds"] = seconds;
   line["outputs"] = nlohmann::ordered_json::array();
   for (const auto& output : outcome.report.outputs) line["outputs"].push_back(ToJson(output));
-  if (!outcome.errors.empty()) line["error"] = "value: " + input + ": " + outcome.errors.front();
-  if (outcome.errors.size() > 1) line["errors"] = outcome.errors;
-  if (!outcome.notes.empty()) line["notes"] = outcome.notes;
-  reporter_.AnswerLine(line);
-
-  code_ = std::max(code_, outcome.code);
-  switch (outcome.state) {
-    case State::kDone: ++done_; break;
-    case State::kFailed: ++failed_; break;
-    case State::kSkipped: ++skipped_; break;
-    case State::kLeftOut: break;
+  line["written"] = nlohmann::ordered_json::array();
+  for (const ScEng::WrittenFile& written : outcome.report.written) line["written"].push_back(written.file.string());
+  if (!outcome.errors.empty()) line["error"] = EscapeLine(input + ": " + outcome.errors.front());
+  for (const std::string& error : outcome.errors) {
+    if (outcome.errors.size() > 1) line["errors"].push_back(EscapeLine(error));
   }
+  for (const std::string& note : outcome.notes) line["notes"].push_back(EscapeLine(note));
+  reporter_.AnswerLine(line);
   reporter_.Progress(input, done_ + failed_ + skipped_, work_.count, ProgressUnit::kFiles);
 }
 
 void BatchJobs::TellInterruption() {
-  const std::lock_guard lock(mutex_);
+  if (has_told_interruption_.exchange(true)) return;
+  const std::size_t failed = failed_;
   const std::size_t finished = done_ + skipped_;
-  const std::size_t left_out = work_.count - finished - failed_;
   reporter_.Error(std::to_string(finished) + " of " + std::to_string(work_.count) + " done, " +
-                  (failed_ > 0 ? std::to_string(failed_) + " failed, " : "") + std::to_string(left_out) +
-                  " left out; --skip-existing goes on from here");
+                  (failed > 0 ? std::to_string(failed) + " failed, " : "") +
+                  std::to_string(work_.count - finished - failed) + " left out; --skip-existing goes on from here");
 }
 
 nlohmann::ordered_json BatchJobs::MakeSum() const {
   nlohmann::ordered_json sum;
   sum["document"] = work_.name;
   sum["files"] = work_.count;
-  sum["done"] = done_;
-  sum["failed"] = failed_;
-  sum["skipped"] = skipped_;
-  sum["left_out"] = work_.count - done_ - failed_ - skipped_;
+  const std::size_t done = done_;
+  const std::size_t failed = failed_;
+  const std::size_t skipped = skipped_;
+  sum["done"] = done;
+  sum["failed"] = failed;
+  sum["skipped"] = skipped;
+  sum["left_out"] = work_.count - done - failed - skipped;
   sum["seconds"] = seconds_;
   return sum;
 }

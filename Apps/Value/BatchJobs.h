@@ -59,11 +59,13 @@ class BatchJobs {
   void TakeFiles();
   void RunFile(std::size_t index);
   void Evaluate(std::size_t index, Outcome& outcome);
+  void Count(const Outcome& outcome);
   void Tell(std::size_t index, const Outcome& outcome, double seconds);
   /// How much memory a file takes on its way, roughly: its samples as floats, several times.
   [[nodiscard]] std::uint64_t EstimateMemory(std::size_t index) const;
   /// Gives the threads of a job that has ended to the others.
   void ShareThreads(std::size_t jobs) const;
+  /// Says how far the work came, once.
   void TellInterruption();
   void TellEnd() const;
   [[nodiscard]] nlohmann::ordered_json MakeSum() const;
@@ -77,10 +79,12 @@ class BatchJobs {
   std::size_t jobs_ = 1;
   std::atomic<std::size_t> next_{0};
   std::atomic<std::size_t> working_{0};
-  mutable std::mutex mutex_;
-  std::size_t done_ = 0;
-  std::size_t failed_ = 0;
-  std::size_t skipped_ = 0;
+  /// Keeps the lines of a file together.
+  std::mutex mutex_;
+  std::atomic<std::size_t> done_{0};
+  std::atomic<std::size_t> failed_{0};
+  std::atomic<std::size_t> skipped_{0};
+  std::atomic<bool> has_told_interruption_{false};
   ExitCode code_ = ExitCode::kDone;
   double seconds_ = 0.0;
 };

@@ -25,9 +25,13 @@ class CheckCommand : public Command {
   ExitCode Run() override {
     catalog_ = LoadCatalog();
     if (!catalog_) return ExitCode::kPlugin;
+    if (std::count(files_.begin(), files_.end(), kStandardStream) > 1) {
+      return Fail(ExitCode::kUsage, "standard input: can be read once only, and \"-\" is given twice");
+    }
     ExitCode code = ExitCode::kDone;
     nlohmann::ordered_json answers = nlohmann::ordered_json::array();
     for (const std::string& file : files_) {
+      reporter_.Progress(file, answers.size(), files_.size(), ProgressUnit::kFiles);
       answers.emplace_back();
       code = std::max(code, CheckFile(file, answers.back()));
     }

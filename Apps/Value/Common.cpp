@@ -2,6 +2,7 @@
 #include "Apps/Value/Common.h"
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -12,7 +13,9 @@
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/NodeNames.h"
 #include "Apps/Value/Profile.h"
+#include "Apps/Value/StandardOutput.h"
 #include "Host/Files/DecodeOptions.h"
+#include "Host/Files/FileWatch.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/Guard.h"
@@ -110,30 +113,63 @@ ExitCode Command::ReportRun(const ScEng::RunReport& report) {
   return GetExitCode(report.failure);
 }
 
-ExitCode Command::RunDocument(ScEng::GraphDocument& document, const std::string& name, Profile& profile,
-                              ScEng::RunReport& report) {
+ExitCode Command::RunToEnd(ScEng::GraphDocument& document, const std::string& name, nlohmann::ordered_json answer,
+                           Profile& profile, const StandardOutput& standard_output) {
+  if (standard_output.IsUsed() && profile.Prints()) {
+    return Fail(ExitCode::kUsage, "standard output takes the image or the table of --profile, not both");
+  }
+  reporter_.TakeOutput();
   const auto start = std::chrono::steady_clock::now();
   const std::size_t total = document.GetOutputFiles().size();
-  const auto tell_interruption = [&](std::size_t written) {
-    reporter_.Error(std::to_string(written) + " of " + std::to_string(total) + " done, " +
-                    std::to_string(total - std::min(total, written)) + " left out");
+  std::atomic<std::size_t> written{0};
+  std::atomic<bool> is_delivered{false};
+  const ScEng::FileWatch watch([&](const ScEng::FileWatch::Event& event) {
+    if (event.work == ScEng::FileWork::kSave) ++written;
+  });
+  const auto tell_interruption = [&] {
+    const std::size_t on_its_way = standard_output.IsUsed() && !is_delivered ? 1 : 0;
+    const std::size_t done = std::min<std::size_t>(written, total) - std::min<std::size_t>(written, on_its_way);
+    reporter_.Error(std::to_string(done) + " of " + std::to_string(total) + " done, " + std::to_string(total - done) +
+                    " left out");
   };
-  Interrupt::Work interruptible([&] { tell_interruption(0); });
+  Interrupt::Work interruptible([&, answer] {
+    standard_output.RemoveFolder();
+    tell_interruption();
+    reporter_.Finish(answer);
+  });
   Engine::Options options;
   options.cancellation = &interruptible.GetCancellation();
   reporter_.Progress("", 0, 0, ProgressUnit::kNodes);
-  report = profile.Run(
+  ScEng::RunReport report = profile.Run(
       document, name,
       [&](const std::string& id, std::size_t done, std::size_t count) {
         reporter_.Progress(id, done, count, ProgressUnit::kNodes);
       },
       options);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  const ExitCode code = ReportRun(report);
-  for (const ScEng::WrittenFile& written : report.written) reporter_.Info(DescribeWritten(written, seconds));
-  if (!report.canceled) return code;
-  tell_interruption(report.written.size());
-  return static_cast<ExitCode>(128 + Interrupt::GetSignal());
+  for (std::string& note : report.findings.notes) note = standard_output.NameIn(note);
+  for (std::string& error : report.findings.errors) error = standard_output.NameIn(error);
+  ExitCode code = ReportRun(report);
+  for (const ScEng::WrittenFile& file : report.written) {
+    reporter_.Info(standard_output.NameIn(DescribeWritten(file, seconds)));
+  }
+  if (Interrupt::GetSignal() == 0) {
+    const ScEng::Status delivered = standard_output.Deliver(reporter_);
+    is_delivered = !delivered.IsError();
+    if (delivered.IsError()) {
+      reporter_.Error(delivered.GetMessage());
+      code = std::max(code, ExitCode::kFile);
+    }
+  }
+  answer["outputs"] = nlohmann::ordered_json::array();
+  for (const ScEng::OutputReport& output : report.outputs) answer["outputs"].push_back(ToJson(output));
+  code = profile.Finish(reporter_, answer, code);
+  if (const int signal = Interrupt::GetSignal(); signal != 0) {
+    code = static_cast<ExitCode>(128 + signal);
+    tell_interruption();
+  }
+  reporter_.Finish(answer);
+  return code;
 }
 
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings) {
@@ -192,9 +228,11 @@ ExitCode GetExitCode(ScEng::RunFailure failure) {
 }
 
 std::string DescribeWritten(const ScEng::WrittenFile& written, double seconds) {
-  return written.file.lexically_proximate(std::filesystem::current_path()).string() + "  " +
-         std::to_string(written.header.size_x) + " x " + std::to_string(written.header.size_y) + "  " +
-         ScEng::GetName(written.type) + "  " + FormatSeconds(seconds);
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::current_path(error);
+  const std::filesystem::path file = error ? written.file : written.file.lexically_proximate(folder);
+  return file.string() + "  " + std::to_string(written.header.size_x) + " x " + std::to_string(written.header.size_y) +
+         "  " + ScEng::GetName(written.type) + "  " + FormatSeconds(seconds);
 }
 
 std::string FormatSeconds(double seconds) {

@@ -16,6 +16,7 @@
 #include "Host/Tools/PlugValue.h"
 
 class Profile;
+class StandardOutput;
 
 /// The options that every command takes.
 struct CommonOptions {
@@ -60,9 +61,10 @@ class Command {
   const NodeInterface* FindNode(const ScEng::NodeCatalog& catalog, const std::string& name);
   /// What an evaluation has to say; the exit code that follows from it.
   ExitCode ReportRun(const ScEng::RunReport& report);
-  /// Evaluates a document and reports what there is to say; the exit code that follows from it. A signal stops it.
-  ExitCode RunDocument(ScEng::GraphDocument& document, const std::string& name, Profile& profile,
-                       ScEng::RunReport& report);
+  /// Evaluates a document and reports what there is to say, which `answer` is completed with; the exit code that
+  /// follows from it. A signal stops it. `name` is what the profile calls it.
+  ExitCode RunToEnd(ScEng::GraphDocument& document, const std::string& name, nlohmann::ordered_json answer,
+                    Profile& profile, const StandardOutput& standard_output);
 
   const CommonOptions& common_;
   Reporter& reporter_;

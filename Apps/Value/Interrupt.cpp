@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +14,8 @@ namespace {
 
 /// How long work may take to stop. A person waits a second without wondering.
 constexpr std::chrono::milliseconds kPatience{600};
+/// How long its last words may take.
+constexpr std::chrono::milliseconds kSpeech{200};
 
 std::atomic<int> received{0};
 std::atomic<bool> is_working{false};
@@ -60,11 +63,37 @@ Interrupt::Work::~Work() {
 
 const ScEng::Cancellation& Interrupt::Work::GetCancellation() const { return cancellation; }
 
+void Interrupt::Work::Speak() {
+  // Somebody who does not read what the program writes must not keep it alive.
+  struct Speech {
+    std::mutex mutex;
+    std::condition_variable over;
+    bool is_over = false;
+  };
+  const auto speech = std::make_shared<Speech>();
+  try {
+    std::thread([speech, words = last_words_] {
+      words();
+      {
+        const std::lock_guard lock(speech->mutex);
+        speech->is_over = true;
+      }
+      speech->over.notify_all();
+    }).detach();
+  } catch (const std::system_error&) {
+    return;
+  }
+  std::unique_lock lock(speech->mutex);
+  speech->over.wait_for(lock, kSpeech, [&] { return speech->is_over; });
+}
+
 void Interrupt::Work::Watch() {
   while (sem_wait(&watched) != 0 && errno == EINTR) {
   }
-  std::unique_lock lock(mutex_);
-  if (ended_.wait_for(lock, kPatience, [&] { return has_ended_; })) return;
-  last_words_();
+  {
+    std::unique_lock lock(mutex_);
+    if (ended_.wait_for(lock, kPatience, [&] { return has_ended_; })) return;
+  }
+  Speak();
   std::raise(received);
 }

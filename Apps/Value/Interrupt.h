@@ -25,7 +25,7 @@ class Interrupt {
   /// Work that stops by itself. One at a time.
   class Work {
    public:
-    /// `last_words` is called where the work does not stop in time, just before the process is ended.
+    /// `last_words` is called on another thread where the work does not stop in time, just before the process is ended.
     explicit Work(std::function<void()> last_words);
     ~Work();
     Work(const Work&) = delete;
@@ -36,6 +36,7 @@ class Interrupt {
 
    private:
     void Watch();
+    void Speak();
 
     std::function<void()> last_words_;
     std::mutex mutex_;

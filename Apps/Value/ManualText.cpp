@@ -64,7 +64,7 @@ const std::vector<CommandText>& GetTexts() {
         "attributes "
         "with their bounds, defaults and words.",
         "A node may be written by its display name (\"Value Add\"), by its class (ImageValueAddNode) or by its three "
-        "numbers (10,320,1), in any case of letters."}},
+        "numbers (10,320,5), in any case of letters."}},
       {"apply",
        "NODE [-i FILE]... [-i PLUG=FILE]... [--set NAME=VALUE]... -o FILE [-o PLUG=FILE]... [OPTION]...",
        {"Reads the files, applies the node to them and writes what it gives. Files go to the inputs of the node in "

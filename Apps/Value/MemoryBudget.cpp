@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -17,14 +18,29 @@ std::uint64_t ReadNumber(const std::filesystem::path& file) {
   return std::ifstream(file) >> number ? number : UINT64_MAX;
 }
 
+/// The lowest limit of this process's control group and those around it.
+std::uint64_t FindGroupLimit() {
+  const std::filesystem::path root = "/sys/fs/cgroup";
+  std::uint64_t least = ReadNumber(root / "memory/memory.limit_in_bytes");
+  std::ifstream groups("/proc/self/cgroup");
+  for (std::string line; std::getline(groups, line);) {
+    constexpr std::string_view kUnified = "0::/";
+    if (!line.starts_with(kUnified)) continue;
+    std::filesystem::path group = root / line.substr(kUnified.size());
+    for (; group.native().size() >= root.native().size(); group = group.parent_path()) {
+      least = std::min(least, ReadNumber(group / "memory.max"));
+      if (group == root) break;
+    }
+  }
+  return least;
+}
+
 }  // namespace
 
 std::uint64_t MemoryBudget::FindDefault() {
   std::uint64_t most = static_cast<std::uint64_t>(std::max(sysconf(_SC_PHYS_PAGES), 1L)) *
                        static_cast<std::uint64_t>(std::max(sysconf(_SC_PAGESIZE), 1L));
-  for (const char* file : {"/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory/memory.limit_in_bytes"}) {
-    most = std::min(most, ReadNumber(file));
-  }
+  most = std::min(most, FindGroupLimit());
   rlimit limit{};
   if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) most = std::min(most, limit.rlim_cur);
   return most / 2;

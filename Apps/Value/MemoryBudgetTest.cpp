@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <thread>
 #include <vector>
@@ -43,10 +44,33 @@ TEST(MemoryBudget, AWishBeyondItGoesAlone) {
 
 TEST(MemoryBudget, SharesThatFitAreHeldTogether) {
   MemoryBudget budget(100);
+  std::atomic<int> held{0};
   const MemoryBudget::Share first(budget, 50);
-  // Would wait for ever if it did not fit.
-  const MemoryBudget::Share second(budget, 50);
-  const MemoryBudget::Share nothing(budget, 0);
+  std::thread other([&] {
+    const MemoryBudget::Share second(budget, 50);
+    const MemoryBudget::Share nothing(budget, 0);
+    held = 2;
+  });
+  other.join();
+  EXPECT_EQ(held, 2);
+}
+
+TEST(MemoryBudget, AShareThatDoesNotFitWaits) {
+  MemoryBudget budget(100);
+  std::atomic<bool> is_released{false};
+  std::atomic<bool> was_early{false};
+  std::thread other;
+  {
+    const MemoryBudget::Share first(budget, 60);
+    other = std::thread([&] {
+      const MemoryBudget::Share second(budget, 50);
+      was_early = !is_released;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    is_released = true;
+  }
+  other.join();
+  EXPECT_FALSE(was_early);
 }
 
 TEST(MemoryBudget, TheMachineHasSome) { EXPECT_GT(MemoryBudget::FindDefault(), 1U << 20U); }

@@ -119,6 +119,23 @@ Error CheckNodeWord(const CLI::App& command, const std::vector<Argument>& argume
   return ShowWord(word) + " is " + DescribeFile(*kind, word);
 }
 
+/// A file behind --each that the shell has made of a pattern without quotes.
+Error CheckPattern(const std::vector<Argument>& arguments, std::size_t place) {
+  const std::string& word = arguments[place].text;
+  if (FindFileKind(word) != FileKind::kImage || !Exists(word)) return std::nullopt;
+  std::size_t before = place;
+  while (before > 0 && arguments[before - 1].kind == Argument::Kind::kWord) --before;
+  const CLI::Option* const option = before > 0 ? arguments[before - 1].option : nullptr;
+  if (option == nullptr || !option->check_lname("each") || arguments[before - 1].values.empty()) return std::nullopt;
+  const std::string& value = arguments[before - 1].values.front();
+  const std::size_t equals = value.find('=');
+  const std::string reader = equals == std::string::npos ? "" : value.substr(0, equals + 1);
+  const std::filesystem::path file = word;
+  const std::filesystem::path pattern = file.parent_path() / ("*" + file.extension().string());
+  return ShowWord(word) + " is one file too many; --each takes a pattern in quotes, such as --each \"" + reader +
+         pattern.string() + "\"";
+}
+
 /// A file of the wrong kind. One that is not there is for the command to tell.
 Error CheckFileWord(const std::string& word, FileKind wanted) {
   const auto kind = FindFileKind(word);
@@ -159,11 +176,13 @@ std::optional<std::string> CheckWord(const CLI::App& command, const std::vector<
   const std::string type = taker != nullptr ? GetTypeName(*taker) : "";
   Error error = type == "WORDS" ? std::nullopt : CheckDash(command, word);
   if (!error && (taker == nullptr || type == "NODE")) error = CheckAssignment(command, word);
+  if (!error) error = CheckPattern(arguments, place);
   if (error) return error;
   if (taker == nullptr) return DescribeExtra(command, arguments, place);
   if (type == "GRAPH") return CheckFileWord(word, FileKind::kDocument);
   if (type == "FILE") return CheckFileWord(word, FileKind::kImage);
-  if (type == "LIBRARY") return CheckFileWord(word, FileKind::kLibrary);
+  // Any file may be a library, whatever its ending.
+  if (type == "LIBRARY") return std::nullopt;
   return CheckNodeWord(command, arguments, word);
 }
 

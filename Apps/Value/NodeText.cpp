@@ -76,7 +76,14 @@ std::string ShowFiles(const char* option, const std::vector<PlugRecord>& plugs, 
 std::string ShowUse(const NodeInterface& descriptor, const Node& node) {
   const std::string outputs = ShowFiles("-o", node.GetOutplugs(), node.GetOutplugs().size());
   if (outputs.empty()) return {};
-  return "value apply " + QuoteForShell(descriptor.GetName()) +
+  std::string settings;
+  for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
+    const Attribute& attribute = *node.GetAttribute(i);
+    const bool is_path =
+        attribute.GetKind() == Attribute::Kind::kString && attribute.GetStringUse() == Attribute::StringUse::kReadPath;
+    if (is_path) settings += " --set " + attribute.GetName() + "=FILE";
+  }
+  return "value apply " + QuoteForShell(descriptor.GetName()) + settings +
          ShowFiles("-i", node.GetInplugs(), node.GetNumRegularInputs()) + outputs;
 }
 

@@ -90,6 +90,14 @@ Reporter::Reporter() {
 
 Reporter::~Reporter() { StopTicker(); }
 
+void Reporter::TakeOutput() {
+  if (output_ != STDOUT_FILENO) return;
+  const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (own >= 0 && nowhere >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0) output_ = own;
+  if (nowhere >= 0) close(nowhere);
+}
+
 void Reporter::Error(const std::string& text) {
   const std::string line = MakeLine(kErrorStart, text);
   const std::lock_guard lock(mutex_);
@@ -234,7 +242,7 @@ void Reporter::WriteOutput(std::string_view text) {
   errno = 0;
   const bool is_flushed = std::cout.flush().good() && std::fflush(stdout) == 0;
   const int flush_error = is_flushed ? 0 : errno;
-  int error = WriteAll(STDOUT_FILENO, text);
+  int error = WriteAll(output_, text);
   if (error == 0 && !is_flushed) error = flush_error != 0 ? flush_error : EIO;
   if (output_error_ == 0) output_error_ = error;
 }

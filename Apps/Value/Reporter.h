@@ -57,6 +57,10 @@ class Reporter {
   /// Elsewhere there is a line every ten seconds, from the first call to `Finish`.
   void Progress(const std::string& what, std::size_t done, std::size_t total, ProgressUnit unit);
 
+  /// Takes standard output for this program alone as well: what node libraries print must not get into images and
+  /// answers.
+  void TakeOutput();
+
   /// Prints text for a person, unless the answer is JSON.
   void Print(const std::string& text);
   /// Prints text that was asked for whatever the form of the answer, such as the help.
@@ -100,6 +104,7 @@ class Reporter {
 
   std::mutex mutex_;
   int descriptor_ = 2;
+  int output_ = 1;
   /// Why standard output did not take something, as an errno; 0 where it took everything.
   int output_error_ = 0;
   bool is_terminal_ = false;

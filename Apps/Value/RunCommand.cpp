@@ -63,14 +63,16 @@ class RunCommand : public Command, private BatchTask {
 
   Refusal MakeDocument(GraphDocument& document, std::vector<std::string>& notes) override {
     ScEng::Findings findings;
-    if (!StandardInput::LoadDocument(document, file_, findings)) return {ExitCode::kFile, findings.errors.front()};
+    if (!StandardInput::LoadDocument(document, file_, findings, &text_))
+      return {ExitCode::kFile, findings.errors.front()};
     if (!findings.errors.empty()) {
       CheckComplete(document, GetName(), findings);
       return RefuseDocument(findings);
     }
     notes.insert(notes.end(), findings.notes.begin(), findings.notes.end());
     const Status status = ApplyOptions(document, notes);
-    return status.IsError() ? Refusal{ExitCode::kUsage, status.GetMessage()} : Refusal{};
+    const ExitCode code = std::max(StandardInput::GetErrorCode(), standard_output_.GetErrorCode());
+    return status.IsError() ? Refusal{code, status.GetMessage()} : Refusal{};
   }
 
   Status ApplyOptions(GraphDocument& document, std::vector<std::string>& notes) {
@@ -91,20 +93,20 @@ class RunCommand : public Command, private BatchTask {
         return Status::Error("--input " + input + " is not of the form NODE=FILE");
       }
       std::filesystem::path file;
-      Status status = FindInput(assignment->second, file);
+      Status status = FindInput(input, assignment->second, file);
       if (!status.IsError()) status = document.SetInput(assignment->first, file);
       if (status.IsError()) return Status::Error("--input " + input + ": " + status.GetMessage());
     }
     return AddOutputs(document);
   }
 
-  /// Standard input is taken with the first document of a batch, and stands for all.
-  Status FindInput(const std::string& written, std::filesystem::path& file) {
-    if (written != kStandardStream) return StandardInput::FindImage(written, file);
-    if (standard_input_.empty()) {
-      const Status status = StandardInput::FindImage(written, standard_input_);
-      if (status.IsError()) return status;
-    }
+  /// Standard input is taken with the first document of a batch, and stands for all. `option` is what names it.
+  Status FindInput(const std::string& option, const std::string& written, std::filesystem::path& file) {
+    const bool was_taken = written == kStandardStream && option == standard_input_option_;
+    const Status status = was_taken ? Status() : StandardInput::FindImage(written, file);
+    if (written != kStandardStream || status.IsError()) return status;
+    if (!was_taken) standard_input_ = file;
+    standard_input_option_ = option;
     file = standard_input_;
     return {};
   }
@@ -150,23 +152,7 @@ class RunCommand : public Command, private BatchTask {
     reporter_.Notes(notes);
     if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
 
-    if (standard_output_.IsUsed() && profile_.Prints()) {
-      return Fail(ExitCode::kUsage, "standard output takes the image or the table of --profile, not both");
-    }
-    ScEng::RunReport report;
-    ExitCode code = RunDocument(document, GetName(), profile_, report);
-    const Status delivered = standard_output_.Deliver(reporter_);
-    if (delivered.IsError()) {
-      reporter_.Error(delivered.GetMessage());
-      code = std::max(code, ExitCode::kFile);
-    }
-    nlohmann::ordered_json answer;
-    answer["document"] = file_;
-    answer["outputs"] = nlohmann::ordered_json::array();
-    for (const auto& output : report.outputs) answer["outputs"].push_back(ToJson(output));
-    code = profile_.Finish(reporter_, answer, code);
-    reporter_.Finish(answer);
-    return code;
+    return RunToEnd(document, GetName(), {{"document", file_}}, profile_, standard_output_);
   }
 
   ScEng::RunReport RunOne(GraphDocument& document, const std::string& name, const Engine::Options& options) override {
@@ -186,6 +172,13 @@ class RunCommand : public Command, private BatchTask {
       }
       readers.push_back({each, assignment->first, assignment->second});
     }
+    for (const std::string& input : inputs_) {
+      const auto assignment = SplitAssignment(input);
+      const bool is_given = assignment && std::any_of(readers.begin(), readers.end(), [&](const BatchReader& reader) {
+                              return reader.id == assignment->first;
+                            });
+      if (is_given) reporter_.Note("--input " + input + " has no effect, because --each gives this reader its files");
+    }
     for (const std::string& output : outputs_) {
       const auto assignment = SplitAssignment(output);
       if (!assignment || assignment->second != kStandardStream) continue;
@@ -196,12 +189,15 @@ class RunCommand : public Command, private BatchTask {
 
   std::shared_ptr<const ScEng::NodeCatalog> catalog_;
   std::string file_;
+  /// The document as it was when the command began.
+  std::string text_;
   std::vector<std::string> settings_;
   std::vector<std::string> inputs_;
   std::vector<std::string> outputs_;
   BatchOptions batch_;
   StandardOutput standard_output_;
   std::filesystem::path standard_input_;
+  std::string standard_input_option_;
   WriteFlags write_flags_;
   Profile profile_;
 };

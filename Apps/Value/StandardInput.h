@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "Apps/Value/Reporter.h"
 #include "Host/Documents/GraphDocument.h"
 #include "Host/Util/Status.h"
 
@@ -19,9 +20,14 @@ class StandardInput {
   /// read from their beginning to their end.
   static ScEng::Status FindImage(const std::string& written, std::filesystem::path& path);
 
+  /// What an error of `FindImage` means: that it cannot be read, or that it was asked for in a wrong way.
+  static ExitCode GetErrorCode();
+
   /// Loads a document from a file, or from standard input for "-"; its relative paths then start from the working
-  /// directory. False, with one error in `findings`, where it cannot be read.
-  static bool LoadDocument(ScEng::GraphDocument& document, const std::string& written, ScEng::Findings& findings);
+  /// directory. False, with one error in `findings`, where it cannot be read. Where `text` is not null and empty, it
+  /// receives what was read; where it is not empty, it is the document, whatever the file holds by now.
+  static bool LoadDocument(ScEng::GraphDocument& document, const std::string& written, ScEng::Findings& findings,
+                           std::string* text = nullptr);
 
   /// What messages call a document that was written like this.
   static std::string GetDocumentName(const std::string& written);

@@ -12,6 +12,7 @@
 
 #include "Apps/Value/StandardInput.h"
 #include "Host/Files/ImageFile.h"
+#include "Host/Files/ImageFormats.h"
 #include "Host/Tools/NodeLibrary.h"
 
 namespace {
@@ -20,17 +21,23 @@ using ScEng::Status;
 
 /// The endings of the formats that can be written, without their dots.
 std::vector<std::string> ListEndings() {
-  std::vector<std::string> endings;
-  for (const ScEng::FormatReport& format : ScEng::ListFormats()) {
-    if (!format.writes) continue;
-    for (const std::string& ending : format.endings) endings.push_back(ending.substr(1));
-  }
+  std::vector<std::string> endings = ScEng::ListWrittenEndings();
+  for (std::string& ending : endings) ending.erase(0, 1);
   return endings;
 }
 
 }  // namespace
 
-StandardOutput::~StandardOutput() {
+std::string StandardOutput::NameIn(std::string text) const {
+  const std::string path = "\"" + file_.string() + "\"";
+  const std::size_t at = file_.empty() ? std::string::npos : text.find(path);
+  if (at != std::string::npos) text.replace(at, path.size(), "standard output");
+  return text;
+}
+
+StandardOutput::~StandardOutput() { RemoveFolder(); }
+
+void StandardOutput::RemoveFolder() const {
   std::error_code error;
   if (!folder_.empty()) std::filesystem::remove_all(folder_, error);
 }
@@ -57,10 +64,14 @@ Status StandardOutput::FindImage(const std::string& written, const Reporter& rep
     return Status::Error("--format " + format_ + ": no image format that can be written has this ending; " +
                          (closest.empty() ? "exr, tif, png and hdr do" : "the closest is " + closest));
   }
+  const char* const named = std::getenv("TMPDIR");
   std::error_code error;
-  std::string folder = (std::filesystem::temp_directory_path(error) / "value-XXXXXX").string();
+  const std::filesystem::path temporary = named != nullptr ? named : std::filesystem::temp_directory_path(error);
+  std::string folder = (temporary / "value-XXXXXX").string();
   if (error || mkdtemp(folder.data()) == nullptr) {
-    return Status::Error("no folder for the image on its way to standard output can be made: " +
+    has_failed_ = true;
+    return Status::Error("no folder for the image on its way to standard output can be made in \"" +
+                         std::filesystem::path(folder).parent_path().string() + "\", which TMPDIR names: " +
                          (error ? error.message() : std::generic_category().message(errno)));
   }
   folder_ = folder;
@@ -79,6 +90,8 @@ Status StandardOutput::Deliver(Reporter& reporter) const {
   std::error_code error;
   if (file_.empty() || !std::filesystem::exists(file_, error)) return {};
   std::ifstream stream(file_, std::ios::binary);
+  // Whoever reads may be slow, and this program may be ended meanwhile.
+  RemoveFolder();
   std::vector<char> bytes(std::size_t{1} << 20U);
   while (stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) || stream.gcount() > 0) {
     reporter.WriteBytes({bytes.data(), static_cast<std::size_t>(stream.gcount())});

@@ -28,11 +28,19 @@ class StandardOutput {
   /// An error where a format was given although nothing goes to standard output.
   [[nodiscard]] ScEng::Status CheckFormat() const;
 
+  /// What an error of `FindImage` means: that the file cannot be made, or was asked for in a wrong way.
+  [[nodiscard]] ExitCode GetErrorCode() const { return has_failed_ ? ExitCode::kFile : ExitCode::kUsage; }
+  /// Text in which the file is called what it stands for.
+  [[nodiscard]] std::string NameIn(std::string text) const;
+
   /// Copies the file, if there is one.
   ScEng::Status Deliver(Reporter& reporter) const;
+  /// Removes what there is of it, where the program is about to be ended.
+  void RemoveFolder() const;
 
  private:
   std::string format_;
+  bool has_failed_ = false;
   std::filesystem::path folder_;
   std::filesystem::path file_;
 };

@@ -52,10 +52,10 @@ class StatsCommand : public Command {
     ExitCode code = ExitCode::kDone;
     std::size_t failed = 0;
     for (std::size_t i = 0; i < files_.size(); ++i) {
+      reporter_.Progress(files_[i], i, files_.size(), ProgressUnit::kFiles);
       const ExitCode own = MeasureFile(files_[i], i == 0);
       if (own != ExitCode::kDone) ++failed;
       code = std::max(code, own);
-      if (HasMany()) reporter_.Progress(files_[i], i + 1, files_.size(), ProgressUnit::kFiles);
     }
     if (HasMany()) {
       nlohmann::ordered_json sum = {{"files", files_.size()}, {"measured", files_.size() - failed}, {"failed", failed}};
@@ -94,7 +94,7 @@ class StatsCommand : public Command {
     status = StandardInput::FindImage(name, path);
     if (status.IsError()) {
       TellError(status.GetMessage(), answer);
-      return ExitCode::kUsage;
+      return StandardInput::GetErrorCode();
     }
     const auto image = ScEng::ReadImageFile(path, options_, status, notes, &file);
     const std::string gap = is_first ? "" : "\n";

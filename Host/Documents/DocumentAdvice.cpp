@@ -69,7 +69,7 @@ void DocumentAdvice::CheckFile(const std::string& who, const std::filesystem::pa
     const std::filesystem::path plain = folder.lexically_normal();
     folders[std::filesystem::exists(plain, error) ? folder : plain].push_back(who);
     // The place comes after the ending, and all that is wrong with it is the folder.
-    problems.pop_back();
+    if (!problems.empty()) problems.pop_back();
   }
   for (const std::string& problem : problems) findings.AddError(who + ": " + problem);
 }

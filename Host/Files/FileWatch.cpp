@@ -25,4 +25,8 @@ FileWatch::~FileWatch() { current = outer_; }
 
 const FileWatch* FileWatch::GetCurrent() { return current; }
 
+void FileWatch::Tell(const Event& event) const {
+  for (const FileWatch* watch = this; watch != nullptr; watch = watch->outer_) watch->listener_(event);
+}
+
 }  // namespace ScEng

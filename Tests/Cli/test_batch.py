@@ -2,12 +2,13 @@
 
 import json
 import os
+import subprocess
 
 import numpy as np
 
 from cli_support import (
     DONE, FILE_ERROR, INVALID, NODE_ERROR, USAGE, VALUE, F, ValueTestCase, arithmetic,
-    document, link, node, output, read_file, sample_picture, write_file,
+    document, environment_with, find_program, link, node, output, read_file, sample_picture, write_file,
 )
 
 
@@ -153,6 +154,21 @@ class NamesTest(BatchTestCase):
                 self.assert_one_error(self.tiles(template, code=USAGE), "--name", *words)
                 self.assertFalse(self.results.exists())
 
+    def test_an_ending_that_names_no_format(self):
+        for template in ("{stem}", "{stem}.xyz"):
+            with self.subTest(template=template):
+                result = self.tiles(template, "height=tiles/north/*.exr", code=USAGE)
+                self.assert_one_error(result, "format", "{ending}")
+                self.assertFalse(self.results.exists())
+
+    def test_hard_links_of_what_another_run_reads(self):
+        self.results.mkdir()
+        os.link(self.dir / "heights/b.exr", self.results / "a.exr")
+        before = (self.dir / "heights/b.exr").read_bytes()
+        result = self.run_each("--name", "{stem}{ending}", each=("height=heights/*.exr",), code=USAGE)
+        self.assert_one_error(result, "heights/b.exr", "another run reads")
+        self.assertEqual((self.dir / "heights/b.exr").read_bytes(), before)
+
     def test_results_that_another_run_reads(self):
         before = (self.dir / "heights/b.exr").read_bytes()
         result = self.value(
@@ -170,6 +186,40 @@ class NamesTest(BatchTestCase):
         )
         self.assert_one_error(result, "heights/a.exr", "heights/a_x.exr", "another run reads")
         self.assertEqual((self.dir / "heights/b.exr").read_bytes(), before)
+
+    def test_results_that_another_reader_of_another_run_reads(self):
+        """Each result has the name of a file that is the second of the run before."""
+        before = {path.name: path.read_bytes() for path in (self.dir / "heights").iterdir()}
+        self.make("heights/d.exr", 51)
+        before["d.exr"] = (self.dir / "heights/d.exr").read_bytes()
+        result = self.value(
+            "run", "graph.json", "--each", "height=heights/[bcd].exr", "--each",
+            "mask=heights/[abc].exr", "--name", "{stem}{ending}", "--output-dir", "heights",
+            code=USAGE,
+        )
+        self.assert_one_error(result, "another run reads")
+        after = {path.name: path.read_bytes() for path in (self.dir / "heights").iterdir()}
+        self.assertEqual(after, before)
+
+    def test_results_in_place_of_what_all_runs_read(self):
+        before = (self.dir / "masks/a.exr").read_bytes()
+        result = self.value(
+            "run", "graph.json", "--each", "height=heights/*.exr", "--name", "{stem}{ending}",
+            "--output-dir", "masks", code=USAGE,
+        )
+        self.assert_one_error(result, "masks/a.exr", "another run reads")
+        self.assertEqual((self.dir / "masks/a.exr").read_bytes(), before)
+
+    def test_results_in_place_of_a_run_s_own_second_file(self):
+        self.assert_quiet(self.value(
+            "run", "graph.json", "--each", "height=heights/*.exr", "--each", "mask=masks/*.exr",
+            "--name", "{stem}{ending}", "--output-dir", "masks",
+        ))
+        for name in "abc":
+            self.assert_picture(
+                self.dir / f"masks/{name}.exr",
+                arithmetic("Multiply", [self.heights[name], self.masks[name]]),
+            )
 
     def test_a_file_may_be_replaced_by_its_own_result(self):
         self.save("raise.json", document(
@@ -244,6 +294,19 @@ class SkipExistingTest(BatchTestCase):
         result = self.run_each("--skip-existing", "--json", each=("height=heights/*.exr",))
         self.assertEqual([line["state"] for line in result.json_values()[:-1]], ["done"] * 3)
 
+    def test_a_reader_whose_file_is_known_only_later(self):
+        content = json.loads((self.dir / "graph.json").read_text())
+        content["nodes"].append(node("where", "TextNode", value="masks/a.exr"))
+        content["connections"].append(link("where.text", "mask.path"))
+        self.save("graph.json", content)
+        for _ in range(2):
+            result = self.run_each(
+                "--skip-existing", "--json", each=("height=heights/*.exr",)
+            )
+            self.assert_names(result, "note", "--skip-existing", '"mask"')
+            states = [line["state"] for line in result.json_values()[:-1]]
+            self.assertEqual(states, ["done"] * 3)
+
     def test_an_output_of_several_that_lacks(self):
         content = json.loads((self.dir / "graph.json").read_text())
         content["outputs"].append(output("height.image", "plain.tif"))
@@ -278,10 +341,24 @@ class JsonLinesTest(BatchTestCase):
         lines = [json.loads(line) for line in result.out.splitlines()]
         failed = [line for line in lines[:-1] if line["state"] == "failed"]
         self.assertEqual([line["input"] for line in failed], ["heights/b.exr"])
-        self.assertIn("heights/b.exr", failed[0]["error"])
+        self.assertTrue(failed[0]["error"].startswith("heights/b.exr: "), failed[0]["error"])
         self.assertEqual([lines[-1][key] for key in ("done", "failed")], [2, 1])
         self.assertIn("heights/b.exr", lines[-1]["error"])
         self.assertEqual(self.names(), ["a_masked.exr", "c_masked.exr"])
+
+    def test_a_document_that_changes_meanwhile(self):
+        """All files are run with the document as it was at the start."""
+        process = subprocess.Popen(
+            [str(find_program()), "run", "graph.json", "--each", "height=heights/*.exr",
+             "--output-dir", "results", "--jobs", "1", "--json"],
+            cwd=self.dir, env=environment_with(None), stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+        )
+        process.stdout.readline()
+        (self.dir / "graph.json").write_text("{")
+        _, err = process.communicate(timeout=120)
+        self.assertEqual((process.returncode, err), (DONE, ""))
+        self.assertEqual(self.names(), ["a_masked.exr", "b_masked.exr", "c_masked.exr"])
 
     def test_a_node_that_fails(self):
         # Two images of one place each, with more pixels between them than an image may have.
@@ -312,6 +389,24 @@ class UsageTest(BatchTestCase):
 
     def test_jobs_without_each_are_noted(self):
         self.assert_names(self.value("run", "graph.json", "--jobs", "2"), "note", "--jobs")
+
+    def test_an_input_that_each_replaces_is_noted(self):
+        result = self.run_each("--input", "height=none.exr")
+        self.assert_names(result, "note", "--input height=none.exr", "--each")
+
+    def test_the_working_directory_may_vanish(self):
+        (self.dir / "gone").mkdir()
+        script = (
+            f"cd gone && rmdir ../gone && exec '{find_program()}' run '{self.dir}/graph.json' --each"
+            f" 'height={self.dir}/heights/*.exr' --each 'mask={self.dir}/masks/*.exr' --output-dir"
+            f" '{self.results}'"
+        )
+        ended = subprocess.run(
+            ["bash", "-c", script], cwd=self.dir, env=environment_with(None), capture_output=True,
+            text=True, timeout=300, check=False,
+        )
+        self.assertEqual((ended.returncode, ended.stderr), (DONE, ""))
+        self.assertEqual(len(self.names()), 3)
 
     def test_jobs_beyond_the_threads(self):
         result = self.run_each("--jobs", "4", "--threads", "2")

@@ -1,6 +1,7 @@
 """What "-" stands for: images and documents from standard input, images to standard output."""
 
 import json
+import os
 import subprocess
 
 from cli_support import (
@@ -104,6 +105,44 @@ class ImagesTest(PipeTestCase):
                 self.assert_one_error(result, "stdin")
                 self.assert_files("in.exr")
 
+    def test_a_file_in_the_place_of_standard_input(self):
+        for command in (("stats", "-"), ("apply", "Value Add", "-i", "-", "-o", "out.exr")):
+            with self.subTest(command=command):
+                with open(self.dir / "in.exr", "rb") as stream:
+                    ended = subprocess.run(
+                        [str(find_program()), *command], cwd=self.dir, env=environment_with(None),
+                        stdin=stream, capture_output=True, timeout=600, check=False,
+                    )
+                self.assertEqual((ended.returncode, ended.stderr), (DONE, b""))
+
+    def test_what_cannot_be_read_is_a_file_error(self):
+        for command in (
+            ("stats", "-"), ("apply", "Value Add", "-i", "-", "-o", "out.exr"), ("check", "-"),
+        ):
+            with self.subTest(command=command):
+                ended = subprocess.run(
+                    [str(find_program()), *command], cwd=self.dir, env=environment_with(None),
+                    stdin=os.open(self.dir, os.O_RDONLY), capture_output=True, text=True,
+                    timeout=600, check=False,
+                )
+                self.assertEqual(ended.returncode, FILE_ERROR, ended.stderr)
+                self.assertEqual(len(ended.stderr.splitlines()), 1, ended.stderr)
+
+    def test_a_folder_for_temporary_files_that_is_not_there(self):
+        result = self.value(
+            "apply", "Value Add", "-i", "in.exr", "-o", "-", "--format", "png", code=FILE_ERROR,
+            environment={"TMPDIR": "/nowhere/at/all"},
+        )
+        self.assert_one_error(result, "TMPDIR", "/nowhere/at/all")
+
+    def test_messages_call_it_standard_output(self):
+        self.value("apply", "Value Add", "-i", "in.exr", "--set", "constant=9", "-o", "high.exr")
+        result = self.pipe(
+            "apply", "Value Add", "-i", "high.exr", "-o", "-", "--format", "png"
+        )
+        self.assert_names(result, "note", "standard output", "cut")
+        self.assertNotIn("/value-", result.err)
+
     def test_nothing_comes_out_where_it_fails(self):
         (self.dir / "in.exr").write_bytes(b"no image")
         result = self.pipe(
@@ -172,6 +211,20 @@ class UsageTest(PipeTestCase):
         self.assert_refused(
             ("apply", "Value Add", "-i", "-", "-i", "-", "-o", "x.exr"), "standard input", "twice"
         )
+
+    def test_two_readers_of_standard_input(self):
+        self.save("two.json", document(
+            [node("a", "ImageReaderNode"), node("b", "ImageReaderNode"),
+             node("sum", "ImageValueAddNode")],
+            [link("a.image", "sum.image", 0), link("b.image", "sum.image", 1)],
+            [output("sum.image", "out.exr")],
+        ))
+        result = self.pipe(
+            "run", "two.json", "--input", "a=-", "--input", "b=-", given=self.read(), code=USAGE
+        )
+        self.assert_one_error(result, "b=-", "standard input", "twice")
+        result = self.pipe("check", "-", "-", given=b"{}", code=USAGE)
+        self.assert_one_error(result, "twice")
 
     def test_standard_output_takes_one_image(self):
         self.assert_refused(

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -65,6 +66,9 @@ class SpawnSettings {
   posix_spawnattr_t attributes{};
   posix_spawn_file_actions_t actions{};
 };
+
+/// More than these find nothing to do in a file, and their stacks would count as memory that it takes.
+constexpr std::size_t kMostThreads = 32;
 
 /// A session of its own keeps keys that interrupt the program away from the process, which ends with the program
 /// anyway.
@@ -133,7 +137,7 @@ std::string SpawnDecoder(const CodecRow& codec, SpawnedDecoder& spawned) {
   SetAttributes(settings.attributes);
   SetActions(settings.actions, control.GetTheirs(), broker.GetTheirs());
   std::vector<std::string> words = {program.string(), codec.name, codec.module, codec.package,
-                                    std::to_string(GetNumThreads())};
+                                    std::to_string(std::min(GetNumThreads(), kMostThreads))};
   std::vector<std::string> environment = MakeEnvironment();
   const int failure = posix_spawn(&spawned.id, program.c_str(), &settings.actions, &settings.attributes,
                                   PointersTo(words).data(), PointersTo(environment).data());

@@ -15,7 +15,7 @@
 #include "Host/Documents/DocumentParts.h"
 #include "Host/Documents/Findings.h"
 #include "Host/Files/ImageFile.h"
-#include "Host/Files/PendingWrites.h"
+#include "Host/Files/WrittenFile.h"
 #include "Host/Image/Image.h"
 #include "Host/Tools/Engine.h"
 #include "Host/Util/RefCounter.h"
@@ -41,7 +41,7 @@ struct RunReport {
   /// Whether the evaluation was stopped before its end. What was written until then stays.
   bool canceled = false;
   std::vector<OutputReport> outputs;
-  /// Every file that was written, for outputs and by writers, in that order.
+  /// Every file that was written, for outputs and by writers, in the order of writing.
   std::vector<WrittenFile> written;
 };
 

@@ -26,8 +26,8 @@ enum class FileWork {
 /// "open", "decode", "encode" or "save".
 HOST_FILES_API const char* GetName(FileWork work);
 
-/// While one lives, `listener` is told of every stage of image files that is completed on its thread. Watches nest: the
-/// innermost one is told. Without one, files are not timed.
+/// While one lives, `listener` is told of every stage of image files that is completed on its thread. Watches nest: all
+/// of them are told, the innermost first. Without one, files are not timed.
 class HOST_FILES_API FileWatch {
  public:
   using Clock = std::chrono::steady_clock;
@@ -51,7 +51,8 @@ class HOST_FILES_API FileWatch {
 
   /// The one of the calling thread; null where nobody listens.
   static const FileWatch* GetCurrent();
-  void Tell(const Event& event) const { listener_(event); }
+  /// Tells this one and those around it.
+  void Tell(const Event& event) const;
 
  private:
   Listener listener_;

@@ -8,17 +8,10 @@
 
 #include "Host/Files/Api.h"
 #include "Host/Files/ImageFile.h"
+#include "Host/Files/WrittenFile.h"
 #include "Host/Image/Image.h"
 
 namespace ScEng {
-
-/// A file that a run has written.
-struct WrittenFile {
-  std::filesystem::path file;
-  /// Of its first layer.
-  ImageHeader header;
-  SampleType type = SampleType::kFloat;
-};
 
 /// Images that a run may not write yet: their file is also read by the run, or it has several layers that are not all
 /// there. While a `Scope` lives, what writes images on its thread asks here first, and tells here what it has written.
