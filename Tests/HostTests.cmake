@@ -149,6 +149,7 @@ value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/BorderTest.cpp"
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/AddressRangeTest.cpp"
     "${host}/Util/ClosestNameTest.cpp"
     "${host}/Util/EvaluationScopeTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
@@ -214,6 +215,8 @@ value_add_test(HostValidationTests
     "${host}/Validation/ChildProcess.cpp"
     "${host}/Validation/GuardedMemory.cpp"
     "${host}/Validation/Trial.cpp"
+    "${host}/Validation/Wording.cpp"
+    "${host}/Validation/WordingTest.cpp"
   DEPENDS ValueHost::Tools)
 
 # A codec whose files say what goes wrong, beside the host's libraries as all codecs are.
