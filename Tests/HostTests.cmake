@@ -197,6 +197,7 @@ value_add_test(HostToolsTests
     "${host}/Tools/NodeLibraryTest.cpp"
     "${host}/Tools/NodeTest.cpp"
     "${host}/Tools/RunningCallTest.cpp"
+    "${host}/Tools/TypeGuardTest.cpp"
   DEPENDS ValueHost::Tools ${CMAKE_DL_LIBS})
 add_dependencies(HostToolsTests ${node_library_targets})
 
