@@ -356,6 +356,8 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/BashLineTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLine.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLineTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CrashStack.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CrashStackTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/DeclaredOptions.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairsTest.cpp"
