@@ -149,6 +149,7 @@ value_add_test(HostBaseTests
   SOURCES
     "${host}/Math/BorderTest.cpp"
     "${host}/Math/GeometryTest.cpp"
+    "${host}/Util/AddressRangeTest.cpp"
     "${host}/Util/ClosestNameTest.cpp"
     "${host}/Util/EvaluationScopeTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
@@ -196,6 +197,7 @@ value_add_test(HostToolsTests
     "${host}/Tools/NodeLibraryTest.cpp"
     "${host}/Tools/NodeTest.cpp"
     "${host}/Tools/RunningCallTest.cpp"
+    "${host}/Tools/TypeGuardTest.cpp"
   DEPENDS ValueHost::Tools ${CMAKE_DL_LIBS})
 add_dependencies(HostToolsTests ${node_library_targets})
 
@@ -214,6 +216,8 @@ value_add_test(HostValidationTests
     "${host}/Validation/ChildProcess.cpp"
     "${host}/Validation/GuardedMemory.cpp"
     "${host}/Validation/Trial.cpp"
+    "${host}/Validation/Wording.cpp"
+    "${host}/Validation/WordingTest.cpp"
   DEPENDS ValueHost::Tools)
 
 # A codec whose files say what goes wrong, beside the host's libraries as all codecs are.
@@ -352,6 +356,8 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/BashLineTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLine.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/CompleteLineTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CrashStack.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Value/CrashStackTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/DeclaredOptions.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairs.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/FilePairsTest.cpp"

@@ -8,6 +8,7 @@
 #include "Apps/Value/Common.h"
 #include "Host/Tools/NodeInterface.h"
 #include "Host/Tools/NodeRecord.h"
+#include "Host/Tools/TypeGuard.h"
 #include "Host/Util/RefCounter.h"
 
 namespace {
@@ -85,7 +86,8 @@ void AddNodeNames(const ScEng::NodeCatalog& catalog, const std::vector<std::stri
                   Candidates& candidates) {
   const std::string start = before.empty() ? std::string() : JoinWords(before) + " ";
   for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
-    const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
+    ScEng::Status unmade;
+    const ScEng::RefPtr<Node> node = ScEng::CreateNode(*descriptor, unmade);
     const NodeRecord* record = node ? node->GetRecord() : nullptr;
     const std::string about = record != nullptr ? record->sentence : "";
     const std::string name = descriptor->GetName();

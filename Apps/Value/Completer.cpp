@@ -8,11 +8,11 @@
 #include <system_error>
 #include <utility>
 
+#include "Apps/Value/DeclaredOptions.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Tools/Node.h"
-
-#include "Apps/Value/DeclaredOptions.h"
+#include "Host/Tools/TypeGuard.h"
 
 namespace {
 
@@ -171,7 +171,8 @@ const Node* Completer::GetNode() {
       found = catalog->FindWritten(value);
     }
   }
-  if (found != nullptr) node_ = ScEng::RefPtr<Node>(found->GetNodeFactory()->CreateNode());
+  ScEng::Status unmade;
+  if (found != nullptr) node_ = ScEng::CreateNode(*found, unmade);
   return node_.Get();
 }
 

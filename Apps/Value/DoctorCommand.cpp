@@ -16,6 +16,7 @@
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Tools/LibraryInterface.h"
 #include "Host/Tools/NodeInterface.h"
+#include "Host/Tools/TypeGuard.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace {
@@ -46,13 +47,20 @@ struct LibraryFindings {
   std::size_t types = 0;
   std::size_t icons = 0;
   std::vector<std::string> missing_icons;
+  /// Errors of types that cannot be asked for their icons.
+  std::vector<std::string> problems;
 };
 
 LibraryFindings Inspect(const ScEng::NodeLibrary& library) {
   LibraryFindings findings;
   for (const auto& descriptor : library.GetDescriptors()) {
     ++findings.types;
-    for (const std::string& path : {descriptor->GetIconPath(), descriptor->GetSmallIconPath()}) {
+    std::vector<std::string> paths;
+    const ScEng::Status asked = ScEng::CallTypeGuarded(*descriptor, "its icon path", [&] {
+      paths = {descriptor->GetIconPath(), descriptor->GetSmallIconPath()};
+    });
+    if (asked.IsError()) findings.problems.push_back(asked.GetMessage());
+    for (const std::string& path : paths) {
       if (path.empty()) continue;
       if (QFile::exists(QString::fromStdString(path))) {
         ++findings.icons;
@@ -257,6 +265,9 @@ class DoctorCommand : public Command {
       json["icons"] = findings.icons;
       json["missing_icons"] = findings.missing_icons;
       NoteMissingIcons(*plugin.library, findings);
+      for (const std::string& problem : findings.problems) {
+        problems_.push_back(problem + "; \"value validate\" shows what else is wrong with its library");
+      }
     } else {
       text_ << "left out";
       json["problem"] = plugin.problem;

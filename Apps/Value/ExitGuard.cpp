@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "Apps/Value/CrashStack.h"
 #include "Apps/Value/LastLine.h"
 #include "Apps/Value/Reporter.h"
 #include "Host/Files/SignalCleanup.h"
@@ -68,16 +69,33 @@ const char* FindLibrary(const RunningCall& call, const void* address) {
   return call.library != nullptr ? call.library : ScEng::FindLibraryOf(address);
 }
 
+/// The length of a path's folder, with the last slash.
+std::size_t MeasureFolder(const char* path) {
+  const char* const slash = std::strrchr(path, '/');
+  return slash == nullptr ? 0 : static_cast<std::size_t>(slash - path) + 1;
+}
+
+/// Whether a file is one of the host's libraries: of their name, and in the folder of the one that has FindLibraryOf.
+bool IsHostLibrary(const char* file) {
+  constexpr const char* kStart = "libHost";
+  Dl_info host{};
+  const char* (*const in_host)(const void*) = &ScEng::FindLibraryOf;
+  if (dladdr(reinterpret_cast<const void*>(in_host), &host) == 0 || host.dli_fname == nullptr) return false;
+  const std::size_t folder = MeasureFolder(host.dli_fname);
+  return MeasureFolder(file) == folder && std::strncmp(file, host.dli_fname, folder) == 0 &&
+         std::strncmp(file + folder, kStart, std::strlen(kStart)) == 0;
+}
+
 /// Whether a call comes from a part of this program, which knows what it does.
 bool IsOwnCode(const void* caller) {
   Dl_info info{};
   if (dladdr(caller, &info) == 0 || info.dli_fname == nullptr) return false;
-  const char* const slash = std::strrchr(info.dli_fname, '/');
-  const char* const name = slash != nullptr ? slash + 1 : info.dli_fname;
+  // A node library has whatever name and folder it likes.
+  if (ScEng::FindLibraryOf(caller) != nullptr) return false;
   Dl_info own{};
   const bool is_program =
       dladdr(reinterpret_cast<const void*>(&IsOwnCode), &own) != 0 && own.dli_fbase == info.dli_fbase;
-  return is_program || std::strncmp(name, "libHost", std::strlen("libHost")) == 0;
+  return is_program || IsHostLibrary(info.dli_fname);
 }
 
 bool IsGuarded() { return is_armed && getpid() == guarded_process; }
@@ -159,12 +177,9 @@ extern "C" void OnCrash(int signal, siginfo_t*, void* context) {
 void CatchCrashes() {
   // A sanitizer tells more of a crash.
 #if !defined(__SANITIZE_ADDRESS__)
-  // A stack of its own, since a stack that is used up is a crash too.
-  static char stack[std::size_t{64} << 10U];
-  stack_t alternative{};
-  alternative.ss_sp = stack;
-  alternative.ss_size = sizeof(stack);
-  sigaltstack(&alternative, nullptr);
+  // A stack that is used up is a crash, too. This one stays for the crashes at the very end of the program.
+  static const auto& stack = *new CrashStack;
+  static_cast<void>(stack);
   struct sigaction action {};
   action.sa_sigaction = OnCrash;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;

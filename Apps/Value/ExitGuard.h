@@ -9,6 +9,10 @@
 /// ends the program with the code of a node's error, since what it was asked for is not done; a crash ends it by its
 /// signal, as by default.
 ///
+/// The line needs a stack that is not used up. The first thread has one for it, and so have those that hold a
+/// `CrashStack`, which those of `RunJobs` do. On the other threads, those that help with a node's rows and those that a
+/// library starts, a stack that is used up ends the program by its signal alone; all other crashes have their line.
+///
 /// There is one, made before anything else takes standard error and before there are threads.
 class ExitGuard {
  public:

@@ -6,6 +6,8 @@
 #include <system_error>
 #include <vector>
 
+#include "Apps/Value/CrashStack.h"
+
 std::size_t RunJobs(std::size_t count, const std::function<void()>& work,
                     const std::function<std::thread(const std::function<void()>&)>& start) {
   std::latch counted(1);
@@ -20,6 +22,7 @@ std::size_t RunJobs(std::size_t count, const std::function<void()>& work,
         counted.wait();
         if (index >= used) return;
         may_work.wait();
+        const CrashStack stack;
         work();
       }));
     }

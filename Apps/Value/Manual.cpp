@@ -18,6 +18,7 @@
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeInterface.h"
 #include "Host/Tools/NodeRecord.h"
+#include "Host/Tools/TypeGuard.h"
 
 namespace {
 
@@ -66,7 +67,8 @@ class ManualWriter : public Command {
   static std::vector<ManualNode> ListNodes(const ScEng::NodeCatalog& catalog) {
     std::vector<ManualNode> nodes;
     for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
-      const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
+      ScEng::Status unmade;
+      const ScEng::RefPtr<Node> node = ScEng::CreateNode(*descriptor, unmade);
       if (!node || node->GetRecord() == nullptr) continue;
       const std::string class_name = descriptor->GetNodeFactory()->GetTypeName();
       nodes.push_back({descriptor->GetName(), class_name, node->GetRecord()->sentence});

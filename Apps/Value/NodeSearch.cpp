@@ -6,11 +6,11 @@
 #include <cctype>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "Host/Tools/NodeRecord.h"
+#include "Host/Tools/TypeGuard.h"
 #include "Host/Util/RefCounter.h"
 
 namespace {
@@ -132,11 +132,16 @@ constexpr Topic kTopics[] = {
      "Blend by a mask: Value Multiply one image with the mask and the other with its negative, then Value Add."},
 };
 
+/// Display name and class name.
+std::string MakeNames(const NodeInterface& descriptor) {
+  return descriptor.GetName() + " " + descriptor.GetNodeFactory()->GetTypeName();
+}
+
 }  // namespace
 
 SearchTexts MakeSearchTexts(const NodeInterface& descriptor, const Node& node) {
   SearchTexts texts;
-  texts.name = descriptor.GetName() + " " + descriptor.GetNodeFactory()->GetTypeName();
+  texts.name = MakeNames(descriptor);
   if (const NodeRecord* record = node.GetRecord()) {
     texts.keywords = std::string(record->keywords) + "," + record->group;
     texts.sentence = record->sentence;
@@ -153,9 +158,14 @@ SearchTexts MakeSearchTexts(const NodeInterface& descriptor, const Node& node) {
 std::vector<SearchTexts> MakeSearchTexts(const ScEng::NodeCatalog& catalog) {
   std::vector<SearchTexts> texts;
   for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
-    const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
-    if (!node) throw std::runtime_error("the factory of " + descriptor->GetName() + " creates no node");
-    texts.push_back(MakeSearchTexts(*descriptor, *node));
+    SearchTexts& own = texts.emplace_back();
+    ScEng::Status status;
+    const ScEng::RefPtr<Node> node = ScEng::CreateNode(*descriptor, status);
+    // What is wrong with a node is told where it is shown; until then its names are all there is of it.
+    static_cast<void>(ScEng::CallTypeGuarded(*descriptor, "its description", [&] {
+      own.name = MakeNames(*descriptor);
+      if (node) own = MakeSearchTexts(*descriptor, *node);
+    }));
   }
   return texts;
 }

@@ -20,7 +20,7 @@ struct SearchTexts {
 };
 
 SearchTexts MakeSearchTexts(const NodeInterface& descriptor, const Node& node);
-/// Of all node types, in the order of the catalogue.
+/// Of all node types, in the order of the catalogue; of one that cannot be made, the names alone.
 std::vector<SearchTexts> MakeSearchTexts(const ScEng::NodeCatalog& catalog);
 
 /// The places of the texts that hold all of the words, the best first: what is found in a name comes before what is

@@ -1,22 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <sstream>
-#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/NodeSearch.h"
 #include "Apps/Value/NodeText.h"
+#include "Apps/Value/PluginSearch.h"
 #include "Apps/Value/UsageText.h"
 #include "Apps/Value/WrapText.h"
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeRecord.h"
+#include "Host/Tools/TypeGuard.h"
 #include "Host/Util/ClosestName.h"
 #include "Host/Util/RefCounter.h"
 
 namespace {
 
 using nlohmann::ordered_json;
+using ScEng::Status;
+
+// What is going on while a library is asked for all that is shown of a node.
+constexpr const char* kDescribing = "its description";
 
 /// The parts of a comma-separated list.
 ordered_json SplitToJson(const std::string& list) {
@@ -91,15 +99,25 @@ ordered_json NodeToJson(const NodeInterface& descriptor, const Node& node) {
   return json;
 }
 
-ScEng::RefPtr<Node> CreateNode(const NodeInterface& descriptor) {
-  ScEng::RefPtr<Node> node(descriptor.GetNodeFactory()->CreateNode());
-  if (!node) throw std::runtime_error("the factory of " + descriptor.GetName() + " creates no node");
-  return node;
-}
-
 std::string GetHeading(const Node& node) {
   const NodeRecord* record = node.GetRecord();
   return record == nullptr || *record->group == '\0' ? "Others" : record->group;
+}
+
+/// What a list says of a node type.
+struct ListedNode {
+  ordered_json json;
+  std::string heading;
+  std::string text;
+};
+
+Status MakeListed(const NodeInterface& descriptor, ListedNode& listed) {
+  Status status;
+  const ScEng::RefPtr<Node> node = ScEng::CreateNode(descriptor, status);
+  if (!node) return status;
+  return ScEng::CallTypeGuarded(descriptor, kDescribing, [&] {
+    listed = {SummaryToJson(descriptor, *node), GetHeading(*node), DescribeBriefly(descriptor, *node)};
+  });
 }
 
 class NodesCommand : public Command {
@@ -122,8 +140,12 @@ class NodesCommand : public Command {
   }
 
   ExitCode Run() override {
-    const auto catalog = LoadCatalog();
-    if (!catalog) return ExitCode::kPlugin;
+    PluginSearch search(common_.plugins);
+    search_ = &search;
+    Status status;
+    const auto catalog = LoadCatalog(search, status);
+    reporter_.Notes(search.GetNotes());
+    if (!catalog) return Fail(ExitCode::kPlugin, status.GetMessage());
     if (words_.empty()) return ListAll(*catalog);
     const NodeInterface* named = catalog->FindWritten(JoinWords(words_));
     return named != nullptr ? ShowOne(*named) : ShowFound(*catalog);
@@ -135,25 +157,35 @@ class NodesCommand : public Command {
     answer["nodes"] = ordered_json::array();
     std::vector<std::pair<std::string, std::string>> headings;
     for (const NodeInterface* descriptor : catalog.GetDescriptors()) {
-      const ScEng::RefPtr<Node> node = CreateNode(*descriptor);
-      answer["nodes"].push_back(SummaryToJson(*descriptor, *node));
-      const std::string heading = GetHeading(*node);
-      auto found = std::find_if(headings.begin(), headings.end(), [&](const auto& h) { return h.first == heading; });
-      if (found == headings.end()) found = headings.insert(headings.end(), {heading, ""});
-      found->second += DescribeBriefly(*descriptor, *node);
+      ListedNode listed;
+      if (!List(*descriptor, listed)) continue;
+      answer["nodes"].push_back(std::move(listed.json));
+      auto found =
+          std::find_if(headings.begin(), headings.end(), [&](const auto& h) { return h.first == listed.heading; });
+      if (found == headings.end()) found = headings.insert(headings.end(), {listed.heading, ""});
+      found->second += listed.text;
     }
     std::string text;
     for (const auto& [heading, nodes] : headings) text += (text.empty() ? "" : "\n") + heading + "\n" + nodes;
     text += "\n\"value nodes NAME\" shows all about a node, \"value nodes WORDS\" finds nodes.\n";
     reporter_.Print(text);
     reporter_.Finish(answer);
-    return ExitCode::kDone;
+    return code_;
   }
 
   ExitCode ShowOne(const NodeInterface& descriptor) {
-    const ScEng::RefPtr<Node> node = CreateNode(descriptor);
-    reporter_.Print(DescribeNode(descriptor, *node));
-    reporter_.Finish(NodeToJson(descriptor, *node));
+    Status status;
+    std::string text;
+    ordered_json answer;
+    if (const ScEng::RefPtr<Node> node = ScEng::CreateNode(descriptor, status)) {
+      status = ScEng::CallTypeGuarded(descriptor, kDescribing, [&] {
+        text = DescribeNode(descriptor, *node);
+        answer = NodeToJson(descriptor, *node);
+      });
+    }
+    if (status.IsError()) return Fail(ExitCode::kNodeError, status.GetMessage());
+    reporter_.Print(text);
+    reporter_.Finish(answer);
     return ExitCode::kDone;
   }
 
@@ -167,16 +199,30 @@ class NodesCommand : public Command {
     answer["nodes"] = ordered_json::array();
     std::string text;
     for (const std::size_t place : found) {
-      const NodeInterface& descriptor = *descriptors[place];
-      const ScEng::RefPtr<Node> node = CreateNode(descriptor);
-      answer["nodes"].push_back(SummaryToJson(descriptor, *node));
-      text += DescribeBriefly(descriptor, *node);
+      ListedNode listed;
+      if (!List(*descriptors[place], listed)) continue;
+      answer["nodes"].push_back(std::move(listed.json));
+      text += listed.text;
     }
     answer["hints"] = FindHints(words_);
     for (const std::string& hint : FindHints(words_)) text += "\n" + Wrap(hint, 0) + "\n";
     reporter_.Print(text);
     reporter_.Finish(answer);
-    return ExitCode::kDone;
+    return code_;
+  }
+
+  /// False where the type cannot be shown, which is reported: one bad node in a shared folder does not stop the list,
+  /// but one of a library that was asked for is an error.
+  bool List(const NodeInterface& descriptor, ListedNode& listed) {
+    const Status status = MakeListed(descriptor, listed);
+    if (!status.IsError()) return true;
+    if (search_->IsNamed(descriptor)) {
+      reporter_.Error(status.GetMessage());
+      code_ = ExitCode::kNodeError;
+    } else {
+      reporter_.Note(status.GetMessage() + "; it is left out");
+    }
+    return false;
   }
 
   /// The words that no node holds are told, with the closest that some do.
@@ -197,6 +243,9 @@ class NodesCommand : public Command {
   }
 
   std::vector<std::string> words_;
+  /// While the command runs.
+  const PluginSearch* search_ = nullptr;
+  ExitCode code_ = ExitCode::kDone;
 };
 
 }  // namespace

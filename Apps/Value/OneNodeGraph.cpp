@@ -11,6 +11,7 @@
 #include "Host/Files/ImageFile.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/NodeInterface.h"
+#include "Host/Tools/TypeGuard.h"
 #include "Host/Util/ClosestName.h"
 #include "Host/Util/RefCounter.h"
 
@@ -122,10 +123,11 @@ std::string OneNodeGraph::AddEach(const std::string& each) {
 
 Status OneNodeGraph::FindPattern(const NodeInterface& descriptor, const std::string& each, std::string& pattern) {
   PlugFile split;
-  const ScEng::RefPtr<Node> node(descriptor.GetNodeFactory()->CreateNode());
-  if (!node) return Status::Error("the factory of " + descriptor.GetName() + " creates no node");
+  Status status;
+  const ScEng::RefPtr<Node> node = ScEng::CreateNode(descriptor, status);
+  if (!node) return status;
   const std::vector<PlugRecord> plugs = GetImagePlugs(node->GetInplugs(), node->GetNumRegularInputs());
-  const Status status = SplitPlug(each, plugs, true, split);
+  status = SplitPlug(each, plugs, true, split);
   pattern = split.file;
   return pattern.empty() && !status.IsError() ? Status::Error("it names no files") : status;
 }

@@ -106,22 +106,22 @@ void PluginSearch::Add(const fs::path& file, FoundPlugin::Source source) {
   plugins_.push_back(std::move(plugin));
 }
 
-Status PluginSearch::Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog) const {
+Status PluginSearch::Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog, bool& is_clash) const {
   Status status;
   if (plugin.examination == FoundPlugin::Examination::kNone) status = Examine(plugin.file, plugin.examination);
   if (status.IsError()) return status;
   plugin.library = NodeLibrary::Load(plugin.file, status);
-  if (plugin.library) status = catalog.AddLibrary(plugin.library);
+  if (plugin.library) status = catalog.AddLibrary(plugin.library, &is_clash);
   return status;
 }
 
 Status PluginSearch::LoadInto(ScEng::NodeCatalog& catalog) {
   Status first;
   for (FoundPlugin& plugin : plugins_) {
-    const Status status = Load(plugin, catalog);
+    // Of two libraries that offer one type, nobody knows which is meant.
+    bool is_clash = false;
+    const Status status = Load(plugin, catalog, is_clash);
     if (!status.IsError()) continue;
-    // A library that was loaded offers a type that another one has: which of them is meant, nobody knows.
-    const bool is_clash = plugin.library != nullptr;
     plugin.problem = status.GetMessage() + (is_clash ? "; leave one of the two out" : "");
     plugin.library.reset();
     if (plugin.source == FoundPlugin::Source::kFolder && !is_clash) {
@@ -131,4 +131,12 @@ Status PluginSearch::LoadInto(ScEng::NodeCatalog& catalog) {
     }
   }
   return first;
+}
+
+bool PluginSearch::IsNamed(const NodeInterface& descriptor) const {
+  return std::any_of(plugins_.begin(), plugins_.end(), [&](const FoundPlugin& plugin) {
+    if (plugin.source == FoundPlugin::Source::kFolder || !plugin.library) return false;
+    const auto& own = plugin.library->GetDescriptors();
+    return std::any_of(own.begin(), own.end(), [&](const auto& candidate) { return candidate.Get() == &descriptor; });
+  });
 }

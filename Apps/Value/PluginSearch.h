@@ -56,6 +56,9 @@ class PluginSearch {
   /// Adds the types of all libraries to the catalogue. Goes on after an error, and answers the first.
   ScEng::Status LoadInto(ScEng::NodeCatalog& catalog);
 
+  /// Whether a type is of a library that was asked for, by the command line or as the program's own, rather than found
+  /// in a folder.
+  [[nodiscard]] bool IsNamed(const NodeInterface& descriptor) const;
   [[nodiscard]] const std::vector<FoundPlugin>& GetPlugins() const { return plugins_; }
   [[nodiscard]] const std::vector<PluginFolder>& GetFolders() const { return folders_; }
   /// What was left out, and why, where that is no error.
@@ -65,7 +68,7 @@ class PluginSearch {
   void FindInFolders(const std::string& folders);
   void FindIn(PluginFolder& folder);
   void Add(const std::filesystem::path& file, FoundPlugin::Source source);
-  ScEng::Status Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog) const;
+  ScEng::Status Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog, bool& is_clash) const;
 
   bool trusts_;
   /// The places in the list, by file system and number of the file.

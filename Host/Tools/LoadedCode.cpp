@@ -4,7 +4,6 @@
 #include <dlfcn.h>
 #include <link.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstddef>
@@ -14,6 +13,7 @@
 
 #include "Host/Tools/Node.h"
 #include "Host/Tools/RunningCall.h"
+#include "Host/Util/AddressRange.h"
 
 namespace ScEng {
 namespace {
@@ -32,39 +32,19 @@ constexpr std::size_t kMostLibraries = 256;
 // Without a destructor: libraries may be let go when static objects are gone already.
 constinit std::array<Place, kMostLibraries> places;
 
-struct Extent {
-  std::uintptr_t load_address = 0;
-  std::uintptr_t begin = UINTPTR_MAX;
-  std::uintptr_t end = 0;
-};
-
-int MeasureExtent(dl_phdr_info* info, std::size_t, void* data) {
-  auto& extent = *static_cast<Extent*>(data);
-  if (info->dlpi_addr != extent.load_address) return 0;
-  for (int i = 0; i < info->dlpi_phnum; ++i) {
-    const ElfW(Phdr)& segment = info->dlpi_phdr[i];
-    if (segment.p_type != PT_LOAD) continue;
-    const std::uintptr_t begin = info->dlpi_addr + segment.p_vaddr;
-    extent.begin = std::min(extent.begin, begin);
-    extent.end = std::max<std::uintptr_t>(extent.end, begin + segment.p_memsz);
-  }
-  return 1;
-}
-
 }  // namespace
 
 void LoadedCode::Note(void* handle, const std::filesystem::path& file) {
   link_map* map = nullptr;
   if (dlinfo(handle, RTLD_DI_LINKMAP, static_cast<void*>(&map)) != 0 || map == nullptr) return;
-  Extent extent;
-  extent.load_address = map->l_addr;
-  dl_iterate_phdr(MeasureExtent, &extent);
-  if (extent.end == 0) return;
+  // The dynamic section is a part of the file in memory.
+  const AddressRange range = AddressRange::FindOf(map->l_ld);
+  if (range.end == 0) return;
   for (std::size_t i = 0; i < places.size(); ++i) {
     if (places[i].is_taken.exchange(true)) continue;
     delete std::exchange(places[i].file, new std::string(file.string()));
-    places[i].begin = extent.begin;
-    places[i].end = extent.end;
+    places[i].begin = range.begin;
+    places[i].end = range.end;
     place_ = static_cast<int>(i);
     return;
   }

@@ -154,7 +154,25 @@ NodeLibrary::~NodeLibrary() {
   if (handle_ != nullptr) dlclose(handle_);
 }
 
-Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor, const std::string& library) {
+const NodeCatalog::Entry& NodeCatalog::Index::FindEntry(const NodeInterface* descriptor) const {
+  return *std::find_if(entries.begin(), entries.end(),
+                       [&](const Entry& candidate) { return candidate.descriptor.Get() == descriptor; });
+}
+
+Status NodeCatalog::Index::CheckFree(const NodeType& type, const Entry& entry, bool* is_taken) const {
+  const auto same_numbers = by_type.find(type);
+  const auto same_name = by_type_name.find(entry.type_name);
+  if (same_numbers == by_type.end() && same_name == by_type_name.end()) return {};
+  const bool has_same_numbers = same_numbers != by_type.end();
+  const Entry& owner = FindEntry(has_same_numbers ? same_numbers->second : same_name->second);
+  if (is_taken != nullptr) *is_taken = owner.library != entry.library;
+  return Status::Error("node type " + entry.type_name +
+                       (has_same_numbers ? " has the numbers " + type.ToString() + ", which " + owner.type_name +
+                                               WhereOf(owner.library) + " has already"
+                                         : " is in the catalogue already" + WhereOf(owner.library)));
+}
+
+Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor, const std::string& library, bool* is_taken) {
   Entry entry;
   entry.descriptor = descriptor;
   entry.library = library;
@@ -166,19 +184,8 @@ Status NodeCatalog::Index::Add(const RefPtr<NodeInterface>& descriptor, const st
   }
   if (status.IsError()) return Status::Error("node type " + type.ToString() + ": " + status.GetMessage());
 
-  const auto find_entry = [&](const NodeInterface* wanted) -> const Entry& {
-    return *std::find_if(entries.begin(), entries.end(),
-                         [&](const Entry& candidate) { return candidate.descriptor.Get() == wanted; });
-  };
-  if (const auto other = by_type.find(type); other != by_type.end()) {
-    const Entry& owner = find_entry(other->second);
-    return Status::Error("node type " + entry.type_name + " has the numbers " + type.ToString() + ", which " +
-                         owner.type_name + WhereOf(owner.library) + " has already");
-  }
-  if (const auto other = by_type_name.find(entry.type_name); other != by_type_name.end()) {
-    return Status::Error("node type " + entry.type_name + " is in the catalogue already" +
-                         WhereOf(find_entry(other->second).library));
-  }
+  status = CheckFree(type, entry, is_taken);
+  if (status.IsError()) return status;
   by_type_name.emplace(entry.type_name, descriptor.Get());
   by_type.emplace(type, descriptor.Get());
   by_written.emplace(ToLower(entry.type_name), descriptor.Get());
@@ -194,13 +201,14 @@ Status NodeCatalog::AddDescriptor(RefPtr<NodeInterface> descriptor) {
   return status;
 }
 
-Status NodeCatalog::AddLibrary(std::shared_ptr<NodeLibrary> library) {
+Status NodeCatalog::AddLibrary(std::shared_ptr<NodeLibrary> library, bool* is_taken) {
+  if (is_taken != nullptr) *is_taken = false;
   for (const auto& loaded : libraries_) {
     if (loaded->GetFile() == library->GetFile()) return {};
   }
   Index next = index_;
   for (const auto& descriptor : library->GetDescriptors()) {
-    const Status status = next.Add(descriptor, library->GetFile().string());
+    const Status status = next.Add(descriptor, library->GetFile().string(), is_taken);
     if (status.IsError()) {
       return Status::Error("plug-in \"" + library->GetFile().string() + "\": " + status.GetMessage());
     }

@@ -153,7 +153,9 @@ TEST(NodeCatalog, ALibraryWhoseNamesThrowLeavesNothingBehind) {
     Status status;
     auto library = NodeLibrary::Load(LibraryFile(name), status);
     ASSERT_NE(library, nullptr) << status.GetMessage();
-    status = catalog.AddLibrary(std::move(library));
+    bool is_taken = true;
+    status = catalog.AddLibrary(std::move(library), &is_taken);
+    EXPECT_FALSE(is_taken);
     // The library is unloaded by now, and its text with it.
     EXPECT_FALSE(IsInProcess(LibraryFile(name)));
     EXPECT_EQ(status.GetMessage(), "plug-in \"" + std::filesystem::canonical(LibraryFile(name)).string() +
@@ -232,7 +234,9 @@ TEST(NodeCatalog, TakesALibraryAsAWholeOrNotAtAll) {
   Status status;
   auto taken = NodeLibrary::Load(LibraryFile("TakenNumbers"), status);
   ASSERT_NE(taken, nullptr) << status.GetMessage();
-  status = catalog.AddLibrary(std::move(taken));
+  bool is_taken = false;
+  status = catalog.AddLibrary(std::move(taken), &is_taken);
+  EXPECT_TRUE(is_taken);
   EXPECT_TRUE(status.IsError());
   EXPECT_TRUE(Contains(status.GetMessage(), "TakenNumbers.so"));
   EXPECT_TRUE(Contains(status.GetMessage(), "10, 16, 10"));
@@ -240,6 +244,16 @@ TEST(NodeCatalog, TakesALibraryAsAWholeOrNotAtAll) {
   EXPECT_EQ(catalog.Find({900, 1, 5}), nullptr);
   EXPECT_TRUE(catalog.GetLibraries().empty());
   EXPECT_FALSE(IsInProcess(LibraryFile("TakenNumbers")));
+}
+
+TEST(NodeCatalog, TellsATypeThatALibraryHasTwiceFromOneThatIsTaken) {
+  NodeCatalog catalog;
+  Status status;
+  auto twins = NodeLibrary::Load(LibraryFile("TwinNumbers"), status);
+  ASSERT_NE(twins, nullptr) << status.GetMessage();
+  bool is_taken = true;
+  EXPECT_TRUE(catalog.AddLibrary(std::move(twins), &is_taken).IsError());
+  EXPECT_FALSE(is_taken);
 }
 
 TEST(NodeCatalog, PassesOverALibraryThatItHas) {

@@ -8,19 +8,12 @@
 #include "Host/Validation/Channel.h"
 #include "Host/Validation/ChildProcess.h"
 #include "Host/Validation/Protocol.h"
+#include "Host/Validation/Wording.h"
 
 namespace ScEng {
 namespace {
 
 using nlohmann::json;
-
-std::string FormatSeconds(std::chrono::milliseconds time) {
-  const json seconds = static_cast<double>(time.count()) / 1000.0;
-  const std::string text = seconds.dump();
-  return (text.ends_with(".0") ? text.substr(0, text.size() - 2) : text) + " s";
-}
-
-std::string While(const std::string& at) { return at.empty() ? "" : " while " + at; }
 
 /// How the child ended that did not come to the end of the examination.
 std::string DescribeEnd(const ChildProcess& child, const std::string& at) {

@@ -2,7 +2,6 @@
 #include "Host/Validation/ThreadScan.h"
 
 #include <fcntl.h>
-#include <link.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,26 +15,6 @@
 
 namespace ScEng {
 namespace {
-
-struct Search {
-  std::uintptr_t wanted = 0;
-  AddressRange found;
-};
-
-int LookAtFile(dl_phdr_info* info, std::size_t, void* data) {
-  auto& search = *static_cast<Search*>(data);
-  AddressRange range{UINTPTR_MAX, 0};
-  for (int i = 0; i < info->dlpi_phnum; ++i) {
-    const ElfW(Phdr)& segment = info->dlpi_phdr[i];
-    if (segment.p_type != PT_LOAD) continue;
-    const std::uintptr_t begin = info->dlpi_addr + segment.p_vaddr;
-    range.begin = std::min(range.begin, begin);
-    range.end = std::max<std::uintptr_t>(range.end, begin + segment.p_memsz);
-  }
-  if (!range.Contains(search.wanted)) return 0;
-  search.found = range;
-  return 1;
-}
 
 /// Where the stack of a waiting thread ends, from the system's line about it, whose last two numbers are the pointer to
 /// the stack and that to the code; 0 where the thread does not wait.
@@ -67,13 +46,6 @@ bool Holds(std::uintptr_t stack, const AddressRange& range) {
 }
 
 }  // namespace
-
-AddressRange AddressRange::FindOf(const void* address) {
-  Search search;
-  search.wanted = reinterpret_cast<std::uintptr_t>(address);
-  dl_iterate_phdr(LookAtFile, &search);
-  return search.found;
-}
 
 std::set<std::string> FindThreadsIn(const AddressRange& range) {
   std::set<std::string> threads;

@@ -50,14 +50,6 @@ class WaitingThread {
   std::thread thread_;
 };
 
-TEST(AddressRange, IsThatOfTheFile) {
-  const int local = 0;
-  const AddressRange program = AddressRange::FindOf(reinterpret_cast<const void*>(&FindThreadsIn));
-  EXPECT_TRUE(program.Contains(reinterpret_cast<std::uintptr_t>(&FindThreadsIn)));
-  EXPECT_FALSE(program.Contains(reinterpret_cast<std::uintptr_t>(&local)));
-  EXPECT_EQ(AddressRange::FindOf(nullptr).end, 0U);
-}
-
 TEST(FindThreadsIn, SeesAThreadThatWaitsInTheCodeOfAFile) {
   const WaitingThread thread;
   const AddressRange program = AddressRange::FindOf(reinterpret_cast<const void*>(&FindThreadsIn));

@@ -11,6 +11,7 @@
 #include "Host/Validation/Checks.h"
 #include "Host/Validation/ChildProcess.h"
 #include "Host/Validation/Protocol.h"
+#include "Host/Validation/Wording.h"
 
 namespace ScEng {
 namespace {
@@ -19,17 +20,6 @@ using nlohmann::json;
 
 // A node type that keeps ending the process is left out of further checks: they would all say the same.
 constexpr int kMostEnds = 3;
-
-std::string FormatSeconds(std::chrono::milliseconds time) {
-  const auto count = time.count();
-  std::string text = std::to_string(count / 1000);
-  if (count % 1000 != 0) {
-    std::string rest = std::to_string(1000 + count % 1000).substr(1);
-    rest.erase(rest.find_last_not_of('0') + 1);
-    text += "." + rest;
-  }
-  return text + " s";
-}
 
 std::size_t ReadNumber(const std::string& text) {
   std::size_t number = 0;
@@ -211,8 +201,6 @@ class Validator {
       return false;
     }
   }
-
-  static std::string While(const std::string& at) { return at.empty() ? "" : " while " + at; }
 
   /// Takes in what the child tells of the library.
   void Learn(const Message& message) {

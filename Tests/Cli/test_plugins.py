@@ -155,6 +155,20 @@ class SearchTest(PluginTestCase):
         result = self.run_with("nodes", "--plugin", bad, folders=[self.plugins], code=PLUGIN_ERROR)
         self.assert_one_error(result, "LoadExits.so", "exit code 0")
 
+    def test_a_trusted_library_whose_names_throw_is_no_clash(self):
+        bad = self.copy("ThrowsInName")
+        result = self.run_with("nodes", "--json", "--trust-plugins", folders=[self.plugins])
+        self.assertIn("ImageValueAddNode", self.classes(result))
+        self.assert_one_error(result, "value: note: ", "ThrowsInName.so", "the shelf is bare", "it is left out")
+        named = self.run_with("nodes", "--trust-plugins", "--plugin", bad, code=PLUGIN_ERROR)
+        self.assert_one_error(named, "ThrowsInName.so", "the shelf is bare")
+        self.assertNotIn("leave one of the two out", named.err)
+
+    def test_a_library_with_one_type_twice_is_no_clash_either(self):
+        self.copy("TwinNumbers")
+        result = self.run_with("nodes", "--trust-plugins", folders=[self.plugins])
+        self.assert_one_error(result, "value: note: ", "TwinNumbers.so", "it is left out")
+
     def test_a_missing_folder_is_a_note(self):
         result = self.run_with("nodes", folders=["nowhere", self.plugins])
         self.assertEqual(len(result.err_lines), 1, str(result))
@@ -260,6 +274,13 @@ class RunTest(PluginTestCase):
                 self.assert_one_error(result, "\"raised\"", f"{name}.so", words)
                 self.assert_nothing_half_written()
 
+    def test_the_name_of_a_file_makes_no_library_the_program_s_own(self):
+        library = self.copy("EvaluateExits", as_name="libHostEvil.so")
+        for arguments in ([], ["--trust-plugins"]):
+            result = self.run_with("run", "graph.json", "--plugin", library, *arguments, code=NODE_ERROR)
+            self.assert_one_error(result, "\"raised\"", "libHostEvil.so", "exit(0)")
+            self.assert_nothing_half_written()
+
     def test_the_answer_in_json_has_the_error(self):
         result = self.run_with(
             "run", "graph.json", "--json", "--plugin", find_library("EvaluateExits"), code=NODE_ERROR
@@ -304,6 +325,25 @@ class RunTest(PluginTestCase):
         self.assertEqual(ended.returncode, -signal.SIGSEGV, ended.stderr)
         self.assertIn("node \"raised\"", ended.stderr)
         self.assertEqual(list((self.dir / "out").glob(".*")), [])
+
+    def test_a_stack_that_is_used_up_in_a_batch_is_one_line(self):
+        if SANITIZED:
+            return
+        for i in range(4):
+            self.picture(f"many{i}.exr", sample_picture(VALUE))
+        command = (
+            "run", "graph.json", "--each", "r=many*.exr", "--output-dir", "out", "--jobs", "4",
+            "--plugin", find_library("EvaluateUsesUpStack"),
+        )
+        # Whichever of the threads is the first to crash has to say so.
+        for _ in range(3):
+            ended = self.start(*command)
+            self.assertEqual(ended.returncode, -signal.SIGSEGV, ended.stderr)
+            self.assertEqual(len(ended.stderr.splitlines()), 1, ended.stderr)
+            self.assertIn("crashed in Evaluate", ended.stderr)
+            self.assertIn("EvaluateUsesUpStack.so", ended.stderr)
+        ended = self.start(*command, "--json")
+        self.assertIn("crashed in Evaluate", json.loads(ended.stdout.splitlines()[-1])["error"])
 
 
 class DoctorTest(PluginTestCase):

@@ -68,8 +68,9 @@ class HOST_TOOLS_API NodeCatalog {
   /// catalogue as it was.
   Status AddDescriptor(RefPtr<NodeInterface> descriptor);
   /// Adds all types of a library, or none and an error that names the library, the type that is taken, and the library
-  /// that has it. A file that is in the catalogue already is ignored.
-  Status AddLibrary(std::shared_ptr<NodeLibrary> library);
+  /// that has it. A file that is in the catalogue already is ignored. `is_taken`, where it is given, tells an error
+  /// that is due to a type of another library, or of the host's own, from one that is due to this library alone.
+  Status AddLibrary(std::shared_ptr<NodeLibrary> library, bool* is_taken = nullptr);
 
   /// All descriptors, the host's own first, then library by library in index order.
   [[nodiscard]] std::vector<NodeInterface*> GetDescriptors() const;
@@ -96,7 +97,10 @@ class HOST_TOOLS_API NodeCatalog {
 
   /// The types and where to find each by what.
   struct Index {
-    Status Add(const RefPtr<NodeInterface>& descriptor, const std::string& library);
+    Status Add(const RefPtr<NodeInterface>& descriptor, const std::string& library, bool* is_taken = nullptr);
+    /// Refuses a type whose numbers or name are taken.
+    [[nodiscard]] Status CheckFree(const NodeType& type, const Entry& entry, bool* is_taken) const;
+    [[nodiscard]] const Entry& FindEntry(const NodeInterface* descriptor) const;
 
     std::vector<Entry> entries;
     std::map<NodeType, NodeInterface*> by_type;
