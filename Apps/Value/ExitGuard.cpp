@@ -30,6 +30,7 @@ std::atomic<bool> is_armed{false};
 std::atomic<pid_t> speaking_thread{0};
 pid_t guarded_process = 0;
 int error_descriptor = STDERR_FILENO;
+int output_descriptor = STDOUT_FILENO;
 bool answers_json = false;
 
 [[noreturn]] void EndNow(int code) {
@@ -62,7 +63,7 @@ void Speak(const RunningCall& call, const char* library, const LastLine& did) {
   line.Add(" ").Add(did.GetText());
   ScEng::RemoveTemporariesBeforeEnd();
   line.WriteTo(error_descriptor);
-  if (answers_json) line.WriteAsJsonTo(STDOUT_FILENO);
+  if (answers_json) line.WriteAsJsonTo(output_descriptor);
 }
 
 const char* FindLibrary(const RunningCall& call, const void* address) {
@@ -231,6 +232,9 @@ __attribute__((noreturn, visibility("default"))) void _Exit(int code) noexcept {
 ExitGuard::ExitGuard(bool has_json_flag) {
   const int own = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   if (own >= 0) error_descriptor = own;
+  // The program takes both streams away from libraries later on.
+  const int output = has_json_flag ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1;
+  if (output >= 0) output_descriptor = output;
   answers_json = has_json_flag;
   guarded_process = getpid();
   next_exit = FindNext("exit");

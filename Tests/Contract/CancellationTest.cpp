@@ -99,18 +99,19 @@ RefPtr<Image> MakeInput(const Case& tested) {
 }
 
 /// The samples of all outputs, folded into a number.
-std::uint64_t Fold(const Node& node) {
-  std::uint64_t folded = 14695981039346656037U;
+/// A number for the samples of each output; 0 for one without an image.
+std::vector<std::uint64_t> Fold(const Node& node) {
+  std::vector<std::uint64_t> outputs;
   for (unsigned outplug = 0; outplug < node.GetOutplugs().size(); ++outplug) {
     const Image* image = node.GetOutputImage(outplug);
-    if (image == nullptr) continue;
-    for (std::size_t i = 0; i < image->GetNumSamples(); ++i) {
+    std::uint64_t& folded = outputs.emplace_back(image == nullptr ? 0 : 14695981039346656037U);
+    for (std::size_t i = 0; image != nullptr && i < image->GetNumSamples(); ++i) {
       std::uint32_t bits = 0;
       std::memcpy(&bits, image->GetConstArray() + i, sizeof(bits));
       folded = (folded ^ bits) * 1099511628211U;
     }
   }
-  return folded;
+  return outputs;
 }
 
 double GetProcessorSeconds() {
@@ -158,7 +159,7 @@ TEST_P(EveryNodeCancellation, EndsSoonAndLeavesNothingStale) {
   ASSERT_EQ(engine_.Evaluate(requests_, options), Engine::Outcome::kComplete);
   const double whole = GetSeconds() - begun;
   ASSERT_EQ(node_->GetState(), Node::State::kReady) << node_->GetStateMessage();
-  const std::uint64_t expected = Fold(*node_);
+  const std::vector<std::uint64_t> expected = Fold(*node_);
 
   std::mt19937 random(static_cast<std::uint32_t>(std::hash<std::string>()(GetParam().name)));
   double longest = 0.0;
@@ -186,7 +187,10 @@ TEST_P(EveryNodeCancellation, EndsSoonAndLeavesNothingStale) {
       EXPECT_EQ(Fold(*node_), expected) << "attempt " << attempt;
       continue;
     }
-    for (const Engine::Request& request : requests_) EXPECT_EQ(node_->GetOutputImage(request.outplug), nullptr);
+    // On a busy machine the request comes before the node begins, or when an output is complete. Nothing half-made is
+    // left in any case.
+    const std::vector<std::uint64_t> left = Fold(*node_);
+    for (std::size_t i = 0; i < left.size(); ++i) EXPECT_TRUE(left[i] == 0 || left[i] == expected[i]) << i;
   }
   RecordProperty("whole_ms", static_cast<int>(whole * 1000.0));
   RecordProperty("longest_ms", static_cast<int>(longest * 1000.0));
