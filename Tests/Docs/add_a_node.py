@@ -73,14 +73,15 @@ def configure_and_build(cmake, source, build, prefix, flags, *options):
 
 def try_node(value, library, folder):
     """Whether the program finds the node in the library, folds a value with it, and has nothing to object."""
-    about = run(value, "nodes", "Value Wrap", "--plugin", library)
+    about = run(value, "nodes", "Value Wrap", "--no-default-plugins", "--plugin", library)
     for part in ("ImageValueWrapNode", "repeat", "mirror"):
         if part not in about:
             sys.exit(f"value nodes does not show {part}:\n{about}")
     image = folder / "folded.exr"
     run(value, "apply", "ImageRectangleNode", "--set", "frame=0,0,2,2", "--set", "color=1.25,0,0,1", "-o",
         folder / "source.exr")
-    run(value, "apply", "Value Wrap", "--plugin", library, "-i", folder / "source.exr", "--set", "mode=mirror",
+    run(value, "apply", "Value Wrap", "--no-default-plugins", "--plugin", library, "-i",
+        folder / "source.exr", "--set", "mode=mirror",
         "-o", image)
     stats = run(value, "stats", image, "--json")
     # 1.25 runs back to 0.75.
