@@ -184,7 +184,7 @@ void CheckComplete(const ScEng::GraphDocument& document, const std::string& file
 
 void Advise(const ScEng::GraphDocument& document, std::vector<std::string>& notes) {
   ScEng::Findings advice;
-  document.Advise(advice);
+  document.Advise(advice, ScEng::AdviceScope::kWithoutSiblings);
   notes.insert(notes.end(), advice.notes.begin(), advice.notes.end());
 }
 

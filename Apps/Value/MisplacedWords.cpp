@@ -2,8 +2,10 @@
 #include "Apps/Value/MisplacedWords.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <filesystem>
+#include <fstream>
 #include <string_view>
 #include <system_error>
 
@@ -19,6 +21,15 @@ using Error = std::optional<std::string>;
 bool Exists(const std::string& file) {
   std::error_code error;
   return std::filesystem::exists(file, error);
+}
+
+/// Whether a file begins as libraries do, whatever its ending.
+bool IsLibrary(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  std::array<char, 4> start{};
+  return stream.read(start.data(), start.size()) && std::string_view(start.data(), start.size()) ==
+                                                        "\x7f"
+                                                        "ELF";
 }
 
 /// The positional that takes the word behind `taken` others; null where none does.
@@ -181,8 +192,7 @@ std::optional<std::string> CheckWord(const CLI::App& command, const std::vector<
   if (taker == nullptr) return DescribeExtra(command, arguments, place);
   if (type == "GRAPH") return CheckFileWord(word, FileKind::kDocument);
   if (type == "FILE") return CheckFileWord(word, FileKind::kImage);
-  // Any file may be a library, whatever its ending.
-  if (type == "LIBRARY") return std::nullopt;
+  if (type == "LIBRARY") return IsLibrary(word) ? std::nullopt : CheckFileWord(word, FileKind::kLibrary);
   return CheckNodeWord(command, arguments, word);
 }
 

@@ -90,8 +90,9 @@ void DocumentAdvice::NoteSettings(std::string (DocumentAdvice::*describe)(const 
 
 void DocumentAdvice::NoteFedSettings(Findings& findings) const { NoteSettings(&DocumentAdvice::DescribeFed, findings); }
 
-void DocumentAdvice::NoteIdleSettings(Findings& findings) const {
-  NoteSettings(&DocumentAdvice::DescribeIdle, findings);
+void DocumentAdvice::NoteIdleSettings(Findings& findings, AdviceScope scope) const {
+  NoteSettings(scope == AdviceScope::kAll ? &DocumentAdvice::DescribeIdle : &DocumentAdvice::DescribeIdleInItself,
+               findings);
   if (flow_.WritesNothing() && !content_.lacks_parts) {
     findings.AddNote("nothing is written: the document has no outputs and no enabled writer");
   }
@@ -113,6 +114,12 @@ std::string DocumentAdvice::DescribeIdle(const DocumentEntry& entry, const Attri
   return DescribeNoEffect(*entry.node, attribute, flow_.CountImages(entry));
 }
 
+std::string DocumentAdvice::DescribeIdleInItself(const DocumentEntry& entry, const Attribute& attribute) const {
+  const AttributeRow* row = attribute.GetRow();
+  const bool depends_on_sibling = row != nullptr && *row->effect.attribute != '\0';
+  return depends_on_sibling ? std::string() : DescribeIdle(entry, attribute);
+}
+
 bool DocumentAdvice::DependsOnPlaceholder(const DocumentEntry& entry, const Attribute& attribute) const {
   const AttributeRow* row = attribute.GetRow();
   return row != nullptr && *row->effect.attribute != '\0' && content_.IsFed(entry, row->effect.attribute);
@@ -126,6 +133,8 @@ void GraphDocument::CheckOutputs(Findings& findings) const {
   advice.NoteFedSettings(findings);
 }
 
-void GraphDocument::Advise(Findings& findings) const { DocumentAdvice(*this).NoteIdleSettings(findings); }
+void GraphDocument::Advise(Findings& findings, AdviceScope scope) const {
+  DocumentAdvice(*this).NoteIdleSettings(findings, scope);
+}
 
 }  // namespace ScEng

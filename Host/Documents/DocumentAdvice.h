@@ -20,7 +20,7 @@ class DocumentAdvice {
   void CheckOutputs(Findings& findings) const;
   /// Attributes that are set although a connection feeds them.
   void NoteFedSettings(Findings& findings) const;
-  void NoteIdleSettings(Findings& findings) const;
+  void NoteIdleSettings(Findings& findings, AdviceScope scope) const;
 
  private:
   /// Who wants to write into each folder that is not there.
@@ -38,6 +38,7 @@ class DocumentAdvice {
   /// Why it is to no purpose that an attribute is set; empty where it is to some.
   [[nodiscard]] std::string DescribeFed(const DocumentEntry& entry, const Attribute& attribute) const;
   [[nodiscard]] std::string DescribeIdle(const DocumentEntry& entry, const Attribute& attribute) const;
+  [[nodiscard]] std::string DescribeIdleInItself(const DocumentEntry& entry, const Attribute& attribute) const;
   /// Whether what an attribute depends on comes from a node of unknown type.
   [[nodiscard]] bool DependsOnPlaceholder(const DocumentEntry& entry, const Attribute& attribute) const;
 

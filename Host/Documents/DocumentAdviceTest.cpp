@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,22 +21,30 @@ using Testing::MakeText;
 using Testing::Quoted;
 using Testing::TemporaryFolder;
 
+using CheckFunction = std::function<void(const GraphDocument&, Findings&)>;
+
+void CheckOutputs(const GraphDocument& document, Findings& findings) { document.CheckOutputs(findings); }
+void Advise(const GraphDocument& document, Findings& findings) { document.Advise(findings); }
+void AdviseRun(const GraphDocument& document, Findings& findings) {
+  document.Advise(findings, ScEng::AdviceScope::kWithoutSiblings);
+}
+
 class DocumentAdviceTest : public testing::Test {
  protected:
   /// What is said of a document in the test's folder once it is read; errors of reading among it.
-  Findings Check(const std::string& text, void (GraphDocument::*check)(Findings&) const,
+  Findings Check(const std::string& text, const CheckFunction& check,
                  const std::shared_ptr<ScEng::NodeCatalog>& catalog = GetCatalog()) {
     GraphDocument document(catalog);
     Findings findings;
     document.LoadText(text, folder_.Path(), "graph.json", findings);
-    (document.*check)(findings);
+    check(document, findings);
     return findings;
   }
   std::vector<std::string> FindErrors(const std::string& text,
                                       const std::shared_ptr<ScEng::NodeCatalog>& catalog = GetCatalog()) {
-    return Check(text, &GraphDocument::CheckOutputs, catalog).errors;
+    return Check(text, CheckOutputs, catalog).errors;
   }
-  std::vector<std::string> FindNotes(const std::string& text) { return Check(text, &GraphDocument::Advise).notes; }
+  std::vector<std::string> FindNotes(const std::string& text) { return Check(text, Advise).notes; }
 
   TemporaryFolder folder_;
 };
@@ -315,8 +324,28 @@ TEST_F(DocumentAdviceTest, NotesPrecisionWithOneImage) {
       (std::vector<std::string>{Quoted("'n.precision' has no effect with 1 image; it counts with 2 or more")}));
 }
 
+TEST_F(DocumentAdviceTest, ARunIsSilentOnWhatOtherSettingsOfTheNodeMakeIdle) {
+  const auto find = [&](const std::string& attributes, int images, const CheckFunction& check) {
+    std::string connections;
+    for (int i = 0; i < images; ++i) {
+      connections += (i > 0 ? "," : "") + std::string("{'from': 'waves.image', 'to': 'n.image', 'index': ") +
+                     std::to_string(i) + "}";
+    }
+    const std::string type = images > 1 ? "ImageValueAddNode" : "ImageValueClampNode";
+    return Check(MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}, {'id': 'n', 'type': '" + type +
+                              "', 'attributes': {" + attributes + "}}",
+                          connections, "{'from': 'n.image', 'path': 'a.exr'}"),
+                 check)
+        .notes;
+  };
+  EXPECT_EQ(find("'clamp': 'low', 'high': 0.5", 1, Advise).size(), 1U);
+  EXPECT_TRUE(find("'clamp': 'low', 'high': 0.5", 1, AdviseRun).empty());
+  EXPECT_EQ(find("'constant': 2", 2, Advise).size(), 1U);
+  EXPECT_EQ(find("'constant': 2", 2, AdviseRun).size(), 1U);
+}
+
 TEST_F(DocumentAdviceTest, NotesAttributesThatAConnectionFeeds) {
-  const auto find = [&](const std::string& attributes, void (GraphDocument::*check)(Findings&) const) {
+  const auto find = [&](const std::string& attributes, const CheckFunction& check) {
     return Check(MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}, {'id': 'x', 'type': 'NumberNode'},"
                           "{'id': 'n', 'type': 'ImageValueAddNode', 'attributes': {" +
                               attributes + "}}",
@@ -325,11 +354,11 @@ TEST_F(DocumentAdviceTest, NotesAttributesThatAConnectionFeeds) {
                  check)
         .notes;
   };
-  EXPECT_EQ(find("'value': 0", &GraphDocument::CheckOutputs),
+  EXPECT_EQ(find("'value': 0", CheckOutputs),
             (std::vector<std::string>{Quoted("'n.constant' is set and has no effect, because a connection feeds it")}));
-  EXPECT_TRUE(find("", &GraphDocument::CheckOutputs).empty());
+  EXPECT_TRUE(find("", CheckOutputs).empty());
   // A value in store for the day on which the connection goes is nothing to tell of in each run.
-  EXPECT_TRUE(find("'value': 0", &GraphDocument::Advise).empty());
+  EXPECT_TRUE(find("'value': 0", Advise).empty());
 }
 
 TEST_F(DocumentAdviceTest, WhatIsNotKnownIsNotNoted) {

@@ -183,7 +183,9 @@ class ExaminationTest(PluginTestCase):
             with self.subTest(library=name):
                 library = find_library(name)
                 result = self.run_with("nodes", "--plugin", library, code=PLUGIN_ERROR)
-                self.assert_one_error(result, f"{name}.so", *words)
+                # A sanitizer ends the process in its own way where it would crash.
+                told = [word for word in words if not (SANITIZED and word.startswith("signal"))]
+                self.assert_one_error(result, f"{name}.so", *told)
                 self.assertEqual(result.out, "")
         # A bad result is not remembered.
         self.assertFalse(self.cache.exists())
@@ -271,7 +273,9 @@ class RunTest(PluginTestCase):
         for name, words in ENDS.items():
             with self.subTest(library=name):
                 result = self.run_with("run", "graph.json", "--plugin", find_library(name), code=NODE_ERROR)
-                self.assert_one_error(result, "\"raised\"", f"{name}.so", words)
+                self.assert_names(result, "\"raised\"", f"{name}.so", words)
+                # Built with sanitizers, standard error stays open for what the library prints.
+                self.assertLessEqual(len(result.err_lines), 2 if SANITIZED else 1, str(result))
                 self.assert_nothing_half_written()
 
     def test_the_name_of_a_file_makes_no_library_the_program_s_own(self):

@@ -54,6 +54,13 @@ enum class UnknownTypes {
   kKeep,
 };
 
+/// How much is said of settings that have no effect.
+enum class AdviceScope {
+  kAll,
+  /// Not of those that other settings of the same node make idle: whoever turns a slider to zero keeps the others.
+  kWithoutSiblings,
+};
+
 struct LoadOptions {
   UnknownTypes unknown_types = UnknownTypes::kRefuse;
 };
@@ -185,7 +192,7 @@ class HOST_DOCUMENTS_API GraphDocument {
   void CheckOutputs(Findings& findings) const;
   /// Notes on what is set to no purpose: attributes that have no effect where they stand, and a document that writes
   /// nothing. Ask when everything is set.
-  void Advise(Findings& findings) const;
+  void Advise(Findings& findings, AdviceScope scope = AdviceScope::kAll) const;
 
   /// Called while a run goes on: `done` of `total` nodes are evaluated, the last one with this id.
   using Progress = std::function<void(const std::string& id, std::size_t done, std::size_t total)>;
