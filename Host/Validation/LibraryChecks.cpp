@@ -287,8 +287,13 @@ void CheckUnload(Subject& subject) {
   }
   subject.At("unloading the library");
   std::set<std::string> own_threads = entries.own_threads;
-  // Those that an evaluation started, too.
-  own_threads.merge(FindThreadsIn(AddressRange::FindOf(reinterpret_cast<const void*>(entries.get_count))));
+  // Those that an evaluation started, too. Only one that waits can be told, so each gets several chances to.
+  const AddressRange code = AddressRange::FindOf(reinterpret_cast<const void*>(entries.get_count));
+  constexpr int kChances = 20;
+  for (int i = 0; i < kChances; ++i) {
+    own_threads.merge(FindThreadsIn(code));
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
   if (dlclose(entries.handle) != 0) {
     const char* reason = dlerror();
     subject.Fail(std::string("the library cannot be unloaded: ") + (reason != nullptr ? reason : "unknown"));
