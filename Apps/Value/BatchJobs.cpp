@@ -11,6 +11,7 @@
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/Jobs.h"
 #include "Apps/Value/SafeText.h"
+#include "Host/Files/DecodeOptions.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Tools/Guard.h"
 #include "Host/Util/ParallelRows.h"
@@ -48,11 +49,13 @@ ExitCode BatchJobs::Run(std::optional<std::size_t> jobs, std::optional<unsigned>
     cancellation_ = &interruptible.GetCancellation();
     working_ = jobs_;
     ShareThreads(jobs_);
+    ExpectFiles();
     const std::size_t used = RunJobs(jobs_, [this] { TakeFiles(); });
     if (used < jobs_) {
       reporter_.Note("--jobs " + std::to_string(jobs_) + ": the system had no more than " + std::to_string(used) +
                      (used == 1 ? " thread" : " threads") + " for it");
     }
+    ScEng::ExpectImageFiles({}, 0);
     ScEng::SetNumThreads(threads_);
     seconds_ = SecondsSince(start);
   }
@@ -82,6 +85,14 @@ void BatchJobs::TakeFiles() {
     RunFile(index);
   }
   ShareThreads(--working_);
+}
+
+void BatchJobs::ExpectFiles() const {
+  std::vector<std::filesystem::path> files;
+  for (std::size_t i = 0; i < work_.count; ++i) {
+    for (const GlobFile& file : work_.get_files(i)) files.push_back(file.file);
+  }
+  ScEng::ExpectImageFiles(std::move(files), jobs_);
 }
 
 void BatchJobs::ShareThreads(std::size_t jobs) const {

@@ -57,6 +57,8 @@ class BatchJobs {
   };
 
   void TakeFiles();
+  /// Tells which files will be read.
+  void ExpectFiles() const;
   void RunFile(std::size_t index);
   void Evaluate(std::size_t index, Outcome& outcome);
   void Count(const Outcome& outcome);

@@ -82,10 +82,9 @@ std::size_t GetWidth(const Pieces& pieces, std::size_t first, std::size_t end) {
 }
 
 /// Replaces the middle of the pieces from `first` to `end`, which are too wide, so that `width` characters are left.
-/// Two thirds of them are the start.
-void CutMiddle(Pieces& pieces, std::size_t first, std::size_t end, std::size_t width) {
+/// The last `tail` of them are the end.
+void CutMiddle(Pieces& pieces, std::size_t first, std::size_t end, std::size_t width, std::size_t tail) {
   const std::size_t kept = width - kCut.size();
-  const std::size_t tail = kept / 3;
   const std::size_t head = kept - tail;
   std::size_t from = first;
   for (std::size_t taken = 0; taken + pieces[from].width <= head; ++from) taken += pieces[from].width;
@@ -94,6 +93,17 @@ void CutMiddle(Pieces& pieces, std::size_t first, std::size_t end, std::size_t w
   pieces[from] = {std::string(kCut), kCut.size()};
   pieces.erase(pieces.begin() + static_cast<std::ptrdiff_t>(from) + 1,
                pieces.begin() + static_cast<std::ptrdiff_t>(to));
+}
+
+/// How much of the end of a word stays when `width` characters of it do: a third, or the name of the file that the word
+/// is the path of, while there is room for it.
+std::size_t ChooseTail(const Pieces& pieces, std::size_t first, std::size_t end, std::size_t width) {
+  const std::size_t kept = width - kCut.size();
+  constexpr std::size_t kLeastHead = 8;
+  std::size_t name = end;
+  while (name > first && pieces[name - 1].text != "/") --name;
+  const std::size_t length = name > first ? GetWidth(pieces, name - 1, end) : 0;
+  return length + kLeastHead <= kept ? std::max(length, kept / 3) : kept / 3;
 }
 
 /// The widest run of pieces without a space: its first piece and the one after its last.
@@ -166,11 +176,12 @@ std::string EscapeLine(std::string_view text, std::size_t most) {
     const auto [first, end] = FindWidestWord(pieces);
     const std::size_t word = GetWidth(pieces, first, end);
     if (word <= kLeastWord) {
-      CutMiddle(pieces, 0, pieces.size(), most);
+      CutMiddle(pieces, 0, pieces.size(), most, (most - kCut.size()) / 3);
       break;
     }
     const std::size_t excess = width - most;
-    CutMiddle(pieces, first, end, std::max(kLeastWord, word > excess ? word - excess : 0));
+    const std::size_t kept = std::max(kLeastWord, word > excess ? word - excess : 0);
+    CutMiddle(pieces, first, end, kept, ChooseTail(pieces, first, end, kept));
     width = GetWidth(pieces, 0, pieces.size());
   }
   std::string line;

@@ -13,6 +13,7 @@ constexpr std::size_t kLongestLine = 300;
 std::string EscapeText(std::string_view text);
 
 /// One line of at most `most` characters (Unicode code points, from 16): escaped like `EscapeText`, line feeds as well.
-/// What is too long is cut with "...": first in the middle of its longest words, which are paths and names as a rule,
-/// then in the middle of the line, so that its start, its end and the short words stay.
+/// What is too long is cut with "...": first in the middle of its longest words, which are paths and names as a rule
+/// (the name of a path's file stays where there is room), then in the middle of the line, so that its start, its end
+/// and the short words stay.
 std::string EscapeLine(std::string_view text, std::size_t most = kLongestLine);

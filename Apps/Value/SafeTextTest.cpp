@@ -92,6 +92,18 @@ TEST(SafeText, SeveralLongWordsAreCutEach) {
   EXPECT_NE(line.find("a and b"), std::string::npos) << line;
 }
 
+TEST(SafeText, TheNameOfAPathsFileStays) {
+  const std::string end = "(exit code 99), and printed last: " + std::string(190, 'p');
+  const std::string line = EscapeLine("\"/home/" + std::string(300, 'd') + "/ALibraryWithAName.so\": " + end);
+  EXPECT_EQ(CountCharacters(line), kLongestLine);
+  EXPECT_NE(line.find("d/ALibraryWithAName.so\": (exit"), std::string::npos) << line;
+  EXPECT_TRUE(line.starts_with("\"/home/dd")) << line;
+  // A name that has no room is cut as any other word: 45 characters stay of each word, 15 of them the end.
+  const std::string name(60, 'n');
+  const std::string short_line = EscapeLine("/home/" + name + " and more", 57);
+  EXPECT_EQ(short_line, "/home/" + std::string(24, 'n') + "..." + std::string(15, 'n') + " and more");
+}
+
 TEST(SafeText, WhatStandsBetweenWordsOfManyMegabytesStays) {
   const std::string name(10'000'000, 'n');
   const std::string line = EscapeLine("--set a=" + name + ": it takes a number, not \"" + name + "\"");

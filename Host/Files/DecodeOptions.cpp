@@ -2,6 +2,9 @@
 #include "Host/Files/DecodeOptions.h"
 
 #include <atomic>
+#include <utility>
+
+#include "Host/Files/Decoding/HelperDecoder.h"
 
 namespace ScEng {
 namespace {
@@ -12,5 +15,9 @@ std::atomic<DecodePlace> decode_place{DecodePlace::kHelper};
 
 void SetDecodePlace(DecodePlace place) { decode_place = place; }
 DecodePlace GetDecodePlace() { return decode_place; }
+
+void ExpectImageFiles(std::vector<std::filesystem::path> files, std::size_t most) {
+  if (GetDecodePlace() == DecodePlace::kHelper) ExpectInHelper(std::move(files), most);
+}
 
 }  // namespace ScEng

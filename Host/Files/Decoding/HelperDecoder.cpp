@@ -9,26 +9,20 @@
 #include <utility>
 
 #include "Host/Files/Decoding/DescriptionBytes.h"
+#include "Host/Files/Decoding/FileOpening.h"
 #include "Host/Files/Decoding/HelperLimits.h"
 #include "Host/Files/Decoding/HelperPool.h"
 #include "Host/Files/Decoding/HelperProcess.h"
+#include "Host/Files/Decoding/ReadAhead.h"
 #include "Host/Files/Decoding/ReadBounds.h"
 #include "Host/Files/Decoding/SpawnDecoder.h"
-#include "Host/Files/Descriptor.h"
 
 namespace ScEng {
 namespace {
 
 // Fewer bytes than these are sent faster than memory for them is set up on both sides.
 constexpr std::size_t kMostInlineBytes = std::size_t{64} << 10;
-constexpr std::size_t kMostReasonBytes = 1024;
 constexpr std::uint64_t kMostReplyBytes = std::uint64_t{64} << 10;
-
-std::string TextOf(const Message& message) {
-  const std::string text =
-      MakePrintable({reinterpret_cast<const char*>(message.body.data()), message.body.size()}, kMostReasonBytes);
-  return text.empty() ? "its decoder gave no reason" : text;
-}
 
 /// The bytes of a part as the file declares them, decoded and in its own types.
 std::uint64_t GetDeclaredBytes(const FilePart& part) {
@@ -62,18 +56,6 @@ HelperDecoder::SharedTarget DenseTarget(const ReadRequest& request) {
   return {0, channels, channels * static_cast<std::size_t>(request.column_end - request.column_begin)};
 }
 
-/// Whether samples that came with a description are those of the whole first part, or none.
-bool IsWhole(const FileDescription& description, const std::vector<float>& samples) {
-  return samples.empty() || (!description.parts.empty() && description.parts.front().problem.empty() &&
-                             CountFloats(RequestAll(description.parts.front(), 0)) == samples.size());
-}
-
-/// Gives a process back to the pool when it has answered without harm.
-void GiveBack(const CodecRow& codec, std::unique_ptr<HelperProcess> process) {
-  process->GetBroker().Forbid();
-  if (process->IsUsable() && process->Tell(MessageKind::kClose)) HelperPool::Get().Keep(codec, std::move(process));
-}
-
 }  // namespace
 
 HelperDecoder::HelperDecoder(const CodecRow& codec, std::unique_ptr<HelperProcess> process, FileDescription description,
@@ -84,7 +66,10 @@ HelperDecoder::HelperDecoder(const CodecRow& codec, std::unique_ptr<HelperProces
       ahead_(std::move(samples)),
       file_bytes_(file_bytes) {}
 
-HelperDecoder::~HelperDecoder() { GiveBack(codec_, std::move(process_)); }
+HelperDecoder::~HelperDecoder() {
+  ReadAhead::Get().Continue(codec_, process_);
+  if (process_ != nullptr) GiveBack(codec_, std::move(process_));
+}
 
 bool HelperDecoder::IsConfined() const { return process_->IsConfined(); }
 
@@ -206,45 +191,21 @@ HelperReport CheckHelper(const CodecRow& codec) {
   return report;
 }
 
-void EndIdleHelpers() { HelperPool::Get().Clear(); }
+void EndIdleHelpers() {
+  ReadAhead::Get().Expect({}, 0);
+  HelperPool::Get().Clear();
+}
 
 namespace {
 
-/// Opens a file in a process that is ready. Afterwards the process is the decoder's, the pool's or has ended.
-std::unique_ptr<HelperDecoder> OpenIn(std::unique_ptr<HelperProcess>& process, const CodecRow& codec,
-                                      const std::filesystem::path& file, const std::string& format, Status& status) {
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(file, error);
-  const std::uint64_t file_bytes = error ? 0 : size;
-  process->GetBroker().Allow(file);
-
-  const HelperLimits limits = GetHelperLimits();
-  HelperProcess::Question question;
-  question.kind = MessageKind::kOpen;
-  question.body = MakeBody(OpenQuestion{file.string(), format});
-  const Descriptor opened(process->GetBroker().Open(file));
-  question.descriptor = opened.Get();
-  question.time = limits.time;
-  question.memory = GetAllowedMemory(limits, file_bytes, 0);
-  question.mapped = file_bytes;
-  Message answer;
-  status = process->Ask(question, answer);
-  if (status.IsError()) return nullptr;
-  if (answer.kind == MessageKind::kFailed) {
-    status = Status::Error(TextOf(answer));
-    GiveBack(codec, std::move(process));
-    return nullptr;
-  }
-  OpenAnswer body;
-  std::optional<FileDescription> description;
-  if (answer.kind == MessageKind::kOpened && ParseBody(answer.body, body))
-    description = ToDescription(body.description);
-  if (!description || !IsWhole(*description, body.samples)) {
-    status = process->EndForNonsense();
-    return nullptr;
-  }
-  return std::make_unique<HelperDecoder>(codec, std::move(process), std::move(*description), std::move(body.samples),
-                                         file_bytes);
+/// Asks a process to open a file; null where there is no process.
+std::unique_ptr<FileOpening> BeginOpening(std::unique_ptr<HelperProcess> process, const CodecRow& codec,
+                                          const std::filesystem::path& file, const std::string& format,
+                                          Status& status) {
+  if (process == nullptr) return nullptr;
+  auto opening = std::make_unique<FileOpening>(codec, std::move(process), file, format);
+  status = opening->Begin();
+  return opening;
 }
 
 /// The path that the process is given. It cannot follow "..", since the folders on the way are closed to it.
@@ -258,16 +219,24 @@ std::filesystem::path MakeDirect(const std::filesystem::path& file) {
 
 }  // namespace
 
+void ExpectInHelper(std::vector<std::filesystem::path> files, std::size_t most) {
+  std::transform(files.begin(), files.end(), files.begin(), MakeDirect);
+  ReadAhead::Get().Expect(std::move(files), most);
+}
+
 std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::filesystem::path& file,
                                             const std::string& format, Status& status) {
   const std::filesystem::path absolute = MakeDirect(file);
   std::string problem;
-  std::unique_ptr<HelperProcess> process = HelperPool::Get().Take(codec, problem);
   std::unique_ptr<HelperDecoder> decoder;
-  if (process != nullptr) decoder = OpenIn(process, codec, absolute, format, status);
-  if (decoder == nullptr && process != nullptr && process->MayHaveEndedForAnEarlierFile()) {
-    process = HelperProcess::Start(codec, problem);
-    if (process != nullptr) decoder = OpenIn(process, codec, absolute, format, status);
+  std::unique_ptr<FileOpening> opening = ReadAhead::Get().Take(codec, absolute, format);
+  if (opening == nullptr)
+    opening = BeginOpening(HelperPool::Get().Take(codec, problem), codec, absolute, format, status);
+  if (opening != nullptr && !status.IsError()) decoder = opening->Finish(status);
+  if (decoder == nullptr && opening != nullptr && opening->MayHaveEndedForAnEarlierFile()) {
+    status = {};
+    opening = BeginOpening(HelperProcess::Start(codec, problem), codec, absolute, format, status);
+    if (opening != nullptr && !status.IsError()) decoder = opening->Finish(status);
   }
   if (!problem.empty()) status = Status::Error("its decoder could not be started: " + problem);
   return decoder;

@@ -63,6 +63,10 @@ class HOST_FILES_API HelperDecoder final : public ImageDecoder {
 HOST_FILES_API std::unique_ptr<HelperDecoder> OpenInHelper(const CodecRow& codec, const std::filesystem::path& file,
                                                            const std::string& format, Status& status);
 
+/// Tells which files `OpenInHelper` is asked for next, about in this order; none ends it. Processes that have nothing
+/// to do open up to `most` of them ahead where they are small. From any thread.
+HOST_FILES_API void ExpectInHelper(std::vector<std::filesystem::path> files, std::size_t most);
+
 /// How decoding in a process of its own is set up here.
 struct HelperReport {
   /// The program that decodes.

@@ -133,14 +133,28 @@ bool HelperProcess::SetLimits(const Question& question) const {
 bool HelperProcess::Tell(MessageKind kind) { return SendMessage(control_, kind, {}); }
 
 Status HelperProcess::Ask(const Question& question, Message& answer) {
+  const Status sent = Send(question);
+  return sent.IsError() ? sent : Await(question, answer);
+}
+
+Status HelperProcess::Send(const Question& question) {
   if (id_ <= 0) return Status::Error("its decoder has ended");
   ++questions_;
-  const std::string by_hand = "; --in-process reads it without limits";
   if (!SetLimits(question)) {
     const std::string reason = std::strerror(errno);
     return Status::Error(IsUsable() ? "the memory of its decoder cannot be limited: " + reason : End());
   }
-  const Event event = Exchange(question, Clock::now() + question.time, answer);
+  return Conclude(SendQuestion(question, Clock::now() + question.time), question, {});
+}
+
+Status HelperProcess::Await(const Question& question, Message& answer) {
+  Event event = ReceiveAnswer(Clock::now() + question.time, question.most_answer_bytes, answer);
+  if (event == Event::kAnswer && !AnswerLateFileQuestions()) event = Event::kNonsense;
+  return Conclude(event, question, answer);
+}
+
+Status HelperProcess::Conclude(Event event, const Question& question, const Message& answer) {
+  const std::string by_hand = "; --in-process reads it without limits";
   if (event == Event::kAnswer && answer.kind != MessageKind::kOutOfMemory) return {};
   if (event == Event::kAnswer) {
     // What it holds by now would be missing for the next file.
@@ -170,7 +184,7 @@ Status HelperProcess::EndForNonsense() {
   return Status::Error("its decoder gave an answer that makes no sense");
 }
 
-HelperProcess::Event HelperProcess::Exchange(const Question& question, Clock::time_point deadline, Message& answer) {
+HelperProcess::Event HelperProcess::SendQuestion(const Question& question, Clock::time_point deadline) {
   MessageHeader header;
   header.kind = question.kind;
   header.body_bytes = question.body.size();
@@ -190,8 +204,7 @@ HelperProcess::Event HelperProcess::Exchange(const Question& question, Clock::ti
       return event;
     }
   }
-  const Event event = ReceiveAnswer(deadline, question.most_answer_bytes, answer);
-  return event == Event::kAnswer && !AnswerLateFileQuestions() ? Event::kNonsense : event;
+  return Event::kAnswer;
 }
 
 HelperProcess::Event HelperProcess::ReceiveAnswer(Clock::time_point deadline, std::uint64_t most, Message& answer) {

@@ -55,6 +55,9 @@ class HelperProcess {
   /// Asks, answers what the process asks meanwhile, and waits for its answer. On an error, which says in a clause what
   /// became of the process, it has been ended.
   [[nodiscard]] Status Ask(const Question& question, Message& answer);
+  /// The two halves of `Ask`; what the process asks meanwhile is answered, and its time runs, from the second on.
+  [[nodiscard]] Status Send(const Question& question);
+  [[nodiscard]] Status Await(const Question& question, Message& answer);
   /// Tells what has no answer; false where the process has ended.
   [[nodiscard]] bool Tell(MessageKind kind);
 
@@ -65,7 +68,9 @@ class HelperProcess {
 
   [[nodiscard]] std::string Spawn(const CodecRow& codec);
   [[nodiscard]] bool SetLimits(const Question& question) const;
-  [[nodiscard]] Event Exchange(const Question& question, Clock::time_point deadline, Message& answer);
+  [[nodiscard]] Event SendQuestion(const Question& question, Clock::time_point deadline);
+  /// Ends the process where its answer did not come, and says why.
+  [[nodiscard]] Status Conclude(Event event, const Question& question, const Message& answer);
   [[nodiscard]] Event ReceiveAnswer(Clock::time_point deadline, std::uint64_t most, Message& answer);
   [[nodiscard]] Event ReceiveExactly(std::uint8_t* to, std::size_t size, Clock::time_point deadline);
   [[nodiscard]] Event WaitForControl(short events, Clock::time_point deadline);
