@@ -234,6 +234,7 @@ value_add_test(HostDecodingTests
     "${host}/Files/Decoding/DescriptionBytes.cpp"
     "${host}/Files/Decoding/DescriptionBytesTest.cpp"
     "${host}/Files/Decoding/HelperDecoderTest.cpp"
+    "${host}/Files/Decoding/ReadAheadTest.cpp"
     "${host}/Files/Decoding/ReadBounds.cpp"
   DEPENDS ValueHost::Files Threads::Threads)
 add_dependencies(HostDecodingTests HostCodecFaulty ValueDecoder)

@@ -1,6 +1,8 @@
-# Checks every #include of the sources against the one allowed direction of dependency:
+# Checks every #include of the sources against the one allowed direction of dependency,
 #
 #   cmake [-DROOT=<folder>] -P cmake/CheckLayers.cmake
+#
+# and that every file of tests is in a test program.
 #
 # A folder may include its own headers and those that the tables below list for it. A word without a slash is a module of
 # the host, whose public headers are meant; a path is everything below that folder, or one header. A folder that has no
@@ -122,4 +124,25 @@ foreach(top Host Apps Tests)
 endforeach()
 foreach(folder Value Bench Examples ${inner_modules})
   check_folder("${folder}")
+endforeach()
+
+# A test that no program has is never run. Those of the nodes are found by their folders.
+set(lists "")
+file(GLOB_RECURSE list_files "${ROOT}/Tests/*.cmake" "${ROOT}/Tests/CMakeLists.txt")
+foreach(list_file IN LISTS list_files)
+  file(READ "${list_file}" text)
+  string(APPEND lists "${text}")
+endforeach()
+foreach(top Host Value Apps Tests)
+  file(GLOB_RECURSE tests RELATIVE "${ROOT}" "${ROOT}/${top}/*Test.cpp")
+  foreach(test IN LISTS tests)
+    if(test MATCHES "^Value/Nodes/")
+      continue()
+    endif()
+    get_filename_component(name "${test}" NAME)
+    string(FIND "${lists}" "${name}" place)
+    if(place EQUAL -1)
+      message(SEND_ERROR "${test} is in no test program; Tests/HostTests.cmake and Tests/CMakeLists.txt list them")
+    endif()
+  endforeach()
 endforeach()

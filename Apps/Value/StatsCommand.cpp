@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <exception>
 #include <sstream>
@@ -6,8 +8,10 @@
 #include "Apps/Value/Common.h"
 #include "Apps/Value/FileFacts.h"
 #include "Apps/Value/ImageFigures.h"
+#include "Apps/Value/Interrupt.h"
 #include "Apps/Value/SafeText.h"
 #include "Apps/Value/StandardInput.h"
+#include "Host/Files/DecodeOptions.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Image/Image.h"
 #include "Host/Tools/Guard.h"
@@ -49,25 +53,56 @@ class StatsCommand : public Command {
     if (samples_ == "unit") options_.scale = ScEng::SampleScale::kUnit;
     if (samples_ == "stored") options_.scale = ScEng::SampleScale::kStored;
     if (is_summary_) reporter_.Print(kSummaryHead);
-    ExitCode code = ExitCode::kDone;
-    std::size_t failed = 0;
-    for (std::size_t i = 0; i < files_.size(); ++i) {
-      reporter_.Progress(files_[i], i, files_.size(), ProgressUnit::kFiles);
-      const ExitCode own = MeasureFile(files_[i], i == 0);
-      if (own != ExitCode::kDone) ++failed;
-      code = std::max(code, own);
-    }
-    if (HasMany()) {
-      nlohmann::ordered_json sum = {{"files", files_.size()}, {"measured", files_.size() - failed}, {"failed", failed}};
-      reporter_.FinishLines(sum);
-    }
-    return code;
+    return HasMany() ? MeasureFiles() : MeasureFile(files_.front(), true);
   }
 
  private:
   using Status = ScEng::Status;
 
   [[nodiscard]] bool HasMany() const { return files_.size() > 1; }
+
+  /// Goes through all files until a signal asks for the end.
+  ExitCode MeasureFiles() {
+    // Read by another thread where a file takes too long to wait for.
+    std::atomic<std::size_t> measured = 0;
+    std::atomic<std::size_t> failed = 0;
+    ExitCode code = ExitCode::kDone;
+    {
+      Interrupt::Work interruptible([&] { FinishFiles(measured, failed); });
+      ScEng::ExpectImageFiles(FindExpected(), 1);
+      for (std::size_t i = 0; i < files_.size() && !interruptible.GetCancellation().IsRequested(); ++i) {
+        reporter_.Progress(files_[i], i, files_.size(), ProgressUnit::kFiles);
+        const ExitCode own = MeasureFile(files_[i], i == 0);
+        ++(own == ExitCode::kDone ? measured : failed);
+        code = std::max(code, own);
+      }
+      ScEng::ExpectImageFiles({}, 0);
+    }
+    FinishFiles(measured, failed);
+    const int signal = Interrupt::GetSignal();
+    return signal != 0 ? static_cast<ExitCode>(128 + signal) : code;
+  }
+
+  void FinishFiles(std::size_t measured, std::size_t failed) {
+    if (has_finished_.exchange(true)) return;
+    nlohmann::ordered_json sum = {{"files", files_.size()}, {"measured", measured}, {"failed", failed}};
+    const std::size_t left = files_.size() - measured - failed;
+    if (Interrupt::GetSignal() != 0) {
+      sum["left_out"] = left;
+      reporter_.Error(std::to_string(measured) + " of " + std::to_string(files_.size()) + " measured, " +
+                      (failed > 0 ? std::to_string(failed) + " failed, " : "") + std::to_string(left) + " left out");
+    }
+    reporter_.FinishLines(sum);
+  }
+
+  /// What will be read, beside standard input.
+  [[nodiscard]] std::vector<std::filesystem::path> FindExpected() const {
+    std::vector<std::filesystem::path> files;
+    for (const std::string& file : files_) {
+      if (file != kStandardStream) files.emplace_back(file);
+    }
+    return files;
+  }
 
   /// Tells about one file as soon as it is measured.
   ExitCode MeasureFile(const std::string& name, bool is_first) {
@@ -181,6 +216,7 @@ class StatsCommand : public Command {
   }
 
   std::vector<std::string> files_;
+  std::atomic<bool> has_finished_{false};
   bool is_summary_ = false;
   std::size_t bins_ = 16;
   ScEng::ReadOptions options_;

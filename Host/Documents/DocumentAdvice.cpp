@@ -90,6 +90,25 @@ void DocumentAdvice::NoteSettings(std::string (DocumentAdvice::*describe)(const 
 
 void DocumentAdvice::NoteFedSettings(Findings& findings) const { NoteSettings(&DocumentAdvice::DescribeFed, findings); }
 
+void DocumentAdvice::NoteForeignWords(Findings& findings) const {
+  // The node of the host that delivers what its one attribute holds.
+  constexpr NodeType kTextType{10, 16, 50};
+  for (const ConnectionEntry& connection : content_.connections) {
+    const Node* from = connection.from->node;
+    const Node* to = connection.to->node;
+    if (from == nullptr || to == nullptr || !from->IsEnabled() || !(from->GetNodeType() == kTextType)) continue;
+    const Attribute* fed = to->GetAttribute(connection.inplug);
+    const Attribute* text = from->GetAttribute(0);
+    if (fed == nullptr || fed->GetKind() != Attribute::Kind::kChoice) continue;
+    if (content_.IsFed(*connection.from, text->GetName())) continue;
+    const std::string word = text->GetValue().GetText();
+    if (fed->GetChoiceIndex(word) >= 0) continue;
+    findings.AddNote(Quote(connection.from->id + "." + connection.outplug) + " delivers " + Quote(word) + " to " +
+                     Quote(connection.to->id + "." + connection.inplug) + ", which has no such word" +
+                     content_.SuggestName(word, fed->GetChoices()) + "; known are " + JoinNames(fed->GetChoices()));
+  }
+}
+
 void DocumentAdvice::NoteIdleSettings(Findings& findings, AdviceScope scope) const {
   NoteSettings(scope == AdviceScope::kAll ? &DocumentAdvice::DescribeIdle : &DocumentAdvice::DescribeIdleInItself,
                findings);
@@ -131,6 +150,7 @@ void GraphDocument::CheckOutputs(Findings& findings) const {
   const DocumentAdvice advice(*this);
   advice.CheckOutputs(findings);
   advice.NoteFedSettings(findings);
+  advice.NoteForeignWords(findings);
 }
 
 void GraphDocument::Advise(Findings& findings, AdviceScope scope) const {

@@ -20,6 +20,8 @@ class DocumentAdvice {
   void CheckOutputs(Findings& findings) const;
   /// Attributes that are set although a connection feeds them.
   void NoteFedSettings(Findings& findings) const;
+  /// Choices that a text node feeds with a word that they do not have.
+  void NoteForeignWords(Findings& findings) const;
   void NoteIdleSettings(Findings& findings, AdviceScope scope) const;
 
  private:

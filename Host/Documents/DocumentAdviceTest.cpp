@@ -361,6 +361,26 @@ TEST_F(DocumentAdviceTest, NotesAttributesThatAConnectionFeeds) {
   EXPECT_TRUE(find("'value': 0", Advise).empty());
 }
 
+TEST_F(DocumentAdviceTest, NotesWordsThatAChoiceDoesNotHave) {
+  const auto find = [&](const std::string& text, const std::string& nodes = "", const std::string& links = "") {
+    return Check(
+               MakeText("{'id': 't', 'type': 'TextNode', " + text + "}, {'id': 'r', 'type': 'ImageReaderNode'}" + nodes,
+                        "{'from': 't.text', 'to': 'r.samples'}" + links, ""),
+               CheckOutputs)
+        .notes;
+  };
+  EXPECT_EQ(find("'attributes': {'value': 'stord'}"),
+            (std::vector<std::string>{
+                Quoted("'t.text' delivers 'stord' to 'r.samples', which has no such word; the closest is 'stored'; "
+                       "known are auto, unit, stored")}));
+  EXPECT_TRUE(find("'attributes': {'value': 'stored'}").empty());
+  // A disabled node delivers nothing, and what a connection feeds is known when it is run.
+  EXPECT_TRUE(find("'attributes': {'value': 'stord'}, 'enabled': false").empty());
+  EXPECT_TRUE(find("'attributes': {}", ", {'id': 'u', 'type': 'TextNode', 'attributes': {'value': 'unit'}}",
+                   ", {'from': 'u.text', 'to': 't.value'}")
+                  .empty());
+}
+
 TEST_F(DocumentAdviceTest, WhatIsNotKnownIsNotNoted) {
   const auto find = [&](const std::string& nodes, const std::string& connections) {
     return FindNotes(MakeText("{'id': 'waves', 'type': 'ImageWavesNode'}, {'id': 'x', 'type': 'NoSuchNode'}," + nodes,

@@ -82,6 +82,9 @@ TEST(DocumentVersionTest, FaultsOfTheKeysForEditors) {
   ExpectError(whole("'frames': [{'box': [1, 2, 3, 4], 'title': 1}]"), {"frames[0]", "title"});
   ExpectError(whole("'frames': [{'box': [1, 2, 3, 4], 'color': 'red'}]"), {"frames[0]", "color", "red"});
   ExpectError(whole("'frames': [{'box': [1, 2, 3, 4], 'zebra': 1}]"), {"frames[0]", "zebra"});
+  // None of two hides the other.
+  const std::string both = whole("'frames': [{'box': [1, 2, 3], 'color': 'red'}]");
+  EXPECT_EQ(Load(both).errors.size(), 2U);
   ExpectError(whole("'view': []"), {"view", "object"});
   ExpectError(whole("'view': {'center': 1}"), {"view", "center"});
   for (const char* zoom : {"0", "-1", "'1'", "null"}) {

@@ -472,13 +472,11 @@ void DocumentReader::ReadFrame(const JsonValue& value, const std::string& place)
   is_good = ReadOptionalString(value, place, "color", frame.color) && is_good;
   if (value.Find("box") == nullptr) AddError(place + ": \"box\" is missing");
   const auto box = ReadOptionalNumbers(value, place, "box", 4, "x, y, width, height");
-  if (!box || !is_good) return;
-  frame.box = {(*box)[0], (*box)[1], (*box)[2], (*box)[3]};
+  if (box) frame.box = {(*box)[0], (*box)[1], (*box)[2], (*box)[3]};
+  // The numbers and the title of a document are good in themselves, so that this is about the colour.
   const Status status = GraphDocument::Content::CheckFrame(frame);
-  if (status.IsError()) {
-    AddError(place + ": " + status.GetMessage());
-    return;
-  }
+  if (status.IsError()) AddError(place + ": " + status.GetMessage());
+  if (!box || !is_good || status.IsError()) return;
   content_.frames.push_back(std::move(frame));
   content_.Tell(&DocumentObserver::OnFramesChanged);
 }

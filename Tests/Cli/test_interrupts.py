@@ -223,3 +223,27 @@ class LongWorkTest(InterruptTestCase):
         for stream in (process.stdin, process.stdout, process.stderr):
             stream.close()
 
+
+class StatsTest(InterruptTestCase):
+    def test_what_was_measured_is_counted(self):
+        count = 3000
+        write_file(self.dir / "a.png", np.zeros((8, 8, 1), dtype=np.float32))
+        process = self.start("stats", "--json", *["a.png"] * count)
+        self.assertTrue(process.stdout.readline())
+        code, lines, _ = self.end_after_reading(process, signal.SIGINT)
+        self.assertEqual(code, INTERRUPTED)
+        answers = [json.loads(line) for line in lines]
+        total = answers[-1]
+        # The first line was read before.
+        self.assertEqual(total["measured"], len(answers))
+        self.assertEqual(total["files"], count)
+        self.assertEqual(total["left_out"], count - total["measured"])
+        self.assertGreater(total["left_out"], 0)
+        self.assertIn(f"{total['measured']} of {count} measured, {total['left_out']} left out", total["error"])
+
+    def end_after_reading(self, process, number):
+        """As `end`, with the lines of standard output."""
+        process.send_signal(number)
+        sent = time.monotonic()
+        out, _ = process.communicate(timeout=120)
+        return process.returncode, out.splitlines(), time.monotonic() - sent

@@ -40,6 +40,8 @@ FileOpening::FileOpening(const CodecRow& codec, std::unique_ptr<HelperProcess> p
                          std::string format)
     : codec_(codec), process_(std::move(process)), file_(std::move(file)), format_(std::move(format)) {}
 
+FileOpening::~FileOpening() = default;
+
 bool FileOpening::MayHaveEndedForAnEarlierFile() const {
   return process_ != nullptr && process_->MayHaveEndedForAnEarlierFile();
 }

@@ -19,6 +19,10 @@ class HOST_FILES_API FileOpening {
   /// `codec` must stay; `file` is an absolute path without "..".
   FileOpening(const CodecRow& codec, std::unique_ptr<HelperProcess> process, std::filesystem::path file,
               std::string format);
+  /// Ends a process that nobody has waited for.
+  ~FileOpening();
+  FileOpening(const FileOpening&) = delete;
+  FileOpening& operator=(const FileOpening&) = delete;
 
   /// Asks the process.
   [[nodiscard]] Status Begin();

@@ -73,7 +73,7 @@ TEST_F(ReadAheadTest, AFileThatWasBegunGivesWhatItHolds) {
   const auto first = WriteValue(folder_ / "a.png", 0.0F);
   const auto second = WriteValue(folder_ / "b.png", 1.0F);
   // Too large to come along with its description.
-  const auto third = WriteValue(folder_ / "c.png", 1.0F, 40000);
+  const auto third = WriteValue(folder_ / "c.png", 1.0F, 30000);
   LetSettle();
   ExpectImageFiles({first, second, third}, 1);
   EXPECT_EQ(ReadFirst(first), "0.000000");
@@ -102,8 +102,10 @@ TEST_F(ReadAheadTest, AFileThatChangesIsReadAnew) {
 
 TEST_F(ReadAheadTest, AFileThatHasJustBeenWrittenIsNotBegun) {
   const auto first = WriteValue(folder_ / "a.png", 0.0F);
-  LetSettle();
   const auto second = WriteValue(folder_ / "b.png", 1.0F);
+  LetSettle();
+  // As if it had been written this very moment, however long the rest takes.
+  std::filesystem::last_write_time(second, std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
   ExpectImageFiles({first, second}, 1);
   EXPECT_EQ(ReadFirst(first), "0.000000");
   EXPECT_EQ(Take(second), nullptr);
