@@ -138,7 +138,7 @@ TEST(SafeText, ATextOfManyMegabytesTakesNoTime) {
   const std::string text = "type \"" + std::string(100'000'000, '\x01') + "\" is unknown";
   const auto start = std::chrono::steady_clock::now();
   const std::string line = EscapeLine(text);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
   EXPECT_TRUE(line.starts_with("type \"\\u0001") && line.ends_with("\\u0001\" is unknown")) << line;
 }
 
