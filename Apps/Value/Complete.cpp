@@ -13,6 +13,7 @@
 #include "Apps/Value/BashLine.h"
 #include "Apps/Value/Completer.h"
 #include "Apps/Value/SafeText.h"
+#include "Apps/Value/WriteAll.h"
 
 namespace {
 
@@ -116,14 +117,6 @@ std::string FindAnswer(const CLI::App& app, const Question& question, Reporter& 
   return answer.GetText();
 }
 
-void WriteAll(const std::string& text) {
-  for (std::size_t written = 0; written < text.size();) {
-    const ssize_t put = write(STDOUT_FILENO, text.data() + written, text.size() - written);
-    if (put <= 0) return;
-    written += static_cast<std::size_t>(put);
-  }
-}
-
 }  // namespace
 
 ExitCode Complete(const CLI::App& app, const std::vector<std::string>& arguments, Reporter& reporter) {
@@ -138,6 +131,6 @@ ExitCode Complete(const CLI::App& app, const std::vector<std::string>& arguments
   } catch (...) {
     text.clear();
   }
-  WriteAll(text);
+  WriteAll(STDOUT_FILENO, text);
   return ExitCode::kDone;
 }

@@ -7,17 +7,9 @@
 #include <cerrno>
 #include <cstring>
 
-namespace {
+#include "Apps/Value/WriteAll.h"
 
-void WriteAll(int descriptor, const char* text, std::size_t length) {
-  while (length > 0) {
-    const ssize_t put = write(descriptor, text, length);
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return;
-    text += put;
-    length -= static_cast<std::size_t>(put);
-  }
-}
+namespace {
 
 unsigned ByteAt(const char* text, std::size_t i) { return static_cast<unsigned char>(text[i]); }
 
@@ -77,20 +69,20 @@ void LastLine::WriteTo(int descriptor) const {
   constexpr char kStart[] = "value: ";
   constexpr char kClear[] = "\r\033[K";
   const int error = errno;
-  if (isatty(descriptor) == 1) WriteAll(descriptor, kClear, sizeof(kClear) - 1);
-  WriteAll(descriptor, kStart, sizeof(kStart) - 1);
-  WriteAll(descriptor, text_, length_);
-  WriteAll(descriptor, "\n", 1);
+  if (isatty(descriptor) == 1) WriteAll(descriptor, kClear);
+  WriteAll(descriptor, kStart);
+  WriteAll(descriptor, {text_, length_});
+  WriteAll(descriptor, "\n");
   errno = error;
 }
 
 void LastLine::WriteAsJsonTo(int descriptor) const {
   constexpr char kStart[] = R"({"error": ")";
   constexpr char kEnd[] = "\"}\n";
-  WriteAll(descriptor, kStart, sizeof(kStart) - 1);
+  WriteAll(descriptor, kStart);
   for (std::size_t i = 0; i < length_; ++i) {
-    if (text_[i] == '"' || text_[i] == '\\') WriteAll(descriptor, "\\", 1);
-    WriteAll(descriptor, text_ + i, 1);
+    if (text_[i] == '"' || text_[i] == '\\') WriteAll(descriptor, "\\");
+    WriteAll(descriptor, {text_ + i, 1});
   }
-  WriteAll(descriptor, kEnd, sizeof(kEnd) - 1);
+  WriteAll(descriptor, kEnd);
 }

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "Apps/Value/SafeText.h"
+#include "Apps/Value/WriteAll.h"
 #include "Host/Util/Log.h"
 
 namespace {
@@ -50,17 +51,6 @@ std::string FormatTime(std::chrono::seconds time) {
 /// What a line holds behind its start.
 std::string MakeLine(std::string_view start, const std::string& text) {
   return EscapeLine(text, kLongestLine - start.size());
-}
-
-/// The errno of what failed, or 0.
-int WriteAll(int descriptor, std::string_view text) {
-  for (std::size_t written = 0; written < text.size();) {
-    const ssize_t put = write(descriptor, text.data() + written, text.size() - written);
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return put < 0 ? errno : EIO;
-    written += static_cast<std::size_t>(put);
-  }
-  return 0;
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "Apps/Value/MemoryBudget.h"
+#include "Apps/Value/WriteAll.h"
 #include "Host/Files/ImageFile.h"
 
 namespace {
@@ -65,16 +66,6 @@ Status ReadAll(Take take) {
   }
 }
 
-bool WriteAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
-}
-
 /// Whether standard input is a file that has not been read from, so that it can be read by its path.
 bool IsWholeFile() {
   struct stat status {};
@@ -91,7 +82,7 @@ Status Spool() {
   bool is_written = true;
   Status status = ReadAll([&](std::string_view bytes) {
     taken += bytes.size();
-    is_written = taken <= most && WriteAll(memory, bytes);
+    is_written = taken <= most && WriteAll(memory, bytes) == 0;
     return is_written;
   });
   if (taken > most) {
