@@ -49,7 +49,8 @@ ExitCode BatchJobs::Run(std::optional<std::size_t> jobs, std::optional<unsigned>
     cancellation_ = &interruptible.GetCancellation();
     working_ = jobs_;
     ShareThreads(jobs_);
-    ExpectFiles();
+    // A process that opens a file ahead works beside the jobs, and counts where the number of threads was asked for.
+    ExpectFiles(threads ? std::min(jobs_, threads_ - jobs_) : jobs_);
     const std::size_t used = RunJobs(jobs_, [this] { TakeFiles(); });
     if (used < jobs_) {
       reporter_.Note("--jobs " + std::to_string(jobs_) + ": the system had no more than " + std::to_string(used) +
@@ -87,12 +88,12 @@ void BatchJobs::TakeFiles() {
   ShareThreads(--working_);
 }
 
-void BatchJobs::ExpectFiles() const {
+void BatchJobs::ExpectFiles(std::size_t most) const {
   std::vector<std::filesystem::path> files;
   for (std::size_t i = 0; i < work_.count; ++i) {
     for (const GlobFile& file : work_.get_files(i)) files.push_back(file.file);
   }
-  ScEng::ExpectImageFiles(std::move(files), jobs_);
+  ScEng::ExpectImageFiles(std::move(files), most);
 }
 
 void BatchJobs::ShareThreads(std::size_t jobs) const {

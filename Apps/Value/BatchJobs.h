@@ -57,8 +57,8 @@ class BatchJobs {
   };
 
   void TakeFiles();
-  /// Tells which files will be read.
-  void ExpectFiles() const;
+  /// Tells which files will be read; so many may be opened ahead.
+  void ExpectFiles(std::size_t most) const;
   void RunFile(std::size_t index);
   void Evaluate(std::size_t index, Outcome& outcome);
   void Count(const Outcome& outcome);

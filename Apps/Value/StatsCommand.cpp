@@ -15,6 +15,7 @@
 #include "Host/Files/ImageFile.h"
 #include "Host/Image/Image.h"
 #include "Host/Tools/Guard.h"
+#include "Host/Util/ParallelRows.h"
 
 namespace {
 
@@ -69,7 +70,7 @@ class StatsCommand : public Command {
     ExitCode code = ExitCode::kDone;
     {
       Interrupt::Work interruptible([&] { FinishFiles(measured, failed); });
-      ScEng::ExpectImageFiles(FindExpected(), 1);
+      ScEng::ExpectImageFiles(FindExpected(), ScEng::GetNumThreads() > 1 ? 1 : 0);
       for (std::size_t i = 0; i < files_.size() && !interruptible.GetCancellation().IsRequested(); ++i) {
         reporter_.Progress(files_[i], i, files_.size(), ProgressUnit::kFiles);
         const ExitCode own = MeasureFile(files_[i], i == 0);
