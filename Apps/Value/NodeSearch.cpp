@@ -159,8 +159,9 @@ constexpr Topic kTopics[] = {
      "Docs/Cookbook.md has the recipe."},
     {"screen", "Screen: the negatives of both images, Value Multiply, and the negative of that."},
     {"alpha opacity transparency",
-     "Opacity: Image Reader with channels=A reads it as values; \"opacity\" of Image Writer and the option --opacity "
-     "say whether it is written."},
+     "Opacity: Image Reader with channels=A reads it as values (channels=3 of a PNG file in colour); \"opacity\" of "
+     "Image "
+     "Writer and the option --opacity say whether it is written."},
     {"tile tileable tiling seamless",
      "Tiles: \"seamless\" has a node work across the borders of an image that tiles; no node makes one tile that does "
      "not. Docs/Cookbook.md shows whether one does."},

@@ -224,7 +224,7 @@ class HostileTextTest(ValidateTestCase):
         result = self.value("validate", library, code=NODE_ERROR)
         self.assert_quiet(result)
         lines = result.out.splitlines()
-        self.assertTrue(any(line.startswith("FAIL attributes: Type\\nok   forged") for line in lines), str(result))
+        self.assertRegex(result.out, r'(?m)^FAIL attributes: node type 0: attribute "level\\nok   forged .*\.\.\.x+')
         words = {check: {"ok", "FAIL", "skip"} for check in CHECKS}
         for line in lines[:-1]:
             word, check = line.replace(":", " ").split()[:2]
@@ -239,6 +239,14 @@ class HostileTextTest(ValidateTestCase):
         self.assertGreater(len(texts), 3)
         for text in texts:
             self.assertRegex(text, r"\A[ -~]{1,600}\Z")
+
+    def test_the_catalogue_shows_it_in_one_line_as_well(self):
+        for words in ((), ("900,1,7",)):
+            with self.subTest(words=words):
+                out = self.value("nodes", *words, "--plugin", find_library("ManyLines"), "--trust-plugins").out
+                self.assertIn("Display\\nok   forged", out)
+                self.assertNotRegex(out, r"(?m)^ok|[^\n -~]")
+                self.assertLessEqual(max(map(len, out.splitlines())), 2200)
 
 
 class NoNodeLibraryTest(ValidateTestCase):
