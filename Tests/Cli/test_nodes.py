@@ -247,6 +247,8 @@ class SearchTest(ValueTestCase):
             ("bevel", "Relief"), ("emboss", "Relief"), ("smooth", "Relief"), ("gaussian", "Relief"),
             ("noise", "Image Terrain"), ("threshold", "Value Condition"), ("quantize", "Value Steps"),
             ("posterize", "Value Steps"), ("tile", "Image Terrain"), ("seamless", "Image Terrain"),
+            ("invert", "To Value"), ("difference", "Value Subtract"), ("greater", "Value Condition"),
+            ("file", "Image Reader"), ("slope", "Value Gradient"), ("darken", "Value Minimum"),
         ):
             with self.subTest(word=word):
                 self.assertEqual(self.found(word)[0], name)

@@ -61,10 +61,10 @@ ValueOperation* ImageValueAddNode::CreateValueOperation(const std::vector<PlugVa
   return new AdditionOperation(ReadConstant(inputs));
 }
 
-constinit const NodeRecord ImageValueSubtractNode::kRecord = MakeRecord(
-    "ImageValueSubtractNode", "Value Subtract", 90, "Subtract", kSubtractAttributes, SelfTests::RunAdd,
-    "Subtracts a constant from one image, or every further image from the first.",
-    "minus,difference,change,lower,darken,remove,cut away,sharpen,unsharp mask,high pass,detail,ridge,curvature");
+constinit const NodeRecord ImageValueSubtractNode::kRecord =
+    MakeRecord("ImageValueSubtractNode", "Value Subtract", 90, "Subtract", kSubtractAttributes, SelfTests::RunAdd,
+               "Subtracts a constant from one image, or every further image from the first.",
+               "difference,minus,change,lower,darken,remove,cut away,sharpen,unsharp,high pass,ridge,curvature");
 
 ValueOperation* ImageValueSubtractNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new SubtractionOperation(ReadConstant(inputs));
