@@ -44,6 +44,7 @@ set(node_libraries
   LacksOneExport
   LeaksImages
   LeaksMemory
+  ManyLines
   MissingIcon
   ModifiesInput
   NegativeCount

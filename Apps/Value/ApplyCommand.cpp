@@ -67,6 +67,7 @@ class ApplyCommand : public Command, private BatchTask {
     // A graph of its own for each, since the node belongs to the document.
     OneNodeGraph graph = graph_;
     Status status = graph.AddNode(document, *descriptor_, notes);
+    if (!graph.HasNode()) return {ExitCode::kNodeError, status.GetMessage()};
     if (!status.IsError()) status = graph.ConnectInputs(document, notes);
     if (!status.IsError()) status = AddOutputs(graph, document);
     return status.IsError() ? Refusal{standard_output_.GetErrorCode(), status.GetMessage()} : Refusal{};

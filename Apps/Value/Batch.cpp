@@ -64,7 +64,10 @@ void BatchOptions::Declare(CLI::App& app, const std::string& what, const std::st
              "\");\nthere are also {folder} and {index}")
       ->type_name("TEMPLATE")
       ->group(group);
-  app.add_option("--pair", pair_, "How the files of several --each go together: in order (default) or by equal stems")
+  app.add_option(
+         "--pair", pair_,
+         "How the files of several --each go together: order (default), as they are sorted, or stem, by equal names "
+         "without endings")
       ->type_name("WORD")
       ->check(CLI::IsMember({"order", "stem"}))
       ->group(group);

@@ -23,6 +23,9 @@ namespace {
 
 using nlohmann::ordered_json;
 
+/// Where files are decoded, in the answer, that go without a process of their own.
+constexpr const char* kInProcess = "in process";
+
 /// Instruction sets by their names, the best first.
 std::vector<std::string> NamesOf(const std::vector<std::int64_t>& targets) {
   std::vector<std::string> names;
@@ -109,14 +112,26 @@ std::string DescribeExamination(FoundPlugin::Examination examination) {
   return "not examined";
 }
 
-/// What helps against a library that cannot be loaded.
-std::string GetRemedy(const PluginSearch& search) {
-  for (const FoundPlugin& plugin : search.GetPlugins()) {
-    if (plugin.problem.empty() || plugin.source == FoundPlugin::Source::kFolder) continue;
-    return plugin.source == FoundPlugin::Source::kOwn ? "; install the program anew"
-                                                      : "; give another file with --plugin";
+/// What is wrong with a library that is left out, and what helps.
+std::string DescribeLeftOut(const FoundPlugin& plugin) {
+  // The problem says which two offer the same type, and to leave one of them out.
+  if (plugin.is_clash) return plugin.problem;
+  switch (plugin.source) {
+    case FoundPlugin::Source::kOwn: return plugin.problem + "; install the program anew";
+    case FoundPlugin::Source::kFolder:
+      return plugin.problem +
+             "; it is left out: take it out of the folder, or mend what \"value validate FILE\" shows of it";
+    case FoundPlugin::Source::kOption: break;
   }
-  return "; take one of the two out of VALUE_PLUGIN_PATH";
+  return plugin.problem + "; give another file with --plugin";
+}
+
+/// The same of a folder that cannot be searched.
+std::string DescribeFolder(const PluginFolder& folder) {
+  std::error_code error;
+  const bool is_there = std::filesystem::exists(folder.folder, error);
+  return "VALUE_PLUGIN_PATH: " + folder.problem + "; " + (is_there ? "name one that can be read" : "create it") +
+         ", or take it out of the variable";
 }
 
 class DoctorCommand : public Command {
@@ -129,8 +144,8 @@ class DoctorCommand : public Command {
         "Examples:\n"
         "  value doctor\n"
         "  value doctor --device cpu --json\n"
-        "It ends with 0 when all is well, 1 when something that a function needs is missing, and 5 when the node\n"
-        "library cannot be loaded. Each thing that is wrong is a line with its remedy.");
+        "It ends with 0 when all is well, 1 when something is wrong, and 5 when a node library cannot be loaded that\n"
+        "has to be. Each thing that is wrong is a line with its remedy.");
     return sub;
   }
 
@@ -142,7 +157,7 @@ class DoctorCommand : public Command {
     const bool has_plugin = ShowLibraries();
 
     answer_["problems"] = problems_;
-    if (problems_.empty() && !is_something_left_out_) text_ << "\nAll is well.\n";
+    if (problems_.empty()) text_ << "\nAll is well.\n";
     reporter_.Print(text_.str());
     for (const std::string& problem : problems_) reporter_.Error(problem);
     reporter_.Finish(answer_);
@@ -219,20 +234,27 @@ class DoctorCommand : public Command {
         names += (names.empty() ? "" : ", ") + format;
         json["formats"].push_back(format);
       }
-      const char* decoder = !codec.decoder_problem.empty() ? "missing"
-                            : codec.is_confined            ? "confined"
-                                                           : "not confined";
+      const char* decoder = common_.decodes_in_process       ? kInProcess
+                            : !codec.decoder_problem.empty() ? "missing"
+                            : codec.is_confined              ? "confined"
+                                                             : "not confined";
       json["decoder"] = decoder;
       ShowLine(codec.name, names + (codec.problem.empty() ? "" : " (missing)"));
-      ShowLine("", std::string("decoded in a process of its own, ") + decoder);
+      ShowLine("", DescribeDecoding(decoder));
       answer_["image_formats"].push_back(json);
-      if (codec.problem.empty() && !codec.decoder_problem.empty()) {
+      if (codec.problem.empty() && !codec.decoder_problem.empty() && !common_.decodes_in_process) {
         problems_.push_back(names + " can only be read with --in-process: " + codec.decoder_problem);
       }
       if (codec.problem.empty()) continue;
       problems_.push_back(names + " can neither be read nor written: " + codec.problem +
                           "; put it beside the host's libraries, or install the program anew");
     }
+  }
+
+  /// Where the files of a codec are decoded, and how.
+  [[nodiscard]] std::string DescribeDecoding(const char* decoder) const {
+    if (common_.decodes_in_process) return "decoded in this program, without the limits of a process of its own";
+    return std::string("decoded in a process of its own, ") + decoder;
   }
 
   /// False when a library cannot be loaded that has to be.
@@ -245,9 +267,6 @@ class DoctorCommand : public Command {
     for (const FoundPlugin& plugin : search.GetPlugins()) ShowLibrary(plugin);
     if (search.GetPlugins().empty()) text_ << "  none\n";
     ShowPluginFolders(search);
-    reporter_.Notes(search.GetNotes());
-    is_something_left_out_ = !search.GetNotes().empty();
-    if (!catalog) problems_.push_back(status.GetMessage() + GetRemedy(search));
     return catalog != nullptr;
   }
 
@@ -271,6 +290,7 @@ class DoctorCommand : public Command {
     } else {
       text_ << "left out";
       json["problem"] = plugin.problem;
+      problems_.push_back(DescribeLeftOut(plugin));
     }
     text_ << "\n";
     ShowLine("", std::string("from ") + DescribeSource(plugin.source) + ", " + DescribeExamination(plugin.examination));
@@ -293,7 +313,10 @@ class DoctorCommand : public Command {
       ordered_json json;
       json["folder"] = folder.folder.string();
       json["libraries"] = folder.num_libraries;
-      if (!folder.problem.empty()) json["problem"] = folder.problem;
+      if (!folder.problem.empty()) {
+        json["problem"] = folder.problem;
+        problems_.push_back(DescribeFolder(folder));
+      }
       text_ << "  " << folder.folder.string() << ": "
             << (folder.problem.empty() ? Count(folder.num_libraries, "library", "libraries") : folder.problem) << "\n";
       answer_["plugin_folders"].push_back(json);
@@ -303,7 +326,6 @@ class DoctorCommand : public Command {
   std::ostringstream text_;
   ordered_json answer_;
   std::vector<std::string> problems_;
-  bool is_something_left_out_ = false;
 };
 
 }  // namespace

@@ -16,6 +16,7 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/ExitGuard.h"
+#include "Apps/Value/HelpFormatter.h"
 #include "Apps/Value/HiddenCommands.h"
 #include "Apps/Value/Interrupt.h"
 #include "Apps/Value/Reporter.h"
@@ -45,6 +46,7 @@ bool HasJsonFlag(int argc, char** argv) {
 ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
   CLI::App app{"Applies image nodes that read samples as values (height, intensity, mask strength) to files."};
   app.name("value");
+  app.formatter(std::make_shared<HelpFormatter>());
   app.footer(
       "Example:\n"
       "  value apply \"Value Add\" -i terrain.exr --set constant=0.25 -o raised.exr\n"

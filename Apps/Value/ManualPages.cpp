@@ -8,15 +8,10 @@
 
 #include "Apps/Value/CompleteLine.h"
 #include "Apps/Value/DeclaredOptions.h"
+#include "Apps/Value/OptionText.h"
 #include "Apps/Value/RoffPage.h"
 
 namespace {
-
-/// A text that ends as a sentence does.
-std::string EndSentence(std::string text) {
-  if (!text.empty() && std::string_view(".!?:").find(text.back()) == std::string_view::npos) text += '.';
-  return text;
-}
 
 /// What a command's help says at its end: the commands of its examples, and paragraphs of text.
 struct Footer {
@@ -43,41 +38,6 @@ Footer ReadFooter(const std::string& text) {
     }
   }
   return footer;
-}
-
-std::string JoinWithCommas(const std::vector<std::string>& words) {
-  std::string text;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (i > 0) text += i + 1 == words.size() ? " or " : ", ";
-    text += words[i];
-  }
-  return text;
-}
-
-/// The bounds of a number, as its check has them: "1 - 1024" for example; empty where it has none.
-std::string FindBounds(const CLI::Option& option) {
-  const std::string name = option.get_type_name();
-  const std::size_t start = name.find(" in [");
-  const std::size_t end = name.rfind(']');
-  if (start == std::string::npos || end == std::string::npos || end < start) return {};
-  return name.substr(start + 5, end - start - 5);
-}
-
-/// What the help says of an option, with what only its declaration knows.
-std::string DescribeOption(const CLI::Option& option) {
-  std::string text = EndSentence(option.get_description());
-  const std::vector<std::string> words = GetWords(option);
-  const bool names_words = std::all_of(words.begin(), words.end(),
-                                       [&](const std::string& word) { return text.find(word) != std::string::npos; });
-  if (!names_words) text += " One of " + JoinWithCommas(words) + ".";
-  if (std::string bounds = FindBounds(option); !bounds.empty()) {
-    if (const std::size_t dash = bounds.find(" - "); dash != std::string::npos) bounds.replace(dash, 3, " to ");
-    text += " From " + bounds + ".";
-  }
-  if (option.nonpositional() && MayRepeat(option) && text.find("again") == std::string::npos)
-    text += " May be given again.";
-  if (option.nonpositional() && option.get_required()) text += " Required.";
-  return text;
 }
 
 std::string MakeTag(const CLI::Option& option) {

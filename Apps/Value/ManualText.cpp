@@ -82,8 +82,8 @@ const std::vector<CommandText>& GetTexts() {
         "Quote the pattern, so that the program matches it and not the shell."}},
       {"check",
        "",
-       {"Reads a document and lists all that is wrong with it, one line for each problem, without evaluating anything. "
-        "It does not look for the files that the document reads."}},
+       {"Reads a document and lists all that is wrong with it, one line for each problem, without evaluating "
+        "anything."}},
       {"stats",
        "",
        {"Prints the size of an image, its mode, its declared and its measured range, mean and deviation, how many "
@@ -99,7 +99,7 @@ const std::vector<CommandText>& GetTexts() {
       {"doctor",
        "",
        {"Shows versions, the processor, OpenCL devices, the formats of files and the node libraries, and what is wrong "
-        "with any of them, each with its remedy."}},
+        "with any of them."}},
       {"validate",
        "",
        {"Loads a node library in a process of its own and checks what a host relies on: its catalogue, its nodes on "

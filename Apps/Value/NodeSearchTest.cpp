@@ -26,6 +26,18 @@ TEST(NodeSearch, PutsNamesBeforeKeywordsBeforeSentencesBeforeAttributes) {
   EXPECT_EQ(Search(kTexts, {"threshold"}), (Places{3, 1}));
 }
 
+TEST(NodeSearch, PutsEarlierKeywordsBeforeLaterOnes) {
+  std::vector<SearchTexts> texts = kTexts;
+  texts[0].keywords = "bevel,emboss,glow";
+  texts[1].keywords = "outline,border,glow line";
+  texts[2].keywords = "glow,slope";
+  EXPECT_EQ(Search(texts, {"glow"}), (Places{2, 0, 1}));
+  EXPECT_EQ(Search(texts, {"glo", "line"}), Places{1});
+  // A whole word comes before the beginning of one, wherever it stands.
+  texts[3].keywords = "a,b,c,d,glo";
+  EXPECT_EQ(Search(texts, {"glo"}), (Places{3, 2, 0, 1}));
+}
+
 TEST(NodeSearch, HoldsAllWordsInAnyCase) {
   EXPECT_EQ(Search(kTexts, {"MASK", "Blurs"}), Places{0});
   EXPECT_EQ(Search(kTexts, {"mask binary"}), Places{3});
@@ -78,6 +90,14 @@ TEST(NodeSearch, HintsSpeakOfTheirTopicAlone) {
   ASSERT_EQ(FindHints({"Invert"}).size(), 1U);
   EXPECT_EQ(FindHints({"soft"}), Words{});
   EXPECT_EQ(FindHints({"zebra"}), Words{});
+  EXPECT_EQ(FindHints({"crop"}), Words{"No node crops, resizes or turns an image."});
+}
+
+TEST(NodeSearch, SaysWhatNoNodeDoes) {
+  EXPECT_EQ(DescribeMissing({"zebra"}), "");
+  EXPECT_EQ(DescribeMissing({"Resize", "it"}), "no node crops, resizes or turns an image");
+  EXPECT_NE(DescribeMissing({"histogram"}).find("value stats"), std::string::npos);
+  EXPECT_EQ(DescribeMissing({"blur"}), "");
 }
 
 }  // namespace

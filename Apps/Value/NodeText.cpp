@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "Apps/Value/Common.h"
+#include "Apps/Value/SafeText.h"
 #include "Apps/Value/UsageText.h"
 #include "Apps/Value/WrapText.h"
 #include "Host/Tools/Attribute.h"
@@ -17,6 +18,12 @@ namespace {
 constexpr std::size_t kIndent = 18;
 // How far what is said of a node in a list is.
 constexpr std::size_t kSentenceIndent = 6;
+
+/// What a library says, in one line that cannot pass for several.
+std::string Plain(const std::string& text) {
+  constexpr std::size_t kLongest = 1000;
+  return EscapeLine(text, kLongest);
+}
 
 std::string FormatDouble(double number) {
   char text[32];
@@ -56,9 +63,9 @@ std::string DescribeAttribute(const Attribute& attribute) {
   }
   if (attribute.GetKind() == Attribute::Kind::kChoice) form += ", one of " + JoinWords(attribute.GetChoices());
   const AttributeRow* row = attribute.GetRow();
-  if (row == nullptr) return Wrap(form, kIndent);
+  if (row == nullptr) return Wrap(Plain(form), kIndent);
   if (*row->unit != '\0') form += std::string(", in ") + row->unit;
-  return Wrap(form, kIndent) + "\n" + std::string(kIndent, ' ') + Wrap(row->text, kIndent);
+  return Wrap(Plain(form), kIndent) + "\n" + std::string(kIndent, ' ') + Wrap(Plain(row->text), kIndent);
 }
 
 /// "-i FILE" for a node with one input, "-i image_a=FILE -i image_b=FILE" for one with several, and so for outputs.
@@ -91,7 +98,7 @@ void DescribePlugs(const Node& node, std::ostringstream& text) {
   text << "Inputs\n";
   for (std::size_t i = 0; i < node.GetNumRegularInputs(); ++i) {
     const PlugRecord& plug = node.GetInplugs()[i];
-    text << "  " << Pad(plug.name, 16) << PlugType::GetName(plug.type)
+    text << "  " << Pad(Plain(plug.name), 16) << PlugType::GetName(plug.type)
          << (plug.connections == PlugRecord::kAnyNumber ? ", any number of connections" : "") << "\n";
   }
   if (node.GetNumRegularInputs() == 0) text << "  (none)\n";
@@ -99,8 +106,8 @@ void DescribePlugs(const Node& node, std::ostringstream& text) {
   for (unsigned i = 0; i < node.GetOutplugs().size(); ++i) {
     const PlugRecord& plug = node.GetOutplugs()[i];
     const std::string alias = node.GetOutplugAlias(i);
-    text << "  " << Pad(plug.name, 16) << PlugType::GetName(plug.type) << (alias == plug.name ? "" : "  " + alias)
-         << "\n";
+    text << "  " << Pad(Plain(plug.name), 16) << PlugType::GetName(plug.type)
+         << (alias == plug.name ? "" : "  " + Plain(alias)) << "\n";
   }
   if (node.GetOutplugs().empty()) text << "  (none)\n";
 }
@@ -108,10 +115,11 @@ void DescribePlugs(const Node& node, std::ostringstream& text) {
 }  // namespace
 
 std::string DescribeBriefly(const NodeInterface& descriptor, const Node& node) {
-  std::string text = "  " + Pad(descriptor.GetName(), 24) + Pad(descriptor.GetNodeFactory()->GetTypeName(), 34) +
-                     descriptor.GetNodeType().ToString() + "\n";
+  std::string text = "  " + Pad(Plain(descriptor.GetName()), 24) +
+                     Pad(Plain(descriptor.GetNodeFactory()->GetTypeName()), 34) + descriptor.GetNodeType().ToString() +
+                     "\n";
   if (const NodeRecord* record = node.GetRecord()) {
-    text += std::string(kSentenceIndent, ' ') + Wrap(record->sentence, kSentenceIndent) + "\n";
+    text += std::string(kSentenceIndent, ' ') + Wrap(Plain(record->sentence), kSentenceIndent) + "\n";
   }
   return text;
 }
@@ -119,18 +127,19 @@ std::string DescribeBriefly(const NodeInterface& descriptor, const Node& node) {
 std::string DescribeNode(const NodeInterface& descriptor, const Node& node) {
   constexpr std::size_t kFactIndent = 11;
   std::ostringstream text;
-  text << descriptor.GetName() << "\n";
-  if (const NodeRecord* record = node.GetRecord()) text << "  " << Wrap(record->sentence, 2) << "\n";
-  text << "  class    " << descriptor.GetNodeFactory()->GetTypeName() << "\n";
+  text << Plain(descriptor.GetName()) << "\n";
+  if (const NodeRecord* record = node.GetRecord()) text << "  " << Wrap(Plain(record->sentence), 2) << "\n";
+  text << "  class    " << Plain(descriptor.GetNodeFactory()->GetTypeName()) << "\n";
   text << "  numbers  " << descriptor.GetNodeType().ToString() << "\n";
-  text << "  library  " << (descriptor.GetLibraryName().empty() ? "(the host)" : descriptor.GetLibraryName()) << "\n";
+  text << "  library  " << (descriptor.GetLibraryName().empty() ? "(the host)" : Plain(descriptor.GetLibraryName()))
+       << "\n";
   if (const std::string use = ShowUse(descriptor, node); !use.empty()) {
-    text << "  use      " << Wrap(use, kFactIndent) << "\n";
+    text << "  use      " << Wrap(Plain(use), kFactIndent) << "\n";
   }
   DescribePlugs(node, text);
   text << "Attributes\n";
   for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
-    text << "  " << Pad(node.GetAttribute(i)->GetName(), 16) << DescribeAttribute(*node.GetAttribute(i)) << "\n";
+    text << "  " << Pad(Plain(node.GetAttribute(i)->GetName()), 16) << DescribeAttribute(*node.GetAttribute(i)) << "\n";
   }
   if (node.GetNumAttributes() == 0) text << "  (none)\n";
   return text.str();

@@ -229,6 +229,8 @@ class NodesCommand : public Command {
   [[nodiscard]] std::string DescribeNothingFound(const ScEng::NodeCatalog& catalog,
                                                  const std::vector<SearchTexts>& texts) const {
     const std::string written = JoinWords(words_);
+    if (const std::string missing = DescribeMissing(words_); !missing.empty())
+      return ShowWord(written) + ": " + missing;
     const std::string start = "there is no node " + ShowWord(written);
     const std::string list = "; \"value nodes\" lists all";
     const std::vector<std::string> known = ListSearchWords(catalog, texts);

@@ -46,6 +46,8 @@ class OneNodeGraph {
   /// Takes standard input where -i names it. Before `ConnectInputs`.
   ScEng::Status TakeStandardInput();
 
+  /// Whether `AddNode` could make the node; what is wrong is its library's doing where it could not.
+  [[nodiscard]] bool HasNode() const { return node_ != nullptr; }
   /// The node and its id, from `AddNode` on.
   [[nodiscard]] Node& GetNode() const { return *node_; }
   [[nodiscard]] const std::string& GetId() const { return id_; }

@@ -53,7 +53,10 @@ class PanelCommand : public Command {
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
     Status status = graph_.TakeStandardInput();
-    if (!status.IsError()) status = graph_.AddNode(document, *found, notes);
+    if (!status.IsError()) {
+      status = graph_.AddNode(document, *found, notes);
+      if (!graph_.HasNode()) return Fail(ExitCode::kNodeError, status.GetMessage());
+    }
     if (!status.IsError())
       status = graph_.HasInputs() ? graph_.ConnectInputs(document, notes) : AddGenerators(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());

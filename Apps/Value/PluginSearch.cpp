@@ -106,25 +106,24 @@ void PluginSearch::Add(const fs::path& file, FoundPlugin::Source source) {
   plugins_.push_back(std::move(plugin));
 }
 
-Status PluginSearch::Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog, bool& is_clash) const {
+Status PluginSearch::Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog) const {
   Status status;
   if (plugin.examination == FoundPlugin::Examination::kNone) status = Examine(plugin.file, plugin.examination);
   if (status.IsError()) return status;
   plugin.library = NodeLibrary::Load(plugin.file, status);
-  if (plugin.library) status = catalog.AddLibrary(plugin.library, &is_clash);
+  if (plugin.library) status = catalog.AddLibrary(plugin.library, &plugin.is_clash);
   return status;
 }
 
 Status PluginSearch::LoadInto(ScEng::NodeCatalog& catalog) {
   Status first;
   for (FoundPlugin& plugin : plugins_) {
-    // Of two libraries that offer one type, nobody knows which is meant.
-    bool is_clash = false;
-    const Status status = Load(plugin, catalog, is_clash);
+    const Status status = Load(plugin, catalog);
     if (!status.IsError()) continue;
-    plugin.problem = status.GetMessage() + (is_clash ? "; leave one of the two out" : "");
+    plugin.problem = status.GetMessage() + (plugin.is_clash ? "; leave one of the two out" : "");
     plugin.library.reset();
-    if (plugin.source == FoundPlugin::Source::kFolder && !is_clash) {
+    // Of two libraries that offer one type, nobody knows which is meant.
+    if (plugin.source == FoundPlugin::Source::kFolder && !plugin.is_clash) {
       notes_.push_back(plugin.problem + "; it is left out");
     } else if (!first.IsError()) {
       first = Status::Error(plugin.problem);

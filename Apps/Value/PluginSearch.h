@@ -32,6 +32,8 @@ struct FoundPlugin {
   Examination examination = Examination::kNone;
   /// Why it is left out, in one line that names it; empty where it is loaded.
   std::string problem;
+  /// Whether it is left out because another library offers one of its types.
+  bool is_clash = false;
   /// Null where it is left out.
   std::shared_ptr<ScEng::NodeLibrary> library;
 };
@@ -68,7 +70,7 @@ class PluginSearch {
   void FindInFolders(const std::string& folders);
   void FindIn(PluginFolder& folder);
   void Add(const std::filesystem::path& file, FoundPlugin::Source source);
-  ScEng::Status Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog, bool& is_clash) const;
+  ScEng::Status Load(FoundPlugin& plugin, ScEng::NodeCatalog& catalog) const;
 
   bool trusts_;
   /// The places in the list, by file system and number of the file.

@@ -7,6 +7,7 @@
 
 #include "Apps/Value/Common.h"
 #include "Apps/Value/ExitGuard.h"
+#include "Apps/Value/SafeReport.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Validation/Validation.h"
 
@@ -107,7 +108,7 @@ class ValidateCommand : public Command {
     options.child_command = {GetProgramFile().string(), "validate", options.library.string(), "--child"};
     std::size_t done = 0;
     options.on_check = [&](const CheckReport& report) {
-      if (report.result == CheckResult::kFailed || !common_.quiet) reporter_.Print(FormatCheck(report));
+      if (report.result == CheckResult::kFailed || !common_.quiet) reporter_.Print(FormatCheck(MakeSafe(report)));
       reporter_.Progress(report.check.name, ++done, ScEng::GetChecks().size(), ProgressUnit::kChecks);
     };
     const ScEng::ValidationReport report = ScEng::ValidateLibrary(options);
@@ -127,10 +128,11 @@ class ValidateCommand : public Command {
     }
     ordered_json answer;
     answer["file"] = library_;
-    answer["library"] = report.library_name;
-    answer["nodes"] = report.nodes;
+    answer["library"] = MakeSafeName(report.library_name);
+    answer["nodes"] = ordered_json::array();
+    for (const std::string& node : report.nodes) answer["nodes"].push_back(MakeSafeName(node));
     answer["checks"] = ordered_json::array();
-    for (const CheckReport& check : report.checks) answer["checks"].push_back(ToJson(check));
+    for (const CheckReport& check : report.checks) answer["checks"].push_back(ToJson(MakeSafe(check)));
     answer["passed"] = passed;
     answer["failed"] = failed;
     answer["skipped"] = skipped;

@@ -11,6 +11,7 @@
 #include "Host/Documents/DocumentWriter.h"
 #include "Host/Documents/MessageText.h"
 #include "Host/Tools/Guard.h"
+#include "Host/Tools/TypeGuard.h"
 
 namespace ScEng {
 namespace {
@@ -81,7 +82,8 @@ Status GraphDocument::SaveText(std::string& text) const {
 // ---- Nodes ----
 
 Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status& status) {
-  if (content_->engine.GetCatalog().Find(type) == nullptr) {
+  const NodeInterface* const descriptor = content_->engine.GetCatalog().Find(type);
+  if (descriptor == nullptr) {
     status = Status::Error("node " + Quote(id) + ": there is no node type [" + type.ToString() + "]");
     return nullptr;
   }
@@ -91,13 +93,16 @@ Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status
   if (node == nullptr) {
     content_->ids.pop_back();
     content_->entries.erase(id);
-    status = Status::Error("node " + Quote(id) + ": " + status.GetMessage());
+    const std::string named = "node " + Quote(id);
+    // An id may be the name of its type, which the error starts with.
+    const bool is_named = status.GetMessage().starts_with(named + " ") || status.GetMessage().starts_with(named + ":");
+    if (!is_named) status = Status::Error(named + ": " + status.GetMessage());
     return nullptr;
   }
   entry->node = node;
   content_->entries_by_node[node] = entry;
-  const Status told =
-      CallGuarded("GetAttributeVersion", [&] { entry->attribute_version = node->GetAttributeVersion(); });
+  const Status told = CallTypeGuarded(*descriptor, "GetAttributeVersion",
+                                      [&] { entry->attribute_version = node->GetAttributeVersion(); });
   if (told.IsError()) {
     status = Status::Error("node " + Quote(id) + ": " + told.GetMessage());
     RemoveNode(id);

@@ -104,7 +104,11 @@ class GpuEngine::State {
     if (!List(status)) return -1;
     if (!word_.empty()) return Gpu::ChooseDevice(pool_->GetRecords(), word_, "--device", status);
     const char* named = std::getenv(kVariable);
-    return Gpu::ChooseDevice(pool_->GetRecords(), named == nullptr ? "" : named, kVariable, status);
+    const int chosen = Gpu::ChooseDevice(pool_->GetRecords(), named == nullptr ? "" : named, kVariable, status);
+    // Without any device, another word would be of no help.
+    const bool is_word_wrong = chosen < 0 && named != nullptr && *named != '\0' && !pool_->GetRecords().empty();
+    if (is_word_wrong) status = Status::Error(status.GetMessage() + "; set it to one that can be used, or unset it");
+    return chosen;
   }
 
   std::mutex mutex_;

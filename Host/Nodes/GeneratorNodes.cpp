@@ -99,7 +99,7 @@ constinit const NodeRecord ImageWavesNode::kRecord = MakeRecord(
 constinit const NodeRecord ImageTerrainNode::kRecord =
     MakeRecord("ImageTerrainNode", "Image Terrain", ScEng::kImageTerrainType, kTerrainAttributes,
                "Makes a fractal height field that tiles, as values from 0 to 1.",
-               "noise,fractal,random,height,heightmap,landscape,mountain,hills,perlin,clouds,tileable,seamless");
+               "noise,fractal,tileable,seamless,random,height,heightmap,landscape,mountain,hills,perlin,clouds");
 
 void ImageGeneratorNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {
   output_.ReleaseAll();

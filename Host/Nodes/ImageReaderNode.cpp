@@ -104,7 +104,7 @@ constinit const NodeRecord ImageReaderNode::kRecord{
     .type = ScEng::kImageReaderType,
     .group = "Files",
     .sentence = "Reads an image file.",
-    .keywords = "load,open,import,input,source,file,picture,raster",
+    .keywords = "load,open,file,import,alpha,opacity,transparency,dem,elevation model,input,source,picture,raster",
     .attributes = kAttributes,
     .outputs = kImagePlugs,
     .reach = ReachesImage,

@@ -36,7 +36,7 @@ constinit const NodeRecord ImageWriterNode::kRecord{
     .type = ScEng::kImageWriterType,
     .group = "Files",
     .sentence = "Writes its input image to a file when the document is run.",
-    .keywords = "save,export,output,store,render,file",
+    .keywords = "save,export,output,store,render,file,alpha,opacity,transparency",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .reach = ReachesImage,

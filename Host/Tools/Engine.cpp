@@ -20,6 +20,7 @@
 #include "Host/Tools/AcyclicGraph.h"
 #include "Host/Tools/Guard.h"
 #include "Host/Tools/RunningCall.h"
+#include "Host/Tools/TypeGuard.h"
 #include "Host/Util/EvaluationScope.h"
 #include "Host/Util/Log.h"
 
@@ -574,13 +575,13 @@ Node* Engine::CreateNode(const NodeType& type, Status& status) {
     status = Status::Error("the catalogue has no node type " + type.ToString());
     return nullptr;
   }
-  Status created;
-  Node* node = ScEng::CallGuarded<Node*>("CreateNode", created, nullptr,
-                                         [&] { return descriptor->GetNodeFactory()->CreateNode(); });
-  if (node == nullptr && !created.IsError()) created = Status::Error("CreateNode answers null instead of a node");
-  if (!created.IsError()) node = graph_->Add(node, created);
-  if (created.IsError()) status = Status::Error("node type " + type.ToString() + ": " + created.GetMessage());
-  return created.IsError() ? nullptr : node;
+  const RefPtr<Node> node = ScEng::CreateNode(*descriptor, status);
+  if (!node) return nullptr;
+  const ScEng::RunningScope running({nullptr, nullptr, ScEng::FindLibraryOf(*descriptor)});
+  Status added;
+  Node* const joined = graph_->Add(node.Get(), added);
+  if (added.IsError()) status = ScEng::NameType(*descriptor, added);
+  return joined;
 }
 
 Node* Engine::CreateNode(const NodeType& type) {

@@ -1009,7 +1009,7 @@ TEST_F(EngineTest, ANodeThatThrowsWhenItJoinsIsNotMade) {
   UnrulyNode::throws_in = "added";
   ScEng::Status status;
   EXPECT_EQ(engine_.CreateNode(UnrulyNode::kType, status), nullptr);
-  EXPECT_EQ(status.GetMessage(), "node type 700, 1, 8: OnAdded threw an exception: the lid came off");
+  EXPECT_EQ(status.GetMessage(), "node \"Test UnrulyNode\": OnAdded threw an exception: the lid came off");
   EXPECT_TRUE(engine_.GetNodes().empty());
   EXPECT_EQ(engine_.CreateNode({1, 2, 3}, status), nullptr);
   EXPECT_EQ(status.GetMessage(), "the catalogue has no node type 1, 2, 3");

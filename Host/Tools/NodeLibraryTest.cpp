@@ -176,8 +176,9 @@ TEST(NodeCatalog, AFactoryThatThrowsMakesNoNode) {
   Engine engine(catalog);
   EXPECT_EQ(engine.CreateNode({900, 2, 2}), nullptr);
   EXPECT_EQ(engine.CreateNode({900, 2, 2}, status), nullptr);
-  EXPECT_EQ(status.GetMessage(),
-            "node type 900, 2, 2: CreateNode threw an exception: the shelf is bare and the door is shut");
+  EXPECT_EQ(status.GetMessage(), "node \"Parts Node 2\" of plug-in \"" +
+                                     std::filesystem::canonical(LibraryFile("ThrowsInCreateNode")).string() +
+                                     "\": CreateNode threw an exception: the shelf is bare and the door is shut");
   EXPECT_NE(engine.CreateNode({900, 2, 1}), nullptr);
   EXPECT_EQ(engine.GetNodes().size(), 1U);
 }

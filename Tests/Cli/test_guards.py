@@ -2,7 +2,9 @@
 
 import shutil
 
-from cli_support import DONE, NODE_ERROR, PLUGIN_ERROR, USAGE, VALUE, ValueTestCase, sample_picture
+from cli_support import (
+    DONE, INVALID, NODE_ERROR, USAGE, VALUE, ValueTestCase, document, sample_picture,
+)
 from test_validate import find_library
 
 
@@ -23,15 +25,23 @@ class ThrowingLibraryTest(ValueTestCase):
                     )
                     self.assert_one_error(result, "the shelf is bare")
 
-    def test_a_node_that_cannot_be_created_fails_its_run(self):
-        self.picture("in.exr", sample_picture(VALUE))
-        result = self.value(
-            "apply", "Parts Node 2", "--plugin", find_library("ThrowsInCreateNode"), "--trust-plugins",
-            "-o", "out.exr", code=None,
-        )
-        self.assertIn(result.code, (NODE_ERROR, PLUGIN_ERROR, 2, 3))
-        self.assert_names(result, "the shelf is bare")
-        self.assert_files("in.exr")
+    def test_a_node_that_cannot_be_created_fails_its_run_with_its_library_named(self):
+        self.save("graph.json", document([{"id": "made", "type": "PartsNode2"}]))
+        for command, code, start in (
+            (("apply", "Parts Node 2", "-o", "out.exr"), NODE_ERROR, "value: "),
+            (("panel", "Parts Node 2", "--screenshot", "out.png"), NODE_ERROR, "value: "),
+            (("run", "graph.json"), INVALID, "node \"made\": "),
+            (("check", "graph.json"), INVALID, "node \"made\": "),
+        ):
+            with self.subTest(command=command):
+                result = self.value(
+                    *command, "--plugin", find_library("ThrowsInCreateNode"), "--trust-plugins", code=code
+                )
+                self.assert_one_error(
+                    result, start + "node \"Parts Node 2\" of plug-in \"",
+                    "ThrowsInCreateNode.so\": CreateNode threw an exception: the shelf is bare",
+                )
+                self.assert_files("graph.json")
 
     def test_the_error_names_library_and_node_and_the_others_are_listed(self):
         for operation in ("CreateNode", "GroupCode"):

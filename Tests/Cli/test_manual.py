@@ -92,6 +92,18 @@ class PagesTest(ManualTestCase):
             self.assertIn(word, pages["value-run"].split("--type TYPE")[1].split("--samples")[0])
         self.assertRegex(pages["value-run"], r"--threads N\n[^-]*From 1 to\s+1024\.")
 
+    def test_nothing_is_said_twice(self):
+        pages = {page.stem: self.show(page) for page in self.write_pages()}
+        scale = pages["value-panel"].split("--scale N")[1].split("\n\n")[0]
+        self.assertRegex(scale, r"\A\s+Device pixels per pixel: 1 or 2\.\Z")
+        self.assertEqual(pages["value-check"].count("not looked for") + pages["value-check"].count("not look for"), 1)
+        self.assertEqual(pages["value-doctor"].count("remedy"), 1)
+        for name, page in pages.items():
+            for entry in re.split(r"\n\n", page.split("\nOPTIONS\n")[1].split("\nEXIT STATUS\n")[0]):
+                sentences = [sentence.split() for sentence in re.split(r"[.;]\s", entry)]
+                self.assertLessEqual(entry.count("be given again"), 1, f"{name}: {entry}")
+                self.assertEqual(len(sentences), len({tuple(words) for words in sentences}), f"{name}: {entry}")
+
     def test_nodes_are_listed_with_what_they_do(self):
         pages = {page.stem: self.show(page) for page in self.write_pages()}
         for name in ("value-nodes", "value-apply"):
@@ -102,6 +114,43 @@ class PagesTest(ManualTestCase):
         status = self.show(self.write_pages()[0]).split("\nEXIT STATUS\n")[1].split("\nENVIRONMENT\n")[0]
         found = re.findall(r"(?m)^ {7}(\d+)", status)
         self.assertEqual(found[:6], ["0", "1", "2", "3", "4", "5"])
+
+
+class HelpTest(ManualTestCase):
+    def help_pages(self):
+        return {command: self.value(*command.split(), "--help").out for command in ["", *self.commands()]}
+
+    def test_values_have_names_without_types_and_checks(self):
+        for command, page in self.help_pages().items():
+            with self.subTest(command=command):
+                self.assertNotRegex(page, r"\(0x|:(INT|UINT|FLOAT|TEXT|\{)| in \[|\bTEXT\b|REQUIRED|\[OPTIONS\]")
+                for value in re.findall(r"(?m)^  (?:-\w,)?--[a-z-]+ (\S+)", page):
+                    self.assertRegex(value, r"\A[A-Z]+([.,=][A-Z]+)*(\.\.\.)?\Z")
+
+    def test_the_usage_is_that_of_the_manual(self):
+        pages = {page.stem: self.show(page) for page in self.write_pages()}
+        for command, page in self.help_pages().items():
+            with self.subTest(command=command):
+                usage = page.split("Usage: ")[1].split("\n\n")[0]
+                manual = pages["-".join(["value", *command.split()])].split("\nSYNOPSIS\n")[1].split("\n\n")[0]
+                self.assertEqual(usage.split(), manual.split())
+
+    def test_options_fit_into_80_columns(self):
+        for command, page in self.help_pages().items():
+            listed = page.split("Usage: ")[1].split("\nExample")[0]
+            for line in re.findall(r"(?m)^ .*$", listed):
+                self.assertLessEqual(len(line), 80, f"{command}: {line}")
+
+    def test_words_and_bounds_are_told_once(self):
+        pages = {command: " ".join(page.split()) for command, page in self.help_pages().items()}
+        self.assertIn("--threads N Threads that image operations may use (default: one per core). From 1 to 1024.", pages["run"])
+        self.assertIn("--scale N Device pixels per pixel: 1 or 2. Options of", pages["panel"])
+        self.assertIn("--type TYPE Samples of the files: auto, float, half, uint16, uint8 or int16. --samples", pages["run"])
+        self.assertRegex(pages["run"], r"--pair WORD [^.]*\border\b[^.]*\bstem\b[^.]*\. --skip-existing")
+        self.assertIn("-i,--input FILE... Image files", pages["apply"])
+        self.assertRegex(pages["apply"], r"-o,--output FILE The file [^.]*\. May be given again\. Required\.")
+        self.assertIn("Usage: value apply NODE [-i FILE]...", pages["apply"])
+        self.assertIn("Usage: value selftest [OPTION]... [NAME] Positionals: NAME Class name", pages["selftest"])
 
 
 class SameAgainTest(ManualTestCase):

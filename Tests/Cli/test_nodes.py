@@ -235,6 +235,63 @@ class SearchTest(ValueTestCase):
             with self.subTest(words=words):
                 self.assertEqual(self.found(*words)[0], name)
 
+    def test_each_word_has_its_node_in_the_first_place(self):
+        for word, name in (
+            ("merge", "Value Add"), ("lerp", "Value Add"), ("mix", "Value Add"), ("blend", "Value Add"),
+            ("overlay", "Value Add"), ("screen", "Value Multiply"), ("alpha", "Image Reader"),
+            ("opacity", "Image Reader"), ("normalize", "To Value"), ("ridge", "Value Subtract"),
+            ("curvature", "Value Subtract"), ("sharpen", "Value Subtract"), ("hillshade", "Value Gradient"),
+            ("erosion", "Distance"), ("erode", "Distance"), ("dilate", "Distance"), ("dem", "Image Reader"),
+            ("elevation", "Value Range"), ("terrain", "Image Terrain"), ("contour", "Component Edges"),
+            ("outline", "Component Edges"), ("glow", "Distance"), ("shadow", "Ambient Occlusion"),
+            ("bevel", "Relief"), ("emboss", "Relief"), ("smooth", "Relief"), ("gaussian", "Relief"),
+            ("noise", "Image Terrain"), ("threshold", "Value Condition"), ("quantize", "Value Steps"),
+            ("posterize", "Value Steps"), ("tile", "Image Terrain"), ("seamless", "Image Terrain"),
+            ("invert", "To Value"), ("difference", "Value Subtract"), ("greater", "Value Condition"),
+            ("file", "Image Reader"), ("slope", "Value Gradient"), ("darken", "Value Minimum"),
+        ):
+            with self.subTest(word=word):
+                self.assertEqual(self.found(word)[0], name)
+        # The name of a node shows all about it.
+        self.assertTrue(self.value("nodes", "distance").out.startswith("Distance\n"))
+
+    def test_tasks_of_several_nodes_come_with_the_way(self):
+        for word, steps in (
+            ("sharpen", ("Value Subtract", "Relief", "Value Multiply", "Value Add")),
+            ("hillshade", ("Value Gradient", "Value Multiply", "Value Add")),
+            ("ridge", ("Value Subtract", "Relief", "Docs/Cookbook.md")),
+            ("contour", ("Value Steps", "Component Edges")), ("erosion", ("no node lets water flow",)),
+            ("lerp", ("Value Multiply", "Value Add")), ("opacity", ("channels=A", "--opacity")),
+            ("tile", ("no node makes",)), ("crop", ("No node crops",)),
+        ):
+            with self.subTest(word=word):
+                hints = self.value("nodes", word, "--json").json_values()[0]["hints"]
+                for step in steps:
+                    self.assertIn(step, " ".join(hints))
+
+    def test_what_no_node_does_is_said(self):
+        for word, instead in (("histogram", "value stats"), ("voronoi", "Distance"), ("resize", "no node")):
+            with self.subTest(word=word):
+                self.assert_one_error(self.value("nodes", word, code=USAGE), f"\"{word}\": no node ", instead)
+                self.assert_json_error(self.value("nodes", word, "--json", code=USAGE), "no node")
+
+    def test_the_sharpening_of_the_hint_sharpens(self):
+        # A step from 0 to 1 between the third and the fourth of six columns.
+        data = np.zeros((6, 6), dtype=np.float32)
+        data[:, 3:] = 1
+        self.picture("step.exr", Picture(data, VALUE))
+        for step in (
+            ("apply", "Relief", "-i", "step.exr", "--set", "radius=0", "--set", "soften=1", "--set",
+             "seamless=false", "-o", "soft.exr"),
+            ("apply", "Value Subtract", "-i", "step.exr", "-i", "soft.exr", "-o", "detail.exr"),
+            ("apply", "Value Multiply", "-i", "detail.exr", "--set", "constant=2", "-o", "much.exr"),
+            ("apply", "Value Add", "-i", "step.exr", "-i", "much.exr", "-o", "sharp.exr"),
+        ):
+            self.value(*step)
+        sharp = read_file(self.dir / "sharp.exr").data[:, :, 0]
+        # Darker before the step and brighter behind it.
+        self.assertTrue((sharp[:, 2] < -0.1).all() and (sharp[:, 3] > 1.1).all(), str(sharp))
+
     def test_all_words_are_held(self):
         one, other = set(self.found("mask")), set(self.found("seamless"))
         self.assertTrue(one & other)

@@ -223,9 +223,18 @@ class DoctorTest(EnvironmentTestCase):
         self.assertNotIn("pocl-opencl-icd", result.err)
 
     def test_wrong_variable(self):
+        name = self.value("doctor", "--json").json_values()[0]["devices"][0]["name"]
         result = self.value_with({"VALUE_DEVICE": "zebra"}, "doctor", code=NODE_ERROR)
-        self.assertIn("VALUE_DEVICE", result.err)
-        self.assertIn("zebra", result.err)
+        self.assert_one_error(
+            result, "VALUE_DEVICE", "zebra", name, "set it to one that can be used, or unset it"
+        )
+
+    def test_in_process_is_shown(self):
+        result = self.value("doctor", "--in-process")
+        self.assertIn("decoded in this program", result.out)
+        self.assertNotIn("decoded in a process of its own", result.out)
+        formats = self.value("doctor", "--in-process", "--json").json_values()[0]["image_formats"]
+        self.assertEqual({codec["decoder"] for codec in formats}, {"in process"})
 
     def test_an_empty_cache_folder_counts_as_not_set(self):
         changes = {"POCL_CACHE_DIR": "", "XDG_CACHE_HOME": str(self.dir / "cache")}

@@ -389,6 +389,30 @@ class DoctorTest(PluginTestCase):
         trusted = self.run_with("doctor", "--trust-plugins", folders=[self.plugins], code=None)
         self.assertIn("trusted, not examined", trusted.out)
 
+    def test_what_is_left_out_is_a_problem_with_its_remedy(self):
+        self.copy("LoadExits")
+        (self.dir / "file").write_text("")
+        folders = [self.plugins, self.dir / "nowhere", self.dir / "file"]
+        result = self.run_with("doctor", folders=folders, code=NODE_ERROR)
+        self.assertNotIn("All is well", result.out)
+        library, missing, file = result.err_lines
+        for words in ("LoadExits.so", "take it out of the folder", "\"value validate FILE\""):
+            self.assertIn(words, library)
+        self.assertIn("nowhere\" cannot be read", missing)
+        self.assertIn("create it, or take it out of the variable", missing)
+        self.assertIn("name one that can be read, or take it out of the variable", file)
+        answer = self.run_with("doctor", "--json", folders=folders, code=NODE_ERROR).json_values()[0]
+        self.assertEqual([f"value: {problem}" for problem in answer["problems"]], result.err_lines)
+
+    def test_every_bad_library_of_the_command_line_is_told(self):
+        result = self.run_with(
+            "doctor", "--plugin", find_library("LoadPrints"), "--plugin", "nothing.so", code=PLUGIN_ERROR
+        )
+        self.assertEqual(len(result.err_lines), 2, str(result))
+        for line, name in zip(result.err_lines, ("LoadPrints.so", "nothing.so")):
+            self.assertIn(name, line)
+            self.assertIn("give another file with --plugin", line)
+
     def test_a_bad_library_of_the_command_line_is_an_error(self):
         result = self.run_with("doctor", "--plugin", find_library("LoadPrints"), code=PLUGIN_ERROR)
         self.assert_one_error(result, "LoadPrints.so", "standard output")

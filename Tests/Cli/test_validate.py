@@ -218,6 +218,37 @@ class BadLibraryTest(ValidateTestCase):
         self.assertEqual(answer["skipped"], len(after))
 
 
+class HostileTextTest(ValidateTestCase):
+    def test_what_a_library_says_is_one_short_line(self):
+        library = find_library("ManyLines")
+        result = self.value("validate", library, code=NODE_ERROR)
+        self.assert_quiet(result)
+        lines = result.out.splitlines()
+        self.assertRegex(result.out, r'(?m)^FAIL attributes: node type 0: attribute "level\\nok   forged .*\.\.\.x+')
+        words = {check: {"ok", "FAIL", "skip"} for check in CHECKS}
+        for line in lines[:-1]:
+            word, check = line.replace(":", " ").split()[:2]
+            self.assertIn(word, words.get(check, ()), line)
+            self.assertLessEqual(len(line), 720, line)
+        self.assertNotRegex(result.out, r"[^\n -~]")
+
+        answer, checks = self.validate(library, code=NODE_ERROR)
+        findings = [finding for check in checks.values() for finding in check["failures"] + check["skips"]]
+        texts = [answer["library"], *answer["nodes"]]
+        texts += [finding[key] for finding in findings for key in ("node", "text") if key in finding]
+        self.assertGreater(len(texts), 3)
+        for text in texts:
+            self.assertRegex(text, r"\A[ -~]{1,600}\Z")
+
+    def test_the_catalogue_shows_it_in_one_line_as_well(self):
+        for words in ((), ("900,1,7",)):
+            with self.subTest(words=words):
+                out = self.value("nodes", *words, "--plugin", find_library("ManyLines"), "--trust-plugins").out
+                self.assertIn("Display\\nok   forged", out)
+                self.assertNotRegex(out, r"(?m)^ok|[^\n -~]")
+                self.assertLessEqual(max(map(len, out.splitlines())), 2200)
+
+
 class NoNodeLibraryTest(ValidateTestCase):
     def test_a_missing_file(self):
         result = self.value("validate", "nothing.so", code=FILE_ERROR)

@@ -40,7 +40,7 @@ constinit const NodeRecord ImageAmbientOcclusionNode::kRecord{
     .icon = "AmbientOcclusion",
     .group = "Shape",
     .sentence = "Shades a height field by how much of the sky each place sees.",
-    .keywords = "ao,shadow,shade,crevice,cavity,valley,light,sky,hollow,dirt,weathering",
+    .keywords = "ao,shadow,shade,crevice,cavity,valley,light,sky,hollow,dirt,weathering,hillshade",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

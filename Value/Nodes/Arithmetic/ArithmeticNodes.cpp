@@ -48,10 +48,10 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
 
 }  // namespace
 
-constinit const NodeRecord ImageValueAddNode::kRecord =
-    MakeRecord("ImageValueAddNode", "Value Add", 5, "Add", kAddAttributes, SelfTests::RunAdd,
-               "Adds a constant to one image, or adds up several images.",
-               "plus,sum,total,raise,lift,offset,brighten,blend,mix,linear dodge,combine,accumulate");
+constinit const NodeRecord ImageValueAddNode::kRecord = MakeRecord(
+    "ImageValueAddNode", "Value Add", 5, "Add", kAddAttributes, SelfTests::RunAdd,
+    "Adds a constant to one image, or adds up several images.",
+    "plus,sum,total,blend,mix,lerp,merge,overlay,raise,lift,offset,brighten,linear dodge,combine,accumulate");
 
 bool ImageValueAddNode::IsObsoleteAttribute(unsigned, const char* name) const {
   return std::string_view(name) == "mask_min";
@@ -64,16 +64,17 @@ ValueOperation* ImageValueAddNode::CreateValueOperation(const std::vector<PlugVa
 constinit const NodeRecord ImageValueSubtractNode::kRecord =
     MakeRecord("ImageValueSubtractNode", "Value Subtract", 90, "Subtract", kSubtractAttributes, SelfTests::RunAdd,
                "Subtracts a constant from one image, or every further image from the first.",
-               "minus,difference,change,lower,darken,remove,cut away");
+               "difference,minus,change,lower,darken,remove,cut away,sharpen,unsharp,high pass,ridge,curvature");
 
 ValueOperation* ImageValueSubtractNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new SubtractionOperation(ReadConstant(inputs));
 }
 
-constinit const NodeRecord ImageValueMultiplyNode::kRecord = MakeRecord(
-    "ImageValueMultiplyNode", "Value Multiply", 10, "Multiply", kMultiplyAttributes, SelfTests::RunMultiply,
-    "Multiplies one image by a constant, or several images with each other.",
-    "times,product,scale,gain,amplify,attenuate,fade,strength,exposure,mask,invert,negative,blend,mix,square");
+constinit const NodeRecord ImageValueMultiplyNode::kRecord =
+    MakeRecord("ImageValueMultiplyNode", "Value Multiply", 10, "Multiply", kMultiplyAttributes, SelfTests::RunMultiply,
+               "Multiplies one image by a constant, or several images with each other.",
+               "times,product,scale,gain,amplify,attenuate,fade,strength,exposure,mask,screen,invert,negative,blend,"
+               "mix,lerp,square");
 
 ValueOperation* ImageValueMultiplyNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new MultiplicationOperation(ReadConstant(inputs));
@@ -110,7 +111,7 @@ ValueOperation* ImageValueMinimumNode::CreateValueOperation(const std::vector<Pl
 constinit const NodeRecord ImageValueMaximumNode::kRecord =
     MakeRecord("ImageValueMaximumNode", "Value Maximum", 21, "Max", kMaximumAttributes, SelfTests::RunMaximum,
                "Takes the higher of an image and a constant, or the highest of several images.",
-               "max,lighten,highest,union,or,combine,limit,floor,sea level,water level,stamp");
+               "max,lighten,highest,union,or,combine,merge,limit,floor,sea level,water level,stamp");
 
 ValueOperation* ImageValueMaximumNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new MaximumOperation(ReadConstant(inputs));

@@ -49,7 +49,7 @@ constinit const NodeRecord ImageValueConditionNode::kRecord{
     .icon = "Condition",
     .group = "Masks",
     .sentence = "Makes a mask that is 1 where a test on the value holds and 0 elsewhere.",
-    .keywords = "threshold,binary,if,test,select,greater,less,equal,mask,cut-out,cutoff,altitude,waterline",
+    .keywords = "threshold,equal,greater,less,binary,if,test,select,mask,cut-out,cutoff,altitude,waterline",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

@@ -27,9 +27,8 @@ constinit const NodeRecord ImageEuclideanDistanceNode::kRecord{
     .group = "Shape",
     .sentence = "Gives every pixel its distance to the nearest pixel of a shape.",
     .keywords =
-        "distance transform,distance "
-        "field,sdf,euclidean,proximity,falloff,buffer,dilate,grow,expand,thicken,erode,shrink,"
-        "contract,feather,glow,outline,shore,coast",
+        "distance transform,distance field,sdf,dilate,dilation,erode,erosion,grow,shrink,glow,euclidean,proximity,"
+        "falloff,buffer,expand,thicken,contract,feather,outline,shore,coast",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

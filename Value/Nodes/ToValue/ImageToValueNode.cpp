@@ -37,9 +37,8 @@ constinit const NodeRecord ImageToValueNode::kRecord{
     .group = "Values from images",
     .sentence = "Turns any image into one number per pixel and maps a range of these numbers onto low to high.",
     .keywords =
-        "grayscale,greyscale,monochrome,black and "
-        "white,luminance,desaturate,convert,mask,height,remap,rescale,normalize,"
-        "auto levels,contrast,stretch,invert,negative,reverse",
+        "grayscale,greyscale,normalize,invert,negative,reverse,remap,rescale,monochrome,black and white,luminance,"
+        "desaturate,convert,mask,height,auto levels,contrast,stretch",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,
