@@ -143,7 +143,7 @@ std::vector<std::string> LineSubject::ListWords(bool with_doubtful) const {
   for (const Argument& argument : line_.behind) {
     const bool is_word = argument.kind == Argument::Kind::kWord;
     if (is_word && (with_doubtful || !is_doubtful)) words.push_back(argument.text);
-    is_doubtful = argument.kind == Argument::Kind::kUnknownOption && !argument.is_joined;
+    if (!is_word) is_doubtful = argument.kind == Argument::Kind::kUnknownOption && !argument.is_joined;
   }
   return words;
 }

@@ -19,7 +19,8 @@ namespace {
 
 /// Why the temporary file could not be made, in words that say where.
 std::string DescribeCreation(const TargetFile& target, ErrorNumber failure) {
-  if (failure != EACCES && failure != EPERM && failure != EROFS) return DescribeErrno(failure);
+  const bool is_of_folder = failure == EACCES || failure == EPERM || failure == EROFS || failure == ENOENT;
+  if (!is_of_folder) return DescribeErrno(failure);
   return "no file can be made in the folder \"" + target.GetFolderPath().string() + "\": " + DescribeErrno(failure);
 }
 
