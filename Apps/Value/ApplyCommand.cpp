@@ -8,6 +8,7 @@
 #include "Apps/Value/StandardInput.h"
 #include "Apps/Value/StandardOutput.h"
 #include "Apps/Value/WriteFlags.h"
+#include "Host/Files/ImageFormats.h"
 #include "Host/Tools/Node.h"
 
 namespace {
@@ -83,6 +84,7 @@ class ApplyCommand : public Command, private BatchTask {
       if (!status.IsError() && output.file.empty()) status = Status::Error("output " + text + " names no file");
       std::filesystem::path file;
       if (!status.IsError()) status = FindOutput(output.file, file);
+      if (!status.IsError()) status = CheckEnding(text, file);
       if (!status.IsError()) {
         const std::string plug = output.plug.empty() ? plugs.front().name : output.plug;
         status = document.AddOutput(graph.GetId() + "." + plug, file);
@@ -100,6 +102,12 @@ class ApplyCommand : public Command, private BatchTask {
     return standard_output_.FindImage(written, reporter_, file);
   }
 
+  /// The results of a batch are named otherwise.
+  [[nodiscard]] Status CheckEnding(const std::string& text, const std::filesystem::path& file) const {
+    const std::string problem = batch_.IsBatch() ? "" : ScEng::FindEndingProblem(file);
+    return problem.empty() ? Status() : Status::Error("-o " + text + ": " + problem);
+  }
+
   ExitCode RunOnce() {
     GraphDocument document(catalog_);
     std::vector<std::string> notes;
@@ -107,6 +115,7 @@ class ApplyCommand : public Command, private BatchTask {
     ScEng::Findings findings;
     if (!refusal.IsRefused()) document.CheckComplete(findings);
     if (!findings.errors.empty()) refusal = {ExitCode::kUsage, findings.errors.front()};
+    if (!refusal.IsRefused()) refusal = RefuseUsage(CheckFiles(document));
     if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
     Advise(document, notes);
     reporter_.Notes(notes);
@@ -114,6 +123,8 @@ class ApplyCommand : public Command, private BatchTask {
     return RunToEnd(document, GetName(), {{"node", descriptor_->GetNodeFactory()->GetTypeName()}}, profile_,
                     standard_output_);
   }
+
+  [[nodiscard]] Status CheckFiles(const GraphDocument& document) const override { return write_flags_.Check(document); }
 
   ScEng::RunReport RunOne(GraphDocument& document, const std::string& name, const Engine::Options& options) override {
     return profile_.Run(document, name, nullptr, options);

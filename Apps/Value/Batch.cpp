@@ -155,8 +155,8 @@ Refusal Batch::Prepare(GraphDocument& document, std::vector<std::string>& notes,
 }
 
 Refusal Batch::Finish(GraphDocument& document, std::size_t index) const {
-  const Status status =
-      document.RenameOutputs([&](const std::filesystem::path& output) { return GetTarget(index, output); });
+  Status status = document.RenameOutputs([&](const std::filesystem::path& output) { return GetTarget(index, output); });
+  if (!status.IsError()) status = task_.CheckFiles(document);
   if (status.IsError()) return {ExitCode::kUsage, status.GetMessage()};
   ScEng::Findings findings;
   CheckComplete(document, task_.GetName(), findings);

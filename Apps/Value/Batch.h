@@ -64,6 +64,8 @@ class BatchTask {
   /// Makes the document with all that was asked for; the files of the readers and the names of the outputs are set
   /// afterwards. From several threads at once, the first call done.
   virtual Refusal MakeDocument(ScEng::GraphDocument& document, std::vector<std::string>& notes) = 0;
+  /// What is wrong with the files that it would write, once they have their names.
+  [[nodiscard]] virtual ScEng::Status CheckFiles(const ScEng::GraphDocument& document) const = 0;
   /// Runs it. From several threads at once.
   virtual ScEng::RunReport RunOne(ScEng::GraphDocument& document, const std::string& name,
                                   const Engine::Options& options) = 0;

@@ -16,6 +16,7 @@
 #include "Apps/Value/StandardOutput.h"
 #include "Host/Files/DecodeOptions.h"
 #include "Host/Files/FileWatch.h"
+#include "Host/Files/ImageFormats.h"
 #include "Host/Gpu/GpuEngine.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/Guard.h"
@@ -175,8 +176,12 @@ ExitCode Command::RunToEnd(ScEng::GraphDocument& document, const std::string& na
 void CheckComplete(const ScEng::GraphDocument& document, const std::string& file, ScEng::Findings& findings) {
   const std::size_t known = findings.errors.size();
   document.CheckComplete(findings);
+  const std::vector<std::filesystem::path> files = document.GetOutputNames();
+  const bool has_unknown = std::any_of(files.begin(), files.end(), [](const std::filesystem::path& written) {
+    return !ScEng::FindEndingProblem(written).empty();
+  });
   // What a run would meet on its own is counted, too, where it is refused anyway.
-  if (!findings.errors.empty()) document.CheckOutputs(findings);
+  if (!findings.errors.empty() || has_unknown) document.CheckOutputs(findings);
   for (std::size_t i = known; i < findings.errors.size(); ++i) {
     findings.errors[i] = ScEng::MakeLine(file + ": " + findings.errors[i]);
   }

@@ -11,7 +11,6 @@ ImageFigures MeasureFigures(const Image& image, std::size_t bars) {
   const float* samples = image.GetConstArray();
   const std::size_t count = image.GetNumSamples();
   figures.measured = ScEng::MeasureFiniteRange(samples, count);
-  if (figures.measured.IsEmpty()) figures.measured = {0.0F, 0.0F};
   const double low = figures.measured.low;
   const double span = static_cast<double>(figures.measured.high) - low;
   figures.histogram.assign(bars, 0);

@@ -3,17 +3,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "Host/Image/Image.h"
 
 /// The figures of all samples of an image, every channel alike. Range, mean, deviation and histogram are those of the
-/// finite samples; all 0 where there is none.
+/// finite samples; without one, the range is empty, mean and deviation are no numbers and all bars are 0.
 struct ImageFigures {
   ScEng::SampleRange measured;
-  double mean = 0.0;
-  double deviation = 0.0;
+  double mean = std::numeric_limits<double>::quiet_NaN();
+  double deviation = std::numeric_limits<double>::quiet_NaN();
   std::uint64_t finite = 0;
   std::uint64_t nan = 0;
   std::uint64_t infinite = 0;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -43,10 +44,11 @@ TEST(ImageFiguresTest, AFlatImageFillsTheFirstBar) {
   EXPECT_EQ(figures.deviation, 0.0);
 }
 
-TEST(ImageFiguresTest, AnImageWithoutFiniteSamplesMeasuresZero) {
+TEST(ImageFiguresTest, AnImageWithoutFiniteSamplesMeasuresNothing) {
   const ImageFigures figures = Measure({kNan, kInfinity});
-  EXPECT_EQ(figures.measured.low, 0.0F);
-  EXPECT_EQ(figures.measured.high, 0.0F);
+  EXPECT_TRUE(figures.measured.IsEmpty());
+  EXPECT_TRUE(std::isnan(figures.mean));
+  EXPECT_TRUE(std::isnan(figures.deviation));
   EXPECT_EQ(figures.finite, 0U);
   EXPECT_EQ(figures.histogram, (std::vector<std::uint64_t>{0, 0, 0, 0}));
 }

@@ -19,6 +19,7 @@
 #include "Apps/Value/HelpFormatter.h"
 #include "Apps/Value/HiddenCommands.h"
 #include "Apps/Value/Interrupt.h"
+#include "Apps/Value/LineSubject.h"
 #include "Apps/Value/Reporter.h"
 #include "Apps/Value/UsageErrors.h"
 #include "Host/Files/FileSizeLimit.h"
@@ -77,7 +78,8 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
     reporter.Finish(nlohmann::ordered_json::object());
     return ExitCode::kUsage;
   };
-  if (const auto error = FindUsageError(app, words)) return refuse(*error);
+  LineSubject subject(app, words);
+  if (const auto error = FindUsageError(app, words, &subject)) return refuse(*error);
   try {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError& error) {

@@ -110,7 +110,7 @@ Status OneNodeGraph::SplitPlug(const std::string& text, const std::vector<PlugRe
   }
   std::error_code error;
   const bool in_name = assignment->first.find_first_of("/\\.") != std::string::npos;
-  if (in_name || (is_input && std::filesystem::exists(ScEng::MakePath(text), error))) return {};
+  if (in_name || (is_input && std::filesystem::exists(ScEng::MakeReadPath(text), error))) return {};
   return Status::Error("the node has no " + std::string(is_input ? "input" : "output") + " \"" + assignment->first +
                        "\"; it has " + NamesOf(plugs) +
                        ScEng::SuggestClosestNames(assignment->first, ListNames(plugs)));
@@ -191,7 +191,7 @@ Status OneNodeGraph::AddReader(ScEng::GraphDocument& document, const std::string
   if (file.empty()) return Status::Error("an input file has no name");
   document.AddNode(id, ScEng::kImageReaderType, status);
   if (status.IsError()) return status;
-  status = document.SetInput(id, ScEng::MakePath(file));
+  status = document.SetInput(id, ScEng::MakeReadPath(file));
   if (!range || status.IsError()) return status;
   std::vector<std::string> own_notes;
   for (const auto& [name, value] :
@@ -201,7 +201,20 @@ Status OneNodeGraph::AddReader(ScEng::GraphDocument& document, const std::string
   }
   // The range is the same for every input, so what is to be said of it is said once.
   if (index > 0) return {};
+  status = CheckRange(*document.FindNode(id), *range, own_notes);
+  if (status.IsError()) return Status::Error("--range " + *range_ + status.GetMessage());
   for (const std::string& note : own_notes) notes.push_back("--range " + *range_ + ": " + note);
+  return {};
+}
+
+Status OneNodeGraph::CheckRange(const Node& reader, const std::pair<std::string, std::string>& range,
+                                std::vector<std::string>& notes) {
+  const double low = reader.GetAttribute("low")->GetValue().GetNumber();
+  const double high = reader.GetAttribute("high")->GetValue().GetNumber();
+  if (low > high) {
+    return Status::Error(" has its low end above its high end; write --range " + range.second + "," + range.first);
+  }
+  if (low == high) notes.emplace_back("its ends are equal, so nodes that go by the range see no differences");
   return {};
 }
 

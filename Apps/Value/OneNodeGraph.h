@@ -66,6 +66,9 @@ class OneNodeGraph {
   ScEng::Status AddReader(ScEng::GraphDocument& document, const std::string& file, unsigned index, const Range& range,
                           std::vector<std::string>& notes) const;
   ScEng::Status ReadRange(Range& range) const;
+  /// What is wrong with a range as its reader took it, and a note on one without extent.
+  static ScEng::Status CheckRange(const Node& reader, const std::pair<std::string, std::string>& range,
+                                  std::vector<std::string>& notes);
 
   Node* node_ = nullptr;
   std::string id_;

@@ -76,19 +76,30 @@ Error OfferSetting(const CLI::App& command, const Argument& argument, std::span<
   return "an attribute is set with --set " + QuoteForShell(argument.name.substr(2) + "=" + value);
 }
 
+/// "an attribute is set with --set seamless=true".
+std::string OfferSettings(const std::vector<LineAdvice::Setting>& settings) {
+  std::vector<std::string> lines;
+  for (const LineAdvice::Setting& setting : settings) lines.push_back("--set " + QuoteForShell(setting.text));
+  return "an attribute is set with " + JoinWithLast(lines, " or ");
+}
+
 std::string DescribeUnknown(const CLI::App& app, const CLI::App& command, const Argument& argument,
-                            std::span<const Argument> following) {
+                            std::span<const Argument> following, LineAdvice* advice) {
   const std::string& name = argument.name;
   if (name.size() > 2 && name[1] != '-' && FindOption(command, "-" + name) != nullptr) {
     return name + " lacks a dash; write -" + name;
   }
   const std::string start = NameCommand(command) + " has no option " + ShowWord(name);
+  const auto settings =
+      advice != nullptr ? advice->FindSettings(argument, following) : std::vector<LineAdvice::Setting>();
+  if (!settings.empty() && settings.front().is_accepted) return start + "; " + OfferSettings(settings);
   std::vector<std::string> owners;
   for (const CLI::App* owner : FindOwners(app, name)) {
     if (const Error other = FindOtherName(command, *owner, name)) return start + "; write " + *other;
     owners.push_back(NameCommand(*owner));
   }
   if (!owners.empty()) return name + " belongs to " + JoinWithLast(owners, " and ");
+  if (!settings.empty()) return start + "; " + OfferSettings(settings);
   const std::vector<std::string> closest = FindClosestOptions(command, name);
   if (!closest.empty()) return start + "; the closest is " + JoinWithLast(closest, " or ");
   if (const Error other = FindAmongOthers(app, command, name)) return start + "; " + *other;
@@ -173,8 +184,20 @@ bool IsNumber(const std::string& text) {
   return !text.empty() && *end == '\0';
 }
 
+/// A file, or a pattern of files, without what stands before its "=".
+Error OfferLeftSide(const Argument& argument, const std::string& value, LineAdvice* advice) {
+  const bool takes_file = !GetTypeName(*argument.option).ends_with("=VALUE");
+  if (advice == nullptr || !takes_file || !HasKindOfFile(value)) return std::nullopt;
+  std::vector<std::string> lines;
+  for (const std::string& side : advice->FindLeftSides(*argument.option, "")) {
+    lines.push_back(argument.name + " " + QuoteForShell(side + "=" + value));
+  }
+  return lines.empty() ? std::nullopt : Error("write " + JoinWithLast(lines, " or "));
+}
+
 /// Options of the form NAME=VALUE.
-Error CheckAssignment(const Argument& argument, const std::string& value, std::span<const Argument> following) {
+Error CheckAssignment(const Argument& argument, const std::string& value, std::span<const Argument> following,
+                      LineAdvice* advice) {
   const std::string type = GetTypeName(*argument.option);
   if (type.find('=') == std::string::npos) return std::nullopt;
   const std::string start = argument.name + " takes " + type;
@@ -183,7 +206,12 @@ Error CheckAssignment(const Argument& argument, const std::string& value, std::s
   const bool is_torn = equals + 1 == value.size() && (IsNumber(right) || HasKindOfFile(right));
   if (equals != std::string::npos && equals > 0 && !is_torn) return std::nullopt;
   const auto write = [&](const std::string& left, const std::string& taken) {
-    return start + " in one word; write " + argument.name + " " + QuoteForShell(left + "=" + taken);
+    // A node alone stands for its first output.
+    const bool is_bare = advice != nullptr && type.starts_with("NODE.PLUG=") && left.find('.') == std::string::npos;
+    const auto sides = is_bare ? advice->FindLeftSides(*argument.option, left) : std::vector<std::string>();
+    const bool is_node = !sides.empty() && sides.front().starts_with(left + ".");
+    return start + " in one word; write " + argument.name + " " +
+           QuoteForShell((is_node ? sides.front() : left) + "=" + taken);
   };
   const bool may_be_right = type.ends_with("=VALUE") ? !HasKindOfFile(right) : HasKindOfFile(right);
   if (equals == std::string::npos && may_be_right && !right.empty() && !HasKindOfFile(value)) {
@@ -194,6 +222,9 @@ Error CheckAssignment(const Argument& argument, const std::string& value, std::s
   if (equals == std::string::npos && colon != std::string::npos && colon > 0 && colon + 1 < value.size()) {
     return start + "; write " + argument.name + " " +
            QuoteForShell(value.substr(0, colon) + "=" + value.substr(colon + 1));
+  }
+  if (equals == std::string::npos) {
+    if (const Error offer = OfferLeftSide(argument, value, advice)) return start + "; " + *offer;
   }
   return start + "; " + ShowWord(value) + (equals == 0 ? " has nothing before its \"=\"" : " has no \"=\"");
 }
@@ -237,7 +268,7 @@ Error CheckPresent(const CLI::App& command, const Argument& argument) {
 }
 
 Error CheckValue(const CLI::App& command, const Argument& argument, const std::string& value,
-                 std::span<const Argument> following) {
+                 std::span<const Argument> following, LineAdvice* advice) {
   const bool is_assignment = GetTypeName(*argument.option).find('=') != std::string::npos;
   if (!is_assignment && value.starts_with("=")) {
     const std::string right = value == "=" ? FindRightSide(following) : value.substr(1);
@@ -246,7 +277,7 @@ Error CheckValue(const CLI::App& command, const Argument& argument, const std::s
   }
   Error error = CheckChoice(argument, value);
   if (!error) error = CheckNumber(argument, value);
-  if (!error) error = CheckAssignment(argument, value, following);
+  if (!error) error = CheckAssignment(argument, value, following, advice);
   if (!error) error = CheckPair(argument, value, following);
   if (!error && GetTypeName(*argument.option) == "FILE") error = CheckFileOfOption(command, argument, value);
   return error;
@@ -255,15 +286,17 @@ Error CheckValue(const CLI::App& command, const Argument& argument, const std::s
 }  // namespace
 
 std::optional<std::string> CheckOption(const CLI::App& app, const CLI::App& command, const Argument& argument,
-                                       std::span<const Argument> following) {
-  if (argument.kind == Argument::Kind::kUnknownOption) return DescribeUnknown(app, command, argument, following);
+                                       std::span<const Argument> following, LineAdvice* advice) {
+  if (argument.kind == Argument::Kind::kUnknownOption) {
+    return DescribeUnknown(app, command, argument, following, advice);
+  }
   Error error = CheckShort(command, argument);
   if (error) return error;
   if (IsFlag(*argument.option)) return CheckFlag(argument);
   error = CheckPresent(command, argument);
   for (const std::string& value : argument.values) {
     if (error) break;
-    error = CheckValue(command, argument, value, following);
+    error = CheckValue(command, argument, value, following, advice);
   }
   return error;
 }

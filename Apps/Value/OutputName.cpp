@@ -14,10 +14,19 @@ using ScEng::Status;
 /// More digits than any count needs.
 constexpr std::size_t kMostDigits = 18;
 
+/// A part of the name of a file that is there. A backslash in the name of a result is a separator, so that it cannot be
+/// kept.
+std::string TakePart(std::string name) {
+  std::replace(name.begin(), name.end(), '\\', '_');
+  return name;
+}
+
 }  // namespace
 
-Status OutputName::Parse(const std::string& text) {
+Status OutputName::Parse(const std::string& written) {
   pieces_.clear();
+  std::string text = written;
+  std::replace(text.begin(), text.end(), '\\', '/');
   std::string plain;
   const auto end_text = [&] {
     if (!plain.empty()) pieces_.push_back({Piece::Kind::kText, std::exchange(plain, {}), 1});
@@ -88,8 +97,8 @@ std::filesystem::path OutputName::Make(const Source& source, const std::filesyst
   for (const Piece& piece : pieces_) {
     switch (piece.kind) {
       case Piece::Kind::kText: name += piece.text; break;
-      case Piece::Kind::kStem: name += source.file.stem().string(); break;
-      case Piece::Kind::kFolder: name += source.folder.string(); break;
+      case Piece::Kind::kStem: name += TakePart(source.file.stem().string()); break;
+      case Piece::Kind::kFolder: name += TakePart(source.folder.string()); break;
       case Piece::Kind::kOutput: name += output.stem().string(); break;
       case Piece::Kind::kEnding: name += output.extension().string(); break;
       case Piece::Kind::kIndex: {

@@ -19,7 +19,7 @@ class OutputName {
 
   /// Reads a template. An error for an unknown word, which names the nearest, for braces that do not close, and for a
   /// name that would leave the output folder.
-  ScEng::Status Parse(const std::string& text);
+  ScEng::Status Parse(const std::string& written);
 
   struct Source {
     std::filesystem::path file;

@@ -27,6 +27,12 @@ TEST(OutputName, ReplacesWords) {
   EXPECT_EQ(Make("plain.exr"), "plain.exr");
 }
 
+TEST(OutputName, BackslashesAreSeparatorsOnlyWhereTheyAreWritten) {
+  EXPECT_EQ(Make("sub\\{stem}.png"), "sub/a.b.png");
+  EXPECT_EQ(Make("{folder}/{stem}.png", {"in/c\\d/a\\b.png", "c\\d", 1}), "c_d/a_b.png");
+  EXPECT_NE(ErrorOf("..\\{stem}.png"), "");
+}
+
 TEST(OutputName, DoubledBracesAreBraces) { EXPECT_EQ(Make("{{{stem}}}.exr"), "{a.b}.exr"); }
 
 TEST(OutputName, AFolderWithoutANameIsLeftOut) {

@@ -27,7 +27,7 @@ ExitCode Profile::Begin(const std::string& command, const std::string& subject, 
     problem = option + "the name of a trace ends in .json";
     return ExitCode::kUsage;
   }
-  if (std::filesystem::equivalent(file, ScEng::MakePath(subject), error)) {
+  if (std::filesystem::equivalent(file, ScEng::MakeReadPath(subject), error)) {
     problem = option + "this is the document; name another file";
     return ExitCode::kUsage;
   }
@@ -38,6 +38,11 @@ ExitCode Profile::Begin(const std::string& command, const std::string& subject, 
   }
   if (std::filesystem::is_directory(file, error)) {
     problem = option + "this is a folder; name a file";
+    return ExitCode::kFile;
+  }
+  // A run that may have taken hours is no time to find out.
+  if (const std::string obstacle = ScEng::TryPlace(file); !obstacle.empty()) {
+    problem = option + "it cannot be written: " + obstacle;
     return ExitCode::kFile;
   }
   trace_.emplace(begin_, "value " + command + " " + subject);

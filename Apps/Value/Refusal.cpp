@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Value/Refusal.h"
 
+Refusal RefuseUsage(const ScEng::Status& status) {
+  return status.IsError() ? Refusal{ExitCode::kUsage, status.GetMessage()} : Refusal{};
+}
+
 Refusal RefuseDocument(const ScEng::Findings& findings) {
   const std::size_t others = findings.GetNumErrors() - 1;
   std::string text = findings.errors.front();

@@ -5,6 +5,7 @@
 
 #include "Apps/Value/Reporter.h"
 #include "Host/Documents/Findings.h"
+#include "Host/Util/Status.h"
 
 /// Why something is not ready to run; `kDone` where it is.
 struct Refusal {
@@ -13,6 +14,9 @@ struct Refusal {
 
   [[nodiscard]] bool IsRefused() const { return code != ExitCode::kDone; }
 };
+
+/// Wrong usage, where there is an error.
+Refusal RefuseUsage(const ScEng::Status& status);
 
 /// A document with errors, in one line.
 Refusal RefuseDocument(const ScEng::Findings& findings);

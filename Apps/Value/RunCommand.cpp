@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "Apps/Value/Batch.h"
 #include "Apps/Value/Common.h"
@@ -9,6 +10,7 @@
 #include "Apps/Value/StandardOutput.h"
 #include "Apps/Value/UsageText.h"
 #include "Apps/Value/WriteFlags.h"
+#include "Host/Files/ImageFormats.h"
 
 namespace {
 
@@ -58,7 +60,7 @@ class RunCommand : public Command, private BatchTask {
  private:
   [[nodiscard]] std::string GetName() const override { return StandardInput::GetDocumentName(file_); }
   [[nodiscard]] std::filesystem::path GetDocumentFile() const override {
-    return file_ == kStandardStream ? std::filesystem::path() : ScEng::MakePath(file_);
+    return file_ == kStandardStream ? std::filesystem::path() : ScEng::MakeReadPath(file_);
   }
 
   Refusal MakeDocument(GraphDocument& document, std::vector<std::string>& notes) override {
@@ -130,6 +132,10 @@ class RunCommand : public Command, private BatchTask {
       std::filesystem::path file;
       const Status found = standard_output_.FindImage(assignment->second, reporter_, file);
       if (found.IsError()) return Status::Error("--output " + output + ": " + found.GetMessage());
+      if (document.HasId(assignment->first)) return OfferPlugs(document, output, *assignment);
+      // The results of a batch are named otherwise.
+      const std::string problem = batch_.IsBatch() ? "" : ScEng::FindEndingProblem(file);
+      if (!problem.empty()) return Status::Error("--output " + output + ": " + problem);
       const auto [asked, is_new] = replaced.try_emplace(assignment->first);
       if (is_new) asked->second = document.RemoveOutputs(assignment->first, file).value_or(ScEng::DocumentOutput());
       asked->second.from = assignment->first;
@@ -141,19 +147,54 @@ class RunCommand : public Command, private BatchTask {
     return format.IsError() ? format : write_flags_.ApplyTo(document);
   }
 
+  /// A node in place of one of its outputs.
+  static Status OfferPlugs(const GraphDocument& document, const std::string& output,
+                           const std::pair<std::string, std::string>& assignment) {
+    const Node* const node = document.FindNode(assignment.first);
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; node != nullptr && i < node->GetOutplugs().size(); ++i) {
+      const PlugRecord& plug = node->GetOutplugs()[i];
+      if (plug.type != PlugType::kImage) continue;
+      lines.push_back("--output " + QuoteForShell(assignment.first + "." + plug.name + "=" + assignment.second));
+    }
+    return Status::Error("--output " + output + ": " + ShowWord(assignment.first) + " is a node" +
+                         (lines.empty() ? " without an image" : "; write " + JoinWithLast(lines, " or ")));
+  }
+
+  /// The paths of writers that were given on the command line, as they are in the end.
+  [[nodiscard]] Status CheckWrittenPaths(const GraphDocument& document) const {
+    std::set<std::string> seen;
+    for (auto setting = settings_.rbegin(); setting != settings_.rend(); ++setting) {
+      const auto assignment = SplitAssignment(*setting);
+      if (!assignment || !seen.insert(assignment->first).second) continue;
+      const std::size_t dot = assignment->first.rfind('.');
+      const Node* const node = document.FindNode(assignment->first.substr(0, dot));
+      const Attribute* const path = node != nullptr ? node->GetAttribute(assignment->first.substr(dot + 1)) : nullptr;
+      const bool is_written = path != nullptr && node->IsEnabled() && path->GetKind() == Attribute::Kind::kString &&
+                              path->GetStringUse() == Attribute::StringUse::kWritePath && !assignment->second.empty();
+      const std::string problem = is_written ? ScEng::FindEndingProblem(assignment->second) : "";
+      if (!problem.empty()) return Status::Error("--set " + *setting + ": " + problem);
+    }
+    return {};
+  }
+
   ExitCode RunOnce() {
     GraphDocument document(catalog_);
     std::vector<std::string> notes;
     Refusal refusal = MakeDocument(document, notes);
     ScEng::Findings findings;
+    if (!refusal.IsRefused()) refusal = RefuseUsage(CheckWrittenPaths(document));
     if (!refusal.IsRefused()) CheckComplete(document, GetName(), findings);
     if (!findings.errors.empty()) refusal = RefuseDocument(findings);
+    if (!refusal.IsRefused()) refusal = RefuseUsage(CheckFiles(document));
     if (!refusal.IsRefused()) Advise(document, notes);
     reporter_.Notes(notes);
     if (refusal.IsRefused()) return Fail(refusal.code, refusal.text);
 
     return RunToEnd(document, GetName(), {{"document", file_}}, profile_, standard_output_);
   }
+
+  [[nodiscard]] Status CheckFiles(const GraphDocument& document) const override { return write_flags_.Check(document); }
 
   ScEng::RunReport RunOne(GraphDocument& document, const std::string& name, const Engine::Options& options) override {
     return profile_.Run(document, name, nullptr, options);

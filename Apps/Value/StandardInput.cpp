@@ -128,7 +128,7 @@ bool LoadFile(ScEng::GraphDocument& document, const std::filesystem::path& file,
 }  // namespace
 
 Status StandardInput::FindImage(const std::string& written, std::filesystem::path& path) {
-  path = ScEng::MakePath(written);
+  path = ScEng::MakeReadPath(written);
   if (written != kStandardStream) return {};
   path = kPath;
   const Status status = Claim();
@@ -137,7 +137,7 @@ Status StandardInput::FindImage(const std::string& written, std::filesystem::pat
 
 bool StandardInput::LoadDocument(ScEng::GraphDocument& document, const std::string& written, ScEng::Findings& findings,
                                  std::string* text) {
-  if (written != kStandardStream) return LoadFile(document, ScEng::MakePath(written), findings, text);
+  if (written != kStandardStream) return LoadFile(document, ScEng::MakeReadPath(written), findings, text);
   Status status;
   const std::optional<std::string>& read = GetDocument(status);
   if (!read) {

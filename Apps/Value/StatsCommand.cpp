@@ -167,12 +167,30 @@ class StatsCommand : public Command {
 
   static std::string DescribeInShort(const std::string& name, const Image& image, const ImageFigures& figures) {
     const std::string size = std::to_string(image.GetSizeX()) + " x " + std::to_string(image.GetSizeY());
+    const auto show = [&](double number) {
+      char text[32];
+      std::snprintf(text, sizeof(text), "%.6g", number);
+      return figures.finite == 0 ? std::string("-") : std::string(text);
+    };
     char text[160];
-    std::snprintf(text, sizeof(text), "%11s  %-6s  %11.6g  %11.6g  %11.6g  %7llu  %7llu  ", size.c_str(),
-                  ColorMode::GetName(image.GetColorMode()), static_cast<double>(figures.measured.low),
-                  static_cast<double>(figures.measured.high), figures.mean,
+    std::snprintf(text, sizeof(text), "%11s  %-6s  %11s  %11s  %11s  %7llu  %7llu  ", size.c_str(),
+                  ColorMode::GetName(image.GetColorMode()), show(static_cast<double>(figures.measured.low)).c_str(),
+                  show(static_cast<double>(figures.measured.high)).c_str(), show(figures.mean).c_str(),
                   static_cast<unsigned long long>(figures.nan), static_cast<unsigned long long>(figures.infinite));
     return text + name + "\n";
+  }
+
+  static std::string DescribeSamples(const ImageFigures& figures) {
+    const std::string counts =
+        "  NaN         " + std::to_string(figures.nan) + "\n  infinite    " + std::to_string(figures.infinite) + "\n";
+    if (figures.finite == 0) {
+      return std::string("  measured    no sample is ") + (figures.infinite == 0 ? "a number" : "finite") + "\n" +
+             counts;
+    }
+    return "  measured    " + FormatFloat(figures.measured.low) + " to " + FormatFloat(figures.measured.high) +
+           "\n  mean        " + FormatFloat(static_cast<float>(figures.mean)) + "\n  deviation   " +
+           FormatFloat(static_cast<float>(figures.deviation)) + "\n" + counts +
+           "  histogram of the finite samples, each bar from\n" + DrawHistogram(figures);
   }
 
   static std::string Describe(const std::string& name, const Image& image, const ImageFigures& figures,
@@ -185,14 +203,7 @@ class StatsCommand : public Command {
          << "  pin         " << image.GetPinX() << ", " << image.GetPinY() << "   pivot "
          << FormatFloat(image.GetPivotX()) << ", " << FormatFloat(image.GetPivotY()) << "\n"
          << "  declared    " << FormatFloat(image.GetValueLow()) << " to " << FormatFloat(image.GetValueHigh()) << "\n"
-         << "  measured    " << FormatFloat(figures.measured.low) << " to " << FormatFloat(figures.measured.high)
-         << "\n"
-         << "  mean        " << FormatFloat(static_cast<float>(figures.mean)) << "\n"
-         << "  deviation   " << FormatFloat(static_cast<float>(figures.deviation)) << "\n"
-         << "  NaN         " << figures.nan << "\n"
-         << "  infinite    " << figures.infinite << "\n"
-         << "  histogram of the finite samples, each bar from\n"
-         << DrawHistogram(figures) << "The file\n"
+         << DescribeSamples(figures) << "The file\n"
          << DescribeFile(file);
     return text.str();
   }

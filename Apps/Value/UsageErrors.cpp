@@ -64,7 +64,7 @@ Error CheckBefore(const CLI::App& app, const Arguments& arguments) {
       return argument.name + " stands before the command; write it behind: value " + arguments.command->get_name() +
              " " + ShowOption(*FindOption(*arguments.command, argument.name));
     }
-    Error error = CheckOption(app, app, argument, {});
+    Error error = CheckOption(app, app, argument, {}, nullptr);
     if (error) return error;
   }
   return std::nullopt;
@@ -133,7 +133,8 @@ std::vector<std::string> TranslateHelp(const CLI::App& app, std::vector<std::str
   return words;
 }
 
-std::optional<std::string> FindUsageError(const CLI::App& app, const std::vector<std::string>& words) {
+std::optional<std::string> FindUsageError(const CLI::App& app, const std::vector<std::string>& words,
+                                          LineAdvice* advice) {
   const Arguments arguments = ReadArguments(app, words);
   Error error = CheckBefore(app, arguments);
   // What is hidden from people is called by programs.
@@ -146,7 +147,7 @@ std::optional<std::string> FindUsageError(const CLI::App& app, const std::vector
     if (argument.kind == Argument::Kind::kWord) {
       error = CheckWord(command, arguments.behind, i, taken++);
     } else {
-      error = CheckOption(app, command, argument, std::span(arguments.behind).subspan(i + 1));
+      error = CheckOption(app, command, argument, std::span(arguments.behind).subspan(i + 1), advice);
     }
     if (!error) error = CheckTwice(argument, given);
     if (error) return error;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,30 @@ class UsageErrorsTest : public testing::Test {
   std::string sieve_;
   std::vector<std::string> rates_;
 };
+
+/// What a node with the attribute "coarse" and a document with the wheel "big" would say.
+class Millstone : public LineAdvice {
+ public:
+  std::vector<Setting> FindSettings(const Argument& option, std::span<const Argument> following) override {
+    if (option.name != "--coarse" && option.name != "--oven") return {};
+    const std::string value = following.empty() ? "true" : following.front().text;
+    return {{option.name.substr(2) + "=" + value, option.name == "--coarse"}};
+  }
+  std::vector<std::string> FindLeftSides(const CLI::Option&, const std::string&) override { return {"big", "small"}; }
+};
+
+TEST_F(UsageErrorsTest, OffersWhatTheNodeOrTheDocumentHas) {
+  Millstone advice;
+  const auto find = [&](const Words& words) { return FindUsageError(app_, words, &advice).value_or(""); };
+  EXPECT_EQ(find({"grind", "rye", "--coarse"}),
+            "\"value grind\" has no option \"--coarse\"; an attribute is set with --set coarse=true");
+  EXPECT_EQ(find({"grind", "rye", "--coarse", "very much"}),
+            "\"value grind\" has no option \"--coarse\"; an attribute is set with --set 'coarse=very much'");
+  // A value that the attribute does not take may as well belong to an option of another command.
+  EXPECT_EQ(find({"grind", "rye", "--oven", "x"}), "--oven belongs to \"value bake\"");
+  EXPECT_EQ(find({"grind", "rye", "--rate", "x.exr"}),
+            "--rate takes WHEEL=SPEED; write --rate big=x.exr or --rate small=x.exr");
+}
 
 TEST_F(UsageErrorsTest, SaysNothingOfWhatIsRight) {
   for (const Words& words : {Words{},

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Value/WriteFlags.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "Host/Files/ImageFormats.h"
 #include "Host/Tools/Attribute.h"
 #include "Host/Tools/Node.h"
 
@@ -47,6 +49,16 @@ ScEng::Status WriteFlags::ApplyTo(ScEng::GraphDocument& document) const {
     set("samples", samples_);
     set("opacity", opacity_);
     set("metadata", strips_ ? "strip" : "");
+  }
+  return {};
+}
+
+ScEng::Status WriteFlags::Check(const ScEng::GraphDocument& document) const {
+  if (compression_.empty()) return {};
+  for (const std::filesystem::path& file : document.GetOutputNames()) {
+    const std::string problem = ScEng::FindCompressionProblem(file, compression_);
+    if (problem.empty()) continue;
+    return ScEng::Status::Error("--compression " + compression_ + ": \"" + file.filename().string() + "\": " + problem);
   }
   return {};
 }

@@ -14,6 +14,9 @@ class WriteFlags {
   /// Makes all outputs and enabled writers of a document follow what was given. An attribute that a connection feeds
   /// stays.
   ScEng::Status ApplyTo(ScEng::GraphDocument& document) const;
+  /// An error where a file of the document cannot be written so, as far as that is known before it is. Ask when all
+  /// outputs have their names.
+  [[nodiscard]] ScEng::Status Check(const ScEng::GraphDocument& document) const;
 
  private:
   std::string type_;

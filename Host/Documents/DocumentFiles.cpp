@@ -39,7 +39,9 @@ Attribute* FindPathAttribute(const Node& node, Attribute::StringUse use) {
 
 std::filesystem::path GetFile(const Attribute& attribute) {
   const std::string written = attribute.GetValue().GetText();
-  return written.empty() ? std::filesystem::path() : MakePath(written, attribute.GetFolder());
+  if (written.empty()) return {};
+  const bool is_read = attribute.GetStringUse() == Attribute::StringUse::kReadPath;
+  return is_read ? MakeReadPath(written, attribute.GetFolder()) : MakePath(written, attribute.GetFolder());
 }
 
 void SetFile(Attribute& attribute, const std::filesystem::path& file) {
@@ -115,6 +117,19 @@ std::vector<std::filesystem::path> GraphDocument::GetOutputFiles() const {
     if (is_new_file || !is_new_layer) files.push_back(file.file);
   }
   return files;
+}
+
+std::vector<std::filesystem::path> GraphDocument::GetOutputNames() const {
+  std::vector<std::filesystem::path> names;
+  for (const DocumentOutput& output : content_->outputs) names.push_back(content_->GetFile(output));
+  for (const std::string& id : content_->ids) {
+    const DocumentEntry& entry = *content_->Find(id);
+    if (entry.node == nullptr || !entry.node->IsEnabled()) continue;
+    const Attribute* path = FindPathAttribute(*entry.node, Attribute::StringUse::kWritePath);
+    if (path == nullptr || content_->IsFed(entry, path->GetName()) || ScEng::GetFile(*path).empty()) continue;
+    names.push_back(ScEng::GetFile(*path));
+  }
+  return names;
 }
 
 std::map<std::string, std::filesystem::path> GraphDocument::GetInputFiles() const {

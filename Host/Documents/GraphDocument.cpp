@@ -302,7 +302,7 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
   const bool is_path = found->GetKind() == Attribute::Kind::kString &&
                        found->GetStringUse() != Attribute::StringUse::kText && !text.empty();
   if (is_path) {
-    SetFile(*found, MakePath(text));
+    SetFile(*found, found->GetStringUse() == Attribute::StringUse::kReadPath ? MakeReadPath(text) : MakePath(text));
     return {};
   }
   std::vector<std::string> own_notes;

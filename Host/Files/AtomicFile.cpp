@@ -19,9 +19,13 @@ namespace {
 
 /// Why the temporary file could not be made, in words that say where.
 std::string DescribeCreation(const TargetFile& target, ErrorNumber failure) {
-  if (failure != EACCES && failure != EPERM && failure != EROFS) return DescribeErrno(failure);
+  const bool is_of_folder = failure == EACCES || failure == EPERM || failure == EROFS || failure == ENOENT;
+  if (!is_of_folder) return DescribeErrno(failure);
   return "no file can be made in the folder \"" + target.GetFolderPath().string() + "\": " + DescribeErrno(failure);
 }
+
+/// Whether a file is rewritten where it is: one with other names keeps them.
+bool HasOtherNames(const TargetFile& target) { return target.GetOld().has_value() && target.GetOld()->st_nlink > 1; }
 
 /// Returns why the target is as it was, or nothing.
 std::string RenameOver(const TargetFile& target, int source) {
@@ -58,13 +62,20 @@ std::string MemoryFile::Write(std::string_view bytes) const {
   return failure == 0 ? std::string{} : DescribeErrno(failure);
 }
 
+std::string TryToReplaceFile(const std::filesystem::path& target) {
+  TargetFile place;
+  if (std::string problem = place.Find(target); !problem.empty() || HasOtherNames(place)) return problem;
+  TemporaryFile temporary(place.GetFolder());
+  const ErrorNumber failure = temporary.Create(0600);
+  return failure == 0 ? std::string{} : DescribeCreation(place, failure);
+}
+
 Status ReplaceFile(const std::filesystem::path& target, int source_descriptor) {
   if (HasFileSizeSignal()) return MakeWriteError(target, DescribeErrno(EFBIG));
   TargetFile place;
   if (const std::string problem = place.Find(target); !problem.empty()) return MakeWriteError(target, problem);
-  const bool has_other_names = place.GetOld().has_value() && place.GetOld()->st_nlink > 1;
   const std::string problem =
-      has_other_names ? RewriteInPlace(place, source_descriptor) : RenameOver(place, source_descriptor);
+      HasOtherNames(place) ? RewriteInPlace(place, source_descriptor) : RenameOver(place, source_descriptor);
   if (!problem.empty()) return MakeWriteError(target, problem);
   FlushFolder(place.GetFolder());
   return {};

@@ -44,4 +44,8 @@ class MemoryFile {
 /// be out of date under the others, and nobody would notice.
 Status ReplaceFile(const std::filesystem::path& target, int source_descriptor);
 
+/// Why `ReplaceFile` would fail now, a full disk aside, or nothing: an empty file is made beside the target and taken
+/// away again.
+std::string TryToReplaceFile(const std::filesystem::path& target);
+
 }  // namespace ScEng

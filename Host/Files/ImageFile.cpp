@@ -5,6 +5,7 @@
 #include <exception>
 #include <new>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "Host/Files/AtomicFile.h"
@@ -109,6 +110,12 @@ std::filesystem::path MakePath(const std::string& written, const std::filesystem
   return folder / path;
 }
 
+std::filesystem::path MakeReadPath(const std::string& written, const std::filesystem::path& folder) {
+  std::error_code error;
+  const bool is_there = written.find('\\') != std::string::npos && std::filesystem::exists(folder / written, error);
+  return is_there ? folder / written : MakePath(written, folder);
+}
+
 ImagePtr ReadImageFile(const std::filesystem::path& file, const ReadOptions& options, Status& status,
                        std::vector<std::string>& notes, std::optional<FileDescription>* description) {
   std::string problem;
@@ -154,8 +161,7 @@ Status WriteImageLayers(const std::vector<ImageLayer>& layers, const std::filesy
 
 std::vector<std::string> FindSaveProblems(const std::filesystem::path& file) {
   std::vector<std::string> problems;
-  std::string ending_problem;
-  if (ChooseFormat(file, {}, ending_problem) == nullptr) problems.push_back(ending_problem);
+  if (const std::string problem = FindEndingProblem(file); !problem.empty()) problems.push_back(problem);
   const std::string place_problem = TargetFile().Find(file);
   if (!place_problem.empty()) problems.push_back(place_problem);
   for (std::string& problem : problems) problem = MakeWriteError(file, problem).GetMessage();
@@ -174,6 +180,8 @@ Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes)
   if (const std::string problem = memory.Write(bytes); !problem.empty()) return MakeWriteError(file, problem);
   return ReplaceFile(file, memory.GetDescriptor());
 }
+
+std::string TryPlace(const std::filesystem::path& file) { return TryToReplaceFile(file); }
 
 std::vector<FormatReport> ListFormats() {
   std::vector<FormatReport> reports;

@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "Host/Files/ImageFormats.h"
 #include "Tests/Support/HostTesting.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -745,6 +746,32 @@ TEST(ImageFileNames, BackslashesAreSeparators) {
   EXPECT_EQ(ScEng::MakePath("input\\sub\\a.png", "/data"), "/data/input/sub/a.png");
   EXPECT_EQ(ScEng::MakePath("a.png"), "a.png");
   EXPECT_EQ(ScEng::MakePath("/b/a.png", "/data"), "/b/a.png");
+}
+
+TEST(ImageFileNames, AFileThatIsReadMayHaveABackslashInItsName) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(ScEng::MakeReadPath("a\\b.png", folder.Path()), folder.Path() / "a/b.png");
+  ASSERT_FALSE(ScEng::WriteWholeFile(folder.Path() / "a\\b.png", "x").IsError());
+  EXPECT_EQ(ScEng::MakeReadPath("a\\b.png", folder.Path()), folder.Path() / "a\\b.png");
+  EXPECT_EQ(ScEng::MakePath("a\\b.png", folder.Path()), folder.Path() / "a/b.png");
+}
+
+TEST(ImageFileNames, PlacesAreTriedWithoutATrace) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(ScEng::TryPlace(folder.Path() / "a.json"), "");
+  EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+  EXPECT_TRUE(Contains(ScEng::TryPlace(folder.Path() / "no" / "a.json"), "does not exist"));
+  EXPECT_NE(ScEng::TryPlace("/proc/a.json"), "");
+}
+
+TEST(ImageFileNames, EndingsAndCompressionsAreKnownAhead) {
+  EXPECT_EQ(ScEng::FindEndingProblem("a.PNG"), "");
+  EXPECT_TRUE(Contains(ScEng::FindEndingProblem("a.pgn"), "\".png\""));
+  EXPECT_EQ(ScEng::FindCompressionProblem("a.png", "zap"), "PNG has the compressions zip and none, not \"zap\"");
+  for (const char* file : {"a.png", "a.exr", "a.tif", "a.xyz"}) {
+    EXPECT_EQ(ScEng::FindCompressionProblem(file, ""), "") << file;
+    EXPECT_EQ(ScEng::FindCompressionProblem(file, "zip"), "") << file;
+  }
 }
 
 }  // namespace

@@ -13,7 +13,9 @@ namespace ScEng {
 inline std::filesystem::path GetPath(const Node& node, const EvaluatedInputs& inputs, const AttributeRow& row) {
   const std::string written = inputs.GetText(row);
   if (written.empty()) return {};
-  return MakePath(written, node.GetAttribute(std::string(row.name))->GetFolder());
+  const Attribute& attribute = *node.GetAttribute(std::string(row.name));
+  const bool is_read = attribute.GetStringUse() == Attribute::StringUse::kReadPath;
+  return is_read ? MakeReadPath(written, attribute.GetFolder()) : MakePath(written, attribute.GetFolder());
 }
 
 }  // namespace ScEng

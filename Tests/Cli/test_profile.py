@@ -221,6 +221,7 @@ class TraceTest(ProfileTestCase):
         for name, code in (
             ("nowhere/trace.json", FILE_ERROR),
             ("folder.json", FILE_ERROR),
+            ("/proc/trace.json", FILE_ERROR),
             ("trace", USAGE),
             ("raised.exr", USAGE),
             ("graph.json", USAGE),

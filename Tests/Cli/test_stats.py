@@ -143,6 +143,20 @@ class StatsTest(ValueTestCase):
                 self.picture("in.exr", Picture(data, VALUE))
                 self.stats("in.exr")
 
+    def test_nothing_is_measured_where_no_sample_is_a_number(self):
+        for data, told in (([[NAN, NAN]], "no sample is a number"), ([[NAN, INF]], "no sample is finite")):
+            with self.subTest(told=told):
+                self.picture("in.exr", Picture(data, VALUE))
+                answer = self.stats("in.exr")
+                self.assertEqual(answer["measured"], [None, None])
+                self.assertIsNone(answer["mean"])
+                self.assertIsNone(answer["deviation"])
+                out = self.value("stats", "in.exr").out
+                self.assertIn(f"measured    {told}\n", out)
+                self.assertNotIn("mean", out)
+                line = self.value("stats", "in.exr", "--summary").out.splitlines()[1]
+                self.assertEqual(line.split()[4:7], ["-", "-", "-"])
+
     def test_files_that_cannot_be_read(self):
         self.save("empty.exr", b"")
         for name in ("missing.exr", "empty.exr"):

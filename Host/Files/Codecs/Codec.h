@@ -114,6 +114,9 @@ class ImageCodec {
                                                              const std::string& format, const WritePlan& plan,
                                                              std::vector<std::string>& notes, Status& status) const = 0;
 
+  /// Whether `compression` may stand in the plan of a file of a format; the error names the words that may.
+  [[nodiscard]] virtual Status CheckCompression(const std::string& format, const std::string& compression) const = 0;
+
   /// Does in advance what would otherwise need a file of the system later: a process that decodes calls this before it
   /// gives up its rights.
   virtual void Prepare() const {}

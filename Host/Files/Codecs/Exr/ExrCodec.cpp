@@ -26,6 +26,10 @@ class ExrCodec final : public ImageCodec {
     return encoder;
   }
 
+  [[nodiscard]] Status CheckCompression(const std::string& /*format*/, const std::string& compression) const override {
+    return Exr::CheckCompression(compression);
+  }
+
   /// Threads are started before the process gives up the right to.
   void Prepare() const override { ShareThreads(); }
 };

@@ -66,6 +66,11 @@ Imath::Box2i GetDisplayWindow(const WritePlan& plan, const Imath::Box2i& data_wi
 
 }  // namespace
 
+Status CheckCompression(const std::string& compression) {
+  Imf::Compression found{};
+  return FindCompression(compression, found);
+}
+
 Status ExrEncoder::MakeError(const std::exception& exception) const {
   // What the stream knows is the cause of what the library says.
   if (stream_ != nullptr && stream_->GetStatus().IsError()) return stream_->GetStatus();

@@ -14,6 +14,9 @@
 
 namespace ScEng::Exr {
 
+/// See `ImageCodec::CheckCompression`.
+Status CheckCompression(const std::string& compression);
+
 /// Writes an EXR file of one part in rows.
 class ExrEncoder final : public ImageEncoder {
  public:

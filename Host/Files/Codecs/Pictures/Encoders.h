@@ -8,6 +8,16 @@
 
 #include "Host/Files/Codecs/Codec.h"
 
+// How each format is packed; see `ImageCodec::CheckCompression`.
+namespace ScEng {
+
+Status CheckTiffCompression(const std::string& compression);
+Status CheckJpegCompression(const std::string& compression);
+Status CheckWebpCompression(const std::string& compression);
+Status CheckJpeg2000Compression(const std::string& compression);
+
+}  // namespace ScEng
+
 // The encoders of this module. Each begins a file, or answers null and an error.
 
 namespace ScEng {

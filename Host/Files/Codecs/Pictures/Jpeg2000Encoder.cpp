@@ -199,12 +199,15 @@ class Jpeg2000Encoder final : public WholeEncoder {
 
 }  // namespace
 
+Status CheckJpeg2000Compression(const std::string& compression) {
+  if (compression.empty() || compression == "lossless") return {};
+  return Status::Error("the compression \"" + compression + "\" is not the one for JPEG 2000, lossless");
+}
+
 std::unique_ptr<ImageEncoder> CreateJpeg2000(const std::filesystem::path& path, const WritePlan& plan,
                                              std::vector<std::string>& notes, Status& status) {
-  if (!plan.compression.empty() && plan.compression != "lossless") {
-    status = Status::Error("the compression \"" + plan.compression + "\" is not the one for JPEG 2000, lossless");
-    return nullptr;
-  }
+  status = CheckJpeg2000Compression(plan.compression);
+  if (status.IsError()) return nullptr;
   return std::make_unique<Jpeg2000Encoder>(path, plan, notes);
 }
 

@@ -158,19 +158,20 @@ class JpegEncoder final : public PictureEncoder {
 
 }  // namespace
 
+Status CheckJpegCompression(const std::string& compression) {
+  if (ParseQuality(compression) != 0) return {};
+  return Status::Error("the compression of JPEG is its quality, 1 to 100, not \"" + compression + "\"");
+}
+
 std::unique_ptr<ImageEncoder> CreateJpeg(const std::filesystem::path& path, const WritePlan& plan,
                                          std::vector<std::string>& notes, Status& status) {
-  const int quality = ParseQuality(plan.compression);
-  if (quality == 0) {
-    status =
-        Status::Error("the compression \"" + plan.compression + "\" is not one of JPEG's, \"jpeg:1\" to \"jpeg:100\"");
-    return nullptr;
-  }
+  status = CheckJpegCompression(plan.compression);
+  if (status.IsError()) return nullptr;
   if (plan.size_x > JPEG_MAX_DIMENSION || plan.size_y > JPEG_MAX_DIMENSION) {
     status = Status::Error("JPEG holds up to " + std::to_string(JPEG_MAX_DIMENSION) + " pixels in a direction");
     return nullptr;
   }
-  auto encoder = std::make_unique<JpegEncoder>(plan, quality, notes);
+  auto encoder = std::make_unique<JpegEncoder>(plan, ParseQuality(plan.compression), notes);
   status = encoder->Open(path);
   if (status.IsError()) return nullptr;
   return encoder;

@@ -65,15 +65,22 @@ class PicturesCodec final : public ImageCodec {
     if (format == "jpeg") return CreateJpeg(path, plan, notes, status);
     if (format == "webp") return CreateWebp(path, plan, notes, status);
     if (format == "jpeg2000") return CreateJpeg2000(path, plan, notes, status);
-    if (!plan.compression.empty() && plan.compression != "none") {
-      status = Status::Error("the compression \"" + plan.compression + "\" is not one of the format, which has none");
-      return nullptr;
-    }
+    status = CheckCompression(format, plan.compression);
+    if (status.IsError()) return nullptr;
     if (format == "pnm") return CreatePnm(path, plan, notes, status);
     if (format == "sgi") return CreateSgi(path, plan, notes, status);
     ShareThreads();
     if (format == "bmp") return CreateBmp(path, plan, notes, status);
     return CreatePlain(path, format, plan, notes, status);
+  }
+
+  [[nodiscard]] Status CheckCompression(const std::string& format, const std::string& compression) const override {
+    if (format == "tiff") return CheckTiffCompression(compression);
+    if (format == "jpeg") return CheckJpegCompression(compression);
+    if (format == "webp") return CheckWebpCompression(compression);
+    if (format == "jpeg2000") return CheckJpeg2000Compression(compression);
+    if (compression.empty() || compression == "none") return {};
+    return Status::Error("the format has the compression none alone, not \"" + compression + "\"");
   }
 };
 

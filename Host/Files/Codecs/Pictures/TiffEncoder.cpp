@@ -226,14 +226,16 @@ class TiffEncoder final : public PictureEncoder {
 
 }  // namespace
 
+Status CheckTiffCompression(const std::string& compression) {
+  if (FindCompression(compression) != nullptr) return {};
+  return Status::Error("the compression \"" + compression + "\" is not one of TIFF's: " + ListCompressions());
+}
+
 std::unique_ptr<ImageEncoder> CreateTiff(const std::filesystem::path& path, const WritePlan& plan,
                                          std::vector<std::string>& notes, Status& status) {
-  const Compression* compression = FindCompression(plan.compression);
-  if (compression == nullptr) {
-    status = Status::Error("the compression \"" + plan.compression + "\" is not one of TIFF's: " + ListCompressions());
-    return nullptr;
-  }
-  auto encoder = std::make_unique<TiffEncoder>(plan, *compression, notes);
+  status = CheckTiffCompression(plan.compression);
+  if (status.IsError()) return nullptr;
+  auto encoder = std::make_unique<TiffEncoder>(plan, *FindCompression(plan.compression), notes);
   status = encoder->Open(path);
   if (status.IsError()) return nullptr;
   return encoder;

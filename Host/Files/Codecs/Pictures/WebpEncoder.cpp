@@ -91,12 +91,15 @@ class WebpEncoder final : public WholeEncoder {
 
 }  // namespace
 
+Status CheckWebpCompression(const std::string& compression) {
+  if (compression.empty() || compression == "lossless") return {};
+  return Status::Error("the compression \"" + compression + "\" is not the one for WebP, lossless");
+}
+
 std::unique_ptr<ImageEncoder> CreateWebp(const std::filesystem::path& path, const WritePlan& plan,
                                          std::vector<std::string>& notes, Status& status) {
-  if (!plan.compression.empty() && plan.compression != "lossless") {
-    status = Status::Error("the compression \"" + plan.compression + "\" is not the one for WebP, lossless");
-    return nullptr;
-  }
+  status = CheckWebpCompression(plan.compression);
+  if (status.IsError()) return nullptr;
   if (plan.size_x > WEBP_MAX_DIMENSION || plan.size_y > WEBP_MAX_DIMENSION) {
     status = Status::Error("WebP holds up to " + std::to_string(WEBP_MAX_DIMENSION) + " pixels in a direction");
     return nullptr;

@@ -25,6 +25,10 @@ class PngCodec final : public ImageCodec {
     if (status.IsError()) return nullptr;
     return encoder;
   }
+
+  [[nodiscard]] Status CheckCompression(const std::string& /*format*/, const std::string& compression) const override {
+    return Png::CheckCompression(compression);
+  }
 };
 
 }  // namespace

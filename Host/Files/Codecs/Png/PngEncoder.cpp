@@ -32,13 +32,15 @@ Status CheckPlan(const WritePlan& plan) {
     return Status::Error("PNG holds samples of the types uint8 and uint16");
   }
   if (plan.size_x < 1 || plan.size_y < 1) return Status::Error("PNG holds no image without pixels");
-  if (!plan.compression.empty() && plan.compression != "zip" && plan.compression != "none") {
-    return Status::Error("PNG has the compressions zip and none, not \"" + plan.compression + "\"");
-  }
-  return {};
+  return CheckCompression(plan.compression);
 }
 
 }  // namespace
+
+Status CheckCompression(const std::string& compression) {
+  if (compression.empty() || compression == "zip" || compression == "none") return {};
+  return Status::Error("PNG has the compressions zip and none, not \"" + compression + "\"");
+}
 
 PngEncoder::PngEncoder(const std::filesystem::path& path) : file_(std::fopen(path.c_str(), "wbe")) {
   if (file_ == nullptr) {

@@ -6,12 +6,16 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "Host/Files/Codecs/Codec.h"
 #include "Host/Files/Codecs/Png/PngChunks.h"
 
 namespace ScEng::Png {
+
+/// See `ImageCodec::CheckCompression`.
+Status CheckCompression(const std::string& compression);
 
 /// Writes a PNG file row by row. As in `PixelReader`, nothing with a destructor lives between `Guard` and the library.
 class PngEncoder final : public ImageEncoder {

@@ -45,6 +45,16 @@ constexpr CompressionRow kCompressions[] = {
     {"zstd", "ZSTD", true}, {"packbits", "PACKBITS", false}, {"none", "NONE", false},
 };
 
+/// Null for a word that there is not, and for what this build of the library cannot.
+const CompressionRow* FindCompression(const std::string& asked) {
+  const auto* found = std::find_if(std::begin(kCompressions), std::end(kCompressions),
+                                   [&](const CompressionRow& row) { return row.asked == asked; });
+  const char* known = GetGDALDriverManager()->GetDriverByName("GTiff")->GetMetadataItem(GDAL_DMD_CREATIONOPTIONLIST);
+  const bool is_known =
+      found != std::end(kCompressions) && known != nullptr && std::strstr(known, found->name) != nullptr;
+  return is_known ? found : nullptr;
+}
+
 // Strips of about this size are read in part without much waste.
 constexpr std::size_t kStripBytes = 1 << 18;
 
@@ -194,6 +204,12 @@ class GeoTiffEncoder final : public ImageEncoder {
 
 }  // namespace
 
+Status CheckGeoTiffCompression(const std::string& compression) {
+  if (FindCompression(compression) != nullptr) return {};
+  return Status::Error("a GeoTIFF is not compressed by \"" + compression.substr(0, 40) +
+                       "\"; there are deflate, lzw, zstd, packbits and none");
+}
+
 std::unique_ptr<ImageEncoder> CreateGeoTiff(const std::string& path, const WritePlan& plan,
                                             std::vector<std::string>& notes, Status& status) {
   const auto* type =
@@ -202,16 +218,10 @@ std::unique_ptr<ImageEncoder> CreateGeoTiff(const std::string& path, const Write
     status = Status::Error("a GeoTIFF is written with samples of the types float, uint16, int16 and uint8");
     return nullptr;
   }
-  const auto* compression = std::find_if(std::begin(kCompressions), std::end(kCompressions),
-                                         [&](const CompressionRow& row) { return row.asked == plan.compression; });
-  const char* known = GetGDALDriverManager()->GetDriverByName("GTiff")->GetMetadataItem(GDAL_DMD_CREATIONOPTIONLIST);
-  if (compression == std::end(kCompressions) || known == nullptr || std::strstr(known, compression->name) == nullptr) {
-    status = Status::Error("a GeoTIFF is not compressed by \"" + plan.compression.substr(0, 40) +
-                           "\"; there are deflate, lzw, zstd, packbits and none");
-    return nullptr;
-  }
+  status = CheckGeoTiffCompression(plan.compression);
+  if (status.IsError()) return nullptr;
   auto encoder = std::make_unique<GeoTiffEncoder>(path, plan, type->type);
-  status = encoder->Begin(*compression, type->predictor, notes);
+  status = encoder->Begin(*FindCompression(plan.compression), type->predictor, notes);
   if (status.IsError()) return nullptr;
   return encoder;
 }

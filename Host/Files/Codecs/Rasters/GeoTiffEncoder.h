@@ -9,6 +9,9 @@
 
 namespace ScEng {
 
+/// See `ImageCodec::CheckCompression`; needs the drivers.
+Status CheckGeoTiffCompression(const std::string& compression);
+
 /// Makes the writer of a GeoTIFF: strips of rows, deflated unless something else is asked for. The same plan and
 /// samples give the same bytes.
 std::unique_ptr<ImageEncoder> CreateGeoTiff(const std::string& path, const WritePlan& plan,

@@ -24,9 +24,20 @@ class RastersCodec final : public ImageCodec {
     RegisterDrivers();
     const GdalScope scope;
     if (format == "geotiff") return CreateGeoTiff(std::filesystem::absolute(path).string(), plan, notes, status);
-    if (format == "ascii-grid") return CreateAsciiGrid(path.string(), plan, notes, status);
+    if (format == "ascii-grid") {
+      status = CheckCompression(format, plan.compression);
+      return status.IsError() ? nullptr : CreateAsciiGrid(path.string(), plan, notes, status);
+    }
     status = Status::Error("the format " + format + " is only read");
     return nullptr;
+  }
+
+  [[nodiscard]] Status CheckCompression(const std::string& format, const std::string& compression) const override {
+    RegisterDrivers();
+    const GdalScope scope;
+    if (format == "geotiff") return CheckGeoTiffCompression(compression);
+    if (compression.empty() || compression == "none") return {};
+    return Status::Error("an ASCII grid has the compression none alone, not \"" + compression + "\"");
   }
 
   void Prepare() const override {

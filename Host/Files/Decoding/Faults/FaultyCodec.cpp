@@ -345,6 +345,11 @@ class FaultyCodec final : public ImageCodec {
     status = Status::Error("it writes nothing");
     return nullptr;
   }
+
+  [[nodiscard]] Status CheckCompression(const std::string& /*format*/,
+                                        const std::string& /*compression*/) const override {
+    return {};
+  }
 };
 
 }  // namespace

@@ -164,6 +164,8 @@ class HOST_DOCUMENTS_API GraphDocument {
   Status RenameOutputs(const std::function<std::filesystem::path(const std::filesystem::path&)>& rename);
   /// Every file that a run would write, as far as that is known before it.
   [[nodiscard]] std::vector<std::filesystem::path> GetOutputFiles() const;
+  /// The same, each by the name that is asked for: links are not followed.
+  [[nodiscard]] std::vector<std::filesystem::path> GetOutputNames() const;
   /// The file of every enabled reader, as far as that is known before a run: by the reader's id.
   [[nodiscard]] std::map<std::string, std::filesystem::path> GetInputFiles() const;
 

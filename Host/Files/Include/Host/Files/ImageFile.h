@@ -88,6 +88,9 @@ struct ImageLayer {
 
 /// A path as a person or a document wrote it: backslashes are separators, and a relative one starts from `folder`.
 HOST_FILES_API std::filesystem::path MakePath(const std::string& written, const std::filesystem::path& folder = {});
+/// The same of a file that is read. One that has exactly the written name, backslashes included, is the one that is
+/// meant: a shell or a pattern has found it.
+HOST_FILES_API std::filesystem::path MakeReadPath(const std::string& written, const std::filesystem::path& folder = {});
 
 /// Reads an image file of any format that there is a codec for, told by its content.
 ///
@@ -128,6 +131,9 @@ HOST_FILES_API bool HasLayers(const std::filesystem::path& file);
 
 /// Writes bytes to a file in the same all-or-nothing way.
 HOST_FILES_API Status WriteWholeFile(const std::filesystem::path& file, std::string_view bytes);
+/// Why that would fail at this place, or nothing: a clause without the name of the file. It is tried with an empty file
+/// beside it, which is taken away again.
+HOST_FILES_API std::string TryPlace(const std::filesystem::path& file);
 
 /// A file format, and what is written of an image in it. What can be read is told by the files themselves.
 struct FormatReport {
