@@ -267,6 +267,7 @@ value_add_test(HostEditingTests
     "${host}/Editing/JournalTest.cpp"
     "${host}/Editing/JournalText.cpp"
     "${host}/Editing/LargeDocumentTest.cpp"
+    Support/WatchedMemory.cpp
   DEPENDS ValueHost::Editing ValueHost::Nodes nlohmann_json::nlohmann_json)
 
 value_add_test(HostReadingTests

@@ -81,7 +81,7 @@ class RandomEditor {
   }
   NodeType PickType() {
     return PickOf(
-        std::vector<NodeType>{{10, 16, 10}, {10, 320, 5}, {10, 288, 26}, {10, 16, 48}, {10, 16, 5}, {1, 2, 3}});
+        std::vector<NodeType>{{10, 16, 10}, {10, 320, 5}, {10, 320, 42}, {10, 16, 48}, {10, 16, 5}, {1, 2, 3}});
   }
   std::string PickText() { return PickOf(std::vector<std::string>{"", "1", "\xC3\xA9", "\"\n", "a/b.exr", "true"}); }
   double Number() {

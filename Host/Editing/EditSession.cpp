@@ -105,11 +105,12 @@ Status EditSession::Connect(const DocumentConnection& connection) {
 }
 
 Status EditSession::Disconnect(const DocumentConnection& connection) {
-  return implementation_->Run("Disconnect " + NameConnection(connection), [&](Transaction& transaction) {
-    std::size_t place = 0;
-    const Status status = implementation_->FindConnection(connection, place);
-    return status.IsError() ? status : transaction.RemoveConnection(place);
-  });
+  return implementation_->Run("Disconnect " + connection.from + " from " + connection.to,
+                              [&](Transaction& transaction) {
+                                std::size_t place = 0;
+                                const Status status = implementation_->FindConnection(connection, place);
+                                return status.IsError() ? status : transaction.RemoveConnection(place);
+                              });
 }
 
 // ---- Attributes ----
@@ -152,6 +153,21 @@ Status EditSession::SetAttributes(const std::vector<AttributeValue>& values, std
   });
 }
 
+Status EditSession::Watch(const std::vector<std::string>& ids) {
+  Implementation& state = *implementation_;
+  const Status status = ids.empty() ? Status() : state.CheckNodes(ids);
+  if (status.IsError()) return status;
+  state.watches.clear();
+  for (const std::string& id : ids) {
+    Node* node = state.document->FindNode(id);
+    if (node == nullptr) continue;
+    state.watches.push_back(std::make_unique<AttributeWatch>(
+        *state.document, *node, [&state] { return state.IsBusy(); },
+        [&state](const std::string& name, Edits edits) { state.TakeChanges(name, std::move(edits)); }));
+  }
+  return {};
+}
+
 // ---- Outputs, frames and the view ----
 
 Status EditSession::AddOutput(const DocumentOutput& output) {
@@ -189,6 +205,7 @@ Status EditSession::RemoveFrame(std::size_t index) {
 }
 
 Status EditSession::SetView(const std::optional<DocumentView>& view) {
+  if (implementation_->IsBusy()) return Status::Error("the document is being changed; its view cannot be set now");
   return implementation_->document->SetView(view);
 }
 

@@ -301,6 +301,69 @@ TEST_F(EditSessionTest, ObserversMayNotGiveCommands) {
   session_->RemoveObserver(&meddling);
 }
 
+TEST_F(EditSessionTest, WhatPanelsSetCanBeUndone) {
+  EXPECT_FALSE(session_->Watch({"c", "x"}).IsError());
+  Node& node = *session_->GetDocument().FindNode("c");
+  node.GetAttribute("constant")->SetNumber(0.5, false);
+  EXPECT_EQ(session_->GetHistory(), (Lines{"Set c.constant"}));
+  EXPECT_TRUE(session_->IsModified());
+  // What a command sets is told as well, and is no second step.
+  ExpectDone(session_->SetAttributes({{"c.constant", 0.75}}), "Set c.constant");
+  EXPECT_EQ(session_->GetHistory().size(), 2U);
+  session_->BeginGesture();
+  node.GetAttribute("constant")->SetNumber(1.0, false);
+  node.GetAttribute("constant")->SetNumber(2.0, false);
+  node.GetAttribute("constant")->SetNumber(2.0, false);
+  session_->EndGesture();
+  node.SetEnabled(false);
+  EXPECT_EQ(session_->GetHistory(), (Lines{"Set c.constant", "Set c.constant", "Set c.constant", "Disable c"}));
+  EXPECT_FALSE(session_->GoTo(3).IsError());
+  EXPECT_TRUE(node.IsEnabled());
+  EXPECT_FALSE(session_->GoTo(1).IsError());
+  EXPECT_EQ(Constant("c"), 0.5);
+  EXPECT_FALSE(session_->GoTo(0).IsError());
+  EXPECT_EQ(Constant("c"), 0.0);
+  EXPECT_EQ(session_->GetHistory().size(), 4U);
+  // A node that was removed and brought back is watched when that is asked for again.
+  EXPECT_FALSE(session_->RemoveNodes({"c"}).IsError());
+  EXPECT_FALSE(session_->Undo().IsError());
+  EXPECT_FALSE(session_->Watch({"c"}).IsError());
+  session_->GetDocument().FindNode("c")->GetAttribute("constant")->SetNumber(3.0, false);
+  EXPECT_EQ(session_->GetHistory(), (Lines{"Set c.constant"}));
+  EXPECT_TRUE(session_->Watch({"z"}).IsError());
+  EXPECT_FALSE(session_->Watch({}).IsError());
+}
+
+TEST_F(EditSessionTest, AnObserverMayWatchOtherNodesWhenAPanelChangesOne) {
+  class Following : public ScEng::EditObserver {
+   public:
+    explicit Following(EditSession& session) : session_(session) {}
+    void OnHistoryChanged() override { EXPECT_FALSE(session_.Watch({"b"}).IsError()); }
+
+   private:
+    EditSession& session_;
+  };
+  Following following(*session_);
+  session_->AddObserver(&following);
+  EXPECT_FALSE(session_->Watch({"c"}).IsError());
+  session_->GetDocument().FindNode("c")->GetAttribute("constant")->SetNumber(1.0, false);
+  session_->GetDocument().FindNode("b")->GetAttribute("constant")->SetNumber(1.0, false);
+  EXPECT_EQ(session_->GetHistory(), (Lines{"Set c.constant", "Set b.constant"}));
+  session_->RemoveObserver(&following);
+}
+
+TEST_F(EditSessionTest, WhatIsShownMayChangeBetweenCommands) {
+  ExpectDone(session_->AddNode({Testing::kRectangle, "q", {}}), "Add Rectangle");
+  EXPECT_FALSE(session_->SetView(ScEng::DocumentView{{}, {}, "q.image"}).IsError());
+  EXPECT_FALSE(session_->RemoveNodes({"q"}).IsError());
+  EXPECT_FALSE(session_->Undo().IsError());
+  EXPECT_EQ(session_->GetDocument().GetView()->shown, "q.image");
+  EXPECT_FALSE(session_->GoTo(0).IsError());
+  EXPECT_EQ(session_->GetDocument().GetView()->shown, "");
+  EXPECT_FALSE(session_->GoTo(2).IsError());
+  EXPECT_FALSE(session_->GetDocument().HasId("q"));
+}
+
 TEST_F(EditSessionTest, TellsWhatUndoingChanges) {
   EXPECT_FALSE(session_->RemoveNodes({"d"}).IsError());
   EXPECT_EQ(listener_.Take(), (Lines{"-c.image>d.image@0", "outputs", "removed d", "history"}));

@@ -1,39 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
-#include <malloc.h>
 
-#include <atomic>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Host/Editing/EditSession.h"
 #include "Tests/Support/EditTesting.h"
-
-namespace {
-
-std::atomic<std::size_t> allocated_bytes{0};
-
-void* Count(std::size_t bytes) {
-  allocated_bytes += bytes;
-  return std::malloc(bytes == 0 ? 1 : bytes);
-}
-
-}  // namespace
-
-// Everything that is allocated in this program is counted.
-void* operator new(std::size_t bytes) {
-  void* memory = Count(bytes);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void* operator new[](std::size_t bytes) { return operator new(bytes); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+#include "Tests/Support/WatchedMemory.h"
 
 namespace {
 
@@ -64,10 +39,10 @@ class Chain {
   EditSession& Get() { return session_; }
   /// The bytes that a command allocates.
   std::size_t Count(const std::function<ScEng::Status(EditSession&)>& command) {
-    const std::size_t before = allocated_bytes;
+    const std::size_t before = Testing::GetAllocatedBytes();
     const ScEng::Status status = command(session_);
     EXPECT_FALSE(status.IsError()) << status.GetMessage();
-    return allocated_bytes - before;
+    return Testing::GetAllocatedBytes() - before;
   }
 
  private:

@@ -89,6 +89,17 @@ Status EditSession::Implementation::GoTo(std::size_t place) {
   return status;
 }
 
+void EditSession::Implementation::TakeChanges(const std::string& name, Edits edits) {
+  if (open_ != nullptr) {
+    open_->Record(std::move(edits));
+    return;
+  }
+  history.Add(MakeLine(name), std::move(edits));
+  journal.NoteChange();
+  const Flag busy(is_busy_);
+  TellHistoryChanged();
+}
+
 void EditSession::Implementation::TellHistoryChanged() {
   // An observer may remove itself and others while it is told.
   const std::vector<EditObserver*> told = observers;

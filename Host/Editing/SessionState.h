@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Host/Editing/AttributeWatch.h"
 #include "Host/Editing/EditSession.h"
 #include "Host/Editing/History.h"
 #include "Host/Editing/JournalWriter.h"
@@ -29,12 +30,18 @@ class EditSession::Implementation {
   History history;
   JournalWriter journal;
   std::vector<EditObserver*> observers;
+  /// They look at nodes of the document.
+  std::vector<std::unique_ptr<AttributeWatch>> watches;
 
   /// Makes one command, or a part of the one that is open. What `commands` did before an error is taken back.
   Status Run(const std::string& name, const std::function<Status(Transaction&)>& commands);
   /// Makes one command of several.
   Status Group(const std::string& name, const std::function<Status()>& commands);
   Status GoTo(std::size_t place);
+  /// Whether a command is being made, undone or redone.
+  [[nodiscard]] bool IsBusy() const { return is_busy_; }
+  /// Makes a command of changes that somebody else has made.
+  void TakeChanges(const std::string& name, Edits edits);
   void TellHistoryChanged();
 
   /// An error that names the first id of which there is no node, or says that none is given.

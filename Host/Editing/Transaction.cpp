@@ -62,6 +62,10 @@ Status Transaction::RollBackTo(std::size_t count) {
   return UndoEdits(document_, undone);
 }
 
+void Transaction::Record(Edits edits) {
+  edits_.insert(edits_.end(), std::make_move_iterator(edits.begin()), std::make_move_iterator(edits.end()));
+}
+
 bool Transaction::ChangesNothing() const {
   return std::all_of(edits_.begin(), edits_.end(), [](const auto& edit) { return edit->ChangesNothing(); });
 }

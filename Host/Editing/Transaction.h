@@ -31,6 +31,8 @@ class Transaction {
   [[nodiscard]] std::size_t GetNumEdits() const { return edits_.size(); }
   /// Takes back all but the first `count` edits. An error where that fails, and nothing is taken back then.
   Status RollBackTo(std::size_t count);
+  /// Takes edits that have been done already.
+  void Record(Edits edits);
   /// Whether the document is as it was before.
   [[nodiscard]] bool ChangesNothing() const;
   [[nodiscard]] Edits Take() { return std::move(edits_); }

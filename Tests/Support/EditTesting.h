@@ -16,7 +16,7 @@ namespace Testing {
 
 inline constexpr NodeType kRectangle{10, 16, 10};
 inline constexpr NodeType kAdd{10, 320, 5};
-inline constexpr NodeType kClamp{10, 288, 26};
+inline constexpr NodeType kClamp{10, 320, 42};
 inline constexpr NodeType kNumberNode{10, 16, 48};
 
 /// Writes down what it is told.

@@ -140,6 +140,11 @@ class HOST_EDITING_API EditSession {
   Status SetAttribute(const std::string& attribute, const std::string& text, std::vector<std::string>* notes = nullptr);
   Status SetAttributes(const std::vector<AttributeValue>& values, std::vector<std::string>* notes = nullptr);
 
+  /// What somebody else, a panel for example, sets at these nodes becomes a command as well: each change of a value or
+  /// of the enabled flag. Until the next call, or until a node goes; one that is brought back is another one. Takes the
+  /// place of the nodes before.
+  Status Watch(const std::vector<std::string>& ids);
+
   // ---- Outputs, frames and the view ----
 
   Status AddOutput(const DocumentOutput& output);
