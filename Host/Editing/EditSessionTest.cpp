@@ -307,6 +307,7 @@ TEST_F(EditSessionTest, WhatPanelsSetCanBeUndone) {
   node.GetAttribute("constant")->SetNumber(0.5, false);
   EXPECT_EQ(session_->GetHistory(), (Lines{"Set c.constant"}));
   EXPECT_TRUE(session_->IsModified());
+  before_ = Save(session_->GetDocument());
   // What a command sets is told as well, and is no second step.
   ExpectDone(session_->SetAttributes({{"c.constant", 0.75}}), "Set c.constant");
   EXPECT_EQ(session_->GetHistory().size(), 2U);
@@ -353,7 +354,7 @@ TEST_F(EditSessionTest, AnObserverMayWatchOtherNodesWhenAPanelChangesOne) {
 }
 
 TEST_F(EditSessionTest, WhatIsShownMayChangeBetweenCommands) {
-  ExpectDone(session_->AddNode({Testing::kRectangle, "q", {}}), "Add Rectangle");
+  ExpectDone(session_->AddNode({Testing::kRectangle, "q", {}}), "Add Image Rectangle");
   EXPECT_FALSE(session_->SetView(ScEng::DocumentView{{}, {}, "q.image"}).IsError());
   EXPECT_FALSE(session_->RemoveNodes({"q"}).IsError());
   EXPECT_FALSE(session_->Undo().IsError());
