@@ -7,6 +7,7 @@
 
 #include "Host/Editing/Names.h"
 #include "Host/Editing/SessionState.h"
+#include "Host/Tools/Guard.h"
 
 namespace ScEng {
 
@@ -79,7 +80,10 @@ Status EditSession::Implementation::Paste(Transaction& transaction, GraphDocumen
 Status EditSession::Copy(const std::vector<std::string>& ids, CopiedNodes& copied) const {
   GraphDocument copy(implementation_->catalog);
   CopiedNodes made;
-  Status status = implementation_->CopyTo(copy, ids, made.incoming);
+  Status status;
+  const Status guarded =
+      CallGuarded("a node type", [&] { status = implementation_->CopyTo(copy, ids, made.incoming); });
+  if (guarded.IsError()) status = guarded;
   if (!status.IsError()) status = copy.SaveText(made.text);
   if (!status.IsError()) copied = std::move(made);
   return status;

@@ -65,8 +65,8 @@ struct PasteOptions {
 /// A command that cannot be done says why in one line and changes nothing. One that would change nothing is done and
 /// makes no step of the history. Undone to the start and redone to the end, the document is the same to the byte of
 /// what is saved, with the order of nodes, connections, outputs and frames, and placeholders of unknown types. Commands
-/// know nodes by their ids. A command costs time and memory in proportion to what it changes; one that removes nodes or
-/// connections looks once through the connections of the document.
+/// know nodes by their ids. A command costs time and memory in proportion to what it changes; one that removes,
+/// renames, reorders or copies also looks through the lists of the document.
 ///
 /// While a document is edited, a journal keeps its state for the case that the program ends early; see `Tick`.
 ///
