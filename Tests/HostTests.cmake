@@ -244,6 +244,7 @@ value_add_test(HostFilesTests
   SOURCES
     "${host}/Documents/DocumentAdviceTest.cpp"
     "${host}/Documents/DocumentEditingTest.cpp"
+    "${host}/Documents/DocumentEditsTest.cpp"
     "${host}/Documents/DocumentEvaluationTest.cpp"
     "${host}/Documents/DocumentLimitsTest.cpp"
     "${host}/Documents/DocumentSavingTest.cpp"
@@ -259,6 +260,17 @@ value_add_test(HostFilesTests
   DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Testing OpenImageIO::OpenImageIO
   # A damaged file makes a library of image formats leak; which one shows only in whole call stacks.
   ENVIRONMENT ${gpu_test_environment})
+
+value_add_test(HostEditingTests
+  SOURCES
+    "${host}/Editing/EditClipboardTest.cpp"
+    "${host}/Editing/EditPropertiesTest.cpp"
+    "${host}/Editing/EditSessionTest.cpp"
+    "${host}/Editing/JournalTest.cpp"
+    "${host}/Editing/JournalText.cpp"
+    "${host}/Editing/LargeDocumentTest.cpp"
+    Support/WatchedMemory.cpp
+  DEPENDS ValueHost::Editing ValueHost::Nodes nlohmann_json::nlohmann_json)
 
 value_add_test(HostReadingTests
   SOURCES

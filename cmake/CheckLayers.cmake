@@ -24,6 +24,7 @@ set(Host/NodeKit Math Util Image Tools Widgets)
 set(Host/Files Math Util Image)
 set(Host/Nodes Math Util Image Tools NodeKit Files)
 set(Host/Documents Math Util Image Tools Files)
+set(Host/Editing Math Util Image Tools Files Documents)
 set(Host/Testing Math Util Image Tools Files)
 set(Host/Validation Math Util Image Tools Nodes)
 # Modules that the one around them loads at run time.
@@ -38,7 +39,7 @@ set(Apps/Panel Math Util Image Tools Widgets Files Nodes Documents)
 set(Apps/Value Math Util Image Gpu Tools NodeKit Files Nodes Documents Testing Validation Apps/Panel/Panel.h)
 
 # Tests may look into what they test, and at every public header of the host.
-set(every_module Math Util Image Gpu Tools Widgets NodeKit Files Nodes Documents Testing Validation)
+set(every_module Math Util Image Gpu Tools Widgets NodeKit Files Nodes Documents Editing Testing Validation)
 set(Tests/Abi ${every_module} Tests/Support Value/ValueLibraryInterface.h)
 set(Tests/Contract ${every_module} Tests/Support Tests/Widgets Value)
 set(Tests/Libraries ${every_module})

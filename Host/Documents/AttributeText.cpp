@@ -181,6 +181,38 @@ Status SetAttributeFromJson(Attribute& attribute, const JsonValue& value, std::v
   return numbers ? SetNumbers(attribute, *numbers) : MakeKindError(attribute, Describe(value));
 }
 
+Status SetAttributeFromValue(Attribute& attribute, const PlugValue& value, std::vector<std::string>& notes) {
+  if (value.GetType() != attribute.GetPlugType()) {
+    return MakeKindError(attribute, std::string("a ") + PlugType::GetName(value.GetType()));
+  }
+  const auto set_finite = [&](const std::vector<double>& numbers) {
+    if (std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); })) {
+      return SetNumbers(attribute, numbers);
+    }
+    return Status::Error("it is NaN or infinite, which a document cannot hold");
+  };
+  switch (attribute.GetKind()) {
+    case Attribute::Kind::kFlag: attribute.SetFlag(value.GetFlag(), false); return {};
+    case Attribute::Kind::kNumber:
+      if (!std::isfinite(value.GetNumber())) {
+        return Status::Error("it takes a finite number, which NaN and infinities are not");
+      }
+      return SetNumber(attribute, value.GetNumber(), notes);
+    case Attribute::Kind::kChoice: return SetChoice(attribute, value.GetText());
+    case Attribute::Kind::kString:
+      if (!IsUtf8(value.GetText())) return Status::Error("its text is not UTF-8, which a document cannot hold");
+      return SetAttributeFromJson(attribute, JsonValue(value.GetText()), notes);
+    case Attribute::Kind::kPoint: return set_finite({value.GetPoint().x, value.GetPoint().y});
+    case Attribute::Kind::kFrame: {
+      const Frame frame = value.GetFrame();
+      return set_finite({frame.x, frame.y, frame.width, frame.height});
+    }
+    case Attribute::Kind::kColor: break;
+  }
+  const Rgbo color = value.GetColor();
+  return set_finite({color.red, color.green, color.blue, color.opacity});
+}
+
 Status GetAttributeAsJson(const Attribute& attribute, JsonValue& value) {
   const PlugValue& held = attribute.GetValue();
   std::vector<double> numbers;

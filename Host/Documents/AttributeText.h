@@ -18,6 +18,9 @@ Status SetAttributeFromJson(Attribute& attribute, const JsonValue& value, std::v
 /// The same from text as it is written on a command line.
 Status SetAttributeFromText(Attribute& attribute, const std::string& text, std::vector<std::string>& notes);
 
+/// The same from a value as plugs carry it. An error for what a document cannot hold.
+Status SetAttributeFromValue(Attribute& attribute, const PlugValue& value, std::vector<std::string>& notes);
+
 /// The value of an attribute as JSON; an error, without the attribute's name, where JSON cannot hold it.
 Status GetAttributeAsJson(const Attribute& attribute, JsonValue& value);
 

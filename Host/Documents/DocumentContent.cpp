@@ -114,6 +114,10 @@ Status GraphDocument::Content::Connect(const std::string& from, const std::strin
 }
 
 Status GraphDocument::Content::Connect(const ConnectionEntry& connection) {
+  return InsertConnection(connection, connections.size());
+}
+
+Status GraphDocument::Content::InsertConnection(const ConnectionEntry& connection, std::size_t place) {
   const unsigned index = connection.index;
   if (InvolvesPlaceholder(connection)) {
     if (connection.to->node != nullptr && index != 0 && !TakesMany(*connection.to->node, connection.inplug)) {
@@ -137,21 +141,30 @@ Status GraphDocument::Content::Connect(const ConnectionEntry& connection) {
         engine.Connect(connection.from->node, connection.outplug, 0, connection.to->node, connection.inplug, index);
     if (status.IsError()) return status;
   }
-  connections.push_back(connection);
+  connections.insert(connections.begin() + static_cast<std::ptrdiff_t>(place), connection);
+  // The ends are entries of this document, which a connection only looks at.
+  ++Find(connection.from->id)->num_connections;
+  ++Find(connection.to->id)->num_connections;
   if (!observers.empty()) Tell(&DocumentObserver::OnConnectionAdded, Describe(connection));
   return {};
+}
+
+void GraphDocument::Content::Release(const ConnectionEntry& connection) {
+  if (InvolvesPlaceholder(connection)) {
+    taken_inputs.erase(KeyOfInput(connection));
+  } else {
+    engine.DisconnectNodes(connection.from->node, connection.outplug, 0, connection.to->node, connection.inplug,
+                           connection.index);
+  }
+  --Find(connection.from->id)->num_connections;
+  --Find(connection.to->id)->num_connections;
 }
 
 void GraphDocument::Content::RemoveConnections(const std::function<bool(const ConnectionEntry&)>& is_gone) {
   std::vector<DocumentConnection> gone;
   std::erase_if(connections, [&](const ConnectionEntry& connection) {
     if (!is_gone(connection)) return false;
-    if (InvolvesPlaceholder(connection)) {
-      taken_inputs.erase(KeyOfInput(connection));
-    } else {
-      engine.DisconnectNodes(connection.from->node, connection.outplug, 0, connection.to->node, connection.inplug,
-                             connection.index);
-    }
+    Release(connection);
     gone.push_back(Describe(connection));
     return true;
   });

@@ -36,6 +36,8 @@ struct DocumentEntry {
   /// Null for a placeholder.
   Node* node = nullptr;
   std::unique_ptr<Placeholder> placeholder;
+  /// How many ends of connections are at this node.
+  std::size_t num_connections = 0;
   /// A connection to one of its inputs is in the document and could not be made.
   bool has_lost_connection = false;
   /// The attribute version that names in connections are translated from.
@@ -121,6 +123,8 @@ struct GraphDocument::Content {
   Status FindTarget(const std::string& to, ConnectionEntry& connection);
   /// Makes a connection whose ends were found.
   Status Connect(const ConnectionEntry& connection);
+  /// The same at a place in the order of the connections.
+  Status InsertConnection(const ConnectionEntry& connection, std::size_t place);
   Status Connect(const std::string& from, const std::string& to, unsigned index, bool gave_index);
   /// Checks an output and finds its plug.
   Status FindOutput(const DocumentOutput& output, OutputEntry& found);
@@ -143,6 +147,8 @@ struct GraphDocument::Content {
   [[nodiscard]] std::string DescribeUnknownType(const JsonValue& type) const;
   /// An entry without a node; null and an error when the id is taken or not one.
   DocumentEntry* AddEntry(const std::string& id, Status& status);
+  /// Frees the plugs of a connection that is about to go.
+  void Release(const ConnectionEntry& connection);
   /// Removes everything about the connections for which `is_gone` holds, and tells of each.
   void RemoveConnections(const std::function<bool(const ConnectionEntry&)>& is_gone);
   void RenameTakenInputs(const std::string& before, const std::string& now);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "Host/Documents/AttributeText.h"
@@ -37,6 +38,7 @@ void DocumentObserver::OnNodeAdded(const std::string&) {}
 void DocumentObserver::OnNodeRemoved(const std::string&) {}
 void DocumentObserver::OnNodeRenamed(const std::string&, const std::string&) {}
 void DocumentObserver::OnNodeChanged(const std::string&) {}
+void DocumentObserver::OnAttributeChanged(const std::string&, const std::string&) {}
 void DocumentObserver::OnOrderChanged() {}
 void DocumentObserver::OnConnectionAdded(const DocumentConnection&) {}
 void DocumentObserver::OnConnectionRemoved(const DocumentConnection&) {}
@@ -82,6 +84,13 @@ Status GraphDocument::SaveText(std::string& text) const {
 // ---- Nodes ----
 
 Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status& status) {
+  const DocumentEntry* entry = CreateNode(id, type, status);
+  if (entry == nullptr) return nullptr;
+  content_->Tell(&DocumentObserver::OnNodeAdded, id);
+  return entry->node;
+}
+
+DocumentEntry* GraphDocument::CreateNode(const std::string& id, const NodeType& type, Status& status) {
   const NodeInterface* const descriptor = content_->engine.GetCatalog().Find(type);
   if (descriptor == nullptr) {
     status = Status::Error("node " + Quote(id) + ": there is no node type [" + type.ToString() + "]");
@@ -113,16 +122,17 @@ Node* GraphDocument::AddNode(const std::string& id, const NodeType& type, Status
     Attribute* attribute = node->GetAttribute(i);
     if (attribute->GetKind() == Attribute::Kind::kString) attribute->SetFolder(content_->folder);
   }
-  content_->Tell(&DocumentObserver::OnNodeAdded, id);
-  return node;
+  return entry;
 }
 
 Status GraphDocument::RemoveNode(const std::string& id) {
   Status status;
   const DocumentEntry* entry = content_->Find(id, status);
   if (entry == nullptr) return status;
-  content_->RemoveConnections(
-      [&](const ConnectionEntry& connection) { return connection.from == entry || connection.to == entry; });
+  if (entry->num_connections > 0) {
+    content_->RemoveConnections(
+        [&](const ConnectionEntry& connection) { return connection.from == entry || connection.to == entry; });
+  }
   const std::size_t outputs = content_->outputs.size();
   for (std::size_t i = outputs; i-- > 0;) {
     if (content_->output_entries[i].entry != entry) continue;
@@ -140,7 +150,8 @@ Status GraphDocument::RemoveNode(const std::string& id) {
     content_->engine.DeleteNode(node);
   }
   const std::string removed = id;
-  std::erase(content_->ids, removed);
+  // Who removes many begins at the end.
+  content_->ids.erase(std::prev(std::find(content_->ids.rbegin(), content_->ids.rend(), removed).base()));
   content_->entries.erase(removed);
   content_->Tell(&DocumentObserver::OnNodeRemoved, removed);
   return {};
@@ -303,6 +314,7 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
                        found->GetStringUse() != Attribute::StringUse::kText && !text.empty();
   if (is_path) {
     SetFile(*found, found->GetStringUse() == Attribute::StringUse::kReadPath ? MakeReadPath(text) : MakePath(text));
+    content_->Tell(&DocumentObserver::OnAttributeChanged, entry->id, found->GetName());
     return {};
   }
   std::vector<std::string> own_notes;
@@ -311,8 +323,32 @@ Status GraphDocument::SetAttribute(const std::string& attribute, const std::stri
   if (!status.IsError()) {
     entry->set_attributes.resize(node.GetNumAttributes());
     entry->set_attributes[found->GetId()] = true;
+    content_->Tell(&DocumentObserver::OnAttributeChanged, entry->id, found->GetName());
   }
   return status.IsError() ? Status::Error(Quote(attribute) + ": " + status.GetMessage()) : status;
+}
+
+Status GraphDocument::SetAttributeValue(const std::string& attribute, const PlugValue& value,
+                                        std::vector<std::string>& notes) {
+  Status status;
+  std::string name;
+  DocumentEntry* entry = content_->FindPlugNode(attribute, name, status, NameUse::kAttribute);
+  if (entry == nullptr) return status;
+  if (entry->node == nullptr) {
+    return Status::Error(Quote(attribute) + ": the node is of a type that is unknown here");
+  }
+  Attribute* found = entry->node->GetAttribute(name);
+  if (found == nullptr) {
+    return Status::Error(Quote(attribute) + ": " + content_->DescribeMissingAttribute(*entry->node, name));
+  }
+  std::vector<std::string> own_notes;
+  status = SetAttributeFromValue(*found, value, own_notes);
+  for (const std::string& note : own_notes) notes.push_back(Quote(attribute) + ": " + note);
+  if (status.IsError()) return Status::Error(Quote(attribute) + ": " + status.GetMessage());
+  entry->set_attributes.resize(entry->node->GetNumAttributes());
+  entry->set_attributes[found->GetId()] = true;
+  content_->Tell(&DocumentObserver::OnAttributeChanged, entry->id, found->GetName());
+  return {};
 }
 
 // ---- Outputs ----
@@ -397,6 +433,8 @@ Status GraphDocument::SetView(std::optional<DocumentView> view) {
   content_->Tell(&DocumentObserver::OnViewChanged);
   return {};
 }
+
+const std::filesystem::path& GraphDocument::GetFolder() const { return content_->folder; }
 
 const std::string& GraphDocument::GetSchema() const { return content_->schema; }
 

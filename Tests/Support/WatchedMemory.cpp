@@ -12,8 +12,12 @@ std::atomic<const void*> watched{nullptr};
 std::atomic<int> times_freed{0};
 std::atomic<std::size_t> failing_bytes{0};
 std::atomic<int> spared_allocations{0};
+std::atomic<std::size_t> allocated_bytes{0};
 
-bool Fails(std::size_t bytes) noexcept { return bytes != 0 && bytes == failing_bytes && spared_allocations-- <= 0; }
+bool Fails(std::size_t bytes) noexcept {
+  allocated_bytes += bytes;
+  return bytes != 0 && bytes == failing_bytes && spared_allocations-- <= 0;
+}
 
 void* Allocate(std::size_t bytes) noexcept { return Fails(bytes) ? nullptr : std::malloc(bytes == 0 ? 1 : bytes); }
 
@@ -41,6 +45,8 @@ void Testing::WatchMemory(const void* object) {
   watched = object;
   times_freed = 0;
 }
+
+std::size_t Testing::GetAllocatedBytes() { return allocated_bytes; }
 
 int Testing::GetTimesFreed() { return times_freed; }
 

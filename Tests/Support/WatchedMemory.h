@@ -14,6 +14,9 @@ void WatchMemory(const void* object);
 /// How often the memory of the object watched last was given back.
 int GetTimesFreed();
 
+/// How many bytes have been asked for so far, on all threads.
+std::size_t GetAllocatedBytes();
+
 /// For one scope, lets allocations of exactly `bytes` bytes fail on every thread, after `spared` of them have gone
 /// well. A test picks a size that nothing else in its scope asks for.
 class FailingAllocations {

@@ -67,7 +67,8 @@ struct DocumentView {
 /// Who wants to know how a document changes. Everything is told after it has happened, on the thread that does it. An
 /// observer may add and remove observers then, and must not change the document.
 ///
-/// Values of attributes are told by their nodes; see `NodeObserver`.
+/// Values of attributes that are set past the document, by a panel for example, are told by their nodes alone; see
+/// `NodeObserver`.
 class HOST_DOCUMENTS_API DocumentObserver {
  public:
   DocumentObserver() = default;
@@ -82,6 +83,8 @@ class HOST_DOCUMENTS_API DocumentObserver {
   virtual void OnNodeRenamed(const std::string& before, const std::string& now);
   /// The enabled flag, position or note was set.
   virtual void OnNodeChanged(const std::string& id);
+  /// A value was set through the document.
+  virtual void OnAttributeChanged(const std::string& id, const std::string& attribute);
   virtual void OnOrderChanged();
   virtual void OnConnectionAdded(const DocumentConnection& connection);
   virtual void OnConnectionRemoved(const DocumentConnection& connection);

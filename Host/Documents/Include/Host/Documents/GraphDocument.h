@@ -18,10 +18,13 @@
 #include "Host/Files/WrittenFile.h"
 #include "Host/Image/Image.h"
 #include "Host/Tools/Engine.h"
+#include "Host/Tools/PlugValue.h"
 #include "Host/Util/RefCounter.h"
 #include "Host/Util/Status.h"
 
 namespace ScEng {
+
+struct DocumentEntry;
 
 /// How a run failed; the larger outranks the smaller.
 enum class RunFailure { kNone = 0, kNode = 1, kFile = 2 };
@@ -138,6 +141,9 @@ class HOST_DOCUMENTS_API GraphDocument {
   /// Sets "node.attribute" from text: a number, true or false, a choice word, a string, or numbers separated by commas.
   /// Old names and the clamping of numbers are as in documents; relative paths start from the working directory.
   Status SetAttribute(const std::string& attribute, const std::string& text, std::vector<std::string>& notes);
+  /// Sets "node.attribute" to a value of the attribute's kind, a path as it is to stand in the document. Numbers out of
+  /// bounds are clamped with a note; an error for what a document cannot hold (NaN, infinities, text that is no UTF-8).
+  Status SetAttributeValue(const std::string& attribute, const PlugValue& value, std::vector<std::string>& notes);
   /// Sets the path of a reader; an error where a connection feeds that path.
   Status SetInput(const std::string& id, const std::filesystem::path& file);
 
@@ -175,6 +181,8 @@ class HOST_DOCUMENTS_API GraphDocument {
   Status SetFrames(std::vector<DocumentFrame> frames);
   [[nodiscard]] const std::optional<DocumentView>& GetView() const;
   Status SetView(std::optional<DocumentView> view);
+  /// The folder that relative paths start from; empty for the working directory.
+  [[nodiscard]] const std::filesystem::path& GetFolder() const;
   /// What the document gives as its "$schema"; empty for nothing.
   [[nodiscard]] const std::string& GetSchema() const;
   Status SetSchema(const std::string& schema);
@@ -219,11 +227,15 @@ class HOST_DOCUMENTS_API GraphDocument {
 
  private:
   friend class DocumentAdvice;
+  friend class DocumentEdits;
   friend class DocumentReader;
   friend class DocumentRun;
   friend class DocumentWriter;
   friend class ImageFlow;
   struct Content;
+
+  /// Adds a node of which nobody has been told yet.
+  DocumentEntry* CreateNode(const std::string& id, const NodeType& type, Status& status);
 
   std::unique_ptr<Content> content_;
 };
