@@ -9,8 +9,8 @@ import zlib
 import numpy as np
 
 from cli_support import (
-    COLOR, FILE_ERROR, INVALID, SIGNED, VALUE, F, ValueTestCase, document, link, node, output, read_file, sample_picture,
-    write_file,
+    COLOR, FILE_ERROR, INVALID, SIGNED, USAGE, VALUE, F, ValueTestCase, document, link, node, output, read_file,
+    sample_picture, write_file,
 )
 
 
@@ -423,7 +423,7 @@ class ExrTest(MetadataTestCase):
             self.assertIn("compression (type compression): none", ask("exrheader", self.dir / name))
         result = self.value(
             "apply", "Value Add", "-i", "in.exr", "--set", "constant=0", "--compression", "nice", "-o", "no.exr",
-            code=FILE_ERROR,
+            code=USAGE,
         )
         self.assert_one_error(result, "no.exr", "nice", "piz")
         self.assertFalse((self.dir / "no.exr").exists())
