@@ -72,7 +72,7 @@ set(CPACK_DEBIAN_LIBVALUEHOST-DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_LIBVALUEHOST-DEV_PACKAGE_DEPENDS "libvaluehost (= ${package_version})")
 # Icons of node libraries and panels in programs of one's own need Qt; everything else does without.
 set(CPACK_DEBIAN_LIBVALUEHOST-DEV_PACKAGE_RECOMMENDS "qt6-base-dev")
-set(CPACK_DEBIAN_LIBVALUEHOST-DEV_PACKAGE_SUGGESTS "cmake, pkg-config, value, value-doc")
+set(CPACK_DEBIAN_LIBVALUEHOST-DEV_PACKAGE_SUGGESTS "cmake, pkgconf, value, value-doc")
 set(CPACK_COMPONENT_LIBVALUEHOST-DEV_DESCRIPTION
 "host of image nodes, development files
 This package has the headers of the host, and what CMake and pkg-config want
