@@ -60,7 +60,10 @@ Status FileOpening::Begin() {
   question_.time = limits.time;
   question_.memory = GetAllowedMemory(limits, file_bytes_, 0);
   question_.mapped = file_bytes_;
-  return process_->Send(question_);
+  const Status sent = process_->Send(question_);
+  // It is closed from here on, and its number may become another file's.
+  question_.descriptor = -1;
+  return sent;
 }
 
 std::unique_ptr<HelperDecoder> FileOpening::Finish(Status& status) {
