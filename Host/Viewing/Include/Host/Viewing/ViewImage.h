@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "Host/Image/Image.h"
+#include "Host/Image/SampleRange.h"
+#include "Host/Viewing/Api.h"
+
+namespace ScEng {
+
+/// How many of the values of an image lie in each of so many ranges of one width, from the lowest to the highest finite
+/// value. Values are those of `ValueOfPixel`. All bars are 0 where no value is finite.
+struct ViewHistogram {
+  static constexpr std::size_t kBars = 256;
+  SampleRange range;
+  std::vector<std::uint64_t> bars = std::vector<std::uint64_t>(kBars);
+};
+
+/// Figures of the values of an image, or of a part of it.
+struct ViewFigures {
+  /// Of the finite values; empty without one.
+  SampleRange finite;
+  double mean = 0.0;
+  std::uint64_t values = 0;
+  std::uint64_t nan = 0;
+  std::uint64_t infinite = 0;
+};
+
+/// A copy of an image that is made to be looked at: with smaller copies for views from afar, figures and a histogram.
+///
+/// It does not change once it is made, and nothing that counts references is handed out: any threads may read it, and
+/// any of them may be the last that lets go of it.
+class HOST_VIEWING_API ViewImage {
+ public:
+  /// Copies an image. Uses the threads of the host, and asks whether to stop (`PollCancellation`).
+  static std::shared_ptr<const ViewImage> Make(const Image& image);
+
+  ~ViewImage();
+  ViewImage(const ViewImage&) = delete;
+  ViewImage& operator=(const ViewImage&) = delete;
+
+  /// The copy. Nobody takes or releases a reference to it.
+  [[nodiscard]] const Image& GetImage() const;
+
+  /// A copy of the image in which one pixel stands for 2^level by 2^level: level 0 is the image itself.
+  struct Level {
+    const float* samples = nullptr;
+    int size_x = 0;
+    int size_y = 0;
+  };
+  /// At least 1; the last level is at most 64 pixels wide and high. A pixel is the mean of the finite samples of each
+  /// channel below it, at the right and bottom edges of fewer; without a finite one it is one of them as it is.
+  [[nodiscard]] int GetNumLevels() const;
+  [[nodiscard]] Level GetLevel(int level) const;
+
+  [[nodiscard]] const ViewFigures& GetFigures() const;
+  [[nodiscard]] const ViewHistogram& GetHistogram() const;
+
+ private:
+  class Implementation;
+  explicit ViewImage(std::unique_ptr<const Implementation> implementation);
+  std::unique_ptr<const Implementation> implementation_;
+};
+
+/// A rectangle of pixels of an image, from its top left corner, which is (0, 0).
+struct PixelBox {
+  int left = 0;
+  int top = 0;
+  int width = 0;
+  int height = 0;
+
+  friend bool operator==(const PixelBox&, const PixelBox&) = default;
+};
+
+/// The figures of the values in a part of an image; what lies outside of it does not count.
+HOST_VIEWING_API ViewFigures MeasureBox(const ViewImage& image, const PixelBox& box);
+
+}  // namespace ScEng
