@@ -263,6 +263,9 @@ value_add_test(HostFilesTests
 
 value_add_test(HostEditingTests
   SOURCES
+    "${host}/Editing/Background/BackgroundEvaluatorTest.cpp"
+    "${host}/Editing/Background/BackgroundRunTest.cpp"
+    "${host}/Editing/Background/SessionFollower.cpp"
     "${host}/Editing/EditClipboardTest.cpp"
     "${host}/Editing/EditPropertiesTest.cpp"
     "${host}/Editing/EditSessionTest.cpp"

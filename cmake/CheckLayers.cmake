@@ -39,7 +39,7 @@ set(Apps/NodePages Math Util Image Tools NodeKit Files Nodes Documents)
 set(Apps/Desktop Math Util Image Files)
 set(Apps/Editor Math Util Image Viewing Tools Widgets Files Nodes Documents Editing Apps/Desktop)
 set(Apps/Panel Math Util Image Viewing Tools Widgets Files Nodes Documents Apps/Desktop)
-set(Apps/Value Math Util Image Gpu Tools NodeKit Files Nodes Documents Editing Testing Validation Apps/Panel/Panel.h Apps/Editor/Editor.h)
+set(Apps/Value Math Util Image Gpu Tools NodeKit Files Nodes Documents Testing Validation Apps/Panel/Panel.h Apps/Editor/Editor.h)
 
 # Tests may look into what they test, and at every public header of the host.
 set(every_module Math Util Image Viewing Gpu Tools Widgets NodeKit Files Nodes Documents Editing Testing Validation)

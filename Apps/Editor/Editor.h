@@ -16,7 +16,7 @@ struct EditorRequest {
   std::shared_ptr<const ScEng::NodeCatalog> catalog;
   /// Empty for what the editor starts with.
   std::filesystem::path document;
-  /// Where journals of documents without a file go.
+  /// Where journals of documents without a file go; empty for the user's folder.
   std::filesystem::path state_folder;
   /// "light", "dark", or empty for that of the desktop.
   std::string theme;
@@ -35,8 +35,12 @@ struct EditorRequest {
 };
 
 struct EditorAnswer {
-  /// Of opening the document, of what a screenshot asks for, and of writing it.
+  /// Of writing the screenshot.
   ScEng::Status status;
+  /// What is wrong with the document, or with what is asked of the window; then nothing is drawn.
+  std::vector<std::string> problems;
+  /// The problems are those of the request.
+  bool is_usage = false;
   /// The screenshot's size in pixels.
   int width = 0;
   int height = 0;

@@ -121,4 +121,5 @@ std::unique_ptr<Command> MakeStatsCommand(const CommonOptions& common, Reporter&
 std::unique_ptr<Command> MakeDoctorCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeSelftestCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakeValidateCommand(const CommonOptions& common, Reporter& reporter);
+std::unique_ptr<Command> MakeEditCommand(const CommonOptions& common, Reporter& reporter);
 std::unique_ptr<Command> MakePanelCommand(const CommonOptions& common, Reporter& reporter);

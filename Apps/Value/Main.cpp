@@ -62,7 +62,8 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
   common.Declare(app);
   std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
   for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand,
-                          MakeSelftestCommand, MakeDoctorCommand, MakeValidateCommand, MakePanelCommand}) {
+                          MakeSelftestCommand, MakeDoctorCommand, MakeValidateCommand, MakePanelCommand,
+                          MakeEditCommand}) {
     auto command = make(common, reporter);
     CLI::App* sub = command->Declare(app);
     common.Declare(*sub);

@@ -4,17 +4,13 @@
 #include "Apps/Panel/Panel.h"
 #include "Apps/Value/Common.h"
 #include "Apps/Value/OneNodeGraph.h"
+#include "Apps/Value/WindowFlags.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Util/HostModule.h"
 
 namespace {
 
 using ScEng::Status;
-
-bool IsSet(const char* variable) {
-  const char* value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
 
 class PanelCommand : public Command {
  public:
@@ -24,11 +20,7 @@ class PanelCommand : public Command {
     CLI::App* sub = app.add_subcommand("panel", "Opens the attribute panel of a node, with a live preview");
     graph_.DeclareNode(*sub);
     graph_.DeclareRange(*sub);
-    sub->add_option("--screenshot", screenshot_, "Draws the window to a file; needs no display")->type_name("FILE");
-    sub->add_option("--theme", theme_, "light or dark (default: as the desktop)")
-        ->type_name("THEME")
-        ->check(CLI::IsMember({"light", "dark"}));
-    sub->add_option("--scale", scale_, "Device pixels per pixel: 1 or 2")->type_name("N")->check(CLI::Range(1, 2));
+    window_.Declare(*sub, 2);
     sub->footer(
         "Without -i the node gets a terrain.\n\n"
         "Examples:\n"
@@ -41,7 +33,7 @@ class PanelCommand : public Command {
     if (graph_.HasRange() && !graph_.HasInputs()) {
       return Fail(ExitCode::kUsage, "--range declares the range of image files; give one with -i FILE");
     }
-    if (screenshot_ && screenshot_->empty()) return Fail(ExitCode::kUsage, "--screenshot names no file");
+    if (const std::string problem = window_.FindProblem(); !problem.empty()) return Fail(ExitCode::kUsage, problem);
     const auto catalog = LoadCatalog();
     if (!catalog) return ExitCode::kPlugin;
     const NodeInterface* found = FindNode(*catalog, graph_.FindNodeName(*catalog));
@@ -61,11 +53,8 @@ class PanelCommand : public Command {
       status = graph_.HasInputs() ? graph_.ConnectInputs(document, notes) : AddGenerators(document);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
-    if (!screenshot_ && !IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
-      return Fail(ExitCode::kNodeError,
-                  "there is no display to open a window on; give --screenshot FILE to draw it without one, or set "
-                  "DISPLAY");
-    }
+    const std::string missing = window_.FindMissingDisplay();
+    if (!missing.empty()) return Fail(ExitCode::kNodeError, missing);
 
     request.document = &document;
     request.node = &graph_.GetNode();
@@ -109,9 +98,9 @@ class PanelCommand : public Command {
     ScEng::HostModule module("ValuePanel", "the module of the window");
     const auto show = module.Load<decltype(&ValueShowPanel)>("ValueShowPanel");
     if (show == nullptr) return Fail(ExitCode::kPlugin, module.GetProblem());
-    request.theme = theme_;
-    request.scale = scale_;
-    if (screenshot_) request.screenshot = ScEng::MakePath(*screenshot_).string();
+    request.theme = window_.GetTheme();
+    request.scale = window_.GetScale();
+    request.screenshot = window_.GetScreenshot();
     request.on_fatal = [this](const std::string& text) {
       Fail(ExitCode::kNodeError, text);
       // Qt would abort the process next.
@@ -146,9 +135,7 @@ class PanelCommand : public Command {
   }
 
   OneNodeGraph graph_;
-  std::optional<std::string> screenshot_;
-  std::string theme_;
-  int scale_ = 1;
+  WindowFlags window_;
 };
 
 }  // namespace

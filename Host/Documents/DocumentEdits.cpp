@@ -192,6 +192,14 @@ Status DocumentEdits::SetAttribute(const std::string& id, std::size_t attribute,
   return {};
 }
 
+void DocumentEdits::TellAttributeChanged(const std::string& id, const std::string& attribute) {
+  document_.content_->Tell(&DocumentObserver::OnAttributeChanged, id, attribute);
+}
+
+void DocumentEdits::TellNodeChanged(const std::string& id) {
+  document_.content_->Tell(&DocumentObserver::OnNodeChanged, id);
+}
+
 // ---- Connections ----
 
 std::size_t DocumentEdits::GetNumConnections() const { return document_.content_->connections.size(); }

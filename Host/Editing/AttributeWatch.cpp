@@ -35,14 +35,17 @@ void AttributeWatch::OnNodeChanged(Node& node) {
   if (is_own_() || before.size() != states_.size()) return;
   Edits edits;
   std::string name;
+  DocumentEdits exact(document_);
   for (std::size_t i = 0; i < before.size(); ++i) {
     if (before[i] == states_[i]) continue;
     name = edits.empty() ? "Set " + id + "." + node.GetAttribute(i)->GetName() : "Set attributes of " + id;
     edits.push_back(std::make_unique<AttributeEdit>(AttributeKey{id, i}, before[i], states_[i]));
+    exact.TellAttributeChanged(id, node.GetAttribute(i)->GetName());
   }
   if (was_enabled != is_enabled_) {
     name = (is_enabled_ ? "Enable " : "Disable ") + id;
     edits.push_back(std::make_unique<EnabledEdit>(id, was_enabled, is_enabled_));
+    exact.TellNodeChanged(id);
   }
   // The last thing that is done: the watch may be gone after it.
   if (!edits.empty()) take_(name, std::move(edits));

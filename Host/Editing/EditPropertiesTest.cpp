@@ -3,10 +3,13 @@
 #include <rapidcheck.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
 
+#include "Host/Documents/DocumentEdits.h"
+#include "Host/Editing/Background/SessionFollower.h"
 #include "Host/Editing/EditSession.h"
 #include "Tests/Support/EditTesting.h"
 
@@ -147,6 +150,24 @@ void CheckSavedText(const std::string& text) {
   RC_ASSERT(SaveText(again) == text);
 }
 
+/// Whether a copy gives the results of a document: the same nodes, values, flags and connections, in whatever order.
+bool HasSameResults(GraphDocument& copy, GraphDocument& document) {
+  if (copy.GetIds().size() != document.GetIds().size()) return false;
+  const ScEng::DocumentEdits edits(copy);
+  const ScEng::DocumentEdits expected(document);
+  for (const std::string& id : document.GetIds()) {
+    if (!copy.HasId(id) || copy.IsPlaceholder(id) != document.IsPlaceholder(id)) return false;
+    if (copy.IsEnabled(id) != document.IsEnabled(id)) return false;
+    for (std::size_t i = 0; const auto state = expected.GetAttribute(id, i); ++i) {
+      const auto copied = edits.GetAttribute(id, i);
+      if (!copied || !ScEng::IsSameValue(copied->value, state->value)) return false;
+    }
+  }
+  const std::vector<DocumentConnection> made = copy.GetConnections();
+  const std::vector<DocumentConnection> connections = document.GetConnections();
+  return std::is_permutation(made.begin(), made.end(), connections.begin(), connections.end());
+}
+
 RC_GTEST_PROP(EditProperties, EveryPlaceOfTheHistoryIsTheSameToTheByte, ()) {
   const Testing::TemporaryFolder folder;
   Testing::WriteText(folder / "graph.json", Quoted(R"({'format': 'value-graph', 'version': 1, 'nodes': [
@@ -162,6 +183,8 @@ RC_GTEST_PROP(EditProperties, EveryPlaceOfTheHistoryIsTheSameToTheByte, ()) {
   ScEng::Findings findings;
   const auto session = EditSession::Open(GetCatalog(), folder / "graph.json", folder / "state", findings);
   RC_ASSERT(session != nullptr);
+  GraphDocument copy(GetCatalog());
+  ScEng::SessionFollower follower(*session, [&](const ScEng::MirrorChange& change) { change(copy); });
   RandomEditor editor(*session);
   std::vector<std::string> texts{SaveText(session->GetDocument())};
   bool is_dragged = false;
@@ -174,6 +197,7 @@ RC_GTEST_PROP(EditProperties, EveryPlaceOfTheHistoryIsTheSameToTheByte, ()) {
     const Status status = editor.GiveCommand();
     const std::string text = SaveText(session->GetDocument());
     CheckSavedText(text);
+    RC_ASSERT(HasSameResults(copy, session->GetDocument()));
     if (status.IsError()) {
       RC_ASSERT(ScEng::MakeLine(status.GetMessage()) == status.GetMessage());
       RC_ASSERT(session->GetPlace() == place);
@@ -193,6 +217,7 @@ RC_GTEST_PROP(EditProperties, EveryPlaceOfTheHistoryIsTheSameToTheByte, ()) {
       const auto target = static_cast<std::size_t>(editor.Pick(static_cast<int>(texts.size())));
       RC_ASSERT(!session->GoTo(target).IsError());
       RC_ASSERT(SaveText(session->GetDocument()) == texts[target]);
+      RC_ASSERT(HasSameResults(copy, session->GetDocument()));
     }
   }
   RC_ASSERT(session->GetHistory().size() + 1 == texts.size());

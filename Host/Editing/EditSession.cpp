@@ -32,6 +32,8 @@ GraphDocument& EditSession::GetDocument() { return *implementation_->document; }
 
 const GraphDocument& EditSession::GetDocument() const { return *implementation_->document; }
 
+const std::shared_ptr<const NodeCatalog>& EditSession::GetCatalog() const { return implementation_->catalog; }
+
 const std::filesystem::path& EditSession::GetFile() const { return implementation_->file; }
 
 void EditSession::AddObserver(EditObserver* observer) {

@@ -335,6 +335,15 @@ TEST_F(EditSessionTest, WhatPanelsSetCanBeUndone) {
   EXPECT_FALSE(session_->Watch({}).IsError());
 }
 
+TEST_F(EditSessionTest, WhatPanelsSetIsTold) {
+  EXPECT_FALSE(session_->Watch({"c"}).IsError());
+  Node& node = *session_->GetDocument().FindNode("c");
+  node.GetAttribute("constant")->SetNumber(0.5, false);
+  EXPECT_EQ(listener_.Take(), (Lines{"set c.constant", "history"}));
+  node.SetEnabled(false);
+  EXPECT_EQ(listener_.Take(), (Lines{"changed c", "history"}));
+}
+
 TEST_F(EditSessionTest, AnObserverMayWatchOtherNodesWhenAPanelChangesOne) {
   class Following : public ScEng::EditObserver {
    public:

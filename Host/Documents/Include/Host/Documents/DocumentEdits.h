@@ -67,6 +67,9 @@ class HOST_DOCUMENTS_API DocumentEdits {
   [[nodiscard]] std::optional<AttributeState> GetAttribute(const std::string& id, std::size_t attribute) const;
   /// Gives back a state that the same attribute has had.
   Status SetAttribute(const std::string& id, std::size_t attribute, const AttributeState& state);
+  /// Tells the document's observers of what somebody has set at the node itself: a value, or the enabled flag.
+  void TellAttributeChanged(const std::string& id, const std::string& attribute);
+  void TellNodeChanged(const std::string& id);
 
   // ---- Connections ----
 

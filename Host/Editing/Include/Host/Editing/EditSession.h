@@ -94,6 +94,7 @@ class HOST_EDITING_API EditSession {
   /// For reading, evaluating and showing. What changes the document goes through the commands below.
   [[nodiscard]] GraphDocument& GetDocument();
   [[nodiscard]] const GraphDocument& GetDocument() const;
+  [[nodiscard]] const std::shared_ptr<const NodeCatalog>& GetCatalog() const;
   /// Empty for a document that has no file yet.
   [[nodiscard]] const std::filesystem::path& GetFile() const;
 
