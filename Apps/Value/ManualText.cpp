@@ -26,7 +26,10 @@ constexpr ManualEntry kEnvironment[] = {
     {"POCL_CACHE_DIR",
      "Where the OpenCL driver of the processor keeps what it has compiled; by default pocl/kcache in "
      "the folder of caches."},
-    {"DISPLAY, WAYLAND_DISPLAY, QT_QPA_PLATFORM", "Where value panel opens its window."},
+    {"DISPLAY, WAYLAND_DISPLAY, QT_QPA_PLATFORM", "Where value edit and value panel open their windows."},
+    {"XDG_STATE_HOME",
+     "The folder of what programs keep, $HOME/.local/state where it is not set. value edit keeps the journals of "
+     "documents there that have no file yet."},
 };
 
 constexpr ManualEntry kFiles[] = {
@@ -109,6 +112,12 @@ const std::vector<CommandText>& GetTexts() {
        {"Opens a window with the attributes of a node and a preview that follows them. With `--screenshot` the window "
         "is "
         "drawn to a file instead, which needs no display."}},
+      {"edit",
+       "[GRAPH.json] [OPTION]...",
+       {"Opens the editor: nodes on a canvas, the image of any of them in a viewer, their attributes in a panel, "
+        "evaluated in the background after every change. A journal keeps what was not saved; the next start offers it.",
+        "With `--screenshot` the window is drawn to a file instead when everything in it is computed, which needs no "
+        "display."}},
   };
   return texts;
 }

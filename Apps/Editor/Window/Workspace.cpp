@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Apps/Editor/Window/Workspace.h"
+
+#include <QTabBar>
+#include <utility>
+
+#include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Docks/AttributesDock.h"
+#include "Apps/Editor/Docks/HelpDock.h"
+#include "Apps/Editor/Docks/HistoryDock.h"
+#include "Apps/Editor/Docks/OutputRun.h"
+#include "Apps/Editor/Docks/OutputsDock.h"
+#include "Apps/Editor/Docks/ProblemsDock.h"
+#include "Apps/Editor/Docks/ProfilerDock.h"
+#include "Apps/Editor/Files/FileWatcher.h"
+#include "Apps/Editor/Terrain/TerrainView.h"
+#include "Apps/Editor/Window/ViewerDock.h"
+#include "Host/Widgets/ViewerWidget.h"
+
+namespace {
+
+/// Width and height of thumbnails, in pixels of a display that doubles them.
+constexpr int kThumbnailSize = 160;
+
+}  // namespace
+
+/// Tells the workspace of changes after the command that made them.
+class Workspace::Observer : public ScEng::EditObserver {
+ public:
+  explicit Observer(Workspace& workspace) : workspace_(workspace) { workspace_.session_->AddObserver(this); }
+  ~Observer() override { workspace_.session_->RemoveObserver(this); }
+
+  void OnNodeRenamed(const std::string& before, const std::string& now) override {
+    const QString shown = workspace_.viewer_->GetShown();
+    const QString prefix = QString::fromStdString(before) + QLatin1Char('.');
+    if (!shown.startsWith(prefix) || shown.indexOf(QLatin1Char('.'), prefix.size()) >= 0) return;
+    // A command may not be given here.
+    const QString plug = QString::fromStdString(now) + QLatin1Char('.') + shown.mid(prefix.size());
+    QMetaObject::invokeMethod(
+        &workspace_, [workspace = &workspace_, plug] { workspace->Show(plug); }, Qt::QueuedConnection);
+  }
+  void OnHistoryChanged() override { emit workspace_.HistoryChanged(); }
+
+ private:
+  Workspace& workspace_;
+};
+
+Workspace::Workspace(std::unique_ptr<ScEng::EditSession> session, DockFrames& frames, QObject* parent)
+    : QObject(parent), session_(std::move(session)), frames_(frames) {
+  MakeWidgets();
+  observer_ = std::make_unique<Observer>(*this);
+  bridge_ = std::make_unique<EvaluationBridge>(*session_);
+  bridge_->GetEvaluator().SetThumbnailSize(kThumbnailSize);
+  Connect();
+  // Twice in the second after which a change has to be in the journal.
+  journal_timer_.setInterval(400);
+  connect(&journal_timer_, &QTimer::timeout, this, &Workspace::Tick);
+  journal_timer_.start();
+  ShowFirst();
+}
+
+Workspace::~Workspace() {
+  // Nothing that shows the document outlives it.
+  for (QDockWidget* frame : frames_.GetAll()) {
+    QWidget* content = frame->widget();
+    frame->setWidget(nullptr);
+    delete content;
+  }
+  delete canvas_;
+  bridge_.reset();
+  observer_.reset();
+}
+
+void Workspace::MakeWidgets() {
+  canvas_ = new GraphCanvas(*session_, nullptr);
+  viewer_ = new ViewerDock(*session_);
+  attributes_ = new AttributesDock(*session_, session_->GetCatalog());
+  history_ = new HistoryDock(*session_);
+  problems_ = new ProblemsDock(*session_);
+  profiler_ = new ProfilerDock(*session_);
+  outputs_ = new OutputsDock(*session_, StartBackgroundRun);
+  help_ = new HelpDock(session_->GetCatalog());
+  terrain_ = new TerrainView;
+  watcher_ = new FileWatcher(*session_, this);
+  frames_.Find("viewer")->setWidget(viewer_);
+  frames_.Find("terrain")->setWidget(terrain_);
+  frames_.Find("panel")->setWidget(attributes_);
+  frames_.Find("help")->setWidget(help_);
+  frames_.Find("outputs")->setWidget(outputs_);
+  frames_.Find("problems")->setWidget(problems_);
+  frames_.Find("profiler")->setWidget(profiler_);
+  frames_.Find("history")->setWidget(history_);
+}
+
+void Workspace::Connect() {
+  connect(bridge_.get(), &EvaluationBridge::ResultReady, this, &Workspace::TakeResult);
+  connect(bridge_.get(), &EvaluationBridge::FactsReady, this, &Workspace::TakeFacts);
+  connect(bridge_.get(), &EvaluationBridge::ProgressChanged, this,
+          [this](const ScEng::EvaluationProgress& progress, bool is_idle) {
+            viewer_->SetProgress(progress, is_idle);
+            canvas_->SetRunning(QString::fromStdString(progress.id), progress.fraction);
+            emit ProgressChanged(progress, is_idle);
+          });
+  connect(canvas_, &GraphCanvas::SelectionChanged, this, &Workspace::FollowSelection);
+  connect(canvas_, &GraphCanvas::ShowRequested, this, [this](const QString& plug) {
+    Show(plug);
+    viewer_->SetPinned(!plug.isEmpty());
+  });
+  connect(canvas_, &GraphCanvas::Failed, this, &Workspace::Told);
+  connect(canvas_, &GraphCanvas::OpenRequested, this, &Workspace::OpenRequested);
+  connect(canvas_, &GraphCanvas::HelpRequested, this, [this](const QString& id) {
+    const Node* node = session_->GetDocument().FindNode(id.toStdString());
+    if (node == nullptr) return;
+    const NodeInterface* type = session_->GetCatalog()->Find(node->GetNodeType());
+    if (type != nullptr) ShowHelp(QString::fromStdString(type->GetNodeFactory()->GetTypeName()));
+  });
+  connect(viewer_, &ViewerDock::ShowRequested, this, &Workspace::Show);
+  connect(viewer_, &ViewerDock::PinChanged, this, [this](bool pinned) {
+    if (!pinned) FollowSelection();
+  });
+  connect(attributes_, &AttributesDock::HelpRequested, this, &Workspace::ShowHelp);
+  connect(attributes_, &AttributesDock::Failed, this, &Workspace::Told);
+  connect(history_, &HistoryDock::Failed, this, &Workspace::Told);
+  connect(outputs_, &OutputsDock::Failed, this, &Workspace::Told);
+  connect(problems_, &ProblemsDock::NodeActivated, this, &Workspace::GoToNode);
+  connect(profiler_, &ProfilerDock::NodeActivated, this, &Workspace::GoToNode);
+  connect(watcher_, &FileWatcher::FilesChanged, this, [this](const QStringList& ids) {
+    std::vector<std::string> readers;
+    for (const QString& id : ids) readers.push_back(id.toStdString());
+    bridge_->GetEvaluator().ReadAgain(readers);
+    emit Told(tr("Read again: %1").arg(ids.join(QStringLiteral(", "))));
+  });
+  connect(&viewer_->GetViewer(), &ScEng::ViewerWidget::LookChanged, this, [this] { ShowTerrain(); });
+  connect(frames_.Find("terrain"), &QDockWidget::visibilityChanged, this, [this] { ShowTerrain(); });
+}
+
+void Workspace::Show(const QString& plug) {
+  viewer_->SetShown(plug);
+  canvas_->SetShown(plug);
+  bridge_->GetEvaluator().Show({plug.toStdString(), true});
+}
+
+void Workspace::ShowFirst() {
+  const ScEng::GraphDocument& document = session_->GetDocument();
+  const auto& view = document.GetView();
+  if (view && !view->shown.empty()) {
+    Show(QString::fromStdString(view->shown));
+    viewer_->SetPinned(true);
+    return;
+  }
+  if (!document.GetOutputs().empty()) {
+    Show(QString::fromStdString(document.GetOutputs().front().from));
+    return;
+  }
+  for (auto id = document.GetIds().rbegin(); id != document.GetIds().rend(); ++id) {
+    const QString plug = FindImageOutput(QString::fromStdString(*id));
+    if (plug.isEmpty()) continue;
+    Show(plug);
+    return;
+  }
+  Show({});
+}
+
+void Workspace::SetThumbnails(bool on) { bridge_->GetEvaluator().SetThumbnailSize(on ? kThumbnailSize : 0); }
+
+void Workspace::Undo() { Report(session_->Undo()); }
+
+void Workspace::Redo() { Report(session_->Redo()); }
+
+void Workspace::TakeResult(const std::shared_ptr<const ScEng::ShownResult>& result) {
+  // An older wish may still come to its end.
+  if (result->shown.plug != viewer_->GetShown().toStdString()) return;
+  viewer_->SetResult(result);
+  ShowTerrain();
+}
+
+void Workspace::TakeFacts(const std::vector<ScEng::NodeFacts>& facts) {
+  canvas_->SetFacts(facts);
+  problems_->SetFacts(facts);
+  profiler_->SetFacts(facts);
+}
+
+void Workspace::FollowSelection() {
+  const QStringList ids = canvas_->GetSelection();
+  attributes_->SetSelection(ids);
+  if (viewer_->IsPinned() || ids.size() != 1) return;
+  const QString plug = FindImageOutput(ids.front());
+  if (!plug.isEmpty()) Show(plug);
+}
+
+void Workspace::GoToNode(const QString& id) {
+  canvas_->Select({id});
+  canvas_->CenterOn(id);
+}
+
+void Workspace::ShowHelp(const QString& type_name) {
+  help_->ShowNode(type_name);
+  frames_.Raise("help");
+}
+
+void Workspace::ShowTerrain() {
+  const auto& result = viewer_->GetResult();
+  if (result == nullptr || !frames_.Find("terrain")->isVisible()) return;
+  terrain_->SetHeights(result->image);
+  terrain_->SetColors(result->image, viewer_->GetViewer().GetLook());
+}
+
+void Workspace::Tick() {
+  const ScEng::Status status = session_->Tick(std::chrono::system_clock::now());
+  // Told once, not every second.
+  const QString problem = status.IsError() ? QString::fromStdString(status.GetMessage()) : QString();
+  if (std::exchange(journal_problem_, problem) != problem && !problem.isEmpty()) emit Told(problem);
+}
+
+void Workspace::Report(const ScEng::Status& status) {
+  if (status.IsError()) emit Told(QString::fromStdString(status.GetMessage()));
+}
+
+QString Workspace::FindImageOutput(const QString& id) const {
+  const Node* node = session_->GetDocument().FindNode(id.toStdString());
+  if (node == nullptr) return {};
+  for (const PlugRecord& plug : node->GetOutplugs()) {
+    if (plug.type == PlugType::kImage) return id + QLatin1Char('.') + QString::fromStdString(plug.name);
+  }
+  return {};
+}

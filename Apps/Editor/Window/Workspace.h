@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+#include <memory>
+
+#include "Apps/Editor/Window/DockFrames.h"
+#include "Apps/Editor/Window/EvaluationBridge.h"
+#include "Host/Editing/EditSession.h"
+
+class AttributesDock;
+class FileWatcher;
+class GraphCanvas;
+class HelpDock;
+class HistoryDock;
+class OutputsDock;
+class ProblemsDock;
+class ProfilerDock;
+class TerrainView;
+class ViewerDock;
+
+/// One open document: its session, its evaluation in the background, and everything that shows it. Another document is
+/// another workspace.
+class Workspace : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Puts its widgets into the docks, which outlive this. The canvas is the caller's to place.
+  Workspace(std::unique_ptr<ScEng::EditSession> session, DockFrames& frames, QObject* parent = nullptr);
+  ~Workspace() override;
+
+  [[nodiscard]] ScEng::EditSession& GetSession() { return *session_; }
+  [[nodiscard]] ScEng::BackgroundEvaluator& GetEvaluator() { return bridge_->GetEvaluator(); }
+  [[nodiscard]] GraphCanvas& GetCanvas() { return *canvas_; }
+  [[nodiscard]] ViewerDock& GetViewer() { return *viewer_; }
+  [[nodiscard]] OutputsDock& GetOutputs() { return *outputs_; }
+
+  /// Shows an output, "id.plug".
+  void Show(const QString& plug);
+  /// Shows what the document says, or the last image that it makes.
+  void ShowFirst();
+  void SetThumbnails(bool on);
+  void Undo();
+  void Redo();
+
+ signals:
+  /// The document was changed or saved, and what can be undone with it.
+  void HistoryChanged();
+  /// A line for people about what could not be done, or what was.
+  void Told(const QString& message);
+  void ProgressChanged(const ScEng::EvaluationProgress& progress, bool is_idle);
+  void OpenRequested(const QString& file);
+
+ private:
+  class Observer;
+
+  void MakeWidgets();
+  void Connect();
+  void TakeResult(const std::shared_ptr<const ScEng::ShownResult>& result);
+  void TakeFacts(const std::vector<ScEng::NodeFacts>& facts);
+  void FollowSelection();
+  void GoToNode(const QString& id);
+  void ShowHelp(const QString& type_name);
+  void ShowTerrain();
+  void Tick();
+  void Report(const ScEng::Status& status);
+  /// The first image output of a node, "id.plug"; empty where it has none.
+  [[nodiscard]] QString FindImageOutput(const QString& id) const;
+
+  std::unique_ptr<ScEng::EditSession> session_;
+  std::unique_ptr<Observer> observer_;
+  std::unique_ptr<EvaluationBridge> bridge_;
+  DockFrames& frames_;
+  QTimer journal_timer_;
+  QString journal_problem_;
+  GraphCanvas* canvas_ = nullptr;
+  ViewerDock* viewer_ = nullptr;
+  AttributesDock* attributes_ = nullptr;
+  HistoryDock* history_ = nullptr;
+  ProblemsDock* problems_ = nullptr;
+  ProfilerDock* profiler_ = nullptr;
+  OutputsDock* outputs_ = nullptr;
+  HelpDock* help_ = nullptr;
+  TerrainView* terrain_ = nullptr;
+  FileWatcher* watcher_ = nullptr;
+};
