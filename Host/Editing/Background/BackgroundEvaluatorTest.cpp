@@ -39,6 +39,7 @@ class BackgroundEvaluatorTest : public testing::Test {
     Do(session_->SetAttribute("terrain.frame", "0,0,40,30"));
     Do(session_->AddNode({Testing::kAdd, "add", {}}));
     Do(session_->AddNode({Testing::kClamp, "clamp", {}}));
+    Do(session_->SetAttribute("clamp.high", "2"));
     Do(session_->AddNode({Testing::kRectangle, "alone", {}}));
     Do(session_->Connect({"terrain.image", "add.image", 0}));
     Do(session_->Connect({"add.image", "clamp.image", 0}));
@@ -126,7 +127,7 @@ TEST_F(BackgroundEvaluatorTest, FollowsWhatAPanelSets) {
 TEST_F(BackgroundEvaluatorTest, EvaluatesOnlyWhatAChangeConcerns) {
   evaluator_->Show({"clamp.image", false});
   EXPECT_EQ(TakeFacts().size(), 4U);
-  Do(session_->SetAttribute("clamp.maximum", "0.5"));
+  Do(session_->SetAttribute("clamp.high", "0.5"));
   const auto facts = TakeFacts();
   ASSERT_EQ(facts.size(), 1U);
   EXPECT_EQ(facts.begin()->first, "clamp");
@@ -270,7 +271,7 @@ TEST_F(BackgroundEvaluatorTest, HasTheLastWordOfAnyEditing) {
   }
   // To what can be compared in any case.
   evaluator_->Show({"add.image", false});
-  while (session_->GetPlace() < 7) Do(session_->Redo());
+  while (session_->GetPlace() < 8) Do(session_->Redo());
   Wait();
   const std::vector<float> here = EvaluateHere("add.image");
   EXPECT_FALSE(here.empty());
