@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 #include <numbers>
+
+#include "Host/Viewing/AllFinite.h"
 
 namespace ScEng {
 namespace {
@@ -115,10 +118,13 @@ void PixelShades::CoverStrange(const DrawnNumbers& numbers, std::uint32_t* pixel
   const std::uint32_t nan = PackColor(kNanColor);
   for (int plane = 0; plane < std::min(numbers.num_planes, 3); ++plane) {
     const float* const values = numbers.planes[static_cast<std::size_t>(plane)];
-    for (std::size_t i = 0; i < numbers.count; ++i) pixels[i] = values[i] == values[i] ? pixels[i] : nan;
+    if (AllFinite(values, numbers.count)) continue;
+    for (std::size_t i = 0; i < numbers.count; ++i) {
+      if (std::isnan(values[i])) pixels[i] = nan;
+    }
   }
-  if (numbers.along_x == nullptr) return;
   const float* const values = numbers.planes[0];
+  if (numbers.along_x == nullptr || AllFinite(values, numbers.count)) return;
   for (std::size_t i = 0; i < numbers.count; ++i) {
     if (std::isinf(values[i])) pixels[i] = values[i] > 0.0F ? PackGray(255) : PackGray(0);
   }

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "Host/Viewing/AllFinite.h"
+
 namespace ScEng {
 namespace {
 
@@ -22,7 +24,6 @@ float GetMeanOfFinite(float a, float b, float c, float d) {
 /// Whole pairs of pixels, at most `kRun`.
 template <int kChannels>
 void ReduceRun(const float* top, const float* bottom, std::size_t pixels, float* to) {
-  float strange = 0.0F;
   for (std::size_t i = 0; i < pixels; ++i) {
     for (std::size_t c = 0; c < kChannels; ++c) {
       const std::size_t left = 2 * i * kChannels + c;
@@ -30,9 +31,7 @@ void ReduceRun(const float* top, const float* bottom, std::size_t pixels, float*
       to[i * kChannels + c] = ((top[left] + top[right]) + (bottom[left] + bottom[right])) * 0.25F;
     }
   }
-  // The difference of a number to itself is 0 for the finite ones only.
-  for (std::size_t i = 0; i < pixels * kChannels; ++i) strange = std::max(strange, to[i] - to[i] == 0.0F ? 0.0F : 1.0F);
-  if (strange == 0.0F) return;
+  if (AllFinite(to, pixels * kChannels)) return;
   for (std::size_t i = 0; i < pixels; ++i) {
     for (std::size_t c = 0; c < kChannels; ++c) {
       const std::size_t left = 2 * i * kChannels + c;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Host/Viewing/AllFinite.h"
+
 namespace ScEng {
 namespace {
 
@@ -21,10 +23,8 @@ void SetDifferences(const float* before, const float* here, const float* after, 
   constexpr std::size_t kRun = 64;
   for (std::size_t from = 0; from < count; from += kRun) {
     const std::size_t end = std::min(count, from + kRun);
-    float strange = 0.0F;
     for (std::size_t i = from; i < end; ++i) to[i] = (after[i] * 0.5F - before[i] * 0.5F) * scale;
-    for (std::size_t i = from; i < end; ++i) strange = std::max(strange, to[i] - to[i] == 0.0F ? 0.0F : 1.0F);
-    if (strange == 0.0F) continue;
+    if (AllFinite(to + from, end - from)) continue;
     for (std::size_t i = from; i < end; ++i) to[i] = GetDifference(before[i], here[i], after[i]) * scale;
   }
 }

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "Host/Viewing/AllFinite.h"
+
 namespace ScEng {
 namespace {
 
@@ -46,10 +48,14 @@ void BlendRow(const RowPair& rows, const DrawnPlaces& columns, bool blends, std:
     row = scratch.data();
   }
   for (std::size_t i = 0; i < count; ++i) {
-    const auto first = static_cast<std::size_t>(places[i].first - low);
-    const auto second = static_cast<std::size_t>(places[i].second - low);
-    const float blended = row[first] + (row[second] - row[first]) * places[i].weight;
-    to[i] = blended - blended == 0.0F ? blended : BlendFinite(rows, first, second, places[i].weight);
+    const float first = row[places[i].first - low];
+    to[i] = first + (row[places[i].second - low] - first) * places[i].weight;
+  }
+  if (AllFinite(to, count)) return;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (std::isfinite(to[i])) continue;
+    to[i] = BlendFinite(rows, static_cast<std::size_t>(places[i].first - low),
+                        static_cast<std::size_t>(places[i].second - low), places[i].weight);
   }
 }
 

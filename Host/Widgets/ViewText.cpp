@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Widgets/ViewText.h"
+
+#include <QStringList>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "Host/Image/Image.h"
+#include "Host/Image/ImageMetadata.h"
+
+namespace ScEng {
+namespace {
+
+QString NameInfinite(double value) {
+  if (std::isnan(value)) return QStringLiteral("NaN");
+  return value > 0.0 ? QStringLiteral("∞") : QStringLiteral("−∞");
+}
+
+const std::array<double, 6>* FindTransform(const Image& image) {
+  const auto& metadata = image.GetMetadata();
+  if (metadata == nullptr || !metadata->georeference || !metadata->georeference->transform) return nullptr;
+  return &*metadata->georeference->transform;
+}
+
+/// Digits behind the point that tell one tenth of a pixel from the next.
+int CountGroundDigits(double step) {
+  if (!(step > 0.0) || !std::isfinite(step)) return 3;
+  return std::clamp(static_cast<int>(std::ceil(1.0 - std::log10(step))), 0, 9);
+}
+
+}  // namespace
+
+QString FormatValue(float value) {
+  if (!std::isfinite(value)) return NameInfinite(static_cast<double>(value));
+  std::array<char, 32> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+  return QString::fromLatin1(text.data(), end - text.data());
+}
+
+QString FormatShort(double value, int digits) {
+  return std::isfinite(value) ? QString::number(value, 'g', digits) : NameInfinite(value);
+}
+
+QString FormatPixel(const Image& image, const QPoint& pixel) {
+  const auto channels = static_cast<std::size_t>(image.GetNumChannels());
+  const auto row = static_cast<std::size_t>(pixel.y()) * static_cast<std::size_t>(image.GetSizeX());
+  const float* samples = image.GetConstArray() + (row + static_cast<std::size_t>(pixel.x())) * channels;
+  QStringList texts;
+  for (std::size_t c = 0; c < channels; ++c) texts.append(FormatValue(samples[c]));
+  return texts.join(QStringLiteral(", "));
+}
+
+QString FormatPixelAt(const Image& image, const QPoint& place) {
+  const Box2I box = image.GetBox();
+  if (place.x() < box.left || place.x() >= box.right || place.y() < box.top || place.y() >= box.bottom) return {};
+  return FormatPixel(image, QPoint(static_cast<int>(place.x() - box.left), static_cast<int>(place.y() - box.top)));
+}
+
+QString FormatGround(const Image& image, const QPointF& place) {
+  const std::array<double, 6>* t = FindTransform(image);
+  if (t == nullptr) return {};
+  const auto& [x0, x_column, x_row, y0, y_column, y_row] = *t;
+  const double x = x0 + place.x() * x_column + place.y() * x_row;
+  const double y = y0 + place.x() * y_column + place.y() * y_row;
+  const int digits = CountGroundDigits(std::max(std::abs(x_column), std::abs(x_row)));
+  return QString::number(x, 'f', digits) + QStringLiteral(", ") + QString::number(y, 'f', digits);
+}
+
+bool HasGround(const Image& image) { return FindTransform(image) != nullptr; }
+
+QString FormatZoom(double zoom) { return QString::number(zoom * 100.0, 'g', 4) + QStringLiteral(" %"); }
+
+}  // namespace ScEng
