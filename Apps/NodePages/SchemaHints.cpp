@@ -50,8 +50,12 @@ std::string DescribeType(const Node& node) {
   std::ostringstream text;
   text << indent << R"({"if": {"required": ["type"], "properties": {"type": {"const": )"
        << ordered_json(record.type_name).dump() << "}}},\n";
-  text << indent << R"( "then": {"description": )" << ordered_json(record.sentence).dump()
-       << R"(, "properties": {"attributes": {"properties": {)";
+  text << indent << R"( "then": {"description": )" << ordered_json(record.sentence).dump();
+  if (node.GetNumAttributes() == 0) {
+    text << "}}";
+    return text.str();
+  }
+  text << R"(, "properties": {"attributes": {"properties": {)";
   for (std::size_t id = 0; id < node.GetNumAttributes(); ++id) {
     text << (id == 0 ? "\n" : ",\n") << indent << "   " << DescribeAttribute(*node.GetAttribute(id));
   }
@@ -68,7 +72,7 @@ std::string AddSchemaHints(const std::string& schema, const std::vector<NodeInte
   std::string hints;
   for (const NodeInterface* descriptor : descriptors) {
     const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
-    if (node->GetRecord() == nullptr || node->GetNumAttributes() == 0) continue;
+    if (node->GetRecord() == nullptr) continue;
     hints += (hints.empty() ? "" : ",\n") + DescribeType(*node);
   }
   return schema.substr(0, at) + "      \"allOf\": [\n" + hints + "\n      ],\n" + schema.substr(at + place.size());

@@ -5,6 +5,7 @@
 #include "Host/Nodes/FeedNodes.h"
 #include "Host/Nodes/GeneratorNodes.h"
 #include "Host/Nodes/ImageReaderNode.h"
+#include "Host/Nodes/ImageRerouteNode.h"
 #include "Host/Nodes/ImageWriterNode.h"
 
 namespace ScEng {
@@ -19,7 +20,7 @@ std::vector<RefPtr<NodeInterface>> CreateDescriptors() {
 
 std::vector<RefPtr<NodeInterface>> CreateHostDescriptors() {
   return CreateDescriptors<ImageReaderNode, ImageWriterNode, ImageRectangleNode, ImageCheckerNode, ImageWavesNode,
-                           ImageTerrainNode, NumberNode, FlagNode, TextNode>();
+                           ImageTerrainNode, NumberNode, FlagNode, TextNode, ImageRerouteNode>();
 }
 
 std::shared_ptr<NodeCatalog> CreateHostCatalog() {

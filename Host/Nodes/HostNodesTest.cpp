@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Host/Files/ImageFile.h"
+#include "Host/Image/ImageMetadata.h"
 #include "Host/Tools/Engine.h"
 #include "Tests/Support/HostTesting.h"
 
@@ -67,8 +68,9 @@ TEST_F(HostNodesTest, HaveTheirNumbersAndNames) {
   const std::pair<NodeType, const char*> kTypes[] = {
       {{10, 16, 5}, "ImageReaderNode"},   {{10, 16, 6}, "ImageWriterNode"}, {{10, 16, 10}, "ImageRectangleNode"},
       {{10, 16, 16}, "ImageCheckerNode"}, {{10, 16, 32}, "ImageWavesNode"}, {{10, 16, 40}, "ImageTerrainNode"},
-      {{10, 16, 48}, "NumberNode"},       {{10, 16, 49}, "FlagNode"},       {{10, 16, 50}, "TextNode"}};
-  EXPECT_EQ(engine_.GetCatalog().GetDescriptors().size(), 9U);
+      {{10, 16, 48}, "NumberNode"},       {{10, 16, 49}, "FlagNode"},       {{10, 16, 50}, "TextNode"},
+      {{10, 16, 51}, "ImageRerouteNode"}};
+  EXPECT_EQ(engine_.GetCatalog().GetDescriptors().size(), 10U);
   for (const auto& [type, name] : kTypes) {
     NodeInterface* descriptor = engine_.GetCatalog().Find(type);
     ASSERT_NE(descriptor, nullptr) << name;
@@ -93,7 +95,8 @@ TEST_F(HostNodesTest, HaveTheirAttributesAndPlugs) {
       {{10, 16, 40}, {"frame", "seed", "octaves", "wavelength"}},
       {{10, 16, 48}, {"value"}},
       {{10, 16, 49}, {"value"}},
-      {{10, 16, 50}, {"value"}}};
+      {{10, 16, 50}, {"value"}},
+      {{10, 16, 51}, {}}};
   for (const auto& [type, names] : kAttributes) {
     Node* node = Create(type);
     std::vector<std::string> found;
@@ -101,8 +104,9 @@ TEST_F(HostNodesTest, HaveTheirAttributesAndPlugs) {
     EXPECT_EQ(found, names);
   }
   const std::pair<NodeType, const char*> kOutputs[] = {
-      {{10, 16, 5}, "image"},  {{10, 16, 10}, "image"},  {{10, 16, 16}, "image"}, {{10, 16, 32}, "image"},
-      {{10, 16, 40}, "image"}, {{10, 16, 48}, "number"}, {{10, 16, 49}, "flag"},  {{10, 16, 50}, "text"}};
+      {{10, 16, 5}, "image"},  {{10, 16, 10}, "image"}, {{10, 16, 16}, "image"},
+      {{10, 16, 32}, "image"}, {{10, 16, 40}, "image"}, {{10, 16, 48}, "number"},
+      {{10, 16, 49}, "flag"},  {{10, 16, 50}, "text"},  {{10, 16, 51}, "image"}};
   for (const auto& [type, name] : kOutputs) {
     Node* node = Create(type);
     ASSERT_EQ(node->GetOutplugs().size(), 1U);
@@ -506,6 +510,90 @@ TEST_F(HostNodesTest, TextFeedsStringsAndChoices) {
   ASSERT_NE(read, nullptr);
   EXPECT_EQ(read->GetValueLow(), 3.0F);
   EXPECT_FALSE(engine_.ConnectNodes(path, "text", 0, reader, "low", 0));
+}
+
+// ---- The node that hands its image on ----
+
+TEST_F(HostNodesTest, RerouteHandsOnTheImageItself) {
+  Node* source = Create(ScEng::kImageTerrainType);
+  Node* first = Create(ScEng::kImageRerouteType);
+  Node* second = Create(ScEng::kImageRerouteType);
+  EXPECT_TRUE(engine_.ConnectNodes(source, "image", 0, first, "image", 0));
+  EXPECT_TRUE(engine_.ConnectNodes(first, "image", 0, second, "image", 0));
+  // All three are asked for, so none drops its image when the next has used it.
+  engine_.Evaluate({{source, 0}, {first, 0}, {second, 0}});
+  const Image* image = source->GetOutputImage(0);
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(first->GetOutputImage(0), image);
+  EXPECT_EQ(second->GetOutputImage(0), image);
+  EXPECT_EQ(image->GetRefCount(), 3U);
+  EXPECT_EQ(second->GetState(), Node::State::kReady);
+}
+
+TEST_F(HostNodesTest, RerouteHandsOnWhileDisabled) {
+  Node* source = Create(ScEng::kImageCheckerType);
+  Node* reroute = Create(ScEng::kImageRerouteType);
+  EXPECT_TRUE(engine_.ConnectNodes(source, "image", 0, reroute, "image", 0));
+  reroute->SetEnabled(false);
+  engine_.Evaluate({{source, 0}, {reroute, 0}});
+  ASSERT_NE(source->GetOutputImage(0), nullptr);
+  EXPECT_EQ(reroute->GetOutputImage(0), source->GetOutputImage(0));
+}
+
+TEST_F(HostNodesTest, RerouteKeepsTheImageAfterItsMakerHasDroppedIt) {
+  Node* source = Create(ScEng::kImageRectangleType);
+  Node* reroute = Create(ScEng::kImageRerouteType);
+  EXPECT_TRUE(engine_.ConnectNodes(source, "image", 0, reroute, "image", 0));
+  ImagePtr image;
+  Engine::Options options;
+  options.release_results = true;
+  options.on_evaluated = [&](Node& node, std::size_t, std::size_t) {
+    if (&node == reroute) image.Reset(reroute->GetOutputImage(0));
+  };
+  engine_.Evaluate({{reroute, 0}}, options);
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(source->GetOutputImage(0), nullptr);
+  EXPECT_EQ(reroute->GetOutputImage(0), nullptr);
+  EXPECT_EQ(image->GetRefCount(), 1U);
+  EXPECT_EQ(GetSamples(*image), std::vector<float>(64 * 64 * 4, 1.0F));
+}
+
+TEST_F(HostNodesTest, RerouteWithoutAnInputImageHasNone) {
+  Node* reroute = Create(ScEng::kImageRerouteType);
+  EXPECT_EQ(Evaluate(reroute), nullptr);
+  EXPECT_FALSE(reroute->IsInError());
+  Node* source = Create(ScEng::kImageRectangleType);
+  EXPECT_TRUE(engine_.ConnectNodes(source, "image", 0, reroute, "image", 0));
+  EXPECT_NE(Evaluate(reroute), nullptr);
+  // An earlier image does not stay.
+  source->SetEnabled(false);
+  EXPECT_EQ(Evaluate(reroute), nullptr);
+  EXPECT_FALSE(reroute->IsInError());
+  EXPECT_EQ(reroute->HasImage(0, {true}), true);
+  EXPECT_EQ(reroute->HasImage(0, {false}), false);
+}
+
+TEST_F(HostNodesTest, RerouteReadsItsInputSampleBySample) {
+  const Reach reach = Create(ScEng::kImageRerouteType)->GetReach({PlugValue()});
+  EXPECT_EQ(reach.kind, Reach::Kind::kSamples);
+}
+
+TEST_F(HostNodesTest, RerouteHandsOnMetadata) {
+  const auto image = MakeImage(2, 1, ColorMode::kValue, {0.5F, 2.0F});
+  image->SetValueLowHigh(-1.0F, 5.0F);
+  image->SetPin(4, 5);
+  auto metadata = std::make_shared<ScEng::ImageMetadata>();
+  metadata->had_opacity = false;
+  image->SetMetadata(metadata);
+  Node* source = Create(ScEng::kImageRectangleType);
+  Node* reroute = Create(ScEng::kImageRerouteType);
+  EXPECT_TRUE(engine_.SetOutputOverride(source, 0, image));
+  EXPECT_TRUE(engine_.ConnectNodes(source, "image", 0, reroute, "image", 0));
+  const Image* handed_on = Evaluate(reroute);
+  ASSERT_EQ(handed_on, image.Get());
+  EXPECT_EQ(handed_on->GetMetadata(), metadata);
+  EXPECT_EQ(handed_on->GetPinX(), 4);
+  EXPECT_EQ(handed_on->GetValueHigh(), 5.0F);
 }
 
 }  // namespace

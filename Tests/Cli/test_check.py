@@ -80,7 +80,8 @@ class ValidTest(CheckTestCase):
             node("g", "NumberNode", value=-1e30),
             node("h", "FlagNode", value=False),
             node("i", "TextNode", value="any text, with \"quotes\" and ü"),
-        ], [link("b.image", "f.image")]))
+            node("j", "ImageRerouteNode"),
+        ], [link("b.image", "j.image"), link("j.image", "f.image")]))
 
     def test_the_first_twenty_types_by_name_and_by_numbers(self):
         types = {
@@ -94,6 +95,7 @@ class ValidTest(CheckTestCase):
             "NumberNode": [10, 16, 48],
             "FlagNode": [10, 16, 49],
             "TextNode": [10, 16, 50],
+            "ImageRerouteNode": [10, 16, 51],
         }
         path = {"ImageReaderNode": {"path": "x.exr"}, "ImageWriterNode": {"path": "y.exr"}}
         links = [link("ImageRectangleNode.image", "ImageWriterNode.image")]

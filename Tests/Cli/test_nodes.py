@@ -157,6 +157,7 @@ class CatalogTest(ValueTestCase):
             "NumberNode": ["value", "number"],
             "FlagNode": ["value", "flag"],
             "TextNode": ["value", "text"],
+            "ImageRerouteNode": ["image"],
         }
         for class_name, names in expected.items():
             with self.subTest(node=class_name):

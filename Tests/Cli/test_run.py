@@ -8,7 +8,7 @@ import numpy as np
 from cli_support import (
     COLOR, DONE, FILE_ERROR, INF, INVALID, NAN, NODE_ERROR, OPERATIONS, OVERSIZE, PAIR, SANITIZED,
     SIGNED, USAGE, VALUE, F, Picture, ValueTestCase, arithmetic, document, link, node, output, read_file,
-    sample_picture, write_file,
+    sample_picture, write_file, write_picture,
 )
 
 
@@ -1155,6 +1155,16 @@ class OptionsTest(RunTestCase):
         result = self.run_document(self.base(), "--json")
         self.assertEqual(len(result.json_values()), 1, str(result))
         self.assert_quiet(result)
+
+    def test_reroutes_change_nothing(self):
+        write_picture(self.dir / "in.exr", sample_picture(VALUE, 5, 4, seed=31))
+        nodes = [node("r", "ImageReaderNode", path="in.exr"), node("add", "ImageValueAddNode", constant=1)]
+        bends = [node("b", "ImageRerouteNode"), node("c", "ImageRerouteNode", enabled=False)]
+        self.run_document(document(nodes, [link("r.image", "add.image")], [output("add.image", "out.exr")]))
+        straight = (self.dir / "out.exr").read_bytes()
+        links = [link("r.image", "b.image"), link("b.image", "c.image"), link("c.image", "add.image")]
+        self.run_document(document(nodes + bends, links, [output("add.image", "out.exr")]))
+        self.assertEqual((self.dir / "out.exr").read_bytes(), straight)
 
     def test_threads_do_not_change_a_bit(self):
         content = document(

@@ -31,10 +31,12 @@ GOOD = {
         {"id": "by.numbers", "type": [10, 320, 5], "attributeVersion": 0, "attributes": {"value": 0.25},
          "position": [220, -0.5], "note": "sea level"},
         {"id": "limit", "type": "ImageValueClampNode", "attributes": {"profile": "smooth", "high": 1}},
+        {"id": "bend", "type": "ImageRerouteNode", "position": [440, 0]},
     ],
     "connections": [
         {"from": "height.image", "to": "by.numbers.image", "index": 0},
-        {"from": "by.numbers.image", "to": "limit.image"},
+        {"from": "by.numbers.image", "to": "bend.image"},
+        {"from": "bend.image", "to": "limit.image"},
     ],
     "outputs": [
         {"from": "limit.image", "path": "a.exr", "type": "half"},

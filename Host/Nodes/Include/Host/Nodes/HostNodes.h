@@ -20,9 +20,10 @@ inline constexpr NodeType kImageTerrainType{10, 16, 40};
 inline constexpr NodeType kNumberType{10, 16, 48};
 inline constexpr NodeType kFlagType{10, 16, 49};
 inline constexpr NodeType kTextType{10, 16, 50};
+inline constexpr NodeType kImageRerouteType{10, 16, 51};
 
-/// A descriptor for each of the host's own node types: readers, writers, generators, and the nodes that feed
-/// attributes.
+/// A descriptor for each of the host's own node types: readers, writers, generators, the nodes that feed attributes,
+/// and the one that hands its image on.
 HOST_NODES_API std::vector<RefPtr<NodeInterface>> CreateHostDescriptors();
 
 /// A catalogue with the host's own types.
