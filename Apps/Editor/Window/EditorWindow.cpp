@@ -1,9 +1,288 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Window/EditorWindow.h"
 
-EditorWindow::EditorWindow(const EditorRequest& request) {
-  setWindowTitle(tr("Value"));
-  resize(request.width > 0 ? request.width : 1440, request.height > 0 ? request.height : 900);
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolButton>
+#include <QUrl>
+
+#include "Apps/Desktop/Theme.h"
+#include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Docks/OutputsDock.h"
+#include "Apps/Editor/Files/DocumentDialogs.h"
+#include "Apps/Editor/Files/FirstSteps.h"
+#include "Apps/Editor/Files/RecentFiles.h"
+#include "Apps/Editor/Files/RecoveryDialog.h"
+#include "Apps/Editor/Files/Templates.h"
+#include "Apps/Editor/Window/ViewerDock.h"
+#include "Host/Editing/Journals.h"
+#include "Host/Util/ClosestName.h"
+
+namespace {
+
+constexpr int kUsualWidth = 1440;
+constexpr int kUsualHeight = 900;
+
+bool IsDocument(const QString& file) { return file.endsWith(QStringLiteral(".json"), Qt::CaseInsensitive); }
+
+/// The one document among what is dropped; empty for none or several.
+QString FindDroppedDocument(const QMimeData& data) {
+  const QList<QUrl> urls = data.urls();
+  if (urls.size() != 1 || !urls.front().isLocalFile()) return {};
+  const QString file = urls.front().toLocalFile();
+  return IsDocument(file) ? file : QString();
+}
+
+}  // namespace
+
+EditorWindow::EditorWindow(const EditorRequest& request)
+    : request_(request),
+      state_folder_(request.state_folder.empty() ? ScEng::GetStateFolder() : request.state_folder),
+      docks_(*this),
+      recent_(std::make_unique<RecentFiles>()) {
+  setObjectName(QStringLiteral("editor"));
+  setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor.svg")));
+  resize(request.width > 0 ? request.width : kUsualWidth, request.height > 0 ? request.height : kUsualHeight);
+  MakeMenus();
+  MakeStatusLine();
+  docks_.Arrange();
+  if (IsDrawn()) return;
+  const QSettings settings;
+  restoreGeometry(settings.value(QStringLiteral("window/geometry")).toByteArray());
+  restoreState(settings.value(QStringLiteral("window/docks")).toByteArray());
 }
 
 EditorWindow::~EditorWindow() = default;
+
+void EditorWindow::Start(EditorAnswer& answer) {
+  ApplyRequest(answer);
+  if (!answer.problems.empty()) return;
+  std::unique_ptr<ScEng::EditSession> session;
+  if (!request_.document.empty()) {
+    ScEng::Findings findings;
+    session = ScEng::EditSession::Open(request_.catalog, request_.document, state_folder_, findings);
+    if (session == nullptr) {
+      answer.problems = findings.errors;
+      return;
+    }
+  } else if (!IsDrawn()) {
+    session = Recover();
+  }
+  if (session == nullptr) session = MakeSession(GetFirstTemplate());
+  SetSession(std::move(session));
+  if (!request_.shown.empty()) {
+    ScEng::GraphDocument& document = workspace_->GetSession().GetDocument();
+    const ScEng::Status status = document.SetSource(request_.shown, nullptr);
+    if (status.IsError()) {
+      answer.problems = {"--shown: " + status.GetMessage()};
+      answer.is_usage = true;
+      return;
+    }
+    workspace_->Show(QString::fromStdString(request_.shown));
+    workspace_->GetViewer().SetPinned(true);
+  }
+  if (!request_.document.empty()) recent_->Add(QString::fromStdString(request_.document.string()));
+  const QSettings settings;
+  const bool is_first = !settings.value(QStringLiteral("first_steps/done"), false).toBool();
+  if (!IsDrawn() && is_first) QTimer::singleShot(0, this, [this] { ShowFirstSteps(); });
+}
+
+void EditorWindow::ApplyRequest(EditorAnswer& answer) {
+  for (const std::string& name : request_.docks) {
+    if (docks_.Find(name) != nullptr) continue;
+    answer.problems.push_back("--dock: there is no dock \"" + name + "\"" +
+                              ScEng::SuggestClosestNames(name, DockFrames::GetNames()));
+    answer.is_usage = true;
+    return;
+  }
+  if (!request_.docks.empty()) docks_.ShowOnly(request_.docks);
+}
+
+void EditorWindow::WaitUntilDone() {
+  constexpr double kStep = 0.02;
+  while (!workspace_->GetEvaluator().WaitUntilIdle(kStep)) QApplication::processEvents();
+  // What the evaluation told last is still on its way, and widgets draw what they were told.
+  for (int i = 0; i < 3; ++i) QApplication::processEvents(QEventLoop::AllEvents, 100);
+}
+
+// ---- Documents ----
+
+std::unique_ptr<ScEng::EditSession> EditorWindow::MakeSession(const QByteArray& text) {
+  auto session = std::make_unique<ScEng::EditSession>(request_.catalog, state_folder_);
+  ScEng::Findings findings;
+  session->GetDocument().LoadText(text.toStdString(), {}, "template", findings);
+  return session;
+}
+
+std::unique_ptr<ScEng::EditSession> EditorWindow::Recover() {
+  std::vector<std::string> notes;
+  return OfferRecovery(request_.catalog, state_folder_, this);
+}
+
+void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
+  setCentralWidget(nullptr);
+  workspace_.reset();
+  workspace_ = std::make_unique<Workspace>(std::move(session), docks_);
+  setCentralWidget(&workspace_->GetCanvas());
+  connect(workspace_.get(), &Workspace::HistoryChanged, this, &EditorWindow::ShowTitle);
+  connect(workspace_.get(), &Workspace::Told, this, &EditorWindow::Tell);
+  connect(workspace_.get(), &Workspace::ProgressChanged, this, &EditorWindow::ShowProgress);
+  connect(workspace_.get(), &Workspace::OpenRequested, this, [this](const QString& file) {
+    if (MayLeave()) Open(file);
+  });
+  workspace_->SetThumbnails(thumbnails_->isChecked());
+  FillEditMenu();
+  ShowTitle();
+}
+
+bool EditorWindow::Open(const QString& file) {
+  ScEng::Findings findings;
+  auto session = ScEng::EditSession::Open(request_.catalog, file.toStdString(), state_folder_, findings);
+  if (session == nullptr) {
+    QStringList lines;
+    for (const std::string& error : findings.errors) lines.push_back(QString::fromStdString(error));
+    QMessageBox box(QMessageBox::Warning, tr("Cannot open"), tr("%1 cannot be opened.").arg(QFileInfo(file).fileName()),
+                    QMessageBox::Ok, this);
+    box.setInformativeText(lines.mid(0, 8).join(QLatin1Char('\n')));
+    box.exec();
+    return false;
+  }
+  if (workspace_ != nullptr) workspace_->GetSession().Close();
+  SetSession(std::move(session));
+  recent_->Add(file);
+  return true;
+}
+
+void EditorWindow::New() {
+  if (!MayLeave()) return;
+  const auto text = ChooseTemplate(this);
+  if (!text) return;
+  workspace_->GetSession().Close();
+  SetSession(MakeSession(*text));
+}
+
+void EditorWindow::OpenByDialog() {
+  if (!MayLeave()) return;
+  const QString file = AskForDocument(this);
+  if (!file.isEmpty()) Open(file);
+}
+
+bool EditorWindow::Save() {
+  ScEng::EditSession& session = workspace_->GetSession();
+  if (session.GetFile().empty()) return SaveAs();
+  const ScEng::Status status = session.Save();
+  if (!status.IsError()) {
+    Tell(tr("Saved %1").arg(QString::fromStdString(session.GetFile().filename().string())));
+    return true;
+  }
+  QMessageBox::warning(this, tr("Cannot save"), QString::fromStdString(status.GetMessage()));
+  return false;
+}
+
+bool EditorWindow::SaveAs() {
+  ScEng::EditSession& session = workspace_->GetSession();
+  const QString file = AskForTarget(this, QString::fromStdString(session.GetFile().string()));
+  if (file.isEmpty()) return false;
+  const ScEng::Status status = SaveAsTo(session, file.toStdString());
+  if (status.IsError()) {
+    QMessageBox::warning(this, tr("Cannot save"), QString::fromStdString(status.GetMessage()));
+    return false;
+  }
+  recent_->Add(file);
+  ShowTitle();
+  return true;
+}
+
+void EditorWindow::Revert() {
+  const QString file = QString::fromStdString(workspace_->GetSession().GetFile().string());
+  const auto answer =
+      QMessageBox::question(this, tr("Revert"), tr("Go back to what was saved last? What was changed since is lost."),
+                            QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Cancel);
+  if (answer == QMessageBox::Yes) Open(file);
+}
+
+void EditorWindow::WriteAll() {
+  docks_.Raise("outputs");
+  workspace_->GetOutputs().WriteAll();
+}
+
+bool EditorWindow::MayLeave() {
+  if (workspace_ == nullptr || !workspace_->GetSession().IsModified() || IsDrawn()) return true;
+  switch (AskToSave(this, QString::fromStdString(workspace_->GetSession().GetFile().filename().string()))) {
+    case SaveAnswer::kSave: return Save();
+    case SaveAnswer::kDiscard: return true;
+    case SaveAnswer::kCancel: break;
+  }
+  return false;
+}
+
+void EditorWindow::ShowTitle() {
+  const ScEng::EditSession& session = workspace_->GetSession();
+  const QString name =
+      session.GetFile().empty() ? tr("Untitled") : QString::fromStdString(session.GetFile().filename().string());
+  setWindowTitle(tr("%1[*] – Value").arg(name));
+  setWindowModified(session.IsModified());
+  const std::size_t place = session.GetPlace();
+  const auto& history = session.GetHistory();
+  const auto describe = [&](const QString& verb, bool is_there, std::size_t step) {
+    return is_there ? verb + QLatin1Char(' ') + QString::fromStdString(history[step]) : verb;
+  };
+  undo_->setEnabled(place > 0);
+  undo_->setText(describe(tr("Undo"), place > 0, place - 1));
+  redo_->setEnabled(place < history.size());
+  redo_->setText(describe(tr("Redo"), place < history.size(), place));
+  revert_->setEnabled(session.IsModified() && !session.GetFile().empty());
+}
+
+void EditorWindow::ShowProgress(const ScEng::EvaluationProgress& progress, bool is_idle) {
+  progress_->setVisible(!is_idle);
+  cancel_->setVisible(!is_idle);
+  if (is_idle) return;
+  progress_->setRange(0, progress.total > 0 ? static_cast<int>(progress.total) : 0);
+  progress_->setValue(static_cast<int>(progress.done));
+  progress_->setToolTip(QString::fromStdString(progress.id));
+}
+
+void EditorWindow::Tell(const QString& message) {
+  message_->setText(message);
+  message_->setToolTip(message);
+}
+
+void EditorWindow::ApplyTheme(const QString& theme) {
+  QSettings().setValue(QStringLiteral("window/theme"), theme);
+  ::ApplyTheme(theme.toStdString());
+}
+
+void EditorWindow::closeEvent(QCloseEvent* event) {
+  if (!MayLeave()) {
+    event->ignore();
+    return;
+  }
+  if (workspace_ != nullptr) workspace_->GetSession().Close();
+  if (!IsDrawn()) {
+    QSettings settings;
+    settings.setValue(QStringLiteral("window/geometry"), saveGeometry());
+    settings.setValue(QStringLiteral("window/docks"), saveState());
+  }
+  event->accept();
+}
+
+void EditorWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (!FindDroppedDocument(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void EditorWindow::dropEvent(QDropEvent* event) {
+  const QString file = FindDroppedDocument(*event->mimeData());
+  if (!file.isEmpty() && MayLeave()) Open(file);
+}

@@ -2,14 +2,90 @@
 #pragma once
 
 #include <QMainWindow>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "Apps/Editor/Editor.h"
+#include "Apps/Editor/Window/DockFrames.h"
+#include "Apps/Editor/Window/Workspace.h"
 
-/// The window of `value edit`.
+class FirstSteps;
+class QAction;
+class QLabel;
+class QMenu;
+class QProgressBar;
+class QToolButton;
+class RecentFiles;
+
+/// The window of `value edit`: one document with its docks, menus and the line at the bottom.
 class EditorWindow : public QMainWindow {
   Q_OBJECT
 
  public:
   explicit EditorWindow(const EditorRequest& request);
   ~EditorWindow() override;
+
+  /// Opens what the window starts with. What is wrong with it, or with what is asked of the window, goes to `answer`.
+  void Start(EditorAnswer& answer);
+  /// Waits until everything that is shown has been computed, for pictures of the window.
+  void WaitUntilDone();
+
+  /// Opens a document in place of the one that is open; false, with the reasons told to the user, where it cannot.
+  bool Open(const QString& file);
+  [[nodiscard]] Workspace* GetWorkspace() { return workspace_.get(); }
+  [[nodiscard]] DockFrames& GetDocks() { return docks_; }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  /// Shows a document in place of the one before.
+  void SetSession(std::unique_ptr<ScEng::EditSession> session);
+  std::unique_ptr<ScEng::EditSession> MakeSession(const QByteArray& text);
+  std::unique_ptr<ScEng::EditSession> Recover();
+  void ApplyRequest(EditorAnswer& answer);
+
+  void MakeMenus();
+  void MakeFileMenu();
+  void MakeEditMenu();
+  void MakeViewMenu();
+  void MakeHelpMenu();
+  void FillEditMenu();
+  void MakeStatusLine();
+  QAction* Add(QMenu& menu, const QString& text, const char* name, const QKeySequence& keys);
+
+  void New();
+  void OpenByDialog();
+  bool Save();
+  bool SaveAs();
+  void Revert();
+  void WriteAll();
+  /// Whether the document may go: it is saved, or the user says so.
+  bool MayLeave();
+  void ShowTitle();
+  void ShowProgress(const ScEng::EvaluationProgress& progress, bool is_idle);
+  void Tell(const QString& message);
+  void ApplyTheme(const QString& theme);
+  void ShowFirstSteps();
+  void ShowShortcuts();
+
+  [[nodiscard]] bool IsDrawn() const { return !request_.screenshot.empty(); }
+
+  EditorRequest request_;
+  std::filesystem::path state_folder_;
+  DockFrames docks_;
+  std::unique_ptr<RecentFiles> recent_;
+  QMenu* edit_menu_ = nullptr;
+  QAction* undo_ = nullptr;
+  QAction* redo_ = nullptr;
+  QAction* revert_ = nullptr;
+  QAction* thumbnails_ = nullptr;
+  QLabel* message_ = nullptr;
+  QProgressBar* progress_ = nullptr;
+  QToolButton* cancel_ = nullptr;
+  FirstSteps* first_steps_ = nullptr;
+  std::unique_ptr<Workspace> workspace_;
 };

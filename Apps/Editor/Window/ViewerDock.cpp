@@ -72,11 +72,11 @@ void ViewerDock::SetResult(const std::shared_ptr<const ScEng::ShownResult>& resu
 
 void ViewerDock::SetProgress(const ScEng::EvaluationProgress& progress, bool is_idle) {
   // Once the result of what is shown is there, the rest goes on unseen.
-  const bool is_waiting = !is_idle && (result_ == nullptr || result_->shown.plug != shown_.toStdString() ||
-                                       !progress.id.empty());
-  viewer_->SetBusy(is_waiting, progress.total > 0 ? static_cast<double>(progress.done) /
-                                                        static_cast<double>(progress.total)
-                                                  : progress.fraction);
+  const bool is_waiting =
+      !is_idle && (result_ == nullptr || result_->shown.plug != shown_.toStdString() || !progress.id.empty());
+  viewer_->SetBusy(is_waiting, progress.total > 0
+                                   ? static_cast<double>(progress.done) / static_cast<double>(progress.total)
+                                   : progress.fraction);
 }
 
 void ViewerDock::SetPinned(bool pinned) { pin_->setChecked(pinned); }

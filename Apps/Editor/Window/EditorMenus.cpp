@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QKeySequence>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QSettings>
+#include <QStatusBar>
+#include <QToolButton>
+
+#include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Files/FirstSteps.h"
+#include "Apps/Editor/Files/RecentFiles.h"
+#include "Apps/Editor/Files/ShortcutsDialog.h"
+#include "Apps/Editor/Window/EditorWindow.h"
+
+QAction* EditorWindow::Add(QMenu& menu, const QString& text, const char* name, const QKeySequence& keys) {
+  QAction* action = menu.addAction(text);
+  action->setObjectName(QLatin1String(name));
+  action->setShortcut(keys);
+  return action;
+}
+
+void EditorWindow::MakeMenus() {
+  MakeFileMenu();
+  MakeEditMenu();
+  MakeViewMenu();
+  MakeHelpMenu();
+}
+
+void EditorWindow::MakeFileMenu() {
+  QMenu& menu = *menuBar()->addMenu(tr("&File"));
+  connect(Add(menu, tr("&New…"), "file.new", QKeySequence::New), &QAction::triggered, this, &EditorWindow::New);
+  connect(Add(menu, tr("&Open…"), "file.open", QKeySequence::Open), &QAction::triggered, this,
+          &EditorWindow::OpenByDialog);
+  QMenu* recent = menu.addMenu(tr("Open &recent"));
+  connect(recent, &QMenu::aboutToShow, this, [this, recent] {
+    recent_->Fill(*recent, [this](const QString& file) {
+      if (MayLeave()) Open(file);
+    });
+  });
+  menu.addSeparator();
+  connect(Add(menu, tr("&Save"), "file.save", QKeySequence::Save), &QAction::triggered, this, &EditorWindow::Save);
+  connect(Add(menu, tr("Save &as…"), "file.save_as", QKeySequence(QStringLiteral("Ctrl+Shift+S"))), &QAction::triggered,
+          this, &EditorWindow::SaveAs);
+  revert_ = Add(menu, tr("Re&vert"), "file.revert", {});
+  connect(revert_, &QAction::triggered, this, &EditorWindow::Revert);
+  menu.addSeparator();
+  connect(Add(menu, tr("&Write all outputs"), "file.write", QKeySequence(QStringLiteral("Ctrl+E"))),
+          &QAction::triggered, this, &EditorWindow::WriteAll);
+  menu.addSeparator();
+  connect(Add(menu, tr("&Quit"), "file.quit", QKeySequence(QStringLiteral("Ctrl+Q"))), &QAction::triggered, this,
+          &QWidget::close);
+}
+
+void EditorWindow::MakeEditMenu() {
+  edit_menu_ = menuBar()->addMenu(tr("&Edit"));
+  undo_ = Add(*edit_menu_, tr("Undo"), "edit.undo", QKeySequence::Undo);
+  connect(undo_, &QAction::triggered, this, [this] { workspace_->Undo(); });
+  redo_ = Add(*edit_menu_, tr("Redo"), "edit.redo", QKeySequence::Redo);
+  connect(redo_, &QAction::triggered, this, [this] { workspace_->Redo(); });
+  edit_menu_->addSeparator();
+}
+
+void EditorWindow::FillEditMenu() {
+  // The actions of the canvas before went with it.
+  edit_menu_->addActions(workspace_->GetCanvas().GetActions());
+}
+
+void EditorWindow::MakeViewMenu() {
+  QMenu& menu = *menuBar()->addMenu(tr("&View"));
+  for (QDockWidget* frame : docks_.GetAll()) {
+    QAction* action = frame->toggleViewAction();
+    action->setObjectName(QStringLiteral("view.") + frame->objectName());
+    menu.addAction(action);
+  }
+  menu.addSeparator();
+  thumbnails_ = Add(menu, tr("&Thumbnails on nodes"), "view.thumbnails", {});
+  thumbnails_->setCheckable(true);
+  thumbnails_->setChecked(IsDrawn() || QSettings().value(QStringLiteral("canvas/thumbnails"), true).toBool());
+  connect(thumbnails_, &QAction::toggled, this, [this](bool on) {
+    QSettings().setValue(QStringLiteral("canvas/thumbnails"), on);
+    workspace_->SetThumbnails(on);
+  });
+  QMenu& themes = *menu.addMenu(tr("T&heme"));
+  auto* group = new QActionGroup(this);
+  const QString chosen = QSettings().value(QStringLiteral("window/theme")).toString();
+  for (const auto& [text, theme] :
+       {std::pair(tr("As the desktop"), QString()), std::pair(tr("Light"), QStringLiteral("light")),
+        std::pair(tr("Dark"), QStringLiteral("dark"))}) {
+    QAction* action = themes.addAction(text);
+    action->setObjectName(QStringLiteral("view.theme.") + theme);
+    action->setCheckable(true);
+    action->setChecked(theme == chosen);
+    group->addAction(action);
+    connect(action, &QAction::triggered, this, [this, theme = theme] { ApplyTheme(theme); });
+  }
+  connect(Add(menu, tr("&Reset the layout"), "view.reset", {}), &QAction::triggered, this,
+          [this] { docks_.Arrange(); });
+}
+
+void EditorWindow::MakeHelpMenu() {
+  QMenu& menu = *menuBar()->addMenu(tr("&Help"));
+  connect(Add(menu, tr("&First steps"), "help.steps", {}), &QAction::triggered, this, &EditorWindow::ShowFirstSteps);
+  connect(Add(menu, tr("&Keyboard shortcuts"), "help.shortcuts", QKeySequence(QStringLiteral("Ctrl+F1"))),
+          &QAction::triggered, this, &EditorWindow::ShowShortcuts);
+}
+
+void EditorWindow::MakeStatusLine() {
+  message_ = new QLabel(this);
+  message_->setObjectName(QStringLiteral("status.message"));
+  message_->setTextFormat(Qt::PlainText);
+  message_->setMinimumWidth(40);
+  statusBar()->addWidget(message_, 1);
+  progress_ = new QProgressBar(this);
+  progress_->setObjectName(QStringLiteral("status.progress"));
+  progress_->setAccessibleName(tr("Nodes evaluated"));
+  progress_->setMaximumWidth(160);
+  progress_->setTextVisible(false);
+  progress_->hide();
+  statusBar()->addPermanentWidget(progress_);
+  cancel_ = new QToolButton(this);
+  cancel_->setObjectName(QStringLiteral("status.cancel"));
+  cancel_->setText(tr("Stop"));
+  cancel_->setToolTip(tr("Stops computing until the next change"));
+  cancel_->setAccessibleName(tr("Stop computing"));
+  cancel_->hide();
+  connect(cancel_, &QToolButton::clicked, this, [this] { workspace_->GetEvaluator().Cancel(); });
+  statusBar()->addPermanentWidget(cancel_);
+}
+
+void EditorWindow::ShowFirstSteps() {
+  if (first_steps_ == nullptr) first_steps_ = new FirstSteps(this);
+  first_steps_->Start();
+}
+
+void EditorWindow::ShowShortcuts() {
+  ShortcutsDialog dialog(findChildren<QAction*>(), this);
+  dialog.exec();
+}
