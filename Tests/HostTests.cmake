@@ -409,3 +409,14 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapTextTest.cpp"
   DEPENDS CLI11::CLI11 ValueHost::Files ValueHost::Nodes ValueHost::Tools nlohmann_json::nlohmann_json)
+
+set(editor_docks "${PROJECT_SOURCE_DIR}/Apps/Editor/Docks")
+value_add_test(EditorDocksTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${editor_docks}/AttributeTextTest.cpp"
+    "${editor_docks}/AttributesDockTest.cpp"
+    "${editor_docks}/DocksTest.cpp"
+  DEPENDS ValueEditorParts Qt6::Test
+  ENVIRONMENT ${widget_test_environment})
+set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)

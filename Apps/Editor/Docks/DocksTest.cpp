@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "Apps/Editor/Docks/HistoryDock.h"
+#include "Apps/Editor/Docks/OutputForm.h"
+#include "Apps/Editor/Docks/OutputsDock.h"
+#include "Apps/Editor/Docks/ProblemsDock.h"
+#include "Tests/Support/EditTesting.h"
+#include "Tests/Widgets/WidgetTesting.h"
+
+namespace {
+
+using Testing::Save;
+using WidgetTest::Find;
+
+void Show(QWidget& dock) {
+  dock.resize(480, 700);
+  dock.show();
+  dock.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dock));
+}
+
+void Click(QAbstractItemView& view, int row, int column = 0) {
+  const QRect place = view.visualRect(view.model()->index(row, column));
+  QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, place.center());
+}
+
+QString TextAt(const QAbstractItemView& view, int row, int column = 0) {
+  return view.model()->index(row, column).data().toString();
+}
+
+// ---- History ----
+
+class HistoryDockTest : public Testing::EditSessionTest {};
+
+TEST_F(HistoryDockTest, GoesWhereItIsClicked) {
+  HistoryDock dock(*session_);
+  Show(dock);
+  auto* list = Find<QListView>(dock, "history.list");
+  for (const char* note : {"one", "two", "three"}) EXPECT_FALSE(session_->SetNote("a", note).IsError());
+  QCoreApplication::processEvents();
+  ASSERT_EQ(list->model()->rowCount(), 4);
+  EXPECT_EQ(TextAt(*list, 0), "Opened");
+  EXPECT_EQ(TextAt(*list, 3), "Edit note of a");
+  EXPECT_EQ(list->currentIndex().row(), 3);
+  Click(*list, 1);
+  EXPECT_EQ(session_->GetPlace(), 1U);
+  EXPECT_EQ(session_->GetDocument().GetNote("a"), "one");
+  Click(*list, 0);
+  EXPECT_EQ(Save(session_->GetDocument()), before_);
+  list->setCurrentIndex(list->model()->index(3, 0));
+  QTest::keyClick(list, Qt::Key_Return);
+  EXPECT_EQ(session_->GetDocument().GetNote("a"), "three");
+  // A command in the past takes the place of what was undone.
+  EXPECT_FALSE(session_->GoTo(1).IsError());
+  EXPECT_FALSE(session_->RenameNode("a", "box").IsError());
+  QCoreApplication::processEvents();
+  ASSERT_EQ(list->model()->rowCount(), 3);
+  EXPECT_EQ(TextAt(*list, 2), "Rename a to box");
+  EXPECT_TRUE(list->model()->index(2, 0).data(HistoryModel::kIsCurrent).toBool());
+  EXPECT_FALSE(list->model()->index(1, 0).data(HistoryModel::kIsCurrent).toBool());
+}
+
+// ---- Problems ----
+
+class ProblemsDockTest : public Testing::EditSessionTest {
+ protected:
+  static ScEng::NodeFacts MakeFacts(const std::string& id, bool is_in_error, const std::vector<std::string>& lines) {
+    ScEng::NodeFacts facts;
+    facts.id = id;
+    facts.is_in_error = is_in_error;
+    facts.messages = lines;
+    return facts;
+  }
+  /// The rows with this text.
+  static int Count(const ProblemsDock& dock, const QString& text) {
+    const auto* list = Find<QTreeView>(dock, "problems.list");
+    int count = 0;
+    for (int row = 0; row < list->model()->rowCount(); ++row) {
+      count += TextAt(*list, row, ProblemsModel::kText).contains(text) ? 1 : 0;
+    }
+    return count;
+  }
+};
+
+TEST_F(ProblemsDockTest, ListsErrorsFirstAndLeadsToTheNode) {
+  ProblemsDock dock(*session_);
+  Show(dock);
+  dock.SetFacts({MakeFacts("c", false, {"three samples are NaN"}), MakeFacts("d", true, {"the range is empty"})});
+  auto* list = Find<QTreeView>(dock, "problems.list");
+  EXPECT_EQ(TextAt(*list, 0, ProblemsModel::kNode), "d");
+  EXPECT_EQ(TextAt(*list, 0, ProblemsModel::kText), "the range is empty");
+  // The document's own: the placeholder is an error.
+  EXPECT_EQ(TextAt(*list, 1, ProblemsModel::kNode), "x");
+  EXPECT_EQ(Count(dock, "three samples are NaN"), 1);
+  EXPECT_EQ(dock.CountErrors(), 2);
+  EXPECT_EQ(dock.windowTitle(), QString("Problems (%1)").arg(list->model()->rowCount()));
+  QSignalSpy activated(&dock, &ProblemsDock::NodeActivated);
+  Click(*list, 1, ProblemsModel::kText);
+  ASSERT_FALSE(activated.empty());
+  EXPECT_EQ(activated[0][0].toString(), "x");
+}
+
+TEST_F(ProblemsDockTest, KeepsWhatWasSaidUntilTheNodeSaysOtherwise) {
+  ProblemsDock dock(*session_);
+  Show(dock);
+  dock.SetFacts({MakeFacts("c", false, {"a note"}), MakeFacts("d", true, {"an error"})});
+  dock.SetFacts({MakeFacts("d", false, {})});
+  EXPECT_EQ(Count(dock, "a note"), 1);
+  EXPECT_EQ(Count(dock, "an error"), 0);
+  EXPECT_FALSE(session_->RenameNode("c", "sum").IsError());
+  dock.SetFacts({});
+  const auto* list = Find<QTreeView>(dock, "problems.list");
+  EXPECT_TRUE(list->model()->match(list->model()->index(0, 0), Qt::DisplayRole, "sum").size() == 1);
+  EXPECT_FALSE(session_->RemoveNodes({"sum"}).IsError());
+  dock.SetFacts({});
+  EXPECT_EQ(Count(dock, "a note"), 0);
+}
+
+TEST_F(ProblemsDockTest, FollowsTheDocument) {
+  ProblemsDock dock(*session_);
+  Show(dock);
+  EXPECT_EQ(Count(dock, "ForeignNode"), 1);
+  EXPECT_FALSE(session_->RemoveNodes({"x"}).IsError());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Count(dock, "ForeignNode") == 0; }, 60000));
+  EXPECT_FALSE(session_->Undo().IsError());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return Count(dock, "ForeignNode") == 1; }, 60000));
+}
+
+TEST_F(ProblemsDockTest, SelectionStaysWhereOtherRowsChange) {
+  ProblemsModel model;
+  const Problem one{true, "a", "one"};
+  const Problem two{true, "b", "two"};
+  const Problem note{false, "c", "three"};
+  model.Update({note, one, two});
+  EXPECT_EQ(model.GetProblems(), (std::vector<Problem>{one, two, note}));
+  const QPersistentModelIndex kept = model.index(2, 0);
+  model.Update({one, note});
+  ASSERT_TRUE(kept.isValid());
+  EXPECT_EQ(kept.row(), 1);
+  model.Update({});
+  EXPECT_FALSE(kept.isValid());
+}
+
+TEST(FindNodeInText, TakesTheFirstNameThatIsANode) {
+  const auto has = [](const std::string& name) { return name == "blur" || name == "a.b"; };
+  EXPECT_EQ(FindNodeInText("node \"blur\": it has no path", has), "blur");
+  EXPECT_EQ(FindNodeInText("\"blur.radius\" has no effect", has), "blur");
+  EXPECT_EQ(FindNodeInText("\"a.b.image\" of \"blur\"", has), "a.b");
+  EXPECT_EQ(FindNodeInText("\"other\" and \"blur\"", has), "blur");
+  EXPECT_EQ(FindNodeInText("nothing is \"written", has), "");
+}
+
+// ---- Outputs ----
+
+/// A run whose progress a test decides on.
+class ScriptedRun : public OutputRun {
+ public:
+  struct Script {
+    ScEng::BackgroundRun::Progress progress;
+    ScEng::RunReport report;
+    bool is_canceled = false;
+    int alive = 0;
+    std::function<void()> notify;
+  };
+  explicit ScriptedRun(Script& script) : script_(script) { ++script_.alive; }
+  ~ScriptedRun() override { --script_.alive; }
+  void Cancel() override { script_.is_canceled = true; }
+  [[nodiscard]] ScEng::BackgroundRun::Progress GetProgress() const override { return script_.progress; }
+  [[nodiscard]] const ScEng::RunReport& GetReport() const override { return script_.report; }
+
+ private:
+  Script& script_;
+};
+
+class OutputsDockTest : public Testing::EditSessionTest {
+ protected:
+  void SetUp() override {
+    EditSessionTest::SetUp();
+    dock_ = std::make_unique<OutputsDock>(*session_, [this](const ScEng::EditSession&, std::function<void()> notify) {
+      script_.notify = std::move(notify);
+      return std::make_unique<ScriptedRun>(script_);
+    });
+    Show(*dock_);
+    list_ = Find<QTreeView>(*dock_, "outputs.list");
+  }
+  void TearDown() override {
+    dock_.reset();
+    EditSessionTest::TearDown();
+  }
+  [[nodiscard]] const std::vector<ScEng::DocumentOutput>& Outputs() const {
+    return session_->GetDocument().GetOutputs();
+  }
+
+  ScriptedRun::Script script_;
+  std::unique_ptr<OutputsDock> dock_;
+  QTreeView* list_ = nullptr;
+};
+
+TEST_F(OutputsDockTest, ShowsTheOutputThatIsSelected) {
+  EXPECT_EQ(TextAt(*list_, 0, OutputsModel::kPath), "b.exr");
+  Click(*list_, 1);
+  EXPECT_EQ(Find<QComboBox>(*dock_, "outputs.from")->currentText(), "d.image");
+  EXPECT_EQ(Find<QLineEdit>(*dock_, "outputs.path")->text(), "d.exr");
+  EXPECT_EQ(Find<QComboBox>(*dock_, "outputs.type")->currentData().toString(), "half");
+  Click(*list_, 0);
+  EXPECT_EQ(Find<QComboBox>(*dock_, "outputs.type")->currentData().toString(), "auto");
+}
+
+TEST_F(OutputsDockTest, EachFieldIsACommand) {
+  Click(*list_, 0);
+  auto* path = Find<QLineEdit>(*dock_, "outputs.path");
+  WidgetTest::Type(path, "height.png");
+  QTest::keyClick(path, Qt::Key_Return);
+  EXPECT_EQ(Outputs()[0].path, "height.png");
+  auto* type = Find<QComboBox>(*dock_, "outputs.type");
+  type->setFocus();
+  QTest::keyClick(type, Qt::Key_End);
+  EXPECT_EQ(Outputs()[0].type, "int16");
+  EXPECT_EQ(Outputs()[0].samples, "");
+  EXPECT_EQ(session_->GetHistory().size(), 2U);
+  EXPECT_EQ(TextAt(*list_, 0, OutputsModel::kType), "int16");
+  EXPECT_FALSE(session_->GoTo(0).IsError());
+  QCoreApplication::processEvents();
+  EXPECT_EQ(path->text(), "b.exr");
+  EXPECT_EQ(type->currentIndex(), 0);
+}
+
+TEST_F(OutputsDockTest, SaysWhatIsWrongWithAField) {
+  Click(*list_, 0);
+  auto* path = Find<QLineEdit>(*dock_, "outputs.path");
+  WidgetTest::Type(path, "");
+  QTest::keyClick(path, Qt::Key_Backspace);
+  QTest::keyClick(path, Qt::Key_Return);
+  EXPECT_EQ(Outputs()[0].path, "b.exr");
+  EXPECT_TRUE(Find<QLabel>(*dock_, "outputs.error")->isVisible());
+}
+
+TEST_F(OutputsDockTest, AddsWhatIsShownAndRemovesWhatIsSelected) {
+  QTest::mouseClick(Find<QToolButton>(*dock_, "outputs.add"), Qt::LeftButton);
+  ASSERT_EQ(Outputs().size(), 3U);
+  // The view of the document shows it.
+  EXPECT_EQ(Outputs()[2].from, "c.image");
+  EXPECT_EQ(Outputs()[2].path, "c.png");
+  QTest::mouseClick(Find<QToolButton>(*dock_, "outputs.add"), Qt::LeftButton);
+  EXPECT_EQ(Outputs()[3].path, "c2.png");
+  EXPECT_EQ(list_->currentIndex().row(), 3);
+  list_->setFocus();
+  QTest::keyClick(list_, Qt::Key_Delete);
+  EXPECT_EQ(Outputs().size(), 3U);
+  QTest::mouseClick(Find<QToolButton>(*dock_, "outputs.remove"), Qt::LeftButton);
+  EXPECT_EQ(Outputs().size(), 2U);
+  EXPECT_FALSE(session_->GoTo(0).IsError());
+  EXPECT_EQ(Save(session_->GetDocument()), before_);
+}
+
+TEST_F(OutputsDockTest, WritesAndTells) {
+  script_.progress.id = "b";
+  script_.progress.done = 1;
+  script_.progress.total = 4;
+  auto* write = Find<QPushButton>(*dock_, "outputs.write");
+  auto* cancel = Find<QPushButton>(*dock_, "outputs.cancel");
+  auto* progress = Find<QProgressBar>(*dock_, "outputs.progress");
+  QSignalSpy written(dock_.get(), &OutputsDock::Written);
+  QTest::mouseClick(write, Qt::LeftButton);
+  EXPECT_FALSE(write->isEnabled());
+  EXPECT_EQ(progress->maximum(), 4);
+  EXPECT_EQ(progress->value(), 1);
+  QTest::mouseClick(cancel, Qt::LeftButton);
+  EXPECT_TRUE(script_.is_canceled);
+
+  script_.progress.is_finished = true;
+  script_.report.canceled = true;
+  script_.report.findings.AddError("cannot write d.exr: the disk is full");
+  script_.report.written.push_back({.file = "b.exr", .header = {}});
+  script_.notify();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(script_.alive, 0);
+  EXPECT_TRUE(write->isEnabled());
+  EXPECT_FALSE(cancel->isVisible());
+  auto* results = Find<QListWidget>(*dock_, "outputs.results");
+  ASSERT_EQ(results->count(), 2);
+  EXPECT_EQ(results->item(0)->text(), "cannot write d.exr: the disk is full");
+  EXPECT_EQ(results->item(1)->text(), "b.exr");
+  EXPECT_EQ(Find<QLabel>(*dock_, "outputs.summary")->text(), "1 file written, 1 error, canceled");
+  ASSERT_EQ(written.size(), 1);
+  EXPECT_EQ(written[0][0].toInt(), 1);
+  EXPECT_EQ(written[0][1].toInt(), 1);
+}
+
+TEST_F(OutputsDockTest, EndsARunThatIsUnderWayWhenItGoes) {
+  script_.progress.total = 1;
+  dock_->WriteAll();
+  EXPECT_EQ(script_.alive, 1);
+  dock_.reset();
+  EXPECT_EQ(script_.alive, 0);
+}
+
+TEST(MakeDocumentPath, IsRelativeInAndBesideTheFolder) {
+  EXPECT_EQ(MakeDocumentPath("/home/me/project/out/a.png", "/home/me/project"), "out/a.png");
+  EXPECT_EQ(MakeDocumentPath("/home/me/out/a.png", "/home/me/project"), "../out/a.png");
+  EXPECT_EQ(MakeDocumentPath("/data/a.png", "/home/me/project"), "/data/a.png");
+}
+
+}  // namespace

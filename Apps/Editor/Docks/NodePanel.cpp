@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Apps/Editor/Docks/NodePanel.h"
+
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include "Host/Tools/Guard.h"
+#include "Host/Widgets/QNodeAttributesWidget.h"
+
+NodePanel::NodePanel(Node& node, NodeInterface* descriptor, QWidget* parent) : QWidget(parent), node_(&node) {
+  setObjectName(QStringLiteral("attributes.panel"));
+  // What is on the stack keeps its node; one entry is enough to merge with.
+  stack_.setUndoLimit(1);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  if (descriptor != nullptr) {
+    panel_ = ScEng::AskGuarded<QWidget*>("CreateAttributesWidget", nullptr,
+                                         [&] { return descriptor->CreateAttributesWidget(&node, this, 0); });
+  }
+  // The host's own types, and those of libraries without panels of their own, have the general one.
+  if (panel_ == nullptr) panel_ = new QNodeAttributesWidget(this, &node, descriptor, nullptr, false);
+  layout->addWidget(panel_);
+  QList<QNodeAttributesWidget*> panels = findChildren<QNodeAttributesWidget*>();
+  for (QNodeAttributesWidget* panel : panels) {
+    panel->SetUndoStack(&stack_);
+    // The dock has a heading, with a button that makes one step of the history.
+    auto* title = panel->findChild<QLabel*>(QStringLiteral("title"));
+    if (title != nullptr && title->parentWidget() != panel) title->parentWidget()->hide();
+  }
+  node.AddObserver(this);
+}
+
+NodePanel::~NodePanel() {
+  if (node_ != nullptr) node_->RemoveObserver(this);
+  // The panel uses the stack to its end, and the commands on it look at the node.
+  delete panel_;
+}
+
+void NodePanel::OnNodeDestroyed(Node&) { node_ = nullptr; }
+
+void NodePanel::SetBlocked(const std::string& attribute, bool blocked, const QString& reason) {
+  const QString name = QString::fromStdString(attribute);
+  for (QWidget* child : findChildren<QWidget*>()) {
+    const QString own = child->objectName();
+    const bool is_of_row = own == name || own.startsWith(name + u'.');
+    if (!is_of_row || child->isEnabledTo(child->parentWidget()) == !blocked) continue;
+    child->setEnabled(!blocked);
+    if (blocked) child->setToolTip(reason);
+  }
+}
