@@ -24,7 +24,9 @@ struct ViewHistogram {
 struct ViewFigures {
   /// Of the finite values; empty without one.
   SampleRange finite;
+  /// Of the finite values; 0 without one.
   double mean = 0.0;
+  /// All of them, one for each pixel.
   std::uint64_t values = 0;
   std::uint64_t nan = 0;
   std::uint64_t infinite = 0;
@@ -38,6 +40,10 @@ class HOST_VIEWING_API ViewImage {
  public:
   /// Copies an image. Uses the threads of the host, and asks whether to stop (`PollCancellation`).
   static std::shared_ptr<const ViewImage> Make(const Image& image);
+  /// A small copy that fits into `size` by `size` pixels, for thumbnails: never larger than the image, with its mode
+  /// and declared range and without its metadata. Each channel of a pixel is the mean of the finite ones of at most 4
+  /// by 4 samples below it, so that the time does not depend on the size of the image.
+  static std::shared_ptr<const ViewImage> MakeSmall(const Image& image, int size);
 
   ~ViewImage();
   ViewImage(const ViewImage&) = delete;
@@ -52,16 +58,19 @@ class HOST_VIEWING_API ViewImage {
     int size_x = 0;
     int size_y = 0;
   };
-  /// At least 1; the last level is at most 64 pixels wide and high. A pixel is the mean of the finite samples of each
-  /// channel below it, at the right and bottom edges of fewer; without a finite one it is one of them as it is.
+  /// At least 1; the last level is the first that is at most 64 pixels wide and high. A pixel is, in each channel, the
+  /// mean of the finite ones of four pixels of the level before, at the right and bottom edges of fewer; without a
+  /// finite one it is one of them as it is.
   [[nodiscard]] int GetNumLevels() const;
   [[nodiscard]] Level GetLevel(int level) const;
 
+  /// The lowest and highest finite sample of a channel; empty without one, and for a channel that does not exist.
+  [[nodiscard]] SampleRange GetChannelRange(int channel) const;
   [[nodiscard]] const ViewFigures& GetFigures() const;
   [[nodiscard]] const ViewHistogram& GetHistogram() const;
 
  private:
-  class Implementation;
+  struct Implementation;
   explicit ViewImage(std::unique_ptr<const Implementation> implementation);
   std::unique_ptr<const Implementation> implementation_;
 };
