@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QImage>
+#include <QOpenGLContext>
+#include <QString>
+#include <QSurface>
+#include <functional>
+#include <memory>
+
+#include "Apps/Editor/Terrain/GlProgram.h"
+#include "Apps/Editor/Terrain/GlTarget.h"
+#include "Apps/Editor/Terrain/TerrainFrame.h"
+#include "Apps/Editor/Terrain/TileStore.h"
+#include "Apps/Editor/Terrain/TileTree.h"
+
+/// A picture of a terrain, or why there is none.
+struct TerrainPicture {
+  /// Null when the drawing was stopped, and when there is a problem.
+  QImage image;
+  bool is_fine = false;
+  /// How many triangles it shows, and how long it took.
+  int triangles = 0;
+  double milliseconds = 0.0;
+  QString problem;
+};
+
+/// Draws terrains with OpenGL into pictures. Lives in one thread from `Start` to its end.
+class TerrainRenderer {
+ public:
+  TerrainRenderer();
+  ~TerrainRenderer();
+  TerrainRenderer(const TerrainRenderer&) = delete;
+  TerrainRenderer& operator=(const TerrainRenderer&) = delete;
+
+  /// Makes what drawing needs, with a surface that outlives this. Answers why there is no OpenGL, or nothing.
+  QString Start(QSurface& surface);
+  /// Asks `should_stop` between steps of a few milliseconds.
+  TerrainPicture Draw(const TerrainFrame& frame, const std::function<bool()>& should_stop);
+
+ private:
+  QString MakePrograms();
+  bool Prepare(const TerrainFrame& frame, const std::function<bool()>& should_stop);
+  bool PrepareTiles(const TerrainFrame& frame, const std::vector<TileKey>& tiles,
+                    const std::function<bool()>& should_stop);
+  void DrawSky(const TerrainBackground& background);
+  void DrawShade(const TerrainFrame& frame, const TerrainEye& eye);
+  void DrawSquare();
+  int DrawSurface(const TerrainFrame& frame, const TerrainEye& eye, const std::vector<TileKey>& tiles);
+  void BindVertices(const TileStore::Tile& tile);
+  [[nodiscard]] int FindSamples(const TerrainFrame& frame) const;
+
+  QOpenGLContext context_;
+  QSurface* surface_ = nullptr;
+  QOpenGLFunctions* gl_ = nullptr;
+  int most_pixels_ = 0;
+  std::unique_ptr<GlProgram> surface_program_;
+  std::unique_ptr<GlProgram> sky_program_;
+  std::unique_ptr<GlProgram> shade_program_;
+  std::unique_ptr<GlTarget> target_;
+  std::unique_ptr<TileStore> tiles_;
+  GLuint square_ = 0;
+  std::shared_ptr<const HeightField> field_;
+  std::shared_ptr<const SurfaceColors> colors_;
+  std::shared_ptr<const TileTree> tree_;
+};

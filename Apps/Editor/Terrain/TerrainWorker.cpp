@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Apps/Editor/Terrain/TerrainWorker.h"
+
+#include <utility>
+
+TerrainWorker::~TerrainWorker() = default;
+
+void TerrainWorker::Ask(const TerrainFrame& frame) {
+  ++num_asked_;
+  bool is_first = false;
+  {
+    const std::lock_guard lock(mutex_);
+    is_first = !waiting_;
+    waiting_ = frame;
+  }
+  if (is_first) QMetaObject::invokeMethod(this, &TerrainWorker::DrawWaiting, Qt::QueuedConnection);
+}
+
+const QString& TerrainWorker::GetProblem() {
+  if (!problem_) {
+    renderer_ = std::make_unique<TerrainRenderer>();
+    problem_ = renderer_->Start(surface_);
+    if (!problem_->isEmpty()) renderer_.reset();
+  }
+  return *problem_;
+}
+
+void TerrainWorker::DrawWaiting() {
+  std::optional<TerrainFrame> frame;
+  {
+    const std::lock_guard lock(mutex_);
+    frame = std::exchange(waiting_, std::nullopt);
+  }
+  if (!frame || has_ended_) return;
+  const unsigned number = num_asked_;
+  const TerrainPicture picture = Draw(*frame, [&] { return has_ended_ || (frame->is_fine && num_asked_ != number); });
+  if (!picture.image.isNull() || !picture.problem.isEmpty()) emit Drawn(picture);
+}
+
+TerrainPicture TerrainWorker::Draw(const TerrainFrame& frame) { return Draw(frame, {}); }
+
+TerrainPicture TerrainWorker::Draw(const TerrainFrame& frame, const std::function<bool()>& should_stop) {
+  TerrainPicture picture;
+  picture.problem = GetProblem();
+  if (!picture.problem.isEmpty()) return picture;
+  picture = renderer_->Draw(frame, should_stop);
+  return picture;
+}
+
+void TerrainWorker::End() {
+  renderer_.reset();
+  problem_ = QString();
+  has_ended_ = true;
+}
