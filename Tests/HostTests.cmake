@@ -271,6 +271,7 @@ value_add_test(HostEditingTests
     "${host}/Editing/EditSessionTest.cpp"
     "${host}/Editing/JournalTest.cpp"
     "${host}/Editing/JournalText.cpp"
+    "${host}/Editing/KillsTest.cpp"
     "${host}/Editing/LargeDocumentTest.cpp"
     Support/WatchedMemory.cpp
   DEPENDS ValueHost::Editing ValueHost::Nodes nlohmann_json::nlohmann_json)
