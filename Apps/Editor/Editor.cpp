@@ -2,8 +2,11 @@
 #include "Apps/Editor/Editor.h"
 
 #include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QPixmap>
 #include <QSettings>
+#include <QTranslator>
 
 #include "Apps/Desktop/Screenshot.h"
 #include "Apps/Desktop/Theme.h"
@@ -18,6 +21,25 @@ std::string FindTheme(const EditorRequest& request) {
   return QSettings().value(QStringLiteral("window/theme")).toString().toStdString();
 }
 
+/// The texts of the editor and of Qt in the user's language, where there are any.
+class Translations {
+ public:
+  Translations() {
+    const QLocale locale;
+    Install(editor_, locale, QString(), QStringLiteral(":/translations"));
+    Install(qt_, locale, QStringLiteral("qtbase"), QLibraryInfo::path(QLibraryInfo::TranslationsPath));
+  }
+
+ private:
+  static void Install(QTranslator& translator, const QLocale& locale, const QString& name, const QString& folder) {
+    const QString prefix = name.isEmpty() ? QString() : QStringLiteral("_");
+    if (translator.load(locale, name, prefix, folder)) QCoreApplication::installTranslator(&translator);
+  }
+
+  QTranslator editor_;
+  QTranslator qt_;
+};
+
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) void ValueShowEditor(const EditorRequest& request,
@@ -27,6 +49,7 @@ extern "C" __attribute__((visibility("default"))) void ValueShowEditor(const Edi
   QApplication::setOrganizationName(QStringLiteral("value"));
   QApplication::setApplicationName(QStringLiteral("editor"));
   QApplication::setDesktopFileName(QStringLiteral("value-editor"));
+  const Translations translations;
   ApplyTheme(FindTheme(request));
   EditorWindow window(request);
   window.show();

@@ -52,7 +52,7 @@ EditorWindow::EditorWindow(const EditorRequest& request)
       docks_(*this),
       recent_(std::make_unique<RecentFiles>()) {
   setObjectName(QStringLiteral("editor"));
-  setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor.svg")));
+  setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor-128.png")));
   resize(request.width > 0 ? request.width : kUsualWidth, request.height > 0 ? request.height : kUsualHeight);
   MakeMenus();
   MakeStatusLine();
