@@ -3,19 +3,23 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTextBrowser>
 #include <QToolButton>
 #include <QTreeView>
 
+#include "Apps/Editor/Docks/HelpDock.h"
 #include "Apps/Editor/Docks/HistoryDock.h"
 #include "Apps/Editor/Docks/OutputForm.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Docks/ProblemsDock.h"
+#include "Apps/Editor/Docks/ProfilerDock.h"
 #include "Tests/Support/EditTesting.h"
 #include "Tests/Widgets/WidgetTesting.h"
 
@@ -311,6 +315,95 @@ TEST(MakeDocumentPath, IsRelativeInAndBesideTheFolder) {
   EXPECT_EQ(MakeDocumentPath("/home/me/project/out/a.png", "/home/me/project"), "out/a.png");
   EXPECT_EQ(MakeDocumentPath("/home/me/out/a.png", "/home/me/project"), "../out/a.png");
   EXPECT_EQ(MakeDocumentPath("/data/a.png", "/home/me/project"), "/data/a.png");
+}
+
+// ---- Profiler ----
+
+class ProfilerDockTest : public Testing::EditSessionTest {
+ protected:
+  static ScEng::NodeFacts MakeFacts(const std::string& id, double seconds, std::size_t bytes) {
+    ScEng::NodeFacts facts;
+    facts.id = id;
+    facts.seconds = seconds;
+    facts.bytes_held = bytes;
+    return facts;
+  }
+  static QStringList Column(const QTreeView& view, int column) {
+    QStringList texts;
+    for (int row = 0; row < view.model()->rowCount(); ++row) texts += TextAt(view, row, column);
+    return texts;
+  }
+};
+
+TEST_F(ProfilerDockTest, SortsNumbersAsNumbersAboveTheTotal) {
+  ProfilerDock dock(*session_);
+  Show(dock);
+  auto* view = Find<QTreeView>(dock, "profiler.list");
+  EXPECT_TRUE(Find<QLabel>(dock, "profiler.empty")->isVisible());
+  dock.SetFacts({MakeFacts("a", 0.002, 1024), MakeFacts("b", 0.1, 300), MakeFacts("c", 0.05, 2048)});
+  dock.SetFacts({MakeFacts("b", 0.1, 300)});
+  EXPECT_EQ(Column(*view, ProfilerModel::kNode), QStringList({"b", "c", "a", "Total"}));
+  EXPECT_EQ(Column(*view, ProfilerModel::kTime), QStringList({"100 ms", "50 ms", "2.00 ms", "152 ms"}));
+  EXPECT_EQ(Column(*view, ProfilerModel::kEvaluations), QStringList({"2", "1", "1", "4"}));
+  // A click on the heading sorts by it, a second one the other way round.
+  const QHeaderView* header = view->header();
+  const auto click = [&](int column) {
+    const QPoint place(header->sectionViewportPosition(column) + header->sectionSize(column) / 2, header->height() / 2);
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, place);
+  };
+  click(ProfilerModel::kMemory);
+  const QStringList once = Column(*view, ProfilerModel::kNode);
+  click(ProfilerModel::kMemory);
+  const QStringList twice = Column(*view, ProfilerModel::kNode);
+  const QStringList rising{"b", "a", "c", "Total"};
+  const QStringList falling{"c", "a", "b", "Total"};
+  EXPECT_TRUE((once == rising && twice == falling) || (once == falling && twice == rising));
+}
+
+TEST_F(ProfilerDockTest, FollowsTheNodes) {
+  ProfilerDock dock(*session_);
+  Show(dock);
+  auto* view = Find<QTreeView>(dock, "profiler.list");
+  dock.SetFacts({MakeFacts("a", 0.002, 1024), MakeFacts("b", 0.1, 300)});
+  EXPECT_FALSE(session_->RenameNode("b", "raised").IsError());
+  EXPECT_FALSE(session_->RemoveNodes({"a"}).IsError());
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Column(*view, ProfilerModel::kNode), QStringList({"raised", "Total"}));
+  QSignalSpy activated(&dock, &ProfilerDock::NodeActivated);
+  Click(*view, 0);
+  ASSERT_EQ(activated.size(), 1);
+  EXPECT_EQ(activated[0][0].toString(), "raised");
+  Click(*view, 1);
+  EXPECT_EQ(activated.size(), 1);
+  EXPECT_FALSE(session_->RemoveNodes({"raised"}).IsError());
+  QCoreApplication::processEvents();
+  EXPECT_EQ(view->model()->rowCount(), 0);
+}
+
+// ---- Help ----
+
+TEST(HelpDock, ShowsWhatTheTypeSaysOfItself) {
+  HelpDock dock(Testing::GetCatalog());
+  Show(dock);
+  auto* page = Find<QTextBrowser>(dock, "help.page");
+  EXPECT_TRUE(page->toPlainText().contains("Select a node"));
+  dock.ShowNode("ImageValueClampNode");
+  const QString text = page->toPlainText();
+  EXPECT_TRUE(text.contains("Limits values to a range, and can bend what lies inside it with a curve."));
+  for (const char* part : {"Value Clamp", "ImageValueClampNode", "Profile", "both", "from -10000 to 10000", "Inputs"}) {
+    EXPECT_TRUE(text.contains(part)) << part << text.toStdString();
+  }
+  dock.ShowNode("<b>NoNode");
+  EXPECT_TRUE(page->toPlainText().contains("<b>NoNode"));
+}
+
+TEST(HelpDock, HasAPageForEveryType) {
+  HelpDock dock(Testing::GetCatalog());
+  for (const NodeInterface* descriptor : Testing::GetCatalog()->GetDescriptors()) {
+    dock.ShowNode(QString::fromStdString(descriptor->GetNodeFactory()->GetTypeName()));
+    EXPECT_TRUE(
+        Find<QTextBrowser>(dock, "help.page")->toPlainText().contains(QString::fromStdString(descriptor->GetName())));
+  }
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ constexpr int kIconSize = 32;
 
 QSize NoteField::sizeHint() const {
   constexpr int kLines = 2;
-  const int frame = 2 * frameWidth() + static_cast<int>(2.0 * document()->documentMargin());
+  const int frame = 2 * frameWidth() + static_cast<int>(2.0 * document()->documentMargin()) + 2;
   return {fontMetrics().averageCharWidth() * 20, fontMetrics().lineSpacing() * kLines + frame};
 }
 

@@ -16,7 +16,9 @@
 #include <utility>
 
 #include "Apps/Editor/Docks/OutputForm.h"
+#include "Apps/Editor/Docks/RoomyRows.h"
 #include "Apps/Editor/Docks/Signs.h"
+#include "Host/Widgets/QNodeAttributesWidget.h"
 
 namespace {
 
@@ -54,6 +56,10 @@ OutputsDock::OutputsDock(ScEng::EditSession& session, OutputRunStarter start, QW
   layout->addWidget(results_, 1);
   connect(form_, &OutputForm::Edited, this, &OutputsDock::ApplyForm);
   connect(&watch_, &SessionWatch::Changed, this, &OutputsDock::Refresh);
+  for (QWidget* child : findChildren<QWidget*>()) {
+    const bool is_control = qobject_cast<QAbstractButton*>(child) != nullptr || form_->isAncestorOf(child);
+    if (is_control) child->setStyle(QNodeAttributesWidget::GetPanelStyle());
+  }
   Refresh();
 }
 
@@ -70,6 +76,7 @@ QWidget* OutputsDock::MakeList() {
   list_->setUniformRowHeights(true);
   list_->setAllColumnsShowFocus(true);
   list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  list_->setItemDelegate(new RoomyRows(list_));
   list_->setModel(&model_);
   list_->header()->setStretchLastSection(false);
   list_->header()->setSectionResizeMode(OutputsModel::kFrom, QHeaderView::ResizeToContents);

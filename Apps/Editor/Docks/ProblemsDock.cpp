@@ -8,6 +8,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "Apps/Editor/Docks/RoomyRows.h"
+
 namespace {
 
 // Checking the whole document may take a while in a large one, and nobody reads faster.
@@ -28,6 +30,7 @@ ProblemsDock::ProblemsDock(ScEng::EditSession& session, QWidget* parent)
   view_->setUniformRowHeights(true);
   view_->setAllColumnsShowFocus(true);
   view_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  view_->setItemDelegate(new RoomyRows(view_));
   view_->setModel(&model_);
   view_->header()->setSectionResizeMode(ProblemsModel::kNode, QHeaderView::Interactive);
   view_->header()->resizeSection(ProblemsModel::kNode, fontMetrics().averageCharWidth() * 22);
