@@ -5,6 +5,7 @@
 #include <QOpenGLFunctions>
 #include <QString>
 #include <QVector3D>
+#include <QVector4D>
 
 /// A program of the graphics processor. Used with the context current that it was made with.
 class GlProgram {
@@ -21,6 +22,9 @@ class GlProgram {
   void Set(const char* name, float value) { gl_.glUniform1f(Find(name), value); }
   void Set(const char* name, float x, float y) { gl_.glUniform2f(Find(name), x, y); }
   void Set(const char* name, const QVector3D& value) { gl_.glUniform3f(Find(name), value.x(), value.y(), value.z()); }
+  void Set(const char* name, const QVector4D& value) {
+    gl_.glUniform4f(Find(name), value.x(), value.y(), value.z(), value.w());
+  }
   void Set(const char* name, const QMatrix4x4& value) {
     gl_.glUniformMatrix4fv(Find(name), 1, GL_FALSE, value.constData());
   }

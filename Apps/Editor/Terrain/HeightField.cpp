@@ -7,6 +7,8 @@
 #include <limits>
 #include <utility>
 
+#include "Host/Util/ParallelRows.h"
+
 namespace {
 
 constexpr float kHole = std::numeric_limits<float>::quiet_NaN();
@@ -42,6 +44,7 @@ HeightField::HeightField(std::shared_ptr<const ScEng::ViewImage> image)
       color_mode_(image_->GetImage().GetColorMode()),
       channels_(image_->GetImage().GetNumChannels()),
       spacing_(2.0 / std::max({size_x_ - 1, size_y_ - 1, 1})) {
+  for (int level = 0; level < image_->GetNumLevels(); ++level) levels_.push_back(image_->GetLevel(level));
   const ScEng::ViewFigures& figures = image_->GetFigures();
   has_holes_ = figures.nan + figures.infinite > 0;
   if (figures.finite.IsEmpty()) return;
@@ -63,11 +66,21 @@ float HeightField::Read(const ScEng::ViewImage::Level& level, int x, int y) cons
   return std::isfinite(value) ? (value - low_) * per_unit_ : kHole;
 }
 
-float HeightField::GetPixel(int x, int y) const { return Read(image_->GetLevel(0), x, y); }
+HeightField::Heights HeightField::CopyLevel(int level) const {
+  const ScEng::ViewImage::Level& pixels = levels_[static_cast<std::size_t>(level)];
+  Heights heights{pixels.size_x, pixels.size_y, {}};
+  heights.values.resize(static_cast<std::size_t>(pixels.size_x) * static_cast<std::size_t>(pixels.size_y));
+  ScEng::ParallelRows(static_cast<std::size_t>(pixels.size_y), 16, [&](std::size_t from, std::size_t to) {
+    for (int y = static_cast<int>(from); y < static_cast<int>(to); ++y) {
+      for (int x = 0; x < pixels.size_x; ++x) heights.values[heights.IndexOf(x, y)] = Read(pixels, x, y);
+    }
+  });
+  return heights;
+}
 
 float HeightField::GetHeight(int level, double x, double y) const {
-  const int used = std::clamp(level, 0, image_->GetNumLevels() - 1);
-  const ScEng::ViewImage::Level pixels = image_->GetLevel(used);
+  const int used = std::clamp(level, 0, GetNumLevels() - 1);
+  const ScEng::ViewImage::Level& pixels = levels_[static_cast<std::size_t>(used)];
   const double per_point = std::ldexp(1.0, -used);
   const Between column((x + 0.5) * per_point - 0.5, pixels.size_x);
   const Between row((y + 0.5) * per_point - 0.5, pixels.size_y);

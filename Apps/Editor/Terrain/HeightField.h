@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <vector>
 
 #include "Host/Viewing/ViewImage.h"
 
@@ -36,12 +38,29 @@ class HeightField {
   /// NaN in a hole. Beside the image its edge goes on.
   [[nodiscard]] float GetHeight(int level, double x, double y) const;
   /// The height of one pixel of the image; NaN where it is not finite.
-  [[nodiscard]] float GetPixel(int x, int y) const;
+  [[nodiscard]] float GetPixel(int x, int y) const { return Read(levels_.front(), x, y); }
+
+  /// Copies of the image, each half as large as the one before.
+  [[nodiscard]] int GetNumLevels() const { return static_cast<int>(levels_.size()); }
+
+  /// The heights of all pixels of a level, row by row.
+  struct Heights {
+    int size_x = 0;
+    int size_y = 0;
+    std::vector<float> values;
+
+    [[nodiscard]] std::size_t IndexOf(int x, int y) const {
+      return static_cast<std::size_t>(y) * static_cast<std::size_t>(size_x) + static_cast<std::size_t>(x);
+    }
+    [[nodiscard]] float At(int x, int y) const { return values[IndexOf(x, y)]; }
+  };
+  [[nodiscard]] Heights CopyLevel(int level) const;
 
  private:
   [[nodiscard]] float Read(const ScEng::ViewImage::Level& level, int x, int y) const;
 
   std::shared_ptr<const ScEng::ViewImage> image_;
+  std::vector<ScEng::ViewImage::Level> levels_;
   int size_x_;
   int size_y_;
   unsigned color_mode_;

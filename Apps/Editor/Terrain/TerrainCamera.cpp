@@ -49,6 +49,8 @@ TerrainEye TerrainCamera::GetEye(const QSize& pixels, double target_z) const {
   eye.place = target + away;
   eye.pixels_per_unit = static_cast<float>(height / (2.0 * half_height));
   const auto near = static_cast<float>(std::max(distance * 0.02, 0.0005));
+  // The near half takes more of the picture than the far one, which this evens out.
+  eye.matrix.translate(0.0F, 0.1F, 0.0F);
   eye.matrix.perspective(static_cast<float>(kFieldOfView), static_cast<float>(width / height), near,
                          static_cast<float>(distance + 6.0));
   eye.matrix.lookAt(eye.place, target, QVector3D(0.0F, 0.0F, 1.0F));

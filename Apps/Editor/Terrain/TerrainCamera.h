@@ -36,7 +36,7 @@ class TerrainCamera {
   [[nodiscard]] TerrainEye GetEye(const QSize& pixels, double target_z) const;
 
  private:
-  double yaw_ = 28.0;
+  double yaw_ = -32.0;
   double pitch_ = 34.0;
   double distance_ = 1.0;
   double target_x_ = 0.0;

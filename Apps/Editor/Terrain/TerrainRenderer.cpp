@@ -41,6 +41,7 @@ TerrainRenderer::TerrainRenderer() = default;
 TerrainRenderer::~TerrainRenderer() {
   if (gl_ == nullptr || !context_.makeCurrent(surface_)) return;
   if (square_ != 0) gl_->glDeleteBuffers(1, &square_);
+  slopes_.reset();
   tiles_.reset();
   target_.reset();
   shade_program_.reset();
@@ -78,6 +79,7 @@ QString TerrainRenderer::MakePrograms() {
   if (problem.isEmpty()) problem = shade_program_->Make(kShadeVertex, kShadeFragment, {"a_place"});
   target_ = std::make_unique<GlTarget>(*gl_, context_.isOpenGLES());
   tiles_ = std::make_unique<TileStore>(*gl_);
+  slopes_ = std::make_unique<GlTexture>(*gl_);
   gl_->glGetIntegerv(GL_MAX_TEXTURE_SIZE, &most_pixels_);
   gl_->glGenBuffers(1, &square_);
   return problem;
@@ -94,23 +96,32 @@ TerrainPicture TerrainRenderer::Draw(const TerrainFrame& frame, const std::funct
   timer.start();
   TerrainPicture picture;
   picture.is_fine = frame.is_fine;
-  if (!Prepare(frame, should_stop)) return picture;
   if (!context_.makeCurrent(surface_)) {
     picture.problem = Tell(QT_TRANSLATE_NOOP("TerrainRenderer", "the display took its OpenGL context back"));
     return picture;
   }
+  if (Prepare(frame, should_stop)) DrawCurrent(frame, should_stop, picture);
+  context_.doneCurrent();
+  if (picture.image.isNull()) return picture;
+  if (picture.image.size() != frame.pixels) {
+    picture.image = picture.image.scaled(frame.pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  }
+  // What windows are made of.
+  picture.image = std::move(picture.image).convertToFormat(QImage::Format_RGB32);
+  picture.milliseconds = static_cast<double>(timer.nsecsElapsed()) * 1e-6;
+  return picture;
+}
+
+void TerrainRenderer::DrawCurrent(const TerrainFrame& frame, const std::function<bool()>& should_stop,
+                                  TerrainPicture& picture) {
   const QSize size = frame.pixels.boundedTo(QSize(most_pixels_, most_pixels_)) * FindSamples(frame);
   TerrainEye eye = frame.GetEye(size);
   const std::vector<TileKey> tiles =
       SelectTiles(*tree_, eye, frame.is_fine ? TerrainFrame::kFineTriangles : TerrainFrame::kCoarseTriangles, 1.5F);
-  if (!PrepareTiles(frame, tiles, should_stop)) {
-    context_.doneCurrent();
-    return picture;
-  }
+  if (!PrepareTiles(frame, tiles, should_stop)) return;
   if (!target_->Bind(size)) {
     picture.problem = Tell(QT_TRANSLATE_NOOP("TerrainRenderer", "OpenGL has no memory for a picture of this size"));
-    context_.doneCurrent();
-    return picture;
+    return;
   }
   // Pictures of Qt start with their top row, those of OpenGL with the bottom one.
   QMatrix4x4 flip;
@@ -123,28 +134,22 @@ TerrainPicture TerrainRenderer::Draw(const TerrainFrame& frame, const std::funct
   picture.triangles = DrawSurface(frame, eye, tiles);
   picture.image = target_->Read();
   tiles_->Trim();
-  context_.doneCurrent();
-  if (size != frame.pixels) {
-    picture.image = picture.image.scaled(frame.pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-  }
-  // What windows are made of.
-  picture.image = std::move(picture.image).convertToFormat(QImage::Format_RGB32);
-  picture.milliseconds = static_cast<double>(timer.nsecsElapsed()) * 1e-6;
-  return picture;
 }
 
 bool TerrainRenderer::Prepare(const TerrainFrame& frame, const std::function<bool()>& should_stop) {
-  const bool is_other = frame.field != field_ || frame.colors != colors_;
-  if (frame.field != field_ || tree_ == nullptr) {
-    field_ = frame.field;
-    tree_ = TileTree::Make(*field_, should_stop);
-  }
+  const bool is_other_field = frame.field != field_ || tree_ == nullptr;
+  if (is_other_field || frame.colors != colors_) tiles_->Clear();
   colors_ = frame.colors;
-  if (is_other && context_.makeCurrent(surface_)) {
-    tiles_->Clear();
-    context_.doneCurrent();
-  }
-  return tree_ != nullptr;
+  if (!is_other_field) return true;
+  field_ = frame.field;
+  tree_ = TileTree::Make(*field_, should_stop);
+  if (tree_ == nullptr) return false;
+  const SlopeMap map = MakeSlopeMap(*field_);
+  slopes_level_ = map.level;
+  slopes_size_x_ = map.size_x;
+  slopes_size_y_ = map.size_y;
+  slopes_->Upload(map);
+  return true;
 }
 
 bool TerrainRenderer::PrepareTiles(const TerrainFrame& frame, const std::vector<TileKey>& tiles,
@@ -207,18 +212,33 @@ void TerrainRenderer::BindVertices(const TileStore::Tile& tile) {
   bind(kKind, 4, GL_UNSIGNED_BYTE, offsetof(TerrainVertex, kind));
 }
 
-int TerrainRenderer::DrawSurface(const TerrainFrame& frame, const TerrainEye& eye, const std::vector<TileKey>& tiles) {
+void TerrainRenderer::SetLight(const TerrainFrame& frame, const TerrainEye& eye) {
   GlProgram& program = *surface_program_;
-  gl_->glEnable(GL_DEPTH_TEST);
-  gl_->glDepthFunc(GL_LEQUAL);
   program.Use();
   program.Set("u_matrix", eye.matrix);
   program.Set("u_rise", eye.rise);
   program.Set("u_ground", eye.ground);
   program.Set("u_light", ToLight(frame.settings));
   program.Set("u_eye", eye.place);
-  program.Set("u_wall", QVector3D(0.62F, 0.58F, 0.54F));
+  program.Set("u_wall", QVector3D(0.66F, 0.62F, 0.58F));
   program.Set("u_darkness", 0.0F);
+  program.Set("u_map_rise", static_cast<float>(frame.settings.exaggeration));
+  // From a place in space to one in the map, whose pixels have their heights in their middles.
+  const HeightField& field = *frame.field;
+  const double width = std::ldexp(slopes_size_x_, slopes_level_);
+  const double height = std::ldexp(slopes_size_y_, slopes_level_);
+  program.Set("u_map", QVector4D(static_cast<float>(1.0 / (field.GetSpacing() * width)),
+                                 static_cast<float>(-1.0 / (field.GetSpacing() * height)),
+                                 static_cast<float>(field.GetSizeX() * 0.5 / width),
+                                 static_cast<float>(field.GetSizeY() * 0.5 / height)));
+  slopes_->Bind(frame.is_fine);
+}
+
+int TerrainRenderer::DrawSurface(const TerrainFrame& frame, const TerrainEye& eye, const std::vector<TileKey>& tiles) {
+  GlProgram& program = *surface_program_;
+  gl_->glEnable(GL_DEPTH_TEST);
+  gl_->glDepthFunc(GL_LEQUAL);
+  SetLight(frame, eye);
   for (GLuint attribute = 0; attribute < kNumAttributes; ++attribute) gl_->glEnableVertexAttribArray(attribute);
   GLsizei indices = 0;
   const bool has_lines = frame.settings.wireframe;
@@ -227,6 +247,7 @@ int TerrainRenderer::DrawSurface(const TerrainFrame& frame, const TerrainEye& ey
   gl_->glPolygonOffset(1.0F, 1.0F);
   for (const TileKey& key : tiles) {
     const TileStore::Tile& tile = *tiles_->Find(key);
+    program.Set("u_detail", key.level < slopes_level_ ? 0.0F : 1.0F);
     BindVertices(tile);
     gl_->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, tile.triangles);
     gl_->glDrawElements(GL_TRIANGLES, tile.num_triangle_indices, GL_UNSIGNED_SHORT, nullptr);

@@ -10,6 +10,7 @@
 
 #include "Apps/Editor/Terrain/GlProgram.h"
 #include "Apps/Editor/Terrain/GlTarget.h"
+#include "Apps/Editor/Terrain/GlTexture.h"
 #include "Apps/Editor/Terrain/TerrainFrame.h"
 #include "Apps/Editor/Terrain/TileStore.h"
 #include "Apps/Editor/Terrain/TileTree.h"
@@ -40,9 +41,11 @@ class TerrainRenderer {
 
  private:
   QString MakePrograms();
+  void DrawCurrent(const TerrainFrame& frame, const std::function<bool()>& should_stop, TerrainPicture& picture);
   bool Prepare(const TerrainFrame& frame, const std::function<bool()>& should_stop);
   bool PrepareTiles(const TerrainFrame& frame, const std::vector<TileKey>& tiles,
                     const std::function<bool()>& should_stop);
+  void SetLight(const TerrainFrame& frame, const TerrainEye& eye);
   void DrawSky(const TerrainBackground& background);
   void DrawShade(const TerrainFrame& frame, const TerrainEye& eye);
   void DrawSquare();
@@ -59,6 +62,10 @@ class TerrainRenderer {
   std::unique_ptr<GlProgram> shade_program_;
   std::unique_ptr<GlTarget> target_;
   std::unique_ptr<TileStore> tiles_;
+  std::unique_ptr<GlTexture> slopes_;
+  int slopes_level_ = 0;
+  int slopes_size_x_ = 1;
+  int slopes_size_y_ = 1;
   GLuint square_ = 0;
   std::shared_ptr<const HeightField> field_;
   std::shared_ptr<const SurfaceColors> colors_;

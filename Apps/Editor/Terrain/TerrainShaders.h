@@ -4,7 +4,8 @@
 /// The programs that draw a terrain, in the language that OpenGL 2.1 and its embedded edition 2.0 share.
 namespace TerrainShaders {
 
-/// The surface and its walls. Light is reckoned per vertex: quads are a few pixels wide.
+/// The surface and its walls. The light of the surface is reckoned per pixel, with slopes of the slope map, but for
+/// tiles that are finer than it.
 inline constexpr char kSurfaceVertex[] = R"(
 attribute vec3 a_place;
 attribute vec2 a_slope;
@@ -14,26 +15,26 @@ attribute vec4 a_kind;
 uniform mat4 u_matrix;
 uniform float u_rise;
 uniform float u_ground;
-uniform vec3 u_light;
 uniform vec3 u_eye;
 uniform vec3 u_wall;
+uniform vec4 u_map;
 varying vec3 v_color;
+varying vec2 v_slope;
+varying vec2 v_map;
+varying float v_openness;
+varying float v_wall;
 void main() {
-  bool is_wall = a_kind.x > 0.5;
   vec3 place = vec3(a_place.xy, mix(a_place.z * u_rise, u_ground, a_kind.y));
-  vec3 normal = is_wall ? vec3(a_slope, 0.0) : normalize(vec3(-a_slope * u_rise, 1.0));
+  bool is_wall = a_kind.x > 0.5;
   // The inner side of a wall is seen through a hole.
-  float inside = is_wall && dot(normal, u_eye - place) < 0.0 ? 1.0 : 0.0;
-  normal *= 1.0 - 2.0 * inside;
-  float relief = a_relief * u_rise;
-  float openness = clamp(1.0 + 0.55 * relief / (1.0 + abs(relief)), 0.5, 1.35);
-  float key = max(dot(normal, u_light), 0.0);
-  float fill = max(dot(normal, normalize(vec3(-u_light.xy, 0.35))), 0.0);
-  vec3 sky = mix(vec3(0.30, 0.27, 0.25), vec3(0.44, 0.47, 0.52), normal.z * 0.5 + 0.5);
-  vec3 light = sky * openness + vec3(0.74, 0.70, 0.63) * key * mix(1.0, openness, 0.4) + vec3(0.07, 0.08, 0.10) * fill;
+  float inside = is_wall && dot(a_slope, u_eye.xy - place.xy) < 0.0 ? 1.0 : 0.0;
+  v_slope = a_slope * (1.0 - 2.0 * inside);
   // Walls darken toward the ground, which takes light away.
-  float shade = is_wall ? mix(1.0, 0.72, a_kind.y) * (1.0 - 0.45 * inside) : 1.0;
-  v_color = (is_wall ? u_wall : a_color.rgb) * light * shade;
+  v_color = is_wall ? u_wall * mix(1.0, 0.74, a_kind.y) * (1.0 - 0.4 * inside) : a_color.rgb;
+  float relief = a_relief * u_rise;
+  v_openness = clamp(1.0 + 0.5 * relief / (1.0 + abs(relief)), 0.55, 1.3);
+  v_map = a_place.xy * u_map.xy + u_map.zw;
+  v_wall = is_wall ? 1.0 : 0.0;
   gl_Position = u_matrix * vec4(place, 1.0);
 }
 )";
@@ -42,9 +43,28 @@ inline constexpr char kSurfaceFragment[] = R"(
 #ifdef GL_ES
 precision mediump float;
 #endif
-varying vec3 v_color;
+uniform sampler2D u_slopes;
+uniform float u_detail;
+uniform float u_rise;
+uniform float u_map_rise;
+uniform vec3 u_light;
 uniform float u_darkness;
-void main() { gl_FragColor = vec4(min(v_color, 1.0) * (1.0 - u_darkness), 1.0); }
+varying vec3 v_color;
+varying vec2 v_slope;
+varying vec2 v_map;
+varying float v_openness;
+varying float v_wall;
+void main() {
+  vec2 coded = (texture2D(u_slopes, v_map).xy * 255.0 - 127.0) / 127.0;
+  vec2 mapped = coded / max(1.0 - abs(coded), 0.004) * u_map_rise;
+  vec2 slope = mix(v_slope * u_rise, mapped, u_detail);
+  vec3 normal = normalize(mix(vec3(-slope, 1.0), vec3(v_slope, 0.0), v_wall));
+  float key = max(dot(normal, u_light), 0.0);
+  float fill = max(dot(normal, normalize(vec3(-u_light.xy, 0.4))), 0.0);
+  vec3 sky = mix(vec3(0.35, 0.33, 0.32), vec3(0.47, 0.48, 0.51), normal.z * 0.5 + 0.5);
+  vec3 light = sky * v_openness + vec3(0.68, 0.65, 0.60) * key * mix(1.0, v_openness, 0.4) + vec3(0.10) * fill;
+  gl_FragColor = vec4(min(v_color * light, 1.0) * (1.0 - u_darkness), 1.0);
+}
 )";
 
 /// The sky: two triangles over the whole picture.
@@ -90,8 +110,8 @@ uniform vec2 u_away;
 uniform float u_strength;
 void main() {
   float near_by = length(max(abs(v_place) - u_half, 0.0));
-  float cast = length(max(abs(v_place - u_away) - u_half, 0.0));
-  float alpha = 0.6 * exp(-near_by * near_by * 90.0) + 0.5 * exp(-cast * cast * 14.0);
+  float thrown = length(max(abs(v_place - u_away) - u_half, 0.0));
+  float alpha = 0.6 * exp(-near_by * near_by * 90.0) + 0.5 * exp(-thrown * thrown * 14.0);
   gl_FragColor = vec4(0.0, 0.0, 0.0, alpha * u_strength);
 }
 )";

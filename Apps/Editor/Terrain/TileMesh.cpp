@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
+
+#include "Apps/Editor/Terrain/SlopeMap.h"
 
 namespace {
 
@@ -66,15 +69,6 @@ class TileBuilder {
                          GetHeight(column + 1, row + 1));
   }
 
-  /// How height changes from one place to another; each is replaced by the middle when it is a hole.
-  static float GetSlope(float low, float middle, float high, double low_place, double place, double high_place) {
-    const bool has_low = std::isfinite(low);
-    const bool has_high = std::isfinite(high);
-    const double extent = (has_high ? high_place : place) - (has_low ? low_place : place);
-    if (extent == 0.0) return 0.0F;
-    return static_cast<float>(((has_high ? high : middle) - (has_low ? low : middle)) / extent);
-  }
-
   /// How far a place lies above the mean of its surroundings, in a copy of the image about so many pixels wide.
   [[nodiscard]] float GetRelief(float height, int pixels, double x, double y) const {
     const double points = std::max(field_.GetSizeX(), field_.GetSizeY()) / static_cast<double>(pixels);
@@ -97,12 +91,12 @@ class TileBuilder {
     vertex.x = static_cast<float>(field_.GetPlaceX(x));
     vertex.y = static_cast<float>(field_.GetPlaceY(y));
     vertex.height = GetHeight(column, row);
-    vertex.slope_x = GetSlope(GetHeight(column - 1, row), vertex.height, GetHeight(column + 1, row),
-                              field_.GetPlaceX(columns_.GetPoint(column - 1)), field_.GetPlaceX(x),
-                              field_.GetPlaceX(columns_.GetPoint(column + 1)));
-    vertex.slope_y = GetSlope(GetHeight(column, row - 1), vertex.height, GetHeight(column, row + 1),
-                              field_.GetPlaceY(rows_.GetPoint(row - 1)), field_.GetPlaceY(y),
-                              field_.GetPlaceY(rows_.GetPoint(row + 1)));
+    vertex.slope_x = FindSlope({GetHeight(column - 1, row), vertex.height, GetHeight(column + 1, row)},
+                               {field_.GetPlaceX(columns_.GetPoint(column - 1)), field_.GetPlaceX(x),
+                                field_.GetPlaceX(columns_.GetPoint(column + 1))});
+    vertex.slope_y = FindSlope(
+        {GetHeight(column, row - 1), vertex.height, GetHeight(column, row + 1)},
+        {field_.GetPlaceY(rows_.GetPoint(row - 1)), field_.GetPlaceY(y), field_.GetPlaceY(rows_.GetPoint(row + 1))});
     vertex.relief = GetRelief(vertex.height, 64, x, y) + GetRelief(vertex.height, 256, x, y);
     vertex.color = colors_.GetColor((x + 0.5) / field_.GetSizeX(), (y + 0.5) / field_.GetSizeY(), color_step_);
     index = Add(vertex);

@@ -2,7 +2,11 @@
 #include "Apps/Editor/Terrain/TileTree.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
+#include <utility>
+
+#include "Host/Util/ParallelRows.h"
 
 namespace {
 
@@ -39,11 +43,19 @@ std::shared_ptr<const TileTree> TileTree::Make(const HeightField& field, const s
   tree->spacing_ = field.GetSpacing();
   tree->triangles_per_tile_ = field.HasHoles() ? kTrianglesWithHoles : kSurfaceTriangles + kSkirtTriangles;
   Level finest{CountTiles(field.GetSizeX()), CountTiles(field.GetSizeY()), {}};
-  finest.ranges.reserve(static_cast<std::size_t>(finest.tiles_x) * static_cast<std::size_t>(finest.tiles_y));
-  for (int y = 0; y < finest.tiles_y; ++y) {
-    if (should_stop && should_stop()) return nullptr;
-    for (int x = 0; x < finest.tiles_x; ++x) finest.ranges.push_back(MeasureTile(field, {0, x, y}));
-  }
+  const auto tiles_x = static_cast<std::size_t>(finest.tiles_x);
+  finest.ranges.resize(tiles_x * static_cast<std::size_t>(finest.tiles_y));
+  std::atomic<bool> has_stopped = false;
+  ScEng::ParallelRows(static_cast<std::size_t>(finest.tiles_y), 1, [&](std::size_t from, std::size_t to) {
+    for (std::size_t y = from; y < to; ++y) {
+      if (should_stop && should_stop()) has_stopped = true;
+      if (has_stopped) return;
+      for (std::size_t x = 0; x < tiles_x; ++x) {
+        finest.ranges[y * tiles_x + x] = MeasureTile(field, {0, static_cast<int>(x), static_cast<int>(y)});
+      }
+    }
+  });
+  if (has_stopped) return nullptr;
   tree->levels_.push_back(std::move(finest));
   tree->AddParents();
   return tree;

@@ -38,7 +38,8 @@ struct TileBox {
 /// The tiles of a height field: one covers the whole, each has four below it, down to single points.
 class TileTree {
  public:
-  /// Reads every pixel once. Null when `should_stop` says so on the way; the field must have a surface.
+  /// Reads every pixel once, on the threads of the host, each of which asks `should_stop`. Null when it says so; the
+  /// field must have a surface.
   static std::shared_ptr<const TileTree> Make(const HeightField& field, const std::function<bool()>& should_stop);
 
   [[nodiscard]] TileKey GetRoot() const { return {static_cast<int>(levels_.size()) - 1, 0, 0}; }
