@@ -340,10 +340,10 @@ value_add_test(HostWidgetsTests
   SOURCES
     Contract/PanelsTest.cpp
     Widgets/WidgetTesting.cpp
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/ApplyLine.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Panel/FixedRange.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindow.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Panel/PanelWindowTest.cpp"
-    "${PROJECT_SOURCE_DIR}/Apps/Panel/Preview.cpp"
-    "${PROJECT_SOURCE_DIR}/Apps/Panel/Preview.h"
     "${host}/Widgets/QNodeAttributesWidgetTest.cpp"
     "${host}/Widgets/SliderScale.cpp"
     "${host}/Widgets/SliderScaleTest.cpp"

@@ -18,8 +18,10 @@ struct PanelRequest {
   NodeInterface* descriptor = nullptr;
   /// The outputs of the node that can be shown.
   std::vector<unsigned> outplugs;
-  /// What feeds the node, shown as the image before; null where nothing does.
-  Node* source = nullptr;
+  /// The files that feed the node, as they were written for `value apply`.
+  std::vector<std::string> inputs;
+  /// The range that was declared for them; empty for none.
+  std::string range;
   /// "light", "dark", or empty for that of the desktop.
   std::string theme;
   int scale = 1;

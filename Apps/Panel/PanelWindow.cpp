@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Panel/PanelWindow.h"
 
-#include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
-#include <QFrame>
+#include <QFileDialog>
+#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QKeySequence>
-#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QShortcut>
@@ -14,25 +17,33 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "Host/Image/ColorMode.h"
-#include "Host/Image/Image.h"
+#include "Apps/Panel/ApplyLine.h"
+#include "Apps/Panel/FixedRange.h"
+#include "Host/Files/ImageFile.h"
 #include "Host/Tools/Guard.h"
+#include "Host/Viewing/ViewImage.h"
 #include "Host/Widgets/QNodeAttributesWidget.h"
+#include "Host/Widgets/ViewerWidget.h"
 
 namespace {
 
 constexpr int kPanelWidth = 400;
 constexpr int kGap = 12;
-// A picture with more pixels than any display shows in this window would only be slower.
-constexpr int kMostPixels = 2048;
 
-QString Describe(const Image& image) {
-  return QStringLiteral("%1 × %2  ·  %3  ·  %4 to %5")
-      .arg(image.GetSizeX())
-      .arg(image.GetSizeY())
-      .arg(QString::fromLatin1(ColorMode::GetName(image.GetColorMode())))
-      .arg(static_cast<double>(image.GetValueLow()), 0, 'g', 6)
-      .arg(static_cast<double>(image.GetValueHigh()), 0, 'g', 6);
+/// "Image files (*.exr *.png ...)", with every ending that images can be written with.
+QString MakeFileFilter() {
+  QStringList patterns;
+  for (const ScEng::FormatReport& format : ScEng::ListFormats()) {
+    if (!format.writes) continue;
+    for (const std::string& ending : format.endings) patterns.append(QStringLiteral("*") + ending.c_str());
+  }
+  return PanelWindow::tr("Image files (%1)").arg(patterns.join(QLatin1Char(' ')));
+}
+
+unsigned FindOutplug(const Node& node, const std::string& name) {
+  const std::vector<PlugRecord>& plugs = node.GetOutplugs();
+  const auto found = std::find_if(plugs.begin(), plugs.end(), [&](const PlugRecord& p) { return p.name == name; });
+  return found == plugs.end() ? 0 : static_cast<unsigned>(found - plugs.begin());
 }
 
 }  // namespace
@@ -59,6 +70,8 @@ PanelWindow::~PanelWindow() { request_.node->RemoveObserver(this); }
 
 void PanelWindow::OnNodeChanged(Node&) { timer_.start(); }
 
+// ---- The parts ----
+
 QWidget* PanelWindow::MakePanel() {
   auto* area = new QScrollArea(this);
   area->setFrameShape(QFrame::NoFrame);
@@ -74,10 +87,11 @@ QWidget* PanelWindow::MakePanel() {
   area->setWidget(panel);
   const auto* attributes = qobject_cast<QNodeAttributesWidget*>(panel);
   stack_ = attributes != nullptr ? attributes->GetUndoStack() : QNodeAttributesWidget::GetDefaultUndoStack();
-  constexpr int kLeast = 560;
+  constexpr int kLeast = 620;
   constexpr int kMost = 900;
+  constexpr int kViewWidth = 620;
   const int height = panel->sizeHint().height();
-  resize(kPanelWidth + kLeast, std::clamp(height, kLeast, kMost));
+  resize(kPanelWidth + kViewWidth, std::clamp(height, kLeast, kMost));
   return area;
 }
 
@@ -85,73 +99,179 @@ QWidget* PanelWindow::MakeView() {
   auto* view = new QWidget(this);
   auto* layout = new QVBoxLayout(view);
   layout->setContentsMargins(kGap, kGap, 0, kGap);
-  layout->setSpacing(kGap);
-  auto* bar = new QHBoxLayout;
-  bar->setSpacing(kGap / 2);
-  outputs_ = new QComboBox(view);
+  layout->setSpacing(kGap / 2);
+  layout->addWidget(MakeBar(view));
+  viewer_ = new ScEng::ViewerWidget(view);
+  viewer_->setObjectName(QStringLiteral("viewer"));
+  layout->addWidget(viewer_, 1);
+  command_ = new QLineEdit(view);
+  command_->setObjectName(QStringLiteral("command"));
+  command_->setAccessibleName(tr("Command"));
+  command_->setToolTip(tr("The command that makes this image"));
+  command_->setReadOnly(true);
+  command_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  command_->setStyle(QNodeAttributesWidget::GetPanelStyle());
+  command_->hide();
+  layout->addWidget(command_);
+  return view;
+}
+
+QWidget* PanelWindow::MakeBar(QWidget* view) {
+  auto* bar = new QWidget(view);
+  auto* layout = new QHBoxLayout(bar);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(kGap / 2);
+  outputs_ = new QComboBox(bar);
   outputs_->setObjectName(QStringLiteral("outputs"));
-  outputs_->setToolTip(QStringLiteral("The output that is shown"));
-  outputs_->setAccessibleName(QStringLiteral("Output"));
+  outputs_->setToolTip(tr("The output that is shown"));
+  outputs_->setAccessibleName(tr("Output"));
+  outputs_->setStyle(QNodeAttributesWidget::GetPanelStyle());
   for (const unsigned outplug : request_.outplugs) {
     outputs_->addItem(QString::fromStdString(request_.node->GetOutplugAlias(outplug)), outplug);
   }
   outputs_->setVisible(outputs_->count() > 1);
   connect(outputs_, &QComboBox::currentIndexChanged, this, [this] { Evaluate(); });
-  bar->addWidget(outputs_);
-  before_ = new QPushButton(QStringLiteral("Before"), view);
-  before_->setObjectName(QStringLiteral("before"));
-  before_->setCheckable(true);
-  before_->setToolTip(QStringLiteral("Shows the image that goes in"));
-  before_->setVisible(request_.source != nullptr);
-  connect(before_, &QPushButton::toggled, this, [this] { Evaluate(); });
-  bar->addWidget(before_);
-  bar->addStretch(1);
-  const auto add_action = [&](const QString& text, const QString& name, QKeySequence::StandardKey key) {
-    auto* button = new QPushButton(text, view);
-    button->setObjectName(name);
-    button->setEnabled(false);
-    button->setToolTip(QKeySequence(key).toString(QKeySequence::NativeText));
-    bar->addWidget(button);
-    // The panel's own fields handle these keys; this is for when none of them has the focus.
-    auto* shortcut = new QShortcut(key, this);
-    connect(shortcut, &QShortcut::activated, button, &QPushButton::click);
-    return button;
-  };
-  QPushButton* undo = add_action(QStringLiteral("Undo"), QStringLiteral("undo"), QKeySequence::Undo);
-  QPushButton* redo = add_action(QStringLiteral("Redo"), QStringLiteral("redo"), QKeySequence::Redo);
+  layout->addWidget(outputs_);
+  save_ =
+      AddButton(bar, tr("Save image…"), QStringLiteral("save_image"), tr("Writes the image that is shown to a file"));
+  connect(save_, &QPushButton::clicked, this, [this] { AskForFile(); });
+  QPushButton* copy = AddButton(bar, tr("Copy as command"), QStringLiteral("copy_command"),
+                                tr("Copies the command that makes this image"));
+  connect(copy, &QPushButton::clicked, this, [this] { CopyCommand(); });
+  layout->addStretch(1);
+  QPushButton* undo = AddUndoButton(bar, tr("Undo"), QStringLiteral("undo"), QKeySequence::Undo);
+  QPushButton* redo = AddUndoButton(bar, tr("Redo"), QStringLiteral("redo"), QKeySequence::Redo);
   connect(undo, &QPushButton::clicked, stack_, &QUndoStack::undo);
   connect(redo, &QPushButton::clicked, stack_, &QUndoStack::redo);
   connect(stack_, &QUndoStack::canUndoChanged, undo, &QPushButton::setEnabled);
   connect(stack_, &QUndoStack::canRedoChanged, redo, &QPushButton::setEnabled);
-  layout->addLayout(bar);
-  preview_ = new Preview(view);
-  layout->addWidget(preview_, 1);
-  facts_ = new QLabel(view);
-  facts_->setObjectName(QStringLiteral("facts"));
-  facts_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  layout->addWidget(facts_);
-  for (QWidget* child : view->findChildren<QWidget*>()) child->setStyle(QNodeAttributesWidget::GetPanelStyle());
-  return view;
+  return bar;
 }
+
+QPushButton* PanelWindow::AddButton(QWidget* bar, const QString& text, const QString& name, const QString& tooltip) {
+  auto* button = new QPushButton(text, bar);
+  button->setObjectName(name);
+  button->setAccessibleName(text);
+  button->setToolTip(tooltip);
+  button->setStyle(QNodeAttributesWidget::GetPanelStyle());
+  button->setMinimumWidth(button->sizeHint().width() + kGap);
+  bar->layout()->addWidget(button);
+  return button;
+}
+
+QPushButton* PanelWindow::AddUndoButton(QWidget* bar, const QString& text, const QString& name,
+                                        QKeySequence::StandardKey key) {
+  QPushButton* button = AddButton(bar, text, name, QKeySequence(key).toString(QKeySequence::NativeText));
+  button->setEnabled(false);
+  // The panel's own fields handle these keys; this is for when none of them has the focus.
+  auto* shortcut = new QShortcut(key, this);
+  connect(shortcut, &QShortcut::activated, button, &QPushButton::click);
+  return button;
+}
+
+// ---- Evaluation ----
 
 unsigned PanelWindow::GetOutplug() const { return outputs_->currentIndex() < 0 ? 0 : outputs_->currentData().toUInt(); }
 
 void PanelWindow::Evaluate() {
-  Node& node = before_->isChecked() && request_.source != nullptr ? *request_.source : *request_.node;
-  const unsigned outplug = &node == request_.node ? GetOutplug() : 0;
+  ScEng::ViewerContent content;
+  save_->setEnabled(false);
+  ShowCommand();
   if (request_.outplugs.empty()) {
-    preview_->Show({}, QStringLiteral("This node makes no image."));
-    return;
+    content.message = tr("This node makes no image.");
+    return viewer_->SetContent(content);
   }
+  Node& node = *request_.node;
+  const unsigned outplug = GetOutplug();
   const ScEng::RunReport report = request_.document->Evaluate(node, outplug);
   const Image* image = node.GetOutputImage(outplug);
   if (image == nullptr || node.IsInError()) {
-    const std::string message =
-        report.findings.errors.empty() ? "The node has no image to show." : report.findings.errors.front();
-    preview_->Show({}, QString::fromStdString(message));
-    facts_->clear();
+    content.message = report.findings.errors.empty() ? tr("The node has no image to show.")
+                                                     : QString::fromStdString(report.findings.errors.front());
+    return viewer_->SetContent(content);
+  }
+  content.image = ScEng::ViewImage::Make(*image);
+  AddSources(content);
+  FixRange(*image, sources_.empty() ? nullptr : sources_.front().image.Get());
+  viewer_->SetContent(content);
+  save_->setEnabled(true);
+}
+
+void PanelWindow::AddSources(ScEng::ViewerContent& content) {
+  const std::string id = request_.document->GetId(*request_.node);
+  std::vector<Source> sources;
+  for (const ScEng::DocumentConnection& connection : request_.document->GetConnections()) {
+    const std::size_t from_dot = connection.from.rfind('.');
+    const std::size_t to_dot = connection.to.rfind('.');
+    if (connection.to.substr(0, to_dot) != id) continue;
+    const Node* source = request_.document->FindNode(connection.from.substr(0, from_dot));
+    if (source == nullptr) continue;
+    Image* image = source->GetOutputImage(FindOutplug(*source, connection.from.substr(from_dot + 1)));
+    if (image == nullptr) continue;
+    // What has not changed is not copied again.
+    const auto known =
+        std::find_if(sources_.begin(), sources_.end(), [&](const Source& own) { return own.image.Get() == image; });
+    sources.push_back(known != sources_.end() ? *known : Source{ImagePtr(image), ScEng::ViewImage::Make(*image)});
+    QString name = QString::fromStdString(connection.to.substr(to_dot + 1));
+    if (connection.index > 0) name += QStringLiteral(" %1").arg(connection.index + 1);
+    content.inputs.emplace_back(name, sources.back().view);
+  }
+  sources_ = std::move(sources);
+  if (!sources_.empty()) content.before = sources_.front().view;
+}
+
+void PanelWindow::FixRange(const Image& result, const Image* source) {
+  const auto outplug = static_cast<int>(GetOutplug());
+  if (fixed_outplug_ == outplug) return;
+  fixed_outplug_ = outplug;
+  ScEng::Look look = viewer_->GetLook();
+  look.range = ScEng::RangeSource::kCustom;
+  look.custom = ChooseFixedRange(result, source);
+  viewer_->SetLook(look);
+}
+
+// ---- Saving and copying ----
+
+ScEng::Status PanelWindow::SaveImage(const std::filesystem::path& file, std::vector<std::string>& notes) const {
+  const Image* image = request_.outplugs.empty() ? nullptr : request_.node->GetOutputImage(GetOutplug());
+  if (image == nullptr) return ScEng::Status::Error("there is no image to save");
+  return ScEng::WriteImageFile(*image, file, ScEng::WriteOptions(), notes);
+}
+
+void PanelWindow::AskForFile() {
+  const QString file = QFileDialog::getSaveFileName(this, tr("Save image"), QString(), MakeFileFilter());
+  if (file.isEmpty()) return;
+  std::vector<std::string> notes;
+  const ScEng::Status status = SaveImage(file.toStdString(), notes);
+  if (status.IsError()) {
+    QMessageBox::warning(this, tr("Save image"), QString::fromStdString(status.GetMessage()));
     return;
   }
-  preview_->Show(DrawImage(*image, kMostPixels), QString());
-  facts_->setText(Describe(*image));
+  QStringList lines;
+  for (const std::string& note : notes) lines.append(QString::fromStdString(note));
+  if (!lines.isEmpty()) QMessageBox::information(this, tr("Save image"), lines.join(QLatin1Char('\n')));
+}
+
+std::string PanelWindow::GetCommand() const {
+  ApplyLine line;
+  line.name = ScEng::AskGuarded("GetName", std::string(), [&] { return request_.descriptor->GetName(); });
+  line.inputs = request_.inputs;
+  line.range = request_.range;
+  const unsigned outplug = GetOutplug();
+  if (!request_.outplugs.empty() && outplug != request_.outplugs.front()) {
+    line.outplug = request_.node->GetOutplugs()[outplug].name;
+  }
+  return MakeApplyLine(line, *request_.node);
+}
+
+void PanelWindow::CopyCommand() {
+  command_->show();
+  ShowCommand();
+  QApplication::clipboard()->setText(command_->text());
+}
+
+void PanelWindow::ShowCommand() {
+  if (command_->isHidden()) return;
+  command_->setText(QString::fromStdString(GetCommand()));
+  command_->setCursorPosition(0);
 }

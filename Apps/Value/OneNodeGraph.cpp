@@ -62,6 +62,15 @@ std::vector<PlugRecord> OneNodeGraph::GetImagePlugs(const std::vector<PlugRecord
   return images;
 }
 
+std::vector<std::string> OneNodeGraph::NameInputs() const {
+  if (!inputs_.empty()) return inputs_;
+  std::vector<std::string> names;
+  for (const PlugRecord& plug : GetImagePlugs(node_->GetInplugs(), node_->GetNumRegularInputs())) {
+    names.push_back(plug.name + ".exr");
+  }
+  return names;
+}
+
 std::string OneNodeGraph::FindNodeName(const ScEng::NodeCatalog& catalog) {
   std::string name = JoinWords(words_);
   for (auto it = inputs_.begin(); name.empty() && it != inputs_.end(); ++it) {

@@ -32,6 +32,10 @@ class OneNodeGraph {
   [[nodiscard]] std::string FindNodeName(const ScEng::NodeCatalog& catalog);
   [[nodiscard]] bool HasInputs() const { return !inputs_.empty(); }
   [[nodiscard]] bool HasRange() const { return range_.has_value(); }
+  /// The range as it was written; empty for none.
+  [[nodiscard]] std::string GetRange() const { return range_.value_or(""); }
+  /// The input files as they were written. Where none are given, a file to be filled in for each input.
+  [[nodiscard]] std::vector<std::string> NameInputs() const;
 
   /// Adds the node and sets its attributes. Messages name it by its display name.
   ScEng::Status AddNode(ScEng::GraphDocument& document, const NodeInterface& descriptor,

@@ -62,8 +62,8 @@ class PanelCommand : public Command {
     for (unsigned i = 0; i < outplugs.size(); ++i) {
       if (outplugs[i].type == PlugType::kImage) request.outplugs.push_back(i);
     }
-    // Whoever was added after the node itself feeds it, the first input first.
-    if (document.GetIds().size() > 1) request.source = document.FindNode(document.GetIds()[1]);
+    request.inputs = graph_.NameInputs();
+    request.range = graph_.GetRange();
 
     // A file that cannot be read is an error of the command. What the node itself reports is shown in the window too,
     // since another value may put it right.

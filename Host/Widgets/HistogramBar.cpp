@@ -36,6 +36,7 @@ class HistogramBar::Implementation {
     logarithmic_->setAccessibleName(tr("Logarithmic histogram"));
     logarithmic_->setToolTip(tr("Shows rare values beside frequent ones"));
     logarithmic_->setCheckable(true);
+    logarithmic_->setFixedWidth(logarithmic_->fontMetrics().horizontalAdvance(logarithmic_->text()) + 24);
     layout->addWidget(mode_);
     layout->addWidget(low_);
     layout->addWidget(plot_, 1);

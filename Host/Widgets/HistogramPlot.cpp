@@ -100,7 +100,7 @@ HistogramPlot::HistogramPlot(QWidget* parent)
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-QSize HistogramPlot::sizeHint() const { return {280, 3 * fontMetrics().height() + kHandleHeight + kStripHeight}; }
+QSize HistogramPlot::sizeHint() const { return {280, 4 * fontMetrics().height() + kHandleHeight + kStripHeight}; }
 
 QSize HistogramPlot::minimumSizeHint() const { return {96, sizeHint().height()}; }
 

@@ -18,6 +18,9 @@ constexpr int kSpacing = 2;
 constexpr int kGap = 9;
 
 int GetPadding(const QWidget& widget) { return widget.fontMetrics().height() / 3; }
+bool HasMenu(const QToolButton& button) {
+  return button.defaultAction() != nullptr && button.defaultAction()->menu() != nullptr;
+}
 int GetIconSize(const QWidget& widget) { return widget.fontMetrics().height() + 2; }
 
 }  // namespace
@@ -26,7 +29,6 @@ int GetIconSize(const QWidget& widget) { return widget.fontMetrics().height() + 
 
 ToolRowButton::ToolRowButton(QWidget* parent) : QToolButton(parent) {
   setFocusPolicy(Qt::TabFocus);
-  setPopupMode(QToolButton::InstantPopup);
   setAttribute(Qt::WA_Hover);
 }
 
@@ -35,7 +37,7 @@ QSize ToolRowButton::sizeHint() const {
   int width = 2 * padding;
   if (toolButtonStyle() != Qt::ToolButtonTextOnly) width += GetIconSize(*this);
   if (toolButtonStyle() == Qt::ToolButtonTextOnly) width += fontMetrics().horizontalAdvance(text()) + padding;
-  if (menu() != nullptr) width += fontMetrics().height() * 2 / 3;
+  if (HasMenu(*this)) width += fontMetrics().height() * 2 / 3;
   return {width, GetIconSize(*this) + 2 * padding};
 }
 
@@ -57,7 +59,7 @@ void ToolRowButton::paintEvent(QPaintEvent*) {
   const int padding = GetPadding(*this);
   const auto group = isEnabled() ? QPalette::Active : QPalette::Disabled;
   QRect content = rect().adjusted(padding, padding, -padding, -padding);
-  if (menu() != nullptr) {
+  if (HasMenu(*this)) {
     const int width = fontMetrics().height() * 2 / 3;
     DrawChevron(painter, QPointF(content.right() - width / 2.0 + 2.0, rect().center().y() + 1.0), 6.0, true,
                 palette().color(group, QPalette::ButtonText));
@@ -92,6 +94,7 @@ ToolRow::ToolRow(QWidget* parent) : QWidget(parent), more_(new ToolRowButton(thi
 ToolRowButton* ToolRow::Add(QAction* action) {
   auto* button = new ToolRowButton(this);
   button->setDefaultAction(action);
+  button->setPopupMode(QToolButton::InstantPopup);
   button->setObjectName(action->objectName());
   button->setAccessibleName(action->text());
   if (action->icon().isNull()) button->setToolButtonStyle(Qt::ToolButtonTextOnly);

@@ -70,6 +70,10 @@ QString FormatGround(const Image& image, const QPointF& place) {
 
 bool HasGround(const Image& image) { return FindTransform(image) != nullptr; }
 
-QString FormatZoom(double zoom) { return QString::number(zoom * 100.0, 'g', 4) + QStringLiteral(" %"); }
+QString FormatZoom(double zoom) {
+  const double percent = zoom * 100.0;
+  const QString number = percent < 100.0 ? QString::number(percent, 'g', 3) : QString::number(percent, 'f', 0);
+  return number + QStringLiteral(" %");
+}
 
 }  // namespace ScEng
