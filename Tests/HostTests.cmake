@@ -406,3 +406,13 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapTextTest.cpp"
   DEPENDS CLI11::CLI11 ValueHost::Files ValueHost::Nodes ValueHost::Tools nlohmann_json::nlohmann_json)
+
+value_add_test(HostViewingTests
+  SOURCES
+    "${host}/Viewing/ContourLinesTest.cpp"
+    "${host}/Viewing/DrawViewTest.cpp"
+    "${host}/Viewing/LookTest.cpp"
+    "${host}/Viewing/ProbeTest.cpp"
+    "${host}/Viewing/ReliefTest.cpp"
+    "${host}/Viewing/ViewImageTest.cpp"
+  DEPENDS ValueHost::Viewing)
