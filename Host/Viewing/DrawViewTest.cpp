@@ -248,7 +248,7 @@ TEST(DrawView, DrawsNothingByTransformsThatAreNone) {
   const auto view = MakeView(1, 1, ColorMode::kValue, {1});
   const double nan = std::nan("");
   for (const ViewTransform& transform :
-       {ViewTransform{nan, 0, 1}, {0, nan, 1}, {0, 0, nan}, {0, 0, 0}, {0, 0, -1}, {1e300, 0, 1}, {0, 0, 1e-320}}) {
+       {ViewTransform{nan, 0, 1}, {0, nan, 1}, {0, 0, nan}, {0, 0, 0}, {1, 0, -1}, {1e300, 0, 1}, {0, 0, 1e-320}}) {
     EXPECT_EQ(DrawnPicture(*view, {}, transform, 2, 1).GetRow(0), std::vector<Drawn>(2, kNothing)) << transform.zoom;
   }
 }

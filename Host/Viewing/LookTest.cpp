@@ -53,7 +53,7 @@ TEST(Ramps, GrowLighterByEqualSteps) {
     EXPECT_GT(high - low, 70.0) << ramp;
     for (int i = 0; i < 256; ++i) {
       // The rounding to 8 bits and colors that a screen does not have take less than this.
-      EXPECT_NEAR(GetLightness(GetRampColor(ramp, i / 255.0)), low + (high - low) * i / 255.0, 1.5) << ramp << " " << i;
+      EXPECT_NEAR(GetLightness(GetRampColor(ramp, i / 255.0)), low + (high - low) * i / 255.0, 1.0) << ramp << " " << i;
     }
   }
 }
