@@ -421,3 +421,13 @@ value_add_test(EditorDocksTests
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)
+
+value_add_test(HostViewingTests
+  SOURCES
+    "${host}/Viewing/ContourLinesTest.cpp"
+    "${host}/Viewing/DrawViewTest.cpp"
+    "${host}/Viewing/LookTest.cpp"
+    "${host}/Viewing/ProbeTest.cpp"
+    "${host}/Viewing/ReliefTest.cpp"
+    "${host}/Viewing/ViewImageTest.cpp"
+  DEPENDS ValueHost::Viewing)

@@ -21,6 +21,7 @@ namespace {
 
 /// The level of which a drawn pixel covers one to two pixels each way.
 int ChooseLevel(const ViewImage& image, double zoom) {
+  if (!(zoom > 0.0)) return 0;
   const double last = image.GetNumLevels() - 1;
   return static_cast<int>(std::clamp(std::floor(-std::log2(zoom)), 0.0, last));
 }

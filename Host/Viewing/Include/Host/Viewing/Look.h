@@ -59,11 +59,11 @@ struct ReliefLight {
 struct Look {
   RangeSource range = RangeSource::kDeclared;
   /// Of `RangeSource::kCustom`.
-  ValueRange custom;
+  ValueRange custom = {};
   Shading shading = Shading::kPlain;
   /// A name of `GetRampNames`.
   std::string ramp = "viridis";
-  ReliefLight light;
+  ReliefLight light = {};
   ShownChannels channels = ShownChannels::kAll;
   bool contours = false;
   /// The step of value from one contour to the next; 0 is a tenth of the range shown.
