@@ -11,7 +11,7 @@ if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
   export XDG_RUNTIME_DIR
   trap 'rm -rf "$XDG_RUNTIME_DIR"' EXIT
 fi
-for graph in Examples/*.json; do
+for graph in Examples/*.json Examples/Editor/*.json; do
   echo "  value run $graph"
   "$bin/value" run "$graph" --quiet
 done
@@ -130,3 +130,23 @@ sheet example_scree --columns 4 \
   "filled, lit=out/scree_after.png" \
   "filled: heights=out/scree_filled.exr" \
   "scree: where it lies=out/scree_mask.png"
+
+# The pictures of Docs/Editor.
+sheet job_splat_masks --columns 4 \
+  "$terrain" \
+  "sand=out/editor_sand.png" \
+  "grass=out/editor_grass.png" \
+  "rock=out/editor_rock.png"
+sheet job_lettering --columns 3 --side 400 \
+  "mask=Examples/Images/lettering.png" \
+  "lit=out/editor_lettering.png" \
+  "stone_lit=out/editor_stone.png"
+sheet job_two_versions --columns 4 \
+  "before=Examples/Images/terrain.exr" \
+  "after=Examples/Images/terrain_edited.exr" \
+  "filled=out/editor_filled.png" \
+  "dug=out/editor_dug.png"
+sheet job_roads --columns 3 \
+  "roads=Examples/Images/roads.png" \
+  "height, lit=out/roads_before.png" \
+  "graded, lit, with the roads=out/roads_view.png"

@@ -18,7 +18,7 @@ import OpenImageIO as oiio
 
 def results_of(folder):
     names = {path.name for path in Path(folder).iterdir() if path.suffix in (".exr", ".png", ".tif")}
-    return {name for name in names if not name.startswith(("contact_sheet", "example_"))}
+    return {name for name in names if not name.startswith(("contact_sheet", "example_", "job_"))}
 
 
 def read(path):
