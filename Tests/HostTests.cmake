@@ -406,3 +406,18 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapTextTest.cpp"
   DEPENDS CLI11::CLI11 ValueHost::Files ValueHost::Nodes ValueHost::Tools nlohmann_json::nlohmann_json)
+
+# The canvas of the editor.
+set(canvas "${PROJECT_SOURCE_DIR}/Apps/Editor/Canvas")
+value_add_test(CanvasTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${canvas}/CanvasMouseTest.cpp"
+  DEPENDS ValueEditorParts Qt6::Test
+  ENVIRONMENT ${widget_test_environment})
+set_target_properties(CanvasTests PROPERTIES AUTOMOC ON)
+# How fast it is: a program that prints times.
+add_executable(CanvasBench EXCLUDE_FROM_ALL "${canvas}/CanvasBench.cpp")
+target_link_libraries(CanvasBench PRIVATE ValueEditorParts ValueBuild)
+target_compile_definitions(CanvasBench PRIVATE VALUE_LIBRARY_FILE="$<TARGET_FILE:Value>")
+set_target_properties(CanvasBench PROPERTIES OUTPUT_NAME value-canvas-bench)
