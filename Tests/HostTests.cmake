@@ -431,3 +431,18 @@ value_add_test(HostViewingTests
     "${host}/Viewing/ReliefTest.cpp"
     "${host}/Viewing/ViewImageTest.cpp"
   DEPENDS ValueHost::Viewing)
+
+# The canvas of the editor.
+set(canvas "${PROJECT_SOURCE_DIR}/Apps/Editor/Canvas")
+value_add_test(CanvasTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${canvas}/CanvasMouseTest.cpp"
+  DEPENDS ValueEditorParts Qt6::Test
+  ENVIRONMENT ${widget_test_environment})
+set_target_properties(CanvasTests PROPERTIES AUTOMOC ON)
+# How fast it is: a program that prints times.
+add_executable(CanvasBench EXCLUDE_FROM_ALL "${canvas}/CanvasBench.cpp")
+target_link_libraries(CanvasBench PRIVATE ValueEditorParts ValueBuild)
+target_compile_definitions(CanvasBench PRIVATE VALUE_LIBRARY_FILE="$<TARGET_FILE:Value>")
+set_target_properties(CanvasBench PROPERTIES OUTPUT_NAME value-canvas-bench)

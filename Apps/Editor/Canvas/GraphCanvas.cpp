@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Apps/Editor/Canvas/GraphCanvas.h"
+
+#include <QAccessible>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QMenu>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "Apps/Editor/Canvas/CanvasActions.h"
+#include "Apps/Editor/Canvas/GraphView.h"
+#include "Apps/Editor/Canvas/InlineEditors.h"
+#include "Apps/Editor/Canvas/Minimap.h"
+#include "Apps/Editor/Canvas/NodeSearchPopup.h"
+
+GraphCanvas::GraphCanvas(ScEng::EditSession& session, std::shared_ptr<const ScEng::NodeCatalog> catalog,
+                         QWidget* parent)
+    : QWidget(parent),
+      session_(session),
+      types_(std::move(catalog)),
+      scene_(std::make_unique<GraphScene>(session, types_, palette())),
+      commands_(std::make_unique<CanvasCommands>(*scene_)),
+      view_(new GraphView(*scene_, *commands_, this)),
+      map_(new Minimap(*view_)),
+      search_(new NodeSearchPopup(types_, usage_, this)) {
+  setObjectName(QStringLiteral("canvas"));
+  setAccessibleName(tr("Canvas"));
+  view_->setAccessibleName(tr("Graph of nodes"));
+  setFocusProxy(view_);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(view_);
+  actions_ = std::make_unique<CanvasActions>(*this);
+  constexpr int kViewDelay = 400;
+  view_timer_.setSingleShot(true);
+  view_timer_.setInterval(kViewDelay);
+  Connect();
+  DescribeSelection();
+}
+
+GraphCanvas::~GraphCanvas() {
+  // The view goes before the scene that it shows.
+  delete search_;
+  delete view_;
+}
+
+void GraphCanvas::Connect() {
+  connect(commands_.get(), &CanvasCommands::Failed, this, &GraphCanvas::Failed);
+  connect(commands_.get(), &CanvasCommands::Added, this,
+          [this](const std::string& type_name) { usage_.Count(type_name); });
+  connect(scene_.get(), &QGraphicsScene::selectionChanged, this, [this] {
+    DescribeSelection();
+    emit SelectionChanged();
+  });
+  connect(view_, &GraphView::ViewChanged, this, [this] {
+    scene_->SetPlaceForNew(view_->GetCenter());
+    if (is_view_known_) view_timer_.start();
+  });
+  connect(&view_timer_, &QTimer::timeout, this, &GraphCanvas::StoreView);
+  connect(view_, &GraphView::ShowRequested, this, [this](const QString& plug) {
+    SetShown(plug);
+    emit ShowRequested(plug);
+  });
+  connect(view_, &GraphView::AddRequested, this, &GraphCanvas::OpenSearchAt);
+  connect(view_, &GraphView::ChoiceRequested, this, &GraphCanvas::ChoosePlug);
+  connect(view_, &GraphView::MenuRequested, this, &GraphCanvas::OpenMenu);
+  connect(view_, &GraphView::FrameTitleRequested, this, &GraphCanvas::EditFrameTitle);
+  connect(view_, &GraphView::WireDoubleClicked, this, &GraphCanvas::AddReroute);
+  connect(view_, &GraphView::FilesDropped, this, &GraphCanvas::TakeFiles);
+  connect(search_, &NodeSearchPopup::Chosen, this, [this](const TypeInfo* type) {
+    commands_->Add(*type, search_place_, search_wiring_);
+    view_->setFocus();
+  });
+}
+
+bool GraphCanvas::event(QEvent* event) {
+  const bool is_shown_first = event->type() == QEvent::Show && !is_view_known_;
+  const bool done = QWidget::event(event);
+  // Only now is it known how large the view is.
+  if (is_shown_first) RestoreView();
+  return done;
+}
+
+// ---- What is shown ----
+
+void GraphCanvas::SetFacts(const std::vector<ScEng::NodeFacts>& facts) { scene_->SetFacts(facts); }
+
+void GraphCanvas::SetRunning(const QString& id, double fraction) { scene_->SetRunning(id.toStdString(), fraction); }
+
+void GraphCanvas::SetShown(const QString& plug) {
+  if (plug == GetShown()) return;
+  scene_->SetShown(plug.toStdString());
+  StoreView();
+}
+
+QString GraphCanvas::GetShown() const { return QString::fromStdString(scene_->GetShown()); }
+
+void GraphCanvas::RestoreView() {
+  view_->resize(size());
+  map_->Place();
+  const auto& view = session_.GetDocument().GetView();
+  if (view && view->zoom) view_->SetZoom(*view->zoom, view_->viewport()->rect().center());
+  if (view && view->center) {
+    view_->SetCenter({view->center->x, view->center->y});
+  } else {
+    ZoomToAll();
+  }
+  is_view_known_ = true;
+}
+
+void GraphCanvas::StoreView() {
+  view_timer_.stop();
+  ScEng::DocumentView view;
+  if (is_view_known_) {
+    const QPointF center = view_->GetCenter();
+    view.center = ScEng::Point{std::round(center.x()), std::round(center.y())};
+    view.zoom = std::round(view_->GetZoom() * 1000.0) / 1000.0;
+  } else if (session_.GetDocument().GetView()) {
+    view = *session_.GetDocument().GetView();
+  }
+  view.shown = scene_->GetShown();
+  const ScEng::Status status = session_.SetView(view);
+  if (status.IsError()) emit Failed(QString::fromStdString(status.GetMessage()));
+}
+
+// ---- Selection ----
+
+QStringList GraphCanvas::GetSelection() const {
+  QStringList ids;
+  for (const std::string& id : scene_->GetSelectedIds()) ids << QString::fromStdString(id);
+  return ids;
+}
+
+void GraphCanvas::Select(const QStringList& ids) {
+  std::vector<std::string> selected;
+  for (const QString& id : ids) selected.push_back(id.toStdString());
+  scene_->SelectIds(selected);
+}
+
+void GraphCanvas::CenterOn(const QString& id) {
+  if (const NodeItem* item = scene_->FindNode(id.toStdString())) view_->SetCenter(item->GetBody().center());
+}
+
+void GraphCanvas::ZoomToAll() { view_->ZoomTo(scene_->GetExtent()); }
+
+void GraphCanvas::ZoomToSelection() {
+  QRectF extent;
+  for (const std::string& id : scene_->GetSelectedIds()) extent |= scene_->FindNode(id)->GetBody();
+  view_->ZoomTo(extent.isEmpty() ? scene_->GetExtent() : extent);
+}
+
+void GraphCanvas::DescribeSelection() {
+  const QStringList ids = GetSelection();
+  constexpr qsizetype kMostNamed = 6;
+  QString text = tr("%n node(s) selected", nullptr, static_cast<int>(ids.size()));
+  if (!ids.isEmpty() && ids.size() <= kMostNamed) text += QStringLiteral(": ") + ids.join(QStringLiteral(", "));
+  view_->setAccessibleDescription(text);
+  QAccessibleEvent event(view_, QAccessible::DescriptionChanged);
+  QAccessible::updateAccessibility(&event);
+}
+
+QList<QAction*> GraphCanvas::GetActions() const { return actions_->GetAll(); }
+
+// ---- Adding ----
+
+void GraphCanvas::OpenSearch() { OpenSearchAt(view_->GetCenter(), {}); }
+
+void GraphCanvas::AddNode(const QString& type_name) {
+  const TypeInfo* type = types_.FindName(type_name.toStdString());
+  if (type == nullptr) {
+    emit Failed(tr("There is no node type \"%1\".").arg(type_name));
+    return;
+  }
+  commands_->Add(*type, scene_->FindFreePlace(view_->GetCenter()), {});
+}
+
+void GraphCanvas::OpenSearchAt(const QPointF& place, const NewNodeWiring& wiring) {
+  search_place_ = place;
+  search_wiring_ = wiring;
+  NodeSearchPopup::Filter filter;
+  if (wiring.plug && wiring.plug->type != PlugType::kNone) {
+    const PlugRef plug = *wiring.plug;
+    filter = [plug](const TypeInfo& type) { return plug.is_input ? type.Gives(plug.type) : type.Takes(plug.type); };
+  } else if (wiring.connection) {
+    const WireItem* wire = scene_->FindWire(*wiring.connection);
+    const unsigned kind = wire == nullptr ? PlugType::kImage : wire->GetKind();
+    filter = [kind](const TypeInfo& type) { return type.Passes(kind); };
+  }
+  search_->Open(view_->viewport()->mapToGlobal(view_->mapFromScene(place)), std::move(filter));
+}
+
+void GraphCanvas::AddReroute(const ScEng::DocumentConnection& connection, const QPointF& place) {
+  const TypeInfo* reroute = types_.FindName("ImageRerouteNode");
+  const WireItem* wire = scene_->FindWire(connection);
+  if (reroute == nullptr || wire == nullptr || !reroute->Passes(wire->GetKind())) {
+    OpenSearchAt(place, {std::nullopt, connection});
+    return;
+  }
+  commands_->Add(*reroute, place - QPointF(14, 10), {std::nullopt, connection});
+}
+
+void GraphCanvas::ChoosePlug(const PlugRef& fixed, const std::string& node,
+                             const std::optional<ScEng::DocumentConnection>& replaced) {
+  const NodeItem* item = scene_->FindNode(node);
+  if (item == nullptr) return;
+  const NodeFace& face = item->GetFace();
+  std::vector<PlugFace> rows = fixed.is_input ? face.outputs : face.inputs;
+  if (!fixed.is_input) {
+    for (PlugFace& row : ListFreeAttributes(session_.GetDocument(), types_, face, fixed.type)) rows.push_back(row);
+  }
+  std::erase_if(rows, [&](const PlugFace& row) { return row.type != fixed.type && row.type != PlugType::kNone; });
+  std::vector<PlugFace> free;
+  for (const PlugFace& row : rows) {
+    if (fixed.is_input || !row.is_connected) free.push_back(row);
+  }
+  const auto take = [this, fixed, node, replaced](const PlugFace& row) {
+    commands_->Connect(fixed, {node, row.name, row.index, row.type, !fixed.is_input}, replaced);
+  };
+  if (rows.empty()) {
+    emit Failed(fixed.is_input ? tr("\"%1\" has no output that fits.").arg(face.title)
+                               : tr("\"%1\" has no input that fits.").arg(face.title));
+  } else if (free.size() == 1) {
+    take(free.front());
+  } else if (rows.size() == 1) {
+    take(rows.front());
+  } else {
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setObjectName(QStringLiteral("canvas.plugs"));
+    for (const PlugFace& row : rows) connect(menu->addAction(row.label), &QAction::triggered, this, [=] { take(row); });
+    menu->popup(QCursor::pos());
+  }
+}
+
+void GraphCanvas::TakeFiles(const QStringList& files, const QPointF& place) {
+  QStringList images;
+  for (const QString& file : files) {
+    const QString ending = QFileInfo(file).suffix().toLower();
+    if (ending == QLatin1String("json")) {
+      emit OpenRequested(file);
+    } else {
+      images << file;
+    }
+  }
+  if (!images.isEmpty()) commands_->AddReaders(images, place);
+}
+
+// ---- Menus and fields ----
+
+void GraphCanvas::OpenMenu(const QPoint& global, const QPointF& place) {
+  auto* menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->setObjectName(QStringLiteral("canvas.menu"));
+  for (const WireItem* wire : scene_->GetAllWires()) {
+    if (!wire->isSelected()) continue;
+    const ScEng::DocumentConnection connection = wire->GetConnection();
+    connect(menu->addAction(tr("Insert Node…")), &QAction::triggered, this, [this, connection, place] {
+      OpenSearchAt(place, {std::nullopt, connection});
+    });
+    if (types_.FindName("ImageRerouteNode") != nullptr) {
+      connect(menu->addAction(tr("Insert Reroute Point")), &QAction::triggered, this,
+              [this, connection, place] { AddReroute(connection, place); });
+    }
+    menu->addSeparator();
+    break;
+  }
+  actions_->FillMenu(*menu);
+  menu->popup(global);
+}
+
+void GraphCanvas::ShowSelected() {
+  const std::vector<std::string> ids = scene_->GetSelectedIds();
+  if (!ids.empty()) view_->RequestShow(ids.front());
+}
+
+void GraphCanvas::RenameSelected() {
+  const std::vector<std::string> ids = scene_->GetSelectedIds();
+  if (ids.empty()) return;
+  const std::string id = ids.front();
+  const QRectF body = scene_->FindNode(id)->GetBody();
+  EditLineInPlace(view_, view_->ToViewport(QRectF(body.topLeft(), QSizeF(body.width(), 26))), tr("Name of the node"),
+                  QString::fromStdString(id), [this, id](const QString& now) { commands_->Rename(id, now); });
+}
+
+void GraphCanvas::EditNote() {
+  const std::vector<std::string> ids = scene_->GetSelectedIds();
+  if (ids.empty()) return;
+  const std::string id = ids.front();
+  const QRectF body = scene_->FindNode(id)->GetBody();
+  const QString before = QString::fromStdString(session_.GetDocument().GetNote(id));
+  EditTextInPlace(view_, view_->ToViewport(QRectF(body.bottomLeft(), QSizeF(body.width(), 60))), tr("Note of the node"),
+                  before, [this, id](const QString& now) { commands_->SetNote(id, now); });
+}
+
+void GraphCanvas::EditFrameTitle(std::size_t index) {
+  if (index >= scene_->GetFrames().size()) return;
+  const FrameItem* frame = scene_->GetFrames()[index];
+  EditLineInPlace(view_, view_->ToViewport(frame->GetTitleBox()), tr("Title of the frame"),
+                  QString::fromStdString(frame->GetFrame().title),
+                  [this, index](const QString& now) { commands_->SetFrameTitle(index, now); });
+}

@@ -1,0 +1,294 @@
+// SPDX-License-Identifier: Apache-2.0
+// What mouse and keyboard do on the canvas.
+#include <QApplication>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QToolTip>
+#include <QUrl>
+#include <QWheelEvent>
+#include <algorithm>
+#include <cmath>
+
+#include "Apps/Editor/Canvas/GraphView.h"
+#include "Apps/Editor/Canvas/Neighbors.h"
+
+namespace {
+
+/// How near the pointer must be to a plug and to a wire, in pixels.
+constexpr double kPlugReach = 11.0;
+constexpr double kWireReach = 7.0;
+
+}  // namespace
+
+// ---- Mouse ----
+
+void GraphView::mousePressEvent(QMouseEvent* event) {
+  setFocus(Qt::MouseFocusReason);
+  press_ = event->pos();
+  has_moved_ = false;
+  if (event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && is_space_down_)) {
+    is_panning_ = true;
+    pan_from_ = event->pos();
+    viewport()->setCursor(Qt::ClosedHandCursor);
+  } else if (event->button() == Qt::LeftButton && !drag_) {
+    PressLeft(event);
+  }
+  event->accept();
+}
+
+void GraphView::PressLeft(QMouseEvent* event) {
+  const QPointF place = mapToScene(event->pos());
+  NodeItem* node = scene_.NodeAt(place);
+  if (node != nullptr && node->IsAtEye(place) && event->modifiers() == Qt::NoModifier) {
+    RequestShow(node->GetFace().id);
+    return;
+  }
+  drag_ = StartAt(place, event->modifiers());
+}
+
+std::unique_ptr<Drag> GraphView::StartAt(const QPointF& place, Qt::KeyboardModifiers modifiers) {
+  const bool extends = modifiers.testFlag(Qt::ShiftModifier);
+  const bool toggles = modifiers.testFlag(Qt::ControlModifier);
+  if (modifiers.testFlag(Qt::AltModifier)) return MakeLassoDrag(*this, place, extends);
+  if (!toggles) {
+    if (const auto plug = scene_.PlugAt(place, ToScene(kPlugReach))) return StartAtPlug(*plug, place);
+  }
+  if (NodeItem* node = scene_.NodeAt(place)) {
+    SelectItem(*node, extends, toggles);
+    return toggles ? nullptr : MakeMoveDrag(*this, place);
+  }
+  if (toggles) return MakeCutDrag(*this, place);
+  if (WireItem* wire = scene_.WireAt(place, ToScene(kWireReach))) return StartAtWire(*wire, place, extends);
+  if (FrameItem* frame = scene_.FrameAt(place)) {
+    SelectItem(*frame, extends, false);
+    return frame->GetGrip().contains(place) ? MakeResizeDrag(*this, *frame) : MakeMoveDrag(*this, place);
+  }
+  return MakeBoxDrag(*this, place, extends);
+}
+
+std::unique_ptr<Drag> GraphView::StartAtPlug(const PlugRef& plug, const QPointF& place) {
+  if (!plug.is_input) return MakeWireDrag(*this, plug, std::nullopt, place);
+  // The wire that is plugged in is picked up.
+  for (const WireItem* wire : scene_.GetWires(plug.node)) {
+    const ScEng::DocumentConnection connection = wire->GetConnection();
+    if (connection.to != plug.GetPlug() || connection.index != plug.index) continue;
+    const PlugRef from{GetNodeOfPlug(connection.from), GetNameOfPlug(connection.from), 0, wire->GetKind(), false};
+    return MakeWireDrag(*this, from, connection, place);
+  }
+  return MakeWireDrag(*this, plug, std::nullopt, place);
+}
+
+std::unique_ptr<Drag> GraphView::StartAtWire(WireItem& wire, const QPointF& place, bool extends) {
+  // Near its ends a wire is picked up, elsewhere it is selected.
+  const double reach = std::min(ToScene(34.0), QLineF(wire.GetStart(), wire.GetEnd()).length() / 4);
+  const ScEng::DocumentConnection connection = wire.GetConnection();
+  const PlugRef from{GetNodeOfPlug(connection.from), GetNameOfPlug(connection.from), 0, wire.GetKind(), false};
+  const PlugRef to{GetNodeOfPlug(connection.to), GetNameOfPlug(connection.to), connection.index, wire.GetKind(), true};
+  if (QLineF(place, wire.GetEnd()).length() < reach) return MakeWireDrag(*this, from, connection, place);
+  if (QLineF(place, wire.GetStart()).length() < reach) return MakeWireDrag(*this, to, connection, place);
+  SelectItem(wire, extends, false);
+  return nullptr;
+}
+
+void GraphView::SelectItem(QGraphicsItem& item, bool extends, bool toggles) {
+  if (toggles) {
+    item.setSelected(!item.isSelected());
+  } else if (!item.isSelected()) {
+    if (!extends) scene_.clearSelection();
+    item.setSelected(true);
+  }
+}
+
+void GraphView::mouseMoveEvent(QMouseEvent* event) {
+  if (is_panning_) {
+    PanBy(event->pos() - pan_from_);
+    pan_from_ = event->pos();
+    return;
+  }
+  const QPointF place = mapToScene(event->pos());
+  if (!drag_) {
+    Hover(place);
+    return;
+  }
+  // A hand that trembles while it clicks drags nothing.
+  has_moved_ = has_moved_ || (event->pos() - press_).manhattanLength() >= QApplication::startDragDistance() / 2;
+  if (!has_moved_) return;
+  drag_->Move(place);
+  viewport()->update();
+}
+
+void GraphView::mouseReleaseEvent(QMouseEvent* event) {
+  if (is_panning_) {
+    is_panning_ = false;
+    viewport()->setCursor(is_space_down_ ? Qt::OpenHandCursor : Qt::ArrowCursor);
+    return;
+  }
+  if (!drag_ || event->button() != Qt::LeftButton) return;
+  // What is finished may show a menu, during which no drag goes on.
+  const std::unique_ptr<Drag> drag = std::move(drag_);
+  const QPointF place = mapToScene(event->pos());
+  if (has_moved_) {
+    drag->Finish(place);
+  } else {
+    drag->Cancel();
+    const bool is_plain = event->modifiers() == Qt::NoModifier;
+    if (is_plain && !scene_.NodeAt(place) && !scene_.FrameAt(place)) scene_.clearSelection();
+  }
+  viewport()->update();
+}
+
+void GraphView::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
+  CancelDrag();
+  const QPointF place = mapToScene(event->pos());
+  if (NodeItem* node = scene_.NodeAt(place)) {
+    RequestShow(node->GetFace().id);
+  } else if (const WireItem* wire = scene_.WireAt(place, ToScene(kWireReach))) {
+    emit WireDoubleClicked(wire->GetConnection(), place);
+  } else if (const FrameItem* frame = scene_.FrameAt(place)) {
+    emit FrameTitleRequested(frame->GetIndex());
+  } else {
+    RequestAdd(place, {});
+  }
+}
+
+void GraphView::CancelDrag() {
+  if (!drag_) return;
+  drag_->Cancel();
+  drag_.reset();
+  viewport()->update();
+}
+
+void GraphView::wheelEvent(QWheelEvent* event) {
+  constexpr double kStep = 1.0015;
+  const int turn = event->angleDelta().y();
+  if (turn != 0) SetZoom(GetZoom() * std::pow(kStep, turn), event->position().toPoint());
+  event->accept();
+}
+
+void GraphView::Hover(const QPointF& place) {
+  const auto plug = GetZoom() < Detail::kNear ? std::nullopt : scene_.PlugAt(place, ToScene(kPlugReach));
+  const std::string node = plug ? plug->node : std::string();
+  if (node != hovered_) {
+    if (NodeItem* before = scene_.FindNode(hovered_)) before->SetHovered({});
+    hovered_ = node;
+  }
+  if (NodeItem* item = scene_.FindNode(node)) item->SetHovered(*plug);
+  if (is_space_down_) return;
+  viewport()->setCursor(plug ? Qt::CrossCursor : Qt::ArrowCursor);
+}
+
+bool GraphView::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) return ShowToolTip(static_cast<QHelpEvent*>(event));
+  return QGraphicsView::viewportEvent(event);
+}
+
+bool GraphView::ShowToolTip(QHelpEvent* event) {
+  const QPointF place = mapToScene(event->pos());
+  const auto plug = scene_.PlugAt(place, ToScene(kPlugReach));
+  const NodeItem* node = plug ? scene_.FindNode(plug->node) : scene_.NodeAt(place);
+  if (node == nullptr) {
+    QToolTip::hideText();
+  } else {
+    QToolTip::showText(event->globalPos(), node->GetToolTip(place), viewport());
+  }
+  return true;
+}
+
+void GraphView::contextMenuEvent(QContextMenuEvent* event) {
+  QPoint at = event->pos();
+  if (event->reason() == QContextMenuEvent::Keyboard) {
+    const std::vector<std::string> ids = scene_.GetSelectedIds();
+    at = ids.empty() ? viewport()->rect().center() : ToViewport(scene_.FindNode(ids.front())->GetBody()).center();
+  } else {
+    const QPointF place = mapToScene(at);
+    if (NodeItem* node = scene_.NodeAt(place)) {
+      SelectItem(*node, false, false);
+    } else if (WireItem* wire = scene_.WireAt(place, ToScene(kWireReach))) {
+      SelectItem(*wire, false, false);
+    } else if (FrameItem* frame = scene_.FrameAt(place)) {
+      SelectItem(*frame, false, false);
+    } else {
+      scene_.clearSelection();
+    }
+  }
+  emit MenuRequested(viewport()->mapToGlobal(at), mapToScene(at));
+  event->accept();
+}
+
+// ---- Keyboard ----
+
+void GraphView::keyPressEvent(QKeyEvent* event) {
+  const int key = event->key();
+  const bool is_plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  if (key == Qt::Key_Escape && drag_) {
+    CancelDrag();
+  } else if (key == Qt::Key_Escape && !scene_.selectedItems().isEmpty()) {
+    scene_.clearSelection();
+  } else if (key == Qt::Key_Space && is_plain) {
+    if (!event->isAutoRepeat() && !is_panning_) viewport()->setCursor(Qt::OpenHandCursor);
+    is_space_down_ = true;
+  } else if ((key == Qt::Key_Return || key == Qt::Key_Enter) && is_plain) {
+    const std::vector<std::string> ids = scene_.GetSelectedIds();
+    if (!ids.empty()) RequestShow(ids.front());
+  } else if (!is_plain || !MoveSelection(key)) {
+    event->ignore();
+  }
+}
+
+void GraphView::keyReleaseEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Space || event->isAutoRepeat()) return;
+  is_space_down_ = false;
+  if (!is_panning_) viewport()->setCursor(Qt::ArrowCursor);
+}
+
+void GraphView::focusOutEvent(QFocusEvent* event) {
+  is_space_down_ = false;
+  QGraphicsView::focusOutEvent(event);
+}
+
+bool GraphView::MoveSelection(int key) {
+  if (key != Qt::Key_Left && key != Qt::Key_Right && key != Qt::Key_Up && key != Qt::Key_Down) return false;
+  const std::vector<std::string> ids = scene_.GetSelectedIds();
+  const std::string next = ids.empty() ? FindFirst(scene_) : FindNeighbor(scene_, ids.front(), key);
+  if (next.empty()) return true;
+  scene_.SelectIds({next});
+  const QRectF body = scene_.FindNode(next)->GetBody();
+  if (!viewport()->rect().contains(ToViewport(body))) SetCenter(body.center());
+  return true;
+}
+
+void GraphView::RequestShow(const std::string& id) {
+  const NodeItem* node = scene_.FindNode(id);
+  if (node == nullptr) return;
+  std::vector<std::string> images;
+  for (const PlugFace& plug : node->GetFace().outputs) {
+    if (plug.type == PlugType::kImage) images.push_back(id + "." + plug.name);
+  }
+  if (images.empty()) return;
+  // A node that is shown already shows its next image.
+  const auto shown = std::find(images.begin(), images.end(), scene_.GetShown());
+  const bool has_next = shown != images.end() && shown + 1 != images.end();
+  emit ShowRequested(QString::fromStdString(has_next ? *(shown + 1) : images.front()));
+}
+
+// ---- Files ----
+
+void GraphView::dragEnterEvent(QDragEnterEvent* event) {
+  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void GraphView::dragMoveEvent(QDragMoveEvent* event) {
+  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void GraphView::dropEvent(QDropEvent* event) {
+  QStringList files;
+  for (const QUrl& url : event->mimeData()->urls()) {
+    if (url.isLocalFile()) files << url.toLocalFile();
+  }
+  if (!files.isEmpty()) emit FilesDropped(files, mapToScene(event->position().toPoint()));
+  event->acceptProposedAction();
+}
