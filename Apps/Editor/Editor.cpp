@@ -11,6 +11,7 @@
 #include "Apps/Desktop/Screenshot.h"
 #include "Apps/Desktop/Theme.h"
 #include "Apps/Desktop/WindowProcess.h"
+#include "Apps/Editor/Files/Settings.h"
 #include "Apps/Editor/Window/EditorWindow.h"
 
 namespace {
@@ -18,7 +19,8 @@ namespace {
 std::string FindTheme(const EditorRequest& request) {
   if (!request.theme.empty()) return request.theme;
   if (!request.screenshot.empty()) return "light";
-  return QSettings().value(QStringLiteral("window/theme")).toString().toStdString();
+  const QSettings settings(GetSettingsFile(), QSettings::IniFormat);
+  return settings.value(QStringLiteral("window/theme")).toString().toStdString();
 }
 
 /// The texts of the editor and of Qt in the user's language, where there are any.
@@ -46,8 +48,7 @@ extern "C" __attribute__((visibility("default"))) void ValueShowEditor(const Edi
                                                                        EditorAnswer& answer) {
   const bool is_drawn = !request.screenshot.empty();
   const WindowProcess process({.offscreen = is_drawn, .scale = request.scale, .on_fatal = request.on_fatal});
-  QApplication::setOrganizationName(QStringLiteral("value"));
-  QApplication::setApplicationName(QStringLiteral("editor"));
+  QApplication::setApplicationName(QStringLiteral("value-editor"));
   QApplication::setDesktopFileName(QStringLiteral("value-editor"));
   const Translations translations;
   ApplyTheme(FindTheme(request));

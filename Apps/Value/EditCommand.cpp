@@ -31,13 +31,13 @@ class EditCommand : public Command {
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("edit", "Opens the editor: a document as a graph, with its images at once");
     sub->add_option("graph", graph_, "Document to open; without it the editor starts with an example")
-        ->type_name("GRAPH.json");
+        ->type_name("GRAPH");
     window_.Declare(*sub, 3);
     sub->add_option("--size", size_, "Size of the window that --screenshot draws, 320x320 to 8192x8192")
         ->type_name("WxH");
     sub->add_option("--shown", shown_, "The output that is shown, \"node.plug\"")->type_name("NODE.PLUG");
     AddRepeatable(*sub, "--dock", docks_, "NAME",
-                  "A dock that is open: panel, viewer, terrain, history, problems, profiler, outputs, probes, help");
+                  "A dock that is open: viewer, terrain, panel, help, outputs, problems, profiler, history or missing");
     sub->footer(
         "Examples:\n"
         "  value edit\n"

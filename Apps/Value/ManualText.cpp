@@ -113,7 +113,7 @@ const std::vector<CommandText>& GetTexts() {
         "is "
         "drawn to a file instead, which needs no display."}},
       {"edit",
-       "[GRAPH.json] [OPTION]...",
+       "[GRAPH] [OPTION]...",
        {"Opens the editor: nodes on a canvas, the image of any of them in a viewer, their attributes in a panel, "
         "evaluated in the background after every change. A journal keeps what was not saved; the next start offers it.",
         "With `--screenshot` the window is drawn to a file instead when everything in it is computed, which needs no "

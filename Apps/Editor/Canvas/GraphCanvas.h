@@ -43,6 +43,8 @@ class GraphCanvas : public QWidget {
   void Select(const QStringList& ids);
   void CenterOn(const QString& id);
   void ZoomToAll();
+  /// Shows the part of the graph that the document names, or all of it, at the present size of the canvas.
+  void RestoreView();
   /// Opens the search for a node type in the middle of the canvas.
   void OpenSearch();
   /// Adds a node of a type in the middle of the canvas, as a list of types beside it would ask for.
@@ -79,7 +81,6 @@ class GraphCanvas : public QWidget {
  private:
   friend class CanvasActions;
   void Connect();
-  void RestoreView();
   void OpenSearchAt(const QPointF& place, const NewNodeWiring& wiring);
   void ChoosePlug(const PlugRef& fixed, const std::string& node,
                   const std::optional<ScEng::DocumentConnection>& replaced);

@@ -9,19 +9,19 @@ namespace {
 struct Place {
   const char* name;
   const char* title;
-  Qt::DockWidgetArea area;
   bool is_open;
 };
 
 constexpr Place kPlaces[] = {
-    {"viewer", QT_TRANSLATE_NOOP("DockFrames", "Viewer"), Qt::RightDockWidgetArea, true},
-    {"terrain", QT_TRANSLATE_NOOP("DockFrames", "3D view"), Qt::RightDockWidgetArea, false},
-    {"panel", QT_TRANSLATE_NOOP("DockFrames", "Attributes"), Qt::RightDockWidgetArea, true},
-    {"help", QT_TRANSLATE_NOOP("DockFrames", "Help"), Qt::RightDockWidgetArea, false},
-    {"outputs", QT_TRANSLATE_NOOP("DockFrames", "Outputs"), Qt::BottomDockWidgetArea, false},
-    {"problems", QT_TRANSLATE_NOOP("DockFrames", "Problems"), Qt::BottomDockWidgetArea, true},
-    {"profiler", QT_TRANSLATE_NOOP("DockFrames", "Profiler"), Qt::BottomDockWidgetArea, false},
-    {"history", QT_TRANSLATE_NOOP("DockFrames", "History"), Qt::BottomDockWidgetArea, false},
+    {"viewer", QT_TRANSLATE_NOOP("DockFrames", "Viewer"), true},
+    {"terrain", QT_TRANSLATE_NOOP("DockFrames", "3D view"), false},
+    {"panel", QT_TRANSLATE_NOOP("DockFrames", "Attributes"), true},
+    {"help", QT_TRANSLATE_NOOP("DockFrames", "Help"), false},
+    {"outputs", QT_TRANSLATE_NOOP("DockFrames", "Outputs"), false},
+    {"problems", QT_TRANSLATE_NOOP("DockFrames", "Problems"), true},
+    {"profiler", QT_TRANSLATE_NOOP("DockFrames", "Profiler"), false},
+    {"history", QT_TRANSLATE_NOOP("DockFrames", "History"), false},
+    {"missing", QT_TRANSLATE_NOOP("DockFrames", "Missing files"), false},
 };
 
 }  // namespace
@@ -63,20 +63,33 @@ void DockFrames::ShowOnly(const std::vector<std::string>& names) {
 }
 
 void DockFrames::Arrange() {
-  for (std::size_t i = 0; i < frames_.size(); ++i) {
-    frames_[i]->setFloating(false);
-    window_.addDockWidget(kPlaces[i].area, frames_[i]);
+  for (QDockWidget* frame : frames_) {
+    frame->setFloating(false);
+    window_.removeDockWidget(frame);
   }
   window_.setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
-  window_.tabifyDockWidget(Find("viewer"), Find("terrain"));
+  // What shares its place with another dock cannot be split from it any more, so the splits come first.
+  window_.addDockWidget(Qt::RightDockWidgetArea, Find("viewer"));
   window_.splitDockWidget(Find("viewer"), Find("panel"), Qt::Vertical);
+  window_.tabifyDockWidget(Find("viewer"), Find("terrain"));
   window_.tabifyDockWidget(Find("panel"), Find("help"));
-  for (const char* name : {"problems", "profiler", "history"}) window_.tabifyDockWidget(Find("outputs"), Find(name));
+  window_.addDockWidget(Qt::BottomDockWidgetArea, Find("problems"));
+  for (const char* name : {"outputs", "profiler", "history", "missing"}) {
+    window_.tabifyDockWidget(Find("problems"), Find(name));
+  }
   ShowOnly({});
+}
+
+void DockFrames::Resize() {
+  const int width = window_.width();
   const int height = window_.height();
-  window_.resizeDocks({Find("viewer"), Find("panel")}, {height * 55 / 100, height * 45 / 100}, Qt::Vertical);
-  window_.resizeDocks({Find("viewer")}, {window_.width() * 42 / 100}, Qt::Horizontal);
-  window_.resizeDocks({Find("problems")}, {height * 16 / 100}, Qt::Vertical);
+  window_.resizeDocks({Find("viewer"), Find("terrain"), Find("panel"), Find("help")},
+                      {width * 2 / 5, width * 2 / 5, width * 2 / 5, width * 2 / 5}, Qt::Horizontal);
+  window_.resizeDocks({Find("viewer"), Find("terrain"), Find("panel"), Find("help")},
+                      {height * 3 / 5, height * 3 / 5, height * 2 / 5, height * 2 / 5}, Qt::Vertical);
+  const int bottom = height / 5;
+  window_.resizeDocks({Find("problems"), Find("outputs"), Find("profiler"), Find("history"), Find("missing")},
+                      {bottom, bottom, bottom, bottom, bottom}, Qt::Vertical);
 }
 
 void DockFrames::Raise(const std::string& name) {

@@ -20,8 +20,10 @@ class DockFrames {
 
   /// Shows exactly these, and those that always are there where `names` is empty.
   void ShowOnly(const std::vector<std::string>& names);
-  /// Where each dock is at the first start.
+  /// Puts each dock where it is at the first start.
   void Arrange();
+  /// Gives the docks of the first start their sizes, once the window is shown and the docks are filled.
+  void Resize();
   /// Opens a dock, and brings it before those that share its place.
   void Raise(const std::string& name);
 

@@ -7,13 +7,13 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
-#include <QSettings>
 #include <QStatusBar>
 #include <QToolButton>
 
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Files/FirstSteps.h"
 #include "Apps/Editor/Files/RecentFiles.h"
+#include "Apps/Editor/Files/Settings.h"
 #include "Apps/Editor/Files/ShortcutsDialog.h"
 #include "Apps/Editor/Window/EditorWindow.h"
 
@@ -37,10 +37,10 @@ void EditorWindow::MakeFileMenu() {
   connect(Add(menu, tr("&Open…"), "file.open", QKeySequence::Open), &QAction::triggered, this,
           &EditorWindow::OpenByDialog);
   QMenu* recent = menu.addMenu(tr("Open &recent"));
-  connect(recent, &QMenu::aboutToShow, this, [this, recent] {
-    recent_->Fill(*recent, [this](const QString& file) {
-      if (MayLeave()) Open(file);
-    });
+  recent->setObjectName(QStringLiteral("file.recent"));
+  connect(recent, &QMenu::aboutToShow, this, [this, recent] { recent_->FillMenu(*recent); });
+  connect(recent_.get(), &RecentFiles::Chosen, this, [this](const QString& file) {
+    if (MayLeave()) Open(file);
   });
   menu.addSeparator();
   connect(Add(menu, tr("&Save"), "file.save", QKeySequence::Save), &QAction::triggered, this, &EditorWindow::Save);
@@ -80,14 +80,14 @@ void EditorWindow::MakeViewMenu() {
   menu.addSeparator();
   thumbnails_ = Add(menu, tr("&Thumbnails on nodes"), "view.thumbnails", {});
   thumbnails_->setCheckable(true);
-  thumbnails_->setChecked(IsDrawn() || QSettings().value(QStringLiteral("canvas/thumbnails"), true).toBool());
+  thumbnails_->setChecked(IsDrawn() || settings_.value(QStringLiteral("canvas/thumbnails"), true).toBool());
   connect(thumbnails_, &QAction::toggled, this, [this](bool on) {
-    QSettings().setValue(QStringLiteral("canvas/thumbnails"), on);
+    settings_.setValue(QStringLiteral("canvas/thumbnails"), on);
     workspace_->SetThumbnails(on);
   });
   QMenu& themes = *menu.addMenu(tr("T&heme"));
   auto* group = new QActionGroup(this);
-  const QString chosen = QSettings().value(QStringLiteral("window/theme")).toString();
+  const QString chosen = settings_.value(QStringLiteral("window/theme")).toString();
   for (const auto& [text, theme] :
        {std::pair(tr("As the desktop"), QString()), std::pair(tr("Light"), QStringLiteral("light")),
         std::pair(tr("Dark"), QStringLiteral("dark"))}) {
@@ -98,8 +98,10 @@ void EditorWindow::MakeViewMenu() {
     group->addAction(action);
     connect(action, &QAction::triggered, this, [this, theme = theme] { ApplyTheme(theme); });
   }
-  connect(Add(menu, tr("&Reset the layout"), "view.reset", {}), &QAction::triggered, this,
-          [this] { docks_.Arrange(); });
+  connect(Add(menu, tr("&Reset the layout"), "view.reset", {}), &QAction::triggered, this, [this] {
+    docks_.Arrange();
+    docks_.Resize();
+  });
 }
 
 void EditorWindow::MakeHelpMenu() {
@@ -133,7 +135,7 @@ void EditorWindow::MakeStatusLine() {
 }
 
 void EditorWindow::ShowFirstSteps() {
-  if (first_steps_ == nullptr) first_steps_ = new FirstSteps(this);
+  if (first_steps_ == nullptr) first_steps_ = new FirstSteps(this, FirstSteps::MakeSteps(), GetSettingsFile());
   first_steps_->Start();
 }
 

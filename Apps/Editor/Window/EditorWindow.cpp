@@ -20,11 +20,13 @@
 #include "Apps/Desktop/Theme.h"
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
-#include "Apps/Editor/Files/DocumentDialogs.h"
+#include "Apps/Editor/Files/FileWatcher.h"
 #include "Apps/Editor/Files/FirstSteps.h"
 #include "Apps/Editor/Files/RecentFiles.h"
 #include "Apps/Editor/Files/RecoveryDialog.h"
+#include "Apps/Editor/Files/Settings.h"
 #include "Apps/Editor/Files/Templates.h"
+#include "Apps/Editor/Files/TemplatesDialog.h"
 #include "Apps/Editor/Window/ViewerDock.h"
 #include "Host/Editing/Journals.h"
 #include "Host/Util/ClosestName.h"
@@ -49,8 +51,10 @@ QString FindDroppedDocument(const QMimeData& data) {
 EditorWindow::EditorWindow(const EditorRequest& request)
     : request_(request),
       state_folder_(request.state_folder.empty() ? ScEng::GetStateFolder() : request.state_folder),
+      settings_(GetSettingsFile(), QSettings::IniFormat),
+      dialogs_(this),
       docks_(*this),
-      recent_(std::make_unique<RecentFiles>()) {
+      recent_(std::make_unique<RecentFiles>(GetSettingsFile())) {
   setObjectName(QStringLiteral("editor"));
   setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor-128.png")));
   resize(request.width > 0 ? request.width : kUsualWidth, request.height > 0 ? request.height : kUsualHeight);
@@ -58,9 +62,8 @@ EditorWindow::EditorWindow(const EditorRequest& request)
   MakeStatusLine();
   docks_.Arrange();
   if (IsDrawn()) return;
-  const QSettings settings;
-  restoreGeometry(settings.value(QStringLiteral("window/geometry")).toByteArray());
-  restoreState(settings.value(QStringLiteral("window/docks")).toByteArray());
+  restoreGeometry(settings_.value(QStringLiteral("window/geometry")).toByteArray());
+  has_own_layout_ = restoreState(settings_.value(QStringLiteral("window/docks")).toByteArray());
 }
 
 EditorWindow::~EditorWindow() = default;
@@ -69,18 +72,21 @@ void EditorWindow::Start(EditorAnswer& answer) {
   ApplyRequest(answer);
   if (!answer.problems.empty()) return;
   std::unique_ptr<ScEng::EditSession> session;
-  if (!request_.document.empty()) {
+  if (!IsDrawn()) session = Recover(request_.document);
+  if (session == nullptr && !request_.document.empty()) {
     ScEng::Findings findings;
     session = ScEng::EditSession::Open(request_.catalog, request_.document, state_folder_, findings);
     if (session == nullptr) {
       answer.problems = findings.errors;
       return;
     }
-  } else if (!IsDrawn()) {
-    session = Recover();
   }
-  if (session == nullptr) session = MakeSession(GetFirstTemplate());
+  if (session == nullptr) session = MakeFirst();
   SetSession(std::move(session));
+  // Layouts are made when events are handled; sizes before that are forgotten.
+  QApplication::processEvents();
+  if (!has_own_layout_) docks_.Resize();
+  workspace_->GetCanvas().RestoreView();
   if (!request_.shown.empty()) {
     ScEng::GraphDocument& document = workspace_->GetSession().GetDocument();
     const ScEng::Status status = document.SetSource(request_.shown, nullptr);
@@ -93,9 +99,7 @@ void EditorWindow::Start(EditorAnswer& answer) {
     workspace_->GetViewer().SetPinned(true);
   }
   if (!request_.document.empty()) recent_->Add(QString::fromStdString(request_.document.string()));
-  const QSettings settings;
-  const bool is_first = !settings.value(QStringLiteral("first_steps/done"), false).toBool();
-  if (!IsDrawn() && is_first) QTimer::singleShot(0, this, [this] { ShowFirstSteps(); });
+  if (!IsDrawn() && FirstSteps::AreWanted(GetSettingsFile())) QTimer::singleShot(0, this, [this] { ShowFirstSteps(); });
 }
 
 void EditorWindow::ApplyRequest(EditorAnswer& answer) {
@@ -118,16 +122,23 @@ void EditorWindow::WaitUntilDone() {
 
 // ---- Documents ----
 
-std::unique_ptr<ScEng::EditSession> EditorWindow::MakeSession(const QByteArray& text) {
-  auto session = std::make_unique<ScEng::EditSession>(request_.catalog, state_folder_);
-  ScEng::Findings findings;
-  session->GetDocument().LoadText(text.toStdString(), {}, "template", findings);
-  return session;
+std::unique_ptr<ScEng::EditSession> EditorWindow::MakeFirst() {
+  for (const Template& possible : ListTemplates()) {
+    if (possible.GetPicture().isEmpty()) continue;
+    ScEng::Findings findings;
+    if (auto session = MakeFromTemplate(possible, request_.catalog, state_folder_, findings)) return session;
+  }
+  return std::make_unique<ScEng::EditSession>(request_.catalog, state_folder_);
 }
 
-std::unique_ptr<ScEng::EditSession> EditorWindow::Recover() {
+std::unique_ptr<ScEng::EditSession> EditorWindow::Recover(const std::filesystem::path& document) {
   std::vector<std::string> notes;
-  return OfferRecovery(request_.catalog, state_folder_, this);
+  auto journals = RecoveryDialog::FindJournals(state_folder_, document, notes);
+  for (const std::string& note : notes) Tell(QString::fromStdString(note));
+  if (journals.empty()) return nullptr;
+  RecoveryDialog dialog(request_.catalog, state_folder_, std::move(journals), this);
+  dialog.exec();
+  return dialog.TakeSession();
 }
 
 void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
@@ -141,6 +152,12 @@ void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
   connect(workspace_.get(), &Workspace::OpenRequested, this, [this](const QString& file) {
     if (MayLeave()) Open(file);
   });
+  connect(workspace_.get(), &Workspace::FilesOffered, this, &EditorWindow::OfferFiles);
+  if (!IsDrawn()) {
+    workspace_->GetCanvas().SetUsage(settings_.value(QStringLiteral("canvas/usage")).toStringList());
+    const int mode = settings_.value(QStringLiteral("files/watch"), static_cast<int>(FileWatcher::Mode::kAsk)).toInt();
+    workspace_->GetWatcher().SetMode(static_cast<FileWatcher::Mode>(mode));
+  }
   workspace_->SetThumbnails(thumbnails_->isChecked());
   FillEditMenu();
   ShowTitle();
@@ -166,42 +183,41 @@ bool EditorWindow::Open(const QString& file) {
 
 void EditorWindow::New() {
   if (!MayLeave()) return;
-  const auto text = ChooseTemplate(this);
-  if (!text) return;
+  TemplatesDialog dialog(this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  ScEng::Findings findings;
+  auto session = MakeFromTemplate(dialog.GetChosen(), request_.catalog, state_folder_, findings);
+  if (session == nullptr) {
+    dialogs_.ShowError(tr("Cannot start from this template"), QString::fromStdString(findings.errors.front()));
+    return;
+  }
   workspace_->GetSession().Close();
-  SetSession(MakeSession(*text));
+  SetSession(std::move(session));
 }
 
 void EditorWindow::OpenByDialog() {
   if (!MayLeave()) return;
-  const QString file = AskForDocument(this);
+  const auto& folder = workspace_->GetSession().GetDocument().GetFolder();
+  const QString file = dialogs_.AskForFile(QString::fromStdString(folder.string()));
   if (!file.isEmpty()) Open(file);
 }
 
-bool EditorWindow::Save() {
+void EditorWindow::Save() {
   ScEng::EditSession& session = workspace_->GetSession();
-  if (session.GetFile().empty()) return SaveAs();
-  const ScEng::Status status = session.Save();
-  if (!status.IsError()) {
-    Tell(tr("Saved %1").arg(QString::fromStdString(session.GetFile().filename().string())));
-    return true;
-  }
-  QMessageBox::warning(this, tr("Cannot save"), QString::fromStdString(status.GetMessage()));
-  return false;
+  workspace_->GetCanvas().StoreView();
+  if (!dialogs_.Save(session)) return;
+  recent_->Add(QString::fromStdString(session.GetFile().string()));
+  Tell(tr("Saved %1").arg(DocumentDialogs::GetName(session)));
+  ShowTitle();
 }
 
-bool EditorWindow::SaveAs() {
+void EditorWindow::SaveAs() {
   ScEng::EditSession& session = workspace_->GetSession();
-  const QString file = AskForTarget(this, QString::fromStdString(session.GetFile().string()));
-  if (file.isEmpty()) return false;
-  const ScEng::Status status = SaveAsTo(session, file.toStdString());
-  if (status.IsError()) {
-    QMessageBox::warning(this, tr("Cannot save"), QString::fromStdString(status.GetMessage()));
-    return false;
-  }
-  recent_->Add(file);
+  workspace_->GetCanvas().StoreView();
+  if (!dialogs_.SaveAs(session)) return;
+  recent_->Add(QString::fromStdString(session.GetFile().string()));
+  Tell(tr("Saved %1").arg(DocumentDialogs::GetName(session)));
   ShowTitle();
-  return true;
 }
 
 void EditorWindow::Revert() {
@@ -218,13 +234,15 @@ void EditorWindow::WriteAll() {
 }
 
 bool EditorWindow::MayLeave() {
-  if (workspace_ == nullptr || !workspace_->GetSession().IsModified() || IsDrawn()) return true;
-  switch (AskToSave(this, QString::fromStdString(workspace_->GetSession().GetFile().filename().string()))) {
-    case SaveAnswer::kSave: return Save();
-    case SaveAnswer::kDiscard: return true;
-    case SaveAnswer::kCancel: break;
-  }
-  return false;
+  return workspace_ == nullptr || IsDrawn() || dialogs_.MayClose(workspace_->GetSession());
+}
+
+void EditorWindow::OfferFiles(const QStringList& ids) {
+  const auto answer = QMessageBox::question(
+      this, tr("Files have changed"),
+      tr("Other programs have changed the files of %1. Read them again?").arg(ids.join(QStringLiteral(", "))));
+  FileWatcher& watcher = workspace_->GetWatcher();
+  answer == QMessageBox::Yes ? watcher.Accept() : watcher.Dismiss();
 }
 
 void EditorWindow::ShowTitle() {
@@ -260,7 +278,7 @@ void EditorWindow::Tell(const QString& message) {
 }
 
 void EditorWindow::ApplyTheme(const QString& theme) {
-  QSettings().setValue(QStringLiteral("window/theme"), theme);
+  settings_.setValue(QStringLiteral("window/theme"), theme);
   ::ApplyTheme(theme.toStdString());
 }
 
@@ -271,9 +289,11 @@ void EditorWindow::closeEvent(QCloseEvent* event) {
   }
   if (workspace_ != nullptr) workspace_->GetSession().Close();
   if (!IsDrawn()) {
-    QSettings settings;
-    settings.setValue(QStringLiteral("window/geometry"), saveGeometry());
-    settings.setValue(QStringLiteral("window/docks"), saveState());
+    settings_.setValue(QStringLiteral("window/geometry"), saveGeometry());
+    settings_.setValue(QStringLiteral("window/docks"), saveState());
+    if (workspace_ != nullptr) {
+      settings_.setValue(QStringLiteral("canvas/usage"), workspace_->GetCanvas().GetUsage());
+    }
   }
   event->accept();
 }

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QSettings>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "Apps/Editor/Editor.h"
+#include "Apps/Editor/Files/DocumentDialogs.h"
 #include "Apps/Editor/Window/DockFrames.h"
 #include "Apps/Editor/Window/Workspace.h"
 
@@ -44,8 +46,10 @@ class EditorWindow : public QMainWindow {
  private:
   /// Shows a document in place of the one before.
   void SetSession(std::unique_ptr<ScEng::EditSession> session);
-  std::unique_ptr<ScEng::EditSession> MakeSession(const QByteArray& text);
-  std::unique_ptr<ScEng::EditSession> Recover();
+  /// A new document from the first template with a picture.
+  std::unique_ptr<ScEng::EditSession> MakeFirst();
+  /// What the user wants back of documents that were being edited when a program ended early; null for nothing.
+  std::unique_ptr<ScEng::EditSession> Recover(const std::filesystem::path& document);
   void ApplyRequest(EditorAnswer& answer);
 
   void MakeMenus();
@@ -59,12 +63,14 @@ class EditorWindow : public QMainWindow {
 
   void New();
   void OpenByDialog();
-  bool Save();
-  bool SaveAs();
+  void Save();
+  void SaveAs();
   void Revert();
   void WriteAll();
   /// Whether the document may go: it is saved, or the user says so.
   bool MayLeave();
+  /// Asks whether files that other programs have changed are to be read again.
+  void OfferFiles(const QStringList& ids);
   void ShowTitle();
   void ShowProgress(const ScEng::EvaluationProgress& progress, bool is_idle);
   void Tell(const QString& message);
@@ -76,7 +82,11 @@ class EditorWindow : public QMainWindow {
 
   EditorRequest request_;
   std::filesystem::path state_folder_;
+  QSettings settings_;
+  DocumentDialogs dialogs_;
   DockFrames docks_;
+  /// The user has arranged the docks in an earlier run.
+  bool has_own_layout_ = false;
   std::unique_ptr<RecentFiles> recent_;
   QMenu* edit_menu_ = nullptr;
   QAction* undo_ = nullptr;

@@ -13,6 +13,7 @@
 #include "Apps/Editor/Docks/ProblemsDock.h"
 #include "Apps/Editor/Docks/ProfilerDock.h"
 #include "Apps/Editor/Files/FileWatcher.h"
+#include "Apps/Editor/Files/MissingInputs.h"
 #include "Apps/Editor/Terrain/TerrainView.h"
 #include "Apps/Editor/Window/ViewerDock.h"
 #include "Host/Widgets/ViewerWidget.h"
@@ -57,6 +58,7 @@ Workspace::Workspace(std::unique_ptr<ScEng::EditSession> session, DockFrames& fr
   connect(&journal_timer_, &QTimer::timeout, this, &Workspace::Tick);
   journal_timer_.start();
   ShowFirst();
+  if (missing_->Count() > 0) frames_.Raise("missing");
 }
 
 Workspace::~Workspace() {
@@ -67,12 +69,13 @@ Workspace::~Workspace() {
     delete content;
   }
   delete canvas_;
+  delete watcher_;
   bridge_.reset();
   observer_.reset();
 }
 
 void Workspace::MakeWidgets() {
-  canvas_ = new GraphCanvas(*session_, nullptr);
+  canvas_ = new GraphCanvas(*session_, session_->GetCatalog());
   viewer_ = new ViewerDock(*session_);
   attributes_ = new AttributesDock(*session_, session_->GetCatalog());
   history_ = new HistoryDock(*session_);
@@ -81,6 +84,7 @@ void Workspace::MakeWidgets() {
   outputs_ = new OutputsDock(*session_, StartBackgroundRun);
   help_ = new HelpDock(session_->GetCatalog());
   terrain_ = new TerrainView;
+  missing_ = new MissingInputs(*session_);
   watcher_ = new FileWatcher(*session_, this);
   frames_.Find("viewer")->setWidget(viewer_);
   frames_.Find("terrain")->setWidget(terrain_);
@@ -90,6 +94,7 @@ void Workspace::MakeWidgets() {
   frames_.Find("problems")->setWidget(problems_);
   frames_.Find("profiler")->setWidget(profiler_);
   frames_.Find("history")->setWidget(history_);
+  frames_.Find("missing")->setWidget(missing_);
 }
 
 void Workspace::Connect() {
@@ -130,6 +135,9 @@ void Workspace::Connect() {
     bridge_->GetEvaluator().ReadAgain(readers);
     emit Told(tr("Read again: %1").arg(ids.join(QStringLiteral(", "))));
   });
+  connect(watcher_, &FileWatcher::Offered, this, [this](const QStringList& ids) { emit FilesOffered(ids); });
+  connect(missing_, &MissingInputs::NodeActivated, this, &Workspace::GoToNode);
+  connect(missing_, &MissingInputs::Failed, this, &Workspace::Told);
   connect(&viewer_->GetViewer(), &ScEng::ViewerWidget::LookChanged, this, [this] { ShowTerrain(); });
   connect(frames_.Find("terrain"), &QDockWidget::visibilityChanged, this, [this] { ShowTerrain(); });
 }

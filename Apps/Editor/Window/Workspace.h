@@ -14,6 +14,7 @@ class FileWatcher;
 class GraphCanvas;
 class HelpDock;
 class HistoryDock;
+class MissingInputs;
 class OutputsDock;
 class ProblemsDock;
 class ProfilerDock;
@@ -35,6 +36,7 @@ class Workspace : public QObject {
   [[nodiscard]] GraphCanvas& GetCanvas() { return *canvas_; }
   [[nodiscard]] ViewerDock& GetViewer() { return *viewer_; }
   [[nodiscard]] OutputsDock& GetOutputs() { return *outputs_; }
+  [[nodiscard]] FileWatcher& GetWatcher() { return *watcher_; }
 
   /// Shows an output, "id.plug".
   void Show(const QString& plug);
@@ -51,6 +53,8 @@ class Workspace : public QObject {
   void Told(const QString& message);
   void ProgressChanged(const ScEng::EvaluationProgress& progress, bool is_idle);
   void OpenRequested(const QString& file);
+  /// Files of these readers have changed, and `GetWatcher` waits for an answer.
+  void FilesOffered(const QStringList& ids);
 
  private:
   class Observer;
@@ -83,5 +87,6 @@ class Workspace : public QObject {
   OutputsDock* outputs_ = nullptr;
   HelpDock* help_ = nullptr;
   TerrainView* terrain_ = nullptr;
+  MissingInputs* missing_ = nullptr;
   FileWatcher* watcher_ = nullptr;
 };
