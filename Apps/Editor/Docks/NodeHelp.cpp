@@ -51,7 +51,8 @@ QString DescribeWords(const Attribute& attribute) {
     const qsizetype place = words.size();
     QString text = Code(QString::fromStdString(word));
     const QString label = place < labels.size() ? labels[place].trimmed() : QString();
-    if (!label.isEmpty() && label != QString::fromStdString(word)) text += QStringLiteral(" (") + label.toHtmlEscaped() + u')';
+    if (!label.isEmpty() && label != QString::fromStdString(word))
+      text += QStringLiteral(" (") + label.toHtmlEscaped() + u')';
     words += text;
   }
   return words.join(QStringLiteral(", "));
