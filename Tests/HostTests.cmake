@@ -417,3 +417,13 @@ value_add_test(EditorDocksTests
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)
+
+set(editor_files "${PROJECT_SOURCE_DIR}/Apps/Editor/Files")
+value_add_test(EditorFilesTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${editor_files}/FilesTest.cpp"
+    "${editor_files}/SaveAsToTest.cpp"
+  DEPENDS ValueEditorParts Qt6::Test
+  ENVIRONMENT ${widget_test_environment})
+set_target_properties(EditorFilesTests PROPERTIES AUTOMOC ON)
