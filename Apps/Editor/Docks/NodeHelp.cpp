@@ -134,7 +134,8 @@ QString MakeNodeHelp(const NodeInterface& descriptor) {
             QStringLiteral("</small></p>");
   }
   if (record != nullptr && *record->keywords != '\0') {
-    text += QStringLiteral("<p><small>") + Tr("Also found as: %1").arg(Escape(record->keywords)) +
+    text += QStringLiteral("<p><small>") +
+            Tr("Also found as: %1").arg(Escape(record->keywords).replace(u',', QStringLiteral(", "))) +
             QStringLiteral("</small></p>");
   }
   return text;

@@ -20,6 +20,7 @@
 
 #include "Apps/Editor/Files/DocumentDialogs.h"
 #include "Apps/Editor/Files/FileWatcher.h"
+#include "Apps/Editor/Files/FilesChangedBar.h"
 #include "Apps/Editor/Files/FirstSteps.h"
 #include "Apps/Editor/Files/MissingInputs.h"
 #include "Apps/Editor/Files/RecentFiles.h"
@@ -311,12 +312,38 @@ TEST_F(FileWatcherTest, FollowsTheDocument) {
   WriteText(folder_ / "other/c.png", "one");
   EXPECT_FALSE(session_->SetAttribute("later.path", "other/c.png").IsError());
   // Before the watcher follows, a change goes unseen, so another one is made.
-  for (std::size_t round = 1; changed.empty() && round <= 60; ++round) {
+  bool is_told = false;
+  for (std::size_t round = 1; !is_told && round <= 60; ++round) {
     WriteText(folder_ / "other/c.png", std::string(round, 'x'));
-    QTest::qWaitFor([&] { return !changed.empty(); }, 1000);
+    is_told = QTest::qWaitFor([&] { return !changed.empty(); }, 1000);
   }
-  ASSERT_FALSE(changed.empty());
+  ASSERT_TRUE(is_told);
   EXPECT_EQ(changed[0][0].toStringList(), QStringList({"later"}));
+}
+
+TEST_F(FileWatcherTest, TheBarAsksAndRemembersTheAnswer) {
+  const QString settings = ToText(folder_ / "settings.ini");
+  FileWatcher watcher(*session_);
+  FilesChangedBar bar(watcher, settings);
+  QSignalSpy changed(&watcher, &FileWatcher::FilesChanged);
+  EXPECT_EQ(watcher.GetMode(), FileWatcher::Mode::kAsk);
+  EXPECT_FALSE(bar.isVisible());
+  WriteText(folder_ / "a.png", "longer");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return bar.isVisible(); }, kPatience));
+  EXPECT_EQ(Find<QLabel>(bar, "files_changed.text")->text(), "The files of 2 readers have changed.");
+  QTest::mouseClick(Find<QPushButton>(bar, "files_changed.dismiss"), Qt::LeftButton);
+  EXPECT_FALSE(bar.isVisible());
+  EXPECT_TRUE(watcher.GetPending().isEmpty());
+  WriteText(folder_ / "b.png", "made");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return bar.isVisible(); }, kPatience));
+  EXPECT_EQ(Find<QLabel>(bar, "files_changed.text")->text(), "The file of later has changed.");
+  QTest::mouseClick(Find<QPushButton>(bar, "files_changed.always"), Qt::LeftButton);
+  EXPECT_FALSE(bar.isVisible());
+  ASSERT_EQ(changed.size(), 1);
+  EXPECT_EQ(changed[0][0].toStringList(), QStringList({"later"}));
+  EXPECT_EQ(ReadWatchMode(settings), FileWatcher::Mode::kAutomatic);
+  StoreWatchMode(settings, FileWatcher::Mode::kNever);
+  EXPECT_EQ(ReadWatchMode(settings), FileWatcher::Mode::kNever);
 }
 
 // ---- Missing files ----

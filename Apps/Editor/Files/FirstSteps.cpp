@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Apps/Editor/Docks/PanelLook.h"
+
 namespace {
 
 const QString kKey = QStringLiteral("first_steps/hidden");
@@ -73,9 +75,7 @@ FirstSteps::FirstSteps(QWidget* window, QList<FirstStep> steps, const QString& s
     : QFrame(window), window_(window), steps_(std::move(steps)), settings_file_(settings_file) {
   setObjectName(QStringLiteral("first_steps"));
   setAccessibleName(tr("First steps"));
-  setFrameShape(QFrame::StyledPanel);
-  setAutoFillBackground(true);
-  setBackgroundRole(QPalette::Base);
+  setFrameShape(QFrame::NoFrame);
   marker_ = new StepMarker(window);
   const int unit = fontMetrics().height();
   auto* layout = new QVBoxLayout(this);
@@ -120,6 +120,7 @@ FirstSteps::FirstSteps(QWidget* window, QList<FirstStep> steps, const QString& s
   connect(skip, &QPushButton::clicked, this, &FirstSteps::End);
   connect(back_, &QPushButton::clicked, this, [this] { GoTo(step_ - 1); });
   connect(next_, &QPushButton::clicked, this, [this] { GoTo(step_ + 1); });
+  UsePanelLook(*this);
   window_->installEventFilter(this);
   hide();
 }
@@ -201,6 +202,16 @@ void FirstSteps::Place() {
   }
   move(best);
   raise();
+}
+
+void FirstSteps::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const double radius = fontMetrics().height() / 2.0;
+  painter.setPen(QPen(palette().color(QPalette::Highlight), fontMetrics().height() / 10.0));
+  painter.setBrush(palette().color(QPalette::Base));
+  const double edge = painter.pen().widthF();
+  painter.drawRoundedRect(QRectF(rect()).adjusted(edge, edge, -edge, -edge), radius, radius);
 }
 
 bool FirstSteps::eventFilter(QObject* watched, QEvent* event) {

@@ -59,6 +59,7 @@ class FirstSteps : public QFrame {
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
 
  private:
   void GoTo(int step);

@@ -9,6 +9,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "Apps/Editor/Docks/PanelLook.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
 #include "Apps/Editor/Docks/Signs.h"
 #include "Apps/Editor/Files/DocumentPath.h"
@@ -100,6 +101,7 @@ MissingInputs::MissingInputs(ScEng::EditSession& session, QWidget* parent)
     if (const MissingInput* missing = GetSelected()) emit NodeActivated(QString::fromStdString(missing->id));
   });
   connect(&watch_, &SessionWatch::Changed, this, &MissingInputs::Refresh);
+  UsePanelLook(*this);
   missing_ = FindMissingInputs(session_.GetDocument());
   Refresh();
 }

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Apps/Editor/Docks/PanelLook.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
 
 namespace {
@@ -86,6 +87,7 @@ RecoveryDialog::RecoveryDialog(std::shared_ptr<const ScEng::NodeCatalog> catalog
   connect(later, &QPushButton::clicked, this, &QDialog::reject);
   connect(list_, &QTreeWidget::itemDoubleClicked, this, &RecoveryDialog::Recover);
   connect(list_, &QTreeWidget::currentItemChanged, this, &RecoveryDialog::ShowSelected);
+  UsePanelLook(*this);
   FillList();
 }
 

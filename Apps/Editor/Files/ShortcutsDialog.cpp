@@ -11,6 +11,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "Apps/Editor/Docks/PanelLook.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
 
 namespace {
@@ -71,6 +72,7 @@ ShortcutsDialog::ShortcutsDialog(const QList<QAction*>& actions, QWidget* parent
   buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
   const int character = fontMetrics().averageCharWidth();
   resize(character * 70, character * 80);
+  UsePanelLook(*this);
   search_->setFocus();
 }
 

@@ -10,6 +10,8 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
+#include "Apps/Editor/Docks/PanelLook.h"
+
 namespace {
 
 constexpr int kSentence = Qt::UserRole;
@@ -109,7 +111,8 @@ TemplatesDialog::TemplatesDialog(QWidget* parent) : QDialog(parent), templates_(
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   connect(list_, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
   const int character = fontMetrics().averageCharWidth();
-  resize(character * 138, character * 100);
+  resize(character * 136, character * 76);
+  UsePanelLook(*this);
 }
 
 Template TemplatesDialog::GetChosen() const {
