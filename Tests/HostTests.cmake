@@ -446,3 +446,13 @@ add_executable(CanvasBench EXCLUDE_FROM_ALL "${canvas}/CanvasBench.cpp")
 target_link_libraries(CanvasBench PRIVATE ValueEditorParts ValueBuild)
 target_compile_definitions(CanvasBench PRIVATE VALUE_LIBRARY_FILE="$<TARGET_FILE:Value>")
 set_target_properties(CanvasBench PROPERTIES OUTPUT_NAME value-canvas-bench)
+
+set(editor_files "${PROJECT_SOURCE_DIR}/Apps/Editor/Files")
+value_add_test(EditorFilesTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${editor_files}/FilesTest.cpp"
+    "${editor_files}/SaveAsToTest.cpp"
+  DEPENDS ValueEditorParts Qt6::Test
+  ENVIRONMENT ${widget_test_environment})
+set_target_properties(EditorFilesTests PROPERTIES AUTOMOC ON)

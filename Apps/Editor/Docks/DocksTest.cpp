@@ -16,7 +16,6 @@
 
 #include "Apps/Editor/Docks/HelpDock.h"
 #include "Apps/Editor/Docks/HistoryDock.h"
-#include "Apps/Editor/Docks/OutputForm.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Docks/ProblemsDock.h"
 #include "Apps/Editor/Docks/ProfilerDock.h"
@@ -309,12 +308,6 @@ TEST_F(OutputsDockTest, EndsARunThatIsUnderWayWhenItGoes) {
   EXPECT_EQ(script_.alive, 1);
   dock_.reset();
   EXPECT_EQ(script_.alive, 0);
-}
-
-TEST(MakeDocumentPath, IsRelativeInAndBesideTheFolder) {
-  EXPECT_EQ(MakeDocumentPath("/home/me/project/out/a.png", "/home/me/project"), "out/a.png");
-  EXPECT_EQ(MakeDocumentPath("/home/me/out/a.png", "/home/me/project"), "../out/a.png");
-  EXPECT_EQ(MakeDocumentPath("/data/a.png", "/home/me/project"), "/data/a.png");
 }
 
 // ---- Profiler ----

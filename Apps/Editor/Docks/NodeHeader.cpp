@@ -11,8 +11,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "Apps/Editor/Docks/PanelLook.h"
 #include "Apps/Editor/Docks/Signs.h"
-#include "Host/Widgets/QNodeAttributesWidget.h"
 
 namespace {
 
@@ -124,9 +124,7 @@ NodeHeader::NodeHeader(QWidget* parent) : QWidget(parent) {
           [this] { emit EnabledChanged(enabled_->checkState() != Qt::Unchecked); });
   connect(reset, &QToolButton::clicked, this, &NodeHeader::ResetRequested);
   connect(help, &QToolButton::clicked, this, &NodeHeader::HelpRequested);
-  for (QWidget* child : findChildren<QWidget*>()) {
-    if (qobject_cast<QMenu*>(child) == nullptr) child->setStyle(QNodeAttributesWidget::GetPanelStyle());
-  }
+  UsePanelLook(*this);
 }
 
 QToolButton* NodeHeader::AddButton(const QString& name, const QString& text, const QString& tip) {

@@ -51,7 +51,8 @@ QString DescribeWords(const Attribute& attribute) {
     const qsizetype place = words.size();
     QString text = Code(QString::fromStdString(word));
     const QString label = place < labels.size() ? labels[place].trimmed() : QString();
-    if (!label.isEmpty() && label != QString::fromStdString(word)) text += QStringLiteral(" (") + label.toHtmlEscaped() + u')';
+    if (!label.isEmpty() && label != QString::fromStdString(word))
+      text += QStringLiteral(" (") + label.toHtmlEscaped() + u')';
     words += text;
   }
   return words.join(QStringLiteral(", "));
@@ -133,7 +134,8 @@ QString MakeNodeHelp(const NodeInterface& descriptor) {
             QStringLiteral("</small></p>");
   }
   if (record != nullptr && *record->keywords != '\0') {
-    text += QStringLiteral("<p><small>") + Tr("Also found as: %1").arg(Escape(record->keywords)) +
+    text += QStringLiteral("<p><small>") +
+            Tr("Also found as: %1").arg(Escape(record->keywords).replace(u',', QStringLiteral(", "))) +
             QStringLiteral("</small></p>");
   }
   return text;

@@ -44,7 +44,3 @@ class OutputForm : public QWidget {
   ScEng::DocumentOutput shown_;
   std::filesystem::path folder_;
 };
-
-/// A path as it is to stand in a document of a folder: relative where it is in the folder or beside it, absolute
-/// elsewhere.
-std::string MakeDocumentPath(const std::filesystem::path& file, const std::filesystem::path& folder);

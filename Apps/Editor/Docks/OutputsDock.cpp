@@ -16,9 +16,9 @@
 #include <utility>
 
 #include "Apps/Editor/Docks/OutputForm.h"
+#include "Apps/Editor/Docks/PanelLook.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
 #include "Apps/Editor/Docks/Signs.h"
-#include "Host/Widgets/QNodeAttributesWidget.h"
 
 namespace {
 
@@ -56,10 +56,7 @@ OutputsDock::OutputsDock(ScEng::EditSession& session, OutputRunStarter start, QW
   layout->addWidget(results_, 1);
   connect(form_, &OutputForm::Edited, this, &OutputsDock::ApplyForm);
   connect(&watch_, &SessionWatch::Changed, this, &OutputsDock::Refresh);
-  for (QWidget* child : findChildren<QWidget*>()) {
-    const bool is_control = qobject_cast<QAbstractButton*>(child) != nullptr || form_->isAncestorOf(child);
-    if (is_control) child->setStyle(QNodeAttributesWidget::GetPanelStyle());
-  }
+  UsePanelLook(*this);
   Refresh();
 }
 

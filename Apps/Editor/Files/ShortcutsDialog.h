@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QAction>
+#include <QDialog>
+#include <QList>
+
+class QLabel;
+class QLineEdit;
+class QTreeWidget;
+
+/// Every action that has a shortcut, with a field to search by name or by keys.
+class ShortcutsDialog : public QDialog {
+  Q_OBJECT
+
+ public:
+  explicit ShortcutsDialog(const QList<QAction*>& actions, QWidget* parent = nullptr);
+
+ private:
+  void Filter(const QString& text);
+
+  QLineEdit* search_ = nullptr;
+  QTreeWidget* list_ = nullptr;
+  QLabel* empty_ = nullptr;
+};
