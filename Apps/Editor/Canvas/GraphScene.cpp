@@ -54,6 +54,7 @@ GraphScene::~GraphScene() {
 
 void GraphScene::SetPalette(const QPalette& palette) {
   colors_ = CanvasColors(palette);
+  for (QGraphicsItem* item : items()) item->update();
   update();
   ChangeSoon();
 }

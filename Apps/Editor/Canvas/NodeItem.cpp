@@ -10,6 +10,7 @@
 
 NodeItem::NodeItem(const CanvasColors& colors) : colors_(colors) {
   setFlags(ItemIsSelectable | ItemUsesExtendedStyleOption);
+  setCacheMode(DeviceCoordinateCache);
   setZValue(1.0);
 }
 

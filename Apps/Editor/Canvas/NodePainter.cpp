@@ -117,12 +117,7 @@ void NodePainter::PaintHeader() {
   const double opacity = painter_.opacity();
   if (is_muted) painter_.setOpacity(opacity * 0.45);
   if (item_.face_.icon.isNull()) {
-    painter_.setPen(QPen(colors_.faint, 1.4));
-    painter_.setBrush(Qt::NoBrush);
-    painter_.drawRoundedRect(shape.icon.adjusted(2, 2, -2, -2), 5, 5);
-    painter_.setFont(MakeFont(15, true));
-    painter_.drawText(shape.icon, Qt::AlignCenter,
-                      item_.face_.is_placeholder ? QStringLiteral("?") : item_.face_.type_name.left(1));
+    PaintTile();
   } else {
     painter_.setRenderHint(QPainter::SmoothPixmapTransform);
     painter_.drawPixmap(shape.icon, item_.face_.icon, QRectF(item_.face_.icon.rect()));
@@ -130,6 +125,23 @@ void NodePainter::PaintHeader() {
   if (zoom_ >= Detail::kText) PaintTitle();
   painter_.setOpacity(opacity);
   if (!shape.eye.isEmpty()) PaintEye();
+}
+
+void NodePainter::PaintTile() {
+  const NodeFace& face = item_.face_;
+  const QRectF tile = item_.shape_.icon.adjusted(2, 2, -2, -2);
+  const unsigned kind = face.outputs.empty() ? PlugType::kNone : face.outputs.front().type;
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(face.is_placeholder ? colors_.warning : MixColors(colors_.header, colors_.GetKind(kind), 0.75));
+  painter_.drawRoundedRect(tile, 5, 5);
+  if (zoom_ < Detail::kText) return;
+  QString initials = face.is_placeholder ? QStringLiteral("?") : QString();
+  for (const QString& word : face.type_name.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+    if (!face.is_placeholder && initials.size() < 2) initials += word.front().toUpper();
+  }
+  painter_.setFont(MakeFont(initials.size() > 1 ? 11 : 14, true));
+  painter_.setPen(colors_.is_dark ? QColor(Qt::black) : QColor(Qt::white));
+  painter_.drawText(tile, Qt::AlignCenter, initials);
 }
 
 void NodePainter::PaintTitle() {
