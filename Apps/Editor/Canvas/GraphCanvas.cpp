@@ -204,7 +204,7 @@ void GraphCanvas::AddReroute(const ScEng::DocumentConnection& connection, const 
     OpenSearchAt(place, {std::nullopt, connection});
     return;
   }
-  commands_->Add(*reroute, place - QPointF(14, 10), {std::nullopt, connection});
+  commands_->Add(*reroute, place, {std::nullopt, connection});
 }
 
 void GraphCanvas::ChoosePlug(const PlugRef& fixed, const std::string& node,

@@ -89,7 +89,7 @@ void NodePainter::PaintBody() {
   const NodeFace& face = item_.face_;
   QPen pen(colors_.edge, 1.2);
   if (item_.condition_.is_in_error) pen = QPen(colors_.error, 2.0);
-  if (item_.is_shown_) pen = QPen(colors_.accent, 2.0);
+  if (item_.IsShown()) pen = QPen(colors_.accent, 2.0);
   if (face.is_placeholder || !face.is_enabled) pen.setDashPattern({4, 3});
   painter_.setPen(pen);
   painter_.setBrush(face.is_placeholder ? MixColors(colors_.body, colors_.warning, 0.10) : colors_.body);
@@ -167,7 +167,7 @@ void NodePainter::PaintEye() {
   const QRectF box = item_.shape_.eye;
   const QPointF middle = box.center();
   QColor color = MixColors(colors_.header, colors_.text, 0.38);
-  if (item_.is_shown_) {
+  if (item_.IsShown()) {
     painter_.setPen(Qt::NoPen);
     painter_.setBrush(colors_.accent);
     painter_.drawRoundedRect(box, 6, 6);
@@ -207,6 +207,12 @@ void NodePainter::PaintPlug(const PlugFace& plug, const QPointF& place, bool is_
     painter_.setPen(Qt::NoPen);
     painter_.setBrush(halo);
     painter_.drawEllipse(place, NodeShape::kPlugRadius * 2.1, NodeShape::kPlugRadius * 2.1);
+  }
+  const bool is_shown = !is_input && item_.shown_ == plug.name && item_.face_.outputs.size() > 1;
+  if (is_shown) {
+    painter_.setPen(QPen(colors_.accent, 2.0));
+    painter_.setBrush(Qt::NoBrush);
+    painter_.drawEllipse(place, NodeShape::kPlugRadius * 1.9, NodeShape::kPlugRadius * 1.9);
   }
   DrawPlugMark(painter_, place, NodeShape::kPlugRadius, plug.type, plug.is_connected, colors_);
   if (zoom_ < Detail::kText) return;
