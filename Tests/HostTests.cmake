@@ -437,6 +437,8 @@ set(canvas "${PROJECT_SOURCE_DIR}/Apps/Editor/Canvas")
 value_add_test(CanvasTests
   SOURCES
     Widgets/WidgetTesting.cpp
+    "${canvas}/AutoLayoutTest.cpp"
+    "${canvas}/CanvasCommandsTest.cpp"
     "${canvas}/CanvasMouseTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})

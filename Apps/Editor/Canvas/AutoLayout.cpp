@@ -60,7 +60,15 @@ class Layout {
   std::vector<QPointF> Make() {
     AssignLayers();
     double top = 0.0;
-    for (const List& part : ListParts()) top = PlacePart(part, top) + kPartGap;
+    List single;
+    for (const List& part : ListParts()) {
+      if (part.size() == 1) {
+        single.push_back(part.front());
+      } else {
+        top = PlacePart(part, top) + kPartGap;
+      }
+    }
+    PlaceSingle(single, top);
     return places_;
   }
 
@@ -157,6 +165,22 @@ class Layout {
       for (auto column = columns.rbegin(); column != columns.rend(); ++column) Settle(*column, after_, reorders);
     }
     return WritePlaces(columns, top);
+  }
+
+  /// What nothing connects stands in rows below the rest.
+  void PlaceSingle(const List& nodes, double top) {
+    const auto columns = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(nodes.size()) * 1.5)));
+    double left = 0.0;
+    double bottom = top;
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+      if (i > 0 && i % columns == 0) {
+        left = 0.0;
+        top = bottom + kRowGap;
+      }
+      places_[nodes[i]] = QPointF(std::round(left), std::round(top));
+      left += sizes_[nodes[i]].width() + kColumnGap / 2;
+      bottom = std::max(bottom, top + sizes_[nodes[i]].height());
+    }
   }
 
   double WritePlaces(const std::vector<List>& columns, double top) {

@@ -82,6 +82,30 @@ void Measure(const std::shared_ptr<ScEng::NodeCatalog>& catalog, int nodes) {
   session.Close();
 }
 
+/// Evaluates every first output.
+std::vector<ScEng::NodeFacts> Evaluate(ScEng::GraphDocument& document) {
+  std::vector<ScEng::NodeFacts> facts;
+  for (const std::string& id : document.GetIds()) {
+    const Node* node = document.FindNode(id);
+    if (node == nullptr || node->GetOutplugs().empty() || node->GetOutplugs().front().type != PlugType::kImage)
+      continue;
+    ScEng::NodeFacts& fact = facts.emplace_back();
+    fact.id = id;
+    QElapsedTimer timer;
+    timer.start();
+    ScEng::RunReport report;
+    const auto image = document.Evaluate(id + "." + node->GetOutplugName(0), report);
+    fact.seconds = Milliseconds(timer) * 1e-3;
+    if (image) {
+      fact.thumbnail = ScEng::ViewImage::Make(*image);
+    } else {
+      fact.is_in_error = true;
+      fact.messages = report.findings.errors;
+    }
+  }
+  return facts;
+}
+
 void Draw(const std::shared_ptr<ScEng::NodeCatalog>& catalog, const std::string& document, const QString& picture) {
   ScEng::Findings findings;
   const auto session = ScEng::EditSession::Open(catalog, document, std::filesystem::temp_directory_path(), findings);
@@ -91,6 +115,7 @@ void Draw(const std::shared_ptr<ScEng::NodeCatalog>& catalog, const std::string&
   }
   GraphCanvas canvas(*session, catalog);
   canvas.resize(1440, 900);
+  canvas.SetFacts(Evaluate(session->GetDocument()));
   canvas.show();
   QApplication::processEvents();
   canvas.grab().save(picture);

@@ -12,6 +12,15 @@ namespace {
 
 ScEng::Point ToPoint(const QPointF& place) { return {std::round(place.x()), std::round(place.y())}; }
 
+/// The point of a new node that is put where the pointer is: the plug at the end of the wire, if it comes with one.
+QPointF GetGrab(const TypeInfo& type, const NewNodeWiring& wiring) {
+  constexpr double kFirstRow = NodeShape::kHeader + 6 + NodeShape::kRow / 2;
+  if (type.IsReroute()) return {14, 10};
+  if (wiring.connection) return {NodeShape::kWidth / 2, kFirstRow};
+  if (wiring.plug) return {wiring.plug->is_input ? NodeShape::kWidth : 0.0, kFirstRow};
+  return {};
+}
+
 /// Relative to the folder of the document where it is below it, so that both can be moved together.
 std::string MakeDocumentPath(const QString& file, const std::filesystem::path& folder) {
   const std::filesystem::path path(file.toStdString());
@@ -54,7 +63,7 @@ Status CanvasCommands::ConnectNew(const std::string& id, const TypeInfo& type, c
 
 void CanvasCommands::Add(const TypeInfo& type, const QPointF& place, const NewNodeWiring& wiring) {
   std::string id;
-  const ScEng::NewNode node{type.type, {}, ToPoint(place)};
+  const ScEng::NewNode node{type.type, {}, ToPoint(place - GetGrab(type, wiring))};
   Status status;
   if (wiring.connection) {
     status = session_.AddOnConnection(node, *wiring.connection, &id);

@@ -99,7 +99,7 @@ TEST_F(CanvasMouse, ARefusedConnectionIsToldAndChangesNothing) {
       "{'from': 'b.image', 'to': 'c.image'}");
   DragFromTo(PlugOf("c", "image", false), PlugOf("b", "image", true));
   ASSERT_EQ(failures_.size(), 1);
-  EXPECT_TRUE(failures_.front().contains(QStringLiteral("b.image"))) << failures_.front().toStdString();
+  EXPECT_TRUE(failures_.front().contains(QStringLiteral("cycle"))) << failures_.front().toStdString();
   EXPECT_EQ(session_->GetPlace(), 0U);
   EXPECT_EQ(scene().GetAllWires().size(), 1U);
 }
@@ -178,11 +178,12 @@ TEST_F(CanvasMouse, EyeShowsANode) {
 TEST_F(CanvasMouse, WheelZoomsAtThePointer) {
   Open(kTwo);
   const QPoint pointer(200, 150);
+  const double zoom = view().GetZoom();
   const QPointF before = view().mapToScene(pointer);
   QWheelEvent event(pointer, view().viewport()->mapToGlobal(QPointF(pointer)), {}, {0, -240}, Qt::NoButton,
                     Qt::NoModifier, Qt::NoScrollPhase, false);
   QApplication::sendEvent(view().viewport(), &event);
-  EXPECT_LT(view().GetZoom(), 0.8);
+  EXPECT_LT(view().GetZoom(), 0.8 * zoom);
   const QPointF off = view().mapToScene(pointer) - before;
   EXPECT_LT(off.manhattanLength(), view().ToScene(3.0));
 }

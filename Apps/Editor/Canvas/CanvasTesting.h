@@ -32,7 +32,8 @@ class CanvasTest : public testing::Test {
     canvas_->show();
     canvas_->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(canvas_.get()));
-    view().SetZoom(1.0, QPoint(0, 0));
+    // One unit is one pixel, whatever the font.
+    view().SetZoom(view().GetZoom() * view().ToScene(1.0), QPoint(0, 0));
     view().SetCenter({300, 200});
     view().setFocus();
     QObject::connect(canvas_.get(), &GraphCanvas::Failed, canvas_.get(),

@@ -5,7 +5,10 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QMenu>
+#include <QPixmapCache>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "Apps/Editor/Canvas/CanvasActions.h"
@@ -31,6 +34,10 @@ GraphCanvas::GraphCanvas(ScEng::EditSession& session, std::shared_ptr<const ScEn
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(view_);
+  map_->raise();
+  // Nodes are kept as they were drawn, so that moving the view costs little: a large display full of them.
+  constexpr int kDrawnNodes = 96 * 1024;
+  QPixmapCache::setCacheLimit(std::max(QPixmapCache::cacheLimit(), kDrawnNodes));
   actions_ = std::make_unique<CanvasActions>(*this);
   constexpr int kViewDelay = 400;
   view_timer_.setSingleShot(true);
@@ -197,7 +204,7 @@ void GraphCanvas::AddReroute(const ScEng::DocumentConnection& connection, const 
     OpenSearchAt(place, {std::nullopt, connection});
     return;
   }
-  commands_->Add(*reroute, place - QPointF(14, 10), {std::nullopt, connection});
+  commands_->Add(*reroute, place, {std::nullopt, connection});
 }
 
 void GraphCanvas::ChoosePlug(const PlugRef& fixed, const std::string& node,

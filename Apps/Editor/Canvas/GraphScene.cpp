@@ -54,6 +54,7 @@ GraphScene::~GraphScene() {
 
 void GraphScene::SetPalette(const QPalette& palette) {
   colors_ = CanvasColors(palette);
+  for (QGraphicsItem* item : items()) item->update();
   update();
   ChangeSoon();
 }
@@ -249,9 +250,9 @@ void GraphScene::SetRunning(const std::string& id, double fraction) {
 }
 
 void GraphScene::SetShown(const std::string& plug) {
-  if (NodeItem* before = FindNode(GetNodeOfPlug(shown_))) before->SetShown(false);
+  if (NodeItem* before = FindNode(GetNodeOfPlug(shown_))) before->SetShown({});
   shown_ = plug;
-  if (NodeItem* now = FindNode(GetNodeOfPlug(shown_))) now->SetShown(true);
+  if (NodeItem* now = FindNode(GetNodeOfPlug(shown_))) now->SetShown(GetNameOfPlug(shown_));
   ChangeSoon();
 }
 
@@ -394,7 +395,7 @@ void GraphScene::OnNodeAdded(const std::string& id) {
     automatic_[id] = FindFreePlace(place_for_new_);
   }
   PlaceItem(*item);
-  if (GetNodeOfPlug(shown_) == id) item->SetShown(true);
+  if (GetNodeOfPlug(shown_) == id) item->SetShown(GetNameOfPlug(shown_));
   ChangeSoon();
 }
 

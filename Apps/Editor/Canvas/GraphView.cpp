@@ -117,7 +117,7 @@ void GraphView::changeEvent(QEvent* event) {
 void GraphView::paintEvent(QPaintEvent* event) {
   QElapsedTimer timer;
   timer.start();
-  if (GetZoom() >= Detail::kNear) {
+  if (transform().m11() >= Detail::kNear) {
     QGraphicsView::paintEvent(event);
   } else {
     QPainter painter(viewport());
@@ -133,7 +133,7 @@ void GraphView::paintEvent(QPaintEvent* event) {
 void GraphView::drawBackground(QPainter* painter, const QRectF& rect) {
   const CanvasColors& colors = scene_.GetColors();
   painter->fillRect(rect, colors.ground);
-  if (GetZoom() < Detail::kText) return;
+  if (transform().m11() < Detail::kText) return;
   QList<QPointF> dots;
   for (double y = std::floor(rect.top() / kGrid) * kGrid; y < rect.bottom() + kGrid; y += kGrid) {
     for (double x = std::floor(rect.left() / kGrid) * kGrid; x < rect.right() + kGrid; x += kGrid)

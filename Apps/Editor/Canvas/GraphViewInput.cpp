@@ -144,7 +144,7 @@ void GraphView::mouseDoubleClickEvent(QMouseEvent* event) {
   CancelDrag();
   const QPointF place = mapToScene(event->pos());
   if (NodeItem* node = scene_.NodeAt(place)) {
-    RequestShow(node->GetFace().id);
+    if (!node->IsAtEye(place)) RequestShow(node->GetFace().id);
   } else if (const WireItem* wire = scene_.WireAt(place, ToScene(kWireReach))) {
     emit WireDoubleClicked(wire->GetConnection(), place);
   } else if (const FrameItem* frame = scene_.FrameAt(place)) {
@@ -169,7 +169,7 @@ void GraphView::wheelEvent(QWheelEvent* event) {
 }
 
 void GraphView::Hover(const QPointF& place) {
-  const auto plug = GetZoom() < Detail::kNear ? std::nullopt : scene_.PlugAt(place, ToScene(kPlugReach));
+  const auto plug = transform().m11() < Detail::kNear ? std::nullopt : scene_.PlugAt(place, ToScene(kPlugReach));
   const std::string node = plug ? plug->node : std::string();
   if (node != hovered_) {
     if (NodeItem* before = scene_.FindNode(hovered_)) before->SetHovered({});

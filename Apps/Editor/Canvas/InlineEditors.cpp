@@ -9,10 +9,11 @@
 
 namespace {
 
-/// Ends an editor once, whichever way.
+/// Ends an editor once, whichever way. What takes its text asks what the editor is, since one that is being destroyed
+/// loses the keyboard, too, and has no text any more.
 class EndOfEditing : public QObject {
  public:
-  EndOfEditing(QWidget* editor, bool has_lines, std::function<void()> take)
+  EndOfEditing(QWidget* editor, bool has_lines, std::function<void(QWidget*)> take)
       : QObject(editor), editor_(editor), has_lines_(has_lines), take_(std::move(take)) {
     editor->installEventFilter(this);
   }
@@ -37,7 +38,7 @@ class EndOfEditing : public QObject {
     if (is_ended_) return;
     is_ended_ = true;
     QWidget* canvas = editor_->parentWidget();
-    if (takes) take_();
+    if (takes) take_(editor_);
     editor_->hide();
     editor_->deleteLater();
     if (canvas != nullptr) canvas->setFocus();
@@ -46,7 +47,7 @@ class EndOfEditing : public QObject {
   QWidget* editor_;
   bool has_lines_;
   bool is_ended_ = false;
-  std::function<void()> take_;
+  std::function<void(QWidget*)> take_;
 };
 
 void OpenAt(QWidget* editor, const QRect& place, int least_height, const QString& name) {
@@ -66,7 +67,9 @@ void OpenAt(QWidget* editor, const QRect& place, int least_height, const QString
 void EditLineInPlace(QWidget* parent, const QRect& place, const QString& name, const QString& text,
                      std::function<void(const QString&)> take) {
   auto* field = new QLineEdit(text, parent);
-  new EndOfEditing(field, false, [field, take = std::move(take)] { take(field->text()); });
+  new EndOfEditing(field, false, [take = std::move(take)](QWidget* editor) {
+    if (const auto* line = qobject_cast<QLineEdit*>(editor)) take(line->text());
+  });
   OpenAt(field, place, field->sizeHint().height(), name);
   field->selectAll();
 }
@@ -75,7 +78,9 @@ void EditTextInPlace(QWidget* parent, const QRect& place, const QString& name, c
                      std::function<void(const QString&)> take) {
   auto* field = new QPlainTextEdit(text, parent);
   field->setTabChangesFocus(true);
-  new EndOfEditing(field, true, [field, take = std::move(take)] { take(field->toPlainText()); });
+  new EndOfEditing(field, true, [take = std::move(take)](QWidget* editor) {
+    if (const auto* lines = qobject_cast<QPlainTextEdit*>(editor)) take(lines->toPlainText());
+  });
   OpenAt(field, place, field->fontMetrics().height() * 4, name);
   field->selectAll();
 }

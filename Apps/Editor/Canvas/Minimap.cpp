@@ -9,12 +9,12 @@
 #include "Apps/Editor/Canvas/FarPainter.h"
 #include "Apps/Editor/Canvas/GraphView.h"
 
-Minimap::Minimap(GraphView& view) : QWidget(view.viewport()), view_(view) {
+Minimap::Minimap(GraphView& view) : QWidget(&view), view_(view) {
   setObjectName(QStringLiteral("canvas.map"));
   setAccessibleName(tr("Map of the graph"));
   setToolTip(tr("Map of the graph: click to go there"));
   setCursor(Qt::PointingHandCursor);
-  view.viewport()->installEventFilter(this);
+  view.installEventFilter(this);
   connect(&view, &GraphView::ViewChanged, this, qOverload<>(&QWidget::update));
   connect(&view.GetScene(), &GraphScene::Changed, this, qOverload<>(&QWidget::update));
   connect(&view.GetScene(), &QGraphicsScene::selectionChanged, this, qOverload<>(&QWidget::update));

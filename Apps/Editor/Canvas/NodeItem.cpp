@@ -10,6 +10,7 @@
 
 NodeItem::NodeItem(const CanvasColors& colors) : colors_(colors) {
   setFlags(ItemIsSelectable | ItemUsesExtendedStyleOption);
+  setCacheMode(DeviceCoordinateCache);
   setZValue(1.0);
 }
 
@@ -53,9 +54,9 @@ void NodeItem::SetHasThumbnail(bool has_thumbnail) {
   Measure();
 }
 
-void NodeItem::SetShown(bool is_shown) {
-  if (is_shown == is_shown_) return;
-  is_shown_ = is_shown;
+void NodeItem::SetShown(const std::string& output) {
+  if (output == shown_) return;
+  shown_ = output;
   update();
 }
 
@@ -116,6 +117,10 @@ QString NodeItem::GetToolTip(const QPointF& place) const {
   if (IsAtEye(place)) return QCoreApplication::translate("NodeItem", "Show this node (V)");
   QString text = QStringLiteral("<b>%1</b><br>%2").arg(face_.title.toHtmlEscaped(), face_.type_name.toHtmlEscaped());
   for (const QString& message : condition_.messages) text += QStringLiteral("<br>") + message.toHtmlEscaped();
+  if (condition_.is_blocked && condition_.messages.isEmpty()) {
+    text +=
+        QStringLiteral("<br>") + QCoreApplication::translate("NodeItem", "Not evaluated: a node that feeds it failed.");
+  }
   if (!face_.note.isEmpty()) text += QStringLiteral("<br><i>%1</i>").arg(face_.note.toHtmlEscaped());
   return text;
 }

@@ -43,10 +43,11 @@ class NodeItem : public QGraphicsItem {
   void SetCondition(NodeCondition condition);
   void SetProgress(double progress);
   void SetHasThumbnail(bool has_thumbnail);
-  void SetShown(bool is_shown);
+  /// The name of the output that is shown; empty for none.
+  void SetShown(const std::string& output);
   void SetDimmed(bool is_dimmed);
   [[nodiscard]] bool IsDimmed() const { return is_dimmed_ && !isSelected(); }
-  [[nodiscard]] bool IsShown() const { return is_shown_; }
+  [[nodiscard]] bool IsShown() const { return !shown_.empty(); }
   /// Rows that are there while a wire is dragged over the node, for attributes that it could feed.
   void Offer(std::vector<PlugFace> attributes);
   /// The plug that the pointer is at.
@@ -76,7 +77,7 @@ class NodeItem : public QGraphicsItem {
   std::size_t offered_ = 0;
   PlugRef hovered_;
   bool has_thumbnail_ = true;
-  bool is_shown_ = false;
+  std::string shown_;
   bool is_dimmed_ = false;
   mutable QImage thumbnail_;
 };

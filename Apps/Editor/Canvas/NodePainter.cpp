@@ -89,7 +89,7 @@ void NodePainter::PaintBody() {
   const NodeFace& face = item_.face_;
   QPen pen(colors_.edge, 1.2);
   if (item_.condition_.is_in_error) pen = QPen(colors_.error, 2.0);
-  if (item_.is_shown_) pen = QPen(colors_.accent, 2.0);
+  if (item_.IsShown()) pen = QPen(colors_.accent, 2.0);
   if (face.is_placeholder || !face.is_enabled) pen.setDashPattern({4, 3});
   painter_.setPen(pen);
   painter_.setBrush(face.is_placeholder ? MixColors(colors_.body, colors_.warning, 0.10) : colors_.body);
@@ -117,12 +117,7 @@ void NodePainter::PaintHeader() {
   const double opacity = painter_.opacity();
   if (is_muted) painter_.setOpacity(opacity * 0.45);
   if (item_.face_.icon.isNull()) {
-    painter_.setPen(QPen(colors_.faint, 1.4));
-    painter_.setBrush(Qt::NoBrush);
-    painter_.drawRoundedRect(shape.icon.adjusted(2, 2, -2, -2), 5, 5);
-    painter_.setFont(MakeFont(15, true));
-    painter_.drawText(shape.icon, Qt::AlignCenter,
-                      item_.face_.is_placeholder ? QStringLiteral("?") : item_.face_.type_name.left(1));
+    PaintTile();
   } else {
     painter_.setRenderHint(QPainter::SmoothPixmapTransform);
     painter_.drawPixmap(shape.icon, item_.face_.icon, QRectF(item_.face_.icon.rect()));
@@ -130,6 +125,23 @@ void NodePainter::PaintHeader() {
   if (zoom_ >= Detail::kText) PaintTitle();
   painter_.setOpacity(opacity);
   if (!shape.eye.isEmpty()) PaintEye();
+}
+
+void NodePainter::PaintTile() {
+  const NodeFace& face = item_.face_;
+  const QRectF tile = item_.shape_.icon.adjusted(2, 2, -2, -2);
+  const unsigned kind = face.outputs.empty() ? PlugType::kNone : face.outputs.front().type;
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(face.is_placeholder ? colors_.warning : MixColors(colors_.header, colors_.GetKind(kind), 0.75));
+  painter_.drawRoundedRect(tile, 5, 5);
+  if (zoom_ < Detail::kText) return;
+  QString initials = face.is_placeholder ? QStringLiteral("?") : QString();
+  for (const QString& word : face.type_name.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+    if (!face.is_placeholder && initials.size() < 2) initials += word.front().toUpper();
+  }
+  painter_.setFont(MakeFont(initials.size() > 1 ? 11 : 14, true));
+  painter_.setPen(colors_.is_dark ? QColor(Qt::black) : QColor(Qt::white));
+  painter_.drawText(tile, Qt::AlignCenter, initials);
 }
 
 void NodePainter::PaintTitle() {
@@ -155,7 +167,7 @@ void NodePainter::PaintEye() {
   const QRectF box = item_.shape_.eye;
   const QPointF middle = box.center();
   QColor color = MixColors(colors_.header, colors_.text, 0.38);
-  if (item_.is_shown_) {
+  if (item_.IsShown()) {
     painter_.setPen(Qt::NoPen);
     painter_.setBrush(colors_.accent);
     painter_.drawRoundedRect(box, 6, 6);
@@ -195,6 +207,12 @@ void NodePainter::PaintPlug(const PlugFace& plug, const QPointF& place, bool is_
     painter_.setPen(Qt::NoPen);
     painter_.setBrush(halo);
     painter_.drawEllipse(place, NodeShape::kPlugRadius * 2.1, NodeShape::kPlugRadius * 2.1);
+  }
+  const bool is_shown = !is_input && item_.shown_ == plug.name && item_.face_.outputs.size() > 1;
+  if (is_shown) {
+    painter_.setPen(QPen(colors_.accent, 2.0));
+    painter_.setBrush(Qt::NoBrush);
+    painter_.drawEllipse(place, NodeShape::kPlugRadius * 1.9, NodeShape::kPlugRadius * 1.9);
   }
   DrawPlugMark(painter_, place, NodeShape::kPlugRadius, plug.type, plug.is_connected, colors_);
   if (zoom_ < Detail::kText) return;

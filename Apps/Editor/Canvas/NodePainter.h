@@ -16,6 +16,8 @@ class NodePainter {
   void PaintBody();
   void PaintSelection();
   void PaintHeader();
+  /// In place of an icon: the initials of the type.
+  void PaintTile();
   void PaintTitle();
   void PaintEye();
   void PaintPlugs();
