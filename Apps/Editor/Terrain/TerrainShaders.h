@@ -109,9 +109,9 @@ uniform vec2 u_half;
 uniform vec2 u_away;
 uniform float u_strength;
 void main() {
-  float near_by = length(max(abs(v_place) - u_half, 0.0));
-  float thrown = length(max(abs(v_place - u_away) - u_half, 0.0));
-  float alpha = 0.6 * exp(-near_by * near_by * 90.0) + 0.5 * exp(-thrown * thrown * 14.0);
+  float near_by = clamp(1.0 - length(max(abs(v_place) - u_half, 0.0)) * 5.0, 0.0, 1.0);
+  float thrown = clamp(1.0 - length(max(abs(v_place - u_away) - u_half, 0.0)) * 1.9, 0.0, 1.0);
+  float alpha = 0.55 * near_by * near_by * near_by + 0.5 * thrown * thrown * thrown;
   gl_FragColor = vec4(0.0, 0.0, 0.0, alpha * u_strength);
 }
 )";
