@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "Apps/Editor/Terrain/TerrainTesting.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 

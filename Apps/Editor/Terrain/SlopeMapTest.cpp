@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Apps/Editor/Terrain/TerrainTesting.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 

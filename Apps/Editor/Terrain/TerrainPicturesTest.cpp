@@ -7,6 +7,7 @@
 
 #include "Apps/Editor/Terrain/TerrainTesting.h"
 #include "Apps/Editor/Terrain/TerrainView.h"
+#include "Tests/Support/HostTesting.h"
 #include "Tests/Widgets/WidgetTesting.h"
 
 namespace {

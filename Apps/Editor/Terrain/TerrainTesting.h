@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
 #include "Apps/Editor/Terrain/HeightField.h"
-#include "Tests/Support/HostTesting.h"
 
 /// What the tests of terrains share.
 namespace TerrainTest {
 
 inline std::shared_ptr<const ScEng::ViewImage> MakeView(int size_x, int size_y, const std::vector<float>& values) {
-  return ScEng::ViewImage::Make(*Testing::MakeImage(size_x, size_y, ColorMode::kValue, values));
+  const ImagePtr image = ScEng::MakeRef<Image>(size_x, size_y, ColorMode::kValue, nullptr);
+  std::copy(values.begin(), values.end(), image->GetArray());
+  return ScEng::ViewImage::Make(*image);
 }
 
 inline std::shared_ptr<const HeightField> MakeField(int size_x, int size_y, const std::vector<float>& values) {

@@ -10,6 +10,7 @@
 
 #include "Apps/Editor/Terrain/TerrainKeys.h"
 #include "Apps/Editor/Terrain/TerrainTesting.h"
+#include "Tests/Support/HostTesting.h"
 #include "Tests/Widgets/WidgetTesting.h"
 
 namespace {

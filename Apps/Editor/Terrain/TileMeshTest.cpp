@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Apps/Editor/Terrain/TerrainTesting.h"
+#include "Tests/Support/HostTesting.h"
 
 namespace {
 

@@ -81,17 +81,20 @@ TEST(TileSelection, LeavesOutWhatIsNotInThePicture) {
   EXPECT_TRUE(SelectTiles(*tree, LookDown(-5.0F, 5.0F, 1.0F, 0.1F), 1'000'000, 0.0F).empty());
 }
 
-// From 10 away a quad of the finest level, 1/128 wide, takes 0.78 pixels where one at distance 1 takes 1000 per unit.
+// From 10 away quads take 0.78 pixels, those of the next levels 1.56, 3.1 and 6.2: 1000 per unit at a distance of 1.
 TEST(TileSelection, StopsAtQuadsOfTheSizeThatIsAskedFor) {
   const auto tree = MakeTree();
-  const TerrainEye eye = LookDown(0.0F, 0.0F, 10.1F, 50.0F);
+  TerrainEye eye = LookDown(0.0F, 0.0F, 11.0F, 50.0F);
+  // As high as half of the surface is wide: too steep for fewer quads.
+  eye.rise = 1.0F;
   const auto finest = [&](float pixels) {
     const std::vector<TileKey> tiles = SelectTiles(*tree, eye, 1'000'000, pixels);
     return std::min_element(tiles.begin(), tiles.end())->level;
   };
-  EXPECT_EQ(finest(0.1F), 0);
-  EXPECT_EQ(finest(1.0F), 1);
-  EXPECT_EQ(finest(100.0F), 3);
+  EXPECT_EQ(finest(1.5F), 0);
+  EXPECT_EQ(finest(1.6F), 1);
+  EXPECT_EQ(finest(3.2F), 2);
+  EXPECT_EQ(finest(6.3F), 3);
 }
 
 }  // namespace
