@@ -57,6 +57,12 @@ class TerrainPictures : public testing::Test {
 
 TEST_F(TerrainPictures, OpenGlIsThere) { EXPECT_TRUE(view_.IsAvailable()) << view_.GetProblem().toStdString(); }
 
+TEST_F(TerrainPictures, AreDrawnBesideTheInterface) {
+  TerrainPainter painter;
+  EXPECT_NE(painter.GetWorker().thread(), QThread::currentThread());
+  EXPECT_EQ(painter.GetProblem(), "");
+}
+
 TEST_F(TerrainPictures, ShowClayOnAGround) {
   SetFormula(64, [](int, int) { return 0.5; });
   const QImage picture = view_.Grab();

@@ -18,6 +18,9 @@ namespace {
 
 enum Attribute : GLuint { kPlace, kSlope, kRelief, kColor, kKind, kNumAttributes };
 
+// Smaller quads would not be seen, and smaller ones with lines would be all lines.
+constexpr double kPixelsPerQuad = 1.5;
+constexpr double kPixelsPerWire = 7.0;
 // Beyond this a picture is not smoothed by drawing it at twice its size.
 constexpr qint64 kMostSmoothPixels = 3'000'000;
 // Between these times of coarse pictures their size stays as it is.
@@ -134,8 +137,11 @@ void TerrainRenderer::DrawCurrent(const TerrainFrame& frame, const std::function
                                   TerrainPicture& picture) {
   const QSize size = FindSize(frame);
   TerrainEye eye = frame.GetEye(size);
+  const double samples = static_cast<double>(size.width()) / frame.pixels.width();
+  const double pixels_per_quad = frame.settings.wireframe ? kPixelsPerWire * samples : kPixelsPerQuad;
   const std::vector<TileKey> tiles =
-      SelectTiles(*tree_, eye, frame.is_fine ? TerrainFrame::kFineTriangles : TerrainFrame::kCoarseTriangles, 1.5F);
+      SelectTiles(*tree_, eye, frame.is_fine ? TerrainFrame::kFineTriangles : TerrainFrame::kCoarseTriangles,
+                  static_cast<float>(pixels_per_quad));
   if (!PrepareTiles(frame, tiles, should_stop)) return;
   if (!target_->Bind(size)) {
     picture.problem = Tell(QT_TRANSLATE_NOOP("TerrainRenderer", "OpenGL has no memory for a picture of this size"));

@@ -22,6 +22,7 @@ class TerrainWithoutOpenGl : public testing::Test {
 TEST_F(TerrainWithoutOpenGl, SaysWhy) {
   EXPECT_FALSE(view_.IsAvailable());
   EXPECT_EQ(view_.GetProblem(), "this display offers no OpenGL context");
+  EXPECT_FALSE(WidgetTest::Find<QToolButton>(view_, "reset")->isEnabled());
 }
 
 TEST_F(TerrainWithoutOpenGl, ShowsASentenceInPlaceOfThePicture) {
