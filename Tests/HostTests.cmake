@@ -458,3 +458,30 @@ value_add_test(EditorFilesTests
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorFilesTests PROPERTIES AUTOMOC ON)
+
+# The 3D view of the editor, where there is no OpenGL.
+set(terrain "${PROJECT_SOURCE_DIR}/Apps/Editor/Terrain")
+value_add_test(EditorTerrainTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${terrain}/HeightFieldTest.cpp"
+    "${terrain}/SlopeMapTest.cpp"
+    "${terrain}/SurfaceColorsTest.cpp"
+    "${terrain}/TerrainCameraTest.cpp"
+    "${terrain}/TerrainViewTest.cpp"
+    "${terrain}/TerrainWithoutOpenGlTest.cpp"
+    "${terrain}/TileMeshTest.cpp"
+    "${terrain}/TileSelectionTest.cpp"
+    "${terrain}/TileTreeTest.cpp"
+  DEPENDS ValueEditorParts Qt6::Test
+  ENVIRONMENT ${widget_test_environment} "DISPLAY=" "WAYLAND_DISPLAY=")
+# The same view in real windows, where it draws with the software renderer.
+add_executable(EditorTerrainWindowTests
+  Widgets/WidgetTesting.cpp
+  "${terrain}/TerrainPicturesTest.cpp"
+  "${terrain}/TerrainViewTest.cpp")
+target_link_libraries(EditorTerrainWindowTests PRIVATE ValueEditorParts Qt6::Test ValueBuild GTest::gtest_main)
+add_test(NAME TerrainInWindows
+  COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:EditorTerrainWindowTests>)
+set_tests_properties(TerrainInWindows PROPERTIES
+  ENVIRONMENT "${window_test_environment};LIBGL_ALWAYS_SOFTWARE=1" TIMEOUT 600)

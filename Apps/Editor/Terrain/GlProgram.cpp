@@ -2,12 +2,15 @@
 #include "Apps/Editor/Terrain/GlProgram.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 
 namespace {
 
-/// The first line of what a driver says.
+/// The first line of what a driver says, without what is no text.
 QString FirstLine(const QByteArray& text) {
-  return QString::fromUtf8(text.constData()).section(QLatin1Char('\n'), 0, 0).simplified();
+  QString line = QString::fromUtf8(text.constData()).section(QLatin1Char('\n'), 0, 0).simplified();
+  line.removeIf([](QChar character) { return !character.isPrint(); });
+  return line;
 }
 
 }  // namespace
@@ -31,7 +34,9 @@ QString GlProgram::Attach(GLenum type, const char* source) {
   }
   // It lives on in the program.
   gl_.glDeleteShader(shader);
-  return is_compiled == GL_TRUE ? QString() : QStringLiteral("a shader does not compile: ") + FirstLine(log);
+  return is_compiled == GL_TRUE
+             ? QString()
+             : QCoreApplication::translate("GlProgram", "a shader does not compile: %1").arg(FirstLine(log));
 }
 
 QString GlProgram::Make(const char* vertex_source, const char* fragment_source,
@@ -48,5 +53,5 @@ QString GlProgram::Make(const char* vertex_source, const char* fragment_source,
   if (is_linked == GL_TRUE) return {};
   QByteArray log(1024, '\0');
   gl_.glGetProgramInfoLog(program_, static_cast<GLsizei>(log.size() - 1), nullptr, log.data());
-  return QStringLiteral("the shaders do not fit together: ") + FirstLine(log);
+  return QCoreApplication::translate("GlProgram", "the shaders do not fit together: %1").arg(FirstLine(log));
 }

@@ -50,12 +50,10 @@ HeightField::HeightField(std::shared_ptr<const ScEng::ViewImage> image)
   if (figures.finite.IsEmpty()) return;
   const ScEng::SampleRange range = FindRange(image_->GetImage(), figures.finite);
   low_ = range.low;
-  // The extent of a range can be beyond what a float holds, and a range without extent is flat.
-  const double extent = static_cast<double>(range.high) - static_cast<double>(range.low);
-  per_unit_ = extent > 0.0 ? static_cast<float>(1.0 / extent) : 0.0F;
-  if (!std::isfinite(per_unit_)) per_unit_ = 0.0F;
-  lowest_ = (figures.finite.low - low_) * per_unit_;
-  highest_ = (figures.finite.high - low_) * per_unit_;
+  // A range without extent is flat.
+  if (range.high > range.low) per_unit_ = 1.0 / (range.high - low_);
+  lowest_ = ToHeight(figures.finite.low);
+  highest_ = ToHeight(figures.finite.high);
 }
 
 bool HeightField::HasSurface() const { return size_x_ > 1 && size_y_ > 1 && !image_->GetFigures().finite.IsEmpty(); }
@@ -63,7 +61,7 @@ bool HeightField::HasSurface() const { return size_x_ > 1 && size_y_ > 1 && !ima
 float HeightField::Read(const ScEng::ViewImage::Level& level, int x, int y) const {
   const auto pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(level.size_x) + static_cast<std::size_t>(x);
   const float value = ScEng::ValueOfPixel(level.samples + pixel * static_cast<std::size_t>(channels_), color_mode_);
-  return std::isfinite(value) ? (value - low_) * per_unit_ : kHole;
+  return std::isfinite(value) ? ToHeight(value) : kHole;
 }
 
 HeightField::Heights HeightField::CopyLevel(int level) const {

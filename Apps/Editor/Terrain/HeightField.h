@@ -57,6 +57,7 @@ class HeightField {
   [[nodiscard]] Heights CopyLevel(int level) const;
 
  private:
+  [[nodiscard]] float ToHeight(float value) const { return static_cast<float>((value - low_) * per_unit_); }
   [[nodiscard]] float Read(const ScEng::ViewImage::Level& level, int x, int y) const;
 
   std::shared_ptr<const ScEng::ViewImage> image_;
@@ -65,8 +66,9 @@ class HeightField {
   int size_y_;
   unsigned color_mode_;
   int channels_;
-  float low_ = 0.0F;
-  float per_unit_ = 1.0F;
+  // Differences of values can be beyond what a float holds.
+  double low_ = 0.0;
+  double per_unit_ = 0.0;
   float lowest_ = 0.0F;
   float highest_ = 0.0F;
   bool has_holes_;

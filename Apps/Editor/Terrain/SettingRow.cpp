@@ -28,6 +28,7 @@ SettingRow::SettingRow(const QString& name, const QString& object_name, const Ra
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(slider_, 1);
   layout->addWidget(field_);
+  field_->setMinimumWidth(fontMetrics().averageCharWidth() * 12);
   slider_->setMinimumWidth(fontMetrics().averageCharWidth() * 20);
   connect(slider_, &QSlider::valueChanged, this, [this](int position) {
     // The field rounds, which must not push the slider back.

@@ -41,8 +41,8 @@ SurfaceColor Mix(const SurfaceColor& a, const SurfaceColor& b, float share) {
 std::vector<SurfaceColor> MakeRamp(const ScEng::Look& look) {
   std::vector<SurfaceColor> ramp;
   for (int i = 0; i < kRampColors; ++i) {
-    const auto grey = static_cast<std::uint8_t>(i);
-    ramp.push_back({grey, grey, grey, 255});
+    const auto gray = static_cast<std::uint8_t>(i);
+    ramp.push_back({gray, gray, gray, 255});
     if (look.shading != ScEng::Shading::kRamp) continue;
     const unsigned color = ScEng::GetRampColor(look.ramp, i / static_cast<double>(kRampColors - 1));
     ramp.back() = {static_cast<std::uint8_t>(color >> 16U & 0xFFU), static_cast<std::uint8_t>(color >> 8U & 0xFFU),

@@ -8,8 +8,8 @@
 namespace {
 
 constexpr double kFieldOfView = 32.0;
-/// Of a ball around most of a square terrain; its corners are never all at the rim of the picture.
-constexpr double kRadius = 1.22;
+/// What of space the height of a picture shows at the distance from where a square terrain is seen whole.
+constexpr double kShownExtent = 2.44;
 
 double ToRadians(double degrees) { return degrees * std::numbers::pi / 180.0; }
 
@@ -21,7 +21,7 @@ void TerrainCamera::Orbit(double right_degrees, double up_degrees) {
 }
 
 void TerrainCamera::Pan(double right, double up) {
-  const double extent = distance_ * 2.0 * kRadius;
+  const double extent = distance_ * kShownExtent;
   // Near the horizon a small way up is a long way over the ground.
   const double forward = up * extent / std::max(std::sin(ToRadians(pitch_)), 0.25);
   const double sideways = right * extent;
@@ -33,12 +33,12 @@ void TerrainCamera::Pan(double right, double up) {
 
 void TerrainCamera::Zoom(double factor) { distance_ = std::clamp(distance_ / factor, kLeastDistance, kMostDistance); }
 
-TerrainEye TerrainCamera::GetEye(const QSize& pixels, double target_z) const {
+TerrainEye TerrainCamera::GetEye(const QSize& pixels, double target_z, double radius) const {
   const double width = std::max(pixels.width(), 1);
   const double height = std::max(pixels.height(), 1);
   const double half_height = std::tan(ToRadians(kFieldOfView / 2.0));
   const double half_width = half_height * width / height;
-  const double distance = distance_ * kRadius / std::sin(std::atan(std::min(half_height, half_width)));
+  const double distance = distance_ * radius / std::sin(std::atan(std::min(half_height, half_width)));
 
   const double flat = std::cos(ToRadians(pitch_)) * distance;
   const QVector3D target(static_cast<float>(target_x_), static_cast<float>(target_y_), static_cast<float>(target_z));

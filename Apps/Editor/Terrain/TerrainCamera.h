@@ -32,8 +32,9 @@ class TerrainCamera {
   [[nodiscard]] double GetTargetX() const { return target_x_; }
   [[nodiscard]] double GetTargetY() const { return target_y_; }
 
-  /// The view in a picture of so many pixels; `target_z` is the height in space of the place that is looked at.
-  [[nodiscard]] TerrainEye GetEye(const QSize& pixels, double target_z) const;
+  /// The view in a picture of so many pixels of something that fits into a ball; `target_z` is the height in space of
+  /// the place that is looked at.
+  [[nodiscard]] TerrainEye GetEye(const QSize& pixels, double target_z, double radius) const;
 
  private:
   double yaw_ = -32.0;

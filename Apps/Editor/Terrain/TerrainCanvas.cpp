@@ -86,7 +86,13 @@ void TerrainCanvas::ResetCamera() {
 }
 
 QString TerrainCanvas::GetProblem() {
-  if (picture_.problem.isEmpty()) picture_.problem = GetPainter().GetProblem();
+  if (picture_.problem.isEmpty()) {
+    picture_.problem = GetPainter().GetProblem();
+    if (!picture_.problem.isEmpty()) {
+      update();
+      emit ProblemFound();
+    }
+  }
   return picture_.problem;
 }
 

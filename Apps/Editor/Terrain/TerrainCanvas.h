@@ -37,6 +37,8 @@ class TerrainCanvas : public QWidget {
   QString GetProblem();
   /// Draws what is shown at its best and waits for it, so that the widget shows it too.
   QImage Grab();
+  /// What is said in place of a picture; nothing where there is something to draw.
+  [[nodiscard]] QString GetNotice() const;
   /// The last picture that has been drawn.
   [[nodiscard]] const TerrainPicture& GetPicture() const { return picture_; }
 
@@ -67,7 +69,7 @@ class TerrainCanvas : public QWidget {
   [[nodiscard]] bool HasSurface() const { return field_ != nullptr && field_->HasSurface(); }
   [[nodiscard]] TerrainBackground GetBackground() const;
   [[nodiscard]] TerrainFrame MakeFrame(bool is_fine) const;
-  [[nodiscard]] QString GetNotice() const;
+
   void Refresh();
   void AskFine();
   void TakePicture(const TerrainPicture& picture);

@@ -47,6 +47,8 @@ struct TerrainFrame {
 
   [[nodiscard]] double GetRise() const { return kRise * settings.exaggeration; }
   [[nodiscard]] double GetGround() const { return static_cast<double>(field->GetLowest()) * GetRise() - kBase; }
+  /// Of a ball that shows the whole block when it fits into the picture.
+  [[nodiscard]] double GetRadius() const;
   /// The camera looks at the middle of all heights from afar, and at the surface when it is near.
   [[nodiscard]] TerrainEye GetEye(const QSize& size) const;
 };

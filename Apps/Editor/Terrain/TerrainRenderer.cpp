@@ -18,8 +18,17 @@ namespace {
 
 enum Attribute : GLuint { kPlace, kSlope, kRelief, kColor, kKind, kNumAttributes };
 
+// Smaller quads would not be seen, and smaller ones with lines would be all lines.
+constexpr double kPixelsPerQuad = 1.5;
+constexpr double kPixelsPerWire = 7.0;
 // Beyond this a picture is not smoothed by drawing it at twice its size.
 constexpr qint64 kMostSmoothPixels = 3'000'000;
+// Between these times of coarse pictures their size stays as it is.
+constexpr double kFastMilliseconds = 25.0;
+constexpr double kSlowMilliseconds = 60.0;
+constexpr double kLeastScale = 0.5;
+// After so many tiles of a fine picture it is asked whether to stop.
+constexpr std::size_t kTilesAtOnce = 16;
 
 QString Tell(const char* text) { return QCoreApplication::translate("TerrainRenderer", text); }
 
@@ -85,10 +94,17 @@ QString TerrainRenderer::MakePrograms() {
   return problem;
 }
 
-int TerrainRenderer::FindSamples(const TerrainFrame& frame) const {
-  const qint64 pixels = static_cast<qint64>(frame.pixels.width()) * frame.pixels.height();
-  const int longer = std::max(frame.pixels.width(), frame.pixels.height());
-  return frame.is_fine && pixels <= kMostSmoothPixels && 2 * longer <= most_pixels_ ? 2 : 1;
+QSize TerrainRenderer::FindSize(const TerrainFrame& frame) const {
+  const QSize size = frame.pixels.boundedTo(QSize(most_pixels_, most_pixels_));
+  if (!frame.is_fine) return (QSizeF(size) * coarse_scale_).toSize().expandedTo(QSize(1, 1));
+  const qint64 pixels = static_cast<qint64>(size.width()) * size.height();
+  const bool fits = 2 * std::max(size.width(), size.height()) <= most_pixels_;
+  return pixels <= kMostSmoothPixels && fits ? size * 2 : size;
+}
+
+void TerrainRenderer::AdaptScale(double milliseconds) {
+  if (milliseconds > kSlowMilliseconds) coarse_scale_ = std::max(coarse_scale_ * 0.8, kLeastScale);
+  if (milliseconds < kFastMilliseconds) coarse_scale_ = std::min(coarse_scale_ * 1.25, 1.0);
 }
 
 TerrainPicture TerrainRenderer::Draw(const TerrainFrame& frame, const std::function<bool()>& should_stop) {
@@ -100,7 +116,12 @@ TerrainPicture TerrainRenderer::Draw(const TerrainFrame& frame, const std::funct
     picture.problem = Tell(QT_TRANSLATE_NOOP("TerrainRenderer", "the display took its OpenGL context back"));
     return picture;
   }
-  if (Prepare(frame, should_stop)) DrawCurrent(frame, should_stop, picture);
+  if (Prepare(frame, should_stop)) {
+    QElapsedTimer drawing;
+    drawing.start();
+    DrawCurrent(frame, should_stop, picture);
+    if (!frame.is_fine) AdaptScale(static_cast<double>(drawing.nsecsElapsed()) * 1e-6);
+  }
   context_.doneCurrent();
   if (picture.image.isNull()) return picture;
   if (picture.image.size() != frame.pixels) {
@@ -114,10 +135,13 @@ TerrainPicture TerrainRenderer::Draw(const TerrainFrame& frame, const std::funct
 
 void TerrainRenderer::DrawCurrent(const TerrainFrame& frame, const std::function<bool()>& should_stop,
                                   TerrainPicture& picture) {
-  const QSize size = frame.pixels.boundedTo(QSize(most_pixels_, most_pixels_)) * FindSamples(frame);
+  const QSize size = FindSize(frame);
   TerrainEye eye = frame.GetEye(size);
+  const double samples = static_cast<double>(size.width()) / frame.pixels.width();
+  const double pixels_per_quad = frame.settings.wireframe ? kPixelsPerWire * samples : kPixelsPerQuad;
   const std::vector<TileKey> tiles =
-      SelectTiles(*tree_, eye, frame.is_fine ? TerrainFrame::kFineTriangles : TerrainFrame::kCoarseTriangles, 1.5F);
+      SelectTiles(*tree_, eye, frame.is_fine ? TerrainFrame::kFineTriangles : TerrainFrame::kCoarseTriangles,
+                  static_cast<float>(pixels_per_quad));
   if (!PrepareTiles(frame, tiles, should_stop)) return;
   if (!target_->Bind(size)) {
     picture.problem = Tell(QT_TRANSLATE_NOOP("TerrainRenderer", "OpenGL has no memory for a picture of this size"));
@@ -131,8 +155,8 @@ void TerrainRenderer::DrawCurrent(const TerrainFrame& frame, const std::function
   gl_->glClear(GL_DEPTH_BUFFER_BIT);
   DrawSky(frame.background);
   DrawShade(frame, eye);
-  picture.triangles = DrawSurface(frame, eye, tiles);
-  picture.image = target_->Read();
+  picture.triangles = DrawSurface(frame, eye, tiles, should_stop);
+  if (picture.triangles > 0 || tiles.empty()) picture.image = target_->Read();
   tiles_->Trim();
 }
 
@@ -194,7 +218,7 @@ void TerrainRenderer::DrawShade(const TerrainFrame& frame, const TerrainEye& eye
   shade_program_->Set("u_half", static_cast<float>((frame.field->GetSizeX() - 1) * frame.field->GetSpacing() * 0.5),
                       static_cast<float>((frame.field->GetSizeY() - 1) * frame.field->GetSpacing() * 0.5));
   shade_program_->Set("u_away", -light.x() * reach, -light.y() * reach);
-  shade_program_->Set("u_strength", 0.55F);
+  shade_program_->Set("u_strength", frame.background.bottom.lightnessF() < 0.5F ? 0.65F : 0.4F);
   DrawSquare();
   gl_->glDisable(GL_BLEND);
 }
@@ -234,13 +258,15 @@ void TerrainRenderer::SetLight(const TerrainFrame& frame, const TerrainEye& eye)
   slopes_->Bind(frame.is_fine);
 }
 
-int TerrainRenderer::DrawSurface(const TerrainFrame& frame, const TerrainEye& eye, const std::vector<TileKey>& tiles) {
+int TerrainRenderer::DrawSurface(const TerrainFrame& frame, const TerrainEye& eye, const std::vector<TileKey>& tiles,
+                                 const std::function<bool()>& should_stop) {
   GlProgram& program = *surface_program_;
   gl_->glEnable(GL_DEPTH_TEST);
   gl_->glDepthFunc(GL_LEQUAL);
   SetLight(frame, eye);
   for (GLuint attribute = 0; attribute < kNumAttributes; ++attribute) gl_->glEnableVertexAttribArray(attribute);
   GLsizei indices = 0;
+  std::size_t num_drawn = 0;
   const bool has_lines = frame.settings.wireframe;
   // Lines lie on the triangles, which make way for them.
   if (has_lines) gl_->glEnable(GL_POLYGON_OFFSET_FILL);
@@ -252,6 +278,10 @@ int TerrainRenderer::DrawSurface(const TerrainFrame& frame, const TerrainEye& ey
     gl_->glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, tile.triangles);
     gl_->glDrawElements(GL_TRIANGLES, tile.num_triangle_indices, GL_UNSIGNED_SHORT, nullptr);
     indices += tile.num_triangle_indices;
+    if (!frame.is_fine || ++num_drawn % kTilesAtOnce != 0) continue;
+    // What has been asked for is drawn now, so that the answer is of use.
+    gl_->glFinish();
+    if (should_stop && should_stop()) return 0;
   }
   gl_->glDisable(GL_POLYGON_OFFSET_FILL);
   if (has_lines) program.Set("u_darkness", 0.6F);

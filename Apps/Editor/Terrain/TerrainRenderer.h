@@ -49,14 +49,20 @@ class TerrainRenderer {
   void DrawSky(const TerrainBackground& background);
   void DrawShade(const TerrainFrame& frame, const TerrainEye& eye);
   void DrawSquare();
-  int DrawSurface(const TerrainFrame& frame, const TerrainEye& eye, const std::vector<TileKey>& tiles);
+  /// Answers the number of triangles, or 0 when it has been stopped.
+  int DrawSurface(const TerrainFrame& frame, const TerrainEye& eye, const std::vector<TileKey>& tiles,
+                  const std::function<bool()>& should_stop);
   void BindVertices(const TileStore::Tile& tile);
-  [[nodiscard]] int FindSamples(const TerrainFrame& frame) const;
+  /// The size that a frame is drawn at: a fine one twice as large where that fits, a coarse one smaller on slow
+  /// machines.
+  [[nodiscard]] QSize FindSize(const TerrainFrame& frame) const;
+  void AdaptScale(double milliseconds);
 
   QOpenGLContext context_;
   QSurface* surface_ = nullptr;
   QOpenGLFunctions* gl_ = nullptr;
   int most_pixels_ = 0;
+  double coarse_scale_ = 1.0;
   std::unique_ptr<GlProgram> surface_program_;
   std::unique_ptr<GlProgram> sky_program_;
   std::unique_ptr<GlProgram> shade_program_;

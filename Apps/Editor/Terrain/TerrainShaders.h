@@ -59,10 +59,12 @@ void main() {
   vec2 mapped = coded / max(1.0 - abs(coded), 0.004) * u_map_rise;
   vec2 slope = mix(v_slope * u_rise, mapped, u_detail);
   vec3 normal = normalize(mix(vec3(-slope, 1.0), vec3(v_slope, 0.0), v_wall));
-  float key = max(dot(normal, u_light), 0.0);
+  // Light goes a little around the corner, as it does in clay.
+  float facing = max(dot(normal, u_light) * 0.72 + 0.28, 0.0);
+  float key = facing * mix(facing, 1.0, 0.4);
   float fill = max(dot(normal, normalize(vec3(-u_light.xy, 0.4))), 0.0);
-  vec3 sky = mix(vec3(0.35, 0.33, 0.32), vec3(0.47, 0.48, 0.51), normal.z * 0.5 + 0.5);
-  vec3 light = sky * v_openness + vec3(0.68, 0.65, 0.60) * key * mix(1.0, v_openness, 0.4) + vec3(0.10) * fill;
+  vec3 sky = mix(vec3(0.32, 0.30, 0.29), vec3(0.40, 0.41, 0.44), normal.z * 0.5 + 0.5);
+  vec3 light = sky * v_openness + vec3(0.72, 0.68, 0.62) * key * mix(1.0, v_openness, 0.4) + vec3(0.10) * fill;
   gl_FragColor = vec4(min(v_color * light, 1.0) * (1.0 - u_darkness), 1.0);
 }
 )";
@@ -109,9 +111,9 @@ uniform vec2 u_half;
 uniform vec2 u_away;
 uniform float u_strength;
 void main() {
-  float near_by = length(max(abs(v_place) - u_half, 0.0));
-  float thrown = length(max(abs(v_place - u_away) - u_half, 0.0));
-  float alpha = 0.6 * exp(-near_by * near_by * 90.0) + 0.5 * exp(-thrown * thrown * 14.0);
+  float near_by = clamp(1.0 - length(max(abs(v_place) - u_half, 0.0)) * 5.0, 0.0, 1.0);
+  float thrown = clamp(1.0 - length(max(abs(v_place - u_away) - u_half, 0.0)) * 1.9, 0.0, 1.0);
+  float alpha = 0.55 * near_by * near_by * near_by + 0.5 * thrown * thrown * thrown;
   gl_FragColor = vec4(0.0, 0.0, 0.0, alpha * u_strength);
 }
 )";

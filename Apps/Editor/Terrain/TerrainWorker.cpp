@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Terrain/TerrainWorker.h"
 
+#include <new>
 #include <utility>
 
 TerrainWorker::~TerrainWorker() = default;
@@ -43,7 +44,11 @@ TerrainPicture TerrainWorker::Draw(const TerrainFrame& frame, const std::functio
   TerrainPicture picture;
   picture.problem = GetProblem();
   if (!picture.problem.isEmpty()) return picture;
-  picture = renderer_->Draw(frame, should_stop);
+  try {
+    picture = renderer_->Draw(frame, should_stop);
+  } catch (const std::bad_alloc&) {
+    picture.problem = tr("there is not enough memory for this image");
+  }
   return picture;
 }
 
