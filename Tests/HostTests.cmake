@@ -406,3 +406,19 @@ value_add_test(ValueProgramTests
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapText.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Value/WrapTextTest.cpp"
   DEPENDS CLI11::CLI11 ValueHost::Files ValueHost::Nodes ValueHost::Tools nlohmann_json::nlohmann_json)
+
+# The viewer of images, on the offscreen platform of Qt.
+value_add_test(ViewerWidgetTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${host}/Widgets/HistogramBarTest.cpp"
+    "${host}/Widgets/ImageViewTest.cpp"
+    "${host}/Widgets/ProbeReading.cpp"
+    "${host}/Widgets/ProbesTest.cpp"
+    "${host}/Widgets/ViewPlacement.cpp"
+    "${host}/Widgets/ViewPlacementTest.cpp"
+    "${host}/Widgets/ViewText.cpp"
+    "${host}/Widgets/ViewTextTest.cpp"
+    "${host}/Widgets/ViewerWidgetTest.cpp"
+  DEPENDS ValueHost::Viewing ValueHost::Widgets Qt6::Test
+  ENVIRONMENT ${widget_test_environment})

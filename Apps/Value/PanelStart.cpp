@@ -44,7 +44,7 @@ const std::map<std::string, PanelStart>& GetStarts() {
       {"ImageComputeGradientNode", {.inputs = {{kHills}}}},
       // Heights in pixels.
       {"ImageAmbientOcclusionNode",
-       {.inputs = {{kTerrain, {"ImageValueMultiplyNode", {"constant=150"}}}}, .settings_with_inputs = {"radius=24"}}},
+       {.inputs = {{kTerrain, {"ImageValueMultiplyNode", {"constant=1000"}}}}, .settings_with_inputs = {"radius=24"}}},
       {"ImageConnectedComponentsNode", {.inputs = {kMask}}},
       {"ImageComponentEdgesNode", {.inputs = {kMask}}},
   };
