@@ -343,7 +343,7 @@ value_add_test(HostWidgetsTests
     "${host}/Widgets/QNodeAttributesWidgetTest.cpp"
     "${host}/Widgets/SliderScale.cpp"
     "${host}/Widgets/SliderScaleTest.cpp"
-  DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Widgets Qt6::Test
+  DEPENDS ValueHost::Documents ValueHost::Files ValueHost::Nodes ValueHost::Viewing ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(HostWidgetsTests PROPERTIES AUTOMOC ON)
 # The same in real windows.
