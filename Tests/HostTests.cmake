@@ -422,3 +422,12 @@ value_add_test(ViewerWidgetTests
     "${host}/Widgets/ViewerWidgetTest.cpp"
   DEPENDS ValueHost::Viewing ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})
+value_add_test(HostViewingTests
+  SOURCES
+    "${host}/Viewing/ContourLinesTest.cpp"
+    "${host}/Viewing/DrawViewTest.cpp"
+    "${host}/Viewing/LookTest.cpp"
+    "${host}/Viewing/ProbeTest.cpp"
+    "${host}/Viewing/ReliefTest.cpp"
+    "${host}/Viewing/ViewImageTest.cpp"
+  DEPENDS ValueHost::Viewing)

@@ -89,7 +89,7 @@ QWidget* PanelWindow::MakePanel() {
   stack_ = attributes != nullptr ? attributes->GetUndoStack() : QNodeAttributesWidget::GetDefaultUndoStack();
   constexpr int kLeast = 620;
   constexpr int kMost = 900;
-  constexpr int kViewWidth = 620;
+  constexpr int kViewWidth = 560;
   const int height = panel->sizeHint().height();
   resize(kPanelWidth + kViewWidth, std::clamp(height, kLeast, kMost));
   return area;

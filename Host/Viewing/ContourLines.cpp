@@ -4,12 +4,16 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace ScEng {
 namespace {
 
-constexpr int kStrongEvery = 5;
+constexpr std::int64_t kStrongEvery = 5;
+/// From the middle of a strong line to where nothing is left of it, in drawn pixels. Other lines reach 1 pixel.
+constexpr double kWidestReach = 1.25;
 
 /// Darkens light pixels and lightens dark ones. The opacity of what is drawn grows to that of the line.
 std::uint32_t Cover(std::uint32_t pixel, double share) {
@@ -28,24 +32,27 @@ std::uint32_t Cover(std::uint32_t pixel, double share) {
 
 /// The share of a drawn pixel that lines take, for a value, its change to the next drawn pixel and the step.
 double GetShare(double value, double change, double step) {
-  const double line = std::round(value / step);
-  // Beyond, neighboring lines are the same number.
-  if (!(std::fabs(line) < 1e12) || !(change > 0.0)) return 0.0;
-  const bool is_strong = std::fmod(line, kStrongEvery) == 0.0;
-  const double distance = std::fabs(value - line * step) / change;
-  const double spacing = (is_strong ? kStrongEvery * step : step) / change;
+  const double steps = value / step;
+  // Beyond, neighboring lines are the same number. A value that is not finite fails too.
+  if (!(std::fabs(steps) < 1e12)) return 0.0;
+  // What `std::round` gives, without a call.
+  const auto line = static_cast<std::int64_t>(steps + (steps < 0.0 ? -0.5 : 0.5));
+  const double distance = std::fabs(value - static_cast<double>(line) * step);
+  if (!(distance < kWidestReach * change)) return 0.0;
+  const bool is_strong = line % kStrongEvery == 0;
+  const double spacing = (is_strong ? static_cast<double>(kStrongEvery) * step : step) / change;
   const double thinning = std::clamp((spacing - 1.0) / 2.0, 0.4, 1.0);
-  const double coverage = is_strong ? std::clamp(1.25 - distance, 0.0, 1.0) : std::clamp(1.0 - distance, 0.0, 1.0);
-  return coverage * thinning * (is_strong ? 0.85 : 0.5);
+  const double reach = is_strong ? kWidestReach : 1.0;
+  return std::clamp(reach - distance / change, 0.0, 1.0) * thinning * (is_strong ? 0.85 : 0.5);
 }
 
 }  // namespace
 
 void ContourLines::DrawRow(const RowPair& rows, const DrawnPlaces& columns, std::uint32_t* pixels) const {
-  const double down = static_cast<double>(rows.weight);
+  const auto down = static_cast<double>(rows.weight);
   for (std::size_t i = 0; i < columns.places.size(); ++i) {
     const DrawnPlace& place = columns.places[i];
-    const double right = static_cast<double>(place.weight);
+    const auto right = static_cast<double>(place.weight);
     const auto a = static_cast<double>(rows.top[place.first - columns.low]);
     const auto b = static_cast<double>(rows.top[place.second - columns.low]);
     const auto c = static_cast<double>(rows.bottom[place.first - columns.low]);
@@ -53,8 +60,6 @@ void ContourLines::DrawRow(const RowPair& rows, const DrawnPlaces& columns, std:
     const double along_x = (b - a) * (1.0 - down) + (d - c) * down;
     const double along_y = (c - a) * (1.0 - right) + (d - b) * right;
     const double value = (a + (b - a) * right) * (1.0 - down) + (c + (d - c) * right) * down;
-    // A product with a number that is not finite is not either, so that the first test fails.
-    if (!std::isfinite(value)) continue;
     const double share = GetShare(value, std::sqrt(along_x * along_x + along_y * along_y) * level_step_, step_);
     if (share > 0.0) pixels[i] = Cover(pixels[i], share);
   }

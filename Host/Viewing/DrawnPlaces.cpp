@@ -26,6 +26,7 @@ DrawnPlace FindPlace(const DrawnSide& side, double place) {
 }  // namespace
 
 DrawnPlaces::DrawnPlaces(const DrawnSide& side) {
+  if (!(side.zoom > 0.0)) return;
   const double size = side.size;
   const double low_place = side.repeats ? -size : 0.0;
   const double high_place = side.repeats ? 2.0 * size : size;

@@ -29,7 +29,14 @@ constexpr std::uint32_t Pack(std::uint32_t red, std::uint32_t green, std::uint32
 /// The nearest of the steps of 8 bits. Written so that a NaN gives 0.
 std::uint32_t ToStep(float share) {
   const float cut = share > 0.0F ? std::min(share, 1.0F) : 0.0F;
-  return static_cast<std::uint32_t>(static_cast<std::int32_t>(cut * 255.0F + 0.5F));
+  const float raised = cut * 255.0F + 0.5F;
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(raised));
+}
+
+/// Height per pixel, cut where the ground is as good as upright, so that squares stay finite.
+float GetRise(float along, float exaggeration) {
+  constexpr float kUpright = 1e18F;
+  return std::clamp(along * exaggeration, -kUpright, kUpright);
 }
 
 std::uint32_t PackGray(std::uint32_t step) { return Pack(step, step, step, 255); }
@@ -80,18 +87,18 @@ void PixelShades::Shade(const DrawnNumbers& numbers, std::uint32_t* pixels) cons
 /// angle between the light and the normal of the ground (-p, -q, 1), p and q being the derivatives of height.
 void PixelShades::ShadeByLight(const DrawnNumbers& numbers, std::uint32_t* pixels) const {
   for (std::size_t i = 0; i < numbers.count; ++i) {
-    const float p = numbers.along_x[i] * exaggeration_;
-    const float q = numbers.along_y[i] * exaggeration_;
+    const float p = GetRise(numbers.along_x[i], exaggeration_);
+    const float q = GetRise(numbers.along_y[i], exaggeration_);
     const float cosine = (light_up_ - (p * light_x_ + q * light_y_)) / std::sqrt(1.0F + (p * p + q * q));
     pixels[i] = PackGray(ToStep(cosine));
   }
 }
 
 void PixelShades::ShadeBySteepness(const DrawnNumbers& numbers, std::uint32_t* pixels) const {
-  constexpr float kSharePerRadian = static_cast<float>(2.0 / std::numbers::pi);
+  constexpr auto kSharePerRadian = static_cast<float>(2.0 / std::numbers::pi);
   for (std::size_t i = 0; i < numbers.count; ++i) {
-    const float p = numbers.along_x[i] * exaggeration_;
-    const float q = numbers.along_y[i] * exaggeration_;
+    const float p = GetRise(numbers.along_x[i], exaggeration_);
+    const float q = GetRise(numbers.along_y[i], exaggeration_);
     pixels[i] = ramp_[ToStep(std::atan(std::sqrt(p * p + q * q)) * kSharePerRadian)];
   }
 }

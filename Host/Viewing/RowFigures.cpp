@@ -10,8 +10,9 @@
 namespace ScEng {
 namespace {
 
-/// A multiple of the channels of every mode, so that each lane meets one channel.
-constexpr std::size_t kLanes = 8;
+/// A multiple of the channels of every mode, so that each lane meets one channel, and so many that compilers make
+/// vectors of them.
+constexpr std::size_t kLanes = 64;
 
 double Sum(const float* values, std::size_t count) {
   std::array<double, 4> sums = {};

@@ -15,7 +15,7 @@ struct ViewTransform {
   /// The place in the image, in its pixels from its top left corner, of the top left corner of what is drawn.
   double left = 0.0;
   double top = 0.0;
-  /// Drawn pixels per pixel of the image; greater than 0.
+  /// Drawn pixels per pixel of the image; greater than 0, else nothing is drawn.
   double zoom = 1.0;
 };
 

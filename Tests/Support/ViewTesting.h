@@ -4,25 +4,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <memory>
-#include <ostream>
 #include <vector>
 
 #include "Host/Viewing/DrawView.h"
+#include "Tests/Support/ImageTesting.h"
 
 /// What the tests of views share.
 namespace Testing {
-
-inline constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-inline constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-/// An image by its samples, of which there are as many as its size and mode say.
-inline ImagePtr MakeImage(int size_x, int size_y, unsigned color_mode, const std::vector<float>& samples) {
-  auto image = ScEng::MakeRef<Image>(ImageHeader::Fresh(size_x, size_y, color_mode), nullptr);
-  std::copy(samples.begin(), samples.end(), image->GetArray());
-  return image;
-}
 
 inline std::shared_ptr<const ScEng::ViewImage> MakeView(int size_x, int size_y, unsigned color_mode,
                                                         const std::vector<float>& samples) {
@@ -59,7 +48,8 @@ class DrawnPicture {
 
   [[nodiscard]] Drawn Get(int x, int y) const {
     const std::uint8_t* const pixel =
-        bytes_.data() + (static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)) * 4;
+        bytes_.data() +
+        (static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)) * 4;
     return {pixel[0], pixel[1], pixel[2], pixel[3]};
   }
   [[nodiscard]] std::vector<Drawn> GetRow(int y) const {
