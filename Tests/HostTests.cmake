@@ -347,7 +347,7 @@ value_add_test(HostWidgetsTests
     "${host}/Widgets/QNodeAttributesWidgetTest.cpp"
     "${host}/Widgets/SliderScale.cpp"
     "${host}/Widgets/SliderScaleTest.cpp"
-  DEPENDS ValueHost::Documents ValueHost::Nodes ValueHost::Widgets Qt6::Test
+  DEPENDS ValueHost::Documents ValueHost::Files ValueHost::Nodes ValueHost::Viewing ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(HostWidgetsTests PROPERTIES AUTOMOC ON)
 # The same in real windows.
@@ -422,6 +422,22 @@ value_add_test(EditorDocksTests
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)
 
+
+# The viewer of images, on the offscreen platform of Qt.
+value_add_test(ViewerWidgetTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${host}/Widgets/HistogramBarTest.cpp"
+    "${host}/Widgets/ImageViewTest.cpp"
+    "${host}/Widgets/ProbeReading.cpp"
+    "${host}/Widgets/ProbesTest.cpp"
+    "${host}/Widgets/ViewPlacement.cpp"
+    "${host}/Widgets/ViewPlacementTest.cpp"
+    "${host}/Widgets/ViewText.cpp"
+    "${host}/Widgets/ViewTextTest.cpp"
+    "${host}/Widgets/ViewerWidgetTest.cpp"
+  DEPENDS ValueHost::Viewing ValueHost::Widgets Qt6::Test
+  ENVIRONMENT ${widget_test_environment})
 value_add_test(HostViewingTests
   SOURCES
     "${host}/Viewing/ContourLinesTest.cpp"

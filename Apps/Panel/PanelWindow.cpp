@@ -89,7 +89,7 @@ QWidget* PanelWindow::MakePanel() {
   stack_ = attributes != nullptr ? attributes->GetUndoStack() : QNodeAttributesWidget::GetDefaultUndoStack();
   constexpr int kLeast = 620;
   constexpr int kMost = 900;
-  constexpr int kViewWidth = 620;
+  constexpr int kViewWidth = 560;
   const int height = panel->sizeHint().height();
   resize(kPanelWidth + kViewWidth, std::clamp(height, kLeast, kMost));
   return area;
@@ -177,10 +177,7 @@ void PanelWindow::Evaluate() {
   ScEng::ViewerContent content;
   save_->setEnabled(false);
   ShowCommand();
-  if (request_.outplugs.empty()) {
-    content.message = tr("This node makes no image.");
-    return viewer_->SetContent(content);
-  }
+  if (request_.outplugs.empty()) return ShowWithoutOutput();
   Node& node = *request_.node;
   const unsigned outplug = GetOutplug();
   const ScEng::RunReport report = request_.document->Evaluate(node, outplug);
@@ -195,6 +192,24 @@ void PanelWindow::Evaluate() {
   FixRange(*image, sources_.empty() ? nullptr : sources_.front().image.Get());
   viewer_->SetContent(content);
   save_->setEnabled(true);
+}
+
+void PanelWindow::ShowWithoutOutput() {
+  ScEng::ViewerContent content;
+  const std::string id = request_.document->GetId(*request_.node);
+  for (const ScEng::DocumentConnection& connection : request_.document->GetConnections()) {
+    if (connection.to.substr(0, connection.to.rfind('.')) != id || content.image != nullptr) continue;
+    ScEng::RunReport report;
+    const ImagePtr image = request_.document->Evaluate(connection.from, report);
+    if (!image) continue;
+    content.image = ScEng::ViewImage::Make(*image);
+    FixRange(*image, nullptr);
+  }
+  if (content.image == nullptr) {
+    content.message = tr("This node makes no image.");
+    viewer_->SetHistogramShown(false);
+  }
+  viewer_->SetContent(content);
 }
 
 void PanelWindow::AddSources(ScEng::ViewerContent& content) {

@@ -56,6 +56,8 @@ class PanelWindow : public QWidget, private NodeObserver {
   QPushButton* AddButton(QWidget* bar, const QString& text, const QString& name, const QString& tooltip);
   QPushButton* AddUndoButton(QWidget* bar, const QString& text, const QString& name, QKeySequence::StandardKey key);
   [[nodiscard]] unsigned GetOutplug() const;
+  /// Shows what goes into a node that makes no image itself.
+  void ShowWithoutOutput();
   /// Adds what goes into the node to what is shown.
   void AddSources(ScEng::ViewerContent& content);
   void FixRange(const Image& result, const Image* source);

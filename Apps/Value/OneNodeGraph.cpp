@@ -92,6 +92,13 @@ Status OneNodeGraph::AddNode(ScEng::GraphDocument& document, const NodeInterface
 }
 
 Status OneNodeGraph::SetAttributes(ScEng::GraphDocument& document, std::vector<std::string>& notes) const {
+  for (const std::string& setting : defaults_) {
+    const auto assignment = SplitAssignment(setting);
+    // A type of the same name may be another library's.
+    if (!assignment || node_->GetAttribute(assignment->first) == nullptr) continue;
+    const Status status = document.SetAttribute(id_ + "." + assignment->first, assignment->second, notes);
+    if (status.IsError()) return status;
+  }
   for (const std::string& setting : settings_) {
     const auto assignment = SplitAssignment(setting);
     if (!assignment) return Status::Error("--set " + setting + " is not of the form NAME=VALUE");

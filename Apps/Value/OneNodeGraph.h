@@ -37,6 +37,8 @@ class OneNodeGraph {
   /// The input files as they were written. Where none are given, a file to be filled in for each input.
   [[nodiscard]] std::vector<std::string> NameInputs() const;
 
+  /// Settings, "name=value", that --set may replace. Before `AddNode`.
+  void SetDefaults(std::vector<std::string> defaults) { defaults_ = std::move(defaults); }
   /// Adds the node and sets its attributes. Messages name it by its display name.
   ScEng::Status AddNode(ScEng::GraphDocument& document, const NodeInterface& descriptor,
                         std::vector<std::string>& notes);
@@ -79,6 +81,7 @@ class OneNodeGraph {
   std::vector<std::string> words_;
   std::vector<std::string> inputs_;
   std::vector<std::string> each_;
+  std::vector<std::string> defaults_;
   std::vector<std::string> settings_;
   std::optional<std::string> range_;
 };

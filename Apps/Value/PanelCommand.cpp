@@ -4,8 +4,12 @@
 #include "Apps/Panel/Panel.h"
 #include "Apps/Value/Common.h"
 #include "Apps/Value/OneNodeGraph.h"
+<<<<<<< HEAD
 #include "Apps/Value/WindowFlags.h"
 #include "Host/Nodes/HostNodes.h"
+=======
+#include "Apps/Value/PanelStart.h"
+>>>>>>> wt-imageview
 #include "Host/Util/HostModule.h"
 
 namespace {
@@ -22,7 +26,7 @@ class PanelCommand : public Command {
     graph_.DeclareRange(*sub);
     window_.Declare(*sub, 2);
     sub->footer(
-        "Without -i the node gets a terrain.\n\n"
+        "Without -i the node gets an image that shows what it does.\n\n"
         "Examples:\n"
         "  value panel \"Value Clamp\" -i terrain.exr\n"
         "  value panel Relief --set radius=12 --screenshot relief.png --theme dark --scale 2");
@@ -44,13 +48,19 @@ class PanelCommand : public Command {
 
     ScEng::GraphDocument document(catalog);
     std::vector<std::string> notes;
+    const PanelStart& start = FindPanelStart(found->GetNodeFactory()->GetTypeName());
+    std::vector<std::string> settings = start.settings;
+    if (!graph_.HasInputs()) {
+      settings.insert(settings.end(), start.settings_with_inputs.begin(), start.settings_with_inputs.end());
+    }
+    graph_.SetDefaults(settings);
     Status status = graph_.TakeStandardInput();
     if (!status.IsError()) {
       status = graph_.AddNode(document, *found, notes);
       if (!graph_.HasNode()) return Fail(ExitCode::kNodeError, status.GetMessage());
     }
-    if (!status.IsError())
-      status = graph_.HasInputs() ? graph_.ConnectInputs(document, notes) : AddGenerators(document);
+    if (!status.IsError() && graph_.HasInputs()) status = graph_.ConnectInputs(document, notes);
+    if (!status.IsError() && !graph_.HasInputs()) status = AddInputs(document, *catalog, start);
     if (status.IsError()) return Fail(ExitCode::kUsage, status.GetMessage());
     reporter_.Notes(notes);
     const std::string missing = window_.FindMissingDisplay();
@@ -76,22 +86,10 @@ class PanelCommand : public Command {
   }
 
  private:
-  /// Images for a node to which no files are given: a terrain, and waves for a second input.
-  Status AddGenerators(ScEng::GraphDocument& document) const {
+  Status AddInputs(ScEng::GraphDocument& document, const ScEng::NodeCatalog& catalog, const PanelStart& start) const {
     const Node& node = graph_.GetNode();
-    unsigned index = 0;
-    for (const PlugRecord& plug : OneNodeGraph::GetImagePlugs(node.GetInplugs(), node.GetNumRegularInputs())) {
-      const std::string id = "input " + std::to_string(index + 1);
-      Status status;
-      document.AddNode(id, index == 0 ? ScEng::kImageTerrainType : ScEng::kImageWavesType, status);
-      std::vector<std::string> notes;
-      if (!status.IsError()) status = document.SetAttribute(id + ".frame", "0,0,512,512", notes);
-      if (!status.IsError()) status = document.SetAttribute(id + ".wavelength", "128", notes);
-      if (!status.IsError()) status = document.Connect(id + ".image", graph_.GetId() + "." + plug.name, 0);
-      if (status.IsError()) return status;
-      ++index;
-    }
-    return {};
+    return AddStartInputs(document, catalog, graph_.GetId(),
+                          OneNodeGraph::GetImagePlugs(node.GetInplugs(), node.GetNumRegularInputs()), start);
   }
 
   ExitCode Show(PanelRequest& request, ExitCode code) {

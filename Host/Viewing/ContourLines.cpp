@@ -49,10 +49,10 @@ double GetShare(double value, double change, double step) {
 }  // namespace
 
 void ContourLines::DrawRow(const RowPair& rows, const DrawnPlaces& columns, std::uint32_t* pixels) const {
-  const double down = static_cast<double>(rows.weight);
+  const auto down = static_cast<double>(rows.weight);
   for (std::size_t i = 0; i < columns.places.size(); ++i) {
     const DrawnPlace& place = columns.places[i];
-    const double right = static_cast<double>(place.weight);
+    const auto right = static_cast<double>(place.weight);
     const auto a = static_cast<double>(rows.top[place.first - columns.low]);
     const auto b = static_cast<double>(rows.top[place.second - columns.low]);
     const auto c = static_cast<double>(rows.bottom[place.first - columns.low]);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -71,6 +72,12 @@ double ChooseContourStep(const Look& look, const ValueRange& range) {
   return (static_cast<double>(range.high) - static_cast<double>(range.low)) / 10.0;
 }
 
+/// Contours have a grid of their own, since they run smoothly where pixels are squares too.
+struct Contours {
+  DrawnGrid grid;
+  ContourLines lines;
+};
+
 /// What all rows of a view have in common.
 class ViewPainter {
  public:
@@ -85,8 +92,9 @@ class ViewPainter {
         shades_(look, range_) {
     const double step = ChooseContourStep(look, range_);
     if (!look.contours || !(step > 0.0) || grid_.columns.IsEmpty()) return;
-    contour_grid_.emplace(image, look, transform, target, true);
-    contours_.emplace(step, std::ldexp(1.0 / transform.zoom, -grid_.level));
+    contours_ =
+        std::make_unique<const Contours>(Contours{DrawnGrid(image, look, transform, target, true),
+                                                  ContourLines(step, std::ldexp(1.0 / transform.zoom, -grid_.level))});
   }
 
   void DrawRows(int from, int to) const;
@@ -102,9 +110,7 @@ class ViewPainter {
   bool is_relief_;
   DrawnGrid grid_;
   PixelShades shades_;
-  /// Contours run smoothly where pixels are squares too.
-  std::optional<DrawnGrid> contour_grid_;
-  std::optional<ContourLines> contours_;
+  std::unique_ptr<const Contours> contours_;
 };
 
 /// Makes one row after the other, on one thread.
@@ -116,9 +122,9 @@ class ViewPainter::RowMaker {
         relief_(rows_, static_cast<std::size_t>(painter.grid_.columns.high - painter.grid_.columns.low),
                 std::ldexp(1.0, painter.grid_.level)),
         pixels_(painter.grid_.columns.places.size()) {
-    if (painter.contour_grid_) {
+    if (painter.contours_) {
       const ShownSamples value = ChooseValue(painter.image_.GetImage().GetColorMode(), painter.look_);
-      contour_rows_.emplace(ChoosePart(painter.image_, painter.look_, *painter.contour_grid_, value));
+      contour_rows_.emplace(ChoosePart(painter.image_, painter.look_, painter.contours_->grid, value));
     }
   }
 
@@ -164,9 +170,9 @@ class ViewPainter::RowMaker {
   }
 
   void DrawContours(int row) {
-    const DrawnGrid& grid = *painter_.contour_grid_;
+    const DrawnGrid& grid = painter_.contours_->grid;
     const DrawnPlace& place = grid.rows.places[static_cast<std::size_t>(row - grid.rows.begin)];
-    painter_.contours_->DrawRow(
+    painter_.contours_->lines.DrawRow(
         {contour_rows_->Get(place.first, 0) + 1, contour_rows_->Get(place.second, 0) + 1, place.weight}, grid.columns,
         pixels_.data());
   }

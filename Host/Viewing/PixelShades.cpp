@@ -29,7 +29,8 @@ constexpr std::uint32_t Pack(std::uint32_t red, std::uint32_t green, std::uint32
 /// The nearest of the steps of 8 bits. Written so that a NaN gives 0.
 std::uint32_t ToStep(float share) {
   const float cut = share > 0.0F ? std::min(share, 1.0F) : 0.0F;
-  return static_cast<std::uint32_t>(static_cast<std::int32_t>(cut * 255.0F + 0.5F));
+  const float raised = cut * 255.0F + 0.5F;
+  return static_cast<std::uint32_t>(static_cast<std::int32_t>(raised));
 }
 
 /// Height per pixel, cut where the ground is as good as upright, so that squares stay finite.
@@ -94,7 +95,7 @@ void PixelShades::ShadeByLight(const DrawnNumbers& numbers, std::uint32_t* pixel
 }
 
 void PixelShades::ShadeBySteepness(const DrawnNumbers& numbers, std::uint32_t* pixels) const {
-  constexpr float kSharePerRadian = static_cast<float>(2.0 / std::numbers::pi);
+  constexpr auto kSharePerRadian = static_cast<float>(2.0 / std::numbers::pi);
   for (std::size_t i = 0; i < numbers.count; ++i) {
     const float p = GetRise(numbers.along_x[i], exaggeration_);
     const float q = GetRise(numbers.along_y[i], exaggeration_);

@@ -12,8 +12,8 @@ namespace {
 
 float BlendFinite(const RowPair& rows, std::size_t first, std::size_t second, float weight) {
   const std::array<float, 4> samples = {rows.top[first], rows.top[second], rows.bottom[first], rows.bottom[second]};
-  const double right = static_cast<double>(weight);
-  const double down = static_cast<double>(rows.weight);
+  const auto right = static_cast<double>(weight);
+  const auto down = static_cast<double>(rows.weight);
   const std::array<double, 4> weights = {(1.0 - right) * (1.0 - down), right * (1.0 - down), (1.0 - right) * down,
                                          right * down};
   const std::size_t nearest = (weight >= 0.5F ? 1U : 0U) + (rows.weight >= 0.5F ? 2U : 0U);

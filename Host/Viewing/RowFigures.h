@@ -24,7 +24,7 @@ struct ValueTotals {
 
   void Include(const ValueTotals& other);
   /// Includes a row, and returns the sum of its finite values.
-  double IncludeRow(const float* values, std::size_t count);
+  double IncludeRow(const float* row, std::size_t count);
 };
 
 /// The figures from the totals of all rows and the sum of each.

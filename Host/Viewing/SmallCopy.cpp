@@ -33,7 +33,8 @@ Columns Choose(int entry, int small_size, int size) {
 
 int Shrink(int length, int longest, int size) {
   if (length == 0 || longest <= size) return length;
-  return static_cast<int>(std::max<std::int64_t>(1, (2 * std::int64_t{length} * size + longest) / (2 * longest)));
+  return static_cast<int>(
+      std::max<std::int64_t>(1, (2 * std::int64_t{length} * size + longest) / (std::int64_t{2} * longest)));
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ struct BarTotals {
 
 /// Counts the finite values of a row.
 void CountRow(const float* values, std::size_t count, const SampleRange& range, Bars& bars) {
-  const double low = static_cast<double>(range.low);
+  const auto low = static_cast<double>(range.low);
   const double span = static_cast<double>(range.high) - low;
   const double bars_per_unit = span > 0.0 ? static_cast<double>(ViewHistogram::kBars) / span : 0.0;
   for (std::size_t i = 0; i < count; ++i) {

@@ -184,7 +184,7 @@ TEST(ViewImageLevels, DoNotDependOnThreads) {
 // ---- Figures ----
 
 TEST(ViewImageFigures, CountFiniteValuesAndOthers) {
-  const ViewFigures& figures =
+  const ViewFigures figures =
       MakeView(7, 1, ColorMode::kValue, {1, kNan, -2, kInfinity, 7, -kInfinity, kNan})->GetFigures();
   EXPECT_EQ(figures.values, 7U);
   EXPECT_EQ(figures.nan, 2U);

@@ -101,17 +101,23 @@ class HistogramBar::Implementation {
     QObject::connect(logarithmic_, &QPushButton::toggled, &bar_, [this](bool on) { plot_->SetLogarithmic(on); });
   }
 
+  /// What finds room in a field. A text that is left as it is stands for the exact value.
+  static QString Write(float value) {
+    constexpr int kDigits = 6;
+    return FormatShort(static_cast<double>(value), kDigits);
+  }
+
   void ShowNumbers() {
     const ValueRange& shown = plot_->GetShown();
-    low_->setText(FormatValue(shown.low));
-    high_->setText(FormatValue(shown.high));
+    low_->setText(Write(shown.low));
+    high_->setText(Write(shown.high));
     for (QLineEdit* field : {low_, high_}) field->setCursorPosition(0);
   }
 
   /// Takes over what was typed; what is no range goes back to the one that is shown.
   void TakeNumbers() {
     const auto read = [](const QLineEdit& field, float shown) {
-      if (field.text() == FormatValue(shown)) return shown;
+      if (field.text() == Write(shown)) return shown;
       bool is_number = false;
       const float value = QString(field.text()).replace(QLatin1Char(','), QLatin1Char('.')).toFloat(&is_number);
       return is_number && std::isfinite(value) ? value : shown;

@@ -31,13 +31,19 @@ QString NameMode(unsigned color_mode) {
   }
 }
 
+/// A value for reading along with others.
+QString ShortenValue(float value) {
+  constexpr int kDigits = 6;
+  return FormatShort(static_cast<double>(value), kDigits);
+}
+
 QString DescribeFigures(const ViewFigures& figures) {
   QStringList parts;
   if (figures.finite.IsEmpty()) {
     parts.append(ViewerWidget::tr("no finite value"));
   } else {
     parts.append(
-        ViewerWidget::tr("measured %1 to %2").arg(FormatValue(figures.finite.low), FormatValue(figures.finite.high)));
+        ViewerWidget::tr("measured %1 to %2").arg(ShortenValue(figures.finite.low), ShortenValue(figures.finite.high)));
   }
   if (figures.nan > 0) parts.append(ViewerWidget::tr("%1 NaN").arg(figures.nan));
   if (figures.infinite > 0) parts.append(ViewerWidget::tr("%1 infinite").arg(figures.infinite));
@@ -155,7 +161,7 @@ class ViewerWidget::Implementation {
       parts.append(tr("%1 × %2").arg(image.GetSizeX()).arg(image.GetSizeY()));
       parts.append(NameMode(image.GetColorMode()));
       parts.append(FormatZoom(view_->GetZoom()));
-      parts.append(tr("declared %1 to %2").arg(FormatValue(image.GetValueLow()), FormatValue(image.GetValueHigh())));
+      parts.append(tr("declared %1 to %2").arg(ShortenValue(image.GetValueLow()), ShortenValue(image.GetValueHigh())));
       parts.append(DescribeFigures(content_.image->GetFigures()));
     }
     facts_->setText(parts.join(kBetween));

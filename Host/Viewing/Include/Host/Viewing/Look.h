@@ -16,7 +16,7 @@ enum class RangeSource {
   kAbsolute,
   /// The range that the image declares.
   kDeclared,
-  /// The lowest to the highest finite sample.
+  /// The lowest to the highest finite sample of what is shown; opacity does not count among colors.
   kMeasured,
   /// The range that the person who looks has set.
   kCustom,
@@ -36,11 +36,12 @@ enum class Shading {
   kRamp,
   /// Relief lit from the side, by Lambert's law.
   kHillshade,
-  /// The steepness of the ground in degrees, 0 as black, 90 as white, or by the ramp.
+  /// The steepness of the ground in degrees, 0 as black, 90 as white, or by the ramp where that is not "gray".
   kSlope,
 };
 
-/// What is looked at of images with several channels.
+/// What is looked at of images with several channels. A channel that an image does not have counts as all of them, and
+/// ramps, relief and contours of all of them are those of the value (`ValueOfPixel`).
 enum class ShownChannels { kAll, kFirst, kSecond, kThird, kFourth, kValue };
 
 /// The light of hillshade, and how height counts in hillshade and slope.
@@ -66,10 +67,10 @@ struct Look {
   ReliefLight light = {};
   ShownChannels channels = ShownChannels::kAll;
   bool contours = false;
-  /// The step of value from one contour to the next; 0 is a tenth of the range shown.
+  /// The step of value from one contour to the next; what is not above 0 is a tenth of the range shown.
   double contour_step = 0.0;
   /// Marks NaN (magenta), infinities (orange, and violet for the negative one), and what lies below (blue) and above
-  /// (red) the range.
+  /// (red) the range. Without it, NaN is magenta too, and the others are cut to the range.
   bool marks = false;
   /// Shows the image three by three times, to see its seams.
   bool tiled = false;

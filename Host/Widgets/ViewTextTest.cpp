@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Widgets/ViewText.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "Host/Image/ImageMetadata.h"
+#include "Tests/Support/HostTesting.h"
+
+namespace ScEng {
+namespace {
+
+using Testing::kInfinity;
+using Testing::kNan;
+using Testing::MakeImage;
+
+TEST(ViewText, WritesTheShortestNumberThatReadsBackAsTheSame) {
+  EXPECT_EQ(FormatValue(0.1F), "0.1");
+  EXPECT_EQ(FormatValue(-2.0F), "-2");
+  EXPECT_EQ(FormatValue(0.33333334F), "0.33333334");
+  EXPECT_EQ(FormatValue(kNan), "NaN");
+  EXPECT_EQ(FormatValue(kInfinity), QString::fromUtf8("∞"));
+  EXPECT_EQ(FormatValue(-kInfinity), QString::fromUtf8("−∞"));
+}
+
+TEST(ViewText, ReadsPixelsByTheirPlaceInTheDocument) {
+  const auto image = MakeImage(2, 1, ColorMode::kColor, {0.5F, 0.25F, 0.0F, 1.0F, 1.0F, 0.0F, 2.0F, 0.5F});
+  image->SetPin(10, 20);
+  EXPECT_EQ(FormatPixel(*image, {0, 0}), "0.5, 0.25, 0, 1");
+  EXPECT_EQ(FormatPixelAt(*image, {11, 20}), "1, 0, 2, 0.5");
+  EXPECT_EQ(FormatPixelAt(*image, {0, 0}), "");
+  EXPECT_EQ(FormatPixelAt(*image, {12, 20}), "");
+}
+
+TEST(ViewText, TellsPlacesOnTheGround) {
+  const auto image = MakeImage(1, 1, ColorMode::kValue, {0.0F});
+  EXPECT_FALSE(HasGround(*image));
+  EXPECT_EQ(FormatGround(*image, {0.0, 0.0}), "");
+  auto metadata = std::make_shared<ImageMetadata>();
+  metadata->georeference = Georeference{"", std::array<double, 6>{500000.0, 30.0, 0.0, 5200000.0, 0.0, -30.0}};
+  image->SetMetadata(metadata);
+  EXPECT_TRUE(HasGround(*image));
+  EXPECT_EQ(FormatGround(*image, {10.5, 2.5}), "500315, 5199925");
+  metadata = std::make_shared<ImageMetadata>();
+  // Pixels of a thousandth of a degree.
+  metadata->georeference = Georeference{"", std::array<double, 6>{11.0, 0.001, 0.0, 47.0, 0.0, -0.001}};
+  image->SetMetadata(metadata);
+  EXPECT_EQ(FormatGround(*image, {0.5, 0.5}), "11.0005, 46.9995");
+}
+
+TEST(ViewText, WritesZoomsInPercent) {
+  EXPECT_EQ(FormatZoom(1.0), "100 %");
+  EXPECT_EQ(FormatZoom(64.0), "6400 %");
+  EXPECT_EQ(FormatZoom(1.0 / 64.0), "1.56 %");
+}
+
+}  // namespace
+}  // namespace ScEng
