@@ -4,12 +4,8 @@
 #include "Apps/Panel/Panel.h"
 #include "Apps/Value/Common.h"
 #include "Apps/Value/OneNodeGraph.h"
-<<<<<<< HEAD
-#include "Apps/Value/WindowFlags.h"
-#include "Host/Nodes/HostNodes.h"
-=======
 #include "Apps/Value/PanelStart.h"
->>>>>>> wt-imageview
+#include "Apps/Value/WindowFlags.h"
 #include "Host/Util/HostModule.h"
 
 namespace {
