@@ -30,8 +30,7 @@ class EditCommand : public Command {
 
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("edit", "Opens the editor: a document as a graph, with its images at once");
-    sub->add_option("graph", graph_, "Document to open; without it the editor starts with an example")
-        ->type_name("GRAPH");
+    sub->add_option("GRAPH", graph_, "The document to open; without it the editor starts with an example");
     window_.Declare(*sub, 3);
     sub->add_option("--size", size_, "Size of the window that --screenshot draws, 320x320 to 8192x8192")
         ->type_name("WxH");

@@ -149,6 +149,13 @@ void Workspace::Show(const QString& plug) {
 }
 
 void Workspace::ShowFirst() {
+  ShowFirstImage();
+  // Its attributes are at hand then.
+  const QString id = viewer_->GetShown().left(viewer_->GetShown().lastIndexOf(QLatin1Char('.')));
+  if (!id.isEmpty()) canvas_->Select({id});
+}
+
+void Workspace::ShowFirstImage() {
   const ScEng::GraphDocument& document = session_->GetDocument();
   const auto& view = document.GetView();
   if (view && !view->shown.empty()) {

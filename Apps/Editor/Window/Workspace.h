@@ -40,7 +40,7 @@ class Workspace : public QObject {
 
   /// Shows an output, "id.plug".
   void Show(const QString& plug);
-  /// Shows what the document says, or the last image that it makes.
+  /// Shows what the document says, or the last image that it makes, and selects its node.
   void ShowFirst();
   void SetThumbnails(bool on);
   void Undo();
@@ -60,6 +60,7 @@ class Workspace : public QObject {
   class Observer;
 
   void MakeWidgets();
+  void ShowFirstImage();
   void Connect();
   void TakeResult(const std::shared_ptr<const ScEng::ShownResult>& result);
   void TakeFacts(const std::vector<ScEng::NodeFacts>& facts);
