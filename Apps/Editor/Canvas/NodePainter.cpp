@@ -115,7 +115,7 @@ void NodePainter::PaintHeader() {
     painter_.drawPath(path);
   }
   const double opacity = painter_.opacity();
-  if (is_muted) painter_.setOpacity(opacity * 0.45);
+  if (is_muted) painter_.setOpacity(opacity * 0.6);
   if (item_.face_.icon.isNull()) {
     PaintTile();
   } else {
