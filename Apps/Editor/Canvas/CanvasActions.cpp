@@ -83,6 +83,11 @@ void CanvasActions::MakeNodeActions() {
   Add("mute", Tr("Mute or Unmute"), {Qt::Key_M}, [&commands] { commands.ToggleEnabled(); });
   Add("rename", Tr("Rename…"), {Qt::Key_F2}, [&canvas] { canvas.RenameSelected(); });
   Add("note", Tr("Edit Note…"), {Qt::Key_N}, [&canvas] { canvas.EditNote(); });
+  Add("connect", Tr("Connect Selected…"), {Qt::Key_C}, [&canvas] { canvas.ConnectSelected(); });
+  Add("insert", Tr("Insert Node…"), {Qt::Key_I}, [&canvas] { canvas.InsertOnSelected(false); });
+  Add("reroute", Tr("Insert Reroute Point"), {Qt::Key_R}, [&canvas] {
+    canvas.InsertOnSelected(true);
+  })->setVisible(canvas.types_.FindName("ImageRerouteNode") != nullptr);
   Add("selectAll", Tr("Select All"), QKeySequence::keyBindings(QKeySequence::SelectAll),
       [&commands] { commands.SelectAll(); });
   Add("selectConnected", Tr("Select Connected"), {Qt::Key_L}, [&commands] { commands.SelectConnected(); });
@@ -137,14 +142,17 @@ void CanvasActions::MakeViewActions() {
 void CanvasActions::Update() {
   const std::vector<std::string> ids = canvas_.GetScene().GetSelectedIds();
   const bool has_any = !canvas_.GetScene().selectedItems().isEmpty();
-  for (const char* name : {"show", "cut", "copy", "duplicate", "duplicateWired", "mute", "rename", "note",
-                           "selectConnected", "help", "frame", "moveLeft", "moveRight", "moveUp", "moveDown"}) {
+  for (const char* name : {"show", "cut", "copy", "duplicate", "duplicateWired", "mute", "note", "selectConnected",
+                           "help", "frame", "moveLeft", "moveRight", "moveUp", "moveDown"}) {
     Find(QLatin1String(name))->setEnabled(!ids.empty());
   }
   for (const char* name : {"delete", "heal"}) Find(QLatin1String(name))->setEnabled(has_any);
   for (const char* name : {"alignLeft", "alignRight", "alignTop", "alignBottom", "alignAcross", "alignDown"}) {
     Find(QLatin1String(name))->setEnabled(ids.size() > 1);
   }
+  Find(QStringLiteral("connect"))->setEnabled(ids.size() == 2);
+  Find(QStringLiteral("rename"))->setEnabled(has_any);
+  for (const char* name : {"insert", "reroute"}) Find(QLatin1String(name))->setEnabled(canvas_.FindSelectedWire());
   for (const char* name : {"distributeAcross", "distributeDown"}) Find(QLatin1String(name))->setEnabled(ids.size() > 2);
 }
 
@@ -156,6 +164,8 @@ void CanvasActions::FillMenu(QMenu& menu) {
   const std::vector<std::string> ids = canvas_.GetScene().GetSelectedIds();
   bool has_frame = false;
   for (const FrameItem* frame : canvas_.GetScene().GetFrames()) has_frame = has_frame || frame->isSelected();
+  if (canvas_.FindSelectedWire() != nullptr) add(menu, {"insert", "reroute"});
+  if (ids.size() == 2) add(menu, {"connect"});
   if (ids.empty()) {
     add(menu, {"add", "paste"});
   } else {

@@ -291,6 +291,47 @@ TEST_F(CanvasCommandsTest, ArrowsGoAlongWiresAndToNeighbors) {
   EXPECT_TRUE(view().accessibleDescription().contains(QStringLiteral("d")));
 }
 
+TEST_F(CanvasCommandsTest, KeyboardConnectsTwoNodes) {
+  Open(kChain);
+  Key(Qt::Key_Right);
+  Key(Qt::Key_Right, Qt::ShiftModifier);
+  ASSERT_EQ(canvas_->GetSelection(), (QStringList{"a", "b"}));
+  Key(Qt::Key_C);
+  EXPECT_TRUE(HasConnection("a.image", "b.image"));
+  ExpectOneStep();
+  Key(Qt::Key_C);
+  EXPECT_EQ(failures_.size(), 1);
+}
+
+TEST_F(CanvasCommandsTest, InsertsIntoASelectedWire) {
+  Open(kChain, kWires);
+  scene().FindWire({"a.image", "b.image", 0})->setSelected(true);
+  Key(Qt::Key_I);
+  ASSERT_NE(FindSearch(), nullptr);
+  EXPECT_FALSE(GetFound().contains(QStringLiteral("Image Checker")));
+  Search("clamp");
+  EXPECT_TRUE(HasConnection("a.image", "value_clamp.image"));
+  EXPECT_TRUE(HasConnection("value_clamp.image", "b.image"));
+  ExpectOneStep();
+}
+
+TEST_F(CanvasCommandsTest, ControlAndArrowsMoveNodes) {
+  Open(kChain);
+  canvas_->Select({"a"});
+  Key(Qt::Key_Right, Qt::ControlModifier);
+  EXPECT_EQ(document().GetPosition("a"), (Point{12, 0}));
+  ExpectOneStep();
+}
+
+TEST_F(CanvasCommandsTest, TypesCanBeDropped) {
+  Open(kChain);
+  QMimeData data;
+  data.setData(QStringLiteral("application/x-value-node-type"), "ImageCheckerNode");
+  Drop(data, {100, 400});
+  EXPECT_EQ(document().GetPosition("image_checker"), (Point{100, 400}));
+  ExpectOneStep();
+}
+
 TEST_F(CanvasCommandsTest, EnterShowsAndDimsWhatDoesNotFeedIt) {
   Open(kChain, "{'from': 'a.image', 'to': 'b.image'}");
   canvas_->Select({"b"});

@@ -240,6 +240,60 @@ void GraphCanvas::ChoosePlug(const PlugRef& fixed, const std::string& node,
   }
 }
 
+void GraphCanvas::ConnectSelected() {
+  std::vector<std::string> ids = scene_->GetSelectedIds();
+  if (ids.size() != 2) return;
+  // Wires lead to the right.
+  if (scene_->FindNode(ids[0])->pos().x() > scene_->FindNode(ids[1])->pos().x()) std::swap(ids[0], ids[1]);
+  const NodeFace& from = scene_->FindNode(ids[0])->GetFace();
+  const NodeFace& to = scene_->FindNode(ids[1])->GetFace();
+  std::vector<std::pair<PlugRef, PlugRef>> pairs;
+  for (const PlugFace& output : from.outputs) {
+    std::vector<PlugFace> inputs = to.inputs;
+    for (PlugFace& row : ListFreeAttributes(session_.GetDocument(), types_, to, output.type)) inputs.push_back(row);
+    for (const PlugFace& input : inputs) {
+      if (input.type != output.type || input.is_connected) continue;
+      pairs.emplace_back(PlugRef{from.id, output.name, 0, output.type, false},
+                         PlugRef{to.id, input.name, input.index, input.type, true});
+    }
+  }
+  if (pairs.empty()) {
+    emit Failed(tr("Nothing of \"%1\" fits a free input of \"%2\".").arg(from.title, to.title));
+  } else if (pairs.size() == 1) {
+    commands_->Connect(pairs[0].first, pairs[0].second, std::nullopt);
+  } else {
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setObjectName(QStringLiteral("canvas.plugs"));
+    for (const auto& [output, input] : pairs) {
+      const QString text = QStringLiteral("%1 → %2").arg(QString::fromStdString(output.GetPlug()),
+                                                         QString::fromStdString(input.GetPlug()));
+      connect(menu->addAction(text), &QAction::triggered, this,
+              [this, out = output, in = input] { commands_->Connect(out, in, std::nullopt); });
+    }
+    menu->popup(view_->viewport()->mapToGlobal(view_->ToViewport(scene_->FindNode(ids[1])->GetBody()).topLeft()));
+  }
+}
+
+WireItem* GraphCanvas::FindSelectedWire() const {
+  for (WireItem* wire : scene_->GetAllWires()) {
+    if (wire->isSelected()) return wire;
+  }
+  return nullptr;
+}
+
+void GraphCanvas::InsertOnSelected(bool is_reroute) {
+  const WireItem* wire = FindSelectedWire();
+  if (wire == nullptr) return;
+  const ScEng::DocumentConnection connection = wire->GetConnection();
+  const QPointF middle = (wire->GetStart() + wire->GetEnd()) / 2;
+  if (is_reroute) {
+    AddReroute(connection, middle);
+  } else {
+    OpenSearchAt(middle, {std::nullopt, connection});
+  }
+}
+
 void GraphCanvas::TakeFiles(const QStringList& files, const QPointF& place) {
   QStringList images;
   for (const QString& file : files) {
@@ -255,23 +309,10 @@ void GraphCanvas::TakeFiles(const QStringList& files, const QPointF& place) {
 
 // ---- Menus and fields ----
 
-void GraphCanvas::OpenMenu(const QPoint& global, const QPointF& place) {
+void GraphCanvas::OpenMenu(const QPoint& global) {
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   menu->setObjectName(QStringLiteral("canvas.menu"));
-  for (const WireItem* wire : scene_->GetAllWires()) {
-    if (!wire->isSelected()) continue;
-    const ScEng::DocumentConnection connection = wire->GetConnection();
-    connect(menu->addAction(tr("Insert Node…")), &QAction::triggered, this, [this, connection, place] {
-      OpenSearchAt(place, {std::nullopt, connection});
-    });
-    if (types_.FindName("ImageRerouteNode") != nullptr) {
-      connect(menu->addAction(tr("Insert Reroute Point")), &QAction::triggered, this,
-              [this, connection, place] { AddReroute(connection, place); });
-    }
-    menu->addSeparator();
-    break;
-  }
   actions_->FillMenu(*menu);
   menu->popup(global);
 }
@@ -283,6 +324,9 @@ void GraphCanvas::ShowSelected() {
 
 void GraphCanvas::RenameSelected() {
   const std::vector<std::string> ids = scene_->GetSelectedIds();
+  for (const FrameItem* frame : scene_->GetFrames()) {
+    if (ids.empty() && frame->isSelected()) return EditFrameTitle(frame->GetIndex());
+  }
   if (ids.empty()) return;
   const std::string id = ids.front();
   const QRectF body = scene_->FindNode(id)->GetBody();

@@ -84,7 +84,10 @@ class GraphCanvas : public QWidget {
   void OpenSearchAt(const QPointF& place, const NewNodeWiring& wiring);
   void ChoosePlug(const PlugRef& fixed, const std::string& node,
                   const std::optional<ScEng::DocumentConnection>& replaced);
-  void OpenMenu(const QPoint& global, const QPointF& place);
+  void OpenMenu(const QPoint& global);
+  void ConnectSelected();
+  [[nodiscard]] WireItem* FindSelectedWire() const;
+  void InsertOnSelected(bool is_reroute);
   void ShowSelected();
   void RenameSelected();
   void EditNote();

@@ -2,7 +2,7 @@
 #include "Apps/Editor/Canvas/GraphView.h"
 
 #include <QElapsedTimer>
-#include <QFontMetricsF>
+#include <QFontInfo>
 #include <QPaintEvent>
 #include <QScrollBar>
 #include <algorithm>
@@ -46,9 +46,9 @@ GraphView::~GraphView() = default;
 // ---- Zoom and center ----
 
 void GraphView::MeasureScale() {
-  // Nodes are made for text of this height; at a larger font of the desktop, everything grows with it.
-  constexpr double kTextHeight = 17.0;
-  scale_ = std::clamp(QFontMetricsF(font()).height() / kTextHeight, 0.7, 4.0);
+  // Nodes are made for text of this size; at a larger font of the desktop, everything grows with it.
+  constexpr double kTextSize = 12.0;
+  scale_ = std::clamp(QFontInfo(font()).pixelSize() / kTextSize, 0.7, 4.0);
 }
 
 double GraphView::GetZoom() const { return transform().m11() / scale_; }

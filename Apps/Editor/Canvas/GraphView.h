@@ -53,9 +53,8 @@ class GraphView : public QGraphicsView {
   void AddRequested(const QPointF& place, const NewNodeWiring& wiring);
   void ChoiceRequested(const PlugRef& fixed, const std::string& node,
                        const std::optional<ScEng::DocumentConnection>& replaced);
-  void MenuRequested(const QPoint& global, const QPointF& place);
+  void MenuRequested(const QPoint& global);
   void FrameTitleRequested(std::size_t index);
-  void NoteRequested(const QString& id);
   void WireDoubleClicked(const ScEng::DocumentConnection& connection, const QPointF& place);
   void FilesDropped(const QStringList& files, const QPointF& place);
 
@@ -90,7 +89,9 @@ class GraphView : public QGraphicsView {
   void Hover(const QPointF& place);
   void PanBy(const QPoint& pixels);
   bool ShowToolTip(QHelpEvent* event);
-  bool MoveSelection(int key);
+  bool MoveSelection(int key, bool extends);
+  /// Moves on while something is dragged beyond the edge.
+  void ScrollAtEdge(const QPoint& pointer);
 
   GraphScene& scene_;
   CanvasCommands& commands_;
@@ -101,6 +102,8 @@ class GraphView : public QGraphicsView {
   bool is_space_down_ = false;
   QPoint pan_from_;
   std::string hovered_;
+  /// Where the arrow keys go on from.
+  std::string current_;
   double scale_ = 1.0;
   double paint_seconds_ = 0.0;
 };

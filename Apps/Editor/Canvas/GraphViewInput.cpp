@@ -19,6 +19,10 @@ namespace {
 /// How near the pointer must be to a plug and to a wire, in pixels.
 constexpr double kPlugReach = 11.0;
 constexpr double kWireReach = 7.0;
+/// The class name of a node type that is dragged here from a list of types.
+constexpr char kTypeMime[] = "application/x-value-node-type";
+
+bool IsTaken(const QMimeData& data) { return data.hasUrls() || data.hasFormat(QLatin1String(kTypeMime)); }
 
 }  // namespace
 
@@ -116,7 +120,16 @@ void GraphView::mouseMoveEvent(QMouseEvent* event) {
   has_moved_ = has_moved_ || (event->pos() - press_).manhattanLength() >= QApplication::startDragDistance() / 2;
   if (!has_moved_) return;
   drag_->Move(place);
+  ScrollAtEdge(event->pos());
   viewport()->update();
+}
+
+void GraphView::ScrollAtEdge(const QPoint& pointer) {
+  constexpr int kEdge = 20;
+  const QRect inner = viewport()->rect().adjusted(kEdge, kEdge, -kEdge, -kEdge);
+  const QPoint nearest(std::clamp(pointer.x(), inner.left(), inner.right()),
+                       std::clamp(pointer.y(), inner.top(), inner.bottom()));
+  if (inner.isValid() && nearest != pointer) PanBy(nearest - pointer);
 }
 
 void GraphView::mouseReleaseEvent(QMouseEvent* event) {
@@ -214,7 +227,7 @@ void GraphView::contextMenuEvent(QContextMenuEvent* event) {
       scene_.clearSelection();
     }
   }
-  emit MenuRequested(viewport()->mapToGlobal(at), mapToScene(at));
+  emit MenuRequested(viewport()->mapToGlobal(at));
   event->accept();
 }
 
@@ -222,7 +235,9 @@ void GraphView::contextMenuEvent(QContextMenuEvent* event) {
 
 void GraphView::keyPressEvent(QKeyEvent* event) {
   const int key = event->key();
-  const bool is_plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  const Qt::KeyboardModifiers held = event->modifiers() & ~Qt::KeypadModifier;
+  const bool is_plain = held == Qt::NoModifier;
+  const bool is_extending = held == Qt::ShiftModifier;
   if (key == Qt::Key_Escape && drag_) {
     CancelDrag();
   } else if (key == Qt::Key_Escape && !scene_.selectedItems().isEmpty()) {
@@ -233,7 +248,7 @@ void GraphView::keyPressEvent(QKeyEvent* event) {
   } else if ((key == Qt::Key_Return || key == Qt::Key_Enter) && is_plain) {
     const std::vector<std::string> ids = scene_.GetSelectedIds();
     if (!ids.empty()) RequestShow(ids.front());
-  } else if (!is_plain || !MoveSelection(key)) {
+  } else if (!(is_plain || is_extending) || !MoveSelection(key, is_extending)) {
     event->ignore();
   }
 }
@@ -249,12 +264,16 @@ void GraphView::focusOutEvent(QFocusEvent* event) {
   QGraphicsView::focusOutEvent(event);
 }
 
-bool GraphView::MoveSelection(int key) {
+bool GraphView::MoveSelection(int key, bool extends) {
   if (key != Qt::Key_Left && key != Qt::Key_Right && key != Qt::Key_Up && key != Qt::Key_Down) return false;
-  const std::vector<std::string> ids = scene_.GetSelectedIds();
-  const std::string next = ids.empty() ? FindFirst(scene_) : FindNeighbor(scene_, ids.front(), key);
+  std::vector<std::string> ids = scene_.GetSelectedIds();
+  if (std::find(ids.begin(), ids.end(), current_) == ids.end()) current_ = ids.empty() ? std::string() : ids.front();
+  const std::string next = current_.empty() ? FindFirst(scene_) : FindNeighbor(scene_, current_, key);
   if (next.empty()) return true;
-  scene_.SelectIds({next});
+  current_ = next;
+  if (!extends) ids.clear();
+  ids.push_back(next);
+  scene_.SelectIds(ids);
   const QRectF body = scene_.FindNode(next)->GetBody();
   if (!viewport()->rect().contains(ToViewport(body))) SetCenter(body.center());
   return true;
@@ -277,11 +296,11 @@ void GraphView::RequestShow(const std::string& id) {
 // ---- Files ----
 
 void GraphView::dragEnterEvent(QDragEnterEvent* event) {
-  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+  if (IsTaken(*event->mimeData())) event->acceptProposedAction();
 }
 
 void GraphView::dragMoveEvent(QDragMoveEvent* event) {
-  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+  if (IsTaken(*event->mimeData())) event->acceptProposedAction();
 }
 
 void GraphView::dropEvent(QDropEvent* event) {
@@ -289,6 +308,11 @@ void GraphView::dropEvent(QDropEvent* event) {
   for (const QUrl& url : event->mimeData()->urls()) {
     if (url.isLocalFile()) files << url.toLocalFile();
   }
-  if (!files.isEmpty()) emit FilesDropped(files, mapToScene(event->position().toPoint()));
+  const QPointF place = mapToScene(event->position().toPoint());
+  if (event->mimeData()->hasFormat(QLatin1String(kTypeMime))) {
+    const std::string name = event->mimeData()->data(QLatin1String(kTypeMime)).toStdString();
+    if (const TypeInfo* type = scene_.GetTypes().FindName(name)) commands_.Add(*type, place, {});
+  }
+  if (!files.isEmpty()) emit FilesDropped(files, place);
   event->acceptProposedAction();
 }

@@ -30,7 +30,7 @@ NodePainter::NodePainter(const NodeItem& item, QPainter& painter, const CanvasCo
     : item_(item), painter_(painter), colors_(colors), zoom_(GetZoom(painter)) {}
 
 void NodePainter::Paint() {
-  if (item_.IsDimmed()) painter_.setOpacity(0.42);
+  if (item_.IsDimmed()) painter_.setOpacity(0.5);
   if (item_.face_.is_reroute) {
     PaintReroute();
     return;
@@ -41,8 +41,8 @@ void NodePainter::Paint() {
   PaintPlugs();
   if (!item_.shape_.thumbnail.isEmpty()) PaintThumbnail();
   if (item_.condition_.progress >= 0.0) PaintProgress();
-  PaintBadge();
   if (zoom_ >= Detail::kText) PaintBelow();
+  PaintBadge();
 }
 
 QFont NodePainter::MakeFont(double size, bool is_bold) const {
@@ -115,7 +115,7 @@ void NodePainter::PaintHeader() {
     painter_.drawPath(path);
   }
   const double opacity = painter_.opacity();
-  if (is_muted) painter_.setOpacity(opacity * 0.45);
+  if (is_muted) painter_.setOpacity(opacity * 0.6);
   if (item_.face_.icon.isNull()) {
     PaintTile();
   } else {
@@ -158,7 +158,7 @@ void NodePainter::PaintTitle() {
   const QFont small = MakeFont(10.5);
   painter_.setFont(small);
   painter_.setPen(colors_.faint);
-  const QString type = item_.face_.is_enabled ? item_.face_.type_name : Tr("%1 – muted").arg(item_.face_.type_name);
+  const QString type = item_.face_.is_enabled ? item_.face_.type_name : Tr("Muted: %1").arg(item_.face_.type_name);
   painter_.drawText(subtitle, Qt::AlignLeft | Qt::AlignVCenter,
                     QFontMetricsF(small).elidedText(type, Qt::ElideRight, subtitle.width()));
 }
@@ -263,6 +263,8 @@ void NodePainter::PaintBadge() {
   const NodeCondition& condition = item_.condition_;
   const bool is_warning = !condition.messages.isEmpty() || condition.is_blocked;
   if (!condition.is_in_error && !is_warning) return;
+  // What is wrong counts also where nobody looks.
+  painter_.setOpacity(1.0);
   const QPointF middle = item_.shape_.body.topLeft() + QPointF(3, 3);
   painter_.setPen(QPen(colors_.body, 1.5));
   painter_.setBrush(condition.is_in_error ? colors_.error : colors_.warning);

@@ -9,7 +9,7 @@
 
 /// Where the parts of a node are, from its top left corner, in the units of node positions.
 struct NodeShape {
-  static constexpr double kWidth = 188.0;
+  static constexpr double kWidth = 200.0;
   static constexpr double kHeader = 44.0;
   static constexpr double kRow = 20.0;
   static constexpr double kThumbnail = 96.0;

@@ -111,6 +111,8 @@ double WireItem::GetDistance(const QPointF& place) const {
 }
 
 bool WireItem::Crosses(const QLineF& line) const {
+  const QRectF around = QRectF(line.p1(), line.p2()).normalized().adjusted(-1, -1, 1, 1);
+  if (!bounds_.intersects(around)) return false;
   const QPolygonF points = MakePolyline();
   for (qsizetype i = 1; i < points.size(); ++i) {
     if (line.intersects(QLineF(points[i - 1], points[i]), nullptr) == QLineF::BoundedIntersection) return true;
