@@ -63,8 +63,8 @@ void main() {
   float facing = max(dot(normal, u_light) * 0.72 + 0.28, 0.0);
   float key = facing * mix(facing, 1.0, 0.4);
   float fill = max(dot(normal, normalize(vec3(-u_light.xy, 0.4))), 0.0);
-  vec3 sky = mix(vec3(0.32, 0.30, 0.29), vec3(0.40, 0.41, 0.44), normal.z * 0.5 + 0.5);
-  vec3 light = sky * v_openness + vec3(0.72, 0.68, 0.62) * key * mix(1.0, v_openness, 0.4) + vec3(0.10) * fill;
+  vec3 sky = mix(vec3(0.35, 0.33, 0.32), vec3(0.45, 0.46, 0.48), normal.z * 0.5 + 0.5);
+  vec3 light = sky * v_openness + vec3(0.76, 0.72, 0.66) * key * mix(1.0, v_openness, 0.4) + vec3(0.10) * fill;
   gl_FragColor = vec4(min(v_color * light, 1.0) * (1.0 - u_darkness), 1.0);
 }
 )";
