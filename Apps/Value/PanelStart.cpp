@@ -42,9 +42,9 @@ const std::map<std::string, PanelStart>& GetStarts() {
        {.inputs = {kMask}, .settings_with_inputs = {"style=inner_bevel", "radius=24", "profile=smooth"}}},
       {"ImageEuclideanDistanceNode", {.inputs = {kMask}}},
       {"ImageComputeGradientNode", {.inputs = {{kHills}}}},
-      // Heights in pixels.
+      // Terraces, whose walls hide the sky.
       {"ImageAmbientOcclusionNode",
-       {.inputs = {{kTerrain, {"ImageValueMultiplyNode", {"constant=1000"}}}}, .settings_with_inputs = {"radius=24"}}},
+       {.inputs = {{kHills, {"ImageValueStepsNode", {"steps=4"}}}}, .settings_with_inputs = {"radius=60"}}},
       {"ImageConnectedComponentsNode", {.inputs = {kMask}}},
       {"ImageComponentEdgesNode", {.inputs = {kMask}}},
   };

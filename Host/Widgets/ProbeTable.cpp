@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPointer>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QTableWidget>
 #include <QTimer>
@@ -64,6 +65,8 @@ class ProbeTable::Implementation {
     }
     reader_.EndReading();
     table_->resizeColumnsToContents();
+    const int gap = table_->fontMetrics().averageCharWidth() * 2;
+    for (int i = 0; i < table_->columnCount(); ++i) table_->setColumnWidth(i, table_->columnWidth(i) + gap);
     ShowSelection();
     owner_.updateGeometry();
   }
@@ -153,7 +156,9 @@ QSize ProbeTable::sizeHint() const {
   constexpr int kMostRows = 5;
   const QTableWidget& table = *implementation_->table_;
   const int rows = std::clamp(table.rowCount(), 1, kMostRows);
-  return {320, table.horizontalHeader()->sizeHint().height() + rows * table.verticalHeader()->defaultSectionSize() + 4};
+  int height = table.horizontalHeader()->sizeHint().height() + rows * table.verticalHeader()->defaultSectionSize() + 4;
+  if (table.horizontalHeader()->length() > width()) height += table.horizontalScrollBar()->sizeHint().height();
+  return {320, height};
 }
 
 bool ProbeTable::eventFilter(QObject* watched, QEvent* event) {

@@ -8,7 +8,7 @@
 #include <cmath>
 
 #include "Host/Image/Image.h"
-#include "Host/Image/ImageMetadata.h"
+#include "Host/Viewing/Probe.h"
 
 namespace ScEng {
 namespace {
@@ -18,16 +18,12 @@ QString NameInfinite(double value) {
   return value > 0.0 ? QStringLiteral("∞") : QStringLiteral("−∞");
 }
 
-const std::array<double, 6>* FindTransform(const Image& image) {
-  const auto& metadata = image.GetMetadata();
-  if (metadata == nullptr || !metadata->georeference || !metadata->georeference->transform) return nullptr;
-  return &*metadata->georeference->transform;
-}
-
 /// Digits behind the point that tell one tenth of a pixel from the next.
 int CountGroundDigits(double step) {
   if (!(step > 0.0) || !std::isfinite(step)) return 3;
-  return std::clamp(static_cast<int>(std::ceil(1.0 - std::log10(step))), 0, 9);
+  // The step is a difference of large numbers.
+  constexpr double kSlack = 1e-3;
+  return std::clamp(static_cast<int>(std::ceil(1.0 - std::log10(step) - kSlack)), 0, 9);
 }
 
 }  // namespace
@@ -59,16 +55,14 @@ QString FormatPixelAt(const Image& image, const QPoint& place) {
 }
 
 QString FormatGround(const Image& image, const QPointF& place) {
-  const std::array<double, 6>* t = FindTransform(image);
-  if (t == nullptr) return {};
-  const auto& [x0, x_column, x_row, y0, y_column, y_row] = *t;
-  const double x = x0 + place.x() * x_column + place.y() * x_row;
-  const double y = y0 + place.x() * y_column + place.y() * y_row;
-  const int digits = CountGroundDigits(std::max(std::abs(x_column), std::abs(x_row)));
-  return QString::number(x, 'f', digits) + QStringLiteral(", ") + QString::number(y, 'f', digits);
+  const auto at = GetMapPoint(image, place.x(), place.y());
+  const auto beside = GetMapPoint(image, place.x() + 1.0, place.y());
+  if (!at || !beside) return {};
+  const int digits = CountGroundDigits(std::hypot((*beside)[0] - (*at)[0], (*beside)[1] - (*at)[1]));
+  return QString::number((*at)[0], 'f', digits) + QStringLiteral(", ") + QString::number((*at)[1], 'f', digits);
 }
 
-bool HasGround(const Image& image) { return FindTransform(image) != nullptr; }
+bool HasGround(const Image& image) { return GetMapPoint(image, 0.0, 0.0).has_value(); }
 
 QString FormatZoom(double zoom) {
   const double percent = zoom * 100.0;

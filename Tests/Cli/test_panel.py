@@ -42,6 +42,38 @@ class ScreenshotTest(PanelTestCase):
                 self.assertTrue((np.ptp(panel[16:48, 16:48], axis=2) > 60).any())
                 self.assertGreater((np.abs(panel - panel[-2, -2]).sum(axis=2) > 200).sum(), 200)
 
+    def test_every_node_opens_with_something_to_be_seen(self):
+        for name in (entry.class_name for entry in FIRST_TWENTY):
+            with self.subTest(node=name):
+                picture = self.draw(name)[90:480, 90:470].mean(axis=2)
+                # Neither black nor white all over, and not one gray.
+                self.assertGreater(picture.std(), 10)
+                self.assertGreater(picture.mean(), 10)
+                self.assertLess(picture.mean(), 250)
+
+    def test_what_is_set_comes_before_what_a_node_opens_with(self):
+        def attributes(*arguments):
+            result = self.value(
+                "panel", "Value Condition", *arguments, "--screenshot", self.dir / "a.png", "--json"
+            )
+            return json.loads(result.out)["attributes"]
+
+        self.assertEqual(attributes(), {"condition": "v_gt_a", "a": 0.5, "b": 0})
+        self.assertEqual(
+            attributes("--set", "condition=v_lt_a"), {"condition": "v_lt_a", "a": 0.5, "b": 0}
+        )
+        self.assertEqual(attributes("--set", "a=0.25"), {"condition": "v_gt_a", "a": 0.25, "b": 0})
+
+    def test_a_result_is_shown_by_the_range_of_its_input(self):
+        file = self.flat(0.25)
+        for constant, gray in ((0, 64), (0.25, 128), (0.5, 191), (2, 255)):
+            shown = self.preview("Value Add", "-i", file, "--set", f"constant={constant}")
+            self.assertAlmostEqual(shown[0], gray, delta=1, msg=str(constant))
+
+    def test_a_writer_shows_what_it_writes(self):
+        picture = self.draw("ImageWriterNode")[90:480, 90:470]
+        self.assertGreater(picture.std(), 10)
+
     def test_needs_no_display(self):
         result = self.value(
             "panel", "Value Clamp", "--screenshot", "panel.png", environment=WITHOUT_DISPLAY
