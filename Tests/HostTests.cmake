@@ -503,3 +503,11 @@ add_test(NAME TerrainInWindows
 set_tests_properties(TerrainInWindows PROPERTIES
   ENVIRONMENT "QT_QPA_PLATFORM=xcb;LIBGL_ALWAYS_SOFTWARE=1;ASAN_OPTIONS=detect_leaks=0"
   TIMEOUT 600)
+
+# The window of the editor with everything in it.
+value_add_test(EditorWindowTests
+  SOURCES
+    Widgets/WidgetTesting.cpp
+    "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/EditorWindowTest.cpp"
+  DEPENDS ValueEditorParts Qt6::Test
+  ENVIRONMENT ${widget_test_environment})

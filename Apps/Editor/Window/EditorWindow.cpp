@@ -8,6 +8,7 @@
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProgressBar>
@@ -16,11 +17,12 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QUrl>
+#include <QVBoxLayout>
 
 #include "Apps/Desktop/Theme.h"
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
-#include "Apps/Editor/Files/FileWatcher.h"
+#include "Apps/Editor/Files/FilesChangedBar.h"
 #include "Apps/Editor/Files/FirstSteps.h"
 #include "Apps/Editor/Files/RecentFiles.h"
 #include "Apps/Editor/Files/RecoveryDialog.h"
@@ -61,7 +63,11 @@ EditorWindow::EditorWindow(const EditorRequest& request)
   MakeMenus();
   MakeStatusLine();
   docks_.Arrange();
-  if (IsDrawn()) return;
+  if (IsDrawn()) {
+    // A picture has the size that is asked for, also where the docks would like more.
+    layout()->setSizeConstraint(QLayout::SetNoConstraint);
+    return;
+  }
   restoreGeometry(settings_.value(QStringLiteral("window/geometry")).toByteArray());
   has_own_layout_ = restoreState(settings_.value(QStringLiteral("window/docks")).toByteArray());
 }
@@ -142,21 +148,25 @@ std::unique_ptr<ScEng::EditSession> EditorWindow::Recover(const std::filesystem:
 }
 
 void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
-  setCentralWidget(nullptr);
+  // The canvas and the bar look at the workspace.
+  delete takeCentralWidget();
   workspace_.reset();
   workspace_ = std::make_unique<Workspace>(std::move(session), docks_);
-  setCentralWidget(&workspace_->GetCanvas());
+  auto* middle = new QWidget(this);
+  auto* layout = new QVBoxLayout(middle);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(new FilesChangedBar(workspace_->GetWatcher(), GetSettingsFile(), middle));
+  layout->addWidget(&workspace_->GetCanvas(), 1);
+  setCentralWidget(middle);
   connect(workspace_.get(), &Workspace::HistoryChanged, this, &EditorWindow::ShowTitle);
   connect(workspace_.get(), &Workspace::Told, this, &EditorWindow::Tell);
   connect(workspace_.get(), &Workspace::ProgressChanged, this, &EditorWindow::ShowProgress);
   connect(workspace_.get(), &Workspace::OpenRequested, this, [this](const QString& file) {
     if (MayLeave()) Open(file);
   });
-  connect(workspace_.get(), &Workspace::FilesOffered, this, &EditorWindow::OfferFiles);
   if (!IsDrawn()) {
     workspace_->GetCanvas().SetUsage(settings_.value(QStringLiteral("canvas/usage")).toStringList());
-    const int mode = settings_.value(QStringLiteral("files/watch"), static_cast<int>(FileWatcher::Mode::kAsk)).toInt();
-    workspace_->GetWatcher().SetMode(static_cast<FileWatcher::Mode>(mode));
   }
   workspace_->SetThumbnails(thumbnails_->isChecked());
   FillEditMenu();
@@ -235,14 +245,6 @@ void EditorWindow::WriteAll() {
 
 bool EditorWindow::MayLeave() {
   return workspace_ == nullptr || IsDrawn() || dialogs_.MayClose(workspace_->GetSession());
-}
-
-void EditorWindow::OfferFiles(const QStringList& ids) {
-  const auto answer = QMessageBox::question(
-      this, tr("Files have changed"),
-      tr("Other programs have changed the files of %1. Read them again?").arg(ids.join(QStringLiteral(", "))));
-  FileWatcher& watcher = workspace_->GetWatcher();
-  answer == QMessageBox::Yes ? watcher.Accept() : watcher.Dismiss();
 }
 
 void EditorWindow::ShowTitle() {

@@ -69,8 +69,6 @@ class EditorWindow : public QMainWindow {
   void WriteAll();
   /// Whether the document may go: it is saved, or the user says so.
   bool MayLeave();
-  /// Asks whether files that other programs have changed are to be read again.
-  void OfferFiles(const QStringList& ids);
   void ShowTitle();
   void ShowProgress(const ScEng::EvaluationProgress& progress, bool is_idle);
   void Tell(const QString& message);

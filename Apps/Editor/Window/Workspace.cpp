@@ -68,7 +68,7 @@ Workspace::~Workspace() {
     frame->setWidget(nullptr);
     delete content;
   }
-  delete canvas_;
+  delete canvas_.data();
   delete watcher_;
   bridge_.reset();
   observer_.reset();
@@ -135,7 +135,6 @@ void Workspace::Connect() {
     bridge_->GetEvaluator().ReadAgain(readers);
     emit Told(tr("Read again: %1").arg(ids.join(QStringLiteral(", "))));
   });
-  connect(watcher_, &FileWatcher::Offered, this, [this](const QStringList& ids) { emit FilesOffered(ids); });
   connect(missing_, &MissingInputs::NodeActivated, this, &Workspace::GoToNode);
   connect(missing_, &MissingInputs::Failed, this, &Workspace::Told);
   connect(&viewer_->GetViewer(), &ScEng::ViewerWidget::LookChanged, this, [this] { ShowTerrain(); });

@@ -2,16 +2,17 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 #include <memory>
 
+#include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Window/DockFrames.h"
 #include "Apps/Editor/Window/EvaluationBridge.h"
 #include "Host/Editing/EditSession.h"
 
 class AttributesDock;
 class FileWatcher;
-class GraphCanvas;
 class HelpDock;
 class HistoryDock;
 class MissingInputs;
@@ -53,8 +54,6 @@ class Workspace : public QObject {
   void Told(const QString& message);
   void ProgressChanged(const ScEng::EvaluationProgress& progress, bool is_idle);
   void OpenRequested(const QString& file);
-  /// Files of these readers have changed, and `GetWatcher` waits for an answer.
-  void FilesOffered(const QStringList& ids);
 
  private:
   class Observer;
@@ -79,7 +78,8 @@ class Workspace : public QObject {
   DockFrames& frames_;
   QTimer journal_timer_;
   QString journal_problem_;
-  GraphCanvas* canvas_ = nullptr;
+  /// Goes with the window's middle, if that goes first.
+  QPointer<GraphCanvas> canvas_;
   ViewerDock* viewer_ = nullptr;
   AttributesDock* attributes_ = nullptr;
   HistoryDock* history_ = nullptr;

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Apps/Editor/Window/EditorWindow.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QAccessible>
+#include <QAction>
+#include <QDialog>
+#include <QDoubleSpinBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSlider>
+#include <QTest>
+#include <QTimer>
+#include <ctime>
+#include <filesystem>
+#include <random>
+
+#include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Window/ViewerDock.h"
+#include "Host/Widgets/ViewerWidget.h"
+#include "Tests/Support/EditTesting.h"
+#include "Tests/Widgets/WidgetTesting.h"
+
+namespace {
+
+using WidgetTest::Find;
+
+constexpr double kLong = 300.0;
+
+class EditorWindowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    // Settings of tests stay in their folder.
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString((folder_ / "config").string()));
+    Testing::WriteText(folder_ / "graph.json", Testing::Quoted(R"({
+  'format': 'value-graph',
+  'version': 2,
+  'nodes': [
+    {'id': 'height', 'type': 'ImageTerrainNode', 'attributes': {'frame': [0, 0, 64, 48]}, 'position': [0, 0]},
+    {'id': 'raised', 'type': 'ImageValueAddNode', 'attributes': {'constant': 0.25}, 'position': [260, 0]},
+    {'id': 'high', 'type': 'ImageValueClampNode', 'position': [520, 0]}
+  ],
+  'connections': [
+    {'from': 'height.image', 'to': 'raised.image', 'index': 0},
+    {'from': 'raised.image', 'to': 'high.image'}
+  ]
+}
+)"));
+  }
+  void TearDown() override { window_.reset(); }
+
+  void Open(const std::filesystem::path& document) {
+    EditorRequest request;
+    request.catalog = Testing::GetCatalog();
+    request.document = document;
+    request.state_folder = folder_ / "state";
+    window_ = std::make_unique<EditorWindow>(request);
+    window_->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
+    EditorAnswer answer;
+    window_->Start(answer);
+    ASSERT_TRUE(answer.problems.empty()) << answer.problems[0];
+    Wait();
+  }
+  void Wait() { window_->WaitUntilDone(); }
+
+  ScEng::EditSession& Session() { return window_->GetWorkspace()->GetSession(); }
+  GraphCanvas& Canvas() { return window_->GetWorkspace()->GetCanvas(); }
+  ViewerDock& Viewer() { return window_->GetWorkspace()->GetViewer(); }
+  QAction* Action(const char* name) { return window_->findChild<QAction*>(QLatin1String(name)); }
+  /// The lowest value of what is shown.
+  float Lowest() {
+    const auto& image = Viewer().GetViewer().GetContent().image;
+    return image == nullptr ? -1.0F : image->GetFigures().finite.low;
+  }
+
+  Testing::TemporaryFolder folder_;
+  std::unique_ptr<EditorWindow> window_;
+};
+
+TEST_F(EditorWindowTest, ShowsTheLastImageOfADocument) {
+  Open(folder_ / "graph.json");
+  EXPECT_EQ(Viewer().GetShown(), QStringLiteral("high.image"));
+  const auto& image = Viewer().GetViewer().GetContent().image;
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(image->GetImage().GetSizeX(), 64);
+  EXPECT_EQ(window_->windowTitle(), QStringLiteral("graph.json[*] – Value"));
+  EXPECT_FALSE(window_->isWindowModified());
+}
+
+TEST_F(EditorWindowTest, FollowsTheSelectionUnlessItIsPinned) {
+  Open(folder_ / "graph.json");
+  Canvas().Select({QStringLiteral("height")});
+  Wait();
+  EXPECT_EQ(Viewer().GetShown(), QStringLiteral("height.image"));
+  Viewer().SetPinned(true);
+  Canvas().Select({QStringLiteral("raised")});
+  Wait();
+  EXPECT_EQ(Viewer().GetShown(), QStringLiteral("height.image"));
+  Viewer().SetPinned(false);
+  EXPECT_EQ(Viewer().GetShown(), QStringLiteral("raised.image"));
+}
+
+TEST_F(EditorWindowTest, AFieldOfThePanelChangesThePicture) {
+  Open(folder_ / "graph.json");
+  Canvas().Select({QStringLiteral("raised")});
+  Wait();
+  const float before = Lowest();
+  auto* field = window_->findChild<QDoubleSpinBox*>(QStringLiteral("constant"));
+  ASSERT_NE(field, nullptr);
+  WidgetTest::Type(field, "0.75");
+  QTest::keyClick(field, Qt::Key_Return);
+  Wait();
+  EXPECT_NEAR(Lowest(), before + 0.5F, 1e-6F);
+  EXPECT_TRUE(window_->isWindowModified());
+  ASSERT_EQ(Session().GetHistory().size(), 1U);
+  EXPECT_EQ(Session().GetHistory()[0], "Set raised.constant");
+  EXPECT_EQ(Action("edit.undo")->text(), QStringLiteral("Undo Set raised.constant"));
+  Action("edit.undo")->trigger();
+  Wait();
+  EXPECT_EQ(Lowest(), before);
+  EXPECT_FALSE(window_->isWindowModified());
+  Action("edit.redo")->trigger();
+  Wait();
+  EXPECT_NEAR(Lowest(), before + 0.5F, 1e-6F);
+}
+
+TEST_F(EditorWindowTest, TheRangeStaysWhereItIsWhenValuesChange) {
+  Open(folder_ / "graph.json");
+  ScEng::Look look = Viewer().GetViewer().GetLook();
+  look.range = ScEng::RangeSource::kCustom;
+  look.custom = {0.25F, 2.0F};
+  Viewer().GetViewer().SetLook(look);
+  ASSERT_FALSE(Session().SetAttribute("raised.constant", "5").IsError());
+  Wait();
+  EXPECT_EQ(Viewer().GetViewer().GetLook(), look);
+}
+
+TEST_F(EditorWindowTest, AShownNodeThatIsRenamedStaysShown) {
+  Open(folder_ / "graph.json");
+  ASSERT_FALSE(Session().RenameNode("high", "peaks").IsError());
+  Wait();
+  QApplication::processEvents();
+  Wait();
+  EXPECT_EQ(Viewer().GetShown(), QStringLiteral("peaks.image"));
+  EXPECT_NE(Viewer().GetViewer().GetContent().image, nullptr);
+}
+
+TEST_F(EditorWindowTest, WithoutADocumentThereIsAPicture) {
+  Open({});
+  EXPECT_FALSE(Session().GetDocument().GetIds().empty());
+  EXPECT_NE(Viewer().GetViewer().GetContent().image, nullptr);
+  EXPECT_FALSE(window_->isWindowModified());
+}
+
+TEST_F(EditorWindowTest, AsksBeforeChangesAreLost) {
+  Open(folder_ / "graph.json");
+  ASSERT_FALSE(Session().SetAttribute("raised.constant", "1").IsError());
+  bool was_asked = false;
+  QTimer::singleShot(0, [&] {
+    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    was_asked = true;
+    box->reject();
+  });
+  EXPECT_FALSE(window_->close());
+  EXPECT_TRUE(was_asked);
+  Action("file.save")->trigger();
+  EXPECT_FALSE(window_->isWindowModified());
+  EXPECT_TRUE(window_->close());
+  EXPECT_NE(Testing::ReadText(folder_ / "graph.json").find("\"constant\": 1"), std::string::npos);
+}
+
+TEST_F(EditorWindowTest, OffersWhatWasLeftBehind) {
+  // Journals of a process that is there are left alone, so that another one has to leave this behind.
+  const pid_t child = fork();
+  if (child == 0) {
+    ScEng::Findings findings;
+    auto session = ScEng::EditSession::Open(Testing::GetCatalog(), folder_ / "graph.json", folder_ / "state", findings);
+    const bool is_kept = session != nullptr && !session->SetNote("high", "not saved").IsError() &&
+                         !session->Tick(std::chrono::system_clock::now()).IsError();
+    _exit(is_kept ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_EQ(status, 0);
+  bool was_offered = false;
+  QTimer answer;
+  QObject::connect(&answer, &QTimer::timeout, [&] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (dialog == nullptr) return;
+    answer.stop();
+    auto* recover = dialog->findChild<QPushButton*>(QStringLiteral("recovery.recover"));
+    was_offered = recover != nullptr;
+    if (recover != nullptr) recover->click();
+    if (recover == nullptr) dialog->close();
+  });
+  answer.start(10);
+  Open(folder_ / "graph.json");
+  EXPECT_TRUE(was_offered);
+  EXPECT_EQ(Session().GetDocument().GetNote("high"), "not saved");
+  EXPECT_TRUE(window_->isWindowModified());
+}
+
+TEST_F(EditorWindowTest, EveryControlHasAName) {
+  Open(folder_ / "graph.json");
+  for (const char* name : {"panel", "viewer", "outputs", "problems", "profiler", "history", "help"}) {
+    window_->GetDocks().Raise(name);
+  }
+  QApplication::processEvents();
+  for (QWidget* widget : window_->findChildren<QWidget*>()) {
+    const bool takes_keys = (widget->focusPolicy() & Qt::TabFocus) != 0;
+    const bool is_own = !widget->objectName().startsWith(QStringLiteral("qt_"));
+    if (!takes_keys || !is_own || !widget->isVisible()) continue;
+    const QAccessibleInterface* told = QAccessible::queryAccessibleInterface(widget);
+    ASSERT_NE(told, nullptr);
+    EXPECT_FALSE(told->text(QAccessible::Name).isEmpty())
+        << widget->metaObject()->className() << " " << widget->objectName().toStdString();
+  }
+}
+
+/// Seconds of processor time that this thread has used.
+double GetThreadSeconds() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+// The thread of the window is never busy for long while large images are computed, cancelled and changed. Its own time
+// is measured, so that a slow machine changes nothing but the length of the test. VALUE_INSTANTS asks for more than the
+// few instants of every day.
+TEST_F(EditorWindowTest, TheWindowNeverWaitsForANode) {
+  const char* asked = std::getenv("VALUE_INSTANTS");
+  const int instants = asked != nullptr ? std::atoi(asked) : 25;
+  Open(folder_ / "graph.json");
+  ASSERT_FALSE(Session().SetAttribute("height.frame", "0,0,4096,4096").IsError());
+  std::mt19937 random(12);
+  double longest = 0.0;
+  const auto handle = [&] {
+    const double begun = GetThreadSeconds();
+    QApplication::processEvents(QEventLoop::AllEvents, 1);
+    longest = std::max(longest, GetThreadSeconds() - begun);
+  };
+  for (int i = 0; i < instants; ++i) {
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(random() % 300);
+    while (std::chrono::steady_clock::now() < until) handle();
+    const double begun = GetThreadSeconds();
+    switch (random() % 5) {
+      case 0: Canvas().Select({random() % 2 == 0 ? QStringLiteral("raised") : QStringLiteral("high")}); break;
+      case 1: window_->GetWorkspace()->GetEvaluator().Cancel(); break;
+      case 2: static_cast<void>(Session().Undo()); break;
+      default: ASSERT_FALSE(Session().SetAttribute("raised.constant", std::to_string(random() % 100)).IsError()); break;
+    }
+    longest = std::max(longest, GetThreadSeconds() - begun);
+  }
+  while (!window_->GetWorkspace()->GetEvaluator().IsIdle()) handle();
+  RecordProperty("longest_ms", static_cast<int>(longest * 1000.0));
+  if (asked != nullptr) std::printf("%d instants, at most %.1f ms at once\n", instants, longest * 1000.0);
+#ifndef __SANITIZE_ADDRESS__
+  EXPECT_LE(longest, 0.05);
+#endif
+}
+
+}  // namespace
