@@ -44,7 +44,8 @@ std::vector<double> Stack(const std::vector<double>& wanted, const std::vector<d
 class Layout {
  public:
   Layout(const std::vector<QSizeF>& sizes, const std::vector<std::pair<std::size_t, std::size_t>>& edges)
-      : sizes_(sizes),
+      : nodes_(sizes.size()),
+        sizes_(sizes),
         before_(sizes.size()),
         after_(sizes.size()),
         layer_(sizes.size(), 0),
@@ -59,6 +60,7 @@ class Layout {
 
   std::vector<QPointF> Make() {
     AssignLayers();
+    AddLanes();
     double top = 0.0;
     List single;
     for (const List& part : ListParts()) {
@@ -69,6 +71,7 @@ class Layout {
       }
     }
     PlaceSingle(single, top);
+    places_.resize(nodes_);
     return places_;
   }
 
@@ -93,6 +96,39 @@ class Layout {
       for (const std::size_t next : after_[*node]) nearest = std::min(nearest, layer_[next]);
       layer_[*node] = nearest == 0 ? 0 : nearest - 1;
     }
+  }
+
+  /// Wires over several layers get lanes between the nodes that they pass.
+  void AddLanes() {
+    // So many that large graphs with many long wires stay fast.
+    const std::size_t most = 4 * nodes_ + 1000;
+    for (std::size_t from = 0; from < nodes_; ++from) {
+      const List targets = after_[from];
+      after_[from].clear();
+      for (const std::size_t to : targets) {
+        if (layer_[to] <= layer_[from] + 1 || sizes_.size() >= most) {
+          after_[from].push_back(to);
+          continue;
+        }
+        before_[to].erase(std::find(before_[to].begin(), before_[to].end(), from));
+        std::size_t end = from;
+        for (std::size_t layer = layer_[from] + 1; layer < layer_[to]; ++layer) end = AddLane(end, layer);
+        after_[end].push_back(to);
+        before_[to].push_back(end);
+      }
+    }
+  }
+
+  std::size_t AddLane(std::size_t from, std::size_t layer) {
+    const std::size_t lane = sizes_.size();
+    sizes_.emplace_back(0.0, 1.0);
+    before_.push_back({from});
+    after_.emplace_back();
+    layer_.push_back(layer);
+    middle_.push_back(0.0);
+    places_.emplace_back();
+    after_[from].push_back(lane);
+    return lane;
   }
 
   std::vector<List> ListParts() const {
@@ -204,7 +240,9 @@ class Layout {
     return bottom;
   }
 
-  const std::vector<QSizeF>& sizes_;
+  /// How many nodes there are; what follows them are lanes.
+  const std::size_t nodes_;
+  std::vector<QSizeF> sizes_;
   std::vector<List> before_;
   std::vector<List> after_;
   List layer_;

@@ -41,6 +41,18 @@ TEST(AutoLayout, KeepsRowsFromCrossing) {
   EXPECT_EQ(places[1].y() < places[2].y(), places[4].y() < places[3].y());
 }
 
+TEST(AutoLayout, LongWiresPassBesideNodes) {
+  // 0 feeds 3 directly and through 1 and 2.
+  const auto places = LayOutGraph(std::vector<QSizeF>(4, kSize), {{0, 1}, {1, 2}, {2, 3}, {0, 3}});
+  const QPointF start = places[0] + QPointF(100, 30);
+  const QPointF end = places[3] + QPointF(0, 30);
+  for (const std::size_t passed : {1U, 2U}) {
+    const double middle = places[passed].x() + 50;
+    const double y = start.y() + (end.y() - start.y()) * (middle - start.x()) / (end.x() - start.x());
+    EXPECT_TRUE(y < places[passed].y() || y > places[passed].y() + 60) << passed;
+  }
+}
+
 TEST(AutoLayout, NothingOverlaps) {
   std::vector<std::pair<std::size_t, std::size_t>> edges;
   for (std::size_t i = 1; i < 60; ++i) edges.emplace_back((i * 7) % i, i);

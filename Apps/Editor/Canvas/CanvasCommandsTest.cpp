@@ -413,6 +413,44 @@ TEST_F(CanvasCommandsTest, UnknownTypesArePlaceholdersWithTheirWires) {
   EXPECT_EQ(scene().GetAllWires().front()->GetEnd(), PlugOf("odd", "thing", true));
 }
 
+TEST_F(CanvasCommandsTest, GoesWhileAFieldIsOpen) {
+  Open(kChain);
+  canvas_->Select({"b"});
+  Key(Qt::Key_F2);
+  QTest::keyClicks(view().findChild<QLineEdit*>(QStringLiteral("canvas.field")), QStringLiteral("half"));
+  canvas_.reset();
+  EXPECT_FALSE(document().HasId("half"));
+}
+
+TEST_F(CanvasCommandsTest, NodesMayGoWhileTheyAreDragged) {
+  Open(kChain, kWires);
+  Press(TitleOf("b"));
+  MoveTo(TitleOf("b") + QPointF(60, 60));
+  ASSERT_FALSE(session_->RemoveNodes({"b"}).IsError());
+  MoveTo(QPointF(400, 300));
+  Release(QPointF(400, 300));
+  EXPECT_EQ(scene().FindNode("b"), nullptr);
+  Press(PlugOf("a", "image", false));
+  MoveTo(QPointF(300, 300));
+  ASSERT_FALSE(session_->RemoveNodes({"a"}).IsError());
+  view().viewport()->repaint();
+  MoveTo(TitleOf("c"));
+  Release(PlugOf("c", "image", true));
+  EXPECT_TRUE(document().GetConnections().empty());
+}
+
+TEST_F(CanvasCommandsTest, FollowsWhatOthersDo) {
+  Open(kChain, kWires);
+  ASSERT_FALSE(session_->RenameNode("b", "limit").IsError());
+  ASSERT_FALSE(session_->RemoveNodes({"a"}).IsError());
+  EXPECT_EQ(scene().GetAllWires().size(), 1U);
+  EXPECT_NE(scene().FindWire({"limit.image", "c.image", 0}), nullptr);
+  ASSERT_FALSE(session_->GoTo(0).IsError());
+  EXPECT_EQ(scene().GetAllWires().size(), 2U);
+  EXPECT_NE(scene().FindWire({"a.image", "b.image", 0}), nullptr);
+  EXPECT_EQ(scene().FindNode("a")->pos(), QPointF(0, 0));
+}
+
 TEST_F(CanvasCommandsTest, EveryActionHasANameAndShortcutsAreUnique) {
   Open(kChain);
   QStringList names;

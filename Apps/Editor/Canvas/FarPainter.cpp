@@ -19,7 +19,7 @@ void DrawWires(QPainter& painter, const GraphScene& scene, const QRectF& exposed
   for (const WireItem* wire : scene.GetAllWires()) {
     const QRectF box = QRectF(wire->GetStart(), wire->GetEnd()).normalized().adjusted(-1, -1, 1, 1);
     if (!box.intersects(exposed)) continue;
-    const double share = wire->IsDimmed() ? 0.25 : 0.75;
+    const double share = wire->IsDimmed() ? 0.2 : 0.55;
     const QColor color =
         wire->isSelected() ? colors.accent : MixColors(colors.ground, colors.GetKind(wire->GetKind()), share);
     lines[color.rgb()] << QLineF(wire->GetStart(), wire->GetEnd());

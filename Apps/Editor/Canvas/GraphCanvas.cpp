@@ -47,6 +47,7 @@ GraphCanvas::GraphCanvas(ScEng::EditSession& session, std::shared_ptr<const ScEn
 }
 
 GraphCanvas::~GraphCanvas() {
+  CloseEditorsInPlace(view_);
   // The view goes before the scene that it shows.
   delete search_;
   delete view_;

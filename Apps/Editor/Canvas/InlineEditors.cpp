@@ -9,12 +9,15 @@
 
 namespace {
 
-/// Ends an editor once, whichever way. What takes its text asks what the editor is, since one that is being destroyed
-/// loses the keyboard, too, and has no text any more.
+constexpr char kFieldName[] = "canvas.field";
+constexpr char kEndName[] = "canvas.field.end";
+
+/// Ends an editor once, whichever way.
 class EndOfEditing : public QObject {
  public:
-  EndOfEditing(QWidget* editor, bool has_lines, std::function<void(QWidget*)> take)
+  EndOfEditing(QWidget* editor, bool has_lines, std::function<void()> take)
       : QObject(editor), editor_(editor), has_lines_(has_lines), take_(std::move(take)) {
+    setObjectName(QLatin1String(kEndName));
     editor->installEventFilter(this);
   }
 
@@ -38,7 +41,7 @@ class EndOfEditing : public QObject {
     if (is_ended_) return;
     is_ended_ = true;
     QWidget* canvas = editor_->parentWidget();
-    if (takes) take_(editor_);
+    if (takes) take_();
     editor_->hide();
     editor_->deleteLater();
     if (canvas != nullptr) canvas->setFocus();
@@ -47,11 +50,11 @@ class EndOfEditing : public QObject {
   QWidget* editor_;
   bool has_lines_;
   bool is_ended_ = false;
-  std::function<void(QWidget*)> take_;
+  std::function<void()> take_;
 };
 
 void OpenAt(QWidget* editor, const QRect& place, int least_height, const QString& name) {
-  editor->setObjectName(QStringLiteral("canvas.field"));
+  editor->setObjectName(QLatin1String(kFieldName));
   editor->setAccessibleName(name);
   const int line = editor->fontMetrics().height();
   QRect box = place;
@@ -67,9 +70,7 @@ void OpenAt(QWidget* editor, const QRect& place, int least_height, const QString
 void EditLineInPlace(QWidget* parent, const QRect& place, const QString& name, const QString& text,
                      std::function<void(const QString&)> take) {
   auto* field = new QLineEdit(text, parent);
-  new EndOfEditing(field, false, [take = std::move(take)](QWidget* editor) {
-    if (const auto* line = qobject_cast<QLineEdit*>(editor)) take(line->text());
-  });
+  new EndOfEditing(field, false, [field, take = std::move(take)] { take(field->text()); });
   OpenAt(field, place, field->sizeHint().height(), name);
   field->selectAll();
 }
@@ -78,9 +79,15 @@ void EditTextInPlace(QWidget* parent, const QRect& place, const QString& name, c
                      std::function<void(const QString&)> take) {
   auto* field = new QPlainTextEdit(text, parent);
   field->setTabChangesFocus(true);
-  new EndOfEditing(field, true, [take = std::move(take)](QWidget* editor) {
-    if (const auto* lines = qobject_cast<QPlainTextEdit*>(editor)) take(lines->toPlainText());
-  });
+  new EndOfEditing(field, true, [field, take = std::move(take)] { take(field->toPlainText()); });
   OpenAt(field, place, field->fontMetrics().height() * 4, name);
   field->selectAll();
+}
+
+void CloseEditorsInPlace(QWidget* parent) {
+  for (QWidget* field : parent->findChildren<QWidget*>(QLatin1String(kFieldName))) {
+    // Without it, the field loses the keyboard and nothing comes of that.
+    delete field->findChild<QObject*>(QLatin1String(kEndName));
+    delete field;
+  }
 }

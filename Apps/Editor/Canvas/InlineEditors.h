@@ -13,3 +13,5 @@ void EditLineInPlace(QWidget* parent, const QRect& place, const QString& name, c
                      std::function<void(const QString&)> take);
 void EditTextInPlace(QWidget* parent, const QRect& place, const QString& name, const QString& text,
                      std::function<void(const QString&)> take);
+/// Closes what is open and takes no text, before the parent goes.
+void CloseEditorsInPlace(QWidget* parent);

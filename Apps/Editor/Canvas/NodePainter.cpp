@@ -122,7 +122,11 @@ void NodePainter::PaintHeader() {
     painter_.setRenderHint(QPainter::SmoothPixmapTransform);
     painter_.drawPixmap(shape.icon, item_.face_.icon, QRectF(item_.face_.icon.rect()));
   }
-  if (zoom_ >= Detail::kText) PaintTitle();
+  if (zoom_ >= Detail::kText) {
+    PaintTitle();
+  } else {
+    PaintLargeTitle();
+  }
   painter_.setOpacity(opacity);
   if (!shape.eye.isEmpty()) PaintEye();
 }
@@ -142,6 +146,19 @@ void NodePainter::PaintTile() {
   painter_.setFont(MakeFont(initials.size() > 1 ? 11 : 14, true));
   painter_.setPen(colors_.is_dark ? QColor(Qt::black) : QColor(Qt::white));
   painter_.drawText(tile, Qt::AlignCenter, initials);
+}
+
+void NodePainter::PaintLargeTitle() {
+  const NodeShape& shape = item_.shape_;
+  const double left = shape.icon.right() + 8;
+  const double right = item_.IsShown() ? shape.eye.left() - 4 : shape.header.right() - 8;
+  // As large as the header allows, so that names can be read where nothing else can.
+  const QFont font = MakeFont(std::min(27.0, 9.5 / zoom_), true);
+  painter_.setFont(font);
+  painter_.setPen(colors_.text);
+  const QRectF box(left, 0, right - left, shape.header.height());
+  painter_.drawText(box, Qt::AlignLeft | Qt::AlignVCenter,
+                    QFontMetricsF(font).elidedText(item_.face_.title, Qt::ElideRight, box.width()));
 }
 
 void NodePainter::PaintTitle() {

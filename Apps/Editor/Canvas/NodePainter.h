@@ -19,6 +19,8 @@ class NodePainter {
   /// In place of an icon: the initials of the type.
   void PaintTile();
   void PaintTitle();
+  /// From farther away: the name alone.
+  void PaintLargeTitle();
   void PaintEye();
   void PaintPlugs();
   void PaintPlug(const PlugFace& plug, const QPointF& place, bool is_input, bool is_offered);
