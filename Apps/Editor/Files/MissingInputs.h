@@ -54,6 +54,7 @@ class MissingInputs : public QWidget {
   ScEng::EditSession& session_;
   SessionWatch watch_;
   std::vector<MissingInput> missing_;
+  bool is_shown_ = false;
   QTreeWidget* list_ = nullptr;
   QLabel* text_ = nullptr;
   QPushButton* locate_ = nullptr;
