@@ -418,6 +418,7 @@ value_add_test(EditorDocksTests
     "${editor_docks}/AttributeTextTest.cpp"
     "${editor_docks}/AttributesDockTest.cpp"
     "${editor_docks}/DocksTest.cpp"
+    "${editor_docks}/OutputsDockTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)
@@ -469,6 +470,7 @@ set(editor_files "${PROJECT_SOURCE_DIR}/Apps/Editor/Files")
 value_add_test(EditorFilesTests
   SOURCES
     Widgets/WidgetTesting.cpp
+    "${editor_files}/DialogsTest.cpp"
     "${editor_files}/FilesTest.cpp"
     "${editor_files}/SaveAsToTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test

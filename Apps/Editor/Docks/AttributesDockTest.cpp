@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QColorDialog>
 #include <QDoubleSpinBox>
 #include <QInputDialog>
 #include <QLineEdit>
@@ -113,6 +114,25 @@ TEST_F(AttributesDockTest, DragOfASliderIsOneStep) {
     EXPECT_EQ(session_->GetHistory().size(), static_cast<std::size_t>(drag));
   }
   EXPECT_NE(Constant("c"), 0.0);
+}
+
+TEST_F(AttributesDockTest, ChoosingAColorIsOneStep) {
+  Select({"a"});
+  QTest::mouseClick(Find<QAbstractButton>(*dock_, "color"), Qt::LeftButton);
+  QColorDialog* dialog = nullptr;
+  ASSERT_TRUE(QTest::qWaitFor([&] { return (dialog = dock_->findChild<QColorDialog*>()) != nullptr; }, 60000));
+  for (const char* color : {"#ff0000", "#80ff00", "#0000ff"}) {
+    dialog->setCurrentColor(QColor(color));
+    QCoreApplication::processEvents();
+  }
+  dialog->accept();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(session_->GetHistory(), std::vector<std::string>{"Set a.color"});
+  const ScEng::Rgbo color = session_->GetDocument().FindNode("a")->GetAttribute("color")->GetValue().GetColor();
+  EXPECT_EQ(color.red, 0.0);
+  EXPECT_EQ(color.blue, 1.0);
+  EXPECT_FALSE(session_->Undo().IsError());
+  EXPECT_EQ(Save(session_->GetDocument()), before_);
 }
 
 TEST_F(AttributesDockTest, UndoKeysInAFieldAreThoseOfTheDocument) {

@@ -100,8 +100,12 @@ void OutputForm::Show(const ScEng::DocumentOutput& output, const QStringList& pl
   const ScEng::DocumentOutput before = std::exchange(shown_, output);
   folder_ = folder;
   const QString from = QString::fromStdString(output.from);
-  from_->clear();
-  from_->addItems(plugs);
+  // A list that is open stays open where nothing has changed.
+  if (plugs != plugs_ || from_->count() != plugs.size()) {
+    from_->clear();
+    from_->addItems(plugs);
+    plugs_ = plugs;
+  }
   // What is not there any more is shown all the same.
   if (from_->findText(from) < 0) from_->addItem(from);
   from_->setCurrentIndex(from_->findText(from));

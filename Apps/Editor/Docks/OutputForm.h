@@ -41,6 +41,7 @@ class OutputForm : public QWidget {
   QComboBox* metadata_ = nullptr;
   QLineEdit* layer_ = nullptr;
   QLabel* error_ = nullptr;
+  QStringList plugs_;
   ScEng::DocumentOutput shown_;
   std::filesystem::path folder_;
 };

@@ -4,6 +4,7 @@
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>
 #include <QApplication>
+#include <QColorDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMetaObject>
@@ -38,8 +39,21 @@ void PanelGestures::EndSoon() {
       Qt::QueuedConnection);
 }
 
+void PanelGestures::FollowDialog(QObject* watched, QEvent* event) {
+  if (qobject_cast<QColorDialog*>(watched) == nullptr) return;
+  has_dialog_ = event->type() == QEvent::Show;
+  if (has_dialog_) {
+    Begin();
+  } else {
+    EndSoon();
+  }
+}
+
 bool PanelGestures::eventFilter(QObject* watched, QEvent* event) {
   switch (event->type()) {
+    case QEvent::Show:
+    case QEvent::Hide: FollowDialog(watched, event); return false;
+    case QEvent::Wheel:
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
     case QEvent::MouseButtonRelease:
@@ -50,11 +64,15 @@ bool PanelGestures::eventFilter(QObject* watched, QEvent* event) {
   }
   const auto* widget = qobject_cast<const QWidget*>(watched);
   if (widget == nullptr || area_ == nullptr) return false;
+  if (has_dialog_) return false;
   // A widget outside the panel may get the release: the list of a combo box.
   if (event->type() == QEvent::MouseButtonRelease) EndSoon();
   if (!area_->isAncestorOf(widget)) return false;
   switch (event->type()) {
     case QEvent::MouseButtonRelease: return false;
+    case QEvent::Wheel:
+      if (!is_open_) Begin();
+      return false;
     case QEvent::FocusOut: EndSoon(); return false;
     case QEvent::KeyPress:
     case QEvent::ShortcutOverride: return FilterKey(*widget, event);

@@ -23,10 +23,13 @@ class PanelGestures : public QObject {
   void End();
   /// Ends it when the widget has been told what ends it, since it may make its last change then.
   void EndSoon();
+  void FollowDialog(QObject* watched, QEvent* event);
   bool FilterKey(const QWidget& widget, QEvent* event);
 
   ScEng::EditSession& session_;
   QPointer<QWidget> area_;
   bool is_open_ = false;
   bool is_ending_ = false;
+  /// A dialog for colors is open, which is one gesture from its start to its end.
+  bool has_dialog_ = false;
 };

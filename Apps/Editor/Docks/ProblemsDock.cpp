@@ -63,7 +63,7 @@ void ProblemsDock::SetFacts(const std::vector<ScEng::NodeFacts>& facts) {
       said_[fact.id] = std::move(lines);
     }
   }
-  Refresh();
+  ShowProblems();
 }
 
 void ProblemsDock::Rename(const std::string& before, const std::string& now) {
@@ -82,9 +82,6 @@ std::vector<Problem> ProblemsDock::CollectProblems() const {
     const auto found = said_.find(id);
     if (found != said_.end()) problems.insert(problems.end(), found->second.begin(), found->second.end());
   }
-  ScEng::Findings findings;
-  document.CheckComplete(findings);
-  document.Advise(findings);
   std::unordered_set<std::string> said;
   for (const Problem& problem : problems) said.insert(problem.id + "\n" + problem.text);
   const auto add = [&](bool is_error, const std::string& text) {
@@ -95,14 +92,21 @@ std::vector<Problem> ProblemsDock::CollectProblems() const {
     if (said.contains(id + "\n" + text) || said.contains(id + "\n" + own)) return;
     problems.push_back({.is_error = is_error, .id = id, .text = text});
   };
-  for (const std::string& text : findings.errors) add(true, text);
-  for (const std::string& text : findings.notes) add(false, text);
+  for (const std::string& text : findings_.errors) add(true, text);
+  for (const std::string& text : findings_.notes) add(false, text);
   return problems;
 }
 
 void ProblemsDock::Refresh() {
   // A node that is gone has nothing to say, also if it comes back: it is evaluated again then.
   std::erase_if(said_, [&](const auto& entry) { return !session_.GetDocument().HasId(entry.first); });
+  findings_ = {};
+  session_.GetDocument().CheckComplete(findings_);
+  session_.GetDocument().Advise(findings_);
+  ShowProblems();
+}
+
+void ProblemsDock::ShowProblems() {
   model_.Update(CollectProblems());
   const int count = model_.rowCount();
   const int errors = model_.CountErrors();

@@ -8,6 +8,7 @@
 
 #include "Apps/Editor/Docks/ProblemsModel.h"
 #include "Apps/Editor/Docks/SessionWatch.h"
+#include "Host/Documents/Findings.h"
 #include "Host/Editing/BackgroundEvaluator.h"
 #include "Host/Editing/EditSession.h"
 
@@ -31,7 +32,10 @@ class ProblemsDock : public QWidget {
   void CountChanged(int errors, int notes);
 
  private:
+  /// Asks the document anew.
   void Refresh();
+  /// Shows what nodes and document have said.
+  void ShowProblems();
   void Rename(const std::string& before, const std::string& now);
   [[nodiscard]] std::vector<Problem> CollectProblems() const;
   void Activate(const QModelIndex& index);
@@ -40,6 +44,7 @@ class ProblemsDock : public QWidget {
   SessionWatch watch_;
   ProblemsModel model_;
   std::unordered_map<std::string, std::vector<Problem>> said_;
+  ScEng::Findings findings_;
   QTreeView* view_ = nullptr;
   QLabel* empty_ = nullptr;
 };

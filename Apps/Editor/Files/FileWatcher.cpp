@@ -31,11 +31,11 @@ FileWatcher::FileWatcher(ScEng::EditSession& session, QObject* parent)
   // Every event starts the time anew: it counts from the last one.
   connect(&system_, &QFileSystemWatcher::fileChanged, this, [this] { timer_.start(); });
   connect(&system_, &QFileSystemWatcher::directoryChanged, this, [this] { timer_.start(); });
-  connect(&watch_, &SessionWatch::Changed, this, &FileWatcher::Follow);
+  connect(&watch_, &SessionWatch::Changed, this, &FileWatcher::Refresh);
   connect(&watch_, &SessionWatch::NodeRenamed, this, [this](const std::string& before, const std::string& now) {
     if (pending_.erase(before) != 0) pending_.insert(now);
   });
-  Follow();
+  Refresh();
 }
 
 FileWatcher::~FileWatcher() = default;
@@ -62,9 +62,16 @@ void FileWatcher::Accept() {
 
 void FileWatcher::Dismiss() { pending_.clear(); }
 
+void FileWatcher::Refresh() {
+  std::map<std::string, std::filesystem::path> inputs = session_.GetDocument().GetInputFiles();
+  if (inputs == inputs_) return;
+  inputs_ = std::move(inputs);
+  Follow();
+}
+
 void FileWatcher::Follow() {
   readers_.clear();
-  for (const auto& [id, file] : session_.GetDocument().GetInputFiles()) {
+  for (const auto& [id, file] : inputs_) {
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(file, error);
     if (error || (readers_.size() >= kMostFiles && !readers_.contains(absolute.string()))) continue;

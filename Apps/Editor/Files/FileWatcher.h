@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
+#include <filesystem>
 #include <map>
 #include <set>
 #include <string>
@@ -48,6 +49,8 @@ class FileWatcher : public QObject {
   };
   static Stamp ReadStamp(const std::string& file);
 
+  /// Follows the readers of the document, where they are other ones now.
+  void Refresh();
   void Follow();
   void Compare();
 
@@ -58,6 +61,7 @@ class FileWatcher : public QObject {
   Mode mode_ = Mode::kAsk;
   /// By file: the readers, and what the file was like.
   std::map<std::string, std::set<std::string>> readers_;
+  std::map<std::string, std::filesystem::path> inputs_;
   std::map<std::string, Stamp> stamps_;
   std::set<std::string> pending_;
 };

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "Apps/Editor/Docks/PanelLook.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
@@ -102,7 +103,6 @@ MissingInputs::MissingInputs(ScEng::EditSession& session, QWidget* parent)
   });
   connect(&watch_, &SessionWatch::Changed, this, &MissingInputs::Refresh);
   UsePanelLook(*this);
-  missing_ = FindMissingInputs(session_.GetDocument());
   Refresh();
 }
 
@@ -112,7 +112,10 @@ void MissingInputs::Refresh() {
   const std::size_t before = missing_.size();
   const MissingInput* selected = GetSelected();
   const std::string id = selected != nullptr ? selected->id : std::string();
-  missing_ = FindMissingInputs(session_.GetDocument());
+  std::vector<MissingInput> missing_now = FindMissingInputs(session_.GetDocument());
+  if (is_shown_ && missing_now == missing_) return;
+  is_shown_ = true;
+  missing_ = std::move(missing_now);
   list_->clear();
   for (const MissingInput& missing : missing_) {
     auto* item = new QTreeWidgetItem(list_);

@@ -23,7 +23,7 @@ struct MissingInput {
   friend bool operator==(const MissingInput&, const MissingInput&) = default;
 };
 
-/// Readers whose file is not there, and nodes of unknown type.
+/// Readers of files that are not there, and nodes of unknown type.
 std::vector<MissingInput> FindMissingInputs(const ScEng::GraphDocument& document);
 
 /// Gives a reader another file by a command. With it, other missing files that lie in the same folder are found too.
@@ -54,6 +54,7 @@ class MissingInputs : public QWidget {
   ScEng::EditSession& session_;
   SessionWatch watch_;
   std::vector<MissingInput> missing_;
+  bool is_shown_ = false;
   QTreeWidget* list_ = nullptr;
   QLabel* text_ = nullptr;
   QPushButton* locate_ = nullptr;

@@ -27,7 +27,8 @@ fs::path MakeAbsolute(const fs::path& path) {
 
 bool IsRelative(const std::string& written) { return !written.empty() && ScEng::MakePath(written).is_relative(); }
 
-PathChanges FindChanges(const ScEng::GraphDocument& document, const fs::path& before, const fs::path& now) {
+PathChanges FindChanges(const ScEng::GraphDocument& document, const fs::path& before, const fs::path& now,
+                        bool with_written) {
   PathChanges changes;
   for (const std::string& id : document.GetIds()) {
     const Node* node = document.FindNode(id);
@@ -36,15 +37,15 @@ PathChanges FindChanges(const ScEng::GraphDocument& document, const fs::path& be
       if (attribute.GetKind() != Attribute::Kind::kString) continue;
       if (attribute.GetStringUse() == Attribute::StringUse::kText) continue;
       const std::string written = attribute.GetValue().GetText();
-      if (!IsRelative(written)) continue;
       const bool is_read = attribute.GetStringUse() == Attribute::StringUse::kReadPath;
+      if (!IsRelative(written) || (!is_read && !with_written)) continue;
       const fs::path file = is_read ? ScEng::MakeReadPath(written, before) : ScEng::MakePath(written, before);
       const std::string moved = MakeDocumentPath(file, now);
       if (moved != written) changes.attributes.push_back({id + "." + attribute.GetName(), PlugValue(moved)});
     }
   }
   const std::vector<ScEng::DocumentOutput>& outputs = document.GetOutputs();
-  for (std::size_t i = 0; i < outputs.size(); ++i) {
+  for (std::size_t i = 0; with_written && i < outputs.size(); ++i) {
     if (!IsRelative(outputs[i].path)) continue;
     ScEng::DocumentOutput output = outputs[i];
     output.path = MakeDocumentPath(ScEng::MakePath(output.path, before), now);
@@ -68,7 +69,7 @@ Status SaveAsTo(ScEng::EditSession& session, const fs::path& file) {
   const fs::path before = MakeAbsolute(session.GetDocument().GetFolder());
   const fs::path now = MakeAbsolute(file).parent_path();
   if (MakeAbsolute(before / ".") == MakeAbsolute(now / ".")) return session.SaveAs(file);
-  const PathChanges changes = FindChanges(session.GetDocument(), before, now);
+  const PathChanges changes = FindChanges(session.GetDocument(), before, now, !session.GetFile().empty());
   if (changes.attributes.empty() && changes.outputs.empty()) return session.SaveAs(file);
   // What can be told ahead leaves the history alone.
   const std::string problem = ScEng::TryPlace(file);

@@ -10,5 +10,6 @@
 /// folder: those of readers, writers and outputs are changed by one command first. Where saving fails, the document is
 /// as it was.
 ///
-/// What a placeholder says of paths cannot be told from other text and stays.
+/// A document without a file writes beside the file that it is given, so only what it reads is changed then. What a
+/// placeholder says of paths cannot be told from other text and stays.
 ScEng::Status SaveAsTo(ScEng::EditSession& session, const std::filesystem::path& file);

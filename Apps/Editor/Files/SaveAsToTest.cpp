@@ -103,6 +103,19 @@ TEST_F(SaveAsToTest, KeepsWhatPathsMeanInAFolderBesideAndFarAway) {
   EXPECT_EQ(Path("beside"), Full("images/b.png"));
 }
 
+TEST_F(SaveAsToTest, NewDocumentsWriteBesideTheFileThatTheyAreGiven) {
+  session_ = std::make_unique<ScEng::EditSession>(Testing::GetCatalog(), folder_ / "state");
+  EXPECT_FALSE(session_->AddNode({ScEng::kImageReaderType, "below", {}}).IsError());
+  EXPECT_FALSE(session_->SetAttribute("below.path", "here.png").IsError());
+  ScEng::DocumentOutput output;
+  output.from = "below.image";
+  output.path = "out.png";
+  EXPECT_FALSE(session_->AddOutput(output).IsError());
+  EXPECT_FALSE(SaveAsTo(*session_, folder_ / "project/new.json").IsError());
+  EXPECT_EQ(session_->GetDocument().GetInputFiles().at("below").lexically_normal(), fs::current_path() / "here.png");
+  EXPECT_EQ(session_->GetDocument().GetOutputs()[0].path, "out.png");
+}
+
 TEST_F(SaveAsToTest, ChangesNothingWhereItCannotSave) {
   EXPECT_FALSE(session_->SetNote("none", "a note").IsError());
   EXPECT_FALSE(session_->Undo().IsError());
