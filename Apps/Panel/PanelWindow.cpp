@@ -16,6 +16,7 @@
 #include <QUndoStack>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <new>
 
 #include "Apps/Panel/ApplyLine.h"
 #include "Apps/Panel/FixedRange.h"
@@ -187,8 +188,14 @@ void PanelWindow::Evaluate() {
                                                      : QString::fromStdString(report.findings.errors.front());
     return viewer_->SetContent(content);
   }
-  content.image = ScEng::ViewImage::Make(*image);
-  AddSources(content);
+  try {
+    content.image = ScEng::ViewImage::Make(*image);
+    AddSources(content);
+  } catch (const std::bad_alloc&) {
+    content = ScEng::ViewerContent();
+    content.message = tr("There is not enough memory to show the image.");
+    return viewer_->SetContent(content);
+  }
   FixRange(*image, sources_.empty() ? nullptr : sources_.front().image.Get());
   viewer_->SetContent(content);
   save_->setEnabled(true);
@@ -237,11 +244,13 @@ void PanelWindow::AddSources(ScEng::ViewerContent& content) {
 
 void PanelWindow::FixRange(const Image& result, const Image* source) {
   const auto outplug = static_cast<int>(GetOutplug());
-  if (fixed_outplug_ == outplug) return;
-  fixed_outplug_ = outplug;
   ScEng::Look look = viewer_->GetLook();
+  const bool is_ours = fixed_outplug_ < 0 || (look.range == ScEng::RangeSource::kCustom && look.custom == fixed_);
+  if (fixed_outplug_ == outplug || !is_ours) return;
+  fixed_outplug_ = outplug;
+  fixed_ = ChooseFixedRange(result, source);
   look.range = ScEng::RangeSource::kCustom;
-  look.custom = ChooseFixedRange(result, source);
+  look.custom = fixed_;
   viewer_->SetLook(look);
 }
 

@@ -11,6 +11,7 @@
 
 #include "Apps/Panel/Panel.h"
 #include "Host/Image/Image.h"
+#include "Host/Viewing/Look.h"
 
 class QComboBox;
 class QLineEdit;
@@ -60,6 +61,7 @@ class PanelWindow : public QWidget, private NodeObserver {
   void ShowWithoutOutput();
   /// Adds what goes into the node to what is shown.
   void AddSources(ScEng::ViewerContent& content);
+  /// Sets the range for the first image of an output, unless a person has set another.
   void FixRange(const Image& result, const Image* source);
   void AskForFile();
   void CopyCommand();
@@ -73,6 +75,7 @@ class PanelWindow : public QWidget, private NodeObserver {
   QPushButton* save_ = nullptr;
   QLineEdit* command_ = nullptr;
   std::vector<Source> sources_;
-  /// The output whose range is fixed, or -1.
+  /// The output whose range is fixed, or -1, and that range.
   int fixed_outplug_ = -1;
+  ScEng::ValueRange fixed_;
 };

@@ -148,7 +148,10 @@ HistogramBar::HistogramBar(QWidget* parent)
   setAccessibleName(tr("Histogram and shown range"));
 }
 
-HistogramBar::~HistogramBar() = default;
+HistogramBar::~HistogramBar() {
+  // Fields that lose the focus while the widget goes would tell of it.
+  for (QObject* child : findChildren<QObject*>()) child->disconnect(this);
+}
 
 void HistogramBar::SetImage(std::shared_ptr<const ViewImage> image) {
   implementation_->plot_->SetImage(std::move(image));

@@ -227,8 +227,8 @@ void HistogramPlot::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   const QRectF area = GetBarArea();
   painter.fillRect(area, palette().color(QPalette::Base));
-  PaintBars(painter);
   PaintDeclared(painter);
+  PaintBars(painter);
   PaintStrip(painter);
   painter.setPen(QPen(OutlineColor(palette()), 1.0));
   painter.setBrush(Qt::NoBrush);
@@ -256,7 +256,7 @@ void HistogramPlot::PaintBars(QPainter& painter) const {
     const double height = std::max(1.0, ToHeight(histogram.bars[i], is_logarithmic_) / tallest * (area.height() - 2.0));
     const double middle = (from + to) / 2.0;
     const bool is_shown = middle >= static_cast<double>(shown_.low) && middle <= static_cast<double>(shown_.high);
-    painter.fillRect(QRectF(x, area.bottom() - height, std::max(1.5, ToX(to) - x), height),
+    painter.fillRect(QRectF(x, area.bottom() - height, std::max(2.0, ToX(to) - x), height),
                      is_shown ? inside : outside);
   }
 }

@@ -262,8 +262,7 @@ bool ImageView::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride) {
     // Keys of the view are no shortcuts of the window while the view has the focus.
     const auto* key = dynamic_cast<QKeyEvent*>(event);
-    const bool is_plain = key != nullptr && !key->modifiers().testFlag(Qt::ControlModifier);
-    if (is_plain && (key->key() == Qt::Key_Delete || key->key() == Qt::Key_F || key->key() == Qt::Key_1)) {
+    if (key != nullptr && Implementation::IsOwnKey(key->key(), key->modifiers())) {
       event->accept();
       return true;
     }

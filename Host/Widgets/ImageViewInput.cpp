@@ -151,6 +151,27 @@ void ImageView::Implementation::TellZoom() { Q_EMIT view_.ZoomChanged(placement_
 
 // ---- Keys ----
 
+bool ImageView::Implementation::IsOwnKey(int key, Qt::KeyboardModifiers modifiers) {
+  switch (key) {
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down: return true;
+    case Qt::Key_F:
+    case Qt::Key_1:
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+    case Qt::Key_Minus:
+    case Qt::Key_Comma:
+    case Qt::Key_Period:
+    case Qt::Key_Delete:
+    case Qt::Key_Backspace:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown: return !modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier);
+    default: return false;
+  }
+}
+
 bool ImageView::Implementation::TakeKey(int key, Qt::KeyboardModifiers modifiers) {
   switch (key) {
     case Qt::Key_Left: return TakeArrow({-1, 0}, modifiers);

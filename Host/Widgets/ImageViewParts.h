@@ -38,6 +38,8 @@ class ImageView::Implementation {
 
   // ---- Keys ----
 
+  /// Whether the view has a use for a key, before any shortcut.
+  static bool IsOwnKey(int key, Qt::KeyboardModifiers modifiers);
   /// Whether the key was one of the view's.
   bool TakeKey(int key, Qt::KeyboardModifiers modifiers);
 

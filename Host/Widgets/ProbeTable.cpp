@@ -133,7 +133,7 @@ ProbeTable::ProbeTable(QWidget* parent) : QWidget(parent), implementation_(std::
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-ProbeTable::~ProbeTable() = default;
+ProbeTable::~ProbeTable() { implementation_->table_->disconnect(this); }
 
 void ProbeTable::SetProbes(ProbeList* probes) {
   if (implementation_->probes_ != nullptr) implementation_->probes_->disconnect(this);

@@ -189,7 +189,10 @@ ViewerWidget::ViewerWidget(QWidget* parent)
   setAccessibleName(tr("Viewer"));
 }
 
-ViewerWidget::~ViewerWidget() = default;
+ViewerWidget::~ViewerWidget() {
+  // The parts live longer than what their signals go to.
+  for (QObject* child : findChildren<QObject*>()) child->disconnect(this);
+}
 
 void ViewerWidget::SetContent(const ViewerContent& content) {
   implementation_->content_ = content;
