@@ -30,6 +30,7 @@ GraphCanvas::GraphCanvas(ScEng::EditSession& session, std::shared_ptr<const ScEn
   setObjectName(QStringLiteral("canvas"));
   setAccessibleName(tr("Canvas"));
   view_->setAccessibleName(tr("Graph of nodes"));
+  view_->viewport()->setAccessibleName(view_->accessibleName());
   setFocusProxy(view_);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);

@@ -218,7 +218,9 @@ TEST_F(EditorWindowTest, EveryControlHasAName) {
     const QAccessibleInterface* told = QAccessible::queryAccessibleInterface(widget);
     ASSERT_NE(told, nullptr);
     EXPECT_FALSE(told->text(QAccessible::Name).isEmpty())
-        << widget->metaObject()->className() << " " << widget->objectName().toStdString();
+        << widget->metaObject()->className() << " " << widget->objectName().toStdString() << " in "
+        << widget->parentWidget()->metaObject()->className() << " "
+        << widget->parentWidget()->objectName().toStdString();
   }
 }
 
