@@ -61,9 +61,9 @@ ExitCode RunProgram(int argc, char** argv, Reporter& reporter) {
   CommonOptions common;
   common.Declare(app);
   std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
-  for (const auto make : {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand,
-                          MakeSelftestCommand, MakeDoctorCommand, MakeValidateCommand, MakePanelCommand,
-                          MakeEditCommand}) {
+  for (const auto make :
+       {MakeNodesCommand, MakeApplyCommand, MakeRunCommand, MakeCheckCommand, MakeStatsCommand, MakeSelftestCommand,
+        MakeDoctorCommand, MakeValidateCommand, MakePanelCommand, MakeEditCommand}) {
     auto command = make(common, reporter);
     CLI::App* sub = command->Declare(app);
     common.Declare(*sub);

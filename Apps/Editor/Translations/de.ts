@@ -71,6 +71,104 @@
     </message>
 </context>
 <context>
+    <name>CanvasActions</name>
+    <message>
+        <source>Gray</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Blue</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Teal</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Green</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Yellow</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Red</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Purple</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>CanvasCommands</name>
+    <message>
+        <source>Add %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Add %n file(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Connect %1 to %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Disconnect %n wire(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Remove the selection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Duplicate %n node(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>a frame</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n node(s)</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Move %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select the nodes that the frame is to go around.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Frame</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Color frames</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>DockFrames</name>
     <message>
         <source>Viewer</source>
@@ -102,6 +200,53 @@
     </message>
     <message>
         <source>History</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Missing files</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>DocumentDialogs</name>
+    <message>
+        <source>Value graphs (*.json)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>All files (*)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Untitled</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save As</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>untitled.json</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Unsaved Changes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save the changes to %1?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What is not saved is lost.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cannot Save</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -224,10 +369,6 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Cannot save</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Revert</source>
         <translation type="unfinished"></translation>
     </message>
@@ -241,6 +382,204 @@
     </message>
     <message>
         <source>%1[*] – Value</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cannot start from this template</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>FilesChangedBar</name>
+    <message>
+        <source>Changed files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Read Again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Read the changed files again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Always</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Read changed files again without asking</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go on with what was read before</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file of %1 has changed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The files of %1 readers have changed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>FirstSteps</name>
+    <message>
+        <source>First steps</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Do not show this again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Skip</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Back</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Next</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add nodes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This is the graph. Press Tab, or double-click, and type what you look for: the node appears where the pointer is. Drag from one plug to another to connect them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>See the result</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The image of the node that you choose is shown here, and again after every change. Scroll to zoom, and drag to move.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Set attributes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select a node to see its attributes. Everything can be undone, so try what a slider does.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep the result</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An output writes an image to a file. The ending of its name says the format. Write All writes them all.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find out more</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Each node has a page that says what it does and what each of its attributes is for. You can read these steps again from the Help menu.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Step %1 of %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Done</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>GlProgram</name>
+    <message>
+        <source>a shader does not compile: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the shaders do not fit together: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>GraphCanvas</name>
+    <message>
+        <source>Canvas</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Graph of nodes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>%n node(s) selected</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>There is no node type &quot;%1&quot;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; has no output that fits.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; has no input that fits.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing of &quot;%1&quot; fits a free input of &quot;%2&quot;.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name of the node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Note of the node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Title of the frame</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>GraphView</name>
+    <message>
+        <source>Press Tab or double click to add a node.
+Drop image files here to read them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>HelpDock</name>
+    <message>
+        <source>Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Page of the node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select a node to read its page.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No library that is loaded has the type %1.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -271,6 +610,63 @@
     </message>
     <message>
         <source>Undone</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Minimap</name>
+    <message>
+        <source>Map of the graph</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Map of the graph: click to go there</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>MissingInputs</name>
+    <message>
+        <source>Missing Files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What is missing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Locate…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Locate the file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No library that is loaded has its type</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Everything that the document needs is there.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The document needs what is not there. Nodes without it make no images.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Locate %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>NodeFace</name>
+    <message>
+        <source>Unknown type</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -334,6 +730,36 @@
     </message>
     <message>
         <source>Shows the page of this node</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>NodeItem</name>
+    <message>
+        <source>Show this node (V)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not evaluated: a node that feeds it failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>NodeSearchPopup</name>
+    <message>
+        <source>Add a node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find a node type</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Node types</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No node type is found by these words.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -547,6 +973,69 @@
     </message>
 </context>
 <context>
+    <name>PanelWindow</name>
+    <message>
+        <source>Image files (%1)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Command</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The command that makes this image</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The output that is shown</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Output</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save image…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Writes the image that is shown to a file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy as command</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copies the command that makes this image</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The node has no image to show.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is not enough memory to show the image.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This node makes no image.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save image</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>ProblemsDock</name>
     <message>
         <source>Errors and notes</source>
@@ -585,6 +1074,146 @@
     </message>
     <message>
         <source>Message</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ProfilerDock</name>
+    <message>
+        <source>Profiler</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cost of each node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nothing has been evaluated yet.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ProfilerModel</name>
+    <message>
+        <source>%1 ms</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Total</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>How long the last evaluation took</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What the samples of the results take in memory</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>How often the node was evaluated since the document was opened</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Memory</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Evaluations</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>RecentFiles</name>
+    <message>
+        <source>No recent documents</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Clear List</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>RecoveryDialog</name>
+    <message>
+        <source>Recover Documents</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>These documents were being edited when the program ended. Their changes were kept.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Documents that can be recovered</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Document</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last change</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Discard…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Discard the changes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Later</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Decide later</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Recover</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Recover the document</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New document</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It was being edited on another machine, and may still be.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The document cannot be recovered.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Discard Changes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Discard the changes to %1? They cannot be brought back.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -958,6 +1587,56 @@
     </message>
 </context>
 <context>
+    <name>ShortcutsDialog</name>
+    <message>
+        <source>Keyboard Shortcuts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search by name or keys</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shortcuts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Action</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keys</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> or </source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No shortcut has these words.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>TemplatesDialog</name>
+    <message>
+        <source>New from Template</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Templates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>TerrainCanvas</name>
     <message>
         <source>Terrain</source>
@@ -1090,6 +1769,13 @@
     </message>
     <message>
         <source>Exaggeration and light</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>TerrainWorker</name>
+    <message>
+        <source>there is not enough memory for this image</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
