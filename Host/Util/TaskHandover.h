@@ -1,23 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#if defined(__SANITIZE_THREAD__)
-#define HOST_UTIL_HAS_THREAD_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define HOST_UTIL_HAS_THREAD_SANITIZER 1
-#endif
-#endif
-
-#ifdef HOST_UTIL_HAS_THREAD_SANITIZER
+#ifdef HOST_UTIL_TELLS_THREAD_SANITIZER
 #include <sanitizer/tsan_interface.h>
 #endif
 
 namespace ScEng {
 
 /// Tells the thread sanitizer what oneTBB guarantees: a task sees everything that was done before it was given, and who
-/// waits for tasks sees everything that they did. oneTBB itself is not built with the sanitizer, which would find races
-/// everywhere without this. Does nothing in other builds.
+/// waits for tasks sees everything that they did. oneTBB is not built with the sanitizer, nor are the sources here that
+/// make its tasks (see CMakeLists.txt). Does nothing in other builds.
 class TaskHandover {
  public:
   TaskHandover() = default;
@@ -43,7 +35,7 @@ class TaskHandover {
   };
 
  private:
-#ifdef HOST_UTIL_HAS_THREAD_SANITIZER
+#ifdef HOST_UTIL_TELLS_THREAD_SANITIZER
   static void Release(char& mark) { __tsan_release(&mark); }
   static void Acquire(char& mark) { __tsan_acquire(&mark); }
 #else
