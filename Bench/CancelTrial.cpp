@@ -172,10 +172,31 @@ bool CancelTrial::Stop(const std::string& plug, double after, Times& times) {
   return is_working;
 }
 
+std::string CancelTrial::MakeRow(const CancelCase& tested, double whole, int attempts, std::vector<Times> stopped) {
+  std::ostringstream row;
+  row << "| " << tested.name << " | ";
+  if (whole >= kLongest) {
+    row << "over " << kLongest << " s";
+  } else {
+    row << Milliseconds(whole);
+  }
+  row << " | " << stopped.size() << " of " << attempts << " | ";
+  if (stopped.empty()) {
+    row << "- | - | - |";
+    return row.str();
+  }
+  std::ranges::sort(stopped, {}, &Times::processor_seconds);
+  const double processor_seconds = stopped.back().processor_seconds;
+  std::ranges::sort(stopped, {}, &Times::seconds);
+  row << Milliseconds(stopped[stopped.size() / 2].seconds) << " | " << Milliseconds(stopped.back().seconds) << " | "
+      << Milliseconds(processor_seconds) << " |";
+  return row.str();
+}
+
 std::string CancelTrial::Run(const CancelCase& tested, int attempts) {
   AddTested(tested);
   const std::string plug = FindImageOutput(*session_->GetDocument().FindNode(kTested), kTested);
-  std::ostringstream row;
+  std::string row;
   if (!plug.empty()) {
     std::string message;
     // The second time: a device compiles its program before the first, and files are then in memory.
@@ -188,30 +209,10 @@ std::string CancelTrial::Run(const CancelCase& tested, int attempts) {
       Times times;
       if (Stop(plug, instants(random_), times)) stopped.push_back(times);
     }
-    row << "| " << tested.name << " | ";
-    if (whole >= kLongest) {
-      row << "over " << kLongest << " s";
-    } else {
-      row << Milliseconds(whole);
-    }
-    row << " | " << stopped.size() << " of " << attempts << " | ";
-    if (stopped.empty()) {
-      row << "- | - | - |";
-    } else {
-      const auto by_clock = [](const Times& a, const Times& b) { return a.seconds < b.seconds; };
-      const auto by_processor = [](const Times& a, const Times& b) {
-        return a.processor_seconds < b.processor_seconds;
-      };
-      std::sort(stopped.begin(), stopped.end(), by_clock);
-      const double largest = std::max_element(stopped.begin(), stopped.end(), by_processor)->processor_seconds;
-      row << Milliseconds(stopped[stopped.size() / 2].seconds) << " | " << Milliseconds(stopped.back().seconds) << " | "
-          << Milliseconds(largest) << " |";
-    }
-    if (!message.empty()) row << " " << message;
-    row << "\n";
+    row = MakeRow(tested, whole, attempts, std::move(stopped)) + (message.empty() ? "" : " " + message) + "\n";
   }
   Check(session_->RemoveNodes({kTested}));
-  return row.str();
+  return row;
 }
 
 }  // namespace Bench

@@ -41,6 +41,7 @@ class CancelTrial {
     double processor_seconds = 0.0;
   };
 
+  static std::string MakeRow(const CancelCase& tested, double whole, int attempts, std::vector<Times> stopped);
   void WriteFiles();
   void AddTested(const CancelCase& tested);
   void SetIfThere(const std::string& id, const std::string& attribute, const std::string& text);
