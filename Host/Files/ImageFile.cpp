@@ -19,6 +19,7 @@
 #include "Host/Files/Reading/ReadImage.h"
 #include "Host/Files/Saving/TargetFile.h"
 #include "Host/Files/Writing/WriteImage.h"
+#include "Host/Util/Cancellation.h"
 #include "Host/Util/HostModule.h"
 
 namespace ScEng {
@@ -43,6 +44,9 @@ template <class Function>
 void Guard(std::string& problem, const Function& function) {
   try {
     function();
+  } catch (const Canceled&) {
+    // The evaluation that reads is asked to stop.
+    throw;
   } catch (const std::bad_alloc&) {
     problem = "there is not enough memory for it";
   } catch (const std::exception& thrown) {

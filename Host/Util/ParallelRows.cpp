@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "Host/Util/EvaluationScope.h"
+#include "Host/Util/TaskHandover.h"
 #include "Host/Util/WorkContext.h"
 #include "Host/Util/WorkerLimit.h"
 
@@ -85,10 +86,13 @@ void ParallelRows(std::size_t count, std::size_t grain,
     work(0, count);
     return;
   }
+  TaskHandover handover;
+  handover.Give();
   threads->GetArena().execute([&] {
     // A range is halved as long as it is longer than what is given here, so that each half keeps to the grain.
     tbb::parallel_for(tbb::blocked_range<std::size_t>(0, count, 2 * least - 1),
                       [&](const tbb::blocked_range<std::size_t>& range) {
+                        const TaskHandover::Task task(handover);
                         const WorkContextGuard guard(context);
                         work(range.begin(), range.end());
                       });

@@ -16,6 +16,7 @@
 #include "Host/Util/EvaluationScope.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/ParallelRows.h"
+#include "Host/Util/TaskHandover.h"
 #include "Host/Util/WorkContext.h"
 #include "Host/Util/WorkerLimit.h"
 
@@ -74,8 +75,10 @@ class ThreadPool::Workers {
   void AddTask(std::function<void()> task) {
     ScEng::WorkContext* const context = ScEng::GetWorkContext();
     ++added_;
+    handover_.Give();
     arena_->execute([&] {
       group_.run([this, context, task = std::move(task)] {
+        const ScEng::TaskHandover::Task handed(handover_);
         RunGuarded(context, task);
         ++done_;
         if (waiting_thread_ == std::this_thread::get_id()) pass_->Add(done_.exchange(0));
@@ -88,6 +91,7 @@ class ThreadPool::Workers {
     pass_ = &pass;
     waiting_thread_ = std::this_thread::get_id();
     arena_->execute([this] { group_.wait(); });
+    handover_.Collect();
     waiting_thread_ = std::thread::id();
     const std::lock_guard lock(mutex_);
     return std::exchange(first_exception_, nullptr);
@@ -111,6 +115,7 @@ class ThreadPool::Workers {
   // The end of a group that this one may run within must not take its tasks along.
   tbb::task_group_context isolated_{tbb::task_group_context::isolated};
   tbb::task_group group_{isolated_};
+  ScEng::TaskHandover handover_;
   std::mutex mutex_;
   std::exception_ptr first_exception_;
   std::atomic<std::size_t> added_{0};

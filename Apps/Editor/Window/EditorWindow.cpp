@@ -124,6 +124,7 @@ void EditorWindow::WaitUntilDone() {
   while (!workspace_->GetEvaluator().WaitUntilIdle(kStep)) QApplication::processEvents();
   // What the evaluation told last is still on its way, and widgets draw what they were told.
   for (int i = 0; i < 3; ++i) QApplication::processEvents(QEventLoop::AllEvents, 100);
+  workspace_->FinishPictures();
 }
 
 // ---- Documents ----

@@ -7,11 +7,10 @@
 
 #include <QAccessible>
 #include <QAction>
-#include <QDialog>
 #include <QDoubleSpinBox>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSlider>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 #include <ctime>
@@ -19,14 +18,13 @@
 #include <random>
 
 #include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Window/ViewerDock.h"
 #include "Host/Widgets/ViewerWidget.h"
 #include "Tests/Support/EditTesting.h"
 #include "Tests/Widgets/WidgetTesting.h"
 
 namespace {
-
-using WidgetTest::Find;
 
 constexpr double kLong = 300.0;
 
@@ -172,6 +170,23 @@ TEST_F(EditorWindowTest, AsksBeforeChangesAreLost) {
   EXPECT_FALSE(window_->isWindowModified());
   EXPECT_TRUE(window_->close());
   EXPECT_NE(Testing::ReadText(folder_ / "graph.json").find("\"constant\": 1"), std::string::npos);
+}
+
+TEST_F(EditorWindowTest, WritesAllOutputs) {
+  Open(folder_ / "graph.json");
+  ScEng::DocumentOutput output;
+  output.from = "raised.image";
+  output.path = "raised.exr";
+  ASSERT_FALSE(Session().AddOutput(output).IsError());
+  output.path = "none/high.exr";
+  ASSERT_FALSE(Session().AddOutput(output).IsError());
+  QSignalSpy written(&window_->GetWorkspace()->GetOutputs(), &OutputsDock::Written);
+  Action("file.write")->trigger();
+  ASSERT_TRUE(written.wait(static_cast<int>(kLong * 1000.0)));
+  // One folder does not exist.
+  EXPECT_EQ(written[0][0].toInt(), 1);
+  EXPECT_EQ(written[0][1].toInt(), 1);
+  EXPECT_TRUE(std::filesystem::exists(folder_ / "raised.exr"));
 }
 
 TEST_F(EditorWindowTest, OffersWhatWasLeftBehind) {

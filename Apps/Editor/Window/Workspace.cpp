@@ -95,6 +95,10 @@ void Workspace::MakeWidgets() {
   frames_.Find("profiler")->setWidget(profiler_);
   frames_.Find("history")->setWidget(history_);
   frames_.Find("missing")->setWidget(missing_);
+  // It has the number of problems in it.
+  QDockWidget* problems = frames_.Find("problems");
+  problems->setWindowTitle(problems_->windowTitle());
+  connect(problems_, &QWidget::windowTitleChanged, problems, &QWidget::setWindowTitle);
 }
 
 void Workspace::Connect() {
@@ -176,6 +180,10 @@ void Workspace::ShowFirstImage() {
 }
 
 void Workspace::SetThumbnails(bool on) { bridge_->GetEvaluator().SetThumbnailSize(on ? kThumbnailSize : 0); }
+
+void Workspace::FinishPictures() {
+  if (frames_.Find("terrain")->isVisible() && terrain_->IsAvailable()) static_cast<void>(terrain_->Grab());
+}
 
 void Workspace::Undo() { Report(session_->Undo()); }
 

@@ -7,8 +7,11 @@
 
 #include <atomic>
 #include <ostream>
+#include <thread>
 
 #include "Host/Files/Decoding/DecoderTesting.h"
+#include "Host/Util/Cancellation.h"
+#include "Host/Util/EvaluationScope.h"
 #include "Tests/Support/Folders.h"
 
 namespace {
@@ -422,6 +425,37 @@ TEST_F(HelperDecoderTest, EndsWithTheProgramEvenInTheMiddleOfAFile) {
     return line.empty() || line.find(") Z") != std::string::npos;
   }));
   close(ends[0]);
+}
+
+/// Runs a function for an evaluation that another thread stops.
+void ExpectStopped(const std::function<void()>& function) {
+  Cancellation cancellation;
+  const EvaluationScope scope(&cancellation);
+  std::thread other([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    cancellation.Request();
+  });
+  EXPECT_THROW(function(), Canceled);
+  other.join();
+  // What was being decoded is of no use to anybody.
+  EXPECT_TRUE(ListChildren().empty());
+}
+
+TEST_F(HelperDecoderTest, EndsWithTheEvaluationThatOpensAFile) {
+  const TemporaryFolder folder;
+  WritePicture(folder / "a", "sleep");
+  ExpectStopped([&] { OpenError(folder / "a"); });
+  ExpectNextFileWorks(folder);
+}
+
+TEST_F(HelperDecoderTest, EndsWithTheEvaluationThatReadsSamples) {
+  const TemporaryFolder folder;
+  auto decoder = Open(WritePicture(folder / "a", "read sleep", "200 100 3"));
+  ASSERT_NE(decoder, nullptr);
+  std::string error;
+  ExpectStopped([&] { ReadAll(*decoder, error); });
+  decoder.reset();
+  ExpectNextFileWorks(folder);
 }
 
 }  // namespace

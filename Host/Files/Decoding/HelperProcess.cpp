@@ -16,6 +16,7 @@
 #include "Host/Files/Decoding/DescriptionBytes.h"
 #include "Host/Files/Decoding/HelperLimits.h"
 #include "Host/Files/Decoding/SpawnDecoder.h"
+#include "Host/Util/Cancellation.h"
 
 namespace ScEng {
 namespace {
@@ -144,13 +145,25 @@ Status HelperProcess::Send(const Question& question) {
     const std::string reason = std::strerror(errno);
     return Status::Error(IsUsable() ? "the memory of its decoder cannot be limited: " + reason : End());
   }
-  return Conclude(SendQuestion(question, Clock::now() + question.time), question, {});
+  return Conclude(EndIfCanceled([&] { return SendQuestion(question, Clock::now() + question.time); }), question, {});
 }
 
 Status HelperProcess::Await(const Question& question, Message& answer) {
-  Event event = ReceiveAnswer(Clock::now() + question.time, question.most_answer_bytes, answer);
+  const auto receive = [&] { return ReceiveAnswer(Clock::now() + question.time, question.most_answer_bytes, answer); };
+  Event event = EndIfCanceled(receive);
   if (event == Event::kAnswer && !AnswerLateFileQuestions()) event = Event::kNonsense;
   return Conclude(event, question, answer);
+}
+
+template <class Exchange>
+HelperProcess::Event HelperProcess::EndIfCanceled(const Exchange& exchange) {
+  try {
+    return exchange();
+  } catch (const Canceled&) {
+    // It would go on, and its answer would be taken for that to the next question.
+    static_cast<void>(End());
+    throw;
+  }
 }
 
 Status HelperProcess::Conclude(Event event, const Question& question, const Message& answer) {
@@ -242,12 +255,15 @@ HelperProcess::Event HelperProcess::ReceiveExactly(std::uint8_t* to, std::size_t
 }
 
 HelperProcess::Event HelperProcess::WaitForControl(short events, Clock::time_point deadline) {
+  // A request to stop the evaluation, which nothing wakes this thread for, is noticed within some milliseconds.
+  const long long longest = IsCancellable() ? 10 : 60'000;
   for (;;) {
+    PollCancellation();
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
     if (left <= 0) return Event::kTimeout;
     pollfd watched[] = {{control_, events, 0}, {broker_socket_, POLLIN, 0}};
     // One wait too many is cheaper than a deadline that no int holds.
-    const int ready = poll(watched, 2, static_cast<int>(std::min<long long>(left, 60'000)));
+    const int ready = poll(watched, 2, static_cast<int>(std::min<long long>(left, longest)));
     if (ready < 0 && errno != EINTR) return Event::kEnded;
     if (ready <= 0) continue;
     if ((watched[1].revents & POLLIN) != 0 && !AnswerFileQuestion()) return Event::kNonsense;

@@ -53,7 +53,8 @@ class HelperProcess {
   };
 
   /// Asks, answers what the process asks meanwhile, and waits for its answer. On an error, which says in a clause what
-  /// became of the process, it has been ended.
+  /// became of the process, it has been ended. So it has where the evaluation that asks is stopped meanwhile
+  /// (`Canceled`).
   [[nodiscard]] Status Ask(const Question& question, Message& answer);
   /// The two halves of `Ask`; what the process asks meanwhile is answered, and its time runs, from the second on.
   [[nodiscard]] Status Send(const Question& question);
@@ -69,6 +70,9 @@ class HelperProcess {
   [[nodiscard]] std::string Spawn(const CodecRow& codec);
   [[nodiscard]] bool SetLimits(const Question& question) const;
   [[nodiscard]] Event SendQuestion(const Question& question, Clock::time_point deadline);
+  /// What an exchange answers; where it is stopped by `Canceled`, the process is ended.
+  template <class Exchange>
+  [[nodiscard]] Event EndIfCanceled(const Exchange& exchange);
   /// Ends the process where its answer did not come, and says why.
   [[nodiscard]] Status Conclude(Event event, const Question& question, const Message& answer);
   [[nodiscard]] Event ReceiveAnswer(Clock::time_point deadline, std::uint64_t most, Message& answer);

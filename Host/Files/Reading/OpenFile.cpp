@@ -15,6 +15,7 @@
 #include "Host/Files/Decoding/HelperDecoder.h"
 #include "Host/Files/Descriptor.h"
 #include "Host/Files/PathProblem.h"
+#include "Host/Util/Cancellation.h"
 
 namespace ScEng {
 namespace {
@@ -42,6 +43,9 @@ std::unique_ptr<ImageDecoder> OpenWith(const Recognition& recognition, const std
     }
     if (status.IsError()) problem = status.GetMessage();
     return decoder;
+  } catch (const Canceled&) {
+    // The evaluation that reads is asked to stop.
+    throw;
   } catch (const std::bad_alloc&) {
     problem = "there is not enough memory for it";
   } catch (const std::exception& thrown) {

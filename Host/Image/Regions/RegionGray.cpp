@@ -17,6 +17,7 @@
 #include "Host/Image/Regions/RegionPlane.h"
 #include "Host/Image/Scratch.h"
 #include "Host/Math/Border.h"
+#include "Host/Util/Cancellation.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace ScEng {
@@ -150,6 +151,8 @@ class TileWorker {
     begun_ = tile.top;
     int finished = tile.top;
     for (int y = first; y < end; y += kRowsAtOnce) {
+      // A tile of a large shape takes far longer than a request to stop may wait.
+      PollCancellation();
       const int rows = std::min(kRowsAtOnce, end - y);
       for (int row = 0; row < rows; ++row) MakeChords(y + row, row);
       TakeInRows(y, rows);
