@@ -67,8 +67,10 @@ ScEng::Status LocateInput(ScEng::EditSession& session, const MissingInput& missi
     if (!IsThere(place)) continue;
     values.push_back({other.id + "." + other.attribute, PlugValue(MakeDocumentPath(place, folder))});
   }
-  const std::string what = values.size() == 1 ? missing.id : std::to_string(values.size()) + " readers";
-  return session.Group("Locate files of " + what, [&] { return session.SetAttributes(values); });
+  const QString title = values.size() == 1
+                            ? MissingInputs::tr("Locate files of %1").arg(QString::fromStdString(missing.id))
+                            : MissingInputs::tr("Locate files of %n readers", nullptr, static_cast<int>(values.size()));
+  return session.Group(title.toStdString(), [&] { return session.SetAttributes(values); });
 }
 
 MissingInputs::MissingInputs(ScEng::EditSession& session, QWidget* parent)

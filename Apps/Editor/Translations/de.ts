@@ -69,6 +69,21 @@
         <source>Options for value run</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Reset attributes of %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Reset attributes of %n nodes</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Apply preset %1</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>CanvasActions</name>
@@ -98,6 +113,178 @@
     </message>
     <message>
         <source>Purple</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add Node…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duplicate</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duplicate with Inputs</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete and Reconnect</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Mute or Unmute</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rename…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Edit Note…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Connect Selected…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Insert Node…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Insert Reroute Point</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select All</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select Connected</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>About This Node Type</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lay Out</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Align Left</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Align Right</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Align Top</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Align Bottom</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Align in a Row</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Align in a Column</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Distribute Across</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Distribute Down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add Frame</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Left</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Right</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Up</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zoom to Selection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zoom to All</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zoom In</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Zoom Out</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Life Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Thumbnails</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Dim What Does Not Feed the Shown Node</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Map</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Arrange</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Frame Color</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -662,6 +849,17 @@ Drop image files here to read them.</source>
         <source>Locate %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Locate files of %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Locate files of %n readers</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>NodeFace</name>
@@ -734,6 +932,57 @@ Drop image files here to read them.</source>
     </message>
 </context>
 <context>
+    <name>NodeHelp</name>
+    <message>
+        <source>from %1 to %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>from %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>up to %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>in %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>default %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>One of %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>any number of connections</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Attributes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Inputs</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Outputs</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Every attribute is an input too: a wire can feed it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Also found as: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>NodeItem</name>
     <message>
         <source>Show this node (V)</source>
@@ -741,6 +990,25 @@ Drop image files here to read them.</source>
     </message>
     <message>
         <source>Not evaluated: a node that feeds it failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>NodePainter</name>
+    <message>
+        <source>&lt; 1 ms</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 ms</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Muted: %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -952,6 +1220,10 @@ Drop image files here to read them.</source>
         <source>, canceled</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>there is no image to write: add a node that makes one</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>OutputsModel</name>
@@ -1136,6 +1408,57 @@ Drop image files here to read them.</source>
     </message>
 </context>
 <context>
+    <name>QNodeAttributesWidget</name>
+    <message>
+        <source>on</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>off</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1: all defaults</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reset all</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sets every attribute to its default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This node has no attributes.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reset %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Back to the default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name in documents: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Default: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>driven by %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The value comes from a connection. Disconnect it to edit it here.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>RecentFiles</name>
     <message>
         <source>No recent documents</source>
@@ -1214,6 +1537,48 @@ Drop image files here to read them.</source>
     </message>
     <message>
         <source>Discard the changes to %1? They cannot be brought back.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SaveAsTo</name>
+    <message>
+        <source>Adapt paths to %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ScEng::AttributeEditor</name>
+    <message>
+        <source>Choose a file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>W</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>H</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>R</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>G</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>B</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>O</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Opacity</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1364,6 +1729,89 @@ Drop image files here to read them.</source>
     </message>
     <message>
         <source>The value shown as black</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>ScEng::RangeModes</name>
+    <message>
+        <source>Absolute</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Declared</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lowest to highest</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Custom</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Plain</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Color ramp</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Hillshade</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Slope</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>All channels</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Red</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>X</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>First</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Green</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Y</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Second</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Blue</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Z</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Third</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Opacity</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Value</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1585,6 +2033,13 @@ Drop image files here to read them.</source>
         <source>A connection feeds it at %1.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message numerus="yes">
+        <source>Set %1 of %n nodes</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>ShortcutsDialog</name>
@@ -1618,6 +2073,65 @@ Drop image files here to read them.</source>
     </message>
     <message>
         <source>No shortcut has these words.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>Templates</name>
+    <message>
+        <source>Empty</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A document without nodes.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shaded Terrain</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A generated height field, lit from the upper left.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Height Bands</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Terraces, and a soft mask for each band of heights.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cliffs</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>How steep the land is, and a mask of the steepest places.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lakes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Water in the low places, each lake with a number, and the shores.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Beveled Shape</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A mask raised with a bevel and lit. Connect your own mask.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Hollows</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Land shaded by how much of the sky each place sees.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
