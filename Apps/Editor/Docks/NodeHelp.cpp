@@ -108,7 +108,7 @@ QString MakeNodeHelp(const NodeInterface& descriptor) {
   QStringList origin;
   if (record != nullptr && *record->group != '\0') origin += Escape(record->group);
   origin += Code(QString::fromStdString(type_name));
-  if (!library.empty()) origin += NodeHelp::tr("from %1").arg(Escape(library));
+  if (!library.empty()) origin += NodeHelp::tr("from %1", "a library").arg(Escape(library));
   text += QStringLiteral("<p><small>") + origin.join(QStringLiteral(" · ")) + QStringLiteral("</small></p>");
   if (!node) return text;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Files/MissingInputs.h"
 
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -67,9 +68,11 @@ ScEng::Status LocateInput(ScEng::EditSession& session, const MissingInput& missi
     if (!IsThere(place)) continue;
     values.push_back({other.id + "." + other.attribute, PlugValue(MakeDocumentPath(place, folder))});
   }
-  const QString title = values.size() == 1
-                            ? MissingInputs::tr("Locate files of %1").arg(QString::fromStdString(missing.id))
-                            : MissingInputs::tr("Locate files of %n readers", nullptr, static_cast<int>(values.size()));
+  const int count = static_cast<int>(values.size());
+  const QString title =
+      count == 1
+          ? QCoreApplication::translate("MissingInputs", "Locate files of %1").arg(QString::fromStdString(missing.id))
+          : QCoreApplication::translate("MissingInputs", "Locate files of %n readers", nullptr, count);
   return session.Group(title.toStdString(), [&] { return session.SetAttributes(values); });
 }
 
