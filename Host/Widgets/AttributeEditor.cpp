@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QColorDialog>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -187,10 +188,11 @@ class StringEditor : public AttributeEditor {
       BeginGesture();
     });
     auto* button = new SignButton(SignButton::Sign::kFolder, this);
-    button->setToolTip(QStringLiteral("Choose a file"));
+    const QString tip = QCoreApplication::translate("ScEng::AttributeEditor", "Choose a file");
+    button->setToolTip(tip);
     layout->addWidget(button);
     AddInput(button, "browse");
-    button->setAccessibleName(QStringLiteral("Choose a file"));
+    button->setAccessibleName(tip);
     connect(button, &QAbstractButton::clicked, this, [this] { Browse(); });
   }
 
@@ -263,7 +265,12 @@ class NumbersEditor : public AttributeEditor {
     switch (kind_) {
       case Attribute::Kind::kColor: AddColor(); break;
       case Attribute::Kind::kPoint: AddFields({{"x", "X"}, {"y", "Y"}}); break;
-      default: AddFields({{"x", "X"}, {"y", "Y"}, {"width", "W"}, {"height", "H"}}); break;
+      default:
+        AddFields({{"x", "X"},
+                   {"y", "Y"},
+                   {"width", QT_TRANSLATE_NOOP("ScEng::AttributeEditor", "W")},
+                   {"height", QT_TRANSLATE_NOOP("ScEng::AttributeEditor", "H")}});
+        break;
     }
   }
 
@@ -281,11 +288,14 @@ class NumbersEditor : public AttributeEditor {
     layout_->addWidget(swatch_, 0, 0, 2, 1);
     AddInput(swatch_, "");
     connect(swatch_, &QAbstractButton::clicked, this, [this] { ChooseColor(); });
-    AddFields({{"red", "R"}, {"green", "G"}, {"blue", "B"}, {"opacity", "O"}});
+    AddFields({{"red", QT_TRANSLATE_NOOP("ScEng::AttributeEditor", "R")},
+               {"green", QT_TRANSLATE_NOOP("ScEng::AttributeEditor", "G")},
+               {"blue", QT_TRANSLATE_NOOP("ScEng::AttributeEditor", "B")},
+               {"opacity", QT_TRANSLATE_NOOP("ScEng::AttributeEditor", "O")}});
     constexpr double kColorStep = 0.05;
     for (NumberBox* box : boxes_) box->setSingleStep(kColorStep);
     boxes_.back()->setRange(0.0, 1.0);
-    boxes_.back()->setToolTip(QStringLiteral("Opacity"));
+    boxes_.back()->setToolTip(QCoreApplication::translate("ScEng::AttributeEditor", "Opacity"));
   }
 
   void AddFields(const Fields& fields) {
@@ -298,7 +308,7 @@ class NumbersEditor : public AttributeEditor {
       box->setRange(-kMost, kMost);
       const int row = static_cast<int>(index / 2);
       const int column = 1 + static_cast<int>(index % 2) * 2;
-      auto* name = new QLabel(QString::fromLatin1(label), this);
+      auto* name = new QLabel(QCoreApplication::translate("ScEng::AttributeEditor", label), this);
       // The fields of all rows stand in two columns.
       constexpr int kNameWidth = 14;
       name->setFixedWidth(kNameWidth);

@@ -82,7 +82,8 @@ AdditionalInfo Complete(AdditionalInfo info, const Attribute& attribute) {
 QString ShowValue(const Attribute& attribute) {
   const PlugValue& value = attribute.GetDefault();
   switch (attribute.GetKind()) {
-    case Attribute::Kind::kFlag: return value.GetFlag() ? QStringLiteral("on") : QStringLiteral("off");
+    case Attribute::Kind::kFlag:
+      return value.GetFlag() ? QNodeAttributesWidget::tr("on") : QNodeAttributesWidget::tr("off");
     case Attribute::Kind::kNumber: return QString::number(value.GetNumber(), 'g', 10);
     case Attribute::Kind::kChoice: return QString::fromStdString(value.GetText());
     default: return {};
@@ -169,7 +170,8 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
   void ResetToDefaults() {
     if (context_.node == nullptr || !CanResetAny()) return;
     QUndoStack& stack = context_.GetStack();
-    stack.beginMacro(QString::fromStdString(context_.node->GetLabel() + ": all defaults"));
+    stack.beginMacro(
+        QNodeAttributesWidget::tr("%1: all defaults").arg(QString::fromStdString(context_.node->GetLabel())));
     for (const Row& row : rows_) {
       if (CanReset(row)) row.editor->Reset();
     }
@@ -213,9 +215,9 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     font.setPointSizeF(font.pointSizeF() * 1.25);
     title->setFont(font);
     layout->addWidget(title, 1);
-    reset_all_ = new QPushButton(QStringLiteral("Reset all"), header);
+    reset_all_ = new QPushButton(QNodeAttributesWidget::tr("Reset all"), header);
     reset_all_->setObjectName(QStringLiteral("reset_all"));
-    reset_all_->setToolTip(QStringLiteral("Sets every attribute to its default"));
+    reset_all_->setToolTip(QNodeAttributesWidget::tr("Sets every attribute to its default"));
     reset_all_->setAutoDefault(false);
     connect(reset_all_, &QPushButton::clicked, &panel_, [this] { ResetToDefaults(); });
     QSizePolicy policy = reset_all_->sizePolicy();
@@ -242,7 +244,7 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
       if (row_info.visible) AddRow(node, *attribute, row_info, *grid, taken);
     }
     if (rows_.empty()) {
-      auto* note = new QLabel(QStringLiteral("This node has no attributes."), area);
+      auto* note = new QLabel(QNodeAttributesWidget::tr("This node has no attributes."), area);
       note->setEnabled(false);
       grid->addWidget(note, 0, 0, 1, 3);
     }
@@ -283,8 +285,8 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
 
     row.reset = new SignButton(SignButton::Sign::kReset, area);
     row.reset->setObjectName(name + QStringLiteral(".reset"));
-    row.reset->setAccessibleName(QStringLiteral("Reset ") + title);
-    row.reset->setToolTip(QStringLiteral("Back to the default"));
+    row.reset->setAccessibleName(QNodeAttributesWidget::tr("Reset %1").arg(title));
+    row.reset->setToolTip(QNodeAttributesWidget::tr("Back to the default"));
     QSizePolicy policy = row.reset->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     row.reset->setSizePolicy(policy);
@@ -313,9 +315,9 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
 
   static QString MakeTooltip(const Attribute& attribute, const AdditionalInfo& info) {
     const QString sentence = QString::fromStdString(info.tooltip);
-    QString facts = QStringLiteral("Name in documents: ") + QString::fromStdString(attribute.GetName());
+    QString facts = QNodeAttributesWidget::tr("Name in documents: %1").arg(QString::fromStdString(attribute.GetName()));
     if (const QString value = ShowValue(attribute); !value.isEmpty()) {
-      facts += QStringLiteral(". Default: ") + value;
+      facts += QStringLiteral(". ") + QNodeAttributesWidget::tr("Default: %1").arg(value);
     }
     // Rich text is what makes long lines wrap.
     return QStringLiteral("<qt>") + (sentence.isEmpty() ? QString() : sentence.toHtmlEscaped() + "<br/>") +
@@ -352,8 +354,9 @@ class QNodeAttributesWidget::Implementation : public NodeObserver {
     for (Row& row : rows_) {
       const std::string source = context_.node->GetAttributeSource(row.attribute->GetId());
       row.is_driven = !source.empty();
-      row.source->setText(QStringLiteral("driven by ") + QString::fromStdString(source));
-      row.source->setToolTip(QStringLiteral("The value comes from a connection. Disconnect it to edit it here."));
+      row.source->setText(QNodeAttributesWidget::tr("driven by %1").arg(QString::fromStdString(source)));
+      row.source->setToolTip(
+          QNodeAttributesWidget::tr("The value comes from a connection. Disconnect it to edit it here."));
       row.editor->setEnabled(row.is_enabled && !row.is_driven);
       row.editor->setVisible(!row.is_driven);
       row.source->setVisible(row.is_driven);

@@ -8,26 +8,28 @@
 namespace ScEng {
 namespace {
 
-QString Translate(const char* text) { return QCoreApplication::translate("ScEng::ViewerWidget", text); }
+struct RangeModes {
+  Q_DECLARE_TR_FUNCTIONS(ScEng::RangeModes)
+};
 
 }  // namespace
 
 QString NameRange(RangeSource source) {
   switch (source) {
-    case RangeSource::kAbsolute: return Translate("Absolute");
-    case RangeSource::kDeclared: return Translate("Declared");
-    case RangeSource::kMeasured: return Translate("Lowest to highest");
-    case RangeSource::kCustom: return Translate("Custom");
+    case RangeSource::kAbsolute: return RangeModes::tr("Absolute");
+    case RangeSource::kDeclared: return RangeModes::tr("Declared");
+    case RangeSource::kMeasured: return RangeModes::tr("Lowest to highest");
+    case RangeSource::kCustom: return RangeModes::tr("Custom");
   }
   return {};
 }
 
 QString NameShading(Shading shading) {
   switch (shading) {
-    case Shading::kPlain: return Translate("Plain");
-    case Shading::kRamp: return Translate("Color ramp");
-    case Shading::kHillshade: return Translate("Hillshade");
-    case Shading::kSlope: return Translate("Slope");
+    case Shading::kPlain: return RangeModes::tr("Plain");
+    case Shading::kRamp: return RangeModes::tr("Color ramp");
+    case Shading::kHillshade: return RangeModes::tr("Hillshade");
+    case Shading::kSlope: return RangeModes::tr("Slope");
   }
   return {};
 }
@@ -36,13 +38,15 @@ QString NameChannels(ShownChannels channels, unsigned color_mode) {
   const bool is_color = color_mode == ColorMode::kColor;
   const bool is_signed = color_mode == ColorMode::kSigned;
   switch (channels) {
-    case ShownChannels::kAll: return Translate("All channels");
-    case ShownChannels::kFirst: return is_color ? Translate("Red") : is_signed ? Translate("X") : Translate("First");
+    case ShownChannels::kAll: return RangeModes::tr("All channels");
+    case ShownChannels::kFirst:
+      return is_color ? RangeModes::tr("Red") : is_signed ? RangeModes::tr("X") : RangeModes::tr("First");
     case ShownChannels::kSecond:
-      return is_color ? Translate("Green") : is_signed ? Translate("Y") : Translate("Second");
-    case ShownChannels::kThird: return is_color ? Translate("Blue") : is_signed ? Translate("Z") : Translate("Third");
-    case ShownChannels::kFourth: return Translate("Opacity");
-    case ShownChannels::kValue: return Translate("Value");
+      return is_color ? RangeModes::tr("Green") : is_signed ? RangeModes::tr("Y") : RangeModes::tr("Second");
+    case ShownChannels::kThird:
+      return is_color ? RangeModes::tr("Blue") : is_signed ? RangeModes::tr("Z") : RangeModes::tr("Third");
+    case ShownChannels::kFourth: return RangeModes::tr("Opacity");
+    case ShownChannels::kValue: return RangeModes::tr("Value");
   }
   return {};
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Canvas/CanvasActions.h"
 
-#include <QCoreApplication>
 #include <QIcon>
 #include <QPixmap>
 #include <QPointer>
@@ -12,8 +11,6 @@
 #include "Apps/Editor/Canvas/Minimap.h"
 
 namespace {
-
-QString Tr(const char* text) { return QCoreApplication::translate("CanvasActions", text); }
 
 struct FrameColor {
   const char* name;
@@ -67,31 +64,31 @@ QAction* CanvasActions::Find(const QString& name) const {
 void CanvasActions::MakeNodeActions() {
   CanvasCommands& commands = *canvas_.commands_;
   GraphCanvas& canvas = canvas_;
-  Add("add", Tr("Add Node…"), {Qt::Key_Tab, Qt::SHIFT | Qt::Key_A},
+  Add("add", tr("Add Node…"), {Qt::Key_Tab, Qt::SHIFT | Qt::Key_A},
       [&canvas] { canvas.OpenSearchAt(canvas.view_->GetPointer(), {}); });
-  Add("show", Tr("Show"), {Qt::Key_V}, [&canvas] { canvas.ShowSelected(); });
-  Add("cut", Tr("Cut"), QKeySequence::keyBindings(QKeySequence::Cut), [&commands] { commands.Cut(); });
-  Add("copy", Tr("Copy"), QKeySequence::keyBindings(QKeySequence::Copy), [&commands] { commands.Copy(); });
-  Add("paste", Tr("Paste"), QKeySequence::keyBindings(QKeySequence::Paste),
+  Add("show", tr("Show"), {Qt::Key_V}, [&canvas] { canvas.ShowSelected(); });
+  Add("cut", tr("Cut"), QKeySequence::keyBindings(QKeySequence::Cut), [&commands] { commands.Cut(); });
+  Add("copy", tr("Copy"), QKeySequence::keyBindings(QKeySequence::Copy), [&commands] { commands.Copy(); });
+  Add("paste", tr("Paste"), QKeySequence::keyBindings(QKeySequence::Paste),
       [&canvas, &commands] { commands.Paste(canvas.view_->GetPointer()); });
-  Add("duplicate", Tr("Duplicate"), {Qt::CTRL | Qt::Key_D}, [&commands] { commands.Duplicate(false); });
-  Add("duplicateWired", Tr("Duplicate with Inputs"), {Qt::CTRL | Qt::SHIFT | Qt::Key_D},
+  Add("duplicate", tr("Duplicate"), {Qt::CTRL | Qt::Key_D}, [&commands] { commands.Duplicate(false); });
+  Add("duplicateWired", tr("Duplicate with Inputs"), {Qt::CTRL | Qt::SHIFT | Qt::Key_D},
       [&commands] { commands.Duplicate(true); });
-  Add("delete", Tr("Delete"), {Qt::Key_Delete, Qt::Key_Backspace}, [&commands] { commands.Remove(false); });
-  Add("heal", Tr("Delete and Reconnect"), {Qt::Key_X, Qt::CTRL | Qt::Key_Delete},
+  Add("delete", tr("Delete"), {Qt::Key_Delete, Qt::Key_Backspace}, [&commands] { commands.Remove(false); });
+  Add("heal", tr("Delete and Reconnect"), {Qt::Key_X, Qt::CTRL | Qt::Key_Delete},
       [&commands] { commands.Remove(true); });
-  Add("mute", Tr("Mute or Unmute"), {Qt::Key_M}, [&commands] { commands.ToggleEnabled(); });
-  Add("rename", Tr("Rename…"), {Qt::Key_F2}, [&canvas] { canvas.RenameSelected(); });
-  Add("note", Tr("Edit Note…"), {Qt::Key_N}, [&canvas] { canvas.EditNote(); });
-  Add("connect", Tr("Connect Selected…"), {Qt::Key_C}, [&canvas] { canvas.ConnectSelected(); });
-  Add("insert", Tr("Insert Node…"), {Qt::Key_I}, [&canvas] { canvas.InsertOnSelected(false); });
-  Add("reroute", Tr("Insert Reroute Point"), {Qt::Key_R}, [&canvas] {
+  Add("mute", tr("Mute or Unmute"), {Qt::Key_M}, [&commands] { commands.ToggleEnabled(); });
+  Add("rename", tr("Rename…"), {Qt::Key_F2}, [&canvas] { canvas.RenameSelected(); });
+  Add("note", tr("Edit Note…"), {Qt::Key_N}, [&canvas] { canvas.EditNote(); });
+  Add("connect", tr("Connect Selected…"), {Qt::Key_C}, [&canvas] { canvas.ConnectSelected(); });
+  Add("insert", tr("Insert Node…"), {Qt::Key_I}, [&canvas] { canvas.InsertOnSelected(false); });
+  Add("reroute", tr("Insert Reroute Point"), {Qt::Key_R}, [&canvas] {
     canvas.InsertOnSelected(true);
   })->setVisible(canvas.types_.FindName("ImageRerouteNode") != nullptr);
-  Add("selectAll", Tr("Select All"), QKeySequence::keyBindings(QKeySequence::SelectAll),
+  Add("selectAll", tr("Select All"), QKeySequence::keyBindings(QKeySequence::SelectAll),
       [&commands] { commands.SelectAll(); });
-  Add("selectConnected", Tr("Select Connected"), {Qt::Key_L}, [&commands] { commands.SelectConnected(); });
-  Add("help", Tr("About This Node Type"), {Qt::Key_F1}, [&canvas] {
+  Add("selectConnected", tr("Select Connected"), {Qt::Key_L}, [&commands] { commands.SelectConnected(); });
+  Add("help", tr("About This Node Type"), {Qt::Key_F1}, [&canvas] {
     const QStringList ids = canvas.GetSelection();
     if (!ids.isEmpty()) emit canvas.HelpRequested(ids.front());
   });
@@ -99,44 +96,44 @@ void CanvasActions::MakeNodeActions() {
 
 void CanvasActions::MakePlaceActions() {
   CanvasCommands& commands = *canvas_.commands_;
-  Add("layOut", Tr("Lay Out"), {Qt::CTRL | Qt::SHIFT | Qt::Key_L}, [&commands] { commands.LayOut(); });
+  Add("layOut", tr("Lay Out"), {Qt::CTRL | Qt::SHIFT | Qt::Key_L}, [&commands] { commands.LayOut(); });
   const auto align = [&](const char* name, const QString& text, Alignment alignment) {
     Add(name, text, {}, [&commands, alignment] { commands.Align(alignment); });
   };
-  align("alignLeft", Tr("Align Left"), Alignment::kLeft);
-  align("alignRight", Tr("Align Right"), Alignment::kRight);
-  align("alignTop", Tr("Align Top"), Alignment::kTop);
-  align("alignBottom", Tr("Align Bottom"), Alignment::kBottom);
-  align("alignAcross", Tr("Align in a Row"), Alignment::kAcross);
-  align("alignDown", Tr("Align in a Column"), Alignment::kDown);
-  Add("distributeAcross", Tr("Distribute Across"), {}, [&commands] { commands.Distribute(true); });
-  Add("distributeDown", Tr("Distribute Down"), {}, [&commands] { commands.Distribute(false); });
-  Add("frame", Tr("Add Frame"), {Qt::CTRL | Qt::SHIFT | Qt::Key_F}, [&commands] { commands.AddFrame(); });
+  align("alignLeft", tr("Align Left"), Alignment::kLeft);
+  align("alignRight", tr("Align Right"), Alignment::kRight);
+  align("alignTop", tr("Align Top"), Alignment::kTop);
+  align("alignBottom", tr("Align Bottom"), Alignment::kBottom);
+  align("alignAcross", tr("Align in a Row"), Alignment::kAcross);
+  align("alignDown", tr("Align in a Column"), Alignment::kDown);
+  Add("distributeAcross", tr("Distribute Across"), {}, [&commands] { commands.Distribute(true); });
+  Add("distributeDown", tr("Distribute Down"), {}, [&commands] { commands.Distribute(false); });
+  Add("frame", tr("Add Frame"), {Qt::CTRL | Qt::SHIFT | Qt::Key_F}, [&commands] { commands.AddFrame(); });
   constexpr double kStep = 12.0;
   const auto nudge = [&](const char* name, const QString& text, Qt::Key key, const QPointF& offset) {
     Add(name, text, {Qt::CTRL | key}, [&commands, offset] { commands.Nudge(offset); });
   };
-  nudge("moveLeft", Tr("Move Left"), Qt::Key_Left, {-kStep, 0});
-  nudge("moveRight", Tr("Move Right"), Qt::Key_Right, {kStep, 0});
-  nudge("moveUp", Tr("Move Up"), Qt::Key_Up, {0, -kStep});
-  nudge("moveDown", Tr("Move Down"), Qt::Key_Down, {0, kStep});
+  nudge("moveLeft", tr("Move Left"), Qt::Key_Left, {-kStep, 0});
+  nudge("moveRight", tr("Move Right"), Qt::Key_Right, {kStep, 0});
+  nudge("moveUp", tr("Move Up"), Qt::Key_Up, {0, -kStep});
+  nudge("moveDown", tr("Move Down"), Qt::Key_Down, {0, kStep});
 }
 
 void CanvasActions::MakeViewActions() {
   GraphCanvas& canvas = canvas_;
-  Add("zoomSelection", Tr("Zoom to Selection"), {Qt::Key_F}, [&canvas] { canvas.ZoomToSelection(); });
-  Add("zoomAll", Tr("Zoom to All"), {Qt::Key_A, Qt::Key_Home}, [&canvas] { canvas.ZoomToAll(); });
+  Add("zoomSelection", tr("Zoom to Selection"), {Qt::Key_F}, [&canvas] { canvas.ZoomToSelection(); });
+  Add("zoomAll", tr("Zoom to All"), {Qt::Key_A, Qt::Key_Home}, [&canvas] { canvas.ZoomToAll(); });
   const auto zoom = [&canvas](double factor) {
     GraphView& view = *canvas.view_;
     view.SetZoom(factor == 0.0 ? 1.0 : view.GetZoom() * factor, view.viewport()->rect().center());
   };
-  Add("zoomIn", Tr("Zoom In"), {Qt::Key_Plus, Qt::CTRL | Qt::Key_Plus}, [zoom] { zoom(1.25); });
-  Add("zoomOut", Tr("Zoom Out"), {Qt::Key_Minus, Qt::CTRL | Qt::Key_Minus}, [zoom] { zoom(0.8); });
-  Add("zoomLife", Tr("Life Size"), {Qt::CTRL | Qt::Key_0}, [zoom] { zoom(0.0); });
-  AddSwitch("thumbnails", Tr("Thumbnails"), true, [&canvas](bool on) { canvas.GetScene().SetHasThumbnails(on); });
-  AddSwitch("dim", Tr("Dim What Does Not Feed the Shown Node"), true,
+  Add("zoomIn", tr("Zoom In"), {Qt::Key_Plus, Qt::CTRL | Qt::Key_Plus}, [zoom] { zoom(1.25); });
+  Add("zoomOut", tr("Zoom Out"), {Qt::Key_Minus, Qt::CTRL | Qt::Key_Minus}, [zoom] { zoom(0.8); });
+  Add("zoomLife", tr("Life Size"), {Qt::CTRL | Qt::Key_0}, [zoom] { zoom(0.0); });
+  AddSwitch("thumbnails", tr("Thumbnails"), true, [&canvas](bool on) { canvas.GetScene().SetHasThumbnails(on); });
+  AddSwitch("dim", tr("Dim What Does Not Feed the Shown Node"), true,
             [&canvas](bool on) { canvas.GetScene().SetDims(on); });
-  AddSwitch("map", Tr("Map"), true, [&canvas](bool on) { canvas.map_->setVisible(on); });
+  AddSwitch("map", tr("Map"), true, [&canvas](bool on) { canvas.map_->setVisible(on); });
 }
 
 void CanvasActions::Update() {
@@ -174,23 +171,23 @@ void CanvasActions::FillMenu(QMenu& menu) {
   }
   if (!canvas_.GetScene().selectedItems().isEmpty()) add(menu, {"delete", "heal"});
   if (has_frame) FillFrameMenu(menu);
-  QMenu* arrange = menu.addMenu(Tr("Arrange"));
+  QMenu* arrange = menu.addMenu(tr("Arrange"));
   add(*arrange, {"layOut", "frame"});
   add(*arrange, {"alignLeft", "alignRight", "alignTop", "alignBottom", "alignAcross", "alignDown"});
   add(*arrange, {"distributeAcross", "distributeDown"});
-  QMenu* view = menu.addMenu(Tr("View"));
+  QMenu* view = menu.addMenu(tr("View"));
   add(*view, {"zoomSelection", "zoomAll", "zoomIn", "zoomOut", "zoomLife"});
   add(*view, {"thumbnails", "dim", "map"});
   if (!ids.empty()) add(menu, {"help"});
 }
 
 void CanvasActions::FillFrameMenu(QMenu& menu) {
-  QMenu* colors = menu.addMenu(Tr("Frame Color"));
+  QMenu* colors = menu.addMenu(tr("Frame Color"));
   for (const FrameColor& choice : kFrameColors) {
     QPixmap swatch(16, 16);
     swatch.fill(*choice.color == '\0' ? QColor(Qt::gray) : QColor(QLatin1String(choice.color)));
     const QString color = QLatin1String(choice.color);
-    QAction* action = colors->addAction(QIcon(swatch), Tr(choice.name));
+    QAction* action = colors->addAction(QIcon(swatch), tr(choice.name));
     CanvasCommands& commands = *canvas_.commands_;
     QObject::connect(action, &QAction::triggered, &canvas_, [&commands, color] { commands.SetFrameColor(color); });
   }

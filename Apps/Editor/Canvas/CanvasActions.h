@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QKeySequence>
 #include <QList>
 #include <QMenu>
@@ -11,6 +12,8 @@ class GraphCanvas;
 
 /// The actions of the canvas, by their object names.
 class CanvasActions {
+  Q_DECLARE_TR_FUNCTIONS(CanvasActions)
+
  public:
   explicit CanvasActions(GraphCanvas& canvas);
 

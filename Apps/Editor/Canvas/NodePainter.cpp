@@ -12,8 +12,6 @@
 
 namespace {
 
-QString Tr(const char* text) { return QCoreApplication::translate("NodePainter", text); }
-
 double GetZoom(const QPainter& painter) {
   return QStyleOptionGraphicsItem::levelOfDetailFromTransform(painter.worldTransform());
 }
@@ -21,9 +19,9 @@ double GetZoom(const QPainter& painter) {
 }  // namespace
 
 QString FormatSeconds(double seconds) {
-  if (seconds < 0.001) return Tr("< 1 ms");
-  if (seconds < 1.0) return Tr("%1 ms").arg(seconds * 1000.0, 0, 'f', 0);
-  return Tr("%1 s").arg(seconds, 0, 'f', seconds < 10.0 ? 1 : 0);
+  if (seconds < 0.001) return NodePainter::tr("< 1 ms");
+  if (seconds < 1.0) return NodePainter::tr("%1 ms").arg(seconds * 1000.0, 0, 'f', 0);
+  return NodePainter::tr("%1 s").arg(seconds, 0, 'f', seconds < 10.0 ? 1 : 0);
 }
 
 NodePainter::NodePainter(const NodeItem& item, QPainter& painter, const CanvasColors& colors)
@@ -175,7 +173,7 @@ void NodePainter::PaintTitle() {
   const QFont small = MakeFont(10.5);
   painter_.setFont(small);
   painter_.setPen(colors_.faint);
-  const QString type = item_.face_.is_enabled ? item_.face_.type_name : Tr("Muted: %1").arg(item_.face_.type_name);
+  const QString type = item_.face_.is_enabled ? item_.face_.type_name : tr("Muted: %1").arg(item_.face_.type_name);
   painter_.drawText(subtitle, Qt::AlignLeft | Qt::AlignVCenter,
                     QFontMetricsF(small).elidedText(type, Qt::ElideRight, subtitle.width()));
 }

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QCoreApplication>
 #include <QPainter>
 
 #include "Apps/Editor/Canvas/NodeItem.h"
 
 /// Draws a node, with as much detail as the zoom has room for.
 class NodePainter {
+  Q_DECLARE_TR_FUNCTIONS(NodePainter)
+
  public:
   NodePainter(const NodeItem& item, QPainter& painter, const CanvasColors& colors);
   void Paint();

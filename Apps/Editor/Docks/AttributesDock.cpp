@@ -202,8 +202,9 @@ void AttributesDock::Reset() {
     }
   }
   if (values.empty()) return;
-  const std::string what = ids.size() == 1 ? ids[0] : std::to_string(ids.size()) + " nodes";
-  Report(session_.Group("Reset attributes of " + what, [&] { return session_.SetAttributes(values); }));
+  const QString title = ids.size() == 1 ? tr("Reset attributes of %1").arg(QString::fromStdString(ids[0]))
+                                        : tr("Reset attributes of %n nodes", nullptr, static_cast<int>(ids.size()));
+  Report(session_.Group(title.toStdString(), [&] { return session_.SetAttributes(values); }));
 }
 
 void AttributesDock::FillPresets(QMenu& menu) {
@@ -237,7 +238,8 @@ void AttributesDock::LoadPreset(const QString& name) {
         Presets(GetTypeName(*type)).Load(name, *session_.GetDocument().FindNode(id), id, values, notes);
     if (status.IsError()) return Report(status);
   }
-  Report(session_.Group("Apply preset " + name.toStdString(), [&] { return session_.SetAttributes(values, &notes); }));
+  const std::string title = tr("Apply preset %1").arg(name).toStdString();
+  Report(session_.Group(title, [&] { return session_.SetAttributes(values, &notes); }));
   if (!notes.empty()) emit Failed(QString::fromStdString(notes.front()));
 }
 

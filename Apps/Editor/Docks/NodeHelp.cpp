@@ -12,7 +12,9 @@
 
 namespace {
 
-QString Tr(const char* text) { return QCoreApplication::translate("NodeHelp", text); }
+struct NodeHelp {
+  Q_DECLARE_TR_FUNCTIONS(NodeHelp)
+};
 
 QString Escape(const std::string& text) { return QString::fromStdString(text).toHtmlEscaped(); }
 
@@ -37,10 +39,10 @@ QString DescribeRange(const Attribute& attribute) {
   const bool has_lowest = attribute.GetLowest() > -most;
   const bool has_highest = attribute.GetHighest() < most;
   if (has_lowest && has_highest) {
-    return Tr("from %1 to %2").arg(ShowNumber(attribute.GetLowest()), ShowNumber(attribute.GetHighest()));
+    return NodeHelp::tr("from %1 to %2").arg(ShowNumber(attribute.GetLowest()), ShowNumber(attribute.GetHighest()));
   }
-  if (has_lowest) return Tr("from %1").arg(ShowNumber(attribute.GetLowest()));
-  return has_highest ? Tr("up to %1").arg(ShowNumber(attribute.GetHighest())) : QString();
+  if (has_lowest) return NodeHelp::tr("from %1").arg(ShowNumber(attribute.GetLowest()));
+  return has_highest ? NodeHelp::tr("up to %1").arg(ShowNumber(attribute.GetHighest())) : QString();
 }
 
 QString DescribeWords(const Attribute& attribute) {
@@ -67,13 +69,14 @@ QString DescribeAttribute(const Attribute& attribute) {
   if (attribute.GetKind() == Attribute::Kind::kNumber) {
     const QString range = DescribeRange(attribute);
     if (!range.isEmpty()) facts += range;
-    if (row != nullptr && *row->unit != '\0') facts += Tr("in %1").arg(Escape(row->unit));
+    if (row != nullptr && *row->unit != '\0') facts += NodeHelp::tr("in %1").arg(Escape(row->unit));
   }
   const QString value = ShowValue(attribute.GetDefault());
-  if (!value.isEmpty()) facts += Tr("default %1").arg(Code(value));
+  if (!value.isEmpty()) facts += NodeHelp::tr("default %1").arg(Code(value));
   text += QStringLiteral("<small>") + facts.join(QStringLiteral(" · ")) + QStringLiteral("</small>");
   if (attribute.GetKind() == Attribute::Kind::kChoice) {
-    text += QStringLiteral("<br/><small>") + Tr("One of %1").arg(DescribeWords(attribute)) + QStringLiteral("</small>");
+    text += QStringLiteral("<br/><small>") + NodeHelp::tr("One of %1").arg(DescribeWords(attribute)) +
+            QStringLiteral("</small>");
   }
   return text + QStringLiteral("</p>");
 }
@@ -82,7 +85,7 @@ QString DescribePlug(const std::string& name, const std::string& alias, unsigned
   QString text = QStringLiteral("<li>") + Code(QString::fromStdString(name));
   if (!alias.empty() && alias != name) text += QStringLiteral(" (") + Escape(alias) + u')';
   text += QStringLiteral(" <small>") + Escape(PlugType::GetName(type));
-  if (takes_many) text += QStringLiteral(" · ") + Tr("any number of connections");
+  if (takes_many) text += QStringLiteral(" · ") + NodeHelp::tr("any number of connections");
   return text + QStringLiteral("</small></li>");
 }
 
@@ -105,14 +108,14 @@ QString MakeNodeHelp(const NodeInterface& descriptor) {
   QStringList origin;
   if (record != nullptr && *record->group != '\0') origin += Escape(record->group);
   origin += Code(QString::fromStdString(type_name));
-  if (!library.empty()) origin += Tr("from %1").arg(Escape(library));
+  if (!library.empty()) origin += NodeHelp::tr("from %1", "a library").arg(Escape(library));
   text += QStringLiteral("<p><small>") + origin.join(QStringLiteral(" · ")) + QStringLiteral("</small></p>");
   if (!node) return text;
 
-  if (node->GetNumAttributes() > 0) text += MakeHeading(Tr("Attributes"));
+  if (node->GetNumAttributes() > 0) text += MakeHeading(NodeHelp::tr("Attributes"));
   for (std::size_t i = 0; i < node->GetNumAttributes(); ++i) text += DescribeAttribute(*node->GetAttribute(i));
   if (node->GetNumRegularInputs() > 0) {
-    text += MakeHeading(Tr("Inputs")) + QStringLiteral("<ul>");
+    text += MakeHeading(NodeHelp::tr("Inputs")) + QStringLiteral("<ul>");
     for (unsigned i = 0; i < node->GetNumRegularInputs(); ++i) {
       const PlugRecord& plug = node->GetInplugs()[i];
       const std::string alias = AskLibrary("GetInplugAlias", [&] { return node->GetInplugAlias(i); });
@@ -121,7 +124,7 @@ QString MakeNodeHelp(const NodeInterface& descriptor) {
     text += QStringLiteral("</ul>");
   }
   if (!node->GetOutplugs().empty()) {
-    text += MakeHeading(Tr("Outputs")) + QStringLiteral("<ul>");
+    text += MakeHeading(NodeHelp::tr("Outputs")) + QStringLiteral("<ul>");
     for (unsigned i = 0; i < node->GetOutplugs().size(); ++i) {
       const PlugRecord& plug = node->GetOutplugs()[i];
       const std::string alias = AskLibrary("GetOutplugAlias", [&] { return node->GetOutplugAlias(i); });
@@ -130,12 +133,12 @@ QString MakeNodeHelp(const NodeInterface& descriptor) {
     text += QStringLiteral("</ul>");
   }
   if (node->GetNumAttributes() > 0) {
-    text += QStringLiteral("<p><small>") + Tr("Every attribute is an input too: a wire can feed it.") +
+    text += QStringLiteral("<p><small>") + NodeHelp::tr("Every attribute is an input too: a wire can feed it.") +
             QStringLiteral("</small></p>");
   }
   if (record != nullptr && *record->keywords != '\0') {
     text += QStringLiteral("<p><small>") +
-            Tr("Also found as: %1").arg(Escape(record->keywords).replace(u',', QStringLiteral(", "))) +
+            NodeHelp::tr("Also found as: %1").arg(Escape(record->keywords).replace(u',', QStringLiteral(", "))) +
             QStringLiteral("</small></p>");
   }
   return text;

@@ -191,7 +191,7 @@ void OutputsDock::AddOutput(const QString& plug) {
   if (from.isEmpty() && document.GetView()) from = QString::fromStdString(document.GetView()->shown);
   if (!plugs.contains(from) && !plugs.isEmpty()) from = plugs.back();
   if (!plugs.contains(from))
-    return Report(ScEng::Status::Error("there is no image to write: add a node that makes one"));
+    return Report(ScEng::Status::Error(tr("there is no image to write: add a node that makes one").toStdString()));
   const std::string id = from.left(from.lastIndexOf(u'.')).toStdString();
   ScEng::DocumentOutput output;
   output.from = from.toStdString();

@@ -73,7 +73,8 @@ void SharedPanel::OnNodeChanged(Node& node) {
   }
   shown_ = now;
   if (values.empty()) return;
-  const std::string title = "Set " + name + " of " + std::to_string(ids_.size()) + " nodes";
-  const ScEng::Status status = session_.Group(title, [&] { return session_.SetAttributes(values); });
+  const QString title =
+      tr("Set %1 of %n nodes", nullptr, static_cast<int>(ids_.size())).arg(QString::fromStdString(name));
+  const ScEng::Status status = session_.Group(title.toStdString(), [&] { return session_.SetAttributes(values); });
   if (status.IsError()) emit Failed(QString::fromStdString(status.GetMessage()));
 }

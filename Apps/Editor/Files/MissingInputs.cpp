@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Files/MissingInputs.h"
 
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -67,8 +68,12 @@ ScEng::Status LocateInput(ScEng::EditSession& session, const MissingInput& missi
     if (!IsThere(place)) continue;
     values.push_back({other.id + "." + other.attribute, PlugValue(MakeDocumentPath(place, folder))});
   }
-  const std::string what = values.size() == 1 ? missing.id : std::to_string(values.size()) + " readers";
-  return session.Group("Locate files of " + what, [&] { return session.SetAttributes(values); });
+  const int count = static_cast<int>(values.size());
+  const QString title =
+      count == 1
+          ? QCoreApplication::translate("MissingInputs", "Locate files of %1").arg(QString::fromStdString(missing.id))
+          : QCoreApplication::translate("MissingInputs", "Locate files of %n readers", nullptr, count);
+  return session.Group(title.toStdString(), [&] { return session.SetAttributes(values); });
 }
 
 MissingInputs::MissingInputs(ScEng::EditSession& session, QWidget* parent)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Files/SaveAsTo.h"
 
+#include <QCoreApplication>
 #include <string>
 #include <utility>
 #include <vector>
@@ -75,7 +76,9 @@ Status SaveAsTo(ScEng::EditSession& session, const fs::path& file) {
   const std::string problem = ScEng::TryPlace(file);
   if (!problem.empty()) return Status::Error("cannot write " + file.string() + ": " + problem);
   const std::size_t place = session.GetPlace();
-  Status status = session.Group("Adapt paths to " + now.string(), [&] { return Apply(session, changes); });
+  const QString title =
+      QCoreApplication::translate("SaveAsTo", "Adapt paths to %1").arg(QString::fromStdString(now.string()));
+  Status status = session.Group(title.toStdString(), [&] { return Apply(session, changes); });
   if (status.IsError()) return status;
   status = session.SaveAs(file);
   if (status.IsError()) session.GoTo(place);

@@ -22,7 +22,8 @@ QString MakePlain(QString text) {
   text.remove(u'&');
   text.replace(QChar(1), u'&');
   text.remove(u'…');
-  return text.endsWith(QStringLiteral("...")) ? text.chopped(3) : text;
+  // Some languages have a space before the dots.
+  return (text.endsWith(QStringLiteral("...")) ? text.chopped(3) : text).trimmed();
 }
 
 }  // namespace

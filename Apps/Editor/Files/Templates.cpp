@@ -10,7 +10,9 @@ static void LoadTemplateResources() { Q_INIT_RESOURCE(Templates); }
 
 namespace {
 
-QString Tr(const char* text) { return QCoreApplication::translate("Templates", text); }
+struct Templates {
+  Q_DECLARE_TR_FUNCTIONS(Templates)
+};
 
 }  // namespace
 
@@ -26,14 +28,19 @@ QString Template::GetPicture() const {
 }
 
 QList<Template> ListTemplates() {
-  return {
-      {{}, Tr("Empty"), Tr("A document without nodes.")},
-      {QStringLiteral("shaded"), Tr("Shaded Terrain"), Tr("A generated height field, lit from the upper left.")},
-      {QStringLiteral("bands"), Tr("Height Bands"), Tr("Terraces, and a soft mask for each band of heights.")},
-      {QStringLiteral("cliffs"), Tr("Cliffs"), Tr("How steep the land is, and a mask of the steepest places.")},
-      {QStringLiteral("lakes"), Tr("Lakes"), Tr("Water in the low places, each lake with a number, and the shores.")},
-      {QStringLiteral("relief"), Tr("Beveled Shape"), Tr("A mask raised with a bevel and lit. Connect your own mask.")},
-      {QStringLiteral("hollows"), Tr("Hollows"), Tr("Land shaded by how much of the sky each place sees.")}};
+  return {{{}, Templates::tr("Empty"), Templates::tr("A document without nodes.")},
+          {QStringLiteral("shaded"), Templates::tr("Shaded Terrain"),
+           Templates::tr("A generated height field, lit from the upper left.")},
+          {QStringLiteral("bands"), Templates::tr("Height Bands"),
+           Templates::tr("Terraces, and a soft mask for each band of heights.")},
+          {QStringLiteral("cliffs"), Templates::tr("Cliffs"),
+           Templates::tr("How steep the land is, and a mask of the steepest places.")},
+          {QStringLiteral("lakes"), Templates::tr("Lakes"),
+           Templates::tr("Water in the low places, each lake with a number, and the shores.")},
+          {QStringLiteral("relief"), Templates::tr("Beveled Shape"),
+           Templates::tr("A mask raised with a bevel and lit. Connect your own mask.")},
+          {QStringLiteral("hollows"), Templates::tr("Hollows"),
+           Templates::tr("Land shaded by how much of the sky each place sees.")}};
 }
 
 std::unique_ptr<ScEng::EditSession> MakeFromTemplate(const Template& chosen,

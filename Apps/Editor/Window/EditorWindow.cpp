@@ -256,13 +256,13 @@ void EditorWindow::ShowTitle() {
   setWindowModified(session.IsModified());
   const std::size_t place = session.GetPlace();
   const auto& history = session.GetHistory();
-  const auto describe = [&](const QString& verb, bool is_there, std::size_t step) {
-    return is_there ? verb + QLatin1Char(' ') + QString::fromStdString(history[step]) : verb;
+  const auto describe = [&](const QString& verb, const QString& verb_with_name, bool is_there, std::size_t step) {
+    return is_there ? verb_with_name.arg(QString::fromStdString(history[step])) : verb;
   };
   undo_->setEnabled(place > 0);
-  undo_->setText(describe(tr("Undo"), place > 0, place - 1));
+  undo_->setText(describe(tr("Undo"), tr("Undo %1"), place > 0, place - 1));
   redo_->setEnabled(place < history.size());
-  redo_->setText(describe(tr("Redo"), place < history.size(), place));
+  redo_->setText(describe(tr("Redo"), tr("Redo %1"), place < history.size(), place));
   revert_->setEnabled(session.IsModified() && !session.GetFile().empty());
 }
 
