@@ -112,8 +112,8 @@ class HOST_EDITING_API BackgroundEvaluator {
   std::unique_ptr<Implementation> implementation_;
 };
 
-/// One run of a document as it is now: every output and enabled writer, on a thread of its own. What is edited meanwhile
-/// does not concern it.
+/// One run of a document as it is now: every output and enabled writer, on a thread of its own. What is edited
+/// meanwhile does not concern it.
 class HOST_EDITING_API BackgroundRun {
  public:
   struct Progress {
