@@ -319,6 +319,8 @@ void GraphCanvas::OpenMenu(const QPoint& global) {
   menu->popup(global);
 }
 
+void GraphCanvas::FillMenu(QMenu& menu) { actions_->FillMenu(menu); }
+
 void GraphCanvas::ShowSelected() {
   const std::vector<std::string> ids = scene_->GetSelectedIds();
   if (!ids.empty()) view_->RequestShow(ids.front());

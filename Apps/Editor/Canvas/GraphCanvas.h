@@ -18,6 +18,7 @@ class CanvasActions;
 class GraphView;
 class Minimap;
 class NodeSearchPopup;
+class QMenu;
 
 /// The graph of a document as it is edited: nodes, wires and frames, and everything that mouse and keyboard do to them.
 /// Every change is a command of the session.
@@ -53,6 +54,8 @@ class GraphCanvas : public QWidget {
   /// Every action, with object name, text and shortcut, for menus and the page of shortcuts. They work while the canvas
   /// or something in it has the keyboard.
   [[nodiscard]] QList<QAction*> GetActions() const;
+  /// Adds those that mean something with the present selection to a menu, in groups.
+  void FillMenu(QMenu& menu);
 
   /// Which node types were added, to be kept between two runs of the program.
   [[nodiscard]] QStringList GetUsage() const { return usage_.Save(); }

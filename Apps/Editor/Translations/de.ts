@@ -492,10 +492,6 @@
         <translation>&amp;Ansicht</translation>
     </message>
     <message>
-        <source>&amp;Thumbnails on nodes</source>
-        <translation>&amp;Vorschaubilder auf Knoten</translation>
-    </message>
-    <message>
         <source>T&amp;heme</source>
         <translation>&amp;Farbschema</translation>
     </message>
@@ -2348,6 +2344,10 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Input %1: %2</source>
         <translation>Eingang %1: %2</translation>
+    </message>
+    <message>
+        <source>Pinned</source>
+        <translation>Angeheftet</translation>
     </message>
 </context>
 <context>

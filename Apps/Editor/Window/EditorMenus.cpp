@@ -17,6 +17,18 @@
 #include "Apps/Editor/Files/ShortcutsDialog.h"
 #include "Apps/Editor/Window/EditorWindow.h"
 
+void EditorWindow::FollowThumbnails() {
+  QAction* thumbnails = workspace_->GetCanvas().findChild<QAction*>(QStringLiteral("canvas.thumbnails"));
+  if (thumbnails == nullptr) return;
+  // It goes from the menu with its canvas.
+  view_menu_->insertAction(view_menu_->actions().back(), thumbnails);
+  connect(thumbnails, &QAction::toggled, this, [this](bool on) {
+    settings_.setValue(QStringLiteral("canvas/thumbnails"), on);
+    workspace_->SetThumbnails(on);
+  });
+  thumbnails->setChecked(IsDrawn() || settings_.value(QStringLiteral("canvas/thumbnails"), true).toBool());
+}
+
 QAction* EditorWindow::Add(QMenu& menu, const QString& text, const char* name, const QKeySequence& keys) {
   QAction* action = menu.addAction(text);
   action->setObjectName(QLatin1String(name));
@@ -62,12 +74,15 @@ void EditorWindow::MakeEditMenu() {
   connect(undo_, &QAction::triggered, this, [this] { workspace_->Undo(); });
   redo_ = Add(*edit_menu_, tr("Redo"), "edit.redo", QKeySequence::Redo);
   connect(redo_, &QAction::triggered, this, [this] { workspace_->Redo(); });
-  edit_menu_->addSeparator();
+  connect(edit_menu_, &QMenu::aboutToShow, this, &EditorWindow::FillEditMenu);
 }
 
 void EditorWindow::FillEditMenu() {
-  // The actions of the canvas before went with it.
-  edit_menu_->addActions(workspace_->GetCanvas().GetActions());
+  edit_menu_->clear();
+  qDeleteAll(edit_menu_->findChildren<QMenu*>(Qt::FindDirectChildrenOnly));
+  edit_menu_->addActions({undo_, redo_});
+  edit_menu_->addSeparator();
+  workspace_->GetCanvas().FillMenu(*edit_menu_);
 }
 
 void EditorWindow::MakeViewMenu() {
@@ -76,15 +91,13 @@ void EditorWindow::MakeViewMenu() {
     QAction* action = frame->toggleViewAction();
     action->setObjectName(QStringLiteral("view.") + frame->objectName());
     menu.addAction(action);
+    // Opened by hand, a dock comes before those that share its place.
+    connect(action, &QAction::triggered, frame, [frame](bool on) {
+      if (on) frame->raise();
+    });
   }
   menu.addSeparator();
-  thumbnails_ = Add(menu, tr("&Thumbnails on nodes"), "view.thumbnails", {});
-  thumbnails_->setCheckable(true);
-  thumbnails_->setChecked(IsDrawn() || settings_.value(QStringLiteral("canvas/thumbnails"), true).toBool());
-  connect(thumbnails_, &QAction::toggled, this, [this](bool on) {
-    settings_.setValue(QStringLiteral("canvas/thumbnails"), on);
-    workspace_->SetThumbnails(on);
-  });
+  view_menu_ = &menu;
   QMenu& themes = *menu.addMenu(tr("T&heme"));
   auto* group = new QActionGroup(this);
   const QString chosen = settings_.value(QStringLiteral("window/theme")).toString();
@@ -136,6 +149,8 @@ void EditorWindow::MakeStatusLine() {
 
 void EditorWindow::ShowFirstSteps() {
   if (first_steps_ == nullptr) first_steps_ = new FirstSteps(this, FirstSteps::MakeSteps(), GetSettingsFile());
+  // The steps point at docks, which have to be there.
+  for (const char* name : {"help", "panel", "outputs"}) docks_.Raise(name);
   first_steps_->Start();
 }
 

@@ -92,6 +92,7 @@ void EditorWindow::Start(EditorAnswer& answer) {
   // Layouts are made when events are handled; sizes before that are forgotten.
   QApplication::processEvents();
   if (!has_own_layout_) docks_.Resize();
+  QApplication::processEvents();
   workspace_->GetCanvas().RestoreView();
   if (!request_.shown.empty()) {
     ScEng::GraphDocument& document = workspace_->GetSession().GetDocument();
@@ -101,10 +102,12 @@ void EditorWindow::Start(EditorAnswer& answer) {
       answer.is_usage = true;
       return;
     }
-    workspace_->Show(QString::fromStdString(request_.shown));
+    const QString shown = QString::fromStdString(request_.shown);
+    workspace_->GetCanvas().Select({shown.left(shown.lastIndexOf(QLatin1Char('.')))});
+    workspace_->Show(shown);
     workspace_->GetViewer().SetPinned(true);
   }
-  if (!request_.document.empty()) recent_->Add(QString::fromStdString(request_.document.string()));
+  if (!request_.document.empty() && !IsDrawn()) recent_->Add(QString::fromStdString(request_.document.string()));
   if (!IsDrawn() && FirstSteps::AreWanted(GetSettingsFile())) QTimer::singleShot(0, this, [this] { ShowFirstSteps(); });
 }
 
@@ -169,14 +172,16 @@ void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
   if (!IsDrawn()) {
     workspace_->GetCanvas().SetUsage(settings_.value(QStringLiteral("canvas/usage")).toStringList());
   }
-  workspace_->SetThumbnails(thumbnails_->isChecked());
-  FillEditMenu();
+  FollowThumbnails();
   ShowTitle();
 }
 
 bool EditorWindow::Open(const QString& file) {
   ScEng::Findings findings;
-  auto session = ScEng::EditSession::Open(request_.catalog, file.toStdString(), state_folder_, findings);
+  auto session = Recover(file.toStdString());
+  if (session == nullptr) {
+    session = ScEng::EditSession::Open(request_.catalog, file.toStdString(), state_folder_, findings);
+  }
   if (session == nullptr) {
     QStringList lines;
     for (const std::string& error : findings.errors) lines.push_back(QString::fromStdString(error));

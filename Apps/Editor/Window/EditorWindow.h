@@ -57,7 +57,10 @@ class EditorWindow : public QMainWindow {
   void MakeEditMenu();
   void MakeViewMenu();
   void MakeHelpMenu();
+  /// Undo, redo and what can be done with what is selected.
   void FillEditMenu();
+  /// Puts the canvas' switch of thumbnails into the menu and keeps it in the settings.
+  void FollowThumbnails();
   void MakeStatusLine();
   QAction* Add(QMenu& menu, const QString& text, const char* name, const QKeySequence& keys);
 
@@ -87,10 +90,10 @@ class EditorWindow : public QMainWindow {
   bool has_own_layout_ = false;
   std::unique_ptr<RecentFiles> recent_;
   QMenu* edit_menu_ = nullptr;
+  QMenu* view_menu_ = nullptr;
   QAction* undo_ = nullptr;
   QAction* redo_ = nullptr;
   QAction* revert_ = nullptr;
-  QAction* thumbnails_ = nullptr;
   QLabel* message_ = nullptr;
   QProgressBar* progress_ = nullptr;
   QToolButton* cancel_ = nullptr;

@@ -47,7 +47,11 @@ ViewerDock::ViewerDock(ScEng::EditSession& session, QWidget* parent) : QWidget(p
   pin_->setAutoRaise(true);
   pin_->setToolTip(tr("Stays with this node whatever is selected"));
   pin_->setAccessibleName(tr("Pin the shown node"));
-  connect(pin_, &QToolButton::toggled, this, &ViewerDock::PinChanged);
+  connect(pin_, &QToolButton::toggled, this, [this](bool pinned) {
+    // Told by the word too: themes differ little in how a button is pressed.
+    pin_->setText(pinned ? tr("Pinned") : tr("Pin"));
+    emit PinChanged(pinned);
+  });
   bar->addWidget(pin_);
   layout->addLayout(bar);
   viewer_ = new ScEng::ViewerWidget(this);

@@ -16,6 +16,7 @@
 #include "Apps/Editor/Files/MissingInputs.h"
 #include "Apps/Editor/Terrain/TerrainView.h"
 #include "Apps/Editor/Window/ViewerDock.h"
+#include "Host/Tools/Guard.h"
 #include "Host/Widgets/ViewerWidget.h"
 
 namespace {
@@ -64,6 +65,7 @@ Workspace::Workspace(std::unique_ptr<ScEng::EditSession> session, DockFrames& fr
 Workspace::~Workspace() {
   // Nothing that shows the document outlives it.
   for (QDockWidget* frame : frames_.GetAll()) {
+    disconnect(frame, nullptr, this, nullptr);
     QWidget* content = frame->widget();
     frame->setWidget(nullptr);
     delete content;
@@ -117,12 +119,7 @@ void Workspace::Connect() {
   });
   connect(canvas_, &GraphCanvas::Failed, this, &Workspace::Told);
   connect(canvas_, &GraphCanvas::OpenRequested, this, &Workspace::OpenRequested);
-  connect(canvas_, &GraphCanvas::HelpRequested, this, [this](const QString& id) {
-    const Node* node = session_->GetDocument().FindNode(id.toStdString());
-    if (node == nullptr) return;
-    const NodeInterface* type = session_->GetCatalog()->Find(node->GetNodeType());
-    if (type != nullptr) ShowHelp(QString::fromStdString(type->GetNodeFactory()->GetTypeName()));
-  });
+  connect(canvas_, &GraphCanvas::HelpRequested, this, [this](const QString& id) { ShowHelp(FindTypeName(id)); });
   connect(viewer_, &ViewerDock::ShowRequested, this, &Workspace::Show);
   connect(viewer_, &ViewerDock::PinChanged, this, [this](bool pinned) {
     if (!pinned) FollowSelection();
@@ -142,6 +139,9 @@ void Workspace::Connect() {
   connect(missing_, &MissingInputs::NodeActivated, this, &Workspace::GoToNode);
   connect(missing_, &MissingInputs::Failed, this, &Workspace::Told);
   connect(&viewer_->GetViewer(), &ScEng::ViewerWidget::LookChanged, this, [this] { ShowTerrain(); });
+  connect(frames_.Find("help"), &QDockWidget::visibilityChanged, this, [this](bool is_visible) {
+    if (is_visible) FollowSelection();
+  });
   connect(frames_.Find("terrain"), &QDockWidget::visibilityChanged, this, [this] { ShowTerrain(); });
 }
 
@@ -163,7 +163,6 @@ void Workspace::ShowFirstImage() {
   const auto& view = document.GetView();
   if (view && !view->shown.empty()) {
     Show(QString::fromStdString(view->shown));
-    viewer_->SetPinned(true);
     return;
   }
   if (!document.GetOutputs().empty()) {
@@ -179,7 +178,11 @@ void Workspace::ShowFirstImage() {
   Show({});
 }
 
-void Workspace::SetThumbnails(bool on) { bridge_->GetEvaluator().SetThumbnailSize(on ? kThumbnailSize : 0); }
+void Workspace::SetThumbnails(bool on) {
+  // Without thumbnails, what does not feed the shown image is not computed either.
+  bridge_->GetEvaluator().SetThumbnailSize(on ? kThumbnailSize : 0);
+  bridge_->GetEvaluator().SetEvaluatesAll(on);
+}
 
 void Workspace::FinishPictures() {
   if (frames_.Find("terrain")->isVisible() && terrain_->IsAvailable()) static_cast<void>(terrain_->Grab());
@@ -205,6 +208,7 @@ void Workspace::TakeFacts(const std::vector<ScEng::NodeFacts>& facts) {
 void Workspace::FollowSelection() {
   const QStringList ids = canvas_->GetSelection();
   attributes_->SetSelection(ids);
+  if (ids.size() == 1 && help_->isVisible()) help_->ShowNode(FindTypeName(ids.front()));
   if (viewer_->IsPinned() || ids.size() != 1) return;
   const QString plug = FindImageOutput(ids.front());
   if (!plug.isEmpty()) Show(plug);
@@ -216,6 +220,7 @@ void Workspace::GoToNode(const QString& id) {
 }
 
 void Workspace::ShowHelp(const QString& type_name) {
+  if (type_name.isEmpty()) return;
   help_->ShowNode(type_name);
   frames_.Raise("help");
 }
@@ -224,7 +229,11 @@ void Workspace::ShowTerrain() {
   const auto& result = viewer_->GetResult();
   if (result == nullptr || !frames_.Find("terrain")->isVisible()) return;
   terrain_->SetHeights(result->image);
-  terrain_->SetColors(result->image, viewer_->GetViewer().GetLook());
+  // In gray the light tells more of the ground than its own height once more.
+  const ScEng::Look& look = viewer_->GetViewer().GetLook();
+  const bool is_colored = look.shading == ScEng::Shading::kRamp ||
+                          (result->image != nullptr && result->image->GetImage().GetNumChannels() > 1);
+  terrain_->SetColors(is_colored ? result->image : nullptr, look);
 }
 
 void Workspace::Tick() {
@@ -236,6 +245,14 @@ void Workspace::Tick() {
 
 void Workspace::Report(const ScEng::Status& status) {
   if (status.IsError()) emit Told(QString::fromStdString(status.GetMessage()));
+}
+
+QString Workspace::FindTypeName(const QString& id) const {
+  const Node* node = session_->GetDocument().FindNode(id.toStdString());
+  const NodeInterface* type = node == nullptr ? nullptr : session_->GetCatalog()->Find(node->GetNodeType());
+  if (type == nullptr) return {};
+  return QString::fromStdString(
+      ScEng::AskGuarded("GetTypeName", std::string(), [&] { return type->GetNodeFactory()->GetTypeName(); }));
 }
 
 QString Workspace::FindImageOutput(const QString& id) const {

@@ -71,6 +71,8 @@ class Workspace : public QObject {
   void ShowTerrain();
   void Tick();
   void Report(const ScEng::Status& status);
+  /// The class name of a node's type; empty for a placeholder.
+  [[nodiscard]] QString FindTypeName(const QString& id) const;
   /// The first image output of a node, "id.plug"; empty where it has none.
   [[nodiscard]] QString FindImageOutput(const QString& id) const;
 
