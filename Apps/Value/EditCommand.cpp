@@ -67,7 +67,9 @@ class EditCommand : public Command {
       request.document = ScEng::MakePath(*graph_);
       std::error_code error;
       if (!std::filesystem::is_regular_file(request.document, error)) {
-        return Fail(ExitCode::kFile, "cannot open " + request.document.string() + ": there is no such file");
+        const bool is_folder = std::filesystem::is_directory(request.document, error);
+        return Fail(ExitCode::kFile, "cannot open " + request.document.string() +
+                                         (is_folder ? ": it is a folder" : ": there is no such file"));
       }
     }
     request.theme = window_.GetTheme();

@@ -31,7 +31,7 @@ class Histogram : public testing::Test {
     bar_.resize(640, 80);
     bar_.show();
     bar_.activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&bar_));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&bar_, 60000));
   }
   [[nodiscard]] QString Low() const { return Find<QLineEdit>(bar_, "histogram.low")->text(); }
   [[nodiscard]] QString High() const { return Find<QLineEdit>(bar_, "histogram.high")->text(); }

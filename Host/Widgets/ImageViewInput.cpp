@@ -70,7 +70,7 @@ void ImageView::Implementation::Move(const QPointF& at) {
 
 void ImageView::Implementation::Release(const QPointF& at, Qt::MouseButton button) {
   if (drag_ == Drag::kNone || button != button_) return;
-  if (drag_ == Drag::kNewProbe && probes_ != nullptr) {
+  if (drag_ == Drag::kNewProbe && probes_ != nullptr && image_ != nullptr) {
     const QRect band = FindBand(at);
     const QPoint corner = GetCorner(*image_);
     if (!band.isEmpty()) probes_->Add(band.x() + corner.x(), band.y() + corner.y(), band.width(), band.height());

@@ -40,7 +40,7 @@ class Viewed : public testing::Test {
     view_.show();
     view_.activateWindow();
     view_.setFocus();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&view_));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view_, 60000));
   }
   /// The middle of a pixel, in the view.
   [[nodiscard]] QPointF At(int x, int y) const { return view_.ToView(QPointF(x + 0.5, y + 0.5)); }

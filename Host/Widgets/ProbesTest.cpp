@@ -122,12 +122,12 @@ TEST(ProbeTable, FollowsTheListAndRemovesWithDelete) {
   auto* cells = WidgetTest::Find<QTableWidget>(table, "probes");
   list.Add(0, 0);
   list.Add(1, 0);
-  ASSERT_TRUE(QTest::qWaitFor([&] { return cells->rowCount() == 2; }));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return cells->rowCount() == 2; }, 60000));
   EXPECT_EQ(cells->selectionModel()->selectedRows().front().row(), 1);
   cells->selectRow(0);
   EXPECT_EQ(list.GetSelected(), 1);
   QTest::keyClick(cells, Qt::Key_Delete);
-  ASSERT_TRUE(QTest::qWaitFor([&] { return cells->rowCount() == 1; }));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return cells->rowCount() == 1; }, 60000));
   EXPECT_EQ(Row(table, 0), (QStringList{"2", "1, 0", "2"}));
 }
 

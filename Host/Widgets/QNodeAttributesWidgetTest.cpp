@@ -436,7 +436,7 @@ TEST_F(Panel, ChoosesAFileInADialog) {
   QMetaObject::invokeMethod(dialog, "accept");
   EXPECT_EQ(Of("file").GetValue().GetText(), (folder / "hills.exr").string());
   EXPECT_EQ(stack_.count(), 1);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.isNull(); }, 2000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.isNull(); }, 60000));
 }
 
 TEST_F(Panel, EditsTheFieldsOfAColorAndKeepsTheOthers) {

@@ -35,7 +35,7 @@ class Viewer : public testing::Test {
     viewer_.resize(640, 520);
     viewer_.show();
     viewer_.activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&viewer_));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&viewer_, 60000));
   }
   void Show(unsigned color_mode, const std::vector<float>& samples, float low = 0.0F, float high = 1.0F) {
     const int size_x = static_cast<int>(samples.size()) / ColorMode::GetNumChannels(color_mode);

@@ -29,8 +29,8 @@ inline void ShowAndActivate(QWidget& panel) {
   panel.resize(420, panel.sizeHint().height());
   panel.show();
   panel.activateWindow();
-  EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel));
-  EXPECT_TRUE(QTest::qWaitForWindowActive(&panel));
+  EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel, 60000));
+  EXPECT_TRUE(QTest::qWaitForWindowActive(&panel, 60000));
 }
 
 /// Types a text in place of the one that is there, without leaving the field.

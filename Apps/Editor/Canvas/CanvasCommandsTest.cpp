@@ -337,17 +337,17 @@ TEST_F(CanvasCommandsTest, EnterShowsAndDimsWhatDoesNotFeedIt) {
   canvas_->Select({"b"});
   Key(Qt::Key_Return);
   EXPECT_EQ(canvas_->GetShown(), QStringLiteral("b.image"));
-  EXPECT_TRUE(QTest::qWaitFor([&] { return scene().FindNode("c")->IsDimmed(); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return scene().FindNode("c")->IsDimmed(); }, 60000));
   EXPECT_FALSE(scene().FindNode("a")->IsDimmed());
   Trigger("dim");
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !scene().FindNode("c")->IsDimmed(); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !scene().FindNode("c")->IsDimmed(); }, 60000));
 }
 
 TEST_F(CanvasCommandsTest, ViewIsStoredAndRestored) {
   Open(kChain);
   view().SetZoom(0.5, QPoint(0, 0));
   view().SetCenter({1200, -300});
-  EXPECT_TRUE(QTest::qWaitFor([&] { return document().GetView() && document().GetView()->center; }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return document().GetView() && document().GetView()->center; }, 60000));
   canvas_->StoreView();
   EXPECT_NEAR(document().GetView()->center->x, 1200, 2);
   EXPECT_NEAR(*document().GetView()->zoom, 0.5, 0.001);

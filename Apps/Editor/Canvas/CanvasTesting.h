@@ -31,7 +31,7 @@ class CanvasTest : public testing::Test {
     canvas_->resize(1000, 700);
     canvas_->show();
     canvas_->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(canvas_.get()));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(canvas_.get(), 60000));
     // One unit is one pixel, whatever the font.
     view().SetZoom(view().GetZoom() * view().ToScene(1.0), QPoint(0, 0));
     view().SetCenter({300, 200});

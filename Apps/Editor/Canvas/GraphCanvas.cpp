@@ -62,6 +62,7 @@ void GraphCanvas::Connect() {
     DescribeSelection();
     emit SelectionChanged();
   });
+  connect(scene_.get(), &GraphScene::ShownChanged, this, &GraphCanvas::ShownChanged);
   connect(view_, &GraphView::ViewChanged, this, [this] {
     scene_->SetPlaceForNew(view_->GetCenter());
     if (is_view_known_) view_timer_.start();
@@ -298,15 +299,15 @@ void GraphCanvas::InsertOnSelected(bool is_reroute) {
 
 void GraphCanvas::TakeFiles(const QStringList& files, const QPointF& place) {
   QStringList images;
+  QString document;
   for (const QString& file : files) {
-    const QString ending = QFileInfo(file).suffix().toLower();
-    if (ending == QLatin1String("json")) {
-      emit OpenRequested(file);
-    } else {
-      images << file;
-    }
+    const bool is_document = QFileInfo(file).suffix().compare(QLatin1String("json"), Qt::CaseInsensitive) == 0;
+    if (is_document) document = file;
+    if (!is_document) images << file;
   }
   if (!images.isEmpty()) commands_->AddReaders(images, place);
+  // The last thing that is done: another document may take the place of this one.
+  if (!document.isEmpty()) emit OpenRequested(document);
 }
 
 // ---- Menus and fields ----

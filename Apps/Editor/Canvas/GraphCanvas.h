@@ -68,7 +68,10 @@ class GraphCanvas : public QWidget {
   [[nodiscard]] GraphScene& GetScene() const { return *scene_; }
 
  signals:
+  /// Also while a command is being made, when no other can be given.
   void SelectionChanged();
+  /// What is shown goes by another name, or a command has put something else in its place. Told like the selection.
+  void ShownChanged();
   /// The person wants to see this image.
   void ShowRequested(const QString& plug);
   /// A command was refused; one line for people.

@@ -40,7 +40,7 @@ class AttributesDockTest : public EditSessionTest {
     dock_->resize(420, 800);
     dock_->show();
     dock_->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(dock_.get()));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(dock_.get(), 60000));
   }
   void TearDown() override {
     dock_.reset();

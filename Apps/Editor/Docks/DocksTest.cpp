@@ -24,7 +24,7 @@ void Show(QWidget& dock) {
   dock.resize(480, 700);
   dock.show();
   dock.activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dock));
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dock, 60000));
 }
 
 void Click(QAbstractItemView& view, int row, int column = 0) {

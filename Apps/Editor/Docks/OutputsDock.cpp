@@ -253,7 +253,7 @@ void OutputsDock::TakeProgress() {
 void OutputsDock::ShowReport(const ScEng::RunReport& report) {
   const auto add = [&](Sign sign, const QString& text) {
     auto* item = new QListWidgetItem(MakeSignIcon(sign), text, results_);
-    item->setToolTip(text.toHtmlEscaped());
+    item->setToolTip(QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped()));
   };
   for (const std::string& error : report.findings.errors) add(Sign::kError, QString::fromStdString(error));
   for (const std::string& note : report.findings.notes) add(Sign::kNote, QString::fromStdString(note));

@@ -49,7 +49,8 @@ QVariant ProblemsModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       if (index.column() == kText) return QString::fromStdString(problem.text);
       return problem.id.empty() ? tr("Document") : QString::fromStdString(problem.id);
-    case Qt::ToolTipRole: return QString::fromStdString(problem.text).toHtmlEscaped();
+    case Qt::ToolTipRole:
+      return QStringLiteral("<qt>%1</qt>").arg(QString::fromStdString(problem.text).toHtmlEscaped());
     case Qt::DecorationRole:
       if (index.column() != kNode) return {};
       return problem.is_error ? MakeSignIcon(Sign::kError) : MakeSignIcon(Sign::kNote);

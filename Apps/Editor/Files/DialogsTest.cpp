@@ -221,7 +221,7 @@ TEST(FirstSteps, GoesForthAndBackAndPointsAtTheWindow) {
   canvas->setGeometry(0, 0, 600, 700);
   FirstSteps steps(&window, FirstSteps::MakeSteps(), settings);
   window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window, 60000));
   EXPECT_TRUE(FirstSteps::AreWanted(settings));
   steps.Start();
   auto* marker = Find<StepMarker>(window, "first_steps.marker");
@@ -259,7 +259,7 @@ TEST(FirstSteps, StayAwayWhenSomebodyWantsThat) {
   window.resize(1000, 700);
   FirstSteps steps(&window, FirstSteps::MakeSteps(), settings);
   window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window, 60000));
   steps.Start();
   auto* never = Find<QCheckBox>(steps, "first_steps.never");
   never->setFocus();
@@ -279,7 +279,7 @@ TEST(ShortcutsDialog, FindsActionsByNameAndKeys) {
   const QAction plain("No keys");
   ShortcutsDialog dialog({&save, &redo, const_cast<QAction*>(&plain)});
   dialog.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
   auto* list = Find<QTreeWidget>(dialog, "shortcuts.list");
   ASSERT_EQ(list->topLevelItemCount(), 2);
   EXPECT_EQ(list->topLevelItem(0)->text(0), "Save & Close");

@@ -40,10 +40,10 @@ QString DocumentDialogs::AskForNewFile(const ScEng::EditSession& session) const 
 }
 
 DocumentDialogs::Answer DocumentDialogs::AskAboutChanges(const ScEng::EditSession& session) const {
-  QMessageBox question(QMessageBox::Warning, tr("Unsaved Changes"),
-                       tr("Save the changes to %1?").arg(GetName(session).toHtmlEscaped()),
+  QMessageBox question(QMessageBox::Warning, tr("Unsaved Changes"), tr("Save the changes to %1?").arg(GetName(session)),
                        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, window_);
   question.setObjectName(QStringLiteral("unsaved_changes"));
+  question.setTextFormat(Qt::PlainText);
   question.setInformativeText(tr("What is not saved is lost."));
   question.setDefaultButton(QMessageBox::Save);
   question.setEscapeButton(QMessageBox::Cancel);
@@ -55,7 +55,8 @@ DocumentDialogs::Answer DocumentDialogs::AskAboutChanges(const ScEng::EditSessio
 }
 
 void DocumentDialogs::ShowError(const QString& title, const QString& message) const {
-  QMessageBox box(QMessageBox::Critical, title, message.toHtmlEscaped(), QMessageBox::Ok, window_);
+  QMessageBox box(QMessageBox::Critical, title, message, QMessageBox::Ok, window_);
+  box.setTextFormat(Qt::PlainText);
   box.setObjectName(QStringLiteral("document_error"));
   box.exec();
 }

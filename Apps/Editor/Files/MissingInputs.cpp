@@ -128,7 +128,7 @@ void MissingInputs::Refresh() {
     item->setText(0, QString::fromStdString(missing.id));
     item->setText(1, missing.attribute.empty() ? tr("No library that is loaded has its type")
                                                : QString::fromStdString(missing.file.string()));
-    item->setToolTip(1, item->text(1).toHtmlEscaped());
+    item->setToolTip(1, QStringLiteral("<qt>%1</qt>").arg(item->text(1).toHtmlEscaped()));
     if (missing.id == id || list_->currentItem() == nullptr) list_->setCurrentItem(item);
   }
   list_->resizeColumnToContents(0);

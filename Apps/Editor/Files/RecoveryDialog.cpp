@@ -135,11 +135,12 @@ void RecoveryDialog::Recover() {
 
 void RecoveryDialog::Discard() {
   if (GetSelected() < 0) return;
-  auto* question = new QMessageBox(
-      QMessageBox::Warning, tr("Discard Changes"),
-      tr("Discard the changes to %1? They cannot be brought back.").arg(list_->currentItem()->text(0).toHtmlEscaped()),
-      QMessageBox::Discard | QMessageBox::Cancel, this);
+  auto* question =
+      new QMessageBox(QMessageBox::Warning, tr("Discard Changes"),
+                      tr("Discard the changes to %1? They cannot be brought back.").arg(list_->currentItem()->text(0)),
+                      QMessageBox::Discard | QMessageBox::Cancel, this);
   question->setObjectName(QStringLiteral("recovery.question"));
+  question->setTextFormat(Qt::PlainText);
   question->setAttribute(Qt::WA_DeleteOnClose);
   question->setDefaultButton(QMessageBox::Cancel);
   connect(question, &QDialog::finished, this, [this](int answer) {

@@ -25,7 +25,7 @@ class TerrainViewControls : public testing::Test {
     view_.resize(400, 300);
     view_.show();
     view_.activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&view_));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&view_, 60000));
     canvas_.setFocus();
   }
 

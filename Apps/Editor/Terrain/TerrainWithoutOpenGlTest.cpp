@@ -28,7 +28,7 @@ TEST_F(TerrainWithoutOpenGl, SaysWhy) {
 TEST_F(TerrainWithoutOpenGl, ShowsASentenceInPlaceOfThePicture) {
   QSignalSpy problems(&view_.GetCanvas(), &TerrainCanvas::ProblemFound);
   view_.show();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return problems.count() > 0; }, 30'000));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return problems.count() > 0; }, 120'000));
   EXPECT_EQ(view_.GetCanvas().GetNotice(),
             "The 3D view needs OpenGL, which cannot be used here: this display offers no OpenGL context.");
   EXPECT_FALSE(WidgetTest::Find<QToolButton>(view_, "reset")->isEnabled());

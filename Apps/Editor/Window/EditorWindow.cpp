@@ -123,6 +123,8 @@ void EditorWindow::ApplyRequest(EditorAnswer& answer) {
 }
 
 void EditorWindow::WaitUntilDone() {
+  // What was asked for last may still be on its way to the evaluation.
+  QApplication::processEvents();
   constexpr double kStep = 0.02;
   while (!workspace_->GetEvaluator().WaitUntilIdle(kStep)) QApplication::processEvents();
   // What the evaluation told last is still on its way, and widgets draw what they were told.
@@ -152,6 +154,8 @@ std::unique_ptr<ScEng::EditSession> EditorWindow::Recover(const std::filesystem:
 }
 
 void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
+  // Fields that lose the keyboard now may still give a command, which nobody has to hear of.
+  if (workspace_ != nullptr) workspace_->disconnect(this);
   // The canvas and the bar look at the workspace.
   delete takeCentralWidget();
   workspace_.reset();
@@ -166,9 +170,11 @@ void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
   connect(workspace_.get(), &Workspace::HistoryChanged, this, &EditorWindow::ShowTitle);
   connect(workspace_.get(), &Workspace::Told, this, &EditorWindow::Tell);
   connect(workspace_.get(), &Workspace::ProgressChanged, this, &EditorWindow::ShowProgress);
-  connect(workspace_.get(), &Workspace::OpenRequested, this, [this](const QString& file) {
+  // What asks for it is the workspace that is about to go.
+  const auto open = [this](const QString& file) {
     if (MayLeave()) Open(file);
-  });
+  };
+  connect(workspace_.get(), &Workspace::OpenRequested, this, open, Qt::QueuedConnection);
   if (!IsDrawn()) {
     workspace_->GetCanvas().SetUsage(settings_.value(QStringLiteral("canvas/usage")).toStringList());
   }
@@ -198,9 +204,8 @@ bool EditorWindow::Open(const QString& file) {
 }
 
 void EditorWindow::New() {
-  if (!MayLeave()) return;
   TemplatesDialog dialog(this);
-  if (dialog.exec() != QDialog::Accepted) return;
+  if (dialog.exec() != QDialog::Accepted || !MayLeave()) return;
   ScEng::Findings findings;
   auto session = MakeFromTemplate(dialog.GetChosen(), request_.catalog, state_folder_, findings);
   if (session == nullptr) {
@@ -212,13 +217,13 @@ void EditorWindow::New() {
 }
 
 void EditorWindow::OpenByDialog() {
-  if (!MayLeave()) return;
   const auto& folder = workspace_->GetSession().GetDocument().GetFolder();
   const QString file = dialogs_.AskForFile(QString::fromStdString(folder.string()));
-  if (!file.isEmpty()) Open(file);
+  if (!file.isEmpty() && MayLeave()) Open(file);
 }
 
 void EditorWindow::Save() {
+  FinishTyping();
   ScEng::EditSession& session = workspace_->GetSession();
   workspace_->GetCanvas().StoreView();
   if (!dialogs_.Save(session)) return;
@@ -228,6 +233,7 @@ void EditorWindow::Save() {
 }
 
 void EditorWindow::SaveAs() {
+  FinishTyping();
   ScEng::EditSession& session = workspace_->GetSession();
   workspace_->GetCanvas().StoreView();
   if (!dialogs_.SaveAs(session)) return;
@@ -249,7 +255,12 @@ void EditorWindow::WriteAll() {
   workspace_->GetOutputs().WriteAll();
 }
 
+void EditorWindow::FinishTyping() {
+  if (QWidget* field = QApplication::focusWidget(); field != nullptr && isAncestorOf(field)) field->clearFocus();
+}
+
 bool EditorWindow::MayLeave() {
+  FinishTyping();
   return workspace_ == nullptr || IsDrawn() || dialogs_.MayClose(workspace_->GetSession());
 }
 

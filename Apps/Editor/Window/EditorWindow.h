@@ -70,6 +70,8 @@ class EditorWindow : public QMainWindow {
   void SaveAs();
   void Revert();
   void WriteAll();
+  /// What is being typed into a field becomes a command, as it does when the field is left.
+  void FinishTyping();
   /// Whether the document may go: it is saved, or the user says so.
   bool MayLeave();
   void ShowTitle();

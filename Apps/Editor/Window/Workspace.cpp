@@ -32,15 +32,6 @@ class Workspace::Observer : public ScEng::EditObserver {
   explicit Observer(Workspace& workspace) : workspace_(workspace) { workspace_.session_->AddObserver(this); }
   ~Observer() override { workspace_.session_->RemoveObserver(this); }
 
-  void OnNodeRenamed(const std::string& before, const std::string& now) override {
-    const QString shown = workspace_.viewer_->GetShown();
-    const QString prefix = QString::fromStdString(before) + QLatin1Char('.');
-    if (!shown.startsWith(prefix) || shown.indexOf(QLatin1Char('.'), prefix.size()) >= 0) return;
-    // A command may not be given here.
-    const QString plug = QString::fromStdString(now) + QLatin1Char('.') + shown.mid(prefix.size());
-    QMetaObject::invokeMethod(
-        &workspace_, [workspace = &workspace_, plug] { workspace->Show(plug); }, Qt::QueuedConnection);
-  }
   void OnHistoryChanged() override { emit workspace_.HistoryChanged(); }
 
  private:
@@ -63,6 +54,7 @@ Workspace::Workspace(std::unique_ptr<ScEng::EditSession> session, DockFrames& fr
 }
 
 Workspace::~Workspace() {
+  observer_.reset();
   // Nothing that shows the document outlives it.
   for (QDockWidget* frame : frames_.GetAll()) {
     disconnect(frame, nullptr, this, nullptr);
@@ -73,7 +65,6 @@ Workspace::~Workspace() {
   delete canvas_.data();
   delete watcher_;
   bridge_.reset();
-  observer_.reset();
 }
 
 void Workspace::MakeWidgets() {
@@ -112,7 +103,12 @@ void Workspace::Connect() {
             canvas_->SetRunning(QString::fromStdString(progress.id), progress.fraction);
             emit ProgressChanged(progress, is_idle);
           });
-  connect(canvas_, &GraphCanvas::SelectionChanged, this, &Workspace::FollowSelection);
+  // Once for all that a command selects, and when commands can be given again.
+  selection_timer_.setSingleShot(true);
+  connect(&selection_timer_, &QTimer::timeout, this, &Workspace::FollowSelection);
+  connect(canvas_, &GraphCanvas::SelectionChanged, &selection_timer_, qOverload<>(&QTimer::start));
+  const auto follow = [this] { Show(canvas_->GetShown()); };
+  connect(canvas_, &GraphCanvas::ShownChanged, this, follow, Qt::QueuedConnection);
   connect(canvas_, &GraphCanvas::ShowRequested, this, [this](const QString& plug) {
     Show(plug);
     viewer_->SetPinned(!plug.isEmpty());
@@ -134,8 +130,10 @@ void Workspace::Connect() {
     std::vector<std::string> readers;
     for (const QString& id : ids) readers.push_back(id.toStdString());
     bridge_->GetEvaluator().ReadAgain(readers);
+    missing_->Refresh();
     emit Told(tr("Read again: %1").arg(ids.join(QStringLiteral(", "))));
   });
+  connect(watcher_, &FileWatcher::Offered, missing_, &MissingInputs::Refresh);
   connect(missing_, &MissingInputs::NodeActivated, this, &Workspace::GoToNode);
   connect(missing_, &MissingInputs::Failed, this, &Workspace::Told);
   connect(&viewer_->GetViewer(), &ScEng::ViewerWidget::LookChanged, this, [this] { ShowTerrain(); });

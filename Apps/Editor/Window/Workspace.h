@@ -81,6 +81,7 @@ class Workspace : public QObject {
   std::unique_ptr<EvaluationBridge> bridge_;
   DockFrames& frames_;
   QTimer journal_timer_;
+  QTimer selection_timer_;
   QString journal_problem_;
   /// Goes with the window's middle, if that goes first.
   QPointer<GraphCanvas> canvas_;

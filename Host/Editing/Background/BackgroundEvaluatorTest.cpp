@@ -137,6 +137,16 @@ TEST_F(BackgroundEvaluatorTest, EvaluatesOnlyWhatAChangeConcerns) {
   EXPECT_TRUE(TakeFacts().empty());
 }
 
+TEST_F(BackgroundEvaluatorTest, TellsOfANodeThatIsBroughtBack) {
+  Wait();
+  static_cast<void>(evaluator_->TakeFacts());
+  // Both within one round of the evaluation, as far as that can be told.
+  evaluator_->Cancel();
+  Do(session_->RemoveNodes({"alone"}));
+  Do(session_->Undo());
+  EXPECT_TRUE(TakeFacts().contains("alone"));
+}
+
 TEST_F(BackgroundEvaluatorTest, TellsOfNodes) {
   evaluator_->SetThumbnailSize(16);
   evaluator_->Show({"clamp.image", false});

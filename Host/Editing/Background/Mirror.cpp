@@ -40,7 +40,22 @@ std::shared_ptr<const ViewImage> MakeThumbnail(const Node& node, int size) {
 }  // namespace
 
 Mirror::Mirror(std::shared_ptr<const NodeCatalog> catalog, Listener listener)
-    : document_(std::move(catalog)), listener_(std::move(listener)) {}
+    : document_(std::move(catalog)), listener_(std::move(listener)) {
+  document_.AddObserver(this);
+}
+
+Mirror::~Mirror() { document_.RemoveObserver(this); }
+
+void Mirror::OnNodeAdded(const std::string& id) { Forget(id); }
+
+void Mirror::OnNodeRemoved(const std::string& id) { Forget(id); }
+
+void Mirror::Forget(const std::string& id) {
+  told_.erase(id);
+  const auto is_of_node = [&](const auto& copy) { return SplitPlug(copy.first).first == id; };
+  std::erase_if(copies_, is_of_node);
+  std::erase_if(copies_before_, is_of_node);
+}
 
 void Mirror::Apply(const std::vector<MirrorChange>& changes) {
   for (const MirrorChange& change : changes) {
@@ -78,13 +93,21 @@ std::shared_ptr<ShownResult> Mirror::EvaluateShown(const ShownPlugs& shown, cons
       const auto& errors = report.findings.errors;
       result->message = errors.empty() ? "The node has no image to show." : errors.front();
     }
-    if (shown.with_inputs) AddInputs(*node, *result, cancellation);
   } catch (const Canceled&) {
     return nullptr;
   } catch (const std::bad_alloc&) {
     result->image = nullptr;
     result->message = "There is not enough memory to show this image.";
   }
+  try {
+    if (shown.with_inputs) AddInputs(*node, *result, cancellation);
+  } catch (const Canceled&) {
+    return nullptr;
+  } catch (const std::bad_alloc&) {
+    // The image itself is more than what feeds it.
+    result->inputs.clear();
+  }
+  copies_before_.clear();
   return result;
 }
 
@@ -143,10 +166,6 @@ void Mirror::TellOf(const std::string& id, Node& node) {
 void Mirror::TellOfAll() {
   for (const std::string& id : document_.GetIds()) {
     if (Node* node = document_.FindNode(id)) TellOf(id, *node);
-  }
-  // Of nodes that are gone nothing is kept.
-  if (told_.size() > document_.GetIds().size()) {
-    std::erase_if(told_, [&](const auto& entry) { return document_.FindNode(entry.first) == nullptr; });
   }
 }
 

@@ -17,7 +17,7 @@
 namespace ScEng {
 
 /// A copy of a document that is being edited, and its evaluation. All on one thread.
-class Mirror {
+class Mirror : private DocumentObserver {
  public:
   /// Who is told while an evaluation goes on.
   struct Listener {
@@ -26,6 +26,7 @@ class Mirror {
   };
 
   Mirror(std::shared_ptr<const NodeCatalog> catalog, Listener listener);
+  ~Mirror() override;
 
   void Apply(const std::vector<MirrorChange>& changes);
   void ReadAgain(const std::vector<std::string>& ids);
@@ -51,6 +52,11 @@ class Mirror {
     std::size_t evaluations = 0;
     std::shared_ptr<const ViewImage> copy;
   };
+
+  void OnNodeAdded(const std::string& id) override;
+  void OnNodeRemoved(const std::string& id) override;
+  /// What is known of a node that goes says nothing of another one of that name.
+  void Forget(const std::string& id);
 
   Engine::Options MakeOptions(const Cancellation& cancellation);
   /// Tells of a node if there is something new.
