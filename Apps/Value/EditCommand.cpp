@@ -33,7 +33,7 @@ class EditCommand : public Command {
     sub->add_option("GRAPH", graph_, "The document to open; without it the editor starts with an example");
     window_.Declare(*sub, 3);
     sub->add_option("--size", size_, "Size of the window that --screenshot draws, 320x320 to 8192x8192")
-        ->type_name("WxH");
+        ->type_name("SIZE");
     sub->add_option("--shown", shown_, "The output that is shown, \"node.plug\"")->type_name("NODE.PLUG");
     AddRepeatable(*sub, "--dock", docks_, "NAME",
                   "A dock that is open: viewer, terrain, panel, help, outputs, problems, profiler, history or missing");
