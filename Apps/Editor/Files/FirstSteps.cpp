@@ -155,7 +155,8 @@ bool FirstSteps::AreWanted(const QString& settings_file) {
 
 void FirstSteps::Start() {
   if (steps_.isEmpty()) return;
-  never_->setChecked(!AreWanted(settings_file_));
+  // Once is enough, unless somebody says otherwise.
+  never_->setChecked(true);
   show();
   GoTo(0);
   next_->setFocus();

@@ -47,7 +47,7 @@ class FirstSteps : public QFrame {
 
   /// The usual five steps. They point at "canvas", "viewer", "attributes", "outputs" and "help".
   static QList<FirstStep> MakeSteps();
-  /// Whether they are to be shown when the program starts.
+  /// Whether they are to be shown when the program starts: the first time, and as long as somebody wants them again.
   static bool AreWanted(const QString& settings_file);
 
   void Start();

@@ -36,6 +36,14 @@ QAction* EditorWindow::Add(QMenu& menu, const QString& text, const char* name, c
   return action;
 }
 
+QAction* EditorWindow::AddOwn(const QString& text, const char* name, const QKeySequence& keys) {
+  auto* action = new QAction(text, this);
+  action->setObjectName(QLatin1String(name));
+  action->setShortcut(keys);
+  addAction(action);
+  return action;
+}
+
 void EditorWindow::MakeMenus() {
   MakeFileMenu();
   MakeEditMenu();
@@ -70,10 +78,12 @@ void EditorWindow::MakeFileMenu() {
 
 void EditorWindow::MakeEditMenu() {
   edit_menu_ = menuBar()->addMenu(tr("&Edit"));
-  undo_ = Add(*edit_menu_, tr("Undo"), "edit.undo", QKeySequence::Undo);
+  // They are the window's, since the menu is filled anew each time and takes what is its own along.
+  undo_ = AddOwn(tr("Undo"), "edit.undo", QKeySequence::Undo);
   connect(undo_, &QAction::triggered, this, [this] { workspace_->Undo(); });
-  redo_ = Add(*edit_menu_, tr("Redo"), "edit.redo", QKeySequence::Redo);
+  redo_ = AddOwn(tr("Redo"), "edit.redo", QKeySequence::Redo);
   connect(redo_, &QAction::triggered, this, [this] { workspace_->Redo(); });
+  edit_menu_->addActions({undo_, redo_});
   connect(edit_menu_, &QMenu::aboutToShow, this, &EditorWindow::FillEditMenu);
 }
 
@@ -148,7 +158,11 @@ void EditorWindow::MakeStatusLine() {
 }
 
 void EditorWindow::ShowFirstSteps() {
-  if (first_steps_ == nullptr) first_steps_ = new FirstSteps(this, FirstSteps::MakeSteps(), GetSettingsFile());
+  if (first_steps_ == nullptr) {
+    first_steps_ = new FirstSteps(this, FirstSteps::MakeSteps(), GetSettingsFile());
+    connect(first_steps_, &FirstSteps::Finished, this, [this] { restoreState(docks_before_steps_); });
+  }
+  docks_before_steps_ = saveState();
   // The steps point at docks, which have to be there.
   for (const char* name : {"help", "panel", "outputs"}) docks_.Raise(name);
   first_steps_->Start();

@@ -62,6 +62,8 @@ class EditorWindow : public QMainWindow {
   /// Puts the canvas' switch of thumbnails into the menu and keeps it in the settings.
   void FollowThumbnails();
   void MakeStatusLine();
+  /// An action that works wherever the keyboard is in the window.
+  QAction* AddOwn(const QString& text, const char* name, const QKeySequence& keys);
   QAction* Add(QMenu& menu, const QString& text, const char* name, const QKeySequence& keys);
 
   void New();
@@ -100,5 +102,7 @@ class EditorWindow : public QMainWindow {
   QProgressBar* progress_ = nullptr;
   QToolButton* cancel_ = nullptr;
   FirstSteps* first_steps_ = nullptr;
+  /// Where the docks were before the first steps opened those that they point at.
+  QByteArray docks_before_steps_;
   std::unique_ptr<Workspace> workspace_;
 };

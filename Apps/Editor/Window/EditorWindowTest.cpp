@@ -9,6 +9,8 @@
 #include <QAction>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -20,6 +22,7 @@
 
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
+#include "Apps/Editor/Files/FirstSteps.h"
 #include "Apps/Editor/Window/ViewerDock.h"
 #include "Host/Widgets/ViewerWidget.h"
 #include "Tests/Support/EditTesting.h"
@@ -171,6 +174,44 @@ TEST_F(EditorWindowTest, AllNodesCanBeRemovedAndBroughtBack) {
   Wait();
   EXPECT_EQ(Viewer().GetShown(), QStringLiteral("high.image"));
   EXPECT_NE(Viewer().GetViewer().GetContent().image, nullptr);
+}
+
+TEST_F(EditorWindowTest, TheEditMenuCanBeOpenedAgainAndAgain) {
+  Open(folder_ / "graph.json");
+  ASSERT_FALSE(Session().SetAttribute("raised.constant", "1").IsError());
+  QMenu* menu = nullptr;
+  for (QAction* action : window_->menuBar()->actions()) {
+    if (action->text() == QStringLiteral("&Edit")) menu = action->menu();
+  }
+  ASSERT_NE(menu, nullptr);
+  for (int i = 0; i < 3; ++i) {
+    menu->popup(QPoint(0, 0));
+    EXPECT_TRUE(menu->actions().contains(Action("edit.undo")));
+    EXPECT_GT(menu->actions().size(), 4);
+    menu->close();
+  }
+  Action("edit.undo")->trigger();
+  EXPECT_EQ(Session().GetPlace(), 0U);
+}
+
+TEST_F(EditorWindowTest, TheFirstStepsLeaveTheDocksAsTheyWere) {
+  Open(folder_ / "graph.json");
+  const auto list_docks = [&] {
+    QStringList names;
+    for (const QDockWidget* frame : window_->GetDocks().GetAll()) {
+      if (frame->isVisible()) names << frame->objectName();
+    }
+    return names;
+  };
+  // Those of the very first start are under way.
+  if (auto* steps = window_->findChild<FirstSteps*>()) QTest::keyClick(steps, Qt::Key_Escape);
+  const QStringList before = list_docks();
+  Action("help.steps")->trigger();
+  EXPECT_NE(list_docks(), before);
+  auto* steps = window_->findChild<FirstSteps*>();
+  ASSERT_NE(steps, nullptr);
+  QTest::keyClick(steps, Qt::Key_Escape);
+  EXPECT_EQ(list_docks(), before);
 }
 
 TEST_F(EditorWindowTest, WhatIsBeingTypedIsNotLost) {
