@@ -202,6 +202,9 @@ TEST_F(BackgroundEvaluatorTest, SaysWhatCannotBeShown) {
     EXPECT_EQ(result->image, nullptr);
     EXPECT_EQ(result->message, message);
   }
+  Do(session_->AddNode({Testing::kClamp, "lonely", {}}));
+  evaluator_->Show({"lonely.image", false});
+  EXPECT_EQ(TakeResult()->message, "Nothing is connected to the input \"image\" of this node.");
   Do(session_->AddNode({Testing::kNumberNode, "n", {}}));
   evaluator_->Show({"n.number", false});
   EXPECT_EQ(TakeResult()->message, "This output is no image.");

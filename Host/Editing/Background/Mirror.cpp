@@ -91,7 +91,7 @@ std::shared_ptr<ShownResult> Mirror::EvaluateShown(const ShownPlugs& shown, cons
     if (!node->IsInError()) result->image = Copy(shown.plug, *node, outplug, cancellation);
     if (!result->image) {
       const auto& errors = report.findings.errors;
-      result->message = errors.empty() ? "The node has no image to show." : errors.front();
+      result->message = errors.empty() ? DescribeMissingImage(*node) : errors.front();
     }
   } catch (const Canceled&) {
     return nullptr;
@@ -202,6 +202,16 @@ Node* Mirror::FindOutput(const std::string& plug, unsigned& outplug, std::string
   if (node->GetOutplugs()[outplug].type == PlugType::kImage) return node;
   message = "This output is no image.";
   return nullptr;
+}
+
+std::string Mirror::DescribeMissingImage(const Node& node) {
+  for (unsigned i = 0; i < node.GetNumRegularInputs(); ++i) {
+    const std::string inplug = node.GetInplugName(i);
+    if (!document_.GetEngine().IsConnected(&node, inplug)) {
+      return "Nothing is connected to the input \"" + inplug + "\" of this node.";
+    }
+  }
+  return "The node has no image to show.";
 }
 
 void Mirror::AddInputs(const Node& node, ShownResult& result, const Cancellation& cancellation) {

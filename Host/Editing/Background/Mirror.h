@@ -66,6 +66,8 @@ class Mirror : private DocumentObserver {
                                         const Cancellation& cancellation);
   /// The node and the index of an output, "id.plug"; null and an error where there is none.
   Node* FindOutput(const std::string& plug, unsigned& outplug, std::string& message) const;
+  /// Why a node that is well has no image.
+  [[nodiscard]] std::string DescribeMissingImage(const Node& node);
   void AddInputs(const Node& node, ShownResult& result, const Cancellation& cancellation);
 
   GraphDocument document_;
