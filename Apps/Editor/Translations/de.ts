@@ -362,7 +362,7 @@
         <translation>Bildansicht</translation>
     </message>
     <message>
-        <source>3D view</source>
+        <source>3D View</source>
         <translation>3D-Ansicht</translation>
     </message>
     <message>
@@ -390,7 +390,7 @@
         <translation>Verlauf</translation>
     </message>
     <message>
-        <source>Missing files</source>
+        <source>Missing Files</source>
         <translation>Fehlende Dateien</translation>
     </message>
 </context>
@@ -452,7 +452,7 @@
         <translation>&amp;Öffnen …</translation>
     </message>
     <message>
-        <source>Open &amp;recent</source>
+        <source>Open &amp;Recent</source>
         <translation>Zuletzt &amp;geöffnet</translation>
     </message>
     <message>
@@ -460,7 +460,7 @@
         <translation>&amp;Speichern</translation>
     </message>
     <message>
-        <source>Save &amp;as…</source>
+        <source>Save &amp;As…</source>
         <translation>Speichern &amp;unter …</translation>
     </message>
     <message>
@@ -468,7 +468,7 @@
         <translation>Gespeicherten Stand &amp;laden</translation>
     </message>
     <message>
-        <source>&amp;Write all outputs</source>
+        <source>&amp;Write All Outputs</source>
         <translation>Alle &amp;Ausgaben schreiben</translation>
     </message>
     <message>
@@ -496,7 +496,7 @@
         <translation>&amp;Farbschema</translation>
     </message>
     <message>
-        <source>As the desktop</source>
+        <source>As the Desktop</source>
         <translation>Wie der Desktop</translation>
     </message>
     <message>
@@ -508,7 +508,7 @@
         <translation>Dunkel</translation>
     </message>
     <message>
-        <source>&amp;Reset the layout</source>
+        <source>&amp;Reset the Layout</source>
         <translation>Anordnung &amp;zurücksetzen</translation>
     </message>
     <message>
@@ -516,11 +516,11 @@
         <translation>&amp;Hilfe</translation>
     </message>
     <message>
-        <source>&amp;First steps</source>
+        <source>&amp;First Steps</source>
         <translation>&amp;Erste Schritte</translation>
     </message>
     <message>
-        <source>&amp;Keyboard shortcuts</source>
+        <source>&amp;Keyboard Shortcuts</source>
         <translation>&amp;Tastenkürzel</translation>
     </message>
     <message>

@@ -14,14 +14,14 @@ struct Place {
 
 constexpr Place kPlaces[] = {
     {"viewer", QT_TRANSLATE_NOOP("DockFrames", "Viewer"), true},
-    {"terrain", QT_TRANSLATE_NOOP("DockFrames", "3D view"), false},
+    {"terrain", QT_TRANSLATE_NOOP("DockFrames", "3D View"), false},
     {"panel", QT_TRANSLATE_NOOP("DockFrames", "Attributes"), true},
     {"help", QT_TRANSLATE_NOOP("DockFrames", "Help"), false},
     {"outputs", QT_TRANSLATE_NOOP("DockFrames", "Outputs"), false},
     {"problems", QT_TRANSLATE_NOOP("DockFrames", "Problems"), true},
     {"profiler", QT_TRANSLATE_NOOP("DockFrames", "Profiler"), false},
     {"history", QT_TRANSLATE_NOOP("DockFrames", "History"), false},
-    {"missing", QT_TRANSLATE_NOOP("DockFrames", "Missing files"), false},
+    {"missing", QT_TRANSLATE_NOOP("DockFrames", "Missing Files"), false},
 };
 
 }  // namespace

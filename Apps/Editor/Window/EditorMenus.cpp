@@ -56,7 +56,7 @@ void EditorWindow::MakeFileMenu() {
   connect(Add(menu, tr("&New…"), "file.new", QKeySequence::New), &QAction::triggered, this, &EditorWindow::New);
   connect(Add(menu, tr("&Open…"), "file.open", QKeySequence::Open), &QAction::triggered, this,
           &EditorWindow::OpenByDialog);
-  QMenu* recent = menu.addMenu(tr("Open &recent"));
+  QMenu* recent = menu.addMenu(tr("Open &Recent"));
   recent->setObjectName(QStringLiteral("file.recent"));
   connect(recent, &QMenu::aboutToShow, this, [this, recent] { recent_->FillMenu(*recent); });
   connect(recent_.get(), &RecentFiles::Chosen, this, [this](const QString& file) {
@@ -64,12 +64,12 @@ void EditorWindow::MakeFileMenu() {
   });
   menu.addSeparator();
   connect(Add(menu, tr("&Save"), "file.save", QKeySequence::Save), &QAction::triggered, this, &EditorWindow::Save);
-  connect(Add(menu, tr("Save &as…"), "file.save_as", QKeySequence(QStringLiteral("Ctrl+Shift+S"))), &QAction::triggered,
+  connect(Add(menu, tr("Save &As…"), "file.save_as", QKeySequence(QStringLiteral("Ctrl+Shift+S"))), &QAction::triggered,
           this, &EditorWindow::SaveAs);
   revert_ = Add(menu, tr("Re&vert"), "file.revert", {});
   connect(revert_, &QAction::triggered, this, &EditorWindow::Revert);
   menu.addSeparator();
-  connect(Add(menu, tr("&Write all outputs"), "file.write", QKeySequence(QStringLiteral("Ctrl+E"))),
+  connect(Add(menu, tr("&Write All Outputs"), "file.write", QKeySequence(QStringLiteral("Ctrl+E"))),
           &QAction::triggered, this, &EditorWindow::WriteAll);
   menu.addSeparator();
   connect(Add(menu, tr("&Quit"), "file.quit", QKeySequence(QStringLiteral("Ctrl+Q"))), &QAction::triggered, this,
@@ -112,7 +112,7 @@ void EditorWindow::MakeViewMenu() {
   auto* group = new QActionGroup(this);
   const QString chosen = settings_.value(QStringLiteral("window/theme")).toString();
   for (const auto& [text, theme] :
-       {std::pair(tr("As the desktop"), QString()), std::pair(tr("Light"), QStringLiteral("light")),
+       {std::pair(tr("As the Desktop"), QString()), std::pair(tr("Light"), QStringLiteral("light")),
         std::pair(tr("Dark"), QStringLiteral("dark"))}) {
     QAction* action = themes.addAction(text);
     action->setObjectName(QStringLiteral("view.theme.") + theme);
@@ -121,7 +121,7 @@ void EditorWindow::MakeViewMenu() {
     group->addAction(action);
     connect(action, &QAction::triggered, this, [this, theme = theme] { ApplyTheme(theme); });
   }
-  connect(Add(menu, tr("&Reset the layout"), "view.reset", {}), &QAction::triggered, this, [this] {
+  connect(Add(menu, tr("&Reset the Layout"), "view.reset", {}), &QAction::triggered, this, [this] {
     docks_.Arrange();
     docks_.Resize();
   });
@@ -129,8 +129,8 @@ void EditorWindow::MakeViewMenu() {
 
 void EditorWindow::MakeHelpMenu() {
   QMenu& menu = *menuBar()->addMenu(tr("&Help"));
-  connect(Add(menu, tr("&First steps"), "help.steps", {}), &QAction::triggered, this, &EditorWindow::ShowFirstSteps);
-  connect(Add(menu, tr("&Keyboard shortcuts"), "help.shortcuts", QKeySequence(QStringLiteral("Ctrl+F1"))),
+  connect(Add(menu, tr("&First Steps"), "help.steps", {}), &QAction::triggered, this, &EditorWindow::ShowFirstSteps);
+  connect(Add(menu, tr("&Keyboard Shortcuts"), "help.shortcuts", QKeySequence(QStringLiteral("Ctrl+F1"))),
           &QAction::triggered, this, &EditorWindow::ShowShortcuts);
 }
 
