@@ -579,6 +579,14 @@
         <source>Redo %1</source>
         <translation>Wiederholen: %1</translation>
     </message>
+    <message>
+        <source>Outputs Are Being Written</source>
+        <translation>Ausgaben werden geschrieben</translation>
+    </message>
+    <message>
+        <source>Stop writing? What is written already stays.</source>
+        <translation>Das Schreiben abbrechen? Was schon geschrieben ist, bleibt.</translation>
+    </message>
 </context>
 <context>
     <name>FilesChangedBar</name>

@@ -259,8 +259,16 @@ void EditorWindow::FinishTyping() {
   if (QWidget* field = QApplication::focusWidget(); field != nullptr && isAncestorOf(field)) field->clearFocus();
 }
 
+bool EditorWindow::MayStopWriting() {
+  const auto answer =
+      QMessageBox::question(this, tr("Outputs Are Being Written"), tr("Stop writing? What is written already stays."),
+                            QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Cancel);
+  return answer == QMessageBox::Yes;
+}
+
 bool EditorWindow::MayLeave() {
   FinishTyping();
+  if (workspace_ != nullptr && workspace_->GetOutputs().IsWriting() && !MayStopWriting()) return false;
   return workspace_ == nullptr || IsDrawn() || dialogs_.MayClose(workspace_->GetSession());
 }
 

@@ -74,6 +74,7 @@ class EditorWindow : public QMainWindow {
   void WriteAll();
   /// What is being typed into a field becomes a command, as it does when the field is left.
   void FinishTyping();
+  bool MayStopWriting();
   /// Whether the document may go: it is saved, or the user says so.
   bool MayLeave();
   void ShowTitle();
