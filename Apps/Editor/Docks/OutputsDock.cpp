@@ -17,6 +17,7 @@
 
 #include "Apps/Editor/Docks/OutputForm.h"
 #include "Apps/Editor/Docks/PanelLook.h"
+#include "Apps/Editor/Docks/PlainTip.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
 #include "Apps/Editor/Docks/Signs.h"
 
@@ -253,7 +254,7 @@ void OutputsDock::TakeProgress() {
 void OutputsDock::ShowReport(const ScEng::RunReport& report) {
   const auto add = [&](Sign sign, const QString& text) {
     auto* item = new QListWidgetItem(MakeSignIcon(sign), text, results_);
-    item->setToolTip(QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped()));
+    item->setToolTip(MakePlainTip(text));
   };
   for (const std::string& error : report.findings.errors) add(Sign::kError, QString::fromStdString(error));
   for (const std::string& note : report.findings.notes) add(Sign::kNote, QString::fromStdString(note));

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Apps/Editor/Docks/PlainTip.h"
 #include "Apps/Editor/Docks/Signs.h"
 
 void ProblemsModel::Update(std::vector<Problem> problems) {
@@ -49,8 +50,7 @@ QVariant ProblemsModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       if (index.column() == kText) return QString::fromStdString(problem.text);
       return problem.id.empty() ? tr("Document") : QString::fromStdString(problem.id);
-    case Qt::ToolTipRole:
-      return QStringLiteral("<qt>%1</qt>").arg(QString::fromStdString(problem.text).toHtmlEscaped());
+    case Qt::ToolTipRole: return MakePlainTip(QString::fromStdString(problem.text));
     case Qt::DecorationRole:
       if (index.column() != kNode) return {};
       return problem.is_error ? MakeSignIcon(Sign::kError) : MakeSignIcon(Sign::kNote);

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "Apps/Editor/Docks/PanelLook.h"
+#include "Apps/Editor/Docks/PlainTip.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
 #include "Apps/Editor/Docks/Signs.h"
 #include "Apps/Editor/Files/DocumentPath.h"
@@ -128,7 +129,7 @@ void MissingInputs::Refresh() {
     item->setText(0, QString::fromStdString(missing.id));
     item->setText(1, missing.attribute.empty() ? tr("No library that is loaded has its type")
                                                : QString::fromStdString(missing.file.string()));
-    item->setToolTip(1, QStringLiteral("<qt>%1</qt>").arg(item->text(1).toHtmlEscaped()));
+    item->setToolTip(1, MakePlainTip(item->text(1)));
     if (missing.id == id || list_->currentItem() == nullptr) list_->setCurrentItem(item);
   }
   list_->resizeColumnToContents(0);
