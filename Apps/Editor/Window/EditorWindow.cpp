@@ -21,6 +21,7 @@
 
 #include "Apps/Desktop/Theme.h"
 #include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Canvas/PlugRef.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Files/FilesChangedBar.h"
 #include "Apps/Editor/Files/FirstSteps.h"
@@ -103,7 +104,7 @@ void EditorWindow::Start(EditorAnswer& answer) {
       return;
     }
     const QString shown = QString::fromStdString(request_.shown);
-    workspace_->GetCanvas().Select({shown.left(shown.lastIndexOf(QLatin1Char('.')))});
+    workspace_->GetCanvas().Select({QString::fromStdString(GetNodeOfPlug(request_.shown))});
     workspace_->Show(shown);
     workspace_->GetViewer().SetPinned(true);
   }

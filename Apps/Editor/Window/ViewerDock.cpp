@@ -8,13 +8,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "Apps/Editor/Canvas/PlugRef.h"
 #include "Host/Widgets/ViewerWidget.h"
-
-namespace {
-
-QString GetNodeId(const QString& plug) { return plug.left(plug.lastIndexOf(QLatin1Char('.'))); }
-
-}  // namespace
 
 ViewerDock::ViewerDock(ScEng::EditSession& session, QWidget* parent) : QWidget(parent), session_(session) {
   setObjectName(QStringLiteral("viewer"));
@@ -62,7 +57,7 @@ ViewerDock::ViewerDock(ScEng::EditSession& session, QWidget* parent) : QWidget(p
 
 void ViewerDock::SetShown(const QString& plug) {
   if (shown_ == plug) return;
-  const bool is_other_node = GetNodeId(shown_) != GetNodeId(plug);
+  const bool is_other_node = GetNodeOfPlug(shown_.toStdString()) != GetNodeOfPlug(plug.toStdString());
   shown_ = plug;
   if (is_other_node) sources_->setCurrentIndex(0);
   FillOutputs();
@@ -89,8 +84,8 @@ bool ViewerDock::IsPinned() const { return pin_->isChecked(); }
 
 void ViewerDock::FillOutputs() {
   outputs_->clear();
-  title_->setText(shown_.isEmpty() ? tr("Nothing is shown") : GetNodeId(shown_));
-  const std::string id = GetNodeId(shown_).toStdString();
+  const std::string id = GetNodeOfPlug(shown_.toStdString());
+  title_->setText(shown_.isEmpty() ? tr("Nothing is shown") : QString::fromStdString(id));
   if (const Node* node = session_.GetDocument().FindNode(id)) {
     for (const PlugRecord& plug : node->GetOutplugs()) {
       if (plug.type != PlugType::kImage) continue;

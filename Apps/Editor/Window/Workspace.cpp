@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Canvas/PlugRef.h"
 #include "Apps/Editor/Docks/AttributesDock.h"
 #include "Apps/Editor/Docks/HelpDock.h"
 #include "Apps/Editor/Docks/HistoryDock.h"
@@ -152,8 +153,8 @@ void Workspace::Show(const QString& plug) {
 void Workspace::ShowFirst() {
   ShowFirstImage();
   // Its attributes are at hand then.
-  const QString id = viewer_->GetShown().left(viewer_->GetShown().lastIndexOf(QLatin1Char('.')));
-  if (!id.isEmpty()) canvas_->Select({id});
+  const std::string id = GetNodeOfPlug(viewer_->GetShown().toStdString());
+  if (!id.empty()) canvas_->Select({QString::fromStdString(id)});
 }
 
 void Workspace::ShowFirstImage() {
