@@ -144,7 +144,7 @@ py::tuple Reduce(const py::object& self) {
   const auto& image = self.cast<const SharedImage&>();
   const ImageHeader& header = image.header;
   return py::make_tuple(
-      py::module_::import("valuenodes._valuenodes").attr("_restore_image"),
+      py::module_::import("valuenodes._pickling").attr("restore_image"),
       py::make_tuple(ViewSamples(self), ColorMode::GetName(header.color_mode),
                      py::make_tuple(header.pin_x, header.pin_y), py::make_tuple(header.pivot_x, header.pivot_y),
                      py::make_tuple(header.value_low, header.value_high), header.outside_value,
@@ -206,7 +206,7 @@ void BindSharing(py::class_<SharedImage, SharedImagePtr>& image) {
       .def("__dlpack_device__", [](const SharedImage&) { return std::pair(1, 0); });
 }
 
-void BindCopies(py::module_& module, py::class_<SharedImage, SharedImagePtr>& image) {
+void BindCopies(py::class_<SharedImage, SharedImagePtr>& image) {
   image.def("__repr__", &Describe)
       .def("__copy__", [](const SharedImage& self) { return std::make_shared<SharedImage>(self); })
       .def(
@@ -220,13 +220,6 @@ void BindCopies(py::module_& module, py::class_<SharedImage, SharedImagePtr>& im
       });
   // What is equal would have to have one hash, and samples that are lent may change.
   image.attr("__hash__") = py::none();
-  using Pair = std::pair<double, double>;
-  module.def("_restore_image", [](const py::object& array, const std::string& mode, const Pair& pin, const Pair& pivot,
-                                  const Pair& range, double outside, const py::dict& metadata) {
-    auto restored = MakeFromArray(array, {mode, pin, pivot, range, outside});
-    restored->metadata = FromDict(metadata);
-    return restored;
-  });
 }
 
 }  // namespace
@@ -236,7 +229,7 @@ void BindImage(py::module_& module) {
   BindConstruction(image);
   BindProperties(image);
   BindSharing(image);
-  BindCopies(module, image);
+  BindCopies(image);
 }
 
 }  // namespace ValuePython
