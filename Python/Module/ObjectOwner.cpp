@@ -41,8 +41,16 @@ class LeftObjects {
   std::vector<PyObject*> objects_;
 };
 
+bool IsInterpreterThere() {
+#if PY_VERSION_HEX >= 0x030D0000
+  return Py_IsInitialized() != 0 && Py_IsFinalizing() == 0;
+#else
+  return Py_IsInitialized() != 0 && _Py_IsFinalizing() == 0;
+#endif
+}
+
 void ReleaseObject(PyObject* object) {
-  if (Py_IsInitialized() == 0 || _Py_IsFinalizing() != 0) return;
+  if (!IsInterpreterThere()) return;
   if (PyGILState_Check() != 0) {
     Py_DECREF(object);
   } else {

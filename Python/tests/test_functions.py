@@ -4,6 +4,7 @@
 import doctest
 import inspect
 import logging
+import pathlib
 import subprocess
 import sys
 import warnings
@@ -223,3 +224,9 @@ def test_warnings_name_the_caller(tmp_path, field):
         vn.write(tmp_path / "cut.png", field * 3, type="uint8")
     assert len(caught) == 1 and caught[0].category is vn.ValueNodesWarning
     assert caught[0].filename == __file__ and "cut" in str(caught[0].message)
+
+
+def test_examples_of_the_guide_run():
+    guide = pathlib.Path(__file__).parents[2] / "Docs" / "Python.md"
+    failures, tries = doctest.testfile(str(guide), module_relative=False)
+    assert tries > 15 and failures == 0

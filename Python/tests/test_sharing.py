@@ -187,7 +187,7 @@ def test_references_stay_level_over_many_calls():
     calls(100)
     gc.collect()
     before = sys.getrefcount(array), sys.getrefcount(word), sys.getrefcount(None), len(gc.get_objects())
-    calls(20000)
+    calls(25000)
     gc.collect()
     after = sys.getrefcount(array), sys.getrefcount(word), sys.getrefcount(None), len(gc.get_objects())
     assert after[:2] == before[:2]
