@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "Python/Module/InterpreterLock.h"
+
 namespace ValuePython {
 namespace {
 
@@ -40,14 +42,6 @@ class LeftObjects {
   std::mutex mutex_;
   std::vector<PyObject*> objects_;
 };
-
-bool IsInterpreterThere() {
-#if PY_VERSION_HEX >= 0x030D0000
-  return Py_IsInitialized() != 0 && Py_IsFinalizing() == 0;
-#else
-  return Py_IsInitialized() != 0 && _Py_IsFinalizing() == 0;
-#endif
-}
 
 void ReleaseObject(PyObject* object) {
   if (!IsInterpreterThere()) return;

@@ -178,14 +178,28 @@ def test_other_processes_take_and_give_images(method):
     assert all(same(result, array * array) for result, array in zip(results, arrays, strict=True))
 
 
-def test_process_may_end_while_threads_compute():
-    code = (
-        "import threading, numpy as np, valuenodes as vn\n"
-        "large = np.random.default_rng(1).random((1024, 1024), dtype=np.float32)\n"
-        "kept = vn.add(large, 1)\n"
-        "for _ in range(3):\n"
-        "    threading.Thread(target=lambda: vn.relief(large, radius=200), daemon=True).start()\n"
-        "import time; time.sleep(0.05)\n"
-    )
-    ended = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=120)
-    assert (ended.returncode, ended.stderr) == (0, "")
+@pytest.mark.parametrize("radius", [1, 20, 200])
+def test_process_may_end_while_threads_compute(radius):
+    code = f"""
+import threading
+import numpy as np
+import valuenodes as vn
+
+large = np.random.default_rng(1).random((1024, 1024), dtype=np.float32)
+kept = vn.add(large, 1)
+begun = threading.Barrier(9)
+
+def work():
+    begun.wait()
+    while True:
+        vn.relief(large, radius={radius})
+        vn.Image(large.astype(np.float64))
+
+for _ in range(8):
+    threading.Thread(target=work, daemon=True).start()
+begun.wait()
+vn.relief(large, radius=10)
+"""
+    for _ in range(3):
+        ended = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=120)
+        assert (ended.returncode, ended.stderr) == (0, "")
