@@ -224,7 +224,7 @@ void NodeFunction::SetAttributes(Node& node, const Work& work) const {
 }
 
 void NodeFunction::CheckState(const Node& node) const {
-  const std::string message = node.GetStateMessage();
+  const std::string& message = node.GetStateMessage();
   switch (node.GetState()) {
     case Node::State::kFileError: ThrowFileError(message);
     case Node::State::kError: ThrowNodeError(name_ + ": " + message);
