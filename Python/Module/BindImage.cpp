@@ -78,16 +78,24 @@ py::dict DescribeArray(const SharedImage& image) {
   return facts;
 }
 
+/// An image of samples; of another image it takes these and the mode alone.
 SharedImagePtr MakeFromArray(const py::object& array, const HeaderArguments& arguments) {
-  const std::optional<unsigned> mode = arguments.FindMode();
-  if (py::isinstance<SharedImage>(array)) {
-    auto image = std::make_shared<SharedImage>(array.cast<const SharedImage&>());
-    if (mode && image->header.color_mode != *mode) return MakeFromArray(ViewSamples(array), arguments);
-    arguments.ApplyTo(image->header);
-    return image;
-  }
-  auto image = std::make_shared<SharedImage>(MakeImage(array, mode));
+  std::optional<unsigned> mode = arguments.FindMode();
+  const bool is_image = py::isinstance<SharedImage>(array);
+  if (is_image && !mode) mode = array.cast<const SharedImage&>().header.color_mode;
+  auto image = std::make_shared<SharedImage>(MakeImage(is_image ? ViewSamples(array) : array, mode));
   arguments.ApplyTo(image->header);
+  return image;
+}
+
+/// The same image but for what the arguments say.
+SharedImagePtr Replace(const py::object& self, const HeaderArguments& arguments, const py::object& metadata) {
+  const auto& before = self.cast<const SharedImage&>();
+  auto image = std::make_shared<SharedImage>(before);
+  const std::optional<unsigned> mode = arguments.FindMode();
+  if (mode) image->header.color_mode = MakeImage(ViewSamples(self), mode).header.color_mode;
+  arguments.ApplyTo(image->header);
+  if (!metadata.is_none()) image->metadata = FromDict(metadata.cast<py::dict>());
   return image;
 }
 
@@ -164,10 +172,7 @@ void BindConstruction(py::class_<SharedImage, SharedImagePtr>& image) {
           "replace",
           [](const py::object& self, const std::optional<std::string>& mode, const Pair& pin, const Pair& pivot,
              const Pair& range, const std::optional<double>& outside, const py::object& metadata) {
-            auto changed = MakeFromArray(self, {mode, pin, pivot, range, outside});
-            changed->metadata = self.cast<const SharedImage&>().metadata;
-            if (!metadata.is_none()) changed->metadata = FromDict(metadata.cast<py::dict>());
-            return changed;
+            return Replace(self, {mode, pin, pivot, range, outside}, metadata);
           },
           py::kw_only(), py::arg("mode") = py::none(), py::arg("pin") = py::none(), py::arg("pivot") = py::none(),
           py::arg("range") = py::none(), py::arg("outside") = py::none(), py::arg("metadata") = py::none())

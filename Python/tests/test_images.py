@@ -164,6 +164,23 @@ def test_images_cannot_be_changed_but_replaced():
         image.replace(metadata={"artist": "x"})
 
 
+def test_image_of_an_image_has_its_samples_and_mode_alone():
+    image = vn.Image(np.zeros((2, 3, 4), np.float32), mode="signed", pin=(1, 2), range=(0, 7))
+    other = vn.Image(image)
+    assert np.shares_memory(other, image)
+    assert (other.mode, other.pin, other.range) == ("signed", (0, 0), (-1, 1))
+    assert vn.Image(image, mode="color", pin=(3, 3)).mode == "color"
+
+
+def test_replaced_mode_must_suit_the_channels():
+    image = vn.Image(np.zeros((2, 3, 4), np.float32), pin=(1, 2), range=(0, 7))
+    changed = image.replace(mode="signed")
+    assert np.shares_memory(changed, image)
+    assert (changed.mode, changed.pin, changed.range) == ("signed", (1, 2), (0, 7))
+    with pytest.raises(ValueError, match='mode "value" takes one channel'):
+        image.replace(mode="value")
+
+
 def test_equality_goes_by_what_is_seen():
     samples = np.array([[1, np.nan]], np.float32)
     assert vn.Image(samples) == vn.Image(samples.copy())
