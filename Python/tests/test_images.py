@@ -2,6 +2,9 @@
 """Images of arrays of every kind, and what is said of them."""
 
 import struct
+import sys
+import time
+import types
 import zlib
 
 import numpy as np
@@ -235,3 +238,39 @@ def test_notebooks_get_a_picture_of_limited_size():
     image = vn.Image(np.zeros((3000, 20), np.float32))
     assert read_png(image._repr_png_()).shape == (1024, 6, 4)
     assert vn.Image(np.zeros((0, 3), np.float32))._repr_png_() is None
+
+
+def test_show_opens_the_viewer_of_the_system(tmp_path, monkeypatch):
+    viewer = tmp_path / "xdg-open"
+    viewer.write_text(f'#!/bin/sh\n/bin/cp "$1" {tmp_path}/copied\n/bin/mv {tmp_path}/copied {tmp_path}/shown\n')
+    viewer.chmod(0o755)
+    monkeypatch.setenv("PATH", str(tmp_path))
+    monkeypatch.setattr("tempfile.tempdir", str(tmp_path))
+    image = vn.Image(np.eye(3, dtype=np.float32))
+    image.show(range=(0, 2))
+    deadline = time.monotonic() + 60
+    while not (tmp_path / "shown").exists() and time.monotonic() < deadline:
+        time.sleep(0.01)
+    assert (tmp_path / "shown").read_bytes() == image.to_png(range=(0, 2))
+
+
+def test_show_without_a_viewer_names_the_picture(tmp_path, monkeypatch):
+    monkeypatch.setenv("PATH", str(tmp_path))
+    monkeypatch.setattr("tempfile.tempdir", str(tmp_path))
+    with pytest.raises(RuntimeError, match=f"no viewer of pictures; the picture is {tmp_path}/valuenodes-.*png"):
+        vn.Image(np.eye(3)).show()
+
+
+def test_show_in_a_notebook_is_a_picture_in_it(monkeypatch):
+    shown = []
+    display = types.ModuleType("IPython.display")
+    display.Image = lambda data: data
+    display.display = shown.append
+    notebook = types.ModuleType("IPython")
+    notebook.get_ipython = lambda: types.SimpleNamespace(kernel=1)
+    notebook.display = display
+    monkeypatch.setitem(sys.modules, "IPython", notebook)
+    monkeypatch.setitem(sys.modules, "IPython.display", display)
+    image = vn.Image(np.eye(3, dtype=np.float32))
+    image.show(colormap="viridis")
+    assert shown == [image.to_png(colormap="viridis")]
