@@ -49,7 +49,9 @@ void SetNumber(Attribute& attribute, py::handle value, const std::string& functi
 }
 
 void SetFlag(Attribute& attribute, py::handle value, const std::string& function) {
-  const bool is_flag = PyBool_Check(value.ptr()) != 0 || NameType(value) == "bool_" || NameType(value) == "bool";
+  // numpy has a truth value of its own, named differently before its version 2.
+  const std::string type = NameType(value);
+  const bool is_flag = PyBool_Check(value.ptr()) != 0 || type == "numpy.bool_" || type == "numpy.bool";
   if (!is_flag) ThrowKind(attribute, "True or False", value, function);
   attribute.SetFlag(PyObject_IsTrue(value.ptr()) != 0, false);
 }

@@ -6,7 +6,7 @@ import pytest
 from hypothesis import settings
 
 # The same examples in every run, and no limit of time: the machine may be busy.
-settings.register_profile("value", derandomize=True, deadline=None, max_examples=60, database=None)
+settings.register_profile("value", derandomize=True, deadline=None, max_examples=40, database=None)
 settings.load_profile("value")
 
 

@@ -117,6 +117,10 @@ def test_refused_call_leaves_nothing_for_the_next_one(field):
     assert vn.clamp(field, high=1) == expected
 
 
+def test_flags_of_numpy_are_flags(field):
+    assert vn.relief(field, radius=2, seamless=np.bool_(False)) == vn.relief(field, radius=2, seamless=False)
+
+
 def test_inputs_may_be_given_by_name(field):
     assert vn.compare(image_b=field, image_a=field + 1) == vn.compare(field + 1, field)
     assert vn.clamp(image=field, high=0.5) == vn.clamp(field, high=0.5)
