@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "Python/Module/AttributeValue.h"
 #include "Python/Module/ConvertSamples.h"
 #include "Python/Module/Errors.h"
 #include "Python/Module/Interruption.h"
@@ -107,6 +108,9 @@ bool IsArrayLike(py::handle object) {
 }
 
 SharedImage MakeImage(py::handle object, std::optional<unsigned> mode) {
+  if (!IsArrayLike(object) && !py::isinstance<py::list>(object) && !py::isinstance<py::tuple>(object)) {
+    throw py::type_error("an image is made of an array, not of " + NameType(object));
+  }
   py::array array = py::isinstance<py::array>(object) ? py::reinterpret_borrow<py::array>(object) : MakeArray(object);
   if (py::detail::npy_api::get().PyArray_Type_ != Py_TYPE(array.ptr())) array = FillMasked(array);
   if (array.ndim() != 2 && array.ndim() != 3) {

@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <system_error>
 #include <vector>
@@ -22,12 +23,6 @@ std::string JoinWords(const std::vector<std::string>& words) {
   return text;
 }
 
-double ReadNumber(py::handle value) {
-  const double number = PyFloat_AsDouble(value.ptr());
-  if (number == -1.0 && PyErr_Occurred() != nullptr) throw py::error_already_set();
-  return number;
-}
-
 /// "add: constant", which messages begin with.
 std::string NameOf(const Attribute& attribute, const std::string& function) {
   return function + ": " + attribute.GetName();
@@ -40,7 +35,7 @@ std::string NameOf(const Attribute& attribute, const std::string& function) {
 
 void SetNumber(Attribute& attribute, py::handle value, const std::string& function) {
   if (!IsNumber(value)) ThrowKind(attribute, "a number", value, function);
-  const double number = ReadNumber(value);
+  const double number = ToDouble(value);
   if (!(number >= attribute.GetLowest() && number <= attribute.GetHighest())) {
     throw py::value_error(NameOf(attribute, function) + " takes numbers from " + FormatNumber(attribute.GetLowest()) +
                           " to " + FormatNumber(attribute.GetHighest()) + ", not " + FormatNumber(number));
@@ -71,7 +66,7 @@ void SetChoice(Attribute& attribute, py::handle value, const std::string& functi
   if (py::isinstance<py::str>(value)) {
     word = value.cast<std::string>();
   } else if (IsNumber(value)) {
-    word = FindWord(attribute, ReadNumber(value)).value_or(py::repr(value).cast<std::string>());
+    word = FindWord(attribute, ToDouble(value)).value_or(py::repr(value).cast<std::string>());
   } else {
     ThrowKind(attribute, ("one of the words " + JoinWords(attribute.GetChoices())).c_str(), value, function);
   }
@@ -104,7 +99,7 @@ std::vector<double> ReadNumbers(const Attribute& attribute, py::handle value, st
   std::vector<double> numbers;
   for (const py::handle entry : sequence) {
     if (!IsNumber(entry)) ThrowKind(attribute, wanted.c_str(), entry, function);
-    numbers.push_back(ReadNumber(entry));
+    numbers.push_back(ToDouble(entry));
     if (std::isnan(numbers.back())) {
       throw py::value_error(NameOf(attribute, function) + " takes " + wanted + ", and NaN is none");
     }
@@ -118,6 +113,15 @@ bool IsNumber(py::handle object) {
   if (PyFloat_Check(object.ptr()) != 0 || PyLong_Check(object.ptr()) != 0) return true;
   if (py::isinstance<py::str>(object) || !py::hasattr(object, "__float__")) return false;
   return !py::hasattr(object, "ndim") || object.attr("ndim").cast<int>() == 0;
+}
+
+double ToDouble(py::handle object) {
+  const double number = PyFloat_AsDouble(object.ptr());
+  if (number != -1.0 || PyErr_Occurred() == nullptr) return number;
+  if (PyErr_ExceptionMatches(PyExc_OverflowError) == 0) throw py::error_already_set();
+  PyErr_Clear();
+  const double infinity = std::numeric_limits<double>::infinity();
+  return object < py::int_(0) ? -infinity : infinity;
 }
 
 std::string NameType(py::handle object) { return Py_TYPE(object.ptr())->tp_name; }

@@ -19,6 +19,9 @@ pybind11::object ToPython(const PlugValue& value);
 /// Whether an object stands for one number: int, float, a scalar of numpy or an array without dimensions.
 bool IsNumber(pybind11::handle object);
 
+/// That number, infinite where it is beyond what a double holds.
+double ToDouble(pybind11::handle object);
+
 /// "float" for 0.5: the type of an object for messages.
 std::string NameType(pybind11::handle object);
 

@@ -160,19 +160,18 @@ py::tuple Reduce(const py::object& self) {
 }
 
 void BindConstruction(py::class_<SharedImage, SharedImagePtr>& image) {
-  using Pair = std::optional<std::pair<double, double>>;
   image
-      .def(py::init([](const py::object& array, const std::optional<std::string>& mode, const Pair& pin,
-                       const Pair& pivot, const Pair& range, double outside) {
-             return MakeFromArray(array, {mode, pin, pivot, range, outside});
+      .def(py::init([](const py::object& array, const py::object& mode, const py::object& pin, const py::object& pivot,
+                       const py::object& range, const py::object& outside) {
+             return MakeFromArray(array, HeaderArguments::Read(mode, pin, pivot, range, outside));
            }),
            py::arg("array"), py::arg("mode") = py::none(), py::arg("pin") = py::make_tuple(0, 0),
            py::arg("pivot") = py::make_tuple(0.0, 0.0), py::arg("range") = py::none(), py::arg("outside") = 0.0)
       .def(
           "replace",
-          [](const py::object& self, const std::optional<std::string>& mode, const Pair& pin, const Pair& pivot,
-             const Pair& range, const std::optional<double>& outside, const py::object& metadata) {
-            return Replace(self, {mode, pin, pivot, range, outside}, metadata);
+          [](const py::object& self, const py::object& mode, const py::object& pin, const py::object& pivot,
+             const py::object& range, const py::object& outside, const py::object& metadata) {
+            return Replace(self, HeaderArguments::Read(mode, pin, pivot, range, outside), metadata);
           },
           py::kw_only(), py::arg("mode") = py::none(), py::arg("pin") = py::none(), py::arg("pivot") = py::none(),
           py::arg("range") = py::none(), py::arg("outside") = py::none(), py::arg("metadata") = py::none())

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Host/Util/ClosestName.h"
+#include "Python/Module/AttributeValue.h"
 
 namespace py = pybind11;
 
@@ -26,7 +27,37 @@ float ToFloat(double number, const char* name) {
   throw py::value_error(std::string(name) + " takes finite floats, not " + Format(number));
 }
 
+/// One number of an argument; `wanted` is what the argument takes.
+double ReadNumber(py::handle object, const std::string& wanted) {
+  if (IsNumber(object)) return ToDouble(object);
+  throw py::type_error(wanted + ", not " + NameType(object));
+}
+
+std::optional<std::pair<double, double>> ReadPair(py::handle object, const std::string& wanted) {
+  if (object.is_none()) return std::nullopt;
+  const bool is_sequence = PySequence_Check(object.ptr()) != 0 && !py::isinstance<py::str>(object);
+  if (!is_sequence) throw py::type_error(wanted + ", not " + NameType(object));
+  const auto sequence = py::reinterpret_borrow<py::sequence>(object);
+  if (sequence.size() != 2) throw py::value_error(wanted + ", not " + std::to_string(sequence.size()));
+  return std::pair(ReadNumber(sequence[0], wanted), ReadNumber(sequence[1], wanted));
+}
+
 }  // namespace
+
+HeaderArguments HeaderArguments::Read(py::handle mode, py::handle pin, py::handle pivot, py::handle range,
+                                      py::handle outside) {
+  HeaderArguments arguments;
+  if (py::isinstance<py::str>(mode)) {
+    arguments.mode = mode.cast<std::string>();
+  } else if (!mode.is_none()) {
+    throw py::type_error("mode takes a word, not " + NameType(mode));
+  }
+  arguments.pin = ReadPair(pin, "pin takes two whole numbers (x, y)");
+  arguments.pivot = ReadPair(pivot, "pivot takes two numbers (x, y)");
+  arguments.range = ReadPair(range, "range takes two numbers (low, high)");
+  if (!outside.is_none()) arguments.outside = ReadNumber(outside, "outside takes a number");
+  return arguments;
+}
 
 std::optional<unsigned> HeaderArguments::FindMode() const {
   if (!mode) return std::nullopt;

@@ -13,6 +13,10 @@ namespace ValuePython {
 
 /// What a caller says of an image beside its samples; nothing where it says nothing.
 struct HeaderArguments {
+  /// Reads what was given, None for nothing. TypeError for values of another kind.
+  static HeaderArguments Read(pybind11::handle mode, pybind11::handle pin, pybind11::handle pivot,
+                              pybind11::handle range, pybind11::handle outside);
+
   std::optional<std::string> mode;
   std::optional<std::pair<double, double>> pin;
   std::optional<std::pair<double, double>> pivot;

@@ -94,6 +94,8 @@ def test_wrong_kinds_are_type_errors(field, call, message):
     "call, message",
     [
         (lambda a: vn.add(a, constant=1e10), "from -1000000000.0 to 1000000000.0, not 10000000000.0"),
+        (lambda a: vn.add(a, 10**400), "not inf"),
+        (lambda a: vn.add(a, constant=-(10**400)), "not -inf"),
         (lambda a: vn.add(a, np.nan), "not nan"),
         (lambda a: vn.add(a, np.inf), "not inf"),
         (lambda a: vn.steps(a, steps=1), "steps: steps takes numbers from 2.0 to 100000.0, not 1.0"),

@@ -156,6 +156,29 @@ def test_header_that_no_image_has_is_refused(arguments, message):
         vn.Image(np.zeros((2, 3)), **arguments)
 
 
+@pytest.mark.parametrize(
+    "arguments, message",
+    [
+        ({"mode": 2}, "mode takes a word, not int"),
+        ({"pin": 3}, r"pin takes two whole numbers \(x, y\), not int"),
+        ({"pivot": ("a", 0)}, r"pivot takes two numbers \(x, y\), not str"),
+        ({"range": "01"}, r"range takes two numbers \(low, high\), not str"),
+        ({"outside": (0, 0)}, "outside takes a number, not tuple"),
+    ],
+)
+def test_header_of_another_kind_is_refused(arguments, message):
+    with pytest.raises(TypeError, match=message):
+        vn.Image(np.zeros((2, 3)), **arguments)
+    with pytest.raises(TypeError, match=message):
+        vn.Image(np.zeros((2, 3))).replace(**arguments)
+
+
+@pytest.mark.parametrize("what", [None, "abc", 5, {}, b"abcd"])
+def test_what_is_no_array_is_refused(what):
+    with pytest.raises(TypeError, match="made of an array, not of"):
+        vn.Image(what)
+
+
 def test_images_cannot_be_changed_but_replaced():
     image = vn.Image(np.zeros((2, 3)))
     with pytest.raises(AttributeError):
