@@ -265,6 +265,9 @@ value_add_test(HostEditingTests
   SOURCES
     "${host}/Editing/Background/BackgroundEvaluatorTest.cpp"
     "${host}/Editing/Background/BackgroundRunTest.cpp"
+    "${host}/Editing/Background/PreviewMirror.cpp"
+    "${host}/Editing/Background/PreviewPlan.cpp"
+    "${host}/Editing/Background/PreviewTest.cpp"
     "${host}/Editing/Background/SessionFollower.cpp"
     "${host}/Editing/EditClipboardTest.cpp"
     "${host}/Editing/EditPropertiesTest.cpp"
@@ -274,7 +277,7 @@ value_add_test(HostEditingTests
     "${host}/Editing/KillsTest.cpp"
     "${host}/Editing/LargeDocumentTest.cpp"
     Support/WatchedMemory.cpp
-  DEPENDS ValueHost::Editing ValueHost::Nodes nlohmann_json::nlohmann_json)
+  DEPENDS ValueHost::Editing ValueHost::NodeKit ValueHost::Nodes nlohmann_json::nlohmann_json)
 
 value_add_test(HostReadingTests
   SOURCES
@@ -445,6 +448,7 @@ value_add_test(HostViewingTests
     "${host}/Viewing/DrawViewTest.cpp"
     "${host}/Viewing/LookTest.cpp"
     "${host}/Viewing/ProbeTest.cpp"
+    "${host}/Viewing/ReduceImageTest.cpp"
     "${host}/Viewing/ReliefTest.cpp"
     "${host}/Viewing/ViewImageTest.cpp"
   DEPENDS ValueHost::Viewing)

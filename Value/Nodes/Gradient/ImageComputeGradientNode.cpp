@@ -21,6 +21,9 @@ Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
   return Reach::Rows(1, EvaluatedInputs(node, inputs).GetFlag(kSeamless));
 }
 
+/// Disabled, it is flat.
+Scaling FindScaling(const Node& node) { return node.IsEnabled() ? Scaling::kSlopes : Scaling::kSame; }
+
 }  // namespace
 
 constinit const NodeRecord ImageComputeGradientNode::kRecord{
@@ -37,6 +40,7 @@ constinit const NodeRecord ImageComputeGradientNode::kRecord{
     .outputs = kOutputs,
     .reach = FindReach,
     .has_image = HasImageOfAnyInput,
+    .scaling = FindScaling,
 };
 
 void ImageComputeGradientNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {

@@ -49,7 +49,8 @@ struct ShownInput {
   std::shared_ptr<const ViewImage> image;
 };
 
-/// What has become of what is shown.
+/// What has become of what is shown. Its images are previews (`ViewImage::IsPreview`) as long as the images themselves
+/// are being computed.
 struct ShownResult {
   ShownPlugs shown;
   /// Null where there is none; `message` says why.
@@ -74,6 +75,10 @@ struct EvaluationProgress {
 /// The thread has a copy of the document, which follows the session's changes one by one, so that only what a change
 /// concerns is evaluated anew. A change cancels the evaluation that goes on. Nothing here waits for a node but the
 /// destructor, which cancels first.
+///
+/// Where images are large and every node that what is shown depends on follows reduced images (`NodeRecord::scaling`),
+/// these are evaluated first. The preview is handed out when the image itself takes longer than a moment, and while one
+/// change follows the other.
 ///
 /// Used on the thread of the session, but for `notify`.
 class HOST_EDITING_API BackgroundEvaluator {
