@@ -421,6 +421,7 @@ value_add_test(EditorDocksTests
     "${editor_docks}/AttributeTextTest.cpp"
     "${editor_docks}/AttributesDockTest.cpp"
     "${editor_docks}/DocksTest.cpp"
+    "${editor_docks}/HistoryNamesTest.cpp"
     "${editor_docks}/OutputsDockTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
@@ -461,6 +462,7 @@ value_add_test(CanvasTests
     "${canvas}/AutoLayoutTest.cpp"
     "${canvas}/CanvasCommandsTest.cpp"
     "${canvas}/CanvasMouseTest.cpp"
+    "${canvas}/CanvasPaintTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(CanvasTests PROPERTIES AUTOMOC ON)

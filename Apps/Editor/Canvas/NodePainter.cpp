@@ -28,7 +28,10 @@ NodePainter::NodePainter(const NodeItem& item, QPainter& painter, const CanvasCo
     : item_(item), painter_(painter), colors_(colors), zoom_(GetZoom(painter)) {}
 
 void NodePainter::Paint() {
-  if (item_.IsDimmed()) painter_.setOpacity(0.5);
+  if (item_.IsDimmed()) {
+    PaintGround();
+    painter_.setOpacity(0.5);
+  }
   if (item_.face_.is_reroute) {
     PaintReroute();
     return;
@@ -41,6 +44,19 @@ void NodePainter::Paint() {
   if (item_.condition_.progress >= 0.0) PaintProgress();
   if (zoom_ >= Detail::kText) PaintBelow();
   PaintBadge();
+}
+
+void NodePainter::PaintGround() {
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(colors_.ground);
+  if (item_.face_.is_reroute) {
+    painter_.drawEllipse(item_.shape_.body.center(), NodeShape::kPlugRadius, NodeShape::kPlugRadius);
+    return;
+  }
+  painter_.drawRoundedRect(item_.shape_.body, NodeShape::kRadius, NodeShape::kRadius);
+  for (const auto* plugs : {&item_.shape_.inputs, &item_.shape_.outputs}) {
+    for (const QPointF& place : *plugs) painter_.drawEllipse(place, NodeShape::kPlugRadius, NodeShape::kPlugRadius);
+  }
 }
 
 QFont NodePainter::MakeFont(double size, bool is_bold) const {
@@ -258,9 +274,23 @@ void NodePainter::PaintThumbnail() {
   box.moveCenter(area.center());
   const double opacity = painter_.opacity();
   if (!item_.face_.is_enabled) painter_.setOpacity(opacity * 0.4);
+  if (picture.hasAlphaChannel()) PaintCheckerboard(box);
   painter_.setRenderHint(QPainter::SmoothPixmapTransform, size.width() * zoom_ < 2 * picture.width());
   painter_.drawImage(box, picture);
   painter_.setOpacity(opacity);
+}
+
+void NodePainter::PaintCheckerboard(const QRectF& area) {
+  // The colors of the viewer, in cells that are as large at every zoom as the picture is.
+  constexpr double kCell = 6.0;
+  painter_.fillRect(area, colors_.is_dark ? QColor(64, 64, 64) : QColor(204, 204, 204));
+  const QColor light = colors_.is_dark ? QColor(96, 96, 96) : QColor(255, 255, 255);
+  for (int row = 0; row * kCell < area.height(); ++row) {
+    for (int column = row % 2; column * kCell < area.width(); column += 2) {
+      const QRectF cell(area.left() + column * kCell, area.top() + row * kCell, kCell, kCell);
+      painter_.fillRect(cell & area, light);
+    }
+  }
 }
 
 void NodePainter::PaintProgress() {

@@ -83,7 +83,7 @@ TEST_F(RecoveryTest, RecoversTheDocumentThatIsSelected) {
   LeaveJournal({}, "new");
   ASSERT_EQ(FindJournals().size(), 2U);
   ASSERT_EQ(FindJournals(folder_ / "map.json").size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", FindJournals());
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
   auto* list = Find<QTreeWidget>(dialog, "recovery.list");
   ASSERT_EQ(list->topLevelItemCount(), 2);
@@ -108,8 +108,9 @@ TEST_F(RecoveryTest, SaysWhyADocumentCannotBeRecovered) {
   LeaveJournal({}, "new");
   const auto journals = FindJournals();
   ASSERT_EQ(journals.size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", journals);
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
   fs::remove(journals[0].file);
   QTest::mouseClick(Find<QPushButton>(dialog, "recovery.recover"), Qt::LeftButton);
   EXPECT_TRUE(dialog.isVisible());
@@ -117,11 +118,32 @@ TEST_F(RecoveryTest, SaysWhyADocumentCannotBeRecovered) {
   EXPECT_EQ(dialog.TakeSession(), nullptr);
 }
 
+TEST_F(RecoveryTest, OffersWhatIsThereWhenItIsUsed) {
+  LeaveJournal(folder_ / "map.json", "kept");
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
+  dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  auto* list = Find<QTreeWidget>(dialog, "recovery.list");
+  ASSERT_EQ(list->topLevelItemCount(), 1);
+  LeaveJournal({}, "new");
+  QEvent first(QEvent::WindowActivate);
+  QApplication::sendEvent(&dialog, &first);
+  EXPECT_EQ(list->topLevelItemCount(), 2);
+  // What was selected is so still.
+  EXPECT_EQ(list->currentItem()->text(0), "map.json");
+  for (const ScEng::FoundJournal& journal : FindJournals()) ScEng::DiscardJournal(journal);
+  QEvent second(QEvent::WindowActivate);
+  QApplication::sendEvent(&dialog, &second);
+  EXPECT_EQ(list->topLevelItemCount(), 0);
+  EXPECT_FALSE(Find<QPushButton>(dialog, "recovery.recover")->isEnabled());
+  EXPECT_EQ(Find<QLabel>(dialog, "recovery.message")->text(), "Nothing is left to recover.");
+}
+
 TEST_F(RecoveryTest, DiscardsAfterAQuestion) {
   LeaveJournal(folder_ / "map.json", "kept");
   const auto journals = FindJournals();
   ASSERT_EQ(journals.size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", journals);
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
   const auto ask = [&] {
     QTest::mouseClick(Find<QPushButton>(dialog, "recovery.discard"), Qt::LeftButton);
@@ -143,7 +165,7 @@ TEST_F(RecoveryTest, LaterLeavesEverythingWhereItIs) {
   LeaveJournal(folder_ / "map.json", "kept");
   const auto journals = FindJournals();
   ASSERT_EQ(journals.size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", journals);
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
   QTest::mouseClick(Find<QPushButton>(dialog, "recovery.later"), Qt::LeftButton);
   EXPECT_FALSE(dialog.isVisible());

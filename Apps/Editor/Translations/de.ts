@@ -587,6 +587,14 @@
         <source>Stop writing? What is written already stays.</source>
         <translation>Das Schreiben abbrechen? Was schon geschrieben ist, bleibt.</translation>
     </message>
+    <message>
+        <source>&amp;Next Area</source>
+        <translation>&amp;Nächster Bereich</translation>
+    </message>
+    <message>
+        <source>&amp;Previous Area</source>
+        <translation>&amp;Voriger Bereich</translation>
+    </message>
 </context>
 <context>
     <name>FilesChangedBar</name>
@@ -811,6 +819,141 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Undone</source>
         <translation>Rückgängig gemacht</translation>
+    </message>
+</context>
+<context>
+    <name>HistoryNames</name>
+    <message>
+        <source>Add output %1 to %2</source>
+        <translation>Ausgabe %1 nach %2 hinzufügen</translation>
+    </message>
+    <message>
+        <source>Change output %1 to %2</source>
+        <translation>Ausgabe %1 nach %2 ändern</translation>
+    </message>
+    <message>
+        <source>Remove output %1 to %2</source>
+        <translation>Ausgabe %1 nach %2 entfernen</translation>
+    </message>
+    <message>
+        <source>Add frame &quot;%1&quot;</source>
+        <translation>Rahmen „%1“ hinzufügen</translation>
+    </message>
+    <message>
+        <source>Change frame &quot;%1&quot;</source>
+        <translation>Rahmen „%1“ ändern</translation>
+    </message>
+    <message>
+        <source>Delete frame &quot;%1&quot;</source>
+        <translation>Rahmen „%1“ löschen</translation>
+    </message>
+    <message>
+        <source>Add frame</source>
+        <translation>Rahmen hinzufügen</translation>
+    </message>
+    <message>
+        <source>Change frame</source>
+        <translation>Rahmen ändern</translation>
+    </message>
+    <message>
+        <source>Delete frame</source>
+        <translation>Rahmen löschen</translation>
+    </message>
+    <message>
+        <source>Add %1</source>
+        <translation>%1 hinzufügen</translation>
+    </message>
+    <message>
+        <source>Delete %n nodes and reconnect</source>
+        <translation>%n Knoten löschen und neu verbinden</translation>
+    </message>
+    <message>
+        <source>Delete %1 and reconnect</source>
+        <translation>%1 löschen und neu verbinden</translation>
+    </message>
+    <message>
+        <source>Delete %n nodes</source>
+        <translation>%n Knoten löschen</translation>
+    </message>
+    <message>
+        <source>Delete %1</source>
+        <translation>%1 löschen</translation>
+    </message>
+    <message>
+        <source>Rename %1 to %2</source>
+        <translation>%1 in %2 umbenennen</translation>
+    </message>
+    <message>
+        <source>Unmute %n nodes</source>
+        <translation>%n Knoten aktivieren</translation>
+    </message>
+    <message>
+        <source>Unmute %1</source>
+        <translation>%1 aktivieren</translation>
+    </message>
+    <message>
+        <source>Mute %n nodes</source>
+        <translation>%n Knoten stumm schalten</translation>
+    </message>
+    <message>
+        <source>Mute %1</source>
+        <translation>%1 stumm schalten</translation>
+    </message>
+    <message>
+        <source>Edit note of %1</source>
+        <translation>Notiz von %1 bearbeiten</translation>
+    </message>
+    <message>
+        <source>Reorder %1</source>
+        <translation>%1 umordnen</translation>
+    </message>
+    <message>
+        <source>Move %n nodes</source>
+        <translation>%n Knoten verschieben</translation>
+    </message>
+    <message>
+        <source>Move %1</source>
+        <translation>%1 verschieben</translation>
+    </message>
+    <message>
+        <source>Connect %1 to %2</source>
+        <translation>%1 mit %2 verbinden</translation>
+    </message>
+    <message>
+        <source>Disconnect %1 from %2</source>
+        <translation>%1 von %2 trennen</translation>
+    </message>
+    <message>
+        <source>Set attributes of %1</source>
+        <translation>Attribute von %1 setzen</translation>
+    </message>
+    <message>
+        <source>Set %n attributes</source>
+        <translation>%n Attribute setzen</translation>
+    </message>
+    <message>
+        <source>Set %1</source>
+        <translation>%1 setzen</translation>
+    </message>
+    <message>
+        <source>Insert %1 between %2 and %3</source>
+        <translation>%1 zwischen %2 und %3 einfügen</translation>
+    </message>
+    <message>
+        <source>Paste %n nodes</source>
+        <translation>%n Knoten einfügen</translation>
+    </message>
+    <message>
+        <source>Paste %1</source>
+        <translation>%1 einfügen</translation>
+    </message>
+    <message>
+        <source>Duplicate %n nodes</source>
+        <translation>%n Knoten duplizieren</translation>
+    </message>
+    <message>
+        <source>Duplicate %1</source>
+        <translation>%1 duplizieren</translation>
     </message>
 </context>
 <context>
@@ -1556,6 +1699,10 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Discard the changes to %1? They cannot be brought back.</source>
         <translation>Änderungen an %1 verwerfen? Sie lassen sich nicht zurückholen.</translation>
+    </message>
+    <message>
+        <source>Nothing is left to recover.</source>
+        <translation>Es gibt nichts mehr wiederherzustellen.</translation>
     </message>
 </context>
 <context>
@@ -2356,6 +2503,72 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Pinned</source>
         <translation>Angeheftet</translation>
+    </message>
+</context>
+<context>
+    <name>WireDrag</name>
+    <message>
+        <source>No output here fits: %1</source>
+        <translation>Hier passt kein Ausgang: %1</translation>
+    </message>
+    <message>
+        <source>No input here fits: %1</source>
+        <translation>Hier passt kein Eingang: %1</translation>
+    </message>
+</context>
+<context>
+    <name>WireFit</name>
+    <message>
+        <source>image</source>
+        <translation>Bild</translation>
+    </message>
+    <message>
+        <source>flag</source>
+        <translation>Schalter</translation>
+    </message>
+    <message>
+        <source>number</source>
+        <translation>Zahl</translation>
+    </message>
+    <message>
+        <source>text</source>
+        <translation>Text</translation>
+    </message>
+    <message>
+        <source>color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>point</source>
+        <translation>Punkt</translation>
+    </message>
+    <message>
+        <source>frame</source>
+        <translation>Rahmen</translation>
+    </message>
+    <message>
+        <source>unknown</source>
+        <translation>unbekannt</translation>
+    </message>
+    <message>
+        <source>Both are inputs</source>
+        <translation>Beides sind Eingänge</translation>
+    </message>
+    <message>
+        <source>Both are outputs</source>
+        <translation>Beides sind Ausgänge</translation>
+    </message>
+    <message>
+        <source>A node cannot feed itself</source>
+        <translation>Ein Knoten kann sich nicht selbst speisen</translation>
+    </message>
+    <message>
+        <source>Output: %1, input: %2</source>
+        <translation>Ausgang: %1, Eingang: %2</translation>
+    </message>
+    <message>
+        <source>This would close a cycle</source>
+        <translation>Das ergäbe einen Kreis</translation>
     </message>
 </context>
 <context>

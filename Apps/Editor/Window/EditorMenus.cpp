@@ -107,6 +107,11 @@ void EditorWindow::MakeViewMenu() {
     });
   }
   menu.addSeparator();
+  connect(Add(menu, tr("&Next Area"), "view.next_area", QKeySequence(QStringLiteral("F6"))), &QAction::triggered, this,
+          [this] { areas_.Go(1); });
+  connect(Add(menu, tr("&Previous Area"), "view.previous_area", QKeySequence(QStringLiteral("Shift+F6"))),
+          &QAction::triggered, this, [this] { areas_.Go(-1); });
+  menu.addSeparator();
   view_menu_ = &menu;
   QMenu& themes = *menu.addMenu(tr("T&heme"));
   auto* group = new QActionGroup(this);

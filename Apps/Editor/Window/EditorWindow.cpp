@@ -22,6 +22,7 @@
 #include "Apps/Desktop/Theme.h"
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Canvas/PlugRef.h"
+#include "Apps/Editor/Docks/HistoryNames.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Files/FilesChangedBar.h"
 #include "Apps/Editor/Files/FirstSteps.h"
@@ -57,6 +58,7 @@ EditorWindow::EditorWindow(const EditorRequest& request)
       settings_(GetSettingsFile(), QSettings::IniFormat),
       dialogs_(this),
       docks_(*this),
+      areas_(*this, docks_),
       recent_(std::make_unique<RecentFiles>(GetSettingsFile())) {
   setObjectName(QStringLiteral("editor"));
   setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor-128.png")));
@@ -128,6 +130,7 @@ void EditorWindow::WaitUntilDone() {
   QApplication::processEvents();
   constexpr double kStep = 0.02;
   while (!workspace_->GetEvaluator().WaitUntilIdle(kStep)) QApplication::processEvents();
+  while (workspace_->IsLookingForFiles()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   // What the evaluation told last is still on its way, and widgets draw what they were told.
   for (int i = 0; i < 3; ++i) QApplication::processEvents(QEventLoop::AllEvents, 100);
   workspace_->FinishPictures();
@@ -146,10 +149,10 @@ std::unique_ptr<ScEng::EditSession> EditorWindow::MakeFirst() {
 
 std::unique_ptr<ScEng::EditSession> EditorWindow::Recover(const std::filesystem::path& document) {
   std::vector<std::string> notes;
-  auto journals = RecoveryDialog::FindJournals(state_folder_, document, notes);
+  const bool has_journals = !RecoveryDialog::FindJournals(state_folder_, document, notes).empty();
   for (const std::string& note : notes) Tell(QString::fromStdString(note));
-  if (journals.empty()) return nullptr;
-  RecoveryDialog dialog(request_.catalog, state_folder_, std::move(journals), this);
+  if (!has_journals) return nullptr;
+  RecoveryDialog dialog(request_.catalog, state_folder_, document, this);
   dialog.exec();
   return dialog.TakeSession();
 }
@@ -282,7 +285,7 @@ void EditorWindow::ShowTitle() {
   const std::size_t place = session.GetPlace();
   const auto& history = session.GetHistory();
   const auto describe = [&](const QString& verb, const QString& verb_with_name, bool is_there, std::size_t step) {
-    return is_there ? verb_with_name.arg(QString::fromStdString(history[step])) : verb;
+    return is_there ? verb_with_name.arg(TranslateStep(history[step])) : verb;
   };
   undo_->setEnabled(place > 0);
   undo_->setText(describe(tr("Undo"), tr("Undo %1"), place > 0, place - 1));

@@ -9,6 +9,7 @@
 
 #include "Apps/Editor/Editor.h"
 #include "Apps/Editor/Files/DocumentDialogs.h"
+#include "Apps/Editor/Window/AreaSwitch.h"
 #include "Apps/Editor/Window/DockFrames.h"
 #include "Apps/Editor/Window/Workspace.h"
 
@@ -91,6 +92,7 @@ class EditorWindow : public QMainWindow {
   QSettings settings_;
   DocumentDialogs dialogs_;
   DockFrames docks_;
+  AreaSwitch areas_;
   /// The user has arranged the docks in an earlier run.
   bool has_own_layout_ = false;
   std::unique_ptr<RecentFiles> recent_;

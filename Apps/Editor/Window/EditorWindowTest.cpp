@@ -143,6 +143,36 @@ TEST_F(EditorWindowTest, TheRangeStaysWhereItIsWhenValuesChange) {
   EXPECT_EQ(Viewer().GetViewer().GetLook(), look);
 }
 
+TEST_F(EditorWindowTest, ARangeOfOnesOwnStaysWithItsOutput) {
+  Open(folder_ / "graph.json");
+  const auto choose = [&](ScEng::RangeSource range, const ScEng::ValueRange& custom) {
+    ScEng::Look look = Viewer().GetViewer().GetLook();
+    look.range = range;
+    look.custom = custom;
+    Viewer().GetViewer().SetLook(look);
+    emit Viewer().GetViewer().LookChanged(look);
+  };
+  const auto show = [&](const char* id) {
+    Canvas().Select({QLatin1String(id)});
+    Wait();
+    return Viewer().GetViewer().GetLook();
+  };
+  choose(ScEng::RangeSource::kAbsolute, {});
+  choose(ScEng::RangeSource::kCustom, {0.25F, 2.0F});
+  EXPECT_EQ(show("raised").range, ScEng::RangeSource::kAbsolute);
+  choose(ScEng::RangeSource::kCustom, {-1.0F, 1.0F});
+  EXPECT_EQ(show("high").custom, (ScEng::ValueRange{0.25F, 2.0F}));
+  EXPECT_EQ(show("height").range, ScEng::RangeSource::kAbsolute);
+  choose(ScEng::RangeSource::kMeasured, {});
+  // Also under another name.
+  ASSERT_FALSE(Session().RenameNode("raised", "lifted").IsError());
+  EXPECT_EQ(show("lifted").range, ScEng::RangeSource::kCustom);
+  EXPECT_EQ(show("lifted").custom, (ScEng::ValueRange{-1.0F, 1.0F}));
+  choose(ScEng::RangeSource::kMeasured, {});
+  EXPECT_EQ(show("high").range, ScEng::RangeSource::kCustom);
+  EXPECT_EQ(show("lifted").range, ScEng::RangeSource::kMeasured);
+}
+
 TEST_F(EditorWindowTest, AShownNodeThatIsRenamedStaysShown) {
   Open(folder_ / "graph.json");
   ASSERT_FALSE(Session().RenameNode("high", "peaks").IsError());
@@ -214,6 +244,39 @@ TEST_F(EditorWindowTest, TheFirstStepsLeaveTheDocksAsTheyWere) {
   ASSERT_NE(steps, nullptr);
   QTest::keyClick(steps, Qt::Key_Escape);
   EXPECT_EQ(list_docks(), before);
+}
+
+TEST_F(EditorWindowTest, F6GoesRoundTheAreasThatAreSeen) {
+  Open(folder_ / "graph.json");
+  if (auto* steps = window_->findChild<FirstSteps*>()) QTest::keyClick(steps, Qt::Key_Escape);
+  for (const char* name : {"problems", "history", "panel"}) window_->GetDocks().Raise(name);
+  QApplication::processEvents();
+  Canvas().setFocus();
+  const auto find_area = [&] {
+    const QWidget* focus = QApplication::focusWidget();
+    if (focus != nullptr && window_->centralWidget()->isAncestorOf(focus)) return QStringLiteral("canvas");
+    for (const QDockWidget* frame : window_->GetDocks().GetAll()) {
+      if (focus != nullptr && frame->isAncestorOf(focus)) return frame->objectName();
+    }
+    return QString();
+  };
+  QStringList seen;
+  for (int i = 0; i < 4; ++i) {
+    Action("view.next_area")->trigger();
+    seen << find_area();
+  }
+  // Problems are behind the history.
+  EXPECT_EQ(seen, (QStringList{"dock.viewer", "dock.panel", "dock.history", "canvas"}));
+  Action("view.previous_area")->trigger();
+  EXPECT_EQ(find_area(), QStringLiteral("dock.history"));
+  Action("view.previous_area")->trigger();
+  // It comes back to where it was.
+  auto* field = window_->GetDocks().Find("panel")->findChild<QDoubleSpinBox*>();
+  ASSERT_NE(field, nullptr);
+  field->setFocus();
+  Action("view.next_area")->trigger();
+  Action("view.previous_area")->trigger();
+  EXPECT_TRUE(field->hasFocus());
 }
 
 TEST_F(EditorWindowTest, WhatIsBeingTypedIsNotLost) {

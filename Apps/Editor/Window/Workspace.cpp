@@ -51,7 +51,6 @@ Workspace::Workspace(std::unique_ptr<ScEng::EditSession> session, DockFrames& fr
   connect(&journal_timer_, &QTimer::timeout, this, &Workspace::Tick);
   journal_timer_.start();
   ShowFirst();
-  if (missing_->Count() > 0) frames_.Raise("missing");
 }
 
 Workspace::~Workspace() {
@@ -135,6 +134,14 @@ void Workspace::Connect() {
     emit Told(tr("Read again: %1").arg(ids.join(QStringLiteral(", "))));
   });
   connect(watcher_, &FileWatcher::Offered, missing_, &MissingInputs::Refresh);
+  const auto raise_missing = [this] {
+    if (missing_->Count() == 0) return;
+    // The keyboard stays where it is: what is looked for may take long.
+    frames_.Find("missing")->show();
+    frames_.Find("missing")->raise();
+  };
+  connect(missing_, &MissingInputs::Looked, this, raise_missing,
+          static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
   connect(missing_, &MissingInputs::NodeActivated, this, &Workspace::GoToNode);
   connect(missing_, &MissingInputs::Failed, this, &Workspace::Told);
   connect(&viewer_->GetViewer(), &ScEng::ViewerWidget::LookChanged, this, [this] { ShowTerrain(); });
@@ -182,6 +189,8 @@ void Workspace::SetThumbnails(bool on) {
   bridge_->GetEvaluator().SetThumbnailSize(on ? kThumbnailSize : 0);
   bridge_->GetEvaluator().SetEvaluatesAll(on);
 }
+
+bool Workspace::IsLookingForFiles() const { return missing_->IsLooking(); }
 
 void Workspace::FinishPictures() {
   if (frames_.Find("terrain")->isVisible() && terrain_->IsAvailable()) static_cast<void>(terrain_->Grab());

@@ -44,6 +44,8 @@ class Workspace : public QObject {
   /// Shows what the document says, or the last image that it makes, and selects its node.
   void ShowFirst();
   void SetThumbnails(bool on);
+  /// Whether it is not known yet which files are missing.
+  [[nodiscard]] bool IsLookingForFiles() const;
   /// Waits for pictures that are drawn on threads of their own.
   void FinishPictures();
   void Undo();
