@@ -513,8 +513,8 @@ value_add_test(EditorWindowTests
     "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/EditorWindowTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
-# The same, and the canvas, in real windows.
-foreach(program CanvasTests EditorWindowTests)
+# The same, and its parts, in real windows.
+foreach(program CanvasTests EditorDocksTests EditorFilesTests EditorWindowTests ViewerWidgetTests)
   add_test(NAME ${program}InWindows
     COMMAND xvfb-run -a -s "-screen 0 1600x1024x24" $<TARGET_FILE:${program}>)
   set_tests_properties(${program}InWindows PROPERTIES ENVIRONMENT "${window_test_environment}" TIMEOUT 600)
