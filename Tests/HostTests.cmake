@@ -456,7 +456,10 @@ value_add_test(CanvasTests
     Widgets/WidgetTesting.cpp
     "${canvas}/AutoLayoutTest.cpp"
     "${canvas}/CanvasCommandsTest.cpp"
+    "${canvas}/CanvasMenuTest.cpp"
     "${canvas}/CanvasMouseTest.cpp"
+    "${canvas}/CanvasSearchTest.cpp"
+    "${canvas}/CanvasViewTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(CanvasTests PROPERTIES AUTOMOC ON)

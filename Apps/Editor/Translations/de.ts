@@ -287,6 +287,18 @@
         <source>Frame Color</source>
         <translation>Rahmenfarbe</translation>
     </message>
+    <message>
+        <source>Select Next Wire</source>
+        <translation>Nächste Verbindung auswählen</translation>
+    </message>
+    <message>
+        <source>Select Next Frame</source>
+        <translation>Nächsten Rahmen auswählen</translation>
+    </message>
+    <message>
+        <source>Select</source>
+        <translation>Auswählen</translation>
+    </message>
 </context>
 <context>
     <name>CanvasCommands</name>
@@ -753,6 +765,14 @@
     <message>
         <source>Title of the frame</source>
         <translation>Titel des Rahmens</translation>
+    </message>
+    <message>
+        <source>Wire from %1 to %2 selected</source>
+        <translation>Verbindung von %1 zu %2 ausgewählt</translation>
+    </message>
+    <message>
+        <source>Frame &quot;%1&quot; selected</source>
+        <translation>Rahmen „%1“ ausgewählt</translation>
     </message>
 </context>
 <context>
