@@ -436,6 +436,7 @@ value_add_test(ViewerWidgetTests
     "${host}/Widgets/ViewPlacementTest.cpp"
     "${host}/Widgets/ViewText.cpp"
     "${host}/Widgets/ViewTextTest.cpp"
+    "${host}/Widgets/ViewerByHandTest.cpp"
     "${host}/Widgets/ViewerWidgetTest.cpp"
   DEPENDS ValueHost::Viewing ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})

@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
+#include <QTimer>
 
 /// Menus as a person uses them: opened, read and clicked.
 namespace WidgetTest {
@@ -44,6 +45,24 @@ inline void ChooseFromBar(QMenuBar& bar, const QString& title, const QStringList
   QTest::mouseClick(&bar, Qt::LeftButton, {}, bar.actionGeometry(entry).center());
   ASSERT_TRUE(QTest::qWaitFor([&] { return entry->menu()->isVisible(); }, 60000)) << title.toStdString();
   Choose(*entry->menu(), path);
+}
+
+/// Does what opens a menu, also one that waits for an answer, and chooses from it.
+template <class Function>
+void ChooseAfter(const Function& open, const QStringList& path) {
+  bool is_done = false;
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, [&] {
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (menu == nullptr) return;
+    look.stop();
+    Choose(*menu, path);
+    menu->close();
+    is_done = true;
+  });
+  look.start(5);
+  open();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return is_done; }, 60000));
 }
 
 /// Presses the right button, or the menu key, as the desktop tells it.
