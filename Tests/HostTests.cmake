@@ -419,6 +419,7 @@ value_add_test(EditorDocksTests
     "${editor_docks}/AttributesDockTest.cpp"
     "${editor_docks}/DocksTest.cpp"
     "${editor_docks}/OutputsDockTest.cpp"
+    "${editor_docks}/PanelByHandTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)
