@@ -2066,6 +2066,41 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     </message>
 </context>
 <context>
+    <name>SecondMapRow</name>
+    <message>
+        <source>&amp;Map</source>
+        <translation>&amp;Karte</translation>
+    </message>
+    <message>
+        <source>Image over the terrain</source>
+        <translation>Bild über dem Gelände</translation>
+    </message>
+    <message>
+        <source>An image that is laid over the terrain</source>
+        <translation>Ein Bild, das über das Gelände gelegt wird</translation>
+    </message>
+    <message>
+        <source>How the image is laid over the terrain</source>
+        <translation>Wie das Bild über das Gelände gelegt wird</translation>
+    </message>
+    <message>
+        <source>As color, or as a tint where its values are high</source>
+        <translation>Als Farbe, oder als Tönung, wo seine Werte hoch sind</translation>
+    </message>
+    <message>
+        <source>Color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>Mask</source>
+        <translation>Maske</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Keine</translation>
+    </message>
+</context>
+<context>
     <name>SharedPanel</name>
     <message>
         <source>A connection feeds it at %1.</source>
