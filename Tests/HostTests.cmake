@@ -423,6 +423,7 @@ value_add_test(EditorDocksTests
     "${editor_docks}/DocksTest.cpp"
     "${editor_docks}/HistoryNamesTest.cpp"
     "${editor_docks}/OutputsDockTest.cpp"
+    "${editor_docks}/PanelByHandTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)
@@ -440,6 +441,7 @@ value_add_test(ViewerWidgetTests
     "${host}/Widgets/ViewPlacementTest.cpp"
     "${host}/Widgets/ViewText.cpp"
     "${host}/Widgets/ViewTextTest.cpp"
+    "${host}/Widgets/ViewerByHandTest.cpp"
     "${host}/Widgets/ViewerWidgetTest.cpp"
   DEPENDS ValueHost::Viewing ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})
@@ -461,8 +463,11 @@ value_add_test(CanvasTests
     Widgets/WidgetTesting.cpp
     "${canvas}/AutoLayoutTest.cpp"
     "${canvas}/CanvasCommandsTest.cpp"
+    "${canvas}/CanvasMenuTest.cpp"
     "${canvas}/CanvasMouseTest.cpp"
     "${canvas}/CanvasPaintTest.cpp"
+    "${canvas}/CanvasSearchTest.cpp"
+    "${canvas}/CanvasViewTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(CanvasTests PROPERTIES AUTOMOC ON)
@@ -519,8 +524,8 @@ value_add_test(EditorWindowTests
     "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/EditorWindowTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
-# The same, and the canvas, in real windows.
-foreach(program CanvasTests EditorWindowTests)
+# The same, and its parts, in real windows.
+foreach(program CanvasTests EditorDocksTests EditorFilesTests EditorWindowTests ViewerWidgetTests)
   add_test(NAME ${program}InWindows
     COMMAND xvfb-run -a -s "-screen 0 1600x1024x24" $<TARGET_FILE:${program}>)
   set_tests_properties(${program}InWindows PROPERTIES ENVIRONMENT "${window_test_environment}" TIMEOUT 600)

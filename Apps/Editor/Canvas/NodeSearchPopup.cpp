@@ -122,6 +122,11 @@ void NodeSearchPopup::MoveMark(int rows) {
 }
 
 bool NodeSearchPopup::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride) {
+    // The shortcuts of the canvas, Tab among them, rest while it is open.
+    event->accept();
+    return true;
+  }
   if (event->type() != QEvent::KeyPress) return QFrame::eventFilter(watched, event);
   constexpr int kPage = 8;
   switch (static_cast<QKeyEvent*>(event)->key()) {

@@ -242,8 +242,7 @@ TEST(FirstSteps, GoesForthAndBackAndPointsAtTheWindow) {
   canvas->setObjectName("canvas");
   canvas->setGeometry(0, 0, 600, 700);
   FirstSteps steps(&window, FirstSteps::MakeSteps(), settings);
-  window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window, 60000));
+  WidgetTest::ShowActive(window);
   EXPECT_TRUE(FirstSteps::AreWanted(settings));
   steps.Start();
   auto* marker = Find<StepMarker>(window, "first_steps.marker");
@@ -280,8 +279,7 @@ TEST(FirstSteps, ComeAgainWhenSomebodyWantsThat) {
   QWidget window;
   window.resize(1000, 700);
   FirstSteps steps(&window, FirstSteps::MakeSteps(), settings);
-  window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window, 60000));
+  WidgetTest::ShowActive(window);
   steps.Start();
   auto* never = Find<QCheckBox>(steps, "first_steps.never");
   never->setFocus();
@@ -300,8 +298,7 @@ TEST(ShortcutsDialog, FindsActionsByNameAndKeys) {
   redo.setShortcuts({QKeySequence("Ctrl+Y"), QKeySequence("Ctrl+Shift+Z")});
   const QAction plain("No keys");
   ShortcutsDialog dialog({&save, &redo, const_cast<QAction*>(&plain)});
-  dialog.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  WidgetTest::ShowActive(dialog);
   auto* list = Find<QTreeWidget>(dialog, "shortcuts.list");
   ASSERT_EQ(list->topLevelItemCount(), 2);
   EXPECT_EQ(list->topLevelItem(0)->text(0), "Save & Close");

@@ -106,8 +106,7 @@ TEST(Templates, AreDocumentsWithoutProblemsThatReadNoFiles) {
 
 TEST(TemplatesDialog, IsUsedWithKeysAndMouse) {
   TemplatesDialog dialog;
-  dialog.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  WidgetTest::ShowActive(dialog);
   auto* list = Find<QListWidget>(dialog, "templates.list");
   EXPECT_EQ(dialog.GetChosen().name, "");
   list->setFocus();

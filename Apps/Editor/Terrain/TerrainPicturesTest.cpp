@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <cmath>
@@ -107,15 +108,30 @@ TEST_F(TerrainPictures, AreTheRightWayUp) {
   }
 }
 
-TEST_F(TerrainPictures, TintWhereAMaskIsSet) {
+TEST_F(TerrainPictures, TakeColorAndTintFromASecondMap) {
   SetFormula(64, [](int, int) { return 0.5; });
-  view_.SetMask(MakeView(2, 1, {0.0F, 1.0F}));
-  const QImage picture = view_.Grab();
-  const QColor plain = At(picture, -0.5F, 0.0F);
-  const QColor tinted = At(picture, 0.5F, 0.0F);
-  EXPECT_GT(tinted.saturation(), plain.saturation() + 60);
-  view_.SetMask(nullptr);
-  EXPECT_EQ(At(view_.Grab(), 0.5F, 0.0F), plain);
+  const QColor clay = At(view_.Grab(), 0.5F, 0.0F);
+  view_.SetMaps({"one.image", "two.image"});
+  QSignalSpy changed(&view_, &TerrainView::SecondMapChanged);
+  auto* map = WidgetTest::Find<QComboBox>(view_, "second map");
+  auto* use = WidgetTest::Find<QComboBox>(view_, "use of second map");
+  EXPECT_FALSE(use->isEnabled());
+  QTest::keyClick(map, Qt::Key_Down);
+  QTest::keyClick(map, Qt::Key_Down);
+  EXPECT_EQ(view_.GetSecondMap(), QStringLiteral("two.image"));
+  EXPECT_EQ(changed.size(), 2);
+  EXPECT_TRUE(use->isEnabled());
+  view_.SetSecond(MakeView(2, 1, {0.0F, 1.0F}));
+  const QImage colored = view_.Grab();
+  EXPECT_EQ(At(colored, -0.5F, 0.0F).lightness(), 0);
+  EXPECT_GT(At(colored, 0.5F, 0.0F).lightness(), clay.lightness());
+  QTest::keyClick(use, Qt::Key_Down);
+  const QImage masked = view_.Grab();
+  EXPECT_EQ(At(masked, -0.5F, 0.0F), clay);
+  EXPECT_GT(At(masked, 0.5F, 0.0F).saturation(), clay.saturation() + 60);
+  QTest::keyClick(map, Qt::Key_Home);
+  EXPECT_EQ(view_.GetSecondMap(), QString());
+  EXPECT_EQ(At(view_.Grab(), 0.5F, 0.0F), clay);
 }
 
 TEST_F(TerrainPictures, HaveHolesWhereThereAreNoHeights) {

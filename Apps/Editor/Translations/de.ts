@@ -287,6 +287,18 @@
         <source>Frame Color</source>
         <translation>Rahmenfarbe</translation>
     </message>
+    <message>
+        <source>Select Next Wire</source>
+        <translation>Nächste Verbindung auswählen</translation>
+    </message>
+    <message>
+        <source>Select Next Frame</source>
+        <translation>Nächsten Rahmen auswählen</translation>
+    </message>
+    <message>
+        <source>Select</source>
+        <translation>Auswählen</translation>
+    </message>
 </context>
 <context>
     <name>CanvasCommands</name>
@@ -761,6 +773,14 @@
     <message>
         <source>Title of the frame</source>
         <translation>Titel des Rahmens</translation>
+    </message>
+    <message>
+        <source>Wire from %1 to %2 selected</source>
+        <translation>Verbindung von %1 zu %2 ausgewählt</translation>
+    </message>
+    <message>
+        <source>Frame &quot;%1&quot; selected</source>
+        <translation>Rahmen „%1“ ausgewählt</translation>
     </message>
 </context>
 <context>
@@ -2190,6 +2210,41 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Viewer</source>
         <translation>Bildansicht</translation>
+    </message>
+</context>
+<context>
+    <name>SecondMapRow</name>
+    <message>
+        <source>&amp;Map</source>
+        <translation>&amp;Karte</translation>
+    </message>
+    <message>
+        <source>Image over the terrain</source>
+        <translation>Bild über dem Gelände</translation>
+    </message>
+    <message>
+        <source>An image that is laid over the terrain</source>
+        <translation>Ein Bild, das über das Gelände gelegt wird</translation>
+    </message>
+    <message>
+        <source>How the image is laid over the terrain</source>
+        <translation>Wie das Bild über das Gelände gelegt wird</translation>
+    </message>
+    <message>
+        <source>As color, or as a tint where its values are high</source>
+        <translation>Als Farbe, oder als Tönung, wo seine Werte hoch sind</translation>
+    </message>
+    <message>
+        <source>Color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>Mask</source>
+        <translation>Maske</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Keine</translation>
     </message>
 </context>
 <context>

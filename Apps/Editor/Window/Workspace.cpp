@@ -148,13 +148,37 @@ void Workspace::Connect() {
   connect(frames_.Find("help"), &QDockWidget::visibilityChanged, this, [this](bool is_visible) {
     if (is_visible) FollowSelection();
   });
-  connect(frames_.Find("terrain"), &QDockWidget::visibilityChanged, this, [this] { ShowTerrain(); });
+  connect(frames_.Find("terrain"), &QDockWidget::visibilityChanged, this, [this] {
+    ShowTerrain();
+    AskForImages();
+  });
+  connect(terrain_, &TerrainView::SecondMapChanged, this, &Workspace::AskForImages);
+  connect(this, &Workspace::HistoryChanged, this, [this] {
+    if (frames_.Find("terrain")->isVisible()) terrain_->SetMaps(ListImageOutputs());
+  });
 }
 
 void Workspace::Show(const QString& plug) {
   viewer_->SetShown(plug);
   canvas_->SetShown(plug);
-  bridge_->GetEvaluator().Show({plug.toStdString(), true});
+  AskForImages();
+}
+
+void Workspace::AskForImages() {
+  const QString second = frames_.Find("terrain")->isVisible() ? terrain_->GetSecondMap() : QString();
+  bridge_->GetEvaluator().Show({viewer_->GetShown().toStdString(), true, second.toStdString()});
+}
+
+QStringList Workspace::ListImageOutputs() const {
+  QStringList plugs;
+  for (const std::string& id : session_->GetDocument().GetIds()) {
+    const Node* node = session_->GetDocument().FindNode(id);
+    if (node == nullptr) continue;
+    for (const PlugRecord& plug : node->GetOutplugs()) {
+      if (plug.type == PlugType::kImage) plugs << QString::fromStdString(id + "." + plug.name);
+    }
+  }
+  return plugs;
 }
 
 void Workspace::ShowFirst() {
@@ -235,13 +259,16 @@ void Workspace::ShowHelp(const QString& type_name) {
 
 void Workspace::ShowTerrain() {
   const auto& result = viewer_->GetResult();
-  if (result == nullptr || !frames_.Find("terrain")->isVisible()) return;
+  if (!frames_.Find("terrain")->isVisible()) return;
+  terrain_->SetMaps(ListImageOutputs());
+  if (result == nullptr) return;
   terrain_->SetHeights(result->image);
   // In gray the light tells more of the ground than its own height once more.
   const ScEng::Look& look = viewer_->GetViewer().GetLook();
   const bool is_colored = look.shading == ScEng::Shading::kRamp ||
                           (result->image != nullptr && result->image->GetImage().GetNumChannels() > 1);
   terrain_->SetColors(is_colored ? result->image : nullptr, look);
+  if (QString::fromStdString(result->shown.second) == terrain_->GetSecondMap()) terrain_->SetSecond(result->second);
 }
 
 void Workspace::Tick() {

@@ -71,6 +71,10 @@ class Workspace : public QObject {
   void GoToNode(const QString& id);
   void ShowHelp(const QString& type_name);
   void ShowTerrain();
+  /// Has the evaluation make what is shown, and what is laid over the terrain where that is seen.
+  void AskForImages();
+  /// Every image that the document makes, "id.plug".
+  [[nodiscard]] QStringList ListImageOutputs() const;
   void Tick();
   void Report(const ScEng::Status& status);
   /// The class name of a node's type; empty for a placeholder.

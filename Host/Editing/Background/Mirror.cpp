@@ -100,11 +100,13 @@ std::shared_ptr<ShownResult> Mirror::EvaluateShown(const ShownPlugs& shown, cons
   }
   try {
     if (shown.with_inputs) AddInputs(*node, *result, cancellation);
+    if (!shown.second.empty() && !AddSecond(*result, cancellation)) return nullptr;
   } catch (const Canceled&) {
     return nullptr;
   } catch (const std::bad_alloc&) {
-    // The image itself is more than what feeds it.
+    // The image itself is more than those beside it.
     result->inputs.clear();
+    result->second = nullptr;
   }
   copies_before_.clear();
   return result;
@@ -226,6 +228,18 @@ void Mirror::AddInputs(const Node& node, ShownResult& result, const Cancellation
       result.inputs.push_back({GetNameOfPlug(connection.to), connection.from, std::move(image)});
     }
   }
+}
+
+bool Mirror::AddSecond(ShownResult& result, const Cancellation& cancellation) {
+  unsigned outplug = 0;
+  std::string message;
+  Node* node = FindOutput(result.shown.second, outplug, message);
+  if (node == nullptr) return true;
+  const RunReport report = document_.Evaluate(*node, outplug, MakeOptions(cancellation));
+  TellOfAll();
+  if (report.canceled) return false;
+  if (!node->IsInError()) result.second = Copy(result.shown.second, *node, outplug, cancellation);
+  return true;
 }
 
 }  // namespace ScEng

@@ -72,6 +72,8 @@ class Mirror : private DocumentObserver {
   /// Why a node that is well has no image.
   [[nodiscard]] std::string DescribeMissingImage(const Node& node);
   void AddInputs(const Node& node, ShownResult& result, const Cancellation& cancellation);
+  /// False where it was stopped.
+  bool AddSecond(ShownResult& result, const Cancellation& cancellation);
 
   GraphDocument document_;
   PreviewMirror preview_;

@@ -36,6 +36,8 @@ struct ShownPlugs {
   std::string plug;
   /// Whether the images that feed the node are wanted too.
   bool with_inputs = false;
+  /// Another image that is wanted beside it, "id.plug"; empty for none.
+  std::string second = {};
 
   friend bool operator==(const ShownPlugs&, const ShownPlugs&) = default;
 };
@@ -56,6 +58,8 @@ struct ShownResult {
   /// Null where there is none; `message` says why.
   std::shared_ptr<const ViewImage> image;
   std::vector<ShownInput> inputs;
+  /// Null where none was asked for, or there is none.
+  std::shared_ptr<const ViewImage> second;
   std::string message;
   /// Wall time from the change that asked for it, in seconds.
   double seconds = 0.0;
