@@ -522,6 +522,7 @@ value_add_test(EditorWindowTests
   SOURCES
     Widgets/WidgetTesting.cpp
     "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/EditorWindowTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/PanelWiresTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 # The same, and its parts, in real windows.

@@ -27,6 +27,7 @@ class WireDrag : public Drag {
 
   void Move(const QPointF& place) override {
     end_ = place;
+    static_cast<void>(view_.OfferOutside(place, fixed_));
     OfferAt(place);
     const auto plug = FindTarget(place);
     LookForMisfit(place, plug);
@@ -40,6 +41,12 @@ class WireDrag : public Drag {
   }
 
   void Finish(const QPointF& place) override {
+    const std::string row = view_.OfferOutside(place, fixed_);
+    if (!row.empty()) {
+      Clear();
+      return ConnectTo(row);
+    }
+    if (view_.IsOutside(place)) return Clear();
     const auto plug = FindTarget(place);
     const NodeItem* node = scene_.NodeAt(place);
     const std::string id = node == nullptr ? std::string() : node->GetFace().id;
@@ -82,6 +89,12 @@ class WireDrag : public Drag {
     if (!plug) plug = FindRow(place);
     const bool fits = plug && plug->is_input != fixed_.is_input && plug->node != fixed_.node;
     return fits ? plug : std::nullopt;
+  }
+
+  /// Feeds an attribute, "id.attribute".
+  void ConnectTo(const std::string& row) {
+    PlugRef to{.node = GetNodeOfPlug(row), .name = GetNameOfPlug(row), .type = fixed_.type, .is_input = true};
+    view_.GetCommands().Connect(fixed_, to, replaced_);
   }
 
   /// What is wrong with dropping the wire at a place, where there is a plug or a node.
@@ -135,6 +148,7 @@ class WireDrag : public Drag {
   }
 
   void Clear() {
+    view_.WithdrawOutside();
     if (NodeItem* before = scene_.FindNode(hovered_)) before->SetHovered({});
     if (NodeItem* before = scene_.FindNode(offering_)) {
       before->Offer({});

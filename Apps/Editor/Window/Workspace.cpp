@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Window/Workspace.h"
 
+#include <QPointer>
 #include <QTabBar>
 #include <utility>
 
 #include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Canvas/GraphView.h"
 #include "Apps/Editor/Canvas/PlugRef.h"
 #include "Apps/Editor/Docks/AttributesDock.h"
 #include "Apps/Editor/Docks/HelpDock.h"
@@ -120,6 +122,15 @@ void Workspace::Connect() {
   connect(viewer_, &ViewerDock::PinChanged, this, [this](bool pinned) {
     if (!pinned) FollowSelection();
   });
+  canvas_->GetView().SetOutsideRows({.offer =
+                                         [panel = QPointer(attributes_)](const QPoint& global, const PlugRef& from) {
+                                           return panel == nullptr ? std::string()
+                                                                   : panel->OfferRow(global, from.node, from.type);
+                                         },
+                                     .withdraw =
+                                         [panel = QPointer(attributes_)] {
+                                           if (panel != nullptr) panel->WithdrawRow();
+                                         }});
   connect(attributes_, &AttributesDock::HelpRequested, this, &Workspace::ShowHelp);
   connect(attributes_, &AttributesDock::Failed, this, &Workspace::Told);
   connect(history_, &HistoryDock::Failed, this, &Workspace::Told);
