@@ -233,7 +233,7 @@ void PanelWindow::AddSources(ScEng::ViewerContent& content) {
     const auto known =
         std::find_if(sources_.begin(), sources_.end(), [&](const Source& own) { return own.image.Get() == image; });
     sources.push_back(known != sources_.end() ? *known : Source{ImagePtr(image), ScEng::ViewImage::Make(*image)});
-    QString name = QString::fromStdString(connection.to.substr(to_dot + 1));
+    QString name = QString::fromStdString(ScEng::GetNameOfPlug(connection.to));
     if (connection.index > 0) name += QStringLiteral(" %1").arg(connection.index + 1);
     content.inputs.emplace_back(name, sources.back().view);
   }

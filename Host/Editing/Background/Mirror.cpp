@@ -72,7 +72,11 @@ void Mirror::SetThumbnailSize(int size) {
 }
 
 std::shared_ptr<ShownResult> Mirror::EvaluatePreview(const ShownPlugs& shown, const Cancellation& cancellation) {
-  return shown.plug.empty() ? nullptr : preview_.Evaluate(shown, MakeOptions(cancellation));
+  if (shown.plug.empty()) return nullptr;
+  Engine::Options options = MakeOptions(cancellation);
+  // How far the whole evaluation is, is not known yet.
+  options.on_evaluated = [this](Node& node, std::size_t, std::size_t) { TellOf(node.GetLabel(), node); };
+  return preview_.Evaluate(shown, options);
 }
 
 std::shared_ptr<ShownResult> Mirror::EvaluateShown(const ShownPlugs& shown, const Cancellation& cancellation) {
