@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "Apps/Editor/Canvas/PlugMark.h"
+#include "Apps/Editor/Canvas/TypeTile.h"
 
 namespace {
 
@@ -149,17 +150,10 @@ void NodePainter::PaintTile() {
   const NodeFace& face = item_.face_;
   const QRectF tile = item_.shape_.icon.adjusted(2, 2, -2, -2);
   const unsigned kind = face.outputs.empty() ? PlugType::kNone : face.outputs.front().type;
-  painter_.setPen(Qt::NoPen);
-  painter_.setBrush(face.is_placeholder ? colors_.warning : MixColors(colors_.header, colors_.GetKind(kind), 0.75));
-  painter_.drawRoundedRect(tile, 5, 5);
-  if (zoom_ < Detail::kText) return;
-  QString initials = face.is_placeholder ? QStringLiteral("?") : QString();
-  for (const QString& word : face.type_name.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-    if (!face.is_placeholder && initials.size() < 2) initials += word.front().toUpper();
-  }
-  painter_.setFont(MakeFont(initials.size() > 1 ? 11 : 14, true));
-  painter_.setPen(colors_.is_dark ? QColor(Qt::black) : QColor(Qt::white));
-  painter_.drawText(tile, Qt::AlignCenter, initials);
+  const QColor color = face.is_placeholder ? colors_.warning : GetTileColor(colors_, kind);
+  QString letters;
+  if (zoom_ >= Detail::kText) letters = face.is_placeholder ? QStringLiteral("?") : MakeInitials(face.type_name);
+  PaintTypeTile(painter_, tile, color, letters, MakeFont(11, true), colors_);
 }
 
 void NodePainter::PaintLargeTitle() {

@@ -294,15 +294,22 @@ TEST(FirstSteps, ComeAgainWhenSomebodyWantsThat) {
 TEST(ShortcutsDialog, FindsActionsByNameAndKeys) {
   QAction save("&Save && Close…");
   save.setShortcut(QKeySequence("Ctrl+S"));
-  QAction redo("Re&do");
+  QAction redo("Re&do this and that");
+  redo.setProperty(kActionName, "Redo");
   redo.setShortcuts({QKeySequence("Ctrl+Y"), QKeySequence("Ctrl+Shift+Z")});
+  QAction cut("Cut everything out of this document");
+  cut.setShortcuts({QKeySequence("Ctrl+X"), QKeySequence("F20")});
   const QAction plain("No keys");
-  ShortcutsDialog dialog({&save, &redo, const_cast<QAction*>(&plain)});
+  ShortcutsDialog dialog({&save, &redo, &cut, const_cast<QAction*>(&plain)});
   WidgetTest::ShowActive(dialog);
   auto* list = Find<QTreeWidget>(dialog, "shortcuts.list");
-  ASSERT_EQ(list->topLevelItemCount(), 2);
+  ASSERT_EQ(list->topLevelItemCount(), 3);
   EXPECT_EQ(list->topLevelItem(0)->text(0), "Save & Close");
+  EXPECT_EQ(list->topLevelItem(1)->text(0), "Redo");
   EXPECT_EQ(list->topLevelItem(1)->text(1), "Ctrl+Y or Ctrl+Shift+Z");
+  EXPECT_EQ(list->topLevelItem(2)->text(1), "Ctrl+X");
+  // Names are there in full.
+  EXPECT_GE(list->columnWidth(0), list->fontMetrics().horizontalAdvance(cut.text()));
   auto* search = Find<QLineEdit>(dialog, "shortcuts.search");
   EXPECT_TRUE(search->hasFocus());
   QTest::keyClicks(search, "shift+z");

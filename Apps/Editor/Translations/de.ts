@@ -607,6 +607,10 @@
         <source>&amp;Previous Area</source>
         <translation>&amp;Voriger Bereich</translation>
     </message>
+    <message>
+        <source>Value</source>
+        <translation>Value</translation>
+    </message>
 </context>
 <context>
     <name>FilesChangedBar</name>
@@ -1637,6 +1641,41 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>The value comes from a connection. Disconnect it to edit it here.</source>
         <translation>Der Wert kommt über eine Verbindung. Diese trennen, um ihn hier zu bearbeiten.</translation>
+    </message>
+</context>
+<context>
+    <name>QPlatformTheme</name>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>&amp;Yes</source>
+        <translation>&amp;Ja</translation>
+    </message>
+    <message>
+        <source>&amp;No</source>
+        <translation>&amp;Nein</translation>
     </message>
 </context>
 <context>

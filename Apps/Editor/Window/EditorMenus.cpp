@@ -83,6 +83,9 @@ void EditorWindow::MakeEditMenu() {
   connect(undo_, &QAction::triggered, this, [this] { workspace_->Undo(); });
   redo_ = AddOwn(tr("Redo"), "edit.redo", QKeySequence::Redo);
   connect(redo_, &QAction::triggered, this, [this] { workspace_->Redo(); });
+  // Their texts name the step as well.
+  undo_->setProperty(kActionName, undo_->text());
+  redo_->setProperty(kActionName, redo_->text());
   edit_menu_->addActions({undo_, redo_});
   connect(edit_menu_, &QMenu::aboutToShow, this, &EditorWindow::FillEditMenu);
 }
@@ -145,6 +148,8 @@ void EditorWindow::MakeStatusLine() {
   message_->setTextFormat(Qt::PlainText);
   message_->setMinimumWidth(40);
   statusBar()->addWidget(message_, 1);
+  message_timer_.setSingleShot(true);
+  connect(&message_timer_, &QTimer::timeout, this, [this] { Tell({}); });
   progress_ = new QProgressBar(this);
   progress_->setObjectName(QStringLiteral("status.progress"));
   progress_->setAccessibleName(tr("Nodes evaluated"));

@@ -61,6 +61,9 @@ EditorWindow::EditorWindow(const EditorRequest& request)
       areas_(*this, docks_),
       recent_(std::make_unique<RecentFiles>(GetSettingsFile())) {
   setObjectName(QStringLiteral("editor"));
+  setWindowTitle(tr("Value"));
+  // Keeps the place of the canvas while something is asked before there is a document.
+  setCentralWidget(new QWidget(this));
   setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor-128.png")));
   resize(request.width > 0 ? request.width : kUsualWidth, request.height > 0 ? request.height : kUsualHeight);
   MakeMenus();
@@ -306,6 +309,8 @@ void EditorWindow::ShowProgress(const ScEng::EvaluationProgress& progress, bool 
 void EditorWindow::Tell(const QString& message) {
   message_->setText(message);
   message_->setToolTip(message);
+  constexpr int kReadingTime = 30000;
+  if (!message.isEmpty()) message_timer_.start(kReadingTime);
 }
 
 void EditorWindow::ApplyTheme(const QString& theme) {

@@ -3,6 +3,7 @@
 
 #include <QMainWindow>
 #include <QSettings>
+#include <QTimer>
 #include <memory>
 #include <string>
 #include <vector>
@@ -102,6 +103,8 @@ class EditorWindow : public QMainWindow {
   QAction* redo_ = nullptr;
   QAction* revert_ = nullptr;
   QLabel* message_ = nullptr;
+  /// What was told once says nothing of what is done now.
+  QTimer message_timer_;
   QProgressBar* progress_ = nullptr;
   QToolButton* cancel_ = nullptr;
   FirstSteps* first_steps_ = nullptr;

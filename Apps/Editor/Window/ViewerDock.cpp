@@ -52,6 +52,8 @@ ViewerDock::ViewerDock(ScEng::EditSession& session, QWidget* parent)
   bar->addWidget(pin_);
   layout->addLayout(bar);
   viewer_ = new ScEng::ViewerWidget(this);
+  // As far from the edges of the window as the line above.
+  viewer_->layout()->setContentsMargins(8, 0, 8, 4);
   layout->addWidget(viewer_, 1);
   connect(viewer_, &ScEng::ViewerWidget::LookChanged, this, &ViewerDock::TakeLook);
   connect(&watch_, &SessionWatch::NodeRenamed, this, &ViewerDock::FollowRename);

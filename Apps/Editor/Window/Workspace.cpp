@@ -103,8 +103,13 @@ void Workspace::Connect() {
           [this](const ScEng::EvaluationProgress& progress, bool is_idle) {
             viewer_->SetProgress(progress, is_idle);
             canvas_->SetRunning(QString::fromStdString(progress.id), progress.fraction);
+            if (is_idle) TellFacts();
             emit ProgressChanged(progress, is_idle);
           });
+  constexpr int kFactsInterval = 200;
+  facts_timer_.setSingleShot(true);
+  facts_timer_.setInterval(kFactsInterval);
+  connect(&facts_timer_, &QTimer::timeout, this, &Workspace::TellFacts);
   // Once for all that a command selects, and when commands can be given again.
   selection_timer_.setSingleShot(true);
   connect(&selection_timer_, &QTimer::timeout, this, &Workspace::FollowSelection);
@@ -244,6 +249,15 @@ void Workspace::TakeResult(const std::shared_ptr<const ScEng::ShownResult>& resu
 
 void Workspace::TakeFacts(const std::vector<ScEng::NodeFacts>& facts) {
   canvas_->SetFacts(facts);
+  // The lists are gone through as a whole, which is nothing to do for each of thousands of nodes.
+  gathered_facts_.insert(gathered_facts_.end(), facts.begin(), facts.end());
+  if (!facts_timer_.isActive()) facts_timer_.start();
+}
+
+void Workspace::TellFacts() {
+  facts_timer_.stop();
+  if (gathered_facts_.empty()) return;
+  const std::vector<ScEng::NodeFacts> facts = std::exchange(gathered_facts_, {});
   problems_->SetFacts(facts);
   profiler_->SetFacts(facts);
 }

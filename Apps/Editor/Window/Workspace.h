@@ -67,6 +67,8 @@ class Workspace : public QObject {
   void Connect();
   void TakeResult(const std::shared_ptr<const ScEng::ShownResult>& result);
   void TakeFacts(const std::vector<ScEng::NodeFacts>& facts);
+  /// Tells the lists of what was gathered.
+  void TellFacts();
   void FollowSelection();
   void GoToNode(const QString& id);
   void ShowHelp(const QString& type_name);
@@ -88,6 +90,8 @@ class Workspace : public QObject {
   DockFrames& frames_;
   QTimer journal_timer_;
   QTimer selection_timer_;
+  QTimer facts_timer_;
+  std::vector<ScEng::NodeFacts> gathered_facts_;
   QString journal_problem_;
   /// Goes with the window's middle, if that goes first.
   QPointer<GraphCanvas> canvas_;

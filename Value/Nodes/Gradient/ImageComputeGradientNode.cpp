@@ -34,7 +34,7 @@ constinit const NodeRecord ImageComputeGradientNode::kRecord{
     .icon = "Gradient",
     .group = "Shape",
     .sentence = "Gives the slope of a value image along x and along y.",
-    .keywords = "slope,derivative,normal,sobel,steep,steepness,incline,tilt,edge,hillshade,shaded relief",
+    .keywords = "slope,derivative,normal,sobel,steep,steepness,cliff,incline,tilt,edge,hillshade,shaded relief",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kOutputs,
