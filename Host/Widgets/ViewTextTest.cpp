@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Host/Image/ImageMetadata.h"
+#include "Host/Viewing/ViewImage.h"
 #include "Tests/Support/HostTesting.h"
 
 namespace ScEng {
