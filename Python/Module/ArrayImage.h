@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <optional>
+
+#include "Python/Module/SharedImage.h"
+
+namespace ValuePython {
+
+/// Whether an object may stand for an image: an array of numpy, or what says that it can be read as one. Lists do not,
+/// since a list of images is easily given by mistake.
+bool IsArrayLike(pybind11::handle object);
+
+/// An image of an array of shape (rows, columns) or (rows, columns, channels), or of what numpy makes one of. A dense
+/// array of native float32 lends its samples, any other is converted once. Without a mode it is that of the channels.
+///
+/// Throws TypeError for what is no array of numbers, ValueError for a shape that no image has, and OverflowError where
+/// a finite number is beyond the largest float.
+SharedImage MakeImage(pybind11::handle object, std::optional<unsigned> mode);
+
+}  // namespace ValuePython

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Host/Tools/NodeLibrary.h"
+
+namespace ValuePython {
+
+/// The node types that there are: the host's own, those of the library that comes with it, those of the libraries in
+/// the folders of VALUE_PLUGIN_PATH, and of those that were loaded since. Used with the interpreter's lock.
+class Catalog {
+ public:
+  /// Loads the libraries at the first call.
+  static Catalog& Get();
+
+  [[nodiscard]] const std::shared_ptr<const ScEng::NodeCatalog>& GetTypes() const { return types_; }
+  /// Another number whenever types have been added.
+  [[nodiscard]] std::uint64_t GetGeneration() const { return generation_; }
+
+  /// The type of that class name, display name or three numbers; a ValueError that names the closest where there is
+  /// none.
+  [[nodiscard]] const NodeInterface& Find(const std::string& written) const;
+  /// Adds the types of a library.
+  void Load(const std::filesystem::path& file);
+
+ private:
+  Catalog();
+  void LoadFolders(const std::string& folders);
+
+  std::shared_ptr<const ScEng::NodeCatalog> types_;
+  std::vector<std::shared_ptr<const ScEng::NodeCatalog>> old_types_;
+  std::uint64_t generation_ = 0;
+};
+
+/// The node library that comes with the host; where it would be, if there is none.
+std::filesystem::path FindOwnLibrary();
+
+}  // namespace ValuePython

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Python/Module/HeaderArguments.h"
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "Host/Util/ClosestName.h"
+
+namespace py = pybind11;
+
+namespace ValuePython {
+namespace {
+
+std::string Format(double number) { return py::repr(py::float_(number)).cast<std::string>(); }
+
+int ToPin(double number) {
+  const bool is_whole = number == std::floor(number);
+  if (is_whole && std::abs(number) <= std::numeric_limits<int>::max()) return static_cast<int>(number);
+  throw py::value_error("pin takes whole numbers of pixels, not " + Format(number));
+}
+
+float ToFloat(double number, const char* name) {
+  const auto narrowed = static_cast<float>(number);
+  if (std::isfinite(narrowed)) return narrowed;
+  throw py::value_error(std::string(name) + " takes finite floats, not " + Format(number));
+}
+
+}  // namespace
+
+std::optional<unsigned> HeaderArguments::FindMode() const {
+  if (!mode) return std::nullopt;
+  std::vector<std::string> words;
+  for (unsigned i = 0; i < ColorMode::kCount; ++i) {
+    words.emplace_back(ColorMode::GetName(i));
+    if (*mode == words.back()) return i;
+  }
+  throw py::value_error("there is no mode \"" + *mode + R"("; there are "color", "signed", "value", "pair")" +
+                        ScEng::SuggestClosestNames(*mode, words));
+}
+
+void HeaderArguments::ApplyTo(ImageHeader& header) const {
+  if (pin) {
+    header.pin_x = ToPin(pin->first);
+    header.pin_y = ToPin(pin->second);
+  }
+  if (pivot) {
+    header.pivot_x = ToFloat(pivot->first, "pivot");
+    header.pivot_y = ToFloat(pivot->second, "pivot");
+  }
+  if (range) {
+    header.value_low = ToFloat(range->first, "range");
+    header.value_high = ToFloat(range->second, "range");
+  }
+  if (outside) header.outside_value = static_cast<float>(*outside);
+}
+
+}  // namespace ValuePython

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <memory>
+
+#include "Host/Image/ImageMetadata.h"
+
+namespace ValuePython {
+
+/// What an image carries of its file, by name; empty for null. Blocks of bytes are "exif", "iptc", "xmp" and "icc";
+/// "coordinate_system", "geotransform", "nodata", "unit", "resolution", "resolution_unit", "display_window",
+/// "compression" and "had_opacity" have fixed forms; "entries" has everything else.
+pybind11::dict ToDict(const ScEng::ImageMetadata* metadata);
+
+/// The way back; null for an empty one. ValueError for names that there are not.
+std::shared_ptr<const ScEng::ImageMetadata> FromDict(const pybind11::dict& facts);
+
+}  // namespace ValuePython

@@ -1,0 +1,64 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Image nodes that read float samples as values.
+
+Every node type is a function of images or arrays:
+
+>>> import numpy as np
+>>> import valuenodes as vn
+>>> raised = vn.add(np.zeros((2, 3), np.float32), 0.25)
+>>> np.asarray(raised)
+array([[0.25, 0.25, 0.25],
+       [0.25, 0.25, 0.25]], dtype=float32)
+"""
+
+from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
+from ._valuenodes import Image, version as __version__
+from . import _functions
+from ._functions import *
+from ._files import write
+from ._nodes import apply, describe, nodes
+from ._settings import colormaps, doctor, load_library, set_max_size, set_threads
+
+__all__ = [
+    "DocumentError",
+    "FileError",
+    "Image",
+    "NodeError",
+    "ValueNodesError",
+    "ValueNodesWarning",
+    "apply",
+    "colormaps",
+    "describe",
+    "doctor",
+    "load_library",
+    "nodes",
+    "set_max_size",
+    "set_threads",
+    "write",
+    *_functions.__all__,
+]
+
+
+def _to_png(self, *, range=None, colormap=None, size=None):
+    from ._pictures import to_png
+
+    return to_png(self, range=range, colormap=colormap, size=size)
+
+
+def _show(self, *, range=None, colormap=None):
+    from ._pictures import show
+
+    show(self, range=range, colormap=colormap)
+
+
+def _repr_png_(self):
+    from ._pictures import repr_png
+
+    return repr_png(self)
+
+
+# What is rarely needed is loaded at the first call.
+Image.__module__ = "valuenodes"
+Image.to_png = _to_png
+Image.show = _show
+Image._repr_png_ = _repr_png_

@@ -1,0 +1,93 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Images as pictures to look at."""
+
+import importlib
+import struct
+import subprocess
+import sys
+import tempfile
+import zlib
+
+from . import _valuenodes
+
+# Larger pictures than this make a notebook slow, and show no more on a screen.
+_MOST = 1024
+
+
+def _chunk(kind, content):
+    return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", zlib.crc32(kind + content))
+
+
+def to_png(image, *, range=None, colormap=None, size=None):
+    """The image as a picture in the format PNG.
+
+    Values become grey, colors stay colors, NaN is magenta.
+
+    Parameters
+    ----------
+    range : tuple of float, optional
+        The values that are shown as black and as white; without one, the range that the image declares.
+    colormap : str, optional
+        Shows values by this color ramp; `valuenodes.colormaps()` lists them.
+    size : int, optional
+        The most columns and rows of the picture; without one, as many as the image has.
+
+    Returns
+    -------
+    bytes
+    """
+    if size is not None and size < 1:
+        raise ValueError(f"to_png: size is at least 1, not {size}")
+    most = max(*image.size, 1) if size is None else size
+    width, height, pixels = _valuenodes.draw(image, range, colormap, most)
+    if not pixels:
+        raise ValueError("an image without pixels makes no picture")
+    row = width * 4
+    lines = b"".join(b"\0" + pixels[start : start + row] for start in _starts(pixels, row))
+    header = struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)
+    return (
+        b"\x89PNG\r\n\x1a\n"
+        + _chunk(b"IHDR", header)
+        + _chunk(b"IDAT", zlib.compress(lines, 6))
+        + _chunk(b"IEND", b"")
+    )
+
+
+def _starts(pixels, row):
+    # Not spelt as a call of range, which is an argument above.
+    return iter(_builtin_range(0, len(pixels), row))
+
+
+_builtin_range = range
+
+
+def repr_png(image):
+    """What notebooks show; None where there is nothing to show."""
+    return to_png(image, size=_MOST) if min(image.size) > 0 else None
+
+
+def show(image, *, range=None, colormap=None):
+    """Shows the image: in a notebook as a picture in it, elsewhere in the system's viewer of pictures.
+
+    Parameters
+    ----------
+    range, colormap
+        As for `to_png`.
+    """
+    # In a notebook it is loaded; elsewhere nobody waits for it.
+    ipython = sys.modules.get("IPython")
+    shell = ipython.get_ipython() if ipython is not None else None
+    if shell is not None and hasattr(shell, "kernel"):
+        display = importlib.import_module("IPython.display")
+        display.display(display.Image(data=to_png(image, range=range, colormap=colormap, size=_MOST)))
+        return
+    _show_file(to_png(image, range=range, colormap=colormap))
+
+
+def _show_file(png):
+    with tempfile.NamedTemporaryFile(prefix="valuenodes-", suffix=".png", delete=False) as file:
+        file.write(png)
+    try:
+        subprocess.Popen(["xdg-open", file.name], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    except OSError as error:
+        raise RuntimeError(f"there is no viewer of pictures; the picture is {file.name}") from error
