@@ -34,6 +34,8 @@ class CanvasCommands : public QObject {
   /// Connects an output and an input, given in either order, in place of what feeds the input, and of `replaced`.
   void Connect(const PlugRef& one, const PlugRef& other, const std::optional<ScEng::DocumentConnection>& replaced);
   void Disconnect(const std::vector<ScEng::DocumentConnection>& connections);
+  /// Tells why something is not done that was asked for with the mouse.
+  void Refuse(const QString& reason) { emit Failed(reason); }
 
   /// Of everything that is selected: nodes, wires and frames.
   void Remove(bool heals);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <QImage>
+#include <QListWidget>
 #include <set>
 #include <vector>
 
@@ -61,6 +62,17 @@ TEST_F(CanvasPaint, ACheckerboardShowsThroughAThumbnailWithoutOpacity) {
   EXPECT_EQ(show(1.0F), (std::set<QRgb>{qRgb(255, 0, 0)}));
   const std::set<QRgb> seen = show(0.0F);
   EXPECT_TRUE(seen.contains(qRgb(204, 204, 204)) && seen.contains(qRgb(255, 255, 255))) << seen.size();
+}
+
+TEST_F(CanvasPaint, EveryTypeHasAnIconInTheSearch) {
+  Open("{'id': 'a', 'type': 'ImageCheckerNode', 'position': [0, 0]}");
+  Trigger("add");
+  const auto* list = canvas_->findChild<QListWidget*>(QStringLiteral("canvas.search.list"));
+  ASSERT_NE(list, nullptr);
+  ASSERT_GT(list->count(), 10);
+  for (int row = 0; row < list->count(); ++row) {
+    EXPECT_FALSE(list->item(row)->icon().isNull()) << list->item(row)->text().toStdString();
+  }
 }
 
 }  // namespace

@@ -105,7 +105,11 @@ void NodePainter::PaintBody() {
   QPen pen(colors_.edge, 1.2);
   if (item_.condition_.is_in_error) pen = QPen(colors_.error, 2.0);
   if (item_.IsShown()) pen = QPen(colors_.accent, 2.0);
-  if (face.is_placeholder || !face.is_enabled) pen.setDashPattern({4, 3});
+  if (face.is_placeholder || !face.is_enabled) {
+    // Dashes need more contrast than a line to be seen beside the shadow.
+    if (pen.color() == colors_.edge) pen = QPen(MixColors(colors_.body, colors_.text, 0.5), 1.5);
+    pen.setDashPattern({4, 3});
+  }
   painter_.setPen(pen);
   painter_.setBrush(face.is_placeholder ? MixColors(colors_.body, colors_.warning, 0.10) : colors_.body);
   painter_.drawRoundedRect(body, kRadius, kRadius);

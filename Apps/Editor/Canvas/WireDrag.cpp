@@ -54,7 +54,9 @@ class WireDrag : public Drag {
     Clear();
     // The hint stays for a moment where it was while the wire was dragged.
     if (!misfit_.isEmpty()) ShowHint(view_, place, misfit_);
-    if (plug) {
+    if (plug && !misfit_.isEmpty()) {
+      view_.GetCommands().Refuse(misfit_);
+    } else if (plug) {
       view_.GetCommands().Connect(fixed_, *plug, replaced_);
     } else if (!id.empty()) {
       if (id != fixed_.node) view_.RequestChoice(fixed_, id, replaced_);
