@@ -523,8 +523,14 @@ value_add_test(EditorWindowTests
     Widgets/WidgetTesting.cpp
     "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/EditorWindowTest.cpp"
     "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/PanelWiresTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/WindowByHandTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/WindowFilesTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
+# The texts in German, which are a part of the module.
+target_compile_definitions(EditorWindowTests PRIVATE
+  VALUE_GERMAN_TEXTS="${PROJECT_BINARY_DIR}/Apps/Editor/Translations/de.qm")
+add_dependencies(EditorWindowTests ValueEditor)
 # The same, and its parts, in real windows.
 foreach(program CanvasTests EditorDocksTests EditorFilesTests EditorWindowTests ViewerWidgetTests)
   add_test(NAME ${program}InWindows

@@ -9,6 +9,7 @@
 #include "Apps/Editor/Terrain/TerrainTesting.h"
 #include "Apps/Editor/Terrain/TerrainView.h"
 #include "Tests/Support/HostTesting.h"
+#include "Tests/Widgets/MouseTesting.h"
 #include "Tests/Widgets/WidgetTesting.h"
 
 namespace {
@@ -165,6 +166,41 @@ TEST_F(TerrainPictures, FollowExaggeration) {
   const QImage usual = view_.Grab();
   view_.SetSettings({5.0, 315.0, 45.0, false});
   EXPECT_NE(view_.Grab(), usual);
+}
+
+TEST_F(TerrainPictures, FollowMouseKeysAndSettings) {
+  SetFormula(65, [](int x, int y) { return 0.5 + 0.3 * std::sin(x * 0.2) * std::cos(y * 0.3); });
+  QImage before = view_.Grab();
+  const auto expect_change = [&](const char* what) {
+    QImage now = view_.Grab();
+    EXPECT_NE(now, before) << what;
+    before = std::move(now);
+  };
+  const QPointF middle = canvas_.rect().center();
+  WidgetTest::Drag(canvas_, middle, middle + QPointF(40, -60));
+  expect_change("orbit");
+  const double target = canvas_.GetCamera().GetTargetX();
+  WidgetTest::Drag(canvas_, middle, middle + QPointF(40, 0), Qt::RightButton);
+  EXPECT_NE(canvas_.GetCamera().GetTargetX(), target);
+  expect_change("pan");
+  WidgetTest::Wheel(canvas_, middle, 3);
+  expect_change("zoom");
+  QTest::keyClick(&canvas_, Qt::Key_Minus);
+  expect_change("zoom by key");
+  QTest::mouseClick(WidgetTest::Find<QToolButton>(view_, "settings"), Qt::LeftButton);
+  const auto type = [&](const char* name, const char* text) {
+    auto* field = WidgetTest::Find<QDoubleSpinBox>(view_, name);
+    ASSERT_TRUE(field->isVisible()) << name;
+    WidgetTest::Type(field, text);
+    QTest::keyClick(field, Qt::Key_Return);
+    expect_change(name);
+  };
+  type("exaggeration", "3");
+  type("azimuth", "90");
+  type("altitude", "15");
+  QTest::keyClick(WidgetTest::Find<QDoubleSpinBox>(view_, "altitude"), Qt::Key_Escape);
+  QTest::keyClick(&canvas_, Qt::Key_Home);
+  expect_change("reset");
 }
 
 TEST_F(TerrainPictures, ComeCoarseFirstAndFineOnceAllIsStill) {

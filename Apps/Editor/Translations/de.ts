@@ -2600,6 +2600,25 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     </message>
 </context>
 <context>
+    <name>WatchMenu</name>
+    <message>
+        <source>&amp;Changed Image Files</source>
+        <translation>&amp;Geänderte Bilddateien</translation>
+    </message>
+    <message>
+        <source>&amp;Ask</source>
+        <translation>&amp;Fragen</translation>
+    </message>
+    <message>
+        <source>&amp;Read Again at Once</source>
+        <translation>&amp;Sofort neu lesen</translation>
+    </message>
+    <message>
+        <source>&amp;Leave Alone</source>
+        <translation>&amp;Unverändert lassen</translation>
+    </message>
+</context>
+<context>
     <name>WireDrag</name>
     <message>
         <source>No output here fits: %1</source>

@@ -15,6 +15,7 @@
 #include "Apps/Editor/Files/RecentFiles.h"
 #include "Apps/Editor/Files/Settings.h"
 #include "Apps/Editor/Files/ShortcutsDialog.h"
+#include "Apps/Editor/Files/WatchMenu.h"
 #include "Apps/Editor/Window/EditorWindow.h"
 
 void EditorWindow::FollowThumbnails() {
@@ -66,11 +67,13 @@ void EditorWindow::MakeFileMenu() {
   connect(Add(menu, tr("&Save"), "file.save", QKeySequence::Save), &QAction::triggered, this, &EditorWindow::Save);
   connect(Add(menu, tr("Save &As…"), "file.save_as", QKeySequence(QStringLiteral("Ctrl+Shift+S"))), &QAction::triggered,
           this, &EditorWindow::SaveAs);
+  watch_menu_ = new WatchMenu(GetSettingsFile(), &menu);
   revert_ = Add(menu, tr("Re&vert"), "file.revert", {});
   connect(revert_, &QAction::triggered, this, &EditorWindow::Revert);
   menu.addSeparator();
   connect(Add(menu, tr("&Write All Outputs"), "file.write", QKeySequence(QStringLiteral("Ctrl+E"))),
           &QAction::triggered, this, &EditorWindow::WriteAll);
+  menu.addMenu(watch_menu_);
   menu.addSeparator();
   connect(Add(menu, tr("&Quit"), "file.quit", QKeySequence(QStringLiteral("Ctrl+Q"))), &QAction::triggered, this,
           &QWidget::close);
@@ -170,7 +173,10 @@ void EditorWindow::MakeStatusLine() {
 void EditorWindow::ShowFirstSteps() {
   if (first_steps_ == nullptr) {
     first_steps_ = new FirstSteps(this, FirstSteps::MakeSteps(), GetSettingsFile());
-    connect(first_steps_, &FirstSteps::Finished, this, [this] { restoreState(docks_before_steps_); });
+    connect(first_steps_, &FirstSteps::Finished, this, [this] {
+      restoreState(docks_before_steps_);
+      workspace_->GetCanvas().setFocus(Qt::OtherFocusReason);
+    });
   }
   docks_before_steps_ = saveState();
   // The steps point at docks, which have to be there.

@@ -31,6 +31,7 @@
 #include "Apps/Editor/Files/Settings.h"
 #include "Apps/Editor/Files/Templates.h"
 #include "Apps/Editor/Files/TemplatesDialog.h"
+#include "Apps/Editor/Files/WatchMenu.h"
 #include "Apps/Editor/Window/ViewerDock.h"
 #include "Host/Editing/Journals.h"
 #include "Host/Util/ClosestName.h"
@@ -64,6 +65,7 @@ EditorWindow::EditorWindow(const EditorRequest& request)
   setWindowTitle(tr("Value"));
   // Keeps the place of the canvas while something is asked before there is a document.
   setCentralWidget(new QWidget(this));
+  setAcceptDrops(true);
   setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor-128.png")));
   resize(request.width > 0 ? request.width : kUsualWidth, request.height > 0 ? request.height : kUsualHeight);
   MakeMenus();
@@ -185,7 +187,9 @@ void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
   if (!IsDrawn()) {
     workspace_->GetCanvas().SetUsage(settings_.value(QStringLiteral("canvas/usage")).toStringList());
   }
+  workspace_->GetCanvas().setFocus(Qt::OtherFocusReason);
   FollowThumbnails();
+  watch_menu_->Follow(workspace_->GetWatcher());
   ShowTitle();
 }
 

@@ -21,6 +21,7 @@ class QMenu;
 class QProgressBar;
 class QToolButton;
 class RecentFiles;
+class WatchMenu;
 
 /// The window of `value edit`: one document with its docks, menus and the line at the bottom.
 class EditorWindow : public QMainWindow {
@@ -99,6 +100,7 @@ class EditorWindow : public QMainWindow {
   std::unique_ptr<RecentFiles> recent_;
   QMenu* edit_menu_ = nullptr;
   QMenu* view_menu_ = nullptr;
+  WatchMenu* watch_menu_ = nullptr;
   QAction* undo_ = nullptr;
   QAction* redo_ = nullptr;
   QAction* revert_ = nullptr;

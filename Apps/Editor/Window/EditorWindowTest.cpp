@@ -23,15 +23,13 @@
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Files/FirstSteps.h"
-#include "Apps/Editor/Window/EditorTesting.h"
-#include "Apps/Editor/Window/ViewerDock.h"
-#include "Host/Widgets/ViewerWidget.h"
-#include "Tests/Support/EditTesting.h"
-#include "Tests/Widgets/WidgetTesting.h"
+#include "Apps/Editor/Window/EditorWindowTesting.h"
 
 namespace {
 
 constexpr double kLong = 300.0;
+
+class EditorWindowTest : public EditorWindowTesting {};
 
 TEST_F(EditorWindowTest, ShowsTheLastImageOfADocument) {
   Open(folder_ / "graph.json");

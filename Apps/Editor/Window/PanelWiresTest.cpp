@@ -5,15 +5,15 @@
 #include <QTest>
 
 #include "Apps/Editor/Canvas/GraphView.h"
-#include "Apps/Editor/Window/EditorTesting.h"
+#include "Apps/Editor/Window/EditorWindowTesting.h"
 
 namespace {
 
 /// The window with a number beside the graph, and the panel of the addition.
-class PanelWiresTest : public EditorWindowTest {
+class PanelWiresTest : public EditorWindowTesting {
  protected:
   void SetUp() override {
-    EditorWindowTest::SetUp();
+    EditorWindowTesting::SetUp();
     Open(folder_ / "graph.json");
     ASSERT_FALSE(Session().AddNode({Testing::kNumberNode, "number", ScEng::Point{0, 200}}).IsError());
     ASSERT_FALSE(Session().SetAttribute("number.value", "0.5").IsError());
