@@ -313,7 +313,7 @@ TEST_F(WindowFiles, OutputsAreAddedAndWrittenByKeys) {
 TEST_F(WindowFiles, WritingIsCanceledByAClick) {
   OpenForWork(folder_ / "graph.json");
   // Long enough that nobody is faster.
-  ASSERT_FALSE(Session().SetAttribute("height.frame", "0,0,8192,8192").IsError());
+  ASSERT_FALSE(Session().SetAttribute("height.frame", "0,0,4096,4096").IsError());
   ScEng::DocumentOutput output;
   output.from = "high.image";
   output.path = "large.exr";
