@@ -1889,6 +1889,10 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
         <source>Arrow keys move the image, Ctrl with arrow keys moves a cursor over its pixels</source>
         <translation>Pfeiltasten verschieben das Bild, Strg mit Pfeiltasten bewegt einen Zeiger über seine Pixel</translation>
     </message>
+    <message>
+        <source>Preview 1:%1</source>
+        <translation>Vorschau 1:%1</translation>
+    </message>
 </context>
 <context>
     <name>ScEng::ProbeTable</name>
@@ -2249,6 +2253,10 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Viewer</source>
         <translation>Bildansicht</translation>
+    </message>
+    <message>
+        <source>preview 1:%1</source>
+        <translation>Vorschau 1:%1</translation>
     </message>
 </context>
 <context>

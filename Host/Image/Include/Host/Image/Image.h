@@ -54,8 +54,8 @@ struct FreeSamples {
 using SampleBuffer = std::unique_ptr<float[], FreeSamples>;
 }  // namespace ScEng
 
-/// The host's image: float samples, channels interleaved, rows dense. Where the host allocates them, the first sample is
-/// 64-byte aligned; samples of others lie at any address of a float, so nothing that reads an image counts on more.
+/// The host's image: float samples, channels interleaved, rows dense. Where the host allocates them, the first sample
+/// is 64-byte aligned; samples of others lie at any address of a float, so nothing that reads an image counts on more.
 ///
 /// Whoever keeps an image holds an `ImagePtr`. Functions that make an image for a node to keep (`ComputeValue`,
 /// `EuclideanDistance`, `Paste`, `GpuEngine::ExecuteAmbientOcclusion`) return a pointer without a reference, to be put
