@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Python/Module/Interruption.h"
 
+#include <functional>
+
 namespace py = pybind11;
 
 namespace ValuePython {
@@ -19,7 +21,7 @@ bool IsMainThread() {
 }  // namespace
 
 Interruption::Interruption()
-    : scope_(&cancellation_, {}, IsMainThread() ? [this] { Ask(); } : ScEng::EvaluationScope::Poll()) {}
+    : scope_(&cancellation_), poll_(IsMainThread() ? [this] { Ask(); } : std::function<void()>()) {}
 
 void Interruption::Ask() {
   const py::gil_scoped_acquire lock;
