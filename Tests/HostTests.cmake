@@ -265,6 +265,9 @@ value_add_test(HostEditingTests
   SOURCES
     "${host}/Editing/Background/BackgroundEvaluatorTest.cpp"
     "${host}/Editing/Background/BackgroundRunTest.cpp"
+    "${host}/Editing/Background/PreviewMirror.cpp"
+    "${host}/Editing/Background/PreviewPlan.cpp"
+    "${host}/Editing/Background/PreviewTest.cpp"
     "${host}/Editing/Background/SessionFollower.cpp"
     "${host}/Editing/EditClipboardTest.cpp"
     "${host}/Editing/EditPropertiesTest.cpp"
@@ -274,7 +277,7 @@ value_add_test(HostEditingTests
     "${host}/Editing/KillsTest.cpp"
     "${host}/Editing/LargeDocumentTest.cpp"
     Support/WatchedMemory.cpp
-  DEPENDS ValueHost::Editing ValueHost::Nodes nlohmann_json::nlohmann_json)
+  DEPENDS ValueHost::Editing ValueHost::NodeKit ValueHost::Nodes nlohmann_json::nlohmann_json)
 
 value_add_test(HostReadingTests
   SOURCES
@@ -418,7 +421,9 @@ value_add_test(EditorDocksTests
     "${editor_docks}/AttributeTextTest.cpp"
     "${editor_docks}/AttributesDockTest.cpp"
     "${editor_docks}/DocksTest.cpp"
+    "${editor_docks}/HistoryNamesTest.cpp"
     "${editor_docks}/OutputsDockTest.cpp"
+    "${editor_docks}/PanelByHandTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(EditorDocksTests PROPERTIES AUTOMOC ON)
@@ -436,6 +441,7 @@ value_add_test(ViewerWidgetTests
     "${host}/Widgets/ViewPlacementTest.cpp"
     "${host}/Widgets/ViewText.cpp"
     "${host}/Widgets/ViewTextTest.cpp"
+    "${host}/Widgets/ViewerByHandTest.cpp"
     "${host}/Widgets/ViewerWidgetTest.cpp"
   DEPENDS ValueHost::Viewing ValueHost::Widgets Qt6::Test
   ENVIRONMENT ${widget_test_environment})
@@ -445,6 +451,7 @@ value_add_test(HostViewingTests
     "${host}/Viewing/DrawViewTest.cpp"
     "${host}/Viewing/LookTest.cpp"
     "${host}/Viewing/ProbeTest.cpp"
+    "${host}/Viewing/ReduceImageTest.cpp"
     "${host}/Viewing/ReliefTest.cpp"
     "${host}/Viewing/ViewImageTest.cpp"
   DEPENDS ValueHost::Viewing)
@@ -456,7 +463,11 @@ value_add_test(CanvasTests
     Widgets/WidgetTesting.cpp
     "${canvas}/AutoLayoutTest.cpp"
     "${canvas}/CanvasCommandsTest.cpp"
+    "${canvas}/CanvasMenuTest.cpp"
     "${canvas}/CanvasMouseTest.cpp"
+    "${canvas}/CanvasPaintTest.cpp"
+    "${canvas}/CanvasSearchTest.cpp"
+    "${canvas}/CanvasViewTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
 set_target_properties(CanvasTests PROPERTIES AUTOMOC ON)
@@ -511,10 +522,17 @@ value_add_test(EditorWindowTests
   SOURCES
     Widgets/WidgetTesting.cpp
     "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/EditorWindowTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/PanelWiresTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/WindowByHandTest.cpp"
+    "${PROJECT_SOURCE_DIR}/Apps/Editor/Window/WindowFilesTest.cpp"
   DEPENDS ValueEditorParts Qt6::Test
   ENVIRONMENT ${widget_test_environment})
-# The same, and the canvas, in real windows.
-foreach(program CanvasTests EditorWindowTests)
+# The texts in German, which are a part of the module.
+target_compile_definitions(EditorWindowTests PRIVATE
+  VALUE_GERMAN_TEXTS="${PROJECT_BINARY_DIR}/Apps/Editor/Translations/de.qm")
+add_dependencies(EditorWindowTests ValueEditor)
+# The same, and its parts, in real windows.
+foreach(program CanvasTests EditorDocksTests EditorFilesTests EditorWindowTests ViewerWidgetTests)
   add_test(NAME ${program}InWindows
     COMMAND xvfb-run -a -s "-screen 0 1600x1024x24" $<TARGET_FILE:${program}>)
   set_tests_properties(${program}InWindows PROPERTIES ENVIRONMENT "${window_test_environment}" TIMEOUT 600)

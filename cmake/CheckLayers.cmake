@@ -36,7 +36,7 @@ set(Value Math Util Image Gpu Tools Widgets NodeKit Testing)
 
 set(Apps/ContactSheet Math Util Image Files)
 set(Apps/NodePages Math Util Image Tools NodeKit Files Nodes Documents)
-set(Apps/Desktop Math Util Image Files)
+set(Apps/Desktop Math Util Image Files Tools)
 set(Apps/Editor Math Util Image Viewing Tools Widgets Files Nodes Documents Editing Apps/Desktop)
 set(Apps/Panel Math Util Image Viewing Tools Widgets Files Nodes Documents Apps/Desktop)
 set(Apps/Value Math Util Image Gpu Tools NodeKit Files Nodes Documents Testing Validation Apps/Panel/Panel.h Apps/Editor/Editor.h)

@@ -3,8 +3,10 @@
 
 #include <QApplication>
 #include <QColor>
+#include <QPainter>
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
+#include <QStyleOptionMenuItem>
 
 namespace {
 
@@ -45,10 +47,40 @@ QPalette MakePalette(const Theme& theme) {
   return palette;
 }
 
+/// Draws the borders of menus and other popups, and the lines in menus, so that they are seen on dark ground as well,
+/// where the style below draws them darker still.
+class ThemeStyle : public QProxyStyle {
+ public:
+  ThemeStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+    const bool is_popup = element == PE_Frame && widget != nullptr && widget->windowType() == Qt::Popup;
+    const bool is_menu = element == PE_PanelMenu || element == PE_FrameMenu;
+    if (!is_popup && element != PE_FrameMenu) QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (!is_popup && !is_menu) return;
+    painter->save();
+    painter->setPen(option->palette.color(QPalette::Mid));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    painter->restore();
+  }
+
+  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                   const QWidget* widget) const override {
+    const auto* item = element == CE_MenuItem ? qstyleoption_cast<const QStyleOptionMenuItem*>(option) : nullptr;
+    const bool is_line = item != nullptr && item->menuItemType == QStyleOptionMenuItem::Separator;
+    if (!is_line || !item->text.isEmpty()) return QProxyStyle::drawControl(element, option, painter, widget);
+    constexpr int kInset = 6;
+    painter->fillRect(QRect(item->rect.left() + kInset, item->rect.center().y(), item->rect.width() - 2 * kInset, 1),
+                      item->palette.color(QPalette::Mid));
+  }
+};
+
 }  // namespace
 
 bool ApplyTheme(const std::string& theme) {
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setStyle(new ThemeStyle);
   const bool is_dark =
       theme.empty() ? QApplication::palette().color(QPalette::Window).lightnessF() < 0.5F : theme == "dark";
   QApplication::setPalette(MakePalette(is_dark ? kDark : kLight));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Desktop/WindowProcess.h"
 
+#include "Host/Tools/RunningCall.h"
+
 namespace {
 
 /// Where a fatal message of Qt goes; Qt ends the process after it.
@@ -27,6 +29,9 @@ WindowProcess::Surroundings::~Surroundings() {
   tell_fatal = nullptr;
 }
 
-WindowProcess::WindowProcess(const WindowOptions& options) : surroundings_(options), application_(count_, arguments_) {}
+WindowProcess::WindowProcess(const WindowOptions& options) : surroundings_(options), application_(count_, arguments_) {
+  // Nodes are evaluated elsewhere: no crash of the window is theirs.
+  ScEng::RunningCall::HelpNobody();
+}
 
 WindowProcess::~WindowProcess() = default;

@@ -23,6 +23,14 @@ std::string FindTheme(const EditorRequest& request) {
   return settings.value(QStringLiteral("window/theme")).toString().toStdString();
 }
 
+/// What Qt writes on the buttons of dialogs. Its own translations are a package that need not be there.
+[[maybe_unused]] constexpr const char* kButtonTexts[] = {
+    QT_TRANSLATE_NOOP("QPlatformTheme", "OK"),     QT_TRANSLATE_NOOP("QPlatformTheme", "Save"),
+    QT_TRANSLATE_NOOP("QPlatformTheme", "Open"),   QT_TRANSLATE_NOOP("QPlatformTheme", "Discard"),
+    QT_TRANSLATE_NOOP("QPlatformTheme", "Cancel"), QT_TRANSLATE_NOOP("QPlatformTheme", "Close"),
+    QT_TRANSLATE_NOOP("QPlatformTheme", "&Yes"),   QT_TRANSLATE_NOOP("QPlatformTheme", "&No"),
+};
+
 /// The texts of the editor and of Qt in the user's language, where there are any.
 class Translations {
  public:

@@ -20,6 +20,7 @@
 
 #include "Apps/Panel/ApplyLine.h"
 #include "Apps/Panel/FixedRange.h"
+#include "Host/Documents/PlugName.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Tools/Guard.h"
 #include "Host/Viewing/ViewImage.h"
@@ -205,7 +206,7 @@ void PanelWindow::ShowWithoutOutput() {
   ScEng::ViewerContent content;
   const std::string id = request_.document->GetId(*request_.node);
   for (const ScEng::DocumentConnection& connection : request_.document->GetConnections()) {
-    if (connection.to.substr(0, connection.to.rfind('.')) != id || content.image != nullptr) continue;
+    if (ScEng::GetNodeOfPlug(connection.to) != id || content.image != nullptr) continue;
     ScEng::RunReport report;
     const ImagePtr image = request_.document->Evaluate(connection.from, report);
     if (!image) continue;
@@ -223,18 +224,16 @@ void PanelWindow::AddSources(ScEng::ViewerContent& content) {
   const std::string id = request_.document->GetId(*request_.node);
   std::vector<Source> sources;
   for (const ScEng::DocumentConnection& connection : request_.document->GetConnections()) {
-    const std::size_t from_dot = connection.from.rfind('.');
-    const std::size_t to_dot = connection.to.rfind('.');
-    if (connection.to.substr(0, to_dot) != id) continue;
-    const Node* source = request_.document->FindNode(connection.from.substr(0, from_dot));
+    if (ScEng::GetNodeOfPlug(connection.to) != id) continue;
+    const Node* source = request_.document->FindNode(ScEng::GetNodeOfPlug(connection.from));
     if (source == nullptr) continue;
-    Image* image = source->GetOutputImage(FindOutplug(*source, connection.from.substr(from_dot + 1)));
+    Image* image = source->GetOutputImage(FindOutplug(*source, ScEng::GetNameOfPlug(connection.from)));
     if (image == nullptr) continue;
     // What has not changed is not copied again.
     const auto known =
         std::find_if(sources_.begin(), sources_.end(), [&](const Source& own) { return own.image.Get() == image; });
     sources.push_back(known != sources_.end() ? *known : Source{ImagePtr(image), ScEng::ViewImage::Make(*image)});
-    QString name = QString::fromStdString(connection.to.substr(to_dot + 1));
+    QString name = QString::fromStdString(ScEng::GetNameOfPlug(connection.to));
     if (connection.index > 0) name += QStringLiteral(" %1").arg(connection.index + 1);
     content.inputs.emplace_back(name, sources.back().view);
   }

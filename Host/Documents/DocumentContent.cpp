@@ -46,6 +46,14 @@ bool InvolvesPlaceholder(const ConnectionEntry& connection) {
 
 }  // namespace
 
+bool DocumentEntry::IsInForce(const KeptAttribute& kept) const {
+  const Attribute* attribute = node == nullptr ? nullptr : node->GetAttribute(kept.name);
+  if (attribute == nullptr) return true;
+  const std::size_t place = attribute->GetId();
+  const bool was_set = place < set_attributes.size() && set_attributes[place];
+  return !was_set && attribute->GetValue() == attribute->GetDefault();
+}
+
 DocumentEntry* GraphDocument::Content::Find(const std::string& id) {
   const auto found = entries.find(id);
   return found == entries.end() ? nullptr : &found->second;

@@ -30,6 +30,13 @@ struct Placeholder {
   std::optional<JsonValue> attributes;
 };
 
+/// What a document says of an attribute that its node does not have, or that cannot take it.
+struct KeptAttribute {
+  std::string name;
+  JsonValue value;
+  std::string problem;
+};
+
 /// A node of a document, or a placeholder, and what the document keeps about it.
 struct DocumentEntry {
   std::string id;
@@ -52,6 +59,11 @@ struct DocumentEntry {
   std::vector<bool> gave_attributes;
   /// The attributes that were set since, by their ids; empty where none was.
   std::vector<bool> set_attributes;
+  /// Is saved again as it was written.
+  std::vector<KeptAttribute> kept_attributes;
+
+  /// Whether what is kept still stands for its attribute: until that has another value.
+  [[nodiscard]] bool IsInForce(const KeptAttribute& kept) const;
 };
 
 /// A connection by what cannot change under it: renaming a node leaves its entry in place.

@@ -83,6 +83,7 @@ struct NodeState {
   bool gave_version = false;
   std::vector<bool> gave_attributes;
   std::vector<bool> set_attributes;
+  std::vector<KeptAttribute> kept_attributes;
 };
 
 bool IsSameValue(const PlugValue& one, const PlugValue& other) {
@@ -123,6 +124,7 @@ std::shared_ptr<const NodeState> DocumentEdits::CopyNode(const std::string& id) 
   state->gave_version = entry->gave_version;
   state->gave_attributes = entry->gave_attributes;
   state->set_attributes = entry->set_attributes;
+  state->kept_attributes = entry->kept_attributes;
   return state;
 }
 
@@ -152,6 +154,7 @@ Status DocumentEdits::InsertNode(const std::string& id, const NodeState& state, 
   entry->gave_version = state.gave_version;
   entry->gave_attributes = state.gave_attributes;
   entry->set_attributes = state.set_attributes;
+  entry->kept_attributes = state.kept_attributes;
   std::rotate(At(content.ids.begin(), place), std::prev(content.ids.end()), content.ids.end());
   content.Tell(&DocumentObserver::OnNodeAdded, id);
   return {};

@@ -181,6 +181,9 @@ void GraphDocument::CheckComplete(Findings& findings) const {
       findings.AddError("node " + Quote(id) + ": " + content_->DescribeUnknownType(entry.placeholder->type));
       continue;
     }
+    for (const KeptAttribute& kept : entry.kept_attributes) {
+      if (entry.IsInForce(kept)) findings.AddError(Quote(id + "." + kept.name) + ": " + kept.problem);
+    }
     const Node& node = *entry.node;
     for (const auto use : {Attribute::StringUse::kReadPath, Attribute::StringUse::kWritePath}) {
       const Attribute* path = FindPathAttribute(node, use);

@@ -345,15 +345,22 @@ void DocumentReader::ReadAttribute(const std::string& written, const JsonValue& 
       AddNote(what + " is obsolete and ignored");
       return;
     }
-    AddError(what + ": " + document_.content_->DescribeMissingAttribute(node, written));
+    Refuse({written, value, document_.content_->DescribeMissingAttribute(node, written)}, written, entry);
     return;
   }
   std::vector<std::string> notes;
   const Status status = SetAttributeFromJson(*node.GetAttribute(id), value, notes);
   entry.gave_attributes.resize(count);
   entry.gave_attributes[id] = true;
-  if (status.IsError()) AddError(Quote(entry.id + "." + written) + ": " + status.GetMessage());
+  if (status.IsError()) Refuse({current, value, status.GetMessage()}, written, entry);
   for (const std::string& note : notes) AddNote(Quote(entry.id + "." + written) + ": " + note);
+}
+
+void DocumentReader::Refuse(KeptAttribute attribute, const std::string& written, DocumentEntry& entry) {
+  const std::string text = Quote(entry.id + "." + written) + ": " + attribute.problem;
+  if (options_.unknown_types == UnknownTypes::kRefuse) return AddError(text);
+  AddNote(text + "; it is kept as it is written");
+  entry.kept_attributes.push_back(std::move(attribute));
 }
 
 // ---- Connections and outputs ----

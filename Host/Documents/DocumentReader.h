@@ -67,6 +67,8 @@ class DocumentReader : private DocumentEvents {
                      const NodeInterface* descriptor);
   void ReadAttributes(const JsonValue& attributes, DocumentEntry& entry);
   void ReadAttribute(const std::string& written, const JsonValue& value, DocumentEntry& entry);
+  /// Reports what is said of an attribute and cannot be taken, or keeps it.
+  void Refuse(KeptAttribute attribute, const std::string& written, DocumentEntry& entry);
   void ReadConnection(const JsonValue& connection, std::size_t index, const std::string& place);
   void ReadOutput(const JsonValue& output, std::size_t index, const std::string& place);
   void ReadFrame(const JsonValue& frame, const std::string& place);

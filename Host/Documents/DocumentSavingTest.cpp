@@ -239,6 +239,43 @@ TEST(DocumentSavingTest, PlaceholdersKeepAllThatTheDocumentSays) {
   EXPECT_EQ(SaveLoaded(text, {ScEng::UnknownTypes::kKeep}), text);
 }
 
+TEST(DocumentSavingTest, KeepsWhatAttributesCannotTake) {
+  const std::string text = Quoted(R"({
+  'format': 'value-graph',
+  'version': 2,
+  'nodes': [
+    {'id': 'a', 'type': 'ImageValueAddNode', 'attributes': {'constant': 'much', 'depth': [1, {'b': null}]}},
+    {'id': 'n', 'type': 'NumberNode', 'attributes': {'value': 3}}
+  ]
+}
+)");
+  GraphDocument document(GetCatalog());
+  const Findings findings = LoadText(document, text, {ScEng::UnknownTypes::kKeep});
+  EXPECT_TRUE(findings.errors.empty());
+  ASSERT_EQ(findings.notes.size(), 2U);
+  EXPECT_TRUE(Contains(findings.notes[0], "\"a.constant\"")) << findings.notes[0];
+  EXPECT_TRUE(Contains(findings.notes[1], "\"a.depth\"")) << findings.notes[1];
+  EXPECT_EQ(document.FindNode("a")->GetAttribute("constant")->GetValue().GetNumber(), 0.0);
+  EXPECT_EQ(Save(document), text);
+  // Under another name as well, and it is told what is wrong.
+  EXPECT_FALSE(document.RenameNode("a", "sum").IsError());
+  Findings told;
+  document.CheckComplete(told);
+  ASSERT_EQ(told.errors.size(), 2U);
+  EXPECT_TRUE(Contains(told.errors[0], "\"sum.constant\"")) << told.errors[0];
+  // What is set takes its place; what has no place stays.
+  std::vector<std::string> notes;
+  EXPECT_FALSE(document.SetAttribute("sum.constant", "0", notes).IsError());
+  Findings left;
+  document.CheckComplete(left);
+  EXPECT_EQ(left.errors.size(), 1U);
+  const std::string saved = Save(document);
+  EXPECT_TRUE(Contains(saved, R"("attributes": {"constant": 0, "depth": [1, {"b": null}]})")) << saved;
+  // Where nothing is kept, both are errors.
+  GraphDocument strict(GetCatalog());
+  EXPECT_EQ(LoadText(strict, text).errors.size(), 2U);
+}
+
 // ---- Any document ----
 
 /// Makes a random document through the operations of an editor.

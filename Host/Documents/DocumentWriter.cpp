@@ -119,6 +119,13 @@ const std::string& DocumentWriter::FindTypeName(const NodeType& type) const {
 Status DocumentWriter::MakeAttributes(const DocumentEntry& entry, JsonValue& attributes) {
   for (std::size_t i = 0; i < entry.node->GetNumAttributes(); ++i) {
     const Attribute& attribute = *entry.node->GetAttribute(i);
+    const auto kept = std::find_if(
+        entry.kept_attributes.begin(), entry.kept_attributes.end(),
+        [&](const KeptAttribute& other) { return other.name == attribute.GetName() && entry.IsInForce(other); });
+    if (kept != entry.kept_attributes.end()) {
+      attributes.Add(kept->name, kept->value);
+      continue;
+    }
     const bool was_given = i < entry.gave_attributes.size() && entry.gave_attributes[i];
     if (!was_given && HasDefault(attribute)) continue;
     JsonValue value;
@@ -127,6 +134,9 @@ Status DocumentWriter::MakeAttributes(const DocumentEntry& entry, JsonValue& att
       return Status::Error(Quote(entry.id + "." + attribute.GetName()) + ": " + status.GetMessage());
     }
     attributes.Add(attribute.GetName(), std::move(value));
+  }
+  for (const KeptAttribute& kept : entry.kept_attributes) {
+    if (entry.node->GetAttribute(kept.name) == nullptr) attributes.Add(kept.name, kept.value);
   }
   return {};
 }

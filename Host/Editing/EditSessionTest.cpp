@@ -391,6 +391,29 @@ TEST(EditSessionOpenTest, ADocumentWithErrorsIsNotEdited) {
   EXPECT_EQ(findings.errors.size(), 2U);
 }
 
+TEST(EditSessionOpenTest, WhatAnAttributeCannotTakeComesBackWithUndo) {
+  const Testing::TemporaryFolder folder;
+  Testing::WriteText(folder / "a.json", Testing::MakeText("{'id': 'a', 'type': 'ImageValueAddNode', "
+                                                          "'attributes': {'constant': 'much', 'depth': 3}}"));
+  ScEng::Findings findings;
+  const auto session = EditSession::Open(Testing::GetCatalog(), folder / "a.json", folder / "state", findings);
+  ASSERT_NE(session, nullptr);
+  const std::string before = Testing::Save(session->GetDocument());
+  EXPECT_NE(before.find("\"constant\": \"much\", \"depth\": 3"), std::string::npos) << before;
+  EXPECT_FALSE(session->SetAttribute("a.constant", "0").IsError());
+  EXPECT_NE(Testing::Save(session->GetDocument()), before);
+  EXPECT_FALSE(session->Undo().IsError());
+  EXPECT_EQ(Testing::Save(session->GetDocument()), before);
+  EXPECT_FALSE(session->RemoveNodes({"a"}).IsError());
+  EXPECT_FALSE(session->Undo().IsError());
+  EXPECT_EQ(Testing::Save(session->GetDocument()), before);
+  std::vector<std::string> copies;
+  EXPECT_FALSE(session->Duplicate({"a"}, {}, true, &copies).IsError());
+  ASSERT_EQ(copies.size(), 1U);
+  EXPECT_NE(Testing::Save(session->GetDocument()).find("\"depth\": 3", before.find("\"depth\": 3") + 1),
+            std::string::npos);
+}
+
 TEST(EditSessionOpenTest, ANewDocumentGetsItsFileWhenItIsSaved) {
   const Testing::TemporaryFolder folder;
   EditSession session(Testing::GetCatalog(), folder / "state");

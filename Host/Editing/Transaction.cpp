@@ -25,16 +25,6 @@ Status MakePlaceError(const char* what, std::size_t place, std::size_t count) {
 
 }  // namespace
 
-std::string GetNodeOfPlug(const std::string& plug) {
-  const std::size_t dot = plug.rfind('.');
-  return dot == std::string::npos ? std::string() : plug.substr(0, dot);
-}
-
-std::string GetNameOfPlug(const std::string& plug) {
-  const std::size_t dot = plug.rfind('.');
-  return dot == std::string::npos ? std::string() : plug.substr(dot + 1);
-}
-
 Status UndoEdits(GraphDocument& document, const Edits& edits) {
   for (std::size_t i = edits.size(); i-- > 0;) {
     const Status status = Guarded(document, *edits[i], &Edit::Undo);

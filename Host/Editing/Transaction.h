@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Host/Documents/PlugName.h"
 #include "Host/Editing/Edit.h"
 
 namespace ScEng {
@@ -79,9 +80,5 @@ class Transaction {
   DocumentEdits exact_;
   Edits edits_;
 };
-
-/// The part of "id.name" before and after the last dot; empty where there is none.
-std::string GetNodeOfPlug(const std::string& plug);
-std::string GetNameOfPlug(const std::string& plug);
 
 }  // namespace ScEng

@@ -10,6 +10,7 @@ namespace {
 
 // The model keeps a signal handler from being the first to touch it, which would allocate memory.
 __attribute__((tls_model("initial-exec"))) constinit thread_local RunningCall running;
+__attribute__((tls_model("initial-exec"))) constinit thread_local bool helps = true;
 
 std::atomic<int> num_evaluations{0};
 // Of the evaluation that began last: enough where there is only one.
@@ -18,10 +19,12 @@ std::atomic<const RunningCall*> latest_evaluation{nullptr};
 }  // namespace
 
 RunningCall RunningCall::Find() {
-  if (running.node != nullptr || running.library != nullptr) return running;
+  if (running.node != nullptr || running.library != nullptr || !helps) return running;
   const RunningCall* const latest = latest_evaluation.load();
   return num_evaluations.load() == 1 && latest != nullptr ? *latest : running;
 }
+
+void RunningCall::HelpNobody() { helps = false; }
 
 RunningScope::RunningScope(const RunningCall& call) : outer_(running), evaluates_(call.node != nullptr) {
   if (call.operation != nullptr) running.operation = call.operation;

@@ -58,6 +58,19 @@ TEST(RunningCall, HelpersWorkForTheOnlyNodeThatIsEvaluated) {
   }).join();
 }
 
+TEST(RunningCall, AThreadThatHelpsNobodyRunsOnlyItsOwn) {
+  const RunningScope evaluation({"Evaluate", "first", nullptr});
+  std::thread([] {
+    EXPECT_STREQ(RunningCall::Find().node, "first");
+    RunningCall::HelpNobody();
+    EXPECT_EQ(RunningCall::Find().node, nullptr);
+    EXPECT_EQ(RunningCall::Find().operation, nullptr);
+    const RunningScope own({"GetName", "second", nullptr});
+    EXPECT_STREQ(RunningCall::Find().node, "second");
+  }).join();
+  EXPECT_STREQ(RunningCall::Find().node, "first");
+}
+
 TEST(RunningCall, AThrowingCallLeavesNothingBehind) {
   EXPECT_TRUE(ScEng::CallGuarded("GetName", [] {
                 EXPECT_STREQ(RunningCall::Find().operation, "GetName");

@@ -21,22 +21,8 @@ void PollCancellation() {
 
 bool IsCancellable() { return GetWorkContext() != nullptr; }
 
-namespace {
-
-// The least time between two calls of one function of a scope.
-constexpr auto kPause = std::chrono::milliseconds(10);
-
-}  // namespace
-
-void WorkContext::Ask() {
-  if (!poll || !IsOwnThread()) return;
-  const auto now = std::chrono::steady_clock::now();
-  if (now - polled_at < kPause) return;
-  polled_at = now;
-  poll();
-}
-
 void WorkContext::Tell(double fraction) {
+  constexpr auto kPause = std::chrono::milliseconds(10);
   if (!progress || fraction <= told) return;
   const auto now = std::chrono::steady_clock::now();
   if (now - told_at < kPause) return;
@@ -45,12 +31,11 @@ void WorkContext::Tell(double fraction) {
   progress(fraction);
 }
 
-EvaluationScope::EvaluationScope(const Cancellation* cancellation, Progress progress, Poll poll)
+EvaluationScope::EvaluationScope(const Cancellation* cancellation, Progress progress)
     : context_(std::make_unique<WorkContext>()), outer_(GetWorkContext()) {
   context_->cancellation = cancellation;
   context_->outer = outer_;
   context_->progress = std::move(progress);
-  context_->poll = std::move(poll);
   GetWorkContext() = context_.get();
 }
 

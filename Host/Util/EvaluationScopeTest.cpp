@@ -12,6 +12,7 @@
 
 #include "Host/Util/ParallelFor.h"
 #include "Host/Util/ParallelRows.h"
+#include "Host/Util/PollScope.h"
 #include "Host/Util/ThreadPool.h"
 #include "Tests/Support/HostTesting.h"
 
@@ -178,11 +179,12 @@ TEST(Cancellation, IsSeenByLoopsOnThreadsOfThePool) {
   EXPECT_TRUE(scope.WasStopped());
 }
 
-TEST(EvaluationScope, AsksItsOwnThreadWhetherToStop) {
+TEST(PollScope, AsksItsOwnThreadWhetherToStop) {
   Cancellation cancellation;
   std::size_t asked = 0;
   const auto own_thread = std::this_thread::get_id();
-  const EvaluationScope scope(&cancellation, {}, [&] {
+  const EvaluationScope scope(&cancellation);
+  const ScEng::PollScope poll([&] {
     EXPECT_EQ(std::this_thread::get_id(), own_thread);
     if (++asked == 3) cancellation.Request();
   });
@@ -194,11 +196,12 @@ TEST(EvaluationScope, AsksItsOwnThreadWhetherToStop) {
   EXPECT_TRUE(scope.WasStopped());
 }
 
-TEST(EvaluationScope, AsksForItsInnerScopesToo) {
-  Cancellation outer_request;
-  Cancellation inner_request;
-  const EvaluationScope outer(&outer_request, {}, [&] { outer_request.Request(); });
-  const EvaluationScope inner(&inner_request);
+TEST(PollScope, AsksForTheScopesAroundItToo) {
+  Cancellation request;
+  const EvaluationScope outer(&request);
+  const ScEng::PollScope poll([&] { request.Request(); });
+  const EvaluationScope inner(nullptr);
+  const ScEng::PollScope none({});
   const auto work = [] {
     for (;;) PollCancellation();
   };

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Host/Util/LogOutput.h"
+
 namespace {
 
 Log::Level FromSpdlog(spdlog::level::level_enum level) {
@@ -106,7 +108,9 @@ void Log::Error(const char* format, ...) {
 
 void Log::SetLevel(Level level) { GetLogger().logger->set_level(ToSpdlog(level)); }
 
-void Log::SetPrints(bool prints) { GetLogger().console->set_level(prints ? spdlog::level::trace : spdlog::level::off); }
+void ScEng::SetLogPrints(bool prints) {
+  GetLogger().console->set_level(prints ? spdlog::level::trace : spdlog::level::off);
+}
 
 void Log::SetSink(std::function<void(Level, const std::string&)> sink) {
   GetLogger().function_sink->SetFunction(std::move(sink));

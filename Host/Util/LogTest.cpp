@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "Host/Util/LogOutput.h"
+
 namespace {
 
 using Entry = std::pair<Log::Level, std::string>;
@@ -60,9 +62,9 @@ TEST_F(LogTest, TellsTheLevels) {
 TEST_F(LogTest, PrintsOnlyWhereItIsTo) {
   testing::internal::CaptureStderr();
   Log::Warning("printed");
-  Log::SetPrints(false);
+  ScEng::SetLogPrints(false);
   Log::Warning("kept");
-  Log::SetPrints(true);
+  ScEng::SetLogPrints(true);
   Log::Error("again");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "warning: printed\nerror: again\n");
   EXPECT_EQ(entries_.size(), 3U);

@@ -10,6 +10,7 @@
 
 #include "Host/Util/Cancellation.h"
 #include "Host/Util/EvaluationScope.h"
+#include "Host/Util/PollScope.h"
 
 namespace ScEng {
 
@@ -23,7 +24,7 @@ struct WorkContext {
   }
 
   void Poll() {
-    for (WorkContext* context = this; context != nullptr; context = context->outer) context->Ask();
+    PollScope::Ask();
     if (!IsToStop()) return;
     was_stopped.store(true, std::memory_order_relaxed);
     throw Canceled();
@@ -33,16 +34,10 @@ struct WorkContext {
 
   /// For the thread of the scope alone.
   void Tell(double fraction);
-  /// Calls `poll` where it is time to and this is its thread.
-  void Ask();
 
   const Cancellation* cancellation = nullptr;
-  WorkContext* outer = nullptr;
+  const WorkContext* outer = nullptr;
   std::atomic<bool> was_stopped{false};
-
-  // ---- Questions whether to stop, of the thread of the scope alone ----
-  EvaluationScope::Poll poll;
-  std::chrono::steady_clock::time_point polled_at = std::chrono::steady_clock::now();
 
   // ---- Progress, of the thread of the scope alone ----
   EvaluationScope::Progress progress;

@@ -22,9 +22,9 @@ namespace {
 
 /// The level of which a drawn pixel covers one to two pixels each way.
 int ChooseLevel(const ViewImage& image, double zoom) {
-  if (!(zoom > 0.0)) return 0;
+  const double first = image.GetFirstLevel();
   const double last = image.GetNumLevels() - 1;
-  return static_cast<int>(std::clamp(std::floor(-std::log2(zoom)), 0.0, last));
+  return static_cast<int>(zoom > 0.0 ? std::clamp(std::floor(-std::log2(zoom)), first, last) : first);
 }
 
 /// The columns and rows of a view.
@@ -40,7 +40,7 @@ struct DrawnGrid {
                                    double start, int count, bool is_x) const {
     const ViewImage::Level from = image.GetLevel(level);
     DrawnSide side;
-    side.size = is_x ? image.GetImage().GetSizeX() : image.GetImage().GetSizeY();
+    side.size = is_x ? image.GetHeader().size_x : image.GetHeader().size_y;
     side.level_size = is_x ? from.size_x : from.size_y;
     side.level = level;
     side.start = start;
@@ -88,7 +88,8 @@ class ViewPainter {
         range_(GetShownRange(image, look)),
         samples_(ChooseSamples(image.GetImage().GetColorMode(), look)),
         is_relief_(look.shading == Shading::kHillshade || look.shading == Shading::kSlope),
-        grid_(image, look, transform, target, transform.zoom < 1.0),
+        // A preview has no pixels to tell from each other.
+        grid_(image, look, transform, target, transform.zoom < 1.0 || image.IsPreview()),
         shades_(look, range_) {
     const double step = ChooseContourStep(look, range_);
     if (!look.contours || !(step > 0.0) || grid_.columns.IsEmpty()) return;

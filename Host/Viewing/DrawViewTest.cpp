@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "Host/Viewing/ReduceImage.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/ViewTesting.h"
 
@@ -286,6 +287,30 @@ TEST(DrawView, DoesNotDependOnThreads) {
     }
   }
   EXPECT_EQ(rows[0], rows[1]);
+}
+
+TEST(DrawView, DrawsPreviewsAsTheImageFromAfar) {
+  const auto view = MakeValues(203, 77, [](int x, int y) { return std::sin(x * 0.1) * std::cos(y * 0.07); });
+  const auto preview = ScEng::ViewImage::MakePreview(*ScEng::ReduceImage(view->GetImage(), 2), 2, view->GetHeader());
+  const Look look{
+      .range = RangeSource::kAbsolute, .shading = Shading::kHillshade, .contours = true, .contour_step = 0.2};
+  for (const ViewTransform& transform : {ViewTransform{0, 0, 0.25}, {-3.5, 2, 0.2}, {10, 10, 0.1}}) {
+    const DrawnPicture whole(*view, look, transform, 60, 24);
+    const DrawnPicture drawn(*preview, look, transform, 60, 24);
+    for (int y = 0; y < 24; ++y) EXPECT_EQ(drawn.GetRow(y), whole.GetRow(y)) << transform.zoom << ", row " << y;
+  }
+}
+
+TEST(DrawView, BlendsThePixelsOfAPreview) {
+  // Two samples of 8 pixels each, whose middles are at 4 and 12.
+  ImageHeader header = ImageHeader::Fresh(16, 8, ColorMode::kValue);
+  const auto preview = ScEng::ViewImage::MakePreview(*MakeImage(2, 1, ColorMode::kValue, {0.0F, 1.0F}), 3, header);
+  const DrawnPicture picture(*preview, {}, {0, 0, 1}, 16, 8);
+  EXPECT_EQ(picture.Get(0, 0), kBlack);
+  EXPECT_EQ(picture.Get(3, 7), kBlack);
+  // 255 * (8.5 - 4) / 8
+  EXPECT_EQ(picture.Get(8, 4), Gray(143));
+  EXPECT_EQ(picture.Get(12, 0), kWhite);
 }
 
 }  // namespace

@@ -16,11 +16,13 @@ PixelReading ReadPixel(const ViewImage& image, int x, int y) {
   PixelReading reading;
   reading.x = x;
   reading.y = y;
-  if (x < 0 || y < 0 || x >= samples.GetSizeX() || y >= samples.GetSizeY()) return reading;
+  const ImageHeader& header = image.GetHeader();
+  if (x < 0 || y < 0 || x >= header.size_x || y >= header.size_y) return reading;
   reading.is_inside = true;
   reading.channels = samples.GetNumChannels();
-  const std::size_t place =
-      static_cast<std::size_t>(y) * static_cast<std::size_t>(samples.GetSizeX()) + static_cast<std::size_t>(x);
+  const auto column = static_cast<std::size_t>(x / image.GetReduction());
+  const auto row = static_cast<std::size_t>(y / image.GetReduction());
+  const std::size_t place = row * static_cast<std::size_t>(samples.GetSizeX()) + column;
   const float* const pixel = samples.GetConstArray() + place * static_cast<std::size_t>(reading.channels);
   std::copy_n(pixel, reading.channels, std::begin(reading.samples));
   reading.value = ValueOfPixel(pixel, samples.GetColorMode());

@@ -10,5 +10,6 @@ void ReduceRows(const float* top, const float* bottom, int size, int channels, f
 
 /// The length that a row has when it is halved.
 constexpr int Halve(int size) { return size / 2 + size % 2; }
+constexpr int HalveOften(int size, int times) { return times > 0 ? HalveOften(Halve(size), times - 1) : size; }
 
 }  // namespace ScEng

@@ -6,12 +6,13 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
-#include <mutex>
+#include <stdexcept>
 #include <utility>
 
 #include "Host/Util/Cancellation.h"
 #include "Host/Util/ParallelReduce.h"
 #include "Host/Viewing/LevelStack.h"
+#include "Host/Viewing/Reduction.h"
 #include "Host/Viewing/RowFigures.h"
 #include "Host/Viewing/SmallCopy.h"
 
@@ -64,7 +65,9 @@ struct ViewImage::Implementation {
   /// Sets a row of the copy.
   using SetRow = std::function<void(int row, float* to)>;
 
-  Implementation(const ImageHeader& header, const SetRow& set_row) : levels(header) {
+  Implementation(const ImageHeader& samples, const SetRow& set_row) : Implementation(samples, set_row, samples, 0) {}
+  Implementation(const ImageHeader& samples, const SetRow& set_row, const ImageHeader& whole, int first)
+      : levels(samples), header(whole), first_level(first) {
     MakeLevels(set_row);
     CountValues();
   }
@@ -73,6 +76,8 @@ struct ViewImage::Implementation {
   void CountValues();
 
   LevelStack levels;
+  ImageHeader header;
+  int first_level;
   ViewFigures figures;
   ViewHistogram histogram;
   std::array<SampleRange, 4> channels;
@@ -132,15 +137,22 @@ void ViewImage::Implementation::CountValues() {
 }
 
 std::shared_ptr<const ViewImage> ViewImage::Make(const Image& image) {
+  return MakePreview(image, 0, image.GetImageHeader());
+}
+
+std::shared_ptr<const ViewImage> ViewImage::MakePreview(const Image& reduced, int halvings, const ImageHeader& header) {
+  const bool is_of_size = reduced.GetSizeX() == HalveOften(header.size_x, halvings) &&
+                          reduced.GetSizeY() == HalveOften(header.size_y, halvings);
+  if (!is_of_size) throw std::invalid_argument("the preview is not of the size of the image");
   const std::size_t row_samples =
-      static_cast<std::size_t>(image.GetSizeX()) * static_cast<std::size_t>(image.GetNumChannels());
-  const float* const samples = image.GetConstArray();
+      static_cast<std::size_t>(reduced.GetSizeX()) * static_cast<std::size_t>(reduced.GetNumChannels());
+  const float* const samples = reduced.GetConstArray();
   const auto copy_row = [&](int row, float* to) {
     if (row_samples == 0) return;
     std::memcpy(to, samples + static_cast<std::size_t>(row) * row_samples, row_samples * sizeof(float));
   };
-  auto implementation = std::make_unique<Implementation>(image.GetImageHeader(), copy_row);
-  implementation->levels.GetImage().SetMetadata(image.GetMetadata());
+  auto implementation = std::make_unique<Implementation>(reduced.GetImageHeader(), copy_row, header, halvings);
+  implementation->levels.GetImage().SetMetadata(reduced.GetMetadata());
   return std::shared_ptr<const ViewImage>(new ViewImage(std::move(implementation)));
 }
 
@@ -157,10 +169,14 @@ ViewImage::~ViewImage() = default;
 
 const Image& ViewImage::GetImage() const { return implementation_->levels.GetLevel(0); }
 
-int ViewImage::GetNumLevels() const { return implementation_->levels.GetNumLevels(); }
+const ImageHeader& ViewImage::GetHeader() const { return implementation_->header; }
+
+int ViewImage::GetFirstLevel() const { return implementation_->first_level; }
+
+int ViewImage::GetNumLevels() const { return GetFirstLevel() + implementation_->levels.GetNumLevels(); }
 
 ViewImage::Level ViewImage::GetLevel(int level) const {
-  const Image& image = implementation_->levels.GetLevel(level);
+  const Image& image = implementation_->levels.GetLevel(std::max(0, level - GetFirstLevel()));
   return {image.GetConstArray(), image.GetSizeX(), image.GetSizeY()};
 }
 
@@ -176,12 +192,13 @@ const ViewHistogram& ViewImage::GetHistogram() const { return implementation_->h
 
 ViewFigures MeasureBox(const ViewImage& image, const PixelBox& box) {
   const Image& samples = image.GetImage();
-  const auto cut = [](int from, int length, int size) {
-    const std::int64_t end = static_cast<std::int64_t>(from) + std::max(0, length);
-    return std::pair<std::size_t, std::size_t>(std::clamp(from, 0, size), std::clamp<std::int64_t>(end, 0, size));
+  const std::int64_t step = image.GetReduction();
+  const auto cut = [&](int from, int length, int size) {
+    const std::int64_t end = std::clamp<std::int64_t>(std::int64_t{from} + std::max(0, length), 0, size);
+    return std::pair<std::size_t, std::size_t>(std::clamp(from, 0, size) / step, (end + step - 1) / step);
   };
-  const auto [left, right] = cut(box.left, box.width, samples.GetSizeX());
-  const auto [top, bottom] = cut(box.top, box.height, samples.GetSizeY());
+  const auto [left, right] = cut(box.left, box.width, image.GetHeader().size_x);
+  const auto [top, bottom] = cut(box.top, box.height, image.GetHeader().size_y);
   if (left >= right || top >= bottom) return {};
 
   const auto channels = static_cast<std::size_t>(samples.GetNumChannels());

@@ -6,9 +6,11 @@
 #include <cmath>
 #include <cstring>
 #include <numeric>
+#include <stdexcept>
 
 #include "Host/Image/ImageMetadata.h"
 #include "Host/Util/EvaluationScope.h"
+#include "Host/Viewing/Probe.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/ViewTesting.h"
 
@@ -323,6 +325,59 @@ TEST(ViewImage, StopsWhenItIsAsked) {
   const EvaluationScope scope(&cancellation);
   EXPECT_THROW(ViewImage::Make(*image), ScEng::Canceled);
   EXPECT_THROW(ViewImage::MakeSmall(*image, 100), ScEng::Canceled);
+}
+
+// ---- Previews ----
+
+/// Of an image of 10 by 3 pixels that lies at (100, -20): samples of 4 by 4 pixels, with less at the edges.
+std::shared_ptr<const ViewImage> MakeSmallPreview() {
+  ImageHeader header = ImageHeader::Fresh(10, 3, ColorMode::kValue);
+  header.pin_x = 100;
+  header.pin_y = -20;
+  return ViewImage::MakePreview(*MakeImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 5.0F}), 2, header);
+}
+
+TEST(Preview, HasTheSizeAndPlaceOfTheImage) {
+  const auto preview = MakeSmallPreview();
+  EXPECT_TRUE(preview->IsPreview());
+  EXPECT_EQ(preview->GetReduction(), 4);
+  EXPECT_EQ(preview->GetHeader().size_x, 10);
+  EXPECT_EQ(preview->GetHeader().GetBox(), (ScEng::Box2I{100, -20, 110, -17}));
+  EXPECT_EQ(preview->GetImage().GetSizeX(), 3);
+  const auto image = ViewImage::Make(*MakeImage(3, 1, ColorMode::kValue, {1.0F, 2.0F, 5.0F}));
+  EXPECT_FALSE(image->IsPreview());
+  EXPECT_EQ(image->GetReduction(), 1);
+  EXPECT_EQ(image->GetHeader().size_x, 3);
+}
+
+TEST(Preview, HasNoLevelsBeforeItsFirst) {
+  const auto preview = MakeSmallPreview();
+  EXPECT_EQ(preview->GetFirstLevel(), 2);
+  EXPECT_EQ(preview->GetNumLevels(), 3);
+  for (int level = 0; level < 3; ++level) EXPECT_EQ(GetLevel(*preview, level), (std::vector<float>{1, 2, 5}));
+}
+
+TEST(Preview, ReadsTheSampleThatStandsForAPixel) {
+  const auto preview = MakeSmallPreview();
+  EXPECT_EQ(ScEng::ReadPixel(*preview, 3, 2).value, 1.0F);
+  EXPECT_EQ(ScEng::ReadPixel(*preview, 4, 0).value, 2.0F);
+  EXPECT_EQ(ScEng::ReadPixel(*preview, 9, 2).value, 5.0F);
+  EXPECT_FALSE(ScEng::ReadPixel(*preview, 10, 0).is_inside);
+  EXPECT_FALSE(ScEng::ReadPixel(*preview, 0, 3).is_inside);
+}
+
+TEST(Preview, MeasuresTheSamplesThatAPartTouches) {
+  const auto preview = MakeSmallPreview();
+  EXPECT_EQ(MeasureBox(*preview, {3, 0, 2, 1}).mean, 1.5);
+  EXPECT_EQ(MeasureBox(*preview, {8, 2, 100, 100}).mean, 5.0);
+  EXPECT_EQ(MeasureBox(*preview, {-5, -5, 5, 5}).values, 0U);
+  EXPECT_EQ(preview->GetFigures().values, 3U);
+}
+
+TEST(Preview, IsOfTheSizeOfTheImage) {
+  const auto small = MakeImage(2, 1, ColorMode::kValue, {1.0F, 2.0F});
+  EXPECT_THROW(ViewImage::MakePreview(*small, 2, ImageHeader::Fresh(9, 4, ColorMode::kValue)), std::invalid_argument);
+  EXPECT_NO_THROW(ViewImage::MakePreview(*small, 2, ImageHeader::Fresh(8, 4, ColorMode::kValue)));
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ namespace ScEng {
 // ---- Drawing ----
 
 QPoint ImageView::Implementation::GetCorner(const ViewImage& image) const {
-  const Box2I box = image.GetImage().GetBox();
+  const Box2I box = image.GetHeader().GetBox();
   return {static_cast<int>(box.left), static_cast<int>(box.top)};
 }
 
@@ -30,8 +30,8 @@ QRectF ImageView::Implementation::GetArea(const Probe& probe) const {
 
 void ImageView::Implementation::FollowExtent() {
   if (image_ == nullptr) return;
-  const Image& image = image_->GetImage();
-  QRectF extent(0.0, 0.0, image.GetSizeX(), image.GetSizeY());
+  const ImageHeader& header = image_->GetHeader();
+  QRectF extent(0.0, 0.0, header.size_x, header.size_y);
   if (look_.tiled) extent.adjust(-extent.width(), -extent.height(), extent.width(), extent.height());
   placement_.SetExtent(extent);
   TellZoom();
@@ -75,15 +75,22 @@ void ImageView::Implementation::Paint(QPainter& painter) {
   }
   if (is_split) DrawWipe(painter, wipe_ * view_.width(), view_.height(), drag_ == Drag::kWipe, view_.palette());
   DrawMessage(painter, view_.rect(), message_, image_ != nullptr, view_.palette());
-  if (is_busy_) {
-    const QString text = fraction_ < 0.0 ? ImageView::tr("Computing…")
-                                         : ImageView::tr("Computing… %1 %").arg(std::lround(fraction_ * 100.0));
-    DrawBusy(painter, view_.rect(), text, fraction_, view_.palette());
-  }
+  const bool is_preview = image_ != nullptr && image_->IsPreview();
+  if (is_busy_ || is_preview) DrawBusy(painter, view_.rect(), DescribeState(), fraction_, view_.palette());
   if (!view_.hasFocus()) return;
   painter.setPen(QPen(view_.palette().color(QPalette::Highlight), 2.0));
   painter.setBrush(Qt::NoBrush);
   painter.drawRect(QRectF(view_.rect()).adjusted(1.0, 1.0, -1.0, -1.0));
+}
+
+QString ImageView::Implementation::DescribeState() const {
+  QStringList parts;
+  if (image_ != nullptr && image_->IsPreview()) parts.append(ImageView::tr("Preview 1:%1").arg(image_->GetReduction()));
+  if (is_busy_) {
+    parts.append(fraction_ < 0.0 ? ImageView::tr("Computing…")
+                                 : ImageView::tr("Computing… %1 %").arg(std::lround(fraction_ * 100.0)));
+  }
+  return parts.join(QStringLiteral("  ·  "));
 }
 
 void ImageView::Implementation::PaintProbes(QPainter& painter) const {
@@ -120,8 +127,7 @@ void ImageView::SetImage(std::shared_ptr<const ViewImage> image) {
     // What is under the cursor may be another value, or nothing.
     const auto& shown = implementation_->image_;
     const QPoint at = *implementation_->cursor_;
-    const bool is_there =
-        shown != nullptr && at.x() < shown->GetImage().GetSizeX() && at.y() < shown->GetImage().GetSizeY();
+    const bool is_there = shown != nullptr && at.x() < shown->GetHeader().size_x && at.y() < shown->GetHeader().size_y;
     implementation_->cursor_.reset();
     implementation_->SetCursorPixel(is_there ? std::optional<QPoint>(at) : std::nullopt,
                                     implementation_->is_key_cursor_);

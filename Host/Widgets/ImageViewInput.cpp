@@ -108,7 +108,7 @@ bool ImageView::Implementation::IsOnWipe(const QPointF& at) const {
 
 QRect ImageView::Implementation::FindBand(const QPointF& at) const {
   if (image_ == nullptr) return {};
-  const QRect whole(0, 0, image_->GetImage().GetSizeX(), image_->GetImage().GetSizeY());
+  const QRect whole(0, 0, image_->GetHeader().size_x, image_->GetHeader().size_y);
   const QPoint from = Floor(placement_.ToImage(pressed_));
   if ((at - pressed_).manhattanLength() < kDragStart) {
     const std::optional<QPoint> pixel = FindPixel(pressed_);
@@ -122,8 +122,8 @@ QRect ImageView::Implementation::FindBand(const QPointF& at) const {
 
 std::optional<QPoint> ImageView::Implementation::FindPixel(const QPointF& at) const {
   if (image_ == nullptr) return std::nullopt;
-  const int across = image_->GetImage().GetSizeX();
-  const int down = image_->GetImage().GetSizeY();
+  const int across = image_->GetHeader().size_x;
+  const int down = image_->GetHeader().size_y;
   QPoint pixel = Floor(placement_.ToImage(at));
   if (look_.tiled && across > 0 && down > 0) {
     const bool is_seen = pixel.x() >= -across && pixel.x() < 2 * across && pixel.y() >= -down && pixel.y() < 2 * down;
@@ -252,8 +252,8 @@ bool ImageView::Implementation::TakeProbeKey(int key) {
 
 void ImageView::Implementation::MoveCursor(const QPoint& by) {
   if (image_ == nullptr) return;
-  const int across = image_->GetImage().GetSizeX();
-  const int down = image_->GetImage().GetSizeY();
+  const int across = image_->GetHeader().size_x;
+  const int down = image_->GetHeader().size_y;
   if (across < 1 || down < 1) return;
   QPoint pixel = cursor_ ? *cursor_ + by : Floor(placement_.ToImage(placement_.GetMiddle()));
   pixel.setX(std::clamp(pixel.x(), 0, across - 1));

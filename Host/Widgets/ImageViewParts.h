@@ -70,6 +70,8 @@ class ImageView::Implementation {
   enum class Drag { kNone, kPan, kWipe, kNewProbe, kMoveProbe };
 
   [[nodiscard]] ViewCanvas::Scene MakeScene(bool of_before) const;
+  /// What the corner tells while the image is not the one that was asked for.
+  [[nodiscard]] QString DescribeState() const;
   void PaintProbes(QPainter& painter) const;
   [[nodiscard]] const Probe* FindProbe(const QPointF& at) const;
   [[nodiscard]] bool IsOnWipe(const QPointF& at) const;

@@ -260,6 +260,27 @@ TEST_F(Viewed, ACheckerboardShowsThroughOpacity) {
   EXPECT_EQ(picture.pixelColor(corner + QPoint(4, 4)), picture.pixelColor(corner + QPoint(12, 12)));
 }
 
+TEST_F(Viewed, APreviewTakesThePlaceOfItsImageAndIsMarked) {
+  Open(MakeFlat(64, 0.5F));
+  view_.SetZoom(3.0);
+  const QPointF corner = view_.ToView({0.0, 0.0});
+  WidgetTest::Hover(view_, At(40, 9));
+  const QImage before = view_.grab().toImage();
+  // 8 by 8 pixels for each of its samples.
+  view_.SetImage(ViewImage::MakePreview(*MakeImage(8, 8, ColorMode::kValue, std::vector<float>(64, 0.5F)), 3,
+                                        ImageHeader::Fresh(64, 64, ColorMode::kValue)));
+  EXPECT_EQ(view_.GetZoom(), 3.0);
+  EXPECT_EQ(view_.ToView({0.0, 0.0}), corner);
+  EXPECT_EQ(view_.GetCursor(), QPoint(40, 9));
+  const QImage preview = view_.grab().toImage();
+  // The same, but for the mark in the lower right corner.
+  const auto is_marked = [&](const QRect& part) { return before.copy(part) != preview.copy(part); };
+  EXPECT_TRUE(is_marked(QRect(QPoint(view_.width() / 2, view_.height() - 60), QPoint(view_.width(), view_.height()))));
+  EXPECT_FALSE(is_marked(QRect(0, 0, view_.width(), view_.height() - 60)));
+  view_.SetImage(MakeFlat(64, 0.5F));
+  EXPECT_EQ(view_.grab().toImage(), before);
+}
+
 TEST_F(Viewed, TakesImagesWithoutPixels) {
   Open(MakeView(0, 0, {}));
   view_.grab();

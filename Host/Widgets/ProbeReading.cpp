@@ -11,21 +11,22 @@ namespace ScEng {
 ProbeReading ProbeReader::Read(const std::shared_ptr<const ViewImage>& image, const Probe& probe) {
   ProbeReading reading;
   if (image == nullptr) return reading;
-  const Image& samples = image->GetImage();
   if (probe.IsPoint()) {
-    reading.value = FormatPixelAt(samples, QPoint(probe.x, probe.y));
+    reading.value = FormatPixelAt(*image, QPoint(probe.x, probe.y));
     return reading;
   }
-  const Box2I box = samples.GetBox();
+  const Box2I box = image->GetHeader().GetBox();
   const ViewFigures& figures = Measure(
       image, {static_cast<int>(probe.x - box.left), static_cast<int>(probe.y - box.top), probe.width, probe.height});
   if (figures.values == 0) return reading;
-  reading.count = QString::number(figures.values);
+  const auto mark = [&](const QString& text) { return MarkPreview(*image, text); };
+  reading.count = mark(QString::number(figures.values * static_cast<std::uint64_t>(image->GetReduction()) *
+                                       static_cast<std::uint64_t>(image->GetReduction())));
   if (figures.finite.IsEmpty()) return reading;
   constexpr int kDigits = 7;
-  reading.lowest = FormatValue(figures.finite.low);
-  reading.highest = FormatValue(figures.finite.high);
-  reading.mean = FormatShort(figures.mean, kDigits);
+  reading.lowest = mark(FormatValue(figures.finite.low));
+  reading.highest = mark(FormatValue(figures.finite.high));
+  reading.mean = mark(FormatShort(figures.mean, kDigits));
   return reading;
 }
 

@@ -20,8 +20,8 @@ bool IsSame(const ViewCanvas::Scene& a, const ViewCanvas::Scene& b) {
 
 bool HasOpacity(const Image& image) { return image.GetNumChannels() == 4; }
 
-QRectF FindExtent(const Image& image, const Look& look) {
-  const QRectF one(0.0, 0.0, image.GetSizeX(), image.GetSizeY());
+QRectF FindExtent(const ImageHeader& header, const Look& look) {
+  const QRectF one(0.0, 0.0, header.size_x, header.size_y);
   return look.tiled ? one.adjusted(-one.width(), -one.height(), one.width(), one.height()) : one;
 }
 
@@ -74,12 +74,13 @@ void ViewCanvas::Draw(const Scene& scene) {
 
   QPainter painter(&canvas_);
   if (HasOpacity(scene.image->GetImage())) {
-    const QRectF extent = FindExtent(scene.image->GetImage(), scene.look).translated(scene.offset);
+    const QRectF extent = FindExtent(scene.image->GetHeader(), scene.look).translated(scene.offset);
     const QRectF seen = scene.placement.ToView(extent).intersected(QRectF(QPointF(), QSizeF(scene.size)));
     if (!seen.isEmpty()) DrawCheckerboard(painter, seen, scene.ground);
   }
   painter.drawImage(QPointF(), picture_);
-  if (scene.placement.GetZoom() < kNumbersZoom || !scene.offset.isNull()) return;
+  const bool has_numbers = scene.placement.GetZoom() >= kNumbersZoom && scene.offset.isNull();
+  if (!has_numbers || scene.image->IsPreview()) return;
   painter.setFont(scene.font);
   DrawPixelNumbers(painter, canvas_, *scene.image, scene.look, scene.placement);
 }

@@ -39,19 +39,21 @@ QString FormatShort(double value, int digits) {
   return std::isfinite(value) ? QString::number(value, 'g', digits) : NameInfinite(value);
 }
 
-QString FormatPixel(const Image& image, const QPoint& pixel) {
-  const auto channels = static_cast<std::size_t>(image.GetNumChannels());
-  const auto row = static_cast<std::size_t>(pixel.y()) * static_cast<std::size_t>(image.GetSizeX());
-  const float* samples = image.GetConstArray() + (row + static_cast<std::size_t>(pixel.x())) * channels;
+QString FormatPixel(const ViewImage& image, const QPoint& pixel) {
+  const PixelReading reading = ReadPixel(image, pixel.x(), pixel.y());
   QStringList texts;
-  for (std::size_t c = 0; c < channels; ++c) texts.append(FormatValue(samples[c]));
-  return texts.join(QStringLiteral(", "));
+  for (int c = 0; c < reading.channels; ++c) texts.append(FormatValue(reading.samples[c]));
+  return MarkPreview(image, texts.join(QStringLiteral(", ")));
 }
 
-QString FormatPixelAt(const Image& image, const QPoint& place) {
-  const Box2I box = image.GetBox();
+QString FormatPixelAt(const ViewImage& image, const QPoint& place) {
+  const Box2I box = image.GetHeader().GetBox();
   if (place.x() < box.left || place.x() >= box.right || place.y() < box.top || place.y() >= box.bottom) return {};
   return FormatPixel(image, QPoint(static_cast<int>(place.x() - box.left), static_cast<int>(place.y() - box.top)));
+}
+
+QString MarkPreview(const ViewImage& image, const QString& text) {
+  return image.IsPreview() && !text.isEmpty() ? QStringLiteral("≈ ") + text : text;
 }
 
 QString FormatGround(const Image& image, const QPointF& place) {

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Host/Image/ImageMetadata.h"
+#include "Host/Viewing/ViewImage.h"
 #include "Tests/Support/HostTesting.h"
 
 namespace ScEng {
@@ -27,10 +28,22 @@ TEST(ViewText, WritesTheShortestNumberThatReadsBackAsTheSame) {
 TEST(ViewText, ReadsPixelsByTheirPlaceInTheDocument) {
   const auto image = MakeImage(2, 1, ColorMode::kColor, {0.5F, 0.25F, 0.0F, 1.0F, 1.0F, 0.0F, 2.0F, 0.5F});
   image->SetPin(10, 20);
-  EXPECT_EQ(FormatPixel(*image, {0, 0}), "0.5, 0.25, 0, 1");
-  EXPECT_EQ(FormatPixelAt(*image, {11, 20}), "1, 0, 2, 0.5");
-  EXPECT_EQ(FormatPixelAt(*image, {0, 0}), "");
-  EXPECT_EQ(FormatPixelAt(*image, {12, 20}), "");
+  const auto view = ViewImage::Make(*image);
+  EXPECT_EQ(FormatPixel(*view, {0, 0}), "0.5, 0.25, 0, 1");
+  EXPECT_EQ(FormatPixel(*view, {2, 0}), "");
+  EXPECT_EQ(FormatPixelAt(*view, {11, 20}), "1, 0, 2, 0.5");
+  EXPECT_EQ(FormatPixelAt(*view, {0, 0}), "");
+  EXPECT_EQ(FormatPixelAt(*view, {12, 20}), "");
+}
+
+TEST(ViewText, MarksWhatAPreviewSays) {
+  ImageHeader header = ImageHeader::Fresh(4, 2, ColorMode::kValue);
+  header.pin_x = 10;
+  const auto preview = ViewImage::MakePreview(*MakeImage(2, 1, ColorMode::kValue, {0.5F, -3.0F}), 1, header);
+  EXPECT_EQ(FormatPixel(*preview, {1, 1}), QStringLiteral("≈ 0.5"));
+  EXPECT_EQ(FormatPixelAt(*preview, {12, 1}), QStringLiteral("≈ -3"));
+  EXPECT_EQ(FormatPixelAt(*preview, {14, 1}), "");
+  EXPECT_EQ(MarkPreview(*preview, ""), "");
 }
 
 TEST(ViewText, TellsPlacesOnTheGround) {

@@ -50,6 +50,9 @@ QString DescribeFigures(const ViewFigures& figures) {
   return parts.join(kBetween);
 }
 
+/// Lowest and highest would be those of means.
+QString DescribePreview(const ViewImage& image) { return ViewerWidget::tr("preview 1:%1").arg(image.GetReduction()); }
+
 }  // namespace
 
 class ViewerWidget::Implementation {
@@ -158,11 +161,13 @@ class ViewerWidget::Implementation {
     if (!content_.title.isEmpty()) parts.append(content_.title);
     if (content_.image != nullptr) {
       const Image& image = content_.image->GetImage();
-      parts.append(tr("%1 × %2").arg(image.GetSizeX()).arg(image.GetSizeY()));
+      const ImageHeader& header = content_.image->GetHeader();
+      parts.append(tr("%1 × %2").arg(header.size_x).arg(header.size_y));
       parts.append(NameMode(image.GetColorMode()));
       parts.append(FormatZoom(view_->GetZoom()));
       parts.append(tr("declared %1 to %2").arg(ShortenValue(image.GetValueLow()), ShortenValue(image.GetValueHigh())));
-      parts.append(DescribeFigures(content_.image->GetFigures()));
+      parts.append(content_.image->IsPreview() ? DescribePreview(*content_.image)
+                                               : DescribeFigures(content_.image->GetFigures()));
     }
     facts_->setText(parts.join(kBetween));
   }
@@ -170,12 +175,13 @@ class ViewerWidget::Implementation {
   void ShowCursor(const std::optional<QPoint>& pixel) {
     if (!pixel || content_.image == nullptr) return cursor_->setText(QString());
     const Image& image = content_.image->GetImage();
-    if (pixel->x() >= image.GetSizeX() || pixel->y() >= image.GetSizeY()) return cursor_->setText(QString());
-    const Box2I box = image.GetBox();
+    const QString value = FormatPixel(*content_.image, *pixel);
+    if (value.isEmpty()) return cursor_->setText(QString());
+    const Box2I box = content_.image->GetHeader().GetBox();
     const QPoint place = *pixel + QPoint(static_cast<int>(box.left), static_cast<int>(box.top));
     QStringList parts{tr("x %1, y %2").arg(place.x()).arg(place.y())};
     if (HasGround(image)) parts.append(tr("map %1").arg(FormatGround(image, QPointF(place) + QPointF(0.5, 0.5))));
-    parts.append(FormatPixel(image, *pixel));
+    parts.append(value);
     cursor_->setText(parts.join(kBetween));
   }
 

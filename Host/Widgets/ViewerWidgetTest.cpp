@@ -77,6 +77,17 @@ TEST_F(Viewer, TellsTheValueUnderTheCursor) {
   EXPECT_EQ(Cursor(), QString::fromUtf8("x 0, y 0  ·  0.125"));
 }
 
+TEST_F(Viewer, MarksWhatAPreviewSays) {
+  content_.image = ViewImage::MakePreview(*MakeImage(2, 1, ColorMode::kValue, {0.25F, 0.75F}), 2,
+                                          ImageHeader::Fresh(8, 4, ColorMode::kValue));
+  viewer_.SetContent(content_);
+  viewer_.GetView()->SetZoom(1.0);
+  EXPECT_EQ(Facts(), QString::fromUtf8("8 × 4  ·  value  ·  100 %  ·  declared 0 to 1  ·  preview 1:4"));
+  viewer_.GetView()->SetZoom(16.0);
+  WidgetTest::Hover(*viewer_.GetView(), viewer_.GetView()->ToView({5.5, 1.5}));
+  EXPECT_EQ(Cursor(), QString::fromUtf8("x 5, y 1  ·  ≈ 0.75"));
+}
+
 TEST_F(Viewer, RangeStaysWhenTheImageChanges) {
   Show(ColorMode::kValue, {0.0F, 1.0F}, 0.0F, 4.0F);
   ChooseRange("Custom");

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <unordered_set>
@@ -78,7 +79,7 @@ class RunningWork {
 };
 
 Interruption::Interruption()
-    : scope_(&cancellation_, {}, IsMainThread() ? [this] { Ask(); } : ScEng::EvaluationScope::Poll()) {}
+    : scope_(&cancellation_), poll_(IsMainThread() ? [this] { Ask(); } : std::function<void()>()) {}
 
 Interruption::~Interruption() = default;
 

@@ -8,6 +8,7 @@
 
 #include "Host/Util/Cancellation.h"
 #include "Host/Util/EvaluationScope.h"
+#include "Host/Util/PollScope.h"
 
 namespace ValuePython {
 
@@ -38,6 +39,7 @@ class Interruption {
   ScEng::Cancellation cancellation_;
   std::optional<pybind11::error_already_set> raised_;
   ScEng::EvaluationScope scope_;
+  ScEng::PollScope poll_;
 };
 
 }  // namespace ValuePython

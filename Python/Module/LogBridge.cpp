@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Host/Util/Log.h"
+#include "Host/Util/LogOutput.h"
 
 namespace py = pybind11;
 
@@ -64,7 +65,7 @@ const char* NameOf(Log::Level level) {
 
 void BridgeLog() {
   Log::SetLevel(Log::Level::kInfo);
-  Log::SetPrints(false);
+  ScEng::SetLogPrints(false);
   Log::SetSink([](Log::Level level, const std::string& text) { WaitingLines::Get().Add(level, text); });
 }
 

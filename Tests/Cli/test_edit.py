@@ -50,6 +50,20 @@ class ScreenshotTest(EditTestCase):
         pixels = self.draw("graph.json", "--size", "800x600", "--scale", 2, name="large.png")
         self.assertEqual(pixels.shape[:2], (1200, 1600))
 
+    def test_three_pixels_for_one(self):
+        pixels = self.draw("graph.json", "--size", "800x600", "--scale", 3, name="huge.png")
+        self.assertEqual(pixels.shape[:2], (1800, 2400))
+        # Large pixels show more than small ones drawn large.
+        blocks = pixels.reshape(600, 3, 800, 3, 3)
+        self.assertTrue((blocks.max(axis=(1, 3)) != blocks.min(axis=(1, 3))).any())
+
+    def test_german(self):
+        english = self.draw("graph.json", name="english.png")
+        self.environment = {**self.environment, "LC_ALL": "C.UTF-8", "LANGUAGE": "de"}
+        german = self.draw("graph.json", name="german.png")
+        # The menus at the top are other words.
+        self.assertTrue((english[:24, :400] != german[:24, :400]).any())
+
     def test_themes(self):
         light = self.draw("graph.json", "--theme", "light", name="light.png")
         dark = self.draw("graph.json", "--theme", "dark", name="dark.png")

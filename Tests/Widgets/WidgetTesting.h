@@ -24,13 +24,18 @@ Widget* Find(const QWidget& panel, const std::string& name) {
   return panel.findChild<Widget*>(QString::fromStdString(name));
 }
 
+/// Shows a window and waits until it has the keyboard, which nobody gives it where there is no window manager.
+inline void ShowActive(QWidget& window) {
+  window.show();
+  window.activateWindow();
+  EXPECT_TRUE(QTest::qWaitForWindowExposed(&window, 60000));
+  EXPECT_TRUE(QTest::qWaitForWindowActive(&window, 60000));
+}
+
 /// Shows the panel in a window of its own and waits until it has the keyboard.
 inline void ShowAndActivate(QWidget& panel) {
   panel.resize(420, panel.sizeHint().height());
-  panel.show();
-  panel.activateWindow();
-  EXPECT_TRUE(QTest::qWaitForWindowExposed(&panel, 60000));
-  EXPECT_TRUE(QTest::qWaitForWindowActive(&panel, 60000));
+  ShowActive(panel);
 }
 
 /// Types a text in place of the one that is there, without leaving the field.

@@ -4,6 +4,7 @@
 #include <QIcon>
 #include <QPixmap>
 #include <QPointer>
+#include <algorithm>
 #include <utility>
 
 #include "Apps/Editor/Canvas/GraphCanvas.h"
@@ -88,6 +89,10 @@ void CanvasActions::MakeNodeActions() {
   Add("selectAll", tr("Select All"), QKeySequence::keyBindings(QKeySequence::SelectAll),
       [&commands] { commands.SelectAll(); });
   Add("selectConnected", tr("Select Connected"), {Qt::Key_L}, [&commands] { commands.SelectConnected(); });
+  const auto select_next = [&canvas](const QRectF& place) { canvas.Reveal(place); };
+  Add("selectWire", tr("Select Next Wire"), {Qt::Key_W}, [=, &commands] { select_next(commands.SelectNextWire()); });
+  Add("selectFrame", tr("Select Next Frame"), {Qt::SHIFT | Qt::Key_F},
+      [=, &commands] { select_next(commands.SelectNextFrame()); });
   Add("help", tr("About This Node Type"), {Qt::Key_F1}, [&canvas] {
     const QStringList ids = canvas.GetSelection();
     if (!ids.isEmpty()) emit canvas.HelpRequested(ids.front());
@@ -139,9 +144,14 @@ void CanvasActions::MakeViewActions() {
 void CanvasActions::Update() {
   const std::vector<std::string> ids = canvas_.GetScene().GetSelectedIds();
   const bool has_any = !canvas_.GetScene().selectedItems().isEmpty();
-  for (const char* name : {"show", "cut", "copy", "duplicate", "duplicateWired", "mute", "note", "selectConnected",
-                           "help", "frame", "moveLeft", "moveRight", "moveUp", "moveDown"}) {
+  for (const char* name :
+       {"show", "cut", "copy", "duplicate", "duplicateWired", "mute", "note", "selectConnected", "help", "frame"}) {
     Find(QLatin1String(name))->setEnabled(!ids.empty());
+  }
+  const std::vector<FrameItem*>& frames = canvas_.GetScene().GetFrames();
+  const bool has_frame = std::any_of(frames.begin(), frames.end(), [](auto* frame) { return frame->isSelected(); });
+  for (const char* name : {"moveLeft", "moveRight", "moveUp", "moveDown"}) {
+    Find(QLatin1String(name))->setEnabled(!ids.empty() || has_frame);
   }
   for (const char* name : {"delete", "heal"}) Find(QLatin1String(name))->setEnabled(has_any);
   for (const char* name : {"alignLeft", "alignRight", "alignTop", "alignBottom", "alignAcross", "alignDown"}) {
@@ -171,6 +181,8 @@ void CanvasActions::FillMenu(QMenu& menu) {
   }
   if (!canvas_.GetScene().selectedItems().isEmpty()) add(menu, {"delete", "heal"});
   if (has_frame) FillFrameMenu(menu);
+  QMenu* select = menu.addMenu(tr("Select"));
+  add(*select, {"selectAll", "selectConnected", "selectWire", "selectFrame"});
   QMenu* arrange = menu.addMenu(tr("Arrange"));
   add(*arrange, {"layOut", "frame"});
   add(*arrange, {"alignLeft", "alignRight", "alignTop", "alignBottom", "alignAcross", "alignDown"});

@@ -181,32 +181,6 @@ void CanvasCommands::ToggleEnabled() {
   Do(session_.SetEnabled(ids, !is_any_enabled));
 }
 
-void CanvasCommands::SelectAll() {
-  {
-    const QSignalBlocker blocker(&scene_);
-    for (const std::string& id : scene_.GetIds()) {
-      if (NodeItem* item = scene_.FindNode(id)) item->setSelected(true);
-    }
-    for (FrameItem* frame : scene_.GetFrames()) frame->setSelected(true);
-  }
-  emit scene_.selectionChanged();
-}
-
-void CanvasCommands::SelectConnected() {
-  std::vector<std::string> open = scene_.GetSelectedIds();
-  std::unordered_set<std::string> found(open.begin(), open.end());
-  while (!open.empty()) {
-    const std::string id = std::move(open.back());
-    open.pop_back();
-    for (const WireItem* wire : scene_.GetWires(id)) {
-      for (const std::string& plug : {wire->GetConnection().from, wire->GetConnection().to}) {
-        if (found.insert(GetNodeOfPlug(plug)).second) open.push_back(GetNodeOfPlug(plug));
-      }
-    }
-  }
-  scene_.SelectIds({found.begin(), found.end()});
-}
-
 // ---- Names and notes ----
 
 void CanvasCommands::Rename(const std::string& id, const QString& now) {

@@ -34,6 +34,8 @@ class CanvasCommands : public QObject {
   /// Connects an output and an input, given in either order, in place of what feeds the input, and of `replaced`.
   void Connect(const PlugRef& one, const PlugRef& other, const std::optional<ScEng::DocumentConnection>& replaced);
   void Disconnect(const std::vector<ScEng::DocumentConnection>& connections);
+  /// Tells why something is not done that was asked for with the mouse.
+  void Refuse(const QString& reason) { emit Failed(reason); }
 
   /// Of everything that is selected: nodes, wires and frames.
   void Remove(bool heals);
@@ -44,6 +46,11 @@ class CanvasCommands : public QObject {
   void Paste(const QPointF& place);
   void SelectAll();
   void SelectConnected();
+  /// Selects the next wire in place of what is selected, of those at the selected node or of all, from the left.
+  /// Answers where it is; null without any.
+  QRectF SelectNextWire();
+  /// The same for frames, in the order of the document.
+  QRectF SelectNextFrame();
 
   void Align(Alignment alignment);
   void Distribute(bool is_across);
@@ -52,7 +59,7 @@ class CanvasCommands : public QObject {
   /// What was dragged, to where the items are now. A node may be put into a connection on the way.
   void Place(const std::vector<std::string>& ids, const std::vector<FrameItem*>& frames,
              const std::optional<ScEng::DocumentConnection>& connection);
-  /// Moves the selected nodes by so much.
+  /// Moves the selected nodes and frames by so much.
   void Nudge(const QPointF& offset);
 
   void AddFrame();
@@ -74,4 +81,6 @@ class CanvasCommands : public QObject {
 
   GraphScene& scene_;
   ScEng::EditSession& session_;
+  /// The node whose wires are selected one by one; empty for all wires.
+  std::string node_of_wires_;
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Canvas/CanvasTesting.h"
+#include "Apps/Editor/Canvas/WireFit.h"
 
 namespace {
 
@@ -102,6 +103,66 @@ TEST_F(CanvasMouse, ARefusedConnectionIsToldAndChangesNothing) {
   EXPECT_TRUE(failures_.front().contains(QStringLiteral("cycle"))) << failures_.front().toStdString();
   EXPECT_EQ(session_->GetPlace(), 0U);
   EXPECT_EQ(scene().GetAllWires().size(), 1U);
+}
+
+TEST_F(CanvasMouse, ARefusedWireSaysSoAtThePointerAndDoesNotSnap) {
+  Open(
+      "{'id': 'b', 'type': 'ImageValueClampNode', 'position': [0, 0]},"
+      "{'id': 'c', 'type': 'ImageValueClampNode', 'position': [320, 0]},"
+      "{'id': 'd', 'type': 'ImageValueClampNode', 'position': [320, 260]}",
+      "{'from': 'b.image', 'to': 'c.image'}");
+  const QColor refused = scene().GetColors().error;
+  const auto drag_to = [&](const QPointF& place) {
+    Press(PlugOf("c", "image", false));
+    MoveTo(PlugOf("c", "image", false) + QPointF(20, 60));
+    MoveTo(place);
+    const QImage seen = view().viewport()->grab().toImage();
+    Key(Qt::Key_Escape);
+    int count = 0;
+    for (int y = 0; y < seen.height(); ++y) {
+      for (int x = 0; x < seen.width(); ++x) count += seen.pixelColor(x, y) == refused ? 1 : 0;
+    }
+    return count;
+  };
+  EXPECT_EQ(drag_to(PlugOf("d", "image", true)), 0);
+  EXPECT_GT(drag_to(PlugOf("b", "image", true)), 50);
+  EXPECT_TRUE(failures_.isEmpty());
+}
+
+TEST_F(CanvasMouse, WhatARefusedWireLacksIsTold) {
+  Open(
+      "{'id': 'a', 'type': 'ImageCheckerNode', 'position': [0, 0]},"
+      "{'id': 'b', 'type': 'ImageValueClampNode', 'position': [320, 0]},"
+      "{'id': 'c', 'type': 'ImageValueClampNode', 'position': [640, 0]},"
+      "{'id': 'n', 'type': 'NumberNode', 'position': [0, 260]}",
+      "{'from': 'b.image', 'to': 'c.image'}");
+  const auto output = [](const char* node, const char* name, unsigned type) {
+    return PlugRef{node, name, 0, type, false};
+  };
+  const PlugRef b_in{"b", "image", 0, PlugType::kImage, true};
+  const PlugRef c_in{"c", "image", 0, PlugType::kImage, true};
+  const PlugRef a = output("a", "image", PlugType::kImage);
+  const PlugRef b = output("b", "image", PlugType::kImage);
+  const PlugRef c = output("c", "image", PlugType::kImage);
+  const PlugRef n = output("n", "number", PlugType::kNumber);
+  const auto misfit = [&](const PlugRef& one, const PlugRef& other) {
+    // In whichever direction the wire is dragged.
+    const QString text = FindMisfit(scene(), one, other, std::nullopt);
+    EXPECT_EQ(text, FindMisfit(scene(), other, one, std::nullopt));
+    return text;
+  };
+  EXPECT_EQ(misfit(a, b_in), QString());
+  EXPECT_EQ(misfit(b, c_in), QString());
+  EXPECT_EQ(misfit(c, b_in), QStringLiteral("This would close a cycle"));
+  EXPECT_EQ(misfit(b, b_in), QStringLiteral("A node cannot feed itself"));
+  EXPECT_EQ(misfit(n, b_in), QStringLiteral("Output: number, input: image"));
+  EXPECT_EQ(misfit(a, b), QStringLiteral("Both are outputs"));
+  EXPECT_EQ(misfit(b_in, c_in), QStringLiteral("Both are inputs"));
+  // The wire that closes the cycle is the one that is picked up.
+  EXPECT_EQ(FindMisfit(scene(), c, b_in, ScEng::DocumentConnection{"b.image", "c.image", 0}), QString());
+  EXPECT_TRUE(HasFittingRow(scene(), a, "b"));
+  EXPECT_FALSE(HasFittingRow(scene(), n, "b"));
+  EXPECT_FALSE(HasFittingRow(scene(), a, "n"));
 }
 
 TEST_F(CanvasMouse, AttributeIsWiredByItsRow) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QImage>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -100,6 +101,10 @@ class CanvasTest : public testing::Test {
     Release(to, keys);
   }
   void Key(Qt::Key key, Qt::KeyboardModifiers keys = Qt::NoModifier) const { QTest::keyClick(&view(), key, keys); }
+
+  /// The canvas as it is seen.
+  [[nodiscard]] QImage Grab() const { return view().viewport()->grab().toImage(); }
+  [[nodiscard]] QColor ColorAt(const QPointF& place) const { return Grab().pixelColor(At(place)); }
 
   [[nodiscard]] bool HasConnection(const std::string& from, const std::string& to, unsigned index = 0) const {
     for (const ScEng::DocumentConnection& connection : document().GetConnections()) {

@@ -160,12 +160,30 @@ void GraphCanvas::ZoomToSelection() {
   view_->ZoomTo(extent.isEmpty() ? scene_->GetExtent() : extent);
 }
 
-void GraphCanvas::DescribeSelection() {
+void GraphCanvas::Reveal(const QRectF& place) {
+  if (!place.isNull() && !view_->viewport()->rect().contains(view_->ToViewport(place)))
+    view_->SetCenter(place.center());
+}
+
+QString GraphCanvas::DescribeSelected() const {
   const QStringList ids = GetSelection();
   constexpr qsizetype kMostNamed = 6;
-  QString text = tr("%n node(s) selected", nullptr, static_cast<int>(ids.size()));
-  if (!ids.isEmpty() && ids.size() <= kMostNamed) text += QStringLiteral(": ") + ids.join(QStringLiteral(", "));
-  view_->setAccessibleDescription(text);
+  const QString text = tr("%n node(s) selected", nullptr, static_cast<int>(ids.size()));
+  if (!ids.isEmpty() && ids.size() <= kMostNamed) return text + QStringLiteral(": ") + ids.join(QStringLiteral(", "));
+  if (!ids.isEmpty()) return text;
+  if (const WireItem* wire = FindSelectedWire()) {
+    const ScEng::DocumentConnection& connection = wire->GetConnection();
+    return tr("Wire from %1 to %2 selected")
+        .arg(QString::fromStdString(connection.from), QString::fromStdString(connection.to));
+  }
+  for (const FrameItem* frame : scene_->GetFrames()) {
+    if (frame->isSelected()) return tr("Frame \"%1\" selected").arg(QString::fromStdString(frame->GetFrame().title));
+  }
+  return text;
+}
+
+void GraphCanvas::DescribeSelection() {
+  view_->setAccessibleDescription(DescribeSelected());
   QAccessibleEvent event(view_, QAccessible::DescriptionChanged);
   QAccessible::updateAccessibility(&event);
 }

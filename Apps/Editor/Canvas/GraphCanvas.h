@@ -101,6 +101,9 @@ class GraphCanvas : public QWidget {
   void AddReroute(const ScEng::DocumentConnection& connection, const QPointF& place);
   void TakeFiles(const QStringList& files, const QPointF& place);
   void ZoomToSelection();
+  /// Moves the view to a place that it does not show whole.
+  void Reveal(const QRectF& place);
+  [[nodiscard]] QString DescribeSelected() const;
   void DescribeSelection();
 
   ScEng::EditSession& session_;

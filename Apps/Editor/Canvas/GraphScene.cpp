@@ -208,6 +208,18 @@ std::vector<std::string> GraphScene::GetSelectedIds() const {
   return ids;
 }
 
+std::vector<std::string> GraphScene::GetIdsToMove() const {
+  std::vector<std::string> ids;
+  for (const std::string& id : GetIds()) {
+    const NodeItem* item = FindNode(id);
+    const auto holds = [&](const FrameItem* frame) {
+      return frame->isSelected() && frame->GetBox().contains(item->GetBody().center());
+    };
+    if (item->isSelected() || std::any_of(frames_.begin(), frames_.end(), holds)) ids.push_back(id);
+  }
+  return ids;
+}
+
 void GraphScene::SelectIds(const std::vector<std::string>& ids) {
   {
     const QSignalBlocker blocker(this);

@@ -56,6 +56,8 @@ class GraphScene : public QGraphicsScene, public ScEng::EditObserver {
   /// Of the nodes, in the order of the document.
   [[nodiscard]] std::vector<std::string> GetSelectedIds() const;
   void SelectIds(const std::vector<std::string>& ids);
+  /// The selected nodes and those in selected frames, in the order of the document.
+  [[nodiscard]] std::vector<std::string> GetIdsToMove() const;
 
   // ---- What is shown ----
 

@@ -2,12 +2,24 @@
 #pragma once
 
 #include <QGraphicsView>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 
 #include "Apps/Editor/Canvas/CanvasCommands.h"
 #include "Apps/Editor/Canvas/Drag.h"
 #include "Apps/Editor/Canvas/GraphScene.h"
+
+/// Rows beside the canvas that wires can be dropped on.
+struct OutsideRows {
+  /// The row at a place of the screen, "id.attribute", if a wire from this output could feed its attribute; marks it
+  /// and no other.
+  std::function<std::string(const QPoint& global, const PlugRef& from)> offer;
+  /// No wire is dragged any more.
+  std::function<void()> withdraw;
+};
 
 /// The view of the canvas: zooming, panning, and what mouse and keyboard do to the scene.
 class GraphView : public QGraphicsView {
@@ -42,6 +54,13 @@ class GraphView : public QGraphicsView {
                      const std::optional<ScEng::DocumentConnection>& replaced) {
     emit ChoiceRequested(fixed, node, replaced);
   }
+  /// Must outlive the drags of the view, or be replaced by none.
+  void SetOutsideRows(OutsideRows rows) { outside_rows_ = std::move(rows); }
+  /// The row beside the canvas at a place of the scene that lies outside of the view; empty for none.
+  [[nodiscard]] std::string OfferOutside(const QPointF& place, const PlugRef& from) const;
+  void WithdrawOutside() const;
+  [[nodiscard]] bool IsOutside(const QPointF& place) const;
+
   void CancelDrag();
   [[nodiscard]] bool IsDragging() const { return drag_ != nullptr; }
   /// How long the last drawing took, in seconds.
@@ -95,6 +114,7 @@ class GraphView : public QGraphicsView {
 
   GraphScene& scene_;
   CanvasCommands& commands_;
+  OutsideRows outside_rows_;
   std::unique_ptr<Drag> drag_;
   QPoint press_;
   bool has_moved_ = false;

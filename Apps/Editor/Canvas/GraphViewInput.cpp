@@ -124,8 +124,24 @@ void GraphView::mouseMoveEvent(QMouseEvent* event) {
   viewport()->update();
 }
 
+bool GraphView::IsOutside(const QPointF& place) const { return !viewport()->rect().contains(mapFromScene(place)); }
+
+std::string GraphView::OfferOutside(const QPointF& place, const PlugRef& from) const {
+  if (!outside_rows_.offer || from.is_input) return {};
+  if (IsOutside(place)) return outside_rows_.offer(viewport()->mapToGlobal(mapFromScene(place)), from);
+  WithdrawOutside();
+  return {};
+}
+
+void GraphView::WithdrawOutside() const {
+  if (outside_rows_.withdraw) outside_rows_.withdraw();
+}
+
 void GraphView::ScrollAtEdge(const QPoint& pointer) {
   constexpr int kEdge = 20;
+  // Whoever is far outside is on the way to something beside the canvas.
+  constexpr int kFar = 3 * kEdge;
+  if (!viewport()->rect().adjusted(-kFar, -kFar, kFar, kFar).contains(pointer)) return;
   const QRect inner = viewport()->rect().adjusted(kEdge, kEdge, -kEdge, -kEdge);
   const QPoint nearest(std::clamp(pointer.x(), inner.left(), inner.right()),
                        std::clamp(pointer.y(), inner.top(), inner.bottom()));

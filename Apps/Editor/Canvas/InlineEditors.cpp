@@ -27,6 +27,11 @@ class EndOfEditing : public QObject {
       const bool is_menu = static_cast<QFocusEvent*>(event)->reason() == Qt::PopupFocusReason;
       if (!is_menu) End(true);
     }
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Tab) {
+      // It leaves the field, and opens no search.
+      event->accept();
+      return true;
+    }
     if (event->type() != QEvent::KeyPress) return QObject::eventFilter(watched, event);
     const auto* press = static_cast<QKeyEvent*>(event);
     const bool is_enter = press->key() == Qt::Key_Return || press->key() == Qt::Key_Enter;

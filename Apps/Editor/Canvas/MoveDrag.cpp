@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -14,18 +13,10 @@ namespace {
 class MoveDrag : public Drag {
  public:
   MoveDrag(GraphView& view, const QPointF& start) : view_(view), scene_(view.GetScene()), start_(start) {
-    std::unordered_set<std::string> ids;
-    for (const std::string& id : scene_.GetSelectedIds()) ids.insert(id);
     for (const FrameItem* frame : scene_.GetFrames()) {
-      if (!frame->isSelected()) continue;
-      boxes_.emplace_back(frame->GetIndex(), frame->GetBox());
-      for (const std::string& id : scene_.GetIds()) {
-        if (frame->GetBox().contains(scene_.FindNode(id)->GetBody().center())) ids.insert(id);
-      }
+      if (frame->isSelected()) boxes_.emplace_back(frame->GetIndex(), frame->GetBox());
     }
-    for (const std::string& id : scene_.GetIds()) {
-      if (ids.contains(id)) places_.emplace_back(id, scene_.FindNode(id)->pos());
-    }
+    for (const std::string& id : scene_.GetIdsToMove()) places_.emplace_back(id, scene_.FindNode(id)->pos());
   }
 
   void Move(const QPointF& place) override {

@@ -7,6 +7,7 @@
 
 #include "Apps/Editor/Canvas/NodePainter.h"
 #include "Apps/Editor/Canvas/Thumbnail.h"
+#include "Apps/Editor/Canvas/WireFit.h"
 
 NodeItem::NodeItem(const CanvasColors& colors) : colors_(colors) {
   setFlags(ItemIsSelectable | ItemUsesExtendedStyleOption);
@@ -112,7 +113,7 @@ bool NodeItem::IsAtEye(const QPointF& place) const { return shape_.eye.contains(
 QString NodeItem::GetToolTip(const QPointF& place) const {
   if (const auto plug = FindPlug(place, 9.0)) {
     const QString name = QString::fromStdString(plug->GetPlug()).toHtmlEscaped();
-    return QStringLiteral("<b>%1</b> – %2").arg(name, QString::fromLatin1(PlugType::GetName(plug->type)));
+    return QStringLiteral("<b>%1</b> – %2").arg(name, NamePlugKind(plug->type));
   }
   if (IsAtEye(place)) return QCoreApplication::translate("NodeItem", "Show this node (V)");
   QString text = QStringLiteral("<b>%1</b><br>%2").arg(face_.title.toHtmlEscaped(), face_.type_name.toHtmlEscaped());

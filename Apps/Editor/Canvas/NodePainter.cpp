@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "Apps/Editor/Canvas/PlugMark.h"
+#include "Apps/Editor/Canvas/TypeTile.h"
 
 namespace {
 
@@ -28,7 +29,10 @@ NodePainter::NodePainter(const NodeItem& item, QPainter& painter, const CanvasCo
     : item_(item), painter_(painter), colors_(colors), zoom_(GetZoom(painter)) {}
 
 void NodePainter::Paint() {
-  if (item_.IsDimmed()) painter_.setOpacity(0.5);
+  if (item_.IsDimmed()) {
+    PaintGround();
+    painter_.setOpacity(0.5);
+  }
   if (item_.face_.is_reroute) {
     PaintReroute();
     return;
@@ -41,6 +45,19 @@ void NodePainter::Paint() {
   if (item_.condition_.progress >= 0.0) PaintProgress();
   if (zoom_ >= Detail::kText) PaintBelow();
   PaintBadge();
+}
+
+void NodePainter::PaintGround() {
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(colors_.ground);
+  if (item_.face_.is_reroute) {
+    painter_.drawEllipse(item_.shape_.body.center(), NodeShape::kPlugRadius, NodeShape::kPlugRadius);
+    return;
+  }
+  painter_.drawRoundedRect(item_.shape_.body, NodeShape::kRadius, NodeShape::kRadius);
+  for (const auto* plugs : {&item_.shape_.inputs, &item_.shape_.outputs}) {
+    for (const QPointF& place : *plugs) painter_.drawEllipse(place, NodeShape::kPlugRadius, NodeShape::kPlugRadius);
+  }
 }
 
 QFont NodePainter::MakeFont(double size, bool is_bold) const {
@@ -88,7 +105,11 @@ void NodePainter::PaintBody() {
   QPen pen(colors_.edge, 1.2);
   if (item_.condition_.is_in_error) pen = QPen(colors_.error, 2.0);
   if (item_.IsShown()) pen = QPen(colors_.accent, 2.0);
-  if (face.is_placeholder || !face.is_enabled) pen.setDashPattern({4, 3});
+  if (face.is_placeholder || !face.is_enabled) {
+    // Dashes need more contrast than a line to be seen beside the shadow.
+    if (pen.color() == colors_.edge) pen = QPen(MixColors(colors_.body, colors_.text, 0.5), 1.5);
+    pen.setDashPattern({4, 3});
+  }
   painter_.setPen(pen);
   painter_.setBrush(face.is_placeholder ? MixColors(colors_.body, colors_.warning, 0.10) : colors_.body);
   painter_.drawRoundedRect(body, kRadius, kRadius);
@@ -133,17 +154,10 @@ void NodePainter::PaintTile() {
   const NodeFace& face = item_.face_;
   const QRectF tile = item_.shape_.icon.adjusted(2, 2, -2, -2);
   const unsigned kind = face.outputs.empty() ? PlugType::kNone : face.outputs.front().type;
-  painter_.setPen(Qt::NoPen);
-  painter_.setBrush(face.is_placeholder ? colors_.warning : MixColors(colors_.header, colors_.GetKind(kind), 0.75));
-  painter_.drawRoundedRect(tile, 5, 5);
-  if (zoom_ < Detail::kText) return;
-  QString initials = face.is_placeholder ? QStringLiteral("?") : QString();
-  for (const QString& word : face.type_name.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-    if (!face.is_placeholder && initials.size() < 2) initials += word.front().toUpper();
-  }
-  painter_.setFont(MakeFont(initials.size() > 1 ? 11 : 14, true));
-  painter_.setPen(colors_.is_dark ? QColor(Qt::black) : QColor(Qt::white));
-  painter_.drawText(tile, Qt::AlignCenter, initials);
+  const QColor color = face.is_placeholder ? colors_.warning : GetTileColor(colors_, kind);
+  QString letters;
+  if (zoom_ >= Detail::kText) letters = face.is_placeholder ? QStringLiteral("?") : MakeInitials(face.type_name);
+  PaintTypeTile(painter_, tile, color, letters, MakeFont(11, true), colors_);
 }
 
 void NodePainter::PaintLargeTitle() {
@@ -258,9 +272,23 @@ void NodePainter::PaintThumbnail() {
   box.moveCenter(area.center());
   const double opacity = painter_.opacity();
   if (!item_.face_.is_enabled) painter_.setOpacity(opacity * 0.4);
+  if (picture.hasAlphaChannel()) PaintCheckerboard(box);
   painter_.setRenderHint(QPainter::SmoothPixmapTransform, size.width() * zoom_ < 2 * picture.width());
   painter_.drawImage(box, picture);
   painter_.setOpacity(opacity);
+}
+
+void NodePainter::PaintCheckerboard(const QRectF& area) {
+  // The colors of the viewer, in cells that are as large at every zoom as the picture is.
+  constexpr double kCell = 6.0;
+  painter_.fillRect(area, colors_.is_dark ? QColor(64, 64, 64) : QColor(204, 204, 204));
+  const QColor light = colors_.is_dark ? QColor(96, 96, 96) : QColor(255, 255, 255);
+  for (int row = 0; row * kCell < area.height(); ++row) {
+    for (int column = row % 2; column * kCell < area.width(); column += 2) {
+      const QRectF cell(area.left() + column * kCell, area.top() + row * kCell, kCell, kCell);
+      painter_.fillRect(cell & area, light);
+    }
+  }
 }
 
 void NodePainter::PaintProgress() {

@@ -16,6 +16,8 @@ class NodePainter {
 
  private:
   void PaintReroute();
+  /// Below a node that is dimmed, so that nothing shows through it.
+  void PaintGround();
   void PaintBody();
   void PaintSelection();
   void PaintHeader();
@@ -28,6 +30,8 @@ class NodePainter {
   void PaintPlugs();
   void PaintPlug(const PlugFace& plug, const QPointF& place, bool is_input, bool is_offered);
   void PaintThumbnail();
+  /// Shows through a picture that is not opaque.
+  void PaintCheckerboard(const QRectF& area);
   void PaintProgress();
   void PaintBadge();
   void PaintBelow();

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Apps/Editor/Canvas/TypeTile.h"
+
 NodeSearchPopup::NodeSearchPopup(const NodeTypes& types, const NodeUsage& usage, QWidget* parent)
     : QFrame(parent, Qt::Popup),
       types_(types),
@@ -89,8 +91,10 @@ std::vector<const TypeInfo*> NodeSearchPopup::Find(const QString& words) const {
 
 void NodeSearchPopup::List(const QString& words) {
   list_->clear();
+  const CanvasColors colors(palette());
   for (const TypeInfo* type : Find(words)) {
-    auto* item = new QListWidgetItem(QIcon(type->icon), type->name, list_);
+    auto* item = new QListWidgetItem(
+        MakeTypeIcon(*type, colors, font(), list_->iconSize().height(), devicePixelRatioF()), type->name, list_);
     item->setData(Qt::UserRole, static_cast<int>(type - types_.GetAll().data()));
     item->setToolTip(type->sentence);
   }
@@ -122,6 +126,11 @@ void NodeSearchPopup::MoveMark(int rows) {
 }
 
 bool NodeSearchPopup::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride) {
+    // The shortcuts of the canvas, Tab among them, rest while it is open.
+    event->accept();
+    return true;
+  }
   if (event->type() != QEvent::KeyPress) return QFrame::eventFilter(watched, event);
   constexpr int kPage = 8;
   switch (static_cast<QKeyEvent*>(event)->key()) {

@@ -49,11 +49,15 @@ void CanvasCommands::Place(const std::vector<std::string>& ids, const std::vecto
 }
 
 void CanvasCommands::Nudge(const QPointF& offset) {
-  std::vector<Placement> placements;
-  for (const std::string& id : scene_.GetSelectedIds()) {
-    placements.push_back(MakePlacement(id, scene_.FindNode(id)->pos() + offset));
+  const std::vector<std::string> ids = scene_.GetIdsToMove();
+  std::vector<FrameItem*> frames;
+  for (FrameItem* frame : scene_.GetFrames()) {
+    if (!frame->isSelected()) continue;
+    frame->SetBox(frame->GetBox().translated(offset));
+    frames.push_back(frame);
   }
-  if (!placements.empty()) Do(session_.SetPositions(placements));
+  for (const std::string& id : ids) scene_.FindNode(id)->moveBy(offset.x(), offset.y());
+  if (!ids.empty() || !frames.empty()) Place(ids, frames, std::nullopt);
 }
 
 void CanvasCommands::Align(Alignment alignment) {

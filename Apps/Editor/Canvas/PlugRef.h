@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Host/Documents/PlugName.h"
 #include "Host/Tools/PlugValue.h"
 
 /// A plug of a node, by name.
@@ -21,9 +22,5 @@ struct PlugRef {
   friend bool operator==(const PlugRef&, const PlugRef&) = default;
 };
 
-/// The two parts of "id.name", which are split at the last dot.
-inline std::string GetNodeOfPlug(const std::string& plug) { return plug.substr(0, plug.rfind('.')); }
-inline std::string GetNameOfPlug(const std::string& plug) {
-  const std::size_t dot = plug.rfind('.');
-  return dot == std::string::npos ? std::string() : plug.substr(dot + 1);
-}
+using ScEng::GetNameOfPlug;
+using ScEng::GetNodeOfPlug;

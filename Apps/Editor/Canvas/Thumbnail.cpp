@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "Host/Image/Image.h"
 #include "Host/Viewing/DrawView.h"
 
 QImage DrawThumbnail(const ScEng::ViewImage& image) {
@@ -19,5 +20,6 @@ QImage DrawThumbnail(const ScEng::ViewImage& image) {
   ScEng::DrawView(
       image, {}, {0.0, 0.0, zoom},
       {picture.bits(), picture.width(), picture.height(), static_cast<std::size_t>(picture.bytesPerLine())});
-  return picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  const bool has_opacity = image.GetImage().GetNumChannels() == 4;
+  return picture.convertToFormat(has_opacity ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <QCoreApplication>
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -8,6 +9,8 @@
 #include "Apps/Editor/Canvas/Drag.h"
 #include "Apps/Editor/Canvas/GraphView.h"
 #include "Apps/Editor/Canvas/PlugMark.h"
+#include "Apps/Editor/Canvas/PointerHint.h"
+#include "Apps/Editor/Canvas/WireFit.h"
 
 namespace {
 
@@ -24,9 +27,12 @@ class WireDrag : public Drag {
 
   void Move(const QPointF& place) override {
     end_ = place;
+    static_cast<void>(view_.OfferOutside(place, fixed_));
     OfferAt(place);
     const auto plug = FindTarget(place);
-    NodeItem* node = plug ? scene_.FindNode(plug->node) : nullptr;
+    LookForMisfit(place, plug);
+    // A wire that would be refused does not snap.
+    NodeItem* node = plug && misfit_.isEmpty() ? scene_.FindNode(plug->node) : nullptr;
     if (NodeItem* before = scene_.FindNode(hovered_)) before->SetHovered({});
     hovered_ = plug ? plug->node : std::string();
     if (node == nullptr) return;
@@ -35,11 +41,22 @@ class WireDrag : public Drag {
   }
 
   void Finish(const QPointF& place) override {
+    const std::string row = view_.OfferOutside(place, fixed_);
+    if (!row.empty()) {
+      Clear();
+      return ConnectTo(row);
+    }
+    if (view_.IsOutside(place)) return Clear();
     const auto plug = FindTarget(place);
     const NodeItem* node = scene_.NodeAt(place);
     const std::string id = node == nullptr ? std::string() : node->GetFace().id;
+    LookForMisfit(place, plug);
     Clear();
-    if (plug) {
+    // The hint stays for a moment where it was while the wire was dragged.
+    if (!misfit_.isEmpty()) ShowHint(view_, place, misfit_);
+    if (plug && !misfit_.isEmpty()) {
+      view_.GetCommands().Refuse(misfit_);
+    } else if (plug) {
       view_.GetCommands().Connect(fixed_, *plug, replaced_);
     } else if (!id.empty()) {
       if (id != fixed_.node) view_.RequestChoice(fixed_, id, replaced_);
@@ -56,10 +73,12 @@ class WireDrag : public Drag {
     const NodeItem* node = scene_.FindNode(fixed_.node);
     if (node == nullptr) return;
     const QPointF start = node->GetPlugPlace(fixed_.name, fixed_.index, fixed_.is_input);
+    const CanvasColors& colors = scene_.GetColors();
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(MakeWirePen(fixed_.type, scene_.GetColors().GetKind(fixed_.type), 2.4));
+    painter.setPen(MakeWirePen(fixed_.type, misfit_.isEmpty() ? colors.GetKind(fixed_.type) : colors.error, 2.4));
     painter.drawPath(fixed_.is_input ? MakeWirePath(end_, start) : MakeWirePath(start, end_));
-    DrawPlugMark(painter, end_, 4.5, fixed_.type, true, scene_.GetColors());
+    DrawPlugMark(painter, end_, 4.5, fixed_.type, true, colors);
+    if (!misfit_.isEmpty()) PaintHint(painter, view_, end_, misfit_);
   }
 
  private:
@@ -72,6 +91,31 @@ class WireDrag : public Drag {
     if (!plug) plug = FindRow(place);
     const bool fits = plug && plug->is_input != fixed_.is_input && plug->node != fixed_.node;
     return fits ? plug : std::nullopt;
+  }
+
+  /// Feeds an attribute, "id.attribute".
+  void ConnectTo(const std::string& row) {
+    PlugRef to{.node = GetNodeOfPlug(row), .name = GetNameOfPlug(row), .type = fixed_.type, .is_input = true};
+    view_.GetCommands().Connect(fixed_, to, replaced_);
+  }
+
+  /// What is wrong with dropping the wire at a place, where there is a plug or a node.
+  void LookForMisfit(const QPointF& place, const std::optional<PlugRef>& plug) {
+    misfit_.clear();
+    if (plug) {
+      misfit_ = FindMisfit(scene_, fixed_, *plug, replaced_);
+      return;
+    }
+    const NodeItem* node = scene_.NodeAt(place);
+    if (node == nullptr || node->GetFace().id == fixed_.node) {
+      const auto near_plug = scene_.PlugAt(place, view_.ToScene(9.0));
+      const bool is_own = near_plug && near_plug->GetPlug() == fixed_.GetPlug() && near_plug->index == fixed_.index;
+      if (near_plug && !is_own) misfit_ = FindMisfit(scene_, fixed_, *near_plug, replaced_);
+    } else if (!HasFittingRow(scene_, fixed_, node->GetFace().id)) {
+      misfit_ = fixed_.is_input ? QCoreApplication::translate("WireDrag", "No output here fits: %1")
+                                : QCoreApplication::translate("WireDrag", "No input here fits: %1");
+      misfit_ = misfit_.arg(NamePlugKind(fixed_.type));
+    }
   }
 
   /// The plug whose row is there: its label counts as well as its mark.
@@ -106,6 +150,7 @@ class WireDrag : public Drag {
   }
 
   void Clear() {
+    view_.WithdrawOutside();
     if (NodeItem* before = scene_.FindNode(hovered_)) before->SetHovered({});
     if (NodeItem* before = scene_.FindNode(offering_)) {
       before->Offer({});
@@ -120,6 +165,8 @@ class WireDrag : public Drag {
   PlugRef fixed_;
   std::optional<ScEng::DocumentConnection> replaced_;
   QPointF end_;
+  /// Why the wire cannot be dropped where it is; empty where it can.
+  QString misfit_;
   std::string hovered_;
   std::string offering_;
 };

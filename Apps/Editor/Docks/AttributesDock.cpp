@@ -93,6 +93,32 @@ void AttributesDock::SetSelection(const QStringList& ids) {
   Refresh();
 }
 
+std::string AttributesDock::OfferRow(const QPoint& global, const std::string& from, unsigned plug_type) {
+  const Node* node = panel_ == nullptr || !isVisible() ? nullptr : panel_->GetNode();
+  const auto ids = FindIds();
+  const bool is_seen = area_->viewport()->rect().contains(area_->viewport()->mapFromGlobal(global));
+  for (std::size_t i = 0; node != nullptr && is_seen && i < node->GetNumAttributes(); ++i) {
+    const Attribute& attribute = *node->GetAttribute(i);
+    const QRect row = panel_->FindRow(attribute.GetName());
+    if (!row.contains(panel_->mapFromGlobal(global))) continue;
+    if (attribute.GetPlugType() != plug_type || ids[0] == from) break;
+    if (mark_ == nullptr || mark_->parentWidget() != panel_) {
+      delete mark_;
+      mark_ = new QRubberBand(QRubberBand::Rectangle, panel_);
+      mark_->setObjectName(QStringLiteral("attributes.wire_mark"));
+    }
+    mark_->setGeometry(row);
+    mark_->show();
+    return ids[0] + "." + attribute.GetName();
+  }
+  WithdrawRow();
+  return {};
+}
+
+void AttributesDock::WithdrawRow() {
+  if (mark_ != nullptr) mark_->hide();
+}
+
 std::vector<std::string> AttributesDock::FindIds() const {
   std::vector<std::string> ids;
   std::copy_if(selection_.begin(), selection_.end(), std::back_inserter(ids),

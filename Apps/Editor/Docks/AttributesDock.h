@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QPointer>
+#include <QRubberBand>
 #include <QStringList>
 #include <QWidget>
 #include <memory>
@@ -28,6 +30,11 @@ class AttributesDock : public QWidget {
   ~AttributesDock() override;
 
   void SetSelection(const QStringList& ids);
+
+  /// The attribute "id.name" of the row at a place of the screen, if it takes what a plug of this kind delivers and
+  /// belongs to another node than `from`; its row is marked, and no other. Empty where there is none.
+  std::string OfferRow(const QPoint& global, const std::string& from, unsigned plug_type);
+  void WithdrawRow();
 
  signals:
   /// Asks for the page of a node type, by its class name.
@@ -64,4 +71,6 @@ class AttributesDock : public QWidget {
   QLabel* empty_ = nullptr;
   NodePanel* panel_ = nullptr;
   SharedPanel* shared_ = nullptr;
+  /// Around the row that a wire can be dropped on.
+  QPointer<QRubberBand> mark_;
 };

@@ -236,11 +236,15 @@ TEST_F(AttributesDockTest, ChangesNodesOfOneTypeTogether) {
 }
 
 TEST_F(AttributesDockTest, LeavesAttributesAloneThatAConnectionFeedsAtOneOfTheNodes) {
+  Select({"c", "e"});
+  const QString tip = Find<QDoubleSpinBox>(*dock_, "constant")->toolTip();
   Select({"c", "b"});
   EXPECT_FALSE(Find<QDoubleSpinBox>(*dock_, "constant")->isEnabled());
+  EXPECT_EQ(Find<QDoubleSpinBox>(*dock_, "constant")->toolTip(), "A connection feeds it at b.");
   EXPECT_FALSE(session_->Disconnect({"n.number", "b.constant", 0}).IsError());
   QCoreApplication::processEvents();
   EXPECT_TRUE(Find<QDoubleSpinBox>(*dock_, "constant")->isEnabled());
+  EXPECT_EQ(Find<QDoubleSpinBox>(*dock_, "constant")->toolTip(), tip);
 }
 
 TEST_F(AttributesDockTest, ShowsNoPanelForSeveralTypesAndUnknownOnes) {

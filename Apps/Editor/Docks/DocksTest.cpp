@@ -7,6 +7,7 @@
 #include <QSignalSpy>
 #include <QTextBrowser>
 #include <QTreeView>
+#include <algorithm>
 
 #include "Apps/Editor/Docks/HelpDock.h"
 #include "Apps/Editor/Docks/HistoryDock.h"
@@ -106,6 +107,41 @@ TEST_F(ProblemsDockTest, ListsErrorsFirstAndLeadsToTheNode) {
   Click(*list, 1, ProblemsModel::kText);
   ASSERT_FALSE(activated.empty());
   EXPECT_EQ(activated[0][0].toString(), "x");
+}
+
+TEST_F(ProblemsDockTest, IsSortedByItsHeadings) {
+  ProblemsDock dock(*session_);
+  Show(dock);
+  dock.SetFacts({MakeFacts("c", false, {"zebras are striped"}), MakeFacts("d", true, {"a range is empty"})});
+  auto* list = Find<QTreeView>(dock, "problems.list");
+  const auto read = [&](int column) {
+    QStringList texts;
+    for (int row = 0; row < list->model()->rowCount(); ++row) texts << TextAt(*list, row, column);
+    return texts;
+  };
+  const QStringList first = read(ProblemsModel::kNode);
+  ASSERT_EQ(first.mid(0, 2), QStringList({"d", "x"}));
+  const auto click = [&](int column) {
+    const QHeaderView* header = list->header();
+    const QPoint place(header->sectionViewportPosition(column) + 20, header->height() / 2);
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, place);
+  };
+  QStringList sorted = first;
+  std::sort(sorted.begin(), sorted.end());
+  click(ProblemsModel::kNode);
+  EXPECT_EQ(read(ProblemsModel::kNode), sorted);
+  QSignalSpy activated(&dock, &ProblemsDock::NodeActivated);
+  Click(*list, 0, ProblemsModel::kText);
+  ASSERT_FALSE(activated.empty());
+  EXPECT_EQ(activated[0][0].toString(), sorted[0]);
+  click(ProblemsModel::kText);
+  EXPECT_EQ(read(ProblemsModel::kText).first(), "a range is empty");
+  EXPECT_EQ(read(ProblemsModel::kText).last(), "zebras are striped");
+  click(ProblemsModel::kText);
+  EXPECT_EQ(read(ProblemsModel::kText).first(), "zebras are striped");
+  // Once more, and the errors come first again.
+  click(ProblemsModel::kText);
+  EXPECT_EQ(read(ProblemsModel::kNode), first);
 }
 
 TEST_F(ProblemsDockTest, KeepsWhatWasSaidUntilTheNodeSaysOtherwise) {

@@ -6,6 +6,8 @@
 #include <QPalette>
 #include <algorithm>
 
+#include "Apps/Editor/Docks/HistoryNames.h"
+
 void HistoryModel::Update(const QString& start, const std::vector<std::string>& names, std::size_t place) {
   const auto [here, there] = std::mismatch(names_.begin(), names_.end(), names.begin(), names.end());
   const int kept = static_cast<int>(here - names_.begin());
@@ -35,7 +37,7 @@ QVariant HistoryModel::data(const QModelIndex& index, int role) const {
   const int row = index.row();
   switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole: return row == 0 ? start_ : QString::fromStdString(names_[static_cast<std::size_t>(row) - 1]);
+    case Qt::ToolTipRole: return row == 0 ? start_ : TranslateStep(names_[static_cast<std::size_t>(row) - 1]);
     case Qt::FontRole: {
       QFont font = QApplication::font();
       font.setBold(row == place_);

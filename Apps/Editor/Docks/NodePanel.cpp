@@ -3,9 +3,17 @@
 
 #include <QLabel>
 #include <QVBoxLayout>
+#include <QVariant>
 
 #include "Host/Tools/Guard.h"
 #include "Host/Widgets/QNodeAttributesWidget.h"
+
+namespace {
+
+/// The property of a blocked widget that holds the tooltip it had before.
+constexpr char kOwnTip[] = "own_tip";
+
+}  // namespace
 
 NodePanel::NodePanel(Node& node, NodeInterface* descriptor, QWidget* parent) : QWidget(parent), node_(&node) {
   setObjectName(QStringLiteral("attributes.panel"));
@@ -38,13 +46,38 @@ NodePanel::~NodePanel() {
 
 void NodePanel::OnNodeDestroyed(Node&) { node_ = nullptr; }
 
-void NodePanel::SetBlocked(const std::string& attribute, bool blocked, const QString& reason) {
+QList<QWidget*> NodePanel::FindRowWidgets(const std::string& attribute) const {
   const QString name = QString::fromStdString(attribute);
+  QList<QWidget*> widgets;
   for (QWidget* child : findChildren<QWidget*>()) {
     const QString own = child->objectName();
-    const bool is_of_row = own == name || own.startsWith(name + u'.');
-    if (!is_of_row || child->isEnabledTo(child->parentWidget()) == !blocked) continue;
-    child->setEnabled(!blocked);
-    if (blocked) child->setToolTip(reason);
+    if (own == name || own.startsWith(name + u'.')) widgets.append(child);
+  }
+  return widgets;
+}
+
+QRect NodePanel::FindRow(const std::string& attribute) const {
+  QRect row;
+  for (const QWidget* widget : FindRowWidgets(attribute)) {
+    if (widget->isVisibleTo(this)) row |= QRect(widget->mapTo(this, QPoint()), widget->size());
+  }
+  if (row.isEmpty()) return {};
+  constexpr int kGap = 2;
+  return {0, row.top() - kGap, width(), row.height() + 2 * kGap};
+}
+
+void NodePanel::SetBlocked(const std::string& attribute, bool blocked, const QString& reason) {
+  for (QWidget* child : FindRowWidgets(attribute)) {
+    const QVariant own_tip = child->property(kOwnTip);
+    if (blocked) {
+      if (!own_tip.isValid()) child->setProperty(kOwnTip, child->toolTip());
+      child->setEnabled(false);
+      child->setToolTip(reason);
+    } else if (own_tip.isValid()) {
+      // What was disabled by the panel itself stays so.
+      child->setEnabled(true);
+      child->setToolTip(own_tip.toString());
+      child->setProperty(kOwnTip, QVariant());
+    }
   }
 }

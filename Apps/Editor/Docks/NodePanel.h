@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QList>
+#include <QRect>
 #include <QUndoStack>
 #include <QWidget>
+#include <string>
 
 #include "Host/Tools/Node.h"
 #include "Host/Tools/NodeInterface.h"
@@ -18,11 +21,14 @@ class NodePanel : public QWidget, private NodeObserver {
 
   /// The node that is shown; null when it is gone.
   [[nodiscard]] Node* GetNode() const { return node_; }
+  /// Where the row of an attribute is seen, across the whole panel; empty for none.
+  [[nodiscard]] QRect FindRow(const std::string& attribute) const;
   /// Attributes of these names cannot be edited; `reason` is the tooltip.
   void SetBlocked(const std::string& attribute, bool blocked, const QString& reason);
 
  private:
   void OnNodeDestroyed(Node& node) override;
+  [[nodiscard]] QList<QWidget*> FindRowWidgets(const std::string& attribute) const;
 
   Node* node_;
   QUndoStack stack_;

@@ -31,7 +31,13 @@ ProblemsDock::ProblemsDock(ScEng::EditSession& session, QWidget* parent)
   view_->setAllColumnsShowFocus(true);
   view_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   view_->setItemDelegate(new RoomyRows(view_));
-  view_->setModel(&model_);
+  order_.setSourceModel(&model_);
+  order_.setSortLocaleAware(true);
+  view_->setModel(&order_);
+  // A third click on a heading goes back to the order of the document, errors first.
+  view_->header()->setSortIndicatorClearable(true);
+  view_->setSortingEnabled(true);
+  view_->sortByColumn(-1, Qt::AscendingOrder);
   view_->header()->setSectionResizeMode(ProblemsModel::kNode, QHeaderView::Interactive);
   view_->header()->resizeSection(ProblemsModel::kNode, fontMetrics().averageCharWidth() * 22);
   view_->header()->setStretchLastSection(true);
@@ -118,6 +124,7 @@ void ProblemsDock::ShowProblems() {
 
 void ProblemsDock::Activate(const QModelIndex& index) {
   if (!index.isValid()) return;
-  const std::string& id = model_.GetProblems()[static_cast<std::size_t>(index.row())].id;
+  const auto row = static_cast<std::size_t>(order_.mapToSource(index).row());
+  const std::string& id = model_.GetProblems()[row].id;
   if (!id.empty()) emit NodeActivated(QString::fromStdString(id));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QSortFilterProxyModel>
 #include <QWidget>
 #include <string>
 #include <unordered_map>
@@ -43,6 +44,7 @@ class ProblemsDock : public QWidget {
   ScEng::EditSession& session_;
   SessionWatch watch_;
   ProblemsModel model_;
+  QSortFilterProxyModel order_;
   std::unordered_map<std::string, std::vector<Problem>> said_;
   ScEng::Findings findings_;
   QTreeView* view_ = nullptr;

@@ -83,7 +83,7 @@ TEST_F(RecoveryTest, RecoversTheDocumentThatIsSelected) {
   LeaveJournal({}, "new");
   ASSERT_EQ(FindJournals().size(), 2U);
   ASSERT_EQ(FindJournals(folder_ / "map.json").size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", FindJournals());
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
   auto* list = Find<QTreeWidget>(dialog, "recovery.list");
   ASSERT_EQ(list->topLevelItemCount(), 2);
@@ -108,8 +108,9 @@ TEST_F(RecoveryTest, SaysWhyADocumentCannotBeRecovered) {
   LeaveJournal({}, "new");
   const auto journals = FindJournals();
   ASSERT_EQ(journals.size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", journals);
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
   fs::remove(journals[0].file);
   QTest::mouseClick(Find<QPushButton>(dialog, "recovery.recover"), Qt::LeftButton);
   EXPECT_TRUE(dialog.isVisible());
@@ -117,11 +118,32 @@ TEST_F(RecoveryTest, SaysWhyADocumentCannotBeRecovered) {
   EXPECT_EQ(dialog.TakeSession(), nullptr);
 }
 
+TEST_F(RecoveryTest, OffersWhatIsThereWhenItIsUsed) {
+  LeaveJournal(folder_ / "map.json", "kept");
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
+  dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  auto* list = Find<QTreeWidget>(dialog, "recovery.list");
+  ASSERT_EQ(list->topLevelItemCount(), 1);
+  LeaveJournal({}, "new");
+  QEvent first(QEvent::WindowActivate);
+  QApplication::sendEvent(&dialog, &first);
+  EXPECT_EQ(list->topLevelItemCount(), 2);
+  // What was selected is so still.
+  EXPECT_EQ(list->currentItem()->text(0), "map.json");
+  for (const ScEng::FoundJournal& journal : FindJournals()) ScEng::DiscardJournal(journal);
+  QEvent second(QEvent::WindowActivate);
+  QApplication::sendEvent(&dialog, &second);
+  EXPECT_EQ(list->topLevelItemCount(), 0);
+  EXPECT_FALSE(Find<QPushButton>(dialog, "recovery.recover")->isEnabled());
+  EXPECT_EQ(Find<QLabel>(dialog, "recovery.message")->text(), "Nothing is left to recover.");
+}
+
 TEST_F(RecoveryTest, DiscardsAfterAQuestion) {
   LeaveJournal(folder_ / "map.json", "kept");
   const auto journals = FindJournals();
   ASSERT_EQ(journals.size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", journals);
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
   const auto ask = [&] {
     QTest::mouseClick(Find<QPushButton>(dialog, "recovery.discard"), Qt::LeftButton);
@@ -143,7 +165,7 @@ TEST_F(RecoveryTest, LaterLeavesEverythingWhereItIs) {
   LeaveJournal(folder_ / "map.json", "kept");
   const auto journals = FindJournals();
   ASSERT_EQ(journals.size(), 1U);
-  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", journals);
+  RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
   dialog.show();
   QTest::mouseClick(Find<QPushButton>(dialog, "recovery.later"), Qt::LeftButton);
   EXPECT_FALSE(dialog.isVisible());
@@ -220,8 +242,7 @@ TEST(FirstSteps, GoesForthAndBackAndPointsAtTheWindow) {
   canvas->setObjectName("canvas");
   canvas->setGeometry(0, 0, 600, 700);
   FirstSteps steps(&window, FirstSteps::MakeSteps(), settings);
-  window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window, 60000));
+  WidgetTest::ShowActive(window);
   EXPECT_TRUE(FirstSteps::AreWanted(settings));
   steps.Start();
   auto* marker = Find<StepMarker>(window, "first_steps.marker");
@@ -258,8 +279,7 @@ TEST(FirstSteps, ComeAgainWhenSomebodyWantsThat) {
   QWidget window;
   window.resize(1000, 700);
   FirstSteps steps(&window, FirstSteps::MakeSteps(), settings);
-  window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window, 60000));
+  WidgetTest::ShowActive(window);
   steps.Start();
   auto* never = Find<QCheckBox>(steps, "first_steps.never");
   never->setFocus();
@@ -274,16 +294,22 @@ TEST(FirstSteps, ComeAgainWhenSomebodyWantsThat) {
 TEST(ShortcutsDialog, FindsActionsByNameAndKeys) {
   QAction save("&Save && Close…");
   save.setShortcut(QKeySequence("Ctrl+S"));
-  QAction redo("Re&do");
+  QAction redo("Re&do this and that");
+  redo.setProperty(kActionName, "Redo");
   redo.setShortcuts({QKeySequence("Ctrl+Y"), QKeySequence("Ctrl+Shift+Z")});
+  QAction cut("Cut everything out of this document");
+  cut.setShortcuts({QKeySequence("Ctrl+X"), QKeySequence("F20")});
   const QAction plain("No keys");
-  ShortcutsDialog dialog({&save, &redo, const_cast<QAction*>(&plain)});
-  dialog.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  ShortcutsDialog dialog({&save, &redo, &cut, const_cast<QAction*>(&plain)});
+  WidgetTest::ShowActive(dialog);
   auto* list = Find<QTreeWidget>(dialog, "shortcuts.list");
-  ASSERT_EQ(list->topLevelItemCount(), 2);
+  ASSERT_EQ(list->topLevelItemCount(), 3);
   EXPECT_EQ(list->topLevelItem(0)->text(0), "Save & Close");
+  EXPECT_EQ(list->topLevelItem(1)->text(0), "Redo");
   EXPECT_EQ(list->topLevelItem(1)->text(1), "Ctrl+Y or Ctrl+Shift+Z");
+  EXPECT_EQ(list->topLevelItem(2)->text(1), "Ctrl+X");
+  // Names are there in full.
+  EXPECT_GE(list->columnWidth(0), list->fontMetrics().horizontalAdvance(cut.text()));
   auto* search = Find<QLineEdit>(dialog, "shortcuts.search");
   EXPECT_TRUE(search->hasFocus());
   QTest::keyClicks(search, "shift+z");

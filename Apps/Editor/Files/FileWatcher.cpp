@@ -51,6 +51,7 @@ void FileWatcher::SetMode(Mode mode) {
   mode_ = mode;
   if (mode_ == Mode::kAutomatic && !pending_.empty()) Accept();
   if (mode_ == Mode::kNever) Dismiss();
+  emit ModeChanged();
 }
 
 QStringList FileWatcher::GetPending() const { return ToList(pending_); }
@@ -60,7 +61,10 @@ void FileWatcher::Accept() {
   if (!ids.isEmpty()) emit FilesChanged(ids);
 }
 
-void FileWatcher::Dismiss() { pending_.clear(); }
+void FileWatcher::Dismiss() {
+  pending_.clear();
+  emit Dismissed();
+}
 
 void FileWatcher::Refresh() {
   std::map<std::string, std::filesystem::path> inputs = session_.GetDocument().GetInputFiles();

@@ -38,6 +38,9 @@ class FileWatcher : public QObject {
   void FilesChanged(const QStringList& ids);
   /// The same as a question, which `Accept` or `Dismiss` answers.
   void Offered(const QStringList& ids);
+  /// There is nothing to ask any more: what was offered stays as it was read.
+  void Dismissed();
+  void ModeChanged();
 
  private:
   /// What a change of a file shows in.

@@ -64,12 +64,10 @@ FilesChangedBar::FilesChangedBar(FileWatcher& watcher, const QString& settings_f
     StoreWatchMode(settings_file, FileWatcher::Mode::kAutomatic);
     watcher_.SetMode(FileWatcher::Mode::kAutomatic);
   });
-  connect(dismiss, &QPushButton::clicked, this, [this] {
-    watcher_.Dismiss();
-    hide();
-  });
+  connect(dismiss, &QPushButton::clicked, this, [this] { watcher_.Dismiss(); });
   connect(&watcher_, &FileWatcher::Offered, this, &FilesChangedBar::Ask);
   connect(&watcher_, &FileWatcher::FilesChanged, this, &QWidget::hide);
+  connect(&watcher_, &FileWatcher::Dismissed, this, &QWidget::hide);
   watcher_.SetMode(ReadWatchMode(settings_file));
   UsePanelLook(*this);
   hide();

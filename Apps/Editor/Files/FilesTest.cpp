@@ -10,6 +10,7 @@
 #include <QSignalSpy>
 #include <QTreeWidget>
 #include <filesystem>
+#include <future>
 
 #include "Apps/Editor/Files/FileWatcher.h"
 #include "Apps/Editor/Files/FilesChangedBar.h"
@@ -105,8 +106,7 @@ TEST(Templates, AreDocumentsWithoutProblemsThatReadNoFiles) {
 
 TEST(TemplatesDialog, IsUsedWithKeysAndMouse) {
   TemplatesDialog dialog;
-  dialog.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  WidgetTest::ShowActive(dialog);
   auto* list = Find<QListWidget>(dialog, "templates.list");
   EXPECT_EQ(dialog.GetChosen().name, "");
   list->setFocus();
@@ -222,7 +222,7 @@ TEST_F(FileWatcherTest, MissingFilesAreLocatedInADialog) {
   MissingInputs missing(*session_);
   missing.resize(500, 300);
   missing.show();
-  ASSERT_EQ(missing.Count(), 1);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return missing.Count() == 1; }, kPatience));
   auto* list = Find<QTreeWidget>(missing, "missing.list");
   EXPECT_EQ(list->topLevelItem(0)->text(0), "later");
   EXPECT_EQ(list->topLevelItem(0)->text(1), ToText(folder_ / "b.png"));
@@ -232,10 +232,33 @@ TEST_F(FileWatcherTest, MissingFilesAreLocatedInADialog) {
   QSignalSpy count(&missing, &MissingInputs::CountChanged);
   emit dialog->fileSelected(ToText(folder_ / "a.png"));
   EXPECT_EQ(session_->GetDocument().FindNode("later")->GetAttribute("path")->GetValue().GetText(), "a.png");
-  EXPECT_EQ(missing.Count(), 0);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return missing.Count() == 0; }, kPatience));
   EXPECT_EQ(count.size(), 1);
   EXPECT_FALSE(session_->Undo().IsError());
   EXPECT_TRUE(QTest::qWaitFor([&] { return missing.Count() == 1; }, kPatience));
+}
+
+TEST_F(FileWatcherTest, NobodyWaitsForFilesThatAreLookedFor) {
+  // A disk that answers when it is told to.
+  std::promise<void> answer;
+  const std::shared_future<void> answered = answer.get_future().share();
+  const auto is_there = [answered](const fs::path&) {
+    answered.wait();
+    return false;
+  };
+  {
+    const MissingInputs gone(*session_, nullptr, is_there);
+    EXPECT_TRUE(gone.IsLooking());
+  }
+  MissingInputs missing(*session_, nullptr, is_there);
+  EXPECT_EQ(missing.Count(), 0);
+  // What changes meanwhile is looked at afterwards.
+  EXPECT_FALSE(session_->SetAttribute("later.path", "").IsError());
+  missing.Refresh();
+  answer.set_value();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !missing.IsLooking(); }, kPatience));
+  // The two that read a.png.
+  EXPECT_EQ(missing.Count(), 2);
 }
 
 }  // namespace

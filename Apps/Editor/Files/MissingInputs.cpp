@@ -9,6 +9,8 @@
 #include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <mutex>
+#include <thread>
 #include <utility>
 
 #include "Apps/Editor/Docks/PanelLook.h"
@@ -17,17 +19,13 @@
 #include "Apps/Editor/Docks/Signs.h"
 #include "Apps/Editor/Files/DocumentPath.h"
 #include "Host/Files/ImageFile.h"
+#include "Host/Tools/RunningCall.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 constexpr int kDelay = 200;
-
-bool IsThere(const fs::path& file) {
-  std::error_code error;
-  return fs::exists(file, error);
-}
 
 const Attribute* FindPath(const Node& node) {
   for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
@@ -42,31 +40,47 @@ const Attribute* FindPath(const Node& node) {
 
 }  // namespace
 
-std::vector<MissingInput> FindMissingInputs(const ScEng::GraphDocument& document) {
-  std::vector<MissingInput> missing;
+struct MissingInputs::Answer {
+  std::mutex mutex;
+  /// Null when it is gone.
+  MissingInputs* owner = nullptr;
+};
+
+bool IsFileThere(const fs::path& file) {
+  std::error_code error;
+  return fs::exists(file, error);
+}
+
+std::vector<MissingInput> ListInputs(const ScEng::GraphDocument& document) {
+  std::vector<MissingInput> inputs;
   for (const std::string& id : document.GetIds()) {
     const Node* node = document.FindNode(id);
     if (node == nullptr) {
-      missing.push_back({id, {}, {}});
+      inputs.push_back({id, {}, {}});
       continue;
     }
     const Attribute* path = document.IsEnabled(id) ? FindPath(*node) : nullptr;
     if (path == nullptr || path->GetValue().GetText().empty()) continue;
-    const fs::path file = ScEng::MakeReadPath(path->GetValue().GetText(), document.GetFolder());
-    if (!IsThere(file)) missing.push_back({id, path->GetName(), file});
+    inputs.push_back({id, path->GetName(), ScEng::MakeReadPath(path->GetValue().GetText(), document.GetFolder())});
   }
-  return missing;
+  return inputs;
 }
 
-ScEng::Status LocateInput(ScEng::EditSession& session, const MissingInput& missing, const fs::path& file) {
+std::vector<MissingInput> KeepMissing(std::vector<MissingInput> inputs, const FileCheck& is_there) {
+  std::erase_if(inputs, [&](const MissingInput& input) { return !input.attribute.empty() && is_there(input.file); });
+  return inputs;
+}
+
+ScEng::Status LocateInput(ScEng::EditSession& session, const MissingInput& missing,
+                          const std::vector<MissingInput>& all, const fs::path& file) {
   const fs::path& folder = session.GetDocument().GetFolder();
   std::vector<ScEng::AttributeValue> values{
       {missing.id + "." + missing.attribute, PlugValue(MakeDocumentPath(file, folder))}};
-  for (const MissingInput& other : FindMissingInputs(session.GetDocument())) {
+  for (const MissingInput& other : all) {
     if (other.id == missing.id || other.attribute.empty()) continue;
     // The same file, or one that has moved along with it.
     const fs::path place = other.file == missing.file ? file : file.parent_path() / other.file.filename();
-    if (!IsThere(place)) continue;
+    if (!IsFileThere(place)) continue;
     values.push_back({other.id + "." + other.attribute, PlugValue(MakeDocumentPath(place, folder))});
   }
   const int count = static_cast<int>(values.size());
@@ -77,8 +91,13 @@ ScEng::Status LocateInput(ScEng::EditSession& session, const MissingInput& missi
   return session.Group(title.toStdString(), [&] { return session.SetAttributes(values); });
 }
 
-MissingInputs::MissingInputs(ScEng::EditSession& session, QWidget* parent)
-    : QWidget(parent), session_(session), watch_(session, this, kDelay) {
+MissingInputs::MissingInputs(ScEng::EditSession& session, QWidget* parent, FileCheck is_there)
+    : QWidget(parent),
+      session_(session),
+      watch_(session, this, kDelay),
+      is_there_(std::move(is_there)),
+      answer_(std::make_shared<Answer>()) {
+  answer_->owner = this;
   setObjectName(QStringLiteral("missing"));
   setWindowTitle(tr("Missing Files"));
   auto* layout = new QVBoxLayout(this);
@@ -112,31 +131,58 @@ MissingInputs::MissingInputs(ScEng::EditSession& session, QWidget* parent)
   Refresh();
 }
 
-MissingInputs::~MissingInputs() = default;
+MissingInputs::~MissingInputs() {
+  const std::lock_guard lock(answer_->mutex);
+  answer_->owner = nullptr;
+}
 
 void MissingInputs::Refresh() {
+  looks_again_ = is_looking_;
+  if (!is_looking_) Look(ListInputs(session_.GetDocument()));
+}
+
+void MissingInputs::Look(std::vector<MissingInput> inputs) {
+  is_looking_ = true;
+  // Nobody waits for it: a folder of a network that does not answer may keep it for minutes.
+  std::thread([answer = answer_, is_there = is_there_, inputs = std::move(inputs)] {
+    ScEng::RunningCall::HelpNobody();
+    std::vector<MissingInput> missing = KeepMissing(inputs, is_there);
+    const std::lock_guard lock(answer->mutex);
+    MissingInputs* owner = answer->owner;
+    if (owner == nullptr) return;
+    QMetaObject::invokeMethod(
+        owner, [owner, missing = std::move(missing)] { owner->Show(missing); }, Qt::QueuedConnection);
+  }).detach();
+}
+
+void MissingInputs::Show(std::vector<MissingInput> missing) {
+  is_looking_ = false;
+  if (std::exchange(looks_again_, false)) return Look(ListInputs(session_.GetDocument()));
   const std::size_t before = missing_.size();
   const MissingInput* selected = GetSelected();
   const std::string id = selected != nullptr ? selected->id : std::string();
-  std::vector<MissingInput> missing_now = FindMissingInputs(session_.GetDocument());
-  if (is_shown_ && missing_now == missing_) return;
+  if (is_shown_ && missing == missing_) {
+    emit Looked();
+    return;
+  }
   is_shown_ = true;
-  missing_ = std::move(missing_now);
+  missing_ = std::move(missing);
   list_->clear();
-  for (const MissingInput& missing : missing_) {
+  for (const MissingInput& input : missing_) {
     auto* item = new QTreeWidgetItem(list_);
     item->setIcon(0, MakeSignIcon(Sign::kError));
-    item->setText(0, QString::fromStdString(missing.id));
-    item->setText(1, missing.attribute.empty() ? tr("No library that is loaded has its type")
-                                               : QString::fromStdString(missing.file.string()));
+    item->setText(0, QString::fromStdString(input.id));
+    item->setText(1, input.attribute.empty() ? tr("No library that is loaded has its type")
+                                             : QString::fromStdString(input.file.string()));
     item->setToolTip(1, MakePlainTip(item->text(1)));
-    if (missing.id == id || list_->currentItem() == nullptr) list_->setCurrentItem(item);
+    if (input.id == id || list_->currentItem() == nullptr) list_->setCurrentItem(item);
   }
   list_->resizeColumnToContents(0);
   text_->setText(missing_.empty() ? tr("Everything that the document needs is there.")
                                   : tr("The document needs what is not there. Nodes without it make no images."));
   ShowSelected();
   if (missing_.size() != before) emit CountChanged(Count());
+  emit Looked();
 }
 
 const MissingInput* MissingInputs::GetSelected() const {
@@ -161,7 +207,7 @@ void MissingInputs::Locate() {
   const fs::path& folder = session_.GetDocument().GetFolder();
   if (!folder.empty()) dialog->setDirectory(QString::fromStdString(folder.string()));
   connect(dialog, &QFileDialog::fileSelected, this, [this, missing](const QString& file) {
-    const ScEng::Status status = LocateInput(session_, missing, file.toStdString());
+    const ScEng::Status status = LocateInput(session_, missing, missing_, file.toStdString());
     if (status.IsError()) emit Failed(QString::fromStdString(status.GetMessage()));
     Refresh();
   });

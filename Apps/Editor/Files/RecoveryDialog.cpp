@@ -2,6 +2,7 @@
 #include "Apps/Editor/Files/RecoveryDialog.h"
 
 #include <QDateTime>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -35,11 +36,11 @@ std::vector<ScEng::FoundJournal> RecoveryDialog::FindJournals(const std::filesys
 }
 
 RecoveryDialog::RecoveryDialog(std::shared_ptr<const ScEng::NodeCatalog> catalog, std::filesystem::path state_folder,
-                               std::vector<ScEng::FoundJournal> journals, QWidget* parent)
+                               std::filesystem::path document, QWidget* parent)
     : QDialog(parent),
       catalog_(std::move(catalog)),
       state_folder_(std::move(state_folder)),
-      journals_(std::move(journals)) {
+      document_(std::move(document)) {
   setObjectName(QStringLiteral("recovery"));
   setWindowTitle(tr("Recover Documents"));
   auto* layout = new QVBoxLayout(this);
@@ -88,12 +89,35 @@ RecoveryDialog::RecoveryDialog(std::shared_ptr<const ScEng::NodeCatalog> catalog
   connect(list_, &QTreeWidget::itemDoubleClicked, this, &RecoveryDialog::Recover);
   connect(list_, &QTreeWidget::currentItemChanged, this, &RecoveryDialog::ShowSelected);
   UsePanelLook(*this);
-  FillList();
+  Look();
 }
 
 RecoveryDialog::~RecoveryDialog() = default;
 
 std::unique_ptr<ScEng::EditSession> RecoveryDialog::TakeSession() { return std::move(session_); }
+
+bool RecoveryDialog::event(QEvent* event) {
+  if (event->type() == QEvent::WindowActivate) Look();
+  return QDialog::event(event);
+}
+
+void RecoveryDialog::Look() {
+  // What cannot be read was told before.
+  std::vector<std::string> notes;
+  std::vector<ScEng::FoundJournal> found = FindJournals(state_folder_, document_, notes);
+  const bool is_same = std::equal(
+      found.begin(), found.end(), journals_.begin(), journals_.end(),
+      [](const ScEng::FoundJournal& a, const ScEng::FoundJournal& b) { return a.file == b.file && a.time == b.time; });
+  if (is_same && list_->topLevelItemCount() > 0) return;
+  const int row = GetSelected();
+  const std::filesystem::path selected =
+      row >= 0 ? journals_[static_cast<std::size_t>(row)].file : std::filesystem::path();
+  journals_ = std::move(found);
+  FillList();
+  for (std::size_t i = 0; i < journals_.size(); ++i) {
+    if (journals_[i].file == selected) list_->setCurrentItem(list_->topLevelItem(static_cast<int>(i)));
+  }
+}
 
 void RecoveryDialog::FillList() {
   list_->clear();
@@ -120,7 +144,10 @@ void RecoveryDialog::ShowSelected() {
   recover_->setEnabled(row >= 0);
   discard_->setEnabled(row >= 0);
   const bool is_elsewhere = row >= 0 && journals_[static_cast<std::size_t>(row)].is_from_elsewhere;
-  message_->setText(is_elsewhere ? tr("It was being edited on another machine, and may still be.") : QString());
+  QString message;
+  if (is_elsewhere) message = tr("It was being edited on another machine, and may still be.");
+  if (journals_.empty()) message = tr("Nothing is left to recover.");
+  message_->setText(message);
 }
 
 void RecoveryDialog::Recover() {
@@ -134,7 +161,9 @@ void RecoveryDialog::Recover() {
 }
 
 void RecoveryDialog::Discard() {
-  if (GetSelected() < 0) return;
+  const int selected = GetSelected();
+  if (selected < 0) return;
+  const std::filesystem::path file = journals_[static_cast<std::size_t>(selected)].file;
   auto* question =
       new QMessageBox(QMessageBox::Warning, tr("Discard Changes"),
                       tr("Discard the changes to %1? They cannot be brought back.").arg(list_->currentItem()->text(0)),
@@ -143,11 +172,13 @@ void RecoveryDialog::Discard() {
   question->setTextFormat(Qt::PlainText);
   question->setAttribute(Qt::WA_DeleteOnClose);
   question->setDefaultButton(QMessageBox::Cancel);
-  connect(question, &QDialog::finished, this, [this](int answer) {
-    const int row = GetSelected();
-    if (answer != QMessageBox::Discard || row < 0) return;
-    ScEng::DiscardJournal(journals_[static_cast<std::size_t>(row)]);
-    journals_.erase(journals_.begin() + row);
+  connect(question, &QDialog::finished, this, [this, file](int answer) {
+    // The list may be another one by now.
+    const auto journal = std::find_if(journals_.begin(), journals_.end(),
+                                      [&](const ScEng::FoundJournal& other) { return other.file == file; });
+    if (answer != QMessageBox::Discard || journal == journals_.end()) return;
+    ScEng::DiscardJournal(*journal);
+    journals_.erase(journal);
     if (journals_.empty()) return reject();
     FillList();
   });

@@ -20,8 +20,10 @@ class RecoveryDialog : public QDialog {
   Q_OBJECT
 
  public:
+  /// Offers the journals of one document where it is given, else all. They are looked for again whenever the window
+  /// becomes active: another one may have taken some of them.
   RecoveryDialog(std::shared_ptr<const ScEng::NodeCatalog> catalog, std::filesystem::path state_folder,
-                 std::vector<ScEng::FoundJournal> journals, QWidget* parent = nullptr);
+                 std::filesystem::path document, QWidget* parent = nullptr);
   ~RecoveryDialog() override;
 
   /// The journals that nobody uses: of one document where it is given, else of all.
@@ -32,7 +34,11 @@ class RecoveryDialog : public QDialog {
   /// The document that was recovered; null when none was.
   [[nodiscard]] std::unique_ptr<ScEng::EditSession> TakeSession();
 
+ protected:
+  bool event(QEvent* event) override;
+
  private:
+  void Look();
   void FillList();
   void Recover();
   void Discard();
@@ -41,6 +47,7 @@ class RecoveryDialog : public QDialog {
 
   std::shared_ptr<const ScEng::NodeCatalog> catalog_;
   std::filesystem::path state_folder_;
+  std::filesystem::path document_;
   std::vector<ScEng::FoundJournal> journals_;
   std::unique_ptr<ScEng::EditSession> session_;
   QTreeWidget* list_ = nullptr;

@@ -48,6 +48,9 @@ class SaveAsToTest : public testing::Test {
 )"));
     Open();
   }
+  [[nodiscard]] std::vector<MissingInput> FindMissing() const {
+    return KeepMissing(ListInputs(session_->GetDocument()));
+  }
   void Open() {
     ScEng::Findings findings;
     session_ =
@@ -142,25 +145,25 @@ TEST_F(SaveAsToTest, TakesPathsBackWhereTheDocumentItselfCannotBeSaved) {
 // ---- Missing files ----
 
 TEST_F(SaveAsToTest, MissingFilesAreThoseOfReadersThatAreSwitchedOn) {
-  const std::vector<MissingInput> missing = FindMissingInputs(session_->GetDocument());
+  const std::vector<MissingInput> missing = FindMissing();
   ASSERT_EQ(missing.size(), 3U);
   EXPECT_EQ(missing[0], (MissingInput{"below", "path", folder_ / "project" / "in/a.png"}));
   EXPECT_EQ(missing[2].id, "fixed");
   WriteText(folder_ / "project/in/a.png", "");
   EXPECT_FALSE(session_->SetEnabled({"fixed"}, false).IsError());
-  ASSERT_EQ(FindMissingInputs(session_->GetDocument()).size(), 1U);
+  ASSERT_EQ(FindMissing().size(), 1U);
 }
 
 TEST_F(SaveAsToTest, LocatingAFileFindsTheOthersThatMovedWithIt) {
   WriteText(folder_ / "project2/first.png", "");
   WriteText(folder_ / "project2/b.png", "");
-  const std::vector<MissingInput> missing = FindMissingInputs(session_->GetDocument());
-  EXPECT_FALSE(LocateInput(*session_, missing[0], folder_ / "project2/first.png").IsError());
+  const std::vector<MissingInput> missing = FindMissing();
+  EXPECT_FALSE(LocateInput(*session_, missing[0], missing, folder_ / "project2/first.png").IsError());
   EXPECT_EQ(Path("below"), "../project2/first.png");
   EXPECT_EQ(Path("beside"), "../project2/b.png");
   EXPECT_EQ(Path("fixed"), "/data/c.png");
   EXPECT_EQ(session_->GetHistory(), std::vector<std::string>{"Locate files of 2 readers"});
-  EXPECT_EQ(FindMissingInputs(session_->GetDocument()).size(), 1U);
+  EXPECT_EQ(FindMissing().size(), 1U);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <QVariant>
 
 #include "Apps/Editor/Docks/PanelLook.h"
 #include "Apps/Editor/Docks/RoomyRows.h"
@@ -24,6 +25,17 @@ QString MakePlain(QString text) {
   text.remove(u'…');
   // Some languages have a space before the dots.
   return (text.endsWith(QStringLiteral("...")) ? text.chopped(3) : text).trimmed();
+}
+
+/// What keyboards have: the usual keys of some actions come with keys that few of them do.
+QStringList NameKeys(const QList<QKeySequence>& sequences) {
+  QStringList keys;
+  for (const QKeySequence& sequence : sequences) {
+    const Qt::Key last = sequence.isEmpty() ? Qt::Key_unknown : sequence[static_cast<uint>(sequence.count() - 1)].key();
+    const bool is_rare = last >= Qt::Key_F13 && last <= Qt::Key_F35;
+    if (!is_rare || sequences.size() == 1) keys += sequence.toString(QKeySequence::NativeText);
+  }
+  return keys;
 }
 
 }  // namespace
@@ -46,16 +58,17 @@ ShortcutsDialog::ShortcutsDialog(const QList<QAction*>& actions, QWidget* parent
   list_->setAllColumnsShowFocus(true);
   list_->setItemDelegate(new RoomyRows(list_));
   list_->setHeaderLabels({tr("Action"), tr("Keys")});
-  list_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-  list_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-  list_->header()->setStretchLastSection(false);
+  // Names are read whole; keys have what is left.
+  list_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+  list_->header()->setStretchLastSection(true);
   for (const QAction* action : actions) {
     if (action == nullptr || action->shortcuts().isEmpty()) continue;
-    QStringList keys;
-    for (const QKeySequence& sequence : action->shortcuts()) keys += sequence.toString(QKeySequence::NativeText);
+    const QStringList keys = NameKeys(action->shortcuts());
     auto* item = new QTreeWidgetItem(list_);
-    item->setText(0, MakePlain(action->text()));
+    const QVariant name = action->property(kActionName);
+    item->setText(0, MakePlain(name.isValid() ? name.toString() : action->text()));
     item->setText(1, keys.join(tr(" or ")));
+    item->setToolTip(1, item->text(1));
     if (!action->toolTip().isEmpty()) item->setToolTip(0, action->toolTip());
   }
   layout->addWidget(list_, 1);

@@ -9,6 +9,9 @@ class QLabel;
 class QLineEdit;
 class QTreeWidget;
 
+/// The property of an action that holds its name, where its text says more than that.
+inline constexpr char kActionName[] = "action_name";
+
 /// Every action that has a shortcut, with a field to search by name or by keys.
 class ShortcutsDialog : public QDialog {
   Q_OBJECT

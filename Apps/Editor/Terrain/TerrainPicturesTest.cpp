@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <cmath>
@@ -8,6 +9,7 @@
 #include "Apps/Editor/Terrain/TerrainTesting.h"
 #include "Apps/Editor/Terrain/TerrainView.h"
 #include "Tests/Support/HostTesting.h"
+#include "Tests/Widgets/MouseTesting.h"
 #include "Tests/Widgets/WidgetTesting.h"
 
 namespace {
@@ -107,15 +109,30 @@ TEST_F(TerrainPictures, AreTheRightWayUp) {
   }
 }
 
-TEST_F(TerrainPictures, TintWhereAMaskIsSet) {
+TEST_F(TerrainPictures, TakeColorAndTintFromASecondMap) {
   SetFormula(64, [](int, int) { return 0.5; });
-  view_.SetMask(MakeView(2, 1, {0.0F, 1.0F}));
-  const QImage picture = view_.Grab();
-  const QColor plain = At(picture, -0.5F, 0.0F);
-  const QColor tinted = At(picture, 0.5F, 0.0F);
-  EXPECT_GT(tinted.saturation(), plain.saturation() + 60);
-  view_.SetMask(nullptr);
-  EXPECT_EQ(At(view_.Grab(), 0.5F, 0.0F), plain);
+  const QColor clay = At(view_.Grab(), 0.5F, 0.0F);
+  view_.SetMaps({"one.image", "two.image"});
+  QSignalSpy changed(&view_, &TerrainView::SecondMapChanged);
+  auto* map = WidgetTest::Find<QComboBox>(view_, "second map");
+  auto* use = WidgetTest::Find<QComboBox>(view_, "use of second map");
+  EXPECT_FALSE(use->isEnabled());
+  QTest::keyClick(map, Qt::Key_Down);
+  QTest::keyClick(map, Qt::Key_Down);
+  EXPECT_EQ(view_.GetSecondMap(), QStringLiteral("two.image"));
+  EXPECT_EQ(changed.size(), 2);
+  EXPECT_TRUE(use->isEnabled());
+  view_.SetSecond(MakeView(2, 1, {0.0F, 1.0F}));
+  const QImage colored = view_.Grab();
+  EXPECT_EQ(At(colored, -0.5F, 0.0F).lightness(), 0);
+  EXPECT_GT(At(colored, 0.5F, 0.0F).lightness(), clay.lightness());
+  QTest::keyClick(use, Qt::Key_Down);
+  const QImage masked = view_.Grab();
+  EXPECT_EQ(At(masked, -0.5F, 0.0F), clay);
+  EXPECT_GT(At(masked, 0.5F, 0.0F).saturation(), clay.saturation() + 60);
+  QTest::keyClick(map, Qt::Key_Home);
+  EXPECT_EQ(view_.GetSecondMap(), QString());
+  EXPECT_EQ(At(view_.Grab(), 0.5F, 0.0F), clay);
 }
 
 TEST_F(TerrainPictures, HaveHolesWhereThereAreNoHeights) {
@@ -149,6 +166,41 @@ TEST_F(TerrainPictures, FollowExaggeration) {
   const QImage usual = view_.Grab();
   view_.SetSettings({5.0, 315.0, 45.0, false});
   EXPECT_NE(view_.Grab(), usual);
+}
+
+TEST_F(TerrainPictures, FollowMouseKeysAndSettings) {
+  SetFormula(65, [](int x, int y) { return 0.5 + 0.3 * std::sin(x * 0.2) * std::cos(y * 0.3); });
+  QImage before = view_.Grab();
+  const auto expect_change = [&](const char* what) {
+    QImage now = view_.Grab();
+    EXPECT_NE(now, before) << what;
+    before = std::move(now);
+  };
+  const QPointF middle = canvas_.rect().center();
+  WidgetTest::Drag(canvas_, middle, middle + QPointF(40, -60));
+  expect_change("orbit");
+  const double target = canvas_.GetCamera().GetTargetX();
+  WidgetTest::Drag(canvas_, middle, middle + QPointF(40, 0), Qt::RightButton);
+  EXPECT_NE(canvas_.GetCamera().GetTargetX(), target);
+  expect_change("pan");
+  WidgetTest::Wheel(canvas_, middle, 3);
+  expect_change("zoom");
+  QTest::keyClick(&canvas_, Qt::Key_Minus);
+  expect_change("zoom by key");
+  QTest::mouseClick(WidgetTest::Find<QToolButton>(view_, "settings"), Qt::LeftButton);
+  const auto type = [&](const char* name, const char* text) {
+    auto* field = WidgetTest::Find<QDoubleSpinBox>(view_, name);
+    ASSERT_TRUE(field->isVisible()) << name;
+    WidgetTest::Type(field, text);
+    QTest::keyClick(field, Qt::Key_Return);
+    expect_change(name);
+  };
+  type("exaggeration", "3");
+  type("azimuth", "90");
+  type("altitude", "15");
+  QTest::keyClick(WidgetTest::Find<QDoubleSpinBox>(view_, "altitude"), Qt::Key_Escape);
+  QTest::keyClick(&canvas_, Qt::Key_Home);
+  expect_change("reset");
 }
 
 TEST_F(TerrainPictures, ComeCoarseFirstAndFineOnceAllIsStill) {

@@ -15,7 +15,8 @@ TerrainView::TerrainView(QWidget* parent)
     : QWidget(parent),
       tools_(new QWidget(this)),
       canvas_(new TerrainCanvas(this)),
-      popup_(new TerrainSettingsPopup(this)) {
+      popup_(new TerrainSettingsPopup(this)),
+      maps_(new SecondMapRow(this)) {
   setObjectName(QStringLiteral("terrain view"));
   setAccessibleName(tr("3D view"));
   auto* row = new QHBoxLayout(tools_);
@@ -26,6 +27,7 @@ TerrainView::TerrainView(QWidget* parent)
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   layout->addWidget(tools_);
+  layout->addWidget(maps_);
   layout->addWidget(canvas_, 1);
 
   const QToolButton* reset = AddButton(tr("Reset view"), tr("Show all of the terrain (Home)"), QStringLiteral("reset"));
@@ -47,6 +49,12 @@ TerrainView::TerrainView(QWidget* parent)
   });
   connect(settings, &QToolButton::clicked, this, [this, settings] { popup_->Open(*settings); });
   connect(popup_, &TerrainSettingsPopup::Changed, this, [this] { TakeSettings(popup_->GetSettings()); });
+  connect(maps_, &SecondMapRow::Changed, this, [this] {
+    // The image of the one before is not that of this one.
+    if (second_of_ != maps_->GetMap()) second_ = nullptr;
+    UpdateColors();
+    emit SecondMapChanged();
+  });
   connect(canvas_, &TerrainCanvas::WireframeAsked, wireframe_, &QToolButton::click);
   connect(canvas_, &TerrainCanvas::ProblemFound, this, &TerrainView::DisableTools);
 }
@@ -73,12 +81,24 @@ void TerrainView::SetColors(std::shared_ptr<const ScEng::ViewImage> colors, cons
   UpdateColors();
 }
 
-void TerrainView::SetMask(std::shared_ptr<const ScEng::ViewImage> mask) {
-  mask_ = std::move(mask);
+void TerrainView::SetSecond(std::shared_ptr<const ScEng::ViewImage> second) {
+  second_ = std::move(second);
+  second_of_ = maps_->GetMap();
   UpdateColors();
 }
 
-void TerrainView::UpdateColors() { canvas_->SetColors(std::make_shared<const SurfaceColors>(colors_, look_, mask_)); }
+void TerrainView::UpdateColors() {
+  const bool is_mask = maps_->IsMask();
+  const bool is_color = second_ != nullptr && !is_mask;
+  ScEng::Look look = look_;
+  if (is_color) {
+    // What the viewer is set to is made for its own image.
+    look.range = ScEng::RangeSource::kDeclared;
+    look.channels = ScEng::ShownChannels::kAll;
+  }
+  canvas_->SetColors(
+      std::make_shared<const SurfaceColors>(is_color ? second_ : colors_, look, is_mask ? second_ : nullptr));
+}
 
 void TerrainView::SetSettings(const TerrainSettings& settings) {
   popup_->SetSettings(settings);
@@ -91,4 +111,7 @@ void TerrainView::TakeSettings(const TerrainSettings& settings) {
   emit SettingsChanged();
 }
 
-void TerrainView::DisableTools() { tools_->setEnabled(false); }
+void TerrainView::DisableTools() {
+  tools_->setEnabled(false);
+  maps_->setEnabled(false);
+}

@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "Apps/Editor/Terrain/SecondMapRow.h"
 #include "Apps/Editor/Terrain/TerrainCanvas.h"
 #include "Apps/Editor/Terrain/TerrainSettingsPopup.h"
 #include "Host/Viewing/Look.h"
@@ -26,8 +27,12 @@ class TerrainView : public QWidget {
   void SetHeights(std::shared_ptr<const ScEng::ViewImage> heights);
   /// An image that is spread over the surface, with the colors of its look; null for clay.
   void SetColors(std::shared_ptr<const ScEng::ViewImage> colors, const ScEng::Look& look);
-  /// An image whose high values tint the surface; null for none.
-  void SetMask(std::shared_ptr<const ScEng::ViewImage> mask);
+  /// The images that can be laid over the surface, "id.plug", for the person who looks to choose from.
+  void SetMaps(const QStringList& maps) { maps_->SetMaps(maps); }
+  /// The one that is chosen; empty for none.
+  [[nodiscard]] QString GetSecondMap() const { return maps_->GetMap(); }
+  /// Its image, which goes before the colors, or tints them where its values are high; null while it is not there.
+  void SetSecond(std::shared_ptr<const ScEng::ViewImage> second);
 
   void SetSettings(const TerrainSettings& settings);
   [[nodiscard]] const TerrainSettings& GetSettings() const { return canvas_->GetSettings(); }
@@ -44,6 +49,8 @@ class TerrainView : public QWidget {
  signals:
   /// By the person who looks.
   void SettingsChanged();
+  /// Another image is to be laid over the surface.
+  void SecondMapChanged();
 
  private:
   QToolButton* AddButton(const QString& text, const QString& tip, const QString& object_name);
@@ -54,8 +61,10 @@ class TerrainView : public QWidget {
   QWidget* tools_;
   TerrainCanvas* canvas_;
   TerrainSettingsPopup* popup_;
+  SecondMapRow* maps_;
   QToolButton* wireframe_ = nullptr;
   std::shared_ptr<const ScEng::ViewImage> colors_;
   ScEng::Look look_;
-  std::shared_ptr<const ScEng::ViewImage> mask_;
+  std::shared_ptr<const ScEng::ViewImage> second_;
+  QString second_of_;
 };

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QComboBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
@@ -91,6 +93,22 @@ TEST_F(TerrainViewControls, DoesAllOfItByKeys) {
   EXPECT_EQ(GetCamera().GetTargetX(), 0.0);
 }
 
+TEST_F(TerrainViewControls, AMapThatIsGoneIsNoLongerChosen) {
+  QSignalSpy changed(&view_, &TerrainView::SecondMapChanged);
+  view_.SetMaps({"one.image", "two.image"});
+  auto* map = Find<QComboBox>(view_, "second map");
+  // Also where there is no OpenGL.
+  map->parentWidget()->setEnabled(true);
+  QTest::keyClick(map, Qt::Key_End);
+  EXPECT_EQ(view_.GetSecondMap(), QStringLiteral("two.image"));
+  view_.SetMaps({"zero.image", "two.image"});
+  EXPECT_EQ(view_.GetSecondMap(), QStringLiteral("two.image"));
+  EXPECT_EQ(changed.size(), 1);
+  view_.SetMaps({"zero.image"});
+  EXPECT_EQ(view_.GetSecondMap(), QString());
+  EXPECT_EQ(changed.size(), 2);
+}
+
 TEST_F(TerrainViewControls, LeavesOtherKeysToTheWindow) {
   QKeyEvent undo(QEvent::KeyPress, Qt::Key_Z, Qt::ControlModifier);
   EXPECT_FALSE(FindTerrainKey(undo).has_value());
@@ -132,14 +150,17 @@ TEST_F(TerrainViewControls, EveryControlHasANameAndTakesTheKeyboard) {
   for (const QWidget* widget : view_.findChildren<QWidget*>()) {
     const bool is_control = qobject_cast<const QAbstractButton*>(widget) != nullptr ||
                             qobject_cast<const QAbstractSlider*>(widget) != nullptr ||
-                            qobject_cast<const QAbstractSpinBox*>(widget) != nullptr || widget == &canvas_;
-    if (!is_control) continue;
+                            qobject_cast<const QAbstractSpinBox*>(widget) != nullptr ||
+                            qobject_cast<const QComboBox*>(widget) != nullptr || widget == &canvas_;
+    // Those of a list that drops down come and go with it.
+    const bool is_of_list = qobject_cast<const QScrollBar*>(widget) != nullptr;
+    if (!is_control || is_of_list) continue;
     ++controls;
     EXPECT_FALSE(widget->objectName().isEmpty());
     EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
     EXPECT_NE(widget->focusPolicy() & Qt::TabFocus, 0) << widget->objectName().toStdString();
   }
-  EXPECT_EQ(controls, 13);
+  EXPECT_EQ(controls, 15);
 }
 
 TEST_F(TerrainViewControls, TakesImagesWithoutASurface) {

@@ -46,7 +46,7 @@ TEST_F(TerrainWithoutOpenGl, DoesNothingWithWhatItIsGiven) {
   EXPECT_FALSE(view_.IsAvailable());
   view_.show();
   view_.SetColors(TerrainTest::MakeView(1, 1, {1.0F}), {});
-  view_.SetMask(TerrainTest::MakeView(1, 1, {1.0F}));
+  view_.SetSecond(TerrainTest::MakeView(1, 1, {1.0F}));
   view_.SetSettings({2.0, 10.0, 20.0, true});
   view_.GetCanvas().Zoom(2.0);
   view_.SetHeights(nullptr);

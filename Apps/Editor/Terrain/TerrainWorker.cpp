@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+#include "Host/Tools/RunningCall.h"
+
 TerrainWorker::~TerrainWorker() = default;
 
 void TerrainWorker::Ask(const TerrainFrame& frame) {
@@ -19,6 +21,8 @@ void TerrainWorker::Ask(const TerrainFrame& frame) {
 
 const QString& TerrainWorker::GetProblem() {
   if (!problem_) {
+    // No node is evaluated here, so that no crash of the display's drivers is one's doing.
+    ScEng::RunningCall::HelpNobody();
     renderer_ = std::make_unique<TerrainRenderer>();
     problem_ = renderer_->Start(surface_);
     if (!problem_->isEmpty()) renderer_.reset();

@@ -287,6 +287,18 @@
         <source>Frame Color</source>
         <translation>Rahmenfarbe</translation>
     </message>
+    <message>
+        <source>Select Next Wire</source>
+        <translation>Nächste Verbindung auswählen</translation>
+    </message>
+    <message>
+        <source>Select Next Frame</source>
+        <translation>Nächsten Rahmen auswählen</translation>
+    </message>
+    <message>
+        <source>Select</source>
+        <translation>Auswählen</translation>
+    </message>
 </context>
 <context>
     <name>CanvasCommands</name>
@@ -587,6 +599,18 @@
         <source>Stop writing? What is written already stays.</source>
         <translation>Das Schreiben abbrechen? Was schon geschrieben ist, bleibt.</translation>
     </message>
+    <message>
+        <source>&amp;Next Area</source>
+        <translation>&amp;Nächster Bereich</translation>
+    </message>
+    <message>
+        <source>&amp;Previous Area</source>
+        <translation>&amp;Voriger Bereich</translation>
+    </message>
+    <message>
+        <source>Value</source>
+        <translation>Value</translation>
+    </message>
 </context>
 <context>
     <name>FilesChangedBar</name>
@@ -754,6 +778,14 @@
         <source>Title of the frame</source>
         <translation>Titel des Rahmens</translation>
     </message>
+    <message>
+        <source>Wire from %1 to %2 selected</source>
+        <translation>Verbindung von %1 zu %2 ausgewählt</translation>
+    </message>
+    <message>
+        <source>Frame &quot;%1&quot; selected</source>
+        <translation>Rahmen „%1“ ausgewählt</translation>
+    </message>
 </context>
 <context>
     <name>GraphView</name>
@@ -811,6 +843,141 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Undone</source>
         <translation>Rückgängig gemacht</translation>
+    </message>
+</context>
+<context>
+    <name>HistoryNames</name>
+    <message>
+        <source>Add output %1 to %2</source>
+        <translation>Ausgabe %1 nach %2 hinzufügen</translation>
+    </message>
+    <message>
+        <source>Change output %1 to %2</source>
+        <translation>Ausgabe %1 nach %2 ändern</translation>
+    </message>
+    <message>
+        <source>Remove output %1 to %2</source>
+        <translation>Ausgabe %1 nach %2 entfernen</translation>
+    </message>
+    <message>
+        <source>Add frame &quot;%1&quot;</source>
+        <translation>Rahmen „%1“ hinzufügen</translation>
+    </message>
+    <message>
+        <source>Change frame &quot;%1&quot;</source>
+        <translation>Rahmen „%1“ ändern</translation>
+    </message>
+    <message>
+        <source>Delete frame &quot;%1&quot;</source>
+        <translation>Rahmen „%1“ löschen</translation>
+    </message>
+    <message>
+        <source>Add frame</source>
+        <translation>Rahmen hinzufügen</translation>
+    </message>
+    <message>
+        <source>Change frame</source>
+        <translation>Rahmen ändern</translation>
+    </message>
+    <message>
+        <source>Delete frame</source>
+        <translation>Rahmen löschen</translation>
+    </message>
+    <message>
+        <source>Add %1</source>
+        <translation>%1 hinzufügen</translation>
+    </message>
+    <message>
+        <source>Delete %n nodes and reconnect</source>
+        <translation>%n Knoten löschen und neu verbinden</translation>
+    </message>
+    <message>
+        <source>Delete %1 and reconnect</source>
+        <translation>%1 löschen und neu verbinden</translation>
+    </message>
+    <message>
+        <source>Delete %n nodes</source>
+        <translation>%n Knoten löschen</translation>
+    </message>
+    <message>
+        <source>Delete %1</source>
+        <translation>%1 löschen</translation>
+    </message>
+    <message>
+        <source>Rename %1 to %2</source>
+        <translation>%1 in %2 umbenennen</translation>
+    </message>
+    <message>
+        <source>Unmute %n nodes</source>
+        <translation>%n Knoten aktivieren</translation>
+    </message>
+    <message>
+        <source>Unmute %1</source>
+        <translation>%1 aktivieren</translation>
+    </message>
+    <message>
+        <source>Mute %n nodes</source>
+        <translation>%n Knoten stumm schalten</translation>
+    </message>
+    <message>
+        <source>Mute %1</source>
+        <translation>%1 stumm schalten</translation>
+    </message>
+    <message>
+        <source>Edit note of %1</source>
+        <translation>Notiz von %1 bearbeiten</translation>
+    </message>
+    <message>
+        <source>Reorder %1</source>
+        <translation>%1 umordnen</translation>
+    </message>
+    <message>
+        <source>Move %n nodes</source>
+        <translation>%n Knoten verschieben</translation>
+    </message>
+    <message>
+        <source>Move %1</source>
+        <translation>%1 verschieben</translation>
+    </message>
+    <message>
+        <source>Connect %1 to %2</source>
+        <translation>%1 mit %2 verbinden</translation>
+    </message>
+    <message>
+        <source>Disconnect %1 from %2</source>
+        <translation>%1 von %2 trennen</translation>
+    </message>
+    <message>
+        <source>Set attributes of %1</source>
+        <translation>Attribute von %1 setzen</translation>
+    </message>
+    <message>
+        <source>Set %n attributes</source>
+        <translation>%n Attribute setzen</translation>
+    </message>
+    <message>
+        <source>Set %1</source>
+        <translation>%1 setzen</translation>
+    </message>
+    <message>
+        <source>Insert %1 between %2 and %3</source>
+        <translation>%1 zwischen %2 und %3 einfügen</translation>
+    </message>
+    <message>
+        <source>Paste %n nodes</source>
+        <translation>%n Knoten einfügen</translation>
+    </message>
+    <message>
+        <source>Paste %1</source>
+        <translation>%1 einfügen</translation>
+    </message>
+    <message>
+        <source>Duplicate %n nodes</source>
+        <translation>%n Knoten duplizieren</translation>
+    </message>
+    <message>
+        <source>Duplicate %1</source>
+        <translation>%1 duplizieren</translation>
     </message>
 </context>
 <context>
@@ -1477,6 +1644,41 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     </message>
 </context>
 <context>
+    <name>QPlatformTheme</name>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>&amp;Yes</source>
+        <translation>&amp;Ja</translation>
+    </message>
+    <message>
+        <source>&amp;No</source>
+        <translation>&amp;Nein</translation>
+    </message>
+</context>
+<context>
     <name>RecentFiles</name>
     <message>
         <source>No recent documents</source>
@@ -1556,6 +1758,10 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Discard the changes to %1? They cannot be brought back.</source>
         <translation>Änderungen an %1 verwerfen? Sie lassen sich nicht zurückholen.</translation>
+    </message>
+    <message>
+        <source>Nothing is left to recover.</source>
+        <translation>Es gibt nichts mehr wiederherzustellen.</translation>
     </message>
 </context>
 <context>
@@ -1682,6 +1888,10 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Arrow keys move the image, Ctrl with arrow keys moves a cursor over its pixels</source>
         <translation>Pfeiltasten verschieben das Bild, Strg mit Pfeiltasten bewegt einen Zeiger über seine Pixel</translation>
+    </message>
+    <message>
+        <source>Preview 1:%1</source>
+        <translation>Vorschau 1:%1</translation>
     </message>
 </context>
 <context>
@@ -2044,6 +2254,45 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
         <source>Viewer</source>
         <translation>Bildansicht</translation>
     </message>
+    <message>
+        <source>preview 1:%1</source>
+        <translation>Vorschau 1:%1</translation>
+    </message>
+</context>
+<context>
+    <name>SecondMapRow</name>
+    <message>
+        <source>&amp;Map</source>
+        <translation>&amp;Karte</translation>
+    </message>
+    <message>
+        <source>Image over the terrain</source>
+        <translation>Bild über dem Gelände</translation>
+    </message>
+    <message>
+        <source>An image that is laid over the terrain</source>
+        <translation>Ein Bild, das über das Gelände gelegt wird</translation>
+    </message>
+    <message>
+        <source>How the image is laid over the terrain</source>
+        <translation>Wie das Bild über das Gelände gelegt wird</translation>
+    </message>
+    <message>
+        <source>As color, or as a tint where its values are high</source>
+        <translation>Als Farbe, oder als Tönung, wo seine Werte hoch sind</translation>
+    </message>
+    <message>
+        <source>Color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>Mask</source>
+        <translation>Maske</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Keine</translation>
+    </message>
 </context>
 <context>
     <name>SharedPanel</name>
@@ -2356,6 +2605,91 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     <message>
         <source>Pinned</source>
         <translation>Angeheftet</translation>
+    </message>
+</context>
+<context>
+    <name>WatchMenu</name>
+    <message>
+        <source>&amp;Changed Image Files</source>
+        <translation>&amp;Geänderte Bilddateien</translation>
+    </message>
+    <message>
+        <source>&amp;Ask</source>
+        <translation>&amp;Fragen</translation>
+    </message>
+    <message>
+        <source>&amp;Read Again at Once</source>
+        <translation>&amp;Sofort neu lesen</translation>
+    </message>
+    <message>
+        <source>&amp;Leave Alone</source>
+        <translation>&amp;Unverändert lassen</translation>
+    </message>
+</context>
+<context>
+    <name>WireDrag</name>
+    <message>
+        <source>No output here fits: %1</source>
+        <translation>Hier passt kein Ausgang: %1</translation>
+    </message>
+    <message>
+        <source>No input here fits: %1</source>
+        <translation>Hier passt kein Eingang: %1</translation>
+    </message>
+</context>
+<context>
+    <name>WireFit</name>
+    <message>
+        <source>image</source>
+        <translation>Bild</translation>
+    </message>
+    <message>
+        <source>flag</source>
+        <translation>Schalter</translation>
+    </message>
+    <message>
+        <source>number</source>
+        <translation>Zahl</translation>
+    </message>
+    <message>
+        <source>text</source>
+        <translation>Text</translation>
+    </message>
+    <message>
+        <source>color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>point</source>
+        <translation>Punkt</translation>
+    </message>
+    <message>
+        <source>frame</source>
+        <translation>Rahmen</translation>
+    </message>
+    <message>
+        <source>unknown</source>
+        <translation>unbekannt</translation>
+    </message>
+    <message>
+        <source>Both are inputs</source>
+        <translation>Beides sind Eingänge</translation>
+    </message>
+    <message>
+        <source>Both are outputs</source>
+        <translation>Beides sind Ausgänge</translation>
+    </message>
+    <message>
+        <source>A node cannot feed itself</source>
+        <translation>Ein Knoten kann sich nicht selbst speisen</translation>
+    </message>
+    <message>
+        <source>Output: %1, input: %2</source>
+        <translation>Ausgang: %1, Eingang: %2</translation>
+    </message>
+    <message>
+        <source>This would close a cycle</source>
+        <translation>Das ergäbe einen Kreis</translation>
     </message>
 </context>
 <context>

@@ -15,6 +15,7 @@
 #include "Apps/Editor/Files/RecentFiles.h"
 #include "Apps/Editor/Files/Settings.h"
 #include "Apps/Editor/Files/ShortcutsDialog.h"
+#include "Apps/Editor/Files/WatchMenu.h"
 #include "Apps/Editor/Window/EditorWindow.h"
 
 void EditorWindow::FollowThumbnails() {
@@ -66,11 +67,13 @@ void EditorWindow::MakeFileMenu() {
   connect(Add(menu, tr("&Save"), "file.save", QKeySequence::Save), &QAction::triggered, this, &EditorWindow::Save);
   connect(Add(menu, tr("Save &As…"), "file.save_as", QKeySequence(QStringLiteral("Ctrl+Shift+S"))), &QAction::triggered,
           this, &EditorWindow::SaveAs);
+  watch_menu_ = new WatchMenu(GetSettingsFile(), &menu);
   revert_ = Add(menu, tr("Re&vert"), "file.revert", {});
   connect(revert_, &QAction::triggered, this, &EditorWindow::Revert);
   menu.addSeparator();
   connect(Add(menu, tr("&Write All Outputs"), "file.write", QKeySequence(QStringLiteral("Ctrl+E"))),
           &QAction::triggered, this, &EditorWindow::WriteAll);
+  menu.addMenu(watch_menu_);
   menu.addSeparator();
   connect(Add(menu, tr("&Quit"), "file.quit", QKeySequence(QStringLiteral("Ctrl+Q"))), &QAction::triggered, this,
           &QWidget::close);
@@ -83,6 +86,9 @@ void EditorWindow::MakeEditMenu() {
   connect(undo_, &QAction::triggered, this, [this] { workspace_->Undo(); });
   redo_ = AddOwn(tr("Redo"), "edit.redo", QKeySequence::Redo);
   connect(redo_, &QAction::triggered, this, [this] { workspace_->Redo(); });
+  // Their texts name the step as well.
+  undo_->setProperty(kActionName, undo_->text());
+  redo_->setProperty(kActionName, redo_->text());
   edit_menu_->addActions({undo_, redo_});
   connect(edit_menu_, &QMenu::aboutToShow, this, &EditorWindow::FillEditMenu);
 }
@@ -106,6 +112,11 @@ void EditorWindow::MakeViewMenu() {
       if (on) frame->raise();
     });
   }
+  menu.addSeparator();
+  connect(Add(menu, tr("&Next Area"), "view.next_area", QKeySequence(QStringLiteral("F6"))), &QAction::triggered, this,
+          [this] { areas_.Go(1); });
+  connect(Add(menu, tr("&Previous Area"), "view.previous_area", QKeySequence(QStringLiteral("Shift+F6"))),
+          &QAction::triggered, this, [this] { areas_.Go(-1); });
   menu.addSeparator();
   view_menu_ = &menu;
   QMenu& themes = *menu.addMenu(tr("T&heme"));
@@ -140,6 +151,8 @@ void EditorWindow::MakeStatusLine() {
   message_->setTextFormat(Qt::PlainText);
   message_->setMinimumWidth(40);
   statusBar()->addWidget(message_, 1);
+  message_timer_.setSingleShot(true);
+  connect(&message_timer_, &QTimer::timeout, this, [this] { Tell({}); });
   progress_ = new QProgressBar(this);
   progress_->setObjectName(QStringLiteral("status.progress"));
   progress_->setAccessibleName(tr("Nodes evaluated"));
@@ -160,7 +173,10 @@ void EditorWindow::MakeStatusLine() {
 void EditorWindow::ShowFirstSteps() {
   if (first_steps_ == nullptr) {
     first_steps_ = new FirstSteps(this, FirstSteps::MakeSteps(), GetSettingsFile());
-    connect(first_steps_, &FirstSteps::Finished, this, [this] { restoreState(docks_before_steps_); });
+    connect(first_steps_, &FirstSteps::Finished, this, [this] {
+      restoreState(docks_before_steps_);
+      workspace_->GetCanvas().setFocus(Qt::OtherFocusReason);
+    });
   }
   docks_before_steps_ = saveState();
   // The steps point at docks, which have to be there.

@@ -22,6 +22,7 @@
 #include "Apps/Desktop/Theme.h"
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Canvas/PlugRef.h"
+#include "Apps/Editor/Docks/HistoryNames.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Files/FilesChangedBar.h"
 #include "Apps/Editor/Files/FirstSteps.h"
@@ -30,6 +31,7 @@
 #include "Apps/Editor/Files/Settings.h"
 #include "Apps/Editor/Files/Templates.h"
 #include "Apps/Editor/Files/TemplatesDialog.h"
+#include "Apps/Editor/Files/WatchMenu.h"
 #include "Apps/Editor/Window/ViewerDock.h"
 #include "Host/Editing/Journals.h"
 #include "Host/Util/ClosestName.h"
@@ -57,8 +59,13 @@ EditorWindow::EditorWindow(const EditorRequest& request)
       settings_(GetSettingsFile(), QSettings::IniFormat),
       dialogs_(this),
       docks_(*this),
+      areas_(*this, docks_),
       recent_(std::make_unique<RecentFiles>(GetSettingsFile())) {
   setObjectName(QStringLiteral("editor"));
+  setWindowTitle(tr("Value"));
+  // Keeps the place of the canvas while something is asked before there is a document.
+  setCentralWidget(new QWidget(this));
+  setAcceptDrops(true);
   setWindowIcon(QIcon(QStringLiteral(":/editor/value-editor-128.png")));
   resize(request.width > 0 ? request.width : kUsualWidth, request.height > 0 ? request.height : kUsualHeight);
   MakeMenus();
@@ -128,6 +135,7 @@ void EditorWindow::WaitUntilDone() {
   QApplication::processEvents();
   constexpr double kStep = 0.02;
   while (!workspace_->GetEvaluator().WaitUntilIdle(kStep)) QApplication::processEvents();
+  while (workspace_->IsLookingForFiles()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   // What the evaluation told last is still on its way, and widgets draw what they were told.
   for (int i = 0; i < 3; ++i) QApplication::processEvents(QEventLoop::AllEvents, 100);
   workspace_->FinishPictures();
@@ -146,10 +154,10 @@ std::unique_ptr<ScEng::EditSession> EditorWindow::MakeFirst() {
 
 std::unique_ptr<ScEng::EditSession> EditorWindow::Recover(const std::filesystem::path& document) {
   std::vector<std::string> notes;
-  auto journals = RecoveryDialog::FindJournals(state_folder_, document, notes);
+  const bool has_journals = !RecoveryDialog::FindJournals(state_folder_, document, notes).empty();
   for (const std::string& note : notes) Tell(QString::fromStdString(note));
-  if (journals.empty()) return nullptr;
-  RecoveryDialog dialog(request_.catalog, state_folder_, std::move(journals), this);
+  if (!has_journals) return nullptr;
+  RecoveryDialog dialog(request_.catalog, state_folder_, document, this);
   dialog.exec();
   return dialog.TakeSession();
 }
@@ -179,7 +187,9 @@ void EditorWindow::SetSession(std::unique_ptr<ScEng::EditSession> session) {
   if (!IsDrawn()) {
     workspace_->GetCanvas().SetUsage(settings_.value(QStringLiteral("canvas/usage")).toStringList());
   }
+  workspace_->GetCanvas().setFocus(Qt::OtherFocusReason);
   FollowThumbnails();
+  watch_menu_->Follow(workspace_->GetWatcher());
   ShowTitle();
 }
 
@@ -282,7 +292,7 @@ void EditorWindow::ShowTitle() {
   const std::size_t place = session.GetPlace();
   const auto& history = session.GetHistory();
   const auto describe = [&](const QString& verb, const QString& verb_with_name, bool is_there, std::size_t step) {
-    return is_there ? verb_with_name.arg(QString::fromStdString(history[step])) : verb;
+    return is_there ? verb_with_name.arg(TranslateStep(history[step])) : verb;
   };
   undo_->setEnabled(place > 0);
   undo_->setText(describe(tr("Undo"), tr("Undo %1"), place > 0, place - 1));
@@ -303,6 +313,8 @@ void EditorWindow::ShowProgress(const ScEng::EvaluationProgress& progress, bool 
 void EditorWindow::Tell(const QString& message) {
   message_->setText(message);
   message_->setToolTip(message);
+  constexpr int kReadingTime = 30000;
+  if (!message.isEmpty()) message_timer_.start(kReadingTime);
 }
 
 void EditorWindow::ApplyTheme(const QString& theme) {

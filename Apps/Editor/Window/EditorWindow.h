@@ -3,12 +3,14 @@
 
 #include <QMainWindow>
 #include <QSettings>
+#include <QTimer>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "Apps/Editor/Editor.h"
 #include "Apps/Editor/Files/DocumentDialogs.h"
+#include "Apps/Editor/Window/AreaSwitch.h"
 #include "Apps/Editor/Window/DockFrames.h"
 #include "Apps/Editor/Window/Workspace.h"
 
@@ -19,6 +21,7 @@ class QMenu;
 class QProgressBar;
 class QToolButton;
 class RecentFiles;
+class WatchMenu;
 
 /// The window of `value edit`: one document with its docks, menus and the line at the bottom.
 class EditorWindow : public QMainWindow {
@@ -91,15 +94,19 @@ class EditorWindow : public QMainWindow {
   QSettings settings_;
   DocumentDialogs dialogs_;
   DockFrames docks_;
+  AreaSwitch areas_;
   /// The user has arranged the docks in an earlier run.
   bool has_own_layout_ = false;
   std::unique_ptr<RecentFiles> recent_;
   QMenu* edit_menu_ = nullptr;
   QMenu* view_menu_ = nullptr;
+  WatchMenu* watch_menu_ = nullptr;
   QAction* undo_ = nullptr;
   QAction* redo_ = nullptr;
   QAction* revert_ = nullptr;
   QLabel* message_ = nullptr;
+  /// What was told once says nothing of what is done now.
+  QTimer message_timer_;
   QProgressBar* progress_ = nullptr;
   QToolButton* cancel_ = nullptr;
   FirstSteps* first_steps_ = nullptr;

@@ -23,67 +23,13 @@
 #include "Apps/Editor/Canvas/GraphCanvas.h"
 #include "Apps/Editor/Docks/OutputsDock.h"
 #include "Apps/Editor/Files/FirstSteps.h"
-#include "Apps/Editor/Window/ViewerDock.h"
-#include "Host/Widgets/ViewerWidget.h"
-#include "Tests/Support/EditTesting.h"
-#include "Tests/Widgets/WidgetTesting.h"
+#include "Apps/Editor/Window/EditorWindowTesting.h"
 
 namespace {
 
 constexpr double kLong = 300.0;
 
-class EditorWindowTest : public testing::Test {
- protected:
-  void SetUp() override {
-    // Settings of tests stay in their folder.
-    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString((folder_ / "config").string()));
-    Testing::WriteText(folder_ / "graph.json", Testing::Quoted(R"({
-  'format': 'value-graph',
-  'version': 2,
-  'nodes': [
-    {'id': 'height', 'type': 'ImageTerrainNode', 'attributes': {'frame': [0, 0, 64, 48]}, 'position': [0, 0]},
-    {'id': 'raised', 'type': 'ImageValueAddNode', 'attributes': {'constant': 0.25}, 'position': [260, 0]},
-    {'id': 'high', 'type': 'ImageValueClampNode', 'position': [520, 0]}
-  ],
-  'connections': [
-    {'from': 'height.image', 'to': 'raised.image', 'index': 0},
-    {'from': 'raised.image', 'to': 'high.image'}
-  ]
-}
-)"));
-  }
-  void TearDown() override { window_.reset(); }
-
-  void Open(const std::filesystem::path& document) {
-    EditorRequest request;
-    request.catalog = Testing::GetCatalog();
-    request.document = document;
-    request.state_folder = folder_ / "state";
-    window_ = std::make_unique<EditorWindow>(request);
-    window_->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get(), 60000));
-    window_->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get(), 60000));
-    EditorAnswer answer;
-    window_->Start(answer);
-    ASSERT_TRUE(answer.problems.empty()) << answer.problems[0];
-    Wait();
-  }
-  void Wait() { window_->WaitUntilDone(); }
-
-  ScEng::EditSession& Session() { return window_->GetWorkspace()->GetSession(); }
-  GraphCanvas& Canvas() { return window_->GetWorkspace()->GetCanvas(); }
-  ViewerDock& Viewer() { return window_->GetWorkspace()->GetViewer(); }
-  QAction* Action(const char* name) { return window_->findChild<QAction*>(QLatin1String(name)); }
-  /// The lowest value of what is shown.
-  float Lowest() {
-    const auto& image = Viewer().GetViewer().GetContent().image;
-    return image == nullptr ? -1.0F : image->GetFigures().finite.low;
-  }
-
-  Testing::TemporaryFolder folder_;
-  std::unique_ptr<EditorWindow> window_;
-};
+class EditorWindowTest : public EditorWindowTesting {};
 
 TEST_F(EditorWindowTest, ShowsTheLastImageOfADocument) {
   Open(folder_ / "graph.json");
@@ -141,6 +87,36 @@ TEST_F(EditorWindowTest, TheRangeStaysWhereItIsWhenValuesChange) {
   ASSERT_FALSE(Session().SetAttribute("raised.constant", "5").IsError());
   Wait();
   EXPECT_EQ(Viewer().GetViewer().GetLook(), look);
+}
+
+TEST_F(EditorWindowTest, ARangeOfOnesOwnStaysWithItsOutput) {
+  Open(folder_ / "graph.json");
+  const auto choose = [&](ScEng::RangeSource range, const ScEng::ValueRange& custom) {
+    ScEng::Look look = Viewer().GetViewer().GetLook();
+    look.range = range;
+    look.custom = custom;
+    Viewer().GetViewer().SetLook(look);
+    emit Viewer().GetViewer().LookChanged(look);
+  };
+  const auto show = [&](const char* id) {
+    Canvas().Select({QLatin1String(id)});
+    Wait();
+    return Viewer().GetViewer().GetLook();
+  };
+  choose(ScEng::RangeSource::kAbsolute, {});
+  choose(ScEng::RangeSource::kCustom, {0.25F, 2.0F});
+  EXPECT_EQ(show("raised").range, ScEng::RangeSource::kAbsolute);
+  choose(ScEng::RangeSource::kCustom, {-1.0F, 1.0F});
+  EXPECT_EQ(show("high").custom, (ScEng::ValueRange{0.25F, 2.0F}));
+  EXPECT_EQ(show("height").range, ScEng::RangeSource::kAbsolute);
+  choose(ScEng::RangeSource::kMeasured, {});
+  // Also under another name.
+  ASSERT_FALSE(Session().RenameNode("raised", "lifted").IsError());
+  EXPECT_EQ(show("lifted").range, ScEng::RangeSource::kCustom);
+  EXPECT_EQ(show("lifted").custom, (ScEng::ValueRange{-1.0F, 1.0F}));
+  choose(ScEng::RangeSource::kMeasured, {});
+  EXPECT_EQ(show("high").range, ScEng::RangeSource::kCustom);
+  EXPECT_EQ(show("lifted").range, ScEng::RangeSource::kMeasured);
 }
 
 TEST_F(EditorWindowTest, AShownNodeThatIsRenamedStaysShown) {
@@ -214,6 +190,39 @@ TEST_F(EditorWindowTest, TheFirstStepsLeaveTheDocksAsTheyWere) {
   ASSERT_NE(steps, nullptr);
   QTest::keyClick(steps, Qt::Key_Escape);
   EXPECT_EQ(list_docks(), before);
+}
+
+TEST_F(EditorWindowTest, F6GoesRoundTheAreasThatAreSeen) {
+  Open(folder_ / "graph.json");
+  if (auto* steps = window_->findChild<FirstSteps*>()) QTest::keyClick(steps, Qt::Key_Escape);
+  for (const char* name : {"problems", "history", "panel"}) window_->GetDocks().Raise(name);
+  QApplication::processEvents();
+  Canvas().setFocus();
+  const auto find_area = [&] {
+    const QWidget* focus = QApplication::focusWidget();
+    if (focus != nullptr && window_->centralWidget()->isAncestorOf(focus)) return QStringLiteral("canvas");
+    for (const QDockWidget* frame : window_->GetDocks().GetAll()) {
+      if (focus != nullptr && frame->isAncestorOf(focus)) return frame->objectName();
+    }
+    return QString();
+  };
+  QStringList seen;
+  for (int i = 0; i < 4; ++i) {
+    Action("view.next_area")->trigger();
+    seen << find_area();
+  }
+  // Problems are behind the history.
+  EXPECT_EQ(seen, (QStringList{"dock.viewer", "dock.panel", "dock.history", "canvas"}));
+  Action("view.previous_area")->trigger();
+  EXPECT_EQ(find_area(), QStringLiteral("dock.history"));
+  Action("view.previous_area")->trigger();
+  // It comes back to where it was.
+  auto* field = window_->GetDocks().Find("panel")->findChild<QDoubleSpinBox*>();
+  ASSERT_NE(field, nullptr);
+  field->setFocus();
+  Action("view.next_area")->trigger();
+  Action("view.previous_area")->trigger();
+  EXPECT_TRUE(field->hasFocus());
 }
 
 TEST_F(EditorWindowTest, WhatIsBeingTypedIsNotLost) {

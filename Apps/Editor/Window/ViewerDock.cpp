@@ -7,11 +7,13 @@
 #include <QSignalBlocker>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "Apps/Editor/Canvas/PlugRef.h"
 #include "Host/Widgets/ViewerWidget.h"
 
-ViewerDock::ViewerDock(ScEng::EditSession& session, QWidget* parent) : QWidget(parent), session_(session) {
+ViewerDock::ViewerDock(ScEng::EditSession& session, QWidget* parent)
+    : QWidget(parent), session_(session), watch_(session, this) {
   setObjectName(QStringLiteral("viewer"));
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -50,7 +52,11 @@ ViewerDock::ViewerDock(ScEng::EditSession& session, QWidget* parent) : QWidget(p
   bar->addWidget(pin_);
   layout->addLayout(bar);
   viewer_ = new ScEng::ViewerWidget(this);
+  // As far from the edges of the window as the line above.
+  viewer_->layout()->setContentsMargins(8, 0, 8, 4);
   layout->addWidget(viewer_, 1);
+  connect(viewer_, &ScEng::ViewerWidget::LookChanged, this, &ViewerDock::TakeLook);
+  connect(&watch_, &SessionWatch::NodeRenamed, this, &ViewerDock::FollowRename);
   FillOutputs();
   FillSources();
 }
@@ -127,5 +133,36 @@ void ViewerDock::ShowContent() {
     }
     if (!result_->inputs.empty()) content.before = result_->inputs.front().image;
   }
+  RecallRange(content.title);
   viewer_->SetContent(content);
+}
+
+void ViewerDock::TakeLook(const ScEng::Look& look) {
+  if (look.range == ScEng::RangeSource::kCustom) {
+    own_ranges_[seen_] = look.custom;
+  } else {
+    own_ranges_.erase(seen_);
+    range_ = look.range;
+  }
+}
+
+void ViewerDock::RecallRange(const QString& plug) {
+  if (plug == seen_) return;
+  seen_ = plug;
+  ScEng::Look look = viewer_->GetLook();
+  const auto own = own_ranges_.find(plug);
+  look.range = own == own_ranges_.end() ? range_ : ScEng::RangeSource::kCustom;
+  if (own != own_ranges_.end()) look.custom = own->second;
+  if (look != viewer_->GetLook()) viewer_->SetLook(look);
+}
+
+void ViewerDock::FollowRename(const std::string& before, const std::string& now) {
+  const auto rename = [&](const QString& plug) {
+    const std::string text = plug.toStdString();
+    return GetNodeOfPlug(text) == before ? QString::fromStdString(now + "." + GetNameOfPlug(text)) : plug;
+  };
+  std::map<QString, ScEng::ValueRange> ranges;
+  for (const auto& [plug, range] : own_ranges_) ranges.emplace(rename(plug), range);
+  own_ranges_ = std::move(ranges);
+  seen_ = rename(seen_);
 }

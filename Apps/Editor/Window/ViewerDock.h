@@ -2,10 +2,14 @@
 #pragma once
 
 #include <QWidget>
+#include <map>
 #include <memory>
+#include <string>
 
+#include "Apps/Editor/Docks/SessionWatch.h"
 #include "Host/Editing/BackgroundEvaluator.h"
 #include "Host/Editing/EditSession.h"
+#include "Host/Viewing/Look.h"
 
 class QComboBox;
 class QLabel;
@@ -44,9 +48,20 @@ class ViewerDock : public QWidget {
   void FillOutputs();
   void FillSources();
   void ShowContent();
+  void TakeLook(const ScEng::Look& look);
+  /// Gives the viewer the range of an image, "id.plug", that is shown next.
+  void RecallRange(const QString& plug);
+  void FollowRename(const std::string& before, const std::string& now);
 
   ScEng::EditSession& session_;
+  SessionWatch watch_;
   QString shown_;
+  /// The plug whose image is seen: the shown one, or one that feeds its node.
+  QString seen_;
+  /// Ranges of one's own belong to the values of an image: each stays with its plug.
+  std::map<QString, ScEng::ValueRange> own_ranges_;
+  /// Where the range of the others comes from.
+  ScEng::RangeSource range_ = ScEng::Look().range;
   std::shared_ptr<const ScEng::ShownResult> result_;
   QLabel* title_ = nullptr;
   QComboBox* outputs_ = nullptr;

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Window/Workspace.h"
 
+#include <QPointer>
 #include <QTabBar>
 #include <utility>
 
 #include "Apps/Editor/Canvas/GraphCanvas.h"
+#include "Apps/Editor/Canvas/GraphView.h"
 #include "Apps/Editor/Canvas/PlugRef.h"
 #include "Apps/Editor/Docks/AttributesDock.h"
 #include "Apps/Editor/Docks/HelpDock.h"
@@ -51,7 +53,6 @@ Workspace::Workspace(std::unique_ptr<ScEng::EditSession> session, DockFrames& fr
   connect(&journal_timer_, &QTimer::timeout, this, &Workspace::Tick);
   journal_timer_.start();
   ShowFirst();
-  if (missing_->Count() > 0) frames_.Raise("missing");
 }
 
 Workspace::~Workspace() {
@@ -102,8 +103,13 @@ void Workspace::Connect() {
           [this](const ScEng::EvaluationProgress& progress, bool is_idle) {
             viewer_->SetProgress(progress, is_idle);
             canvas_->SetRunning(QString::fromStdString(progress.id), progress.fraction);
+            if (is_idle) TellFacts();
             emit ProgressChanged(progress, is_idle);
           });
+  constexpr int kFactsInterval = 200;
+  facts_timer_.setSingleShot(true);
+  facts_timer_.setInterval(kFactsInterval);
+  connect(&facts_timer_, &QTimer::timeout, this, &Workspace::TellFacts);
   // Once for all that a command selects, and when commands can be given again.
   selection_timer_.setSingleShot(true);
   connect(&selection_timer_, &QTimer::timeout, this, &Workspace::FollowSelection);
@@ -121,6 +127,15 @@ void Workspace::Connect() {
   connect(viewer_, &ViewerDock::PinChanged, this, [this](bool pinned) {
     if (!pinned) FollowSelection();
   });
+  canvas_->GetView().SetOutsideRows({.offer =
+                                         [panel = QPointer(attributes_)](const QPoint& global, const PlugRef& from) {
+                                           return panel == nullptr ? std::string()
+                                                                   : panel->OfferRow(global, from.node, from.type);
+                                         },
+                                     .withdraw =
+                                         [panel = QPointer(attributes_)] {
+                                           if (panel != nullptr) panel->WithdrawRow();
+                                         }});
   connect(attributes_, &AttributesDock::HelpRequested, this, &Workspace::ShowHelp);
   connect(attributes_, &AttributesDock::Failed, this, &Workspace::Told);
   connect(history_, &HistoryDock::Failed, this, &Workspace::Told);
@@ -135,19 +150,51 @@ void Workspace::Connect() {
     emit Told(tr("Read again: %1").arg(ids.join(QStringLiteral(", "))));
   });
   connect(watcher_, &FileWatcher::Offered, missing_, &MissingInputs::Refresh);
+  const auto raise_missing = [this] {
+    if (missing_->Count() == 0) return;
+    // The keyboard stays where it is: what is looked for may take long.
+    frames_.Find("missing")->show();
+    frames_.Find("missing")->raise();
+  };
+  connect(missing_, &MissingInputs::Looked, this, raise_missing,
+          static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
   connect(missing_, &MissingInputs::NodeActivated, this, &Workspace::GoToNode);
   connect(missing_, &MissingInputs::Failed, this, &Workspace::Told);
   connect(&viewer_->GetViewer(), &ScEng::ViewerWidget::LookChanged, this, [this] { ShowTerrain(); });
   connect(frames_.Find("help"), &QDockWidget::visibilityChanged, this, [this](bool is_visible) {
     if (is_visible) FollowSelection();
   });
-  connect(frames_.Find("terrain"), &QDockWidget::visibilityChanged, this, [this] { ShowTerrain(); });
+  connect(frames_.Find("terrain"), &QDockWidget::visibilityChanged, this, [this] {
+    ShowTerrain();
+    AskForImages();
+  });
+  connect(terrain_, &TerrainView::SecondMapChanged, this, &Workspace::AskForImages);
+  connect(this, &Workspace::HistoryChanged, this, [this] {
+    if (frames_.Find("terrain")->isVisible()) terrain_->SetMaps(ListImageOutputs());
+  });
 }
 
 void Workspace::Show(const QString& plug) {
   viewer_->SetShown(plug);
   canvas_->SetShown(plug);
-  bridge_->GetEvaluator().Show({plug.toStdString(), true});
+  AskForImages();
+}
+
+void Workspace::AskForImages() {
+  const QString second = frames_.Find("terrain")->isVisible() ? terrain_->GetSecondMap() : QString();
+  bridge_->GetEvaluator().Show({viewer_->GetShown().toStdString(), true, second.toStdString()});
+}
+
+QStringList Workspace::ListImageOutputs() const {
+  QStringList plugs;
+  for (const std::string& id : session_->GetDocument().GetIds()) {
+    const Node* node = session_->GetDocument().FindNode(id);
+    if (node == nullptr) continue;
+    for (const PlugRecord& plug : node->GetOutplugs()) {
+      if (plug.type == PlugType::kImage) plugs << QString::fromStdString(id + "." + plug.name);
+    }
+  }
+  return plugs;
 }
 
 void Workspace::ShowFirst() {
@@ -183,6 +230,8 @@ void Workspace::SetThumbnails(bool on) {
   bridge_->GetEvaluator().SetEvaluatesAll(on);
 }
 
+bool Workspace::IsLookingForFiles() const { return missing_->IsLooking(); }
+
 void Workspace::FinishPictures() {
   if (frames_.Find("terrain")->isVisible() && terrain_->IsAvailable()) static_cast<void>(terrain_->Grab());
 }
@@ -200,6 +249,15 @@ void Workspace::TakeResult(const std::shared_ptr<const ScEng::ShownResult>& resu
 
 void Workspace::TakeFacts(const std::vector<ScEng::NodeFacts>& facts) {
   canvas_->SetFacts(facts);
+  // The lists are gone through as a whole, which is nothing to do for each of thousands of nodes.
+  gathered_facts_.insert(gathered_facts_.end(), facts.begin(), facts.end());
+  if (!facts_timer_.isActive()) facts_timer_.start();
+}
+
+void Workspace::TellFacts() {
+  facts_timer_.stop();
+  if (gathered_facts_.empty()) return;
+  const std::vector<ScEng::NodeFacts> facts = std::exchange(gathered_facts_, {});
   problems_->SetFacts(facts);
   profiler_->SetFacts(facts);
 }
@@ -226,13 +284,16 @@ void Workspace::ShowHelp(const QString& type_name) {
 
 void Workspace::ShowTerrain() {
   const auto& result = viewer_->GetResult();
-  if (result == nullptr || !frames_.Find("terrain")->isVisible()) return;
+  if (!frames_.Find("terrain")->isVisible()) return;
+  terrain_->SetMaps(ListImageOutputs());
+  if (result == nullptr) return;
   terrain_->SetHeights(result->image);
   // In gray the light tells more of the ground than its own height once more.
   const ScEng::Look& look = viewer_->GetViewer().GetLook();
   const bool is_colored = look.shading == ScEng::Shading::kRamp ||
                           (result->image != nullptr && result->image->GetImage().GetNumChannels() > 1);
   terrain_->SetColors(is_colored ? result->image : nullptr, look);
+  if (QString::fromStdString(result->shown.second) == terrain_->GetSecondMap()) terrain_->SetSecond(result->second);
 }
 
 void Workspace::Tick() {

@@ -44,6 +44,8 @@ class Workspace : public QObject {
   /// Shows what the document says, or the last image that it makes, and selects its node.
   void ShowFirst();
   void SetThumbnails(bool on);
+  /// Whether it is not known yet which files are missing.
+  [[nodiscard]] bool IsLookingForFiles() const;
   /// Waits for pictures that are drawn on threads of their own.
   void FinishPictures();
   void Undo();
@@ -65,10 +67,16 @@ class Workspace : public QObject {
   void Connect();
   void TakeResult(const std::shared_ptr<const ScEng::ShownResult>& result);
   void TakeFacts(const std::vector<ScEng::NodeFacts>& facts);
+  /// Tells the lists of what was gathered.
+  void TellFacts();
   void FollowSelection();
   void GoToNode(const QString& id);
   void ShowHelp(const QString& type_name);
   void ShowTerrain();
+  /// Has the evaluation make what is shown, and what is laid over the terrain where that is seen.
+  void AskForImages();
+  /// Every image that the document makes, "id.plug".
+  [[nodiscard]] QStringList ListImageOutputs() const;
   void Tick();
   void Report(const ScEng::Status& status);
   /// The class name of a node's type; empty for a placeholder.
@@ -82,6 +90,8 @@ class Workspace : public QObject {
   DockFrames& frames_;
   QTimer journal_timer_;
   QTimer selection_timer_;
+  QTimer facts_timer_;
+  std::vector<ScEng::NodeFacts> gathered_facts_;
   QString journal_problem_;
   /// Goes with the window's middle, if that goes first.
   QPointer<GraphCanvas> canvas_;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Editing/BackgroundEvaluator.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <exception>
@@ -21,10 +22,12 @@ using Clock = std::chrono::steady_clock;
 /// What has begun is given this long before a change cancels it, so that short evaluations come to their end while
 /// somebody drags a slider.
 constexpr std::chrono::milliseconds kGrace(60);
+/// A preview is shown this long after it was asked for: of what is there before, nobody needs one.
+constexpr std::chrono::milliseconds kPatience(90);
 
 }  // namespace
 
-/// Two threads stand behind it: one evaluates, the other cancels what has had its time.
+/// Two threads stand behind it: one evaluates, the other does what is due at a time.
 class BackgroundEvaluator::Implementation {
  public:
   Implementation(EditSession& session, std::function<void()> notify)
@@ -32,7 +35,7 @@ class BackgroundEvaluator::Implementation {
         mirror_(std::make_unique<Mirror>(session.GetCatalog(), MakeListener())),
         follower_(session, [this](MirrorChange change) { Take(std::move(change)); }),
         evaluating_([this] { Work(); }),
-        canceling_([this] { CancelLate(); }) {}
+        timekeeping_([this] { KeepTime(); }) {}
 
   ~Implementation() {
     {
@@ -42,7 +45,7 @@ class BackgroundEvaluator::Implementation {
     }
     changed_.notify_all();
     evaluating_.join();
-    canceling_.join();
+    timekeeping_.join();
   }
   Implementation(const Implementation&) = delete;
   Implementation& operator=(const Implementation&) = delete;
@@ -164,11 +167,16 @@ class BackgroundEvaluator::Implementation {
       mirror_->Apply(round.changes);
       mirror_->ReadAgain(round.read_again);
       mirror_->SetThumbnailSize(round.thumbnail_size);
+      if (auto preview = mirror_->EvaluatePreview(round.shown, cancellation_)) Hold(std::move(preview), round.asked_at);
       const std::shared_ptr<ShownResult> result = mirror_->EvaluateShown(round.shown, cancellation_);
-      if (result == nullptr) return false;
-      result->seconds = std::chrono::duration<double>(Clock::now() - round.asked_at).count();
+      if (result == nullptr) {
+        PublishHeld();
+        return false;
+      }
+      result->seconds = GetSecondsSince(round.asked_at);
       {
         const std::lock_guard lock(mutex_);
+        held_ = nullptr;
         result_ = result;
       }
       notify_();
@@ -180,18 +188,56 @@ class BackgroundEvaluator::Implementation {
     }
   }
 
-  void CancelLate() {
+  static double GetSecondsSince(Clock::time_point begin) {
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+  }
+
+  /// Keeps a preview until it is due.
+  void Hold(std::shared_ptr<ShownResult> preview, Clock::time_point asked_at) {
+    preview->seconds = GetSecondsSince(asked_at);
+    {
+      const std::lock_guard lock(mutex_);
+      held_ = std::move(preview);
+      held_until_ = asked_at + kPatience;
+    }
+    changed_.notify_all();
+  }
+
+  /// Hands out the preview that is kept, if there is one.
+  void PublishHeld() {
+    {
+      const std::lock_guard lock(mutex_);
+      if (held_ == nullptr) return;
+      result_ = std::exchange(held_, nullptr);
+    }
+    notify_();
+  }
+
+  /// Does what is due at a time: cancels what has had its time, and shows previews.
+  void KeepTime() {
     std::unique_lock lock(mutex_);
     while (!is_ending_) {
-      changed_.wait(lock, [this] { return is_ending_ || (is_pending_ && is_working_); });
-      if (is_ending_) return;
-      const Clock::time_point due = begun_at_ + kGrace;
-      if (Clock::now() >= due) {
+      const bool cancels = is_pending_ && is_working_;
+      const Clock::time_point now = Clock::now();
+      if (held_ != nullptr && now >= held_until_) {
+        lock.unlock();
+        PublishHeld();
+        lock.lock();
+        continue;
+      }
+      if (cancels && now >= begun_at_ + kGrace) {
         cancellation_.Request();
         // Until the other thread has seen it.
         changed_.wait_for(lock, kGrace, [this] { return is_ending_ || !is_working_; });
+        continue;
+      }
+      // Whatever comes to be due by what happens meanwhile is told.
+      if (cancels || held_ != nullptr) {
+        const Clock::time_point due = std::min(cancels ? begun_at_ + kGrace : Clock::time_point::max(),
+                                               held_ != nullptr ? held_until_ : Clock::time_point::max());
+        changed_.wait_until(lock, due);
       } else {
-        changed_.wait_until(lock, due, [this] { return is_ending_ || !is_working_; });
+        changed_.wait(lock);
       }
     }
   }
@@ -204,10 +250,13 @@ class BackgroundEvaluator::Implementation {
   bool is_working_ = false;
   Clock::time_point asked_at_;
   Clock::time_point begun_at_;
+  /// The preview of the round that goes on, until it is due or the image itself is there.
+  std::shared_ptr<const ShownResult> held_;
+  Clock::time_point held_until_;
   std::unique_ptr<Mirror> mirror_;
   SessionFollower follower_;
   std::thread evaluating_;
-  std::thread canceling_;
+  std::thread timekeeping_;
 };
 
 BackgroundEvaluator::BackgroundEvaluator(EditSession& session, std::function<void()> notify)

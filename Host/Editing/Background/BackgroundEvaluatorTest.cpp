@@ -98,6 +98,28 @@ TEST_F(BackgroundEvaluatorTest, ShowsTheInputsToo) {
   EXPECT_EQ(SamplesOf(result->inputs[0].image->GetImage()), EvaluateHere("terrain.image"));
 }
 
+TEST_F(BackgroundEvaluatorTest, ShowsASecondImageBeside) {
+  evaluator_->SetEvaluatesAll(false);
+  evaluator_->Show({"terrain.image", false, "clamp.image"});
+  auto result = TakeResult();
+  ASSERT_NE(result, nullptr);
+  ASSERT_NE(result->second, nullptr);
+  EXPECT_EQ(SamplesOf(result->image->GetImage()), EvaluateHere("terrain.image"));
+  EXPECT_EQ(SamplesOf(result->second->GetImage()), EvaluateHere("clamp.image"));
+  Do(session_->SetAttribute("add.constant", "0.25"));
+  result = TakeResult();
+  ASSERT_NE(result, nullptr);
+  EXPECT_EQ(SamplesOf(result->second->GetImage()), EvaluateHere("clamp.image"));
+  // One that is not there leaves the first alone.
+  for (const char* none : {"clamp.none", "nobody.image"}) {
+    evaluator_->Show({"terrain.image", false, none});
+    result = TakeResult();
+    ASSERT_NE(result, nullptr);
+    EXPECT_NE(result->image, nullptr);
+    EXPECT_EQ(result->second, nullptr);
+  }
+}
+
 TEST_F(BackgroundEvaluatorTest, FollowsChanges) {
   evaluator_->Show({"clamp.image", false});
   Do(session_->SetAttribute("add.constant", "0.25"));

@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 
+#include "Host/Documents/PlugName.h"
 #include "Host/Tools/Guard.h"
 #include "Host/Util/EvaluationScope.h"
 
@@ -20,13 +21,6 @@ std::vector<std::string> SplitLines(const std::string& text) {
   return lines;
 }
 
-/// The id and the name of "id.name".
-std::pair<std::string, std::string> SplitPlug(const std::string& plug) {
-  const std::size_t dot = plug.rfind('.');
-  if (dot == std::string::npos) return {plug, {}};
-  return {plug.substr(0, dot), plug.substr(dot + 1)};
-}
-
 std::shared_ptr<const ViewImage> MakeThumbnail(const Node& node, int size) {
   if (size <= 0) return nullptr;
   for (unsigned outplug = 0; outplug < node.GetOutplugs().size(); ++outplug) {
@@ -40,7 +34,7 @@ std::shared_ptr<const ViewImage> MakeThumbnail(const Node& node, int size) {
 }  // namespace
 
 Mirror::Mirror(std::shared_ptr<const NodeCatalog> catalog, Listener listener)
-    : document_(std::move(catalog)), listener_(std::move(listener)) {
+    : document_(catalog), preview_(std::move(catalog), document_), listener_(std::move(listener)) {
   document_.AddObserver(this);
 }
 
@@ -52,7 +46,7 @@ void Mirror::OnNodeRemoved(const std::string& id) { Forget(id); }
 
 void Mirror::Forget(const std::string& id) {
   told_.erase(id);
-  const auto is_of_node = [&](const auto& copy) { return SplitPlug(copy.first).first == id; };
+  const auto is_of_node = [&](const auto& copy) { return GetNodeOfPlug(copy.first) == id; };
   std::erase_if(copies_, is_of_node);
   std::erase_if(copies_before_, is_of_node);
 }
@@ -62,6 +56,7 @@ void Mirror::Apply(const std::vector<MirrorChange>& changes) {
     // A library that fails here shows it again, and in its place, when the node is evaluated.
     static_cast<void>(CallGuarded("a node type", [&] { change(document_); }));
   }
+  preview_.Apply(changes);
 }
 
 void Mirror::ReadAgain(const std::vector<std::string>& ids) {
@@ -74,6 +69,14 @@ void Mirror::SetThumbnailSize(int size) {
   if (thumbnail_size_ == size) return;
   thumbnail_size_ = size;
   told_.clear();
+}
+
+std::shared_ptr<ShownResult> Mirror::EvaluatePreview(const ShownPlugs& shown, const Cancellation& cancellation) {
+  if (shown.plug.empty()) return nullptr;
+  Engine::Options options = MakeOptions(cancellation);
+  // How far the whole evaluation is, is not known yet.
+  options.on_evaluated = [this](Node& node, std::size_t, std::size_t) { TellOf(node.GetLabel(), node); };
+  return preview_.Evaluate(shown, options);
 }
 
 std::shared_ptr<ShownResult> Mirror::EvaluateShown(const ShownPlugs& shown, const Cancellation& cancellation) {
@@ -101,11 +104,13 @@ std::shared_ptr<ShownResult> Mirror::EvaluateShown(const ShownPlugs& shown, cons
   }
   try {
     if (shown.with_inputs) AddInputs(*node, *result, cancellation);
+    if (!shown.second.empty() && !AddSecond(*result, cancellation)) return nullptr;
   } catch (const Canceled&) {
     return nullptr;
   } catch (const std::bad_alloc&) {
-    // The image itself is more than what feeds it.
+    // The image itself is more than those beside it.
     result->inputs.clear();
+    result->second = nullptr;
   }
   copies_before_.clear();
   return result;
@@ -114,7 +119,7 @@ std::shared_ptr<ShownResult> Mirror::EvaluateShown(const ShownPlugs& shown, cons
 bool Mirror::EvaluateRest(const Cancellation& cancellation) {
   std::set<std::string> feeding;
   for (const DocumentConnection& connection : document_.GetConnections()) {
-    feeding.insert(SplitPlug(connection.from).first);
+    feeding.insert(GetNodeOfPlug(connection.from));
   }
   // What feeds nothing needs everything else between them.
   for (const std::string& id : std::vector<std::string>(document_.GetIds())) {
@@ -187,7 +192,8 @@ std::shared_ptr<const ViewImage> Mirror::Copy(const std::string& plug, Node& nod
 }
 
 Node* Mirror::FindOutput(const std::string& plug, unsigned& outplug, std::string& message) const {
-  const auto [id, name] = SplitPlug(plug);
+  const std::string id = GetNodeOfPlug(plug);
+  const std::string name = GetNameOfPlug(plug);
   Node* node = document_.FindNode(id);
   if (node == nullptr) {
     message = document_.IsPlaceholder(id) ? "The type of this node is unknown here." : "This node does not exist.";
@@ -217,16 +223,27 @@ std::string Mirror::DescribeMissingImage(const Node& node) {
 void Mirror::AddInputs(const Node& node, ShownResult& result, const Cancellation& cancellation) {
   const std::string id = node.GetLabel();
   for (const DocumentConnection& connection : document_.GetConnections()) {
-    const auto [to, inplug] = SplitPlug(connection.to);
-    if (to != id) continue;
+    if (GetNodeOfPlug(connection.to) != id) continue;
     unsigned outplug = 0;
     std::string message;
     Node* from = FindOutput(connection.from, outplug, message);
     if (from == nullptr || from->IsInError()) continue;
     if (auto image = Copy(connection.from, *from, outplug, cancellation)) {
-      result.inputs.push_back({inplug, connection.from, std::move(image)});
+      result.inputs.push_back({GetNameOfPlug(connection.to), connection.from, std::move(image)});
     }
   }
+}
+
+bool Mirror::AddSecond(ShownResult& result, const Cancellation& cancellation) {
+  unsigned outplug = 0;
+  std::string message;
+  Node* node = FindOutput(result.shown.second, outplug, message);
+  if (node == nullptr) return true;
+  const RunReport report = document_.Evaluate(*node, outplug, MakeOptions(cancellation));
+  TellOfAll();
+  if (report.canceled) return false;
+  if (!node->IsInError()) result.second = Copy(result.shown.second, *node, outplug, cancellation);
+  return true;
 }
 
 }  // namespace ScEng

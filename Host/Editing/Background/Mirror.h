@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "Host/Editing/Background/PreviewMirror.h"
 #include "Host/Editing/Background/SessionFollower.h"
 #include "Host/Editing/BackgroundEvaluator.h"
 #include "Host/Util/Cancellation.h"
@@ -33,6 +34,8 @@ class Mirror : private DocumentObserver {
   /// Tells of all nodes again, with thumbnails of this size.
   void SetThumbnailSize(int size);
 
+  /// Evaluates what is shown on reduced images; null where there is no such preview, or it was stopped.
+  std::shared_ptr<ShownResult> EvaluatePreview(const ShownPlugs& shown, const Cancellation& cancellation);
   /// Evaluates what is shown. Null where it was stopped.
   std::shared_ptr<ShownResult> EvaluateShown(const ShownPlugs& shown, const Cancellation& cancellation);
   /// Evaluates every other node that has outputs; false where it was stopped.
@@ -69,8 +72,11 @@ class Mirror : private DocumentObserver {
   /// Why a node that is well has no image.
   [[nodiscard]] std::string DescribeMissingImage(const Node& node);
   void AddInputs(const Node& node, ShownResult& result, const Cancellation& cancellation);
+  /// False where it was stopped.
+  bool AddSecond(ShownResult& result, const Cancellation& cancellation);
 
   GraphDocument document_;
+  PreviewMirror preview_;
   Listener listener_;
   int thumbnail_size_ = 0;
   std::unordered_map<std::string, Told> told_;

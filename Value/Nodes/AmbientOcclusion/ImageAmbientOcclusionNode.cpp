@@ -46,6 +46,7 @@ constinit const NodeRecord ImageAmbientOcclusionNode::kRecord{
     .outputs = kImagePlugs,
     .reach = FindReach,
     .has_image = HasImageOfAnyInput,
+    .scaling = ScalesAsPicture,
 };
 
 void ImageAmbientOcclusionNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inputs) {

@@ -48,10 +48,11 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
 
 }  // namespace
 
-constinit const NodeRecord ImageValueAddNode::kRecord = MakeRecord(
-    "ImageValueAddNode", "Value Add", 5, "Add", kAddAttributes, SelfTests::RunAdd,
-    "Adds a constant to one image, or adds up several images.",
-    "plus,sum,total,blend,mix,lerp,merge,overlay,raise,lift,offset,brighten,linear dodge,combine,accumulate");
+constinit const NodeRecord ImageValueAddNode::kRecord =
+    MakeRecord("ImageValueAddNode", "Value Add", 5, "Add", kAddAttributes, SelfTests::RunAdd,
+               "Adds a constant to one image, or adds up several images.",
+               "plus,sum,total,blend,mix,lerp,merge,overlay,raise,lift,offset,brighten,brightness,linear "
+               "dodge,combine,accumulate,average");
 
 bool ImageValueAddNode::IsObsoleteAttribute(unsigned, const char* name) const {
   return std::string_view(name) == "mask_min";
@@ -70,11 +71,11 @@ ValueOperation* ImageValueSubtractNode::CreateValueOperation(const std::vector<P
   return new SubtractionOperation(ReadConstant(inputs));
 }
 
-constinit const NodeRecord ImageValueMultiplyNode::kRecord =
-    MakeRecord("ImageValueMultiplyNode", "Value Multiply", 10, "Multiply", kMultiplyAttributes, SelfTests::RunMultiply,
-               "Multiplies one image by a constant, or several images with each other.",
-               "times,product,scale,gain,amplify,attenuate,fade,strength,exposure,mask,screen,invert,negative,blend,"
-               "mix,lerp,square");
+constinit const NodeRecord ImageValueMultiplyNode::kRecord = MakeRecord(
+    "ImageValueMultiplyNode", "Value Multiply", 10, "Multiply", kMultiplyAttributes, SelfTests::RunMultiply,
+    "Multiplies one image by a constant, or several images with each other.",
+    "times,product,scale,gain,amplify,attenuate,fade,strength,exposure,brightness,mask,screen,invert,negative,blend,"
+    "mix,lerp,square");
 
 ValueOperation* ImageValueMultiplyNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {
   return new MultiplicationOperation(ReadConstant(inputs));

@@ -16,6 +16,13 @@ constexpr AttributeRow kNormalize =
     FlagRow("normalize", false, "Divides by the largest distance, so that the result goes from 0 to 1.");
 constexpr AttributeRow kAttributes[] = {kSeamless, kNormalize};
 
+/// Disabled, it hands on what it is given.
+Scaling FindScaling(const Node& node) {
+  const Attribute* normalize = node.GetAttribute(std::string(kNormalize.name));
+  const bool is_share = normalize == nullptr || normalize->GetValue().GetFlag();
+  return node.IsEnabled() && !is_share ? Scaling::kLengths : Scaling::kSame;
+}
+
 }  // namespace
 
 constinit const NodeRecord ImageEuclideanDistanceNode::kRecord{
@@ -34,6 +41,7 @@ constinit const NodeRecord ImageEuclideanDistanceNode::kRecord{
     .outputs = kImagePlugs,
     .reach = ReachesImage,
     .has_image = HasImageOfAnyInput,
+    .scaling = FindScaling,
 };
 
 void ImageEuclideanDistanceNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {

@@ -21,6 +21,9 @@ Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
   return Reach::Rows(1, EvaluatedInputs(node, inputs).GetFlag(kSeamless));
 }
 
+/// Disabled, it is flat.
+Scaling FindScaling(const Node& node) { return node.IsEnabled() ? Scaling::kSlopes : Scaling::kSame; }
+
 }  // namespace
 
 constinit const NodeRecord ImageComputeGradientNode::kRecord{
@@ -31,12 +34,13 @@ constinit const NodeRecord ImageComputeGradientNode::kRecord{
     .icon = "Gradient",
     .group = "Shape",
     .sentence = "Gives the slope of a value image along x and along y.",
-    .keywords = "slope,derivative,normal,sobel,steep,steepness,incline,tilt,edge,hillshade,shaded relief",
+    .keywords = "slope,derivative,normal,sobel,steep,steepness,cliff,incline,tilt,edge,hillshade,shaded relief",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kOutputs,
     .reach = FindReach,
     .has_image = HasImageOfAnyInput,
+    .scaling = FindScaling,
 };
 
 void ImageComputeGradientNode::Evaluate(unsigned, const std::vector<PlugValue>& inputs) {

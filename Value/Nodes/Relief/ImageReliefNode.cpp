@@ -169,6 +169,13 @@ Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
                      is_levels ? Reach::Range::kDeclared : Reach::Range::kNone);
 }
 
+/// Bevels go from pixel to pixel over the slopes of a soft mask.
+Scaling FindScaling(const Node& node) {
+  const Attribute* style = node.GetAttribute(std::string(kStyle.name));
+  const bool is_levels = style != nullptr && style->GetValue().GetText() == "levels";
+  return is_levels || !node.IsEnabled() ? Scaling::kSame : Scaling::kSameOfMasks;
+}
+
 }  // namespace
 
 constinit const NodeRecord ImageReliefNode::kRecord{
@@ -187,6 +194,7 @@ constinit const NodeRecord ImageReliefNode::kRecord{
     .outputs = kImagePlugs,
     .reach = FindReach,
     .has_image = HasImageOfAnyInput,
+    .scaling = FindScaling,
     .run_test = SelfTests::RunRelief,
 };
 

@@ -38,7 +38,8 @@ constinit const NodeRecord ImageToValueNode::kRecord{
     .sentence = "Turns any image into one number per pixel and maps a range of these numbers onto low to high.",
     .keywords =
         "grayscale,greyscale,normalize,invert,negative,reverse,remap,rescale,monochrome,black and white,luminance,"
-        "desaturate,convert,mask,height,auto levels,contrast,stretch",
+        "desaturate,convert,mask,height,auto levels,contrast,brightness,stretch,rgb,"
+        "channel",
     .attributes = kAttributes,
     .inputs = kImagePlugs,
     .outputs = kImagePlugs,

@@ -48,12 +48,12 @@ struct RunReport {
   std::vector<WrittenFile> written;
 };
 
-/// What is done with a node whose type the catalogue does not have.
+/// What is done with types that the catalogue does not have, and with attributes that a node does not have or take.
 enum class UnknownTypes {
   /// It is an error. A placeholder stands in for the node, so that the rest of the document can be checked.
   kRefuse,
-  /// It becomes a placeholder: the document keeps all that it says of the node and its connections, and saves it again.
-  /// Programs that edit documents load this way.
+  /// The node becomes a placeholder, the attribute keeps its default until it is set; what the document says is saved
+  /// again, and `CheckComplete` tells of it. Programs that edit documents load this way.
   kKeep,
 };
 

@@ -36,6 +36,8 @@ struct ShownPlugs {
   std::string plug;
   /// Whether the images that feed the node are wanted too.
   bool with_inputs = false;
+  /// Another image that is wanted beside it, "id.plug"; empty for none.
+  std::string second = {};
 
   friend bool operator==(const ShownPlugs&, const ShownPlugs&) = default;
 };
@@ -49,12 +51,15 @@ struct ShownInput {
   std::shared_ptr<const ViewImage> image;
 };
 
-/// What has become of what is shown.
+/// What has become of what is shown. Its images are previews (`ViewImage::IsPreview`) as long as the images themselves
+/// are being computed.
 struct ShownResult {
   ShownPlugs shown;
   /// Null where there is none; `message` says why.
   std::shared_ptr<const ViewImage> image;
   std::vector<ShownInput> inputs;
+  /// Null where none was asked for, or there is none.
+  std::shared_ptr<const ViewImage> second;
   std::string message;
   /// Wall time from the change that asked for it, in seconds.
   double seconds = 0.0;
@@ -74,6 +79,10 @@ struct EvaluationProgress {
 /// The thread has a copy of the document, which follows the session's changes one by one, so that only what a change
 /// concerns is evaluated anew. A change cancels the evaluation that goes on. Nothing here waits for a node but the
 /// destructor, which cancels first.
+///
+/// Where images are large and every node that what is shown depends on follows reduced images (`NodeRecord::scaling`),
+/// these are evaluated first. The preview is handed out when the image itself takes longer than a moment, and while one
+/// change follows the other.
 ///
 /// Used on the thread of the session, but for `notify`.
 class HOST_EDITING_API BackgroundEvaluator {

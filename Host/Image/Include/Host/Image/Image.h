@@ -54,8 +54,7 @@ struct FreeSamples {
 using SampleBuffer = std::unique_ptr<float[], FreeSamples>;
 }  // namespace ScEng
 
-/// The host's image: float samples, channels interleaved, rows dense. Where the host allocates them, the first sample is
-/// 64-byte aligned; samples of others lie at any address of a float, so nothing that reads an image counts on more.
+/// The host's image: float samples, channels interleaved, rows dense; those that it allocates are 64-byte aligned.
 ///
 /// Whoever keeps an image holds an `ImagePtr`. Functions that make an image for a node to keep (`ComputeValue`,
 /// `EuclideanDistance`, `Paste`, `GpuEngine::ExecuteAmbientOcclusion`) return a pointer without a reference, to be put
@@ -73,8 +72,7 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   Image(int size_x, int size_y, unsigned color_mode, const float* fill);
   /// The same with a given header.
   Image(const ImageHeader& header, const float* fill);
-  /// The same with samples that are there already, as many as the header asks for, at any address of a float. Such an
-  /// image is for reading: what is written with aligned vectors into an image is one that the host has allocated.
+  /// The same with samples that are there already, as many as the header asks for, at any address; only to be read.
   Image(const ImageHeader& header, ScEng::SampleBuffer samples);
   /// Copies samples and header; the copy starts with no references.
   Image(const Image& image);

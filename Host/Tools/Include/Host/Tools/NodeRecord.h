@@ -10,6 +10,7 @@
 #include "Host/Tools/NodeType.h"
 #include "Host/Tools/PlugValue.h"
 #include "Host/Tools/Reach.h"
+#include "Host/Tools/Scaling.h"
 
 class Node;
 
@@ -63,6 +64,9 @@ struct NodeRecord {
   /// enabled or not, with an image at these of its regular inputs: one entry for each. More images never make it false.
   /// Null for a type that does not say.
   bool (*has_image)(const Node& node, unsigned outplug, const std::vector<bool>& inputs) = nullptr;
+  /// How the result follows images that are reduced, while no connection feeds an attribute. Null for a type that does
+  /// not say; what its reach calls samples follows as it is.
+  Scaling (*scaling)(const Node& node) = nullptr;
   /// What the descriptor's `RunTest` runs; null for a type without a self-test.
   bool (*run_test)() = nullptr;
 };
@@ -71,6 +75,9 @@ struct NodeRecord {
 inline Reach ReachesSamples(const Node&, const std::vector<PlugValue>&) { return Reach::Samples(); }
 /// The reach of a node that needs its inputs whole, or that makes its image whole.
 inline Reach ReachesImage(const Node&, const std::vector<PlugValue>&) { return Reach::Image(); }
+
+/// The result of smaller images is the same picture, smaller.
+inline Scaling ScalesAsPicture(const Node&) { return Scaling::kSame; }
 
 /// An output has an image when there is one at an input, be the node enabled or not.
 inline bool HasImageOfAnyInput(const Node&, unsigned, const std::vector<bool>& inputs) {

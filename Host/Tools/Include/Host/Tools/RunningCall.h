@@ -20,6 +20,9 @@ struct RunningCall {
   /// What runs on this thread; on a thread that helps others, what runs on the one thread of the process that evaluates
   /// a node, if it is one. May be called in a signal handler.
   HOST_TOOLS_API static RunningCall Find();
+  /// Says that this thread never helps to evaluate a node, as that of a window: from now on it runs only what is said
+  /// on it itself.
+  HOST_TOOLS_API static void HelpNobody();
 };
 
 /// Says what runs on this thread while the scope lasts. A part that is null stays as the scope around it has it. The

@@ -21,12 +21,9 @@ class HOST_UTIL_API EvaluationScope {
   /// Called with the share of the work that is done, from 0 to 1, never less than before, a hundred times a second at
   /// most, on the thread of the scope. Must not throw.
   using Progress = std::function<void(double fraction)>;
-  /// Called wherever the work of the scope's own thread could be stopped, a hundred times a second at most, before it is
-  /// asked whether it is to stop: for a program that learns of a request to stop on that thread alone. Must not throw.
-  using Poll = std::function<void()>;
 
   /// `cancellation` may be null: then only the requests of outer scopes count.
-  explicit EvaluationScope(const Cancellation* cancellation, Progress progress = {}, Poll poll = {});
+  explicit EvaluationScope(const Cancellation* cancellation, Progress progress = {});
   ~EvaluationScope();
   EvaluationScope(const EvaluationScope&) = delete;
   EvaluationScope& operator=(const EvaluationScope&) = delete;

@@ -23,7 +23,8 @@ struct PixelReading {
   float value = 0.0F;
 };
 
-/// The pixel in a column and a row of the image, counted from its top left corner.
+/// The pixel in a column and a row of the image, counted from its top left corner. Of a preview, the sample that stands
+/// for it.
 HOST_VIEWING_API PixelReading ReadPixel(const ViewImage& image, int x, int y);
 
 /// The shortest decimal number that reads back as the same sample: "0.1", "1e+20"; "nan", "inf" and "-inf".

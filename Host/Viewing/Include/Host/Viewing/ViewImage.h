@@ -40,6 +40,11 @@ class HOST_VIEWING_API ViewImage {
  public:
   /// Copies an image. Uses the threads of the host, and asks whether to stop (`PollCancellation`).
   static std::shared_ptr<const ViewImage> Make(const Image& image);
+  /// A preview of an image: copies what was computed from images that were reduced `halvings` times by two, and has the
+  /// size and place of `header`, as the image itself will. Places are those of the image; each sample that is there
+  /// stands for 2^halvings by 2^halvings of its pixels, and figures are those of these samples. Throws
+  /// `std::invalid_argument` where the sizes do not belong together.
+  static std::shared_ptr<const ViewImage> MakePreview(const Image& reduced, int halvings, const ImageHeader& header);
   /// A small copy that fits into `size` by `size` pixels, for thumbnails: never larger than the image, with its mode
   /// and declared range and without its metadata. Each channel of a pixel is the mean of the finite ones of at most 4
   /// by 4 samples below it, so that the time does not depend on the size of the image.
@@ -49,10 +54,20 @@ class HOST_VIEWING_API ViewImage {
   ViewImage(const ViewImage&) = delete;
   ViewImage& operator=(const ViewImage&) = delete;
 
-  /// The copy. Nobody takes or releases a reference to it.
+  /// The samples that are there: the copy, or the reduced image of a preview. Nobody takes or releases a reference to
+  /// it.
   [[nodiscard]] const Image& GetImage() const;
+  /// Size and place of the image, in the pixels that views, probes and documents count in.
+  [[nodiscard]] const ImageHeader& GetHeader() const;
 
-  /// A copy of the image in which one pixel stands for 2^level by 2^level: level 0 is the image itself.
+  /// The first level that there are samples of: 0, but for previews.
+  [[nodiscard]] int GetFirstLevel() const;
+  [[nodiscard]] bool IsPreview() const { return GetFirstLevel() > 0; }
+  /// How many pixels of the image one sample stands for, along each side: 1, but for previews.
+  [[nodiscard]] int GetReduction() const { return 1 << GetFirstLevel(); }
+
+  /// A copy of the image in which one pixel stands for 2^level by 2^level: level 0 is the image itself. Of a preview,
+  /// levels before the first are the first one.
   struct Level {
     const float* samples = nullptr;
     int size_x = 0;
@@ -85,7 +100,8 @@ struct PixelBox {
   friend bool operator==(const PixelBox&, const PixelBox&) = default;
 };
 
-/// The figures of the values in a part of an image; what lies outside of it does not count.
+/// The figures of the values in a part of an image; what lies outside of it does not count. Of a preview, those of the
+/// samples that the part touches.
 HOST_VIEWING_API ViewFigures MeasureBox(const ViewImage& image, const PixelBox& box);
 
 }  // namespace ScEng
