@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Python/Module/Interruption.h"
 
+#include <utility>
+
 namespace py = pybind11;
 
 namespace ValuePython {
@@ -16,16 +18,29 @@ bool IsMainThread() {
   return PyThread_get_thread_ident() == main_thread;
 }
 
+constinit thread_local Interruption* current = nullptr;
+
 }  // namespace
 
 Interruption::Interruption()
-    : scope_(&cancellation_, {}, IsMainThread() ? [this] { Ask(); } : ScEng::EvaluationScope::Poll()) {}
+    : outer_(current), scope_(&cancellation_, {}, IsMainThread() ? [this] { Ask(); } : ScEng::EvaluationScope::Poll()) {
+  current = this;
+}
+
+Interruption::~Interruption() { current = outer_; }
+
+Interruption* Interruption::GetCurrent() { return current; }
+
+void Interruption::Stop(py::error_already_set error) {
+  // The first one is why the others came.
+  if (!raised_) raised_.emplace(std::move(error));
+  cancellation_.Request();
+}
 
 void Interruption::Ask() {
   const py::gil_scoped_acquire lock;
   if (PyErr_CheckSignals() == 0) return;
-  raised_.emplace();
-  cancellation_.Request();
+  Stop(py::error_already_set());
 }
 
 }  // namespace ValuePython

@@ -18,7 +18,17 @@ class Interruption {
  public:
   Interruption();
 
+  ~Interruption();
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+
+  /// The innermost one of this thread; null where there is none.
+  static Interruption* GetCurrent();
+
   [[nodiscard]] const ScEng::Cancellation& GetCancellation() const { return cancellation_; }
+
+  /// Stops the work for an exception that code of Python has raised within it, which `Run` then throws. With the lock.
+  void Stop(pybind11::error_already_set error);
 
   /// Calls `work` without the lock, then throws what the handler of a signal has raised, if anything.
   template <class Work>
@@ -35,6 +45,7 @@ class Interruption {
  private:
   void Ask();
 
+  Interruption* outer_;
   ScEng::Cancellation cancellation_;
   std::optional<pybind11::error_already_set> raised_;
   ScEng::EvaluationScope scope_;

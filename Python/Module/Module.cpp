@@ -8,6 +8,8 @@ PYBIND11_MODULE(_valuenodes, module) {
   module.doc() = "The host of Value, for the package valuenodes.";
   ValuePython::BindImage(module);
   ValuePython::BindNodes(module);
+  ValuePython::BindGraphs(module);
+  ValuePython::BindPythonNodes(module);
   ValuePython::BindFiles(module);
   ValuePython::BindPictures(module);
   ValuePython::BindSettings(module);

@@ -22,6 +22,13 @@ class Lendings {
     owners_.emplace(samples.get(), samples);
   }
 
+  /// An owner of what is lent; null for what is not.
+  Samples Find(const float* address) {
+    const std::lock_guard lock(mutex_);
+    const auto found = owners_.find(address);
+    return found == owners_.end() ? nullptr : found->second;
+  }
+
   /// Answers the owner, so that it goes when the lock is free again: that may run code of Python.
   Samples Remove(const float* address) {
     const std::lock_guard lock(mutex_);
@@ -44,6 +51,15 @@ ScEng::SampleBuffer Lend(const Samples& samples, std::size_t bytes) {
   Lendings::Get().Add(samples);
   // The host has no image of constant samples; nobody writes into those of an input.
   return {const_cast<float*>(samples.get()), ScEng::FreeSamples{bytes, &TakeBack}};
+}
+
+Samples Share(Image& image) {
+  if (Samples owner = Lendings::Get().Find(image.GetConstArray())) return owner;
+  const std::size_t bytes = image.GetNumSamples() * sizeof(float);
+  const auto kept = std::make_shared<ScEng::SampleBuffer>(image.ExchangeSamples({}));
+  Samples samples(kept, kept->get());
+  image.ExchangeSamples(Lend(samples, bytes));
+  return samples;
 }
 
 }  // namespace ValuePython

@@ -29,4 +29,13 @@ SharedImage SharedImage::Take(ImagePtr image) {
   return shared;
 }
 
+SharedImage SharedImage::Share(Image& image) {
+  SharedImage shared;
+  shared.header = image.GetImageHeader();
+  shared.metadata = image.GetMetadata();
+  shared.sample_range = image.GetKnownSampleRange();
+  shared.samples = ValuePython::Share(image);
+  return shared;
+}
+
 }  // namespace ValuePython

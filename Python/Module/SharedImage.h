@@ -31,6 +31,8 @@ struct SharedImage {
   [[nodiscard]] ImagePtr Lend() const;
   /// Takes an image over. Samples of one that somebody else keeps as well are copied.
   static SharedImage Take(ImagePtr image);
+  /// An image that shares its samples with one of this thread, which goes on to read them.
+  static SharedImage Share(Image& image);
 };
 
 }  // namespace ValuePython

@@ -115,6 +115,10 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   /// The samples for writing. What is known of their range is forgotten; write only until the image is handed on.
   [[nodiscard]] float* GetArray();
 
+  /// Puts other memory with the same samples in the place of the image's own, or none for a moment; answers the one
+  /// before. For who lets the samples live longer than the image.
+  ScEng::SampleBuffer ExchangeSamples(ScEng::SampleBuffer samples) { return std::exchange(samples_, std::move(samples)); }
+
   /// The lowest and highest sample of all channels (NaN skipped, infinities counted), measured at the first call and
   /// remembered after it. Not to be called from two threads at once on one image.
   [[nodiscard]] ScEng::SampleRange GetSampleRange() const;
