@@ -4,7 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <map>
+#include <optional>
+#include <set>
 #include <unordered_map>
+#include <utility>
 
 #include "Host/Documents/AttributeText.h"
 #include "Host/Documents/DotProgram.h"
@@ -70,7 +74,9 @@ std::string FindTypeName(const Node& node) {
 
 std::string ShowValue(const Attribute& attribute) {
   JsonValue value;
-  if (GetAttributeAsJson(attribute, value).IsError()) return MakeLine(attribute.GetValue().GetText(), kLongestValue);
+  const bool is_word = attribute.GetKind() == Attribute::Kind::kChoice;
+  if (is_word || GetAttributeAsJson(attribute, value).IsError())
+    return MakeLine(attribute.GetValue().GetText(), kLongestValue);
   // The end of a path says more than its start.
   const bool is_path =
       attribute.GetKind() == Attribute::Kind::kString && attribute.GetStringUse() != Attribute::StringUse::kText;
@@ -92,6 +98,7 @@ class Picture {
     }
     cards_.resize(ids.size());
     for (const DocumentConnection& connection : document.GetConnections()) AddWire(connection);
+    for (std::size_t i = 0; i < cards_.size(); ++i) AddRows(i);
     for (const std::string& problem : problems) AddProblem(problem);
   }
 
@@ -112,8 +119,11 @@ class Picture {
   /// What is known of a node beside what it says itself.
   struct Card {
     std::vector<std::string> problems;
-    /// How many connections each input or attribute has, by name.
-    std::unordered_map<std::string, std::size_t> fed;
+    /// The indices of the connections to each input or attribute, by name.
+    std::map<std::string, std::set<unsigned>> fed;
+    /// What stands in the rows of its inputs, and the row of each connection.
+    std::vector<std::string> rows;
+    std::map<std::pair<std::string, unsigned>, std::size_t> places;
     /// For a placeholder: the plugs that connections name.
     std::vector<std::string> inputs;
     std::vector<std::string> outputs;
@@ -128,7 +138,7 @@ class Picture {
     const auto [to, inplug] = SplitPlug(connection.to);
     AddName(cards_[numbers_.at(from)].outputs, outplug);
     AddName(cards_[numbers_.at(to)].inputs, inplug);
-    ++cards_[numbers_.at(to)].fed[inplug];
+    cards_[numbers_.at(to)].fed[inplug].insert(connection.index);
   }
 
   void AddProblem(const std::string& problem) {
@@ -141,7 +151,29 @@ class Picture {
       }
       from = problem.find('"', to + 1);
     }
-    problems_.push_back(problem);
+    if (const auto node = FindWithin(problem)) {
+      cards_[*node].problems.push_back(problem);
+    } else {
+      problems_.push_back(problem);
+    }
+  }
+
+  /// The node whose quoted id, which may hold quotes itself, comes first in a problem.
+  [[nodiscard]] std::optional<std::size_t> FindWithin(const std::string& problem) const {
+    if (problems_.size() > kMostProblems) return std::nullopt;
+    std::optional<std::size_t> first;
+    std::size_t place = std::string::npos;
+    for (const auto& [quoted, number] : quoted_) {
+      const std::string_view lead = std::string_view(quoted).substr(0, quoted.size() - 1);
+      const std::size_t at = problem.find(lead);
+      const std::size_t end = at + lead.size();
+      const bool is_whole =
+          at != std::string::npos && end < problem.size() && (problem[end] == '"' || problem[end] == '.');
+      if (!is_whole || at >= place) continue;
+      place = at;
+      first = number;
+    }
+    return first;
   }
 
   /// The node that a quoted piece of a problem names, as an id or as "id.plug".
@@ -153,21 +185,42 @@ class Picture {
     return std::nullopt;
   }
 
-  /// The port of a plug. Where a node has one image input, or one output, the wire ends at its title.
-  [[nodiscard]] std::string FindPort(std::size_t number, const std::string& plug, bool is_input) const {
-    const std::string lead = "n" + std::to_string(number);
-    const std::string side = is_input ? ":w" : ":e";
+  /// The rows of a node's inputs. An input with several images has a row for each, since their order matters.
+  void AddRows(std::size_t number) {
+    Card& card = cards_[number];
     const Node* const node = document_.FindNode(document_.GetIds()[number]);
-    if (node == nullptr) {
-      const auto& names = is_input ? cards_[number].inputs : cards_[number].outputs;
-      const auto place = std::find(names.begin(), names.end(), plug) - names.begin();
-      return lead + (names.size() == 1 ? ":t" : (is_input ? ":i" : ":o") + std::to_string(place)) + side;
+    for (const std::string& name : node == nullptr ? card.inputs : NamePlugs(*node, true)) {
+      const std::set<unsigned>& indices = card.fed[name];
+      if (indices.size() < 2) {
+        card.places[{name, indices.empty() ? 0 : *indices.begin()}] = card.rows.size();
+        card.rows.push_back(name);
+        continue;
+      }
+      for (const unsigned index : indices) {
+        card.places[{name, index}] = card.rows.size();
+        card.rows.push_back(name + " " + std::to_string(index));
+      }
     }
-    const int index = is_input ? node->GetInplugIndex(plug) : node->GetOutplugIndex(plug);
-    const std::size_t count = is_input ? node->GetNumRegularInputs() : node->GetOutplugs().size();
-    const bool is_attribute = is_input && index >= static_cast<int>(count);
-    if (is_attribute) return lead + ":a" + std::to_string(static_cast<std::size_t>(index) - count) + side;
-    return lead + (count == 1 ? ":t" : (is_input ? ":i" : ":o") + std::to_string(index)) + side;
+  }
+
+  /// Where a wire ends. That of an only input or output is at the title.
+  [[nodiscard]] std::string FindInput(std::size_t number, const std::string& plug, unsigned index) const {
+    const std::string lead = "n" + std::to_string(number);
+    const Card& card = cards_[number];
+    const auto place = card.places.find({plug, index});
+    if (place != card.places.end()) {
+      return lead + (card.rows.size() == 1 ? ":t:w" : ":i" + std::to_string(place->second) + ":w");
+    }
+    const Node& node = *document_.FindNode(document_.GetIds()[number]);
+    return lead + ":a" +
+           std::to_string(static_cast<std::size_t>(node.GetInplugIndex(plug)) - node.GetNumRegularInputs()) + ":w";
+  }
+
+  [[nodiscard]] std::string FindOutput(std::size_t number, const std::string& plug) const {
+    const Node* const node = document_.FindNode(document_.GetIds()[number]);
+    const auto names = node == nullptr ? cards_[number].outputs : NamePlugs(*node, false);
+    const auto place = std::find(names.begin(), names.end(), plug) - names.begin();
+    return "n" + std::to_string(number) + (names.size() == 1 ? ":t:e" : ":o" + std::to_string(place) + ":e");
   }
 
   static std::vector<std::string> NamePlugs(const Node& node, bool is_input) {
@@ -184,11 +237,12 @@ class Picture {
     const bool is_enabled = document_.IsEnabled(id);
     const CardLook& look = is_enabled ? kCard : kDisabledCard;
     const std::string name = node == nullptr ? "unknown type" : FindTypeName(*node);
-    std::string rows = DotRow(
-        {DotCell(DotBold(name, look.text) + (is_enabled ? "" : DotSmall(" disabled", look.faint))).Span(2).Port("t")});
+    std::string rows =
+        DotRow({DotCell(DotBold(name, look.text) + (is_enabled ? "" : "&#160;" + DotSmall("disabled", look.faint)))
+                    .Span(2)
+                    .Port("t")});
     rows += DotRow({DotCell(DotSmall(MakeLine(id, kLongestId), look.faint)).Span(2)});
-    WritePlugs(node == nullptr ? card.inputs : NamePlugs(*node, true),
-               node == nullptr ? card.outputs : NamePlugs(*node, false), look, rows);
+    WritePlugs(card.rows, node == nullptr ? card.outputs : NamePlugs(*node, false), look, rows);
     if (node != nullptr) WriteAttributes(*node, card, look, rows);
     if (!document_.GetNote(id).empty()) {
       rows += "<HR/>" + DotRow({DotCell(DotLines(document_.GetNote(id), look.faint)).Span(2).Left()});
@@ -248,13 +302,10 @@ class Picture {
     const std::size_t source = numbers_.at(from);
     const std::size_t target = numbers_.at(to);
     const WireLook& look = FindLook(FindKind(from, outplug));
-    text += "  " + FindPort(source, outplug, false) + " -> " + FindPort(target, inplug, true) + " [" + MakeStyle(look) +
-            ", tooltip=" +
+    text += "  " + FindOutput(source, outplug) + " -> " + FindInput(target, inplug, connection.index) + " [" +
+            MakeStyle(look) + ", tooltip=" +
             DotQuote(MakeLine(connection.from) + " to " + MakeLine(connection.to) + " (" +
                      (look.type == PlugType::kNone ? "unknown" : PlugType::GetName(look.type)) + ")");
-    // The order of images at one input matters.
-    if (cards_[target].fed.at(inplug) > 1)
-      text += ", headlabel=\"" + std::to_string(connection.index) + "\", labeldistance=1.6";
     text += "]\n";
   }
 
@@ -270,7 +321,7 @@ class Picture {
     const std::string name = "f" + std::to_string(index);
     text += "  " + name + " [tooltip=" + DotQuote("writes " + MakeLine(output.path)) + ", label=<" +
             DotTable(rows, kFileCard.background, kFileCard.border, 1, "") + ">]\n";
-    text += "  " + FindPort(numbers_.at(from), outplug, false) + " -> " + name + ":w [" +
+    text += "  " + FindOutput(numbers_.at(from), outplug) + " -> " + name + ":w [" +
             MakeStyle(FindLook(FindKind(from, outplug))) +
             ", tooltip=" + DotQuote(MakeLine(output.from) + " to the file " + MakeLine(output.path)) + "]\n";
   }

@@ -64,8 +64,8 @@ def test_a_node_with_a_wrong_attribute_is_not_added():
         graph.add("Value Add", constnt=1)
     with pytest.raises(TypeError, match="value_add: constant takes a number, not str"):
         graph.add("Value Add", constant="much")
-    with pytest.raises(ValueError, match="mode"):
-        graph.add("Value Function", mode="nothing of the kind")
+    with pytest.raises(ValueError, match='"declared", "measured", "custom"'):
+        graph.add("Image Reader", range="nothing of the kind")
     assert graph.nodes == {}
 
 
@@ -313,7 +313,7 @@ def test_results_are_those_of_the_functions(field):
 
 def test_several_image_outputs_are_named():
     graph = vn.Graph()
-    node = graph.add("Compute Gradient")
+    node = graph.add("Value Gradient")
     with pytest.raises(ValueError, match="several image outputs; name one of"):
         graph.evaluate(node)
 
@@ -511,7 +511,7 @@ def test_ctrl_c_stops_an_evaluation():
         graph = vn.Graph()
         before = graph.add("Image Terrain", "t", frame=(0, 0, 3000, 3000))
         for i in range(12):
-            node = graph.add("Euclidean Distance", level=i / 13)
+            node = graph.add("Relief", radius=100)
             graph.connect(before + ".image", node + ".image")
             before = node
         at = []

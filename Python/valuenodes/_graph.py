@@ -92,6 +92,13 @@ def _index(value, function):
 def _as_image(value, name):
     if isinstance(value, Image):
         return value
+    if not any(hasattr(value, name) for name in ("__array__", "__array_interface__", "__dlpack__")):
+        try:
+            memoryview(value)
+        except TypeError:
+            raise TypeError(
+                f"evaluate: inputs[{name!r}] takes an image or array, not {type(value).__name__}"
+            ) from None
     try:
         return Image(value)
     except (TypeError, ValueError) as error:
