@@ -178,6 +178,33 @@ TEST(Cancellation, IsSeenByLoopsOnThreadsOfThePool) {
   EXPECT_TRUE(scope.WasStopped());
 }
 
+TEST(EvaluationScope, AsksItsOwnThreadWhetherToStop) {
+  Cancellation cancellation;
+  std::size_t asked = 0;
+  const auto own_thread = std::this_thread::get_id();
+  const EvaluationScope scope(&cancellation, {}, [&] {
+    EXPECT_EQ(std::this_thread::get_id(), own_thread);
+    if (++asked == 3) cancellation.Request();
+  });
+  const auto work = [] {
+    for (;;) PollCancellation();
+  };
+  EXPECT_THROW(work(), Canceled);
+  EXPECT_EQ(asked, 3U);
+  EXPECT_TRUE(scope.WasStopped());
+}
+
+TEST(EvaluationScope, AsksForItsInnerScopesToo) {
+  Cancellation outer_request;
+  Cancellation inner_request;
+  const EvaluationScope outer(&outer_request, {}, [&] { outer_request.Request(); });
+  const EvaluationScope inner(&inner_request);
+  const auto work = [] {
+    for (;;) PollCancellation();
+  };
+  EXPECT_THROW(work(), Canceled);
+}
+
 TEST(EvaluationScope, RowsKeepToTheGrainAndComeOnceEach) {
   for (const std::size_t threads : {1U, 2U, 16U}) {
     const ThreadsScope threads_scope(threads);

@@ -50,10 +50,11 @@ class FunctionSink final : public spdlog::sinks::base_sink<std::mutex> {
 
 struct Logger {
   std::shared_ptr<FunctionSink> function_sink = std::make_shared<FunctionSink>();
+  std::shared_ptr<spdlog::sinks::sink> console;
   std::shared_ptr<spdlog::logger> logger;
 
   Logger() {
-    auto console = std::make_shared<spdlog::sinks::stderr_sink_mt>();
+    console = std::make_shared<spdlog::sinks::stderr_sink_mt>();
     logger = std::make_shared<spdlog::logger>("value", spdlog::sinks_init_list{console, function_sink});
     logger->set_pattern("%l: %v");
     const char* wanted = std::getenv("VALUE_LOG");
@@ -104,6 +105,8 @@ void Log::Error(const char* format, ...) {
 }
 
 void Log::SetLevel(Level level) { GetLogger().logger->set_level(ToSpdlog(level)); }
+
+void Log::SetPrints(bool prints) { GetLogger().console->set_level(prints ? spdlog::level::trace : spdlog::level::off); }
 
 void Log::SetSink(std::function<void(Level, const std::string&)> sink) {
   GetLogger().function_sink->SetFunction(std::move(sink));

@@ -57,6 +57,17 @@ TEST_F(LogTest, TellsTheLevels) {
   EXPECT_EQ(entries_, expected);
 }
 
+TEST_F(LogTest, PrintsOnlyWhereItIsTo) {
+  testing::internal::CaptureStderr();
+  Log::Warning("printed");
+  Log::SetPrints(false);
+  Log::Warning("kept");
+  Log::SetPrints(true);
+  Log::Error("again");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "warning: printed\nerror: again\n");
+  EXPECT_EQ(entries_.size(), 3U);
+}
+
 TEST_F(LogTest, DropsWhatIsBelowTheLevel) {
   Log::SetLevel(Log::Level::kError);
   Log::Info("a");

@@ -79,7 +79,7 @@ void SetChoice(Attribute& attribute, py::handle value, const std::string& functi
 }
 
 void SetString(Attribute& attribute, py::handle value, const std::string& function) {
-  py::object text = py::reinterpret_borrow<py::object>(value);
+  auto text = py::reinterpret_borrow<py::object>(value);
   const bool is_path = attribute.GetStringUse() != Attribute::StringUse::kText;
   if (is_path && py::hasattr(value, "__fspath__")) text = py::module_::import("os").attr("fspath")(value);
   if (!py::isinstance<py::str>(text)) ThrowKind(attribute, is_path ? "a path" : "a string", value, function);

@@ -78,16 +78,24 @@ py::dict DescribeArray(const SharedImage& image) {
   return facts;
 }
 
+/// An image of samples; of another image it takes these and the mode alone.
 SharedImagePtr MakeFromArray(const py::object& array, const HeaderArguments& arguments) {
-  const std::optional<unsigned> mode = arguments.FindMode();
-  if (py::isinstance<SharedImage>(array)) {
-    auto image = std::make_shared<SharedImage>(array.cast<const SharedImage&>());
-    if (mode && image->header.color_mode != *mode) return MakeFromArray(ViewSamples(array), arguments);
-    arguments.ApplyTo(image->header);
-    return image;
-  }
-  auto image = std::make_shared<SharedImage>(MakeImage(array, mode));
+  std::optional<unsigned> mode = arguments.FindMode();
+  const bool is_image = py::isinstance<SharedImage>(array);
+  if (is_image && !mode) mode = array.cast<const SharedImage&>().header.color_mode;
+  auto image = std::make_shared<SharedImage>(MakeImage(is_image ? ViewSamples(array) : array, mode));
   arguments.ApplyTo(image->header);
+  return image;
+}
+
+/// The same image but for what the arguments say.
+SharedImagePtr Replace(const py::object& self, const HeaderArguments& arguments, const py::object& metadata) {
+  const auto& before = self.cast<const SharedImage&>();
+  auto image = std::make_shared<SharedImage>(before);
+  const std::optional<unsigned> mode = arguments.FindMode();
+  if (mode) image->header.color_mode = MakeImage(ViewSamples(self), mode).header.color_mode;
+  arguments.ApplyTo(image->header);
+  if (!metadata.is_none()) image->metadata = FromDict(metadata.cast<py::dict>());
   return image;
 }
 
@@ -144,7 +152,7 @@ py::tuple Reduce(const py::object& self) {
   const auto& image = self.cast<const SharedImage&>();
   const ImageHeader& header = image.header;
   return py::make_tuple(
-      py::module_::import("valuenodes._valuenodes").attr("_restore_image"),
+      py::module_::import("valuenodes._pickling").attr("restore_image"),
       py::make_tuple(ViewSamples(self), ColorMode::GetName(header.color_mode),
                      py::make_tuple(header.pin_x, header.pin_y), py::make_tuple(header.pivot_x, header.pivot_y),
                      py::make_tuple(header.value_low, header.value_high), header.outside_value,
@@ -164,10 +172,7 @@ void BindConstruction(py::class_<SharedImage, SharedImagePtr>& image) {
           "replace",
           [](const py::object& self, const std::optional<std::string>& mode, const Pair& pin, const Pair& pivot,
              const Pair& range, const std::optional<double>& outside, const py::object& metadata) {
-            auto changed = MakeFromArray(self, {mode, pin, pivot, range, outside});
-            changed->metadata = self.cast<const SharedImage&>().metadata;
-            if (!metadata.is_none()) changed->metadata = FromDict(metadata.cast<py::dict>());
-            return changed;
+            return Replace(self, {mode, pin, pivot, range, outside}, metadata);
           },
           py::kw_only(), py::arg("mode") = py::none(), py::arg("pin") = py::none(), py::arg("pivot") = py::none(),
           py::arg("range") = py::none(), py::arg("outside") = py::none(), py::arg("metadata") = py::none())
@@ -206,7 +211,7 @@ void BindSharing(py::class_<SharedImage, SharedImagePtr>& image) {
       .def("__dlpack_device__", [](const SharedImage&) { return std::pair(1, 0); });
 }
 
-void BindCopies(py::module_& module, py::class_<SharedImage, SharedImagePtr>& image) {
+void BindCopies(py::class_<SharedImage, SharedImagePtr>& image) {
   image.def("__repr__", &Describe)
       .def("__copy__", [](const SharedImage& self) { return std::make_shared<SharedImage>(self); })
       .def(
@@ -220,13 +225,6 @@ void BindCopies(py::module_& module, py::class_<SharedImage, SharedImagePtr>& im
       });
   // What is equal would have to have one hash, and samples that are lent may change.
   image.attr("__hash__") = py::none();
-  using Pair = std::pair<double, double>;
-  module.def("_restore_image", [](const py::object& array, const std::string& mode, const Pair& pin, const Pair& pivot,
-                                  const Pair& range, double outside, const py::dict& metadata) {
-    auto restored = MakeFromArray(array, {mode, pin, pivot, range, outside});
-    restored->metadata = FromDict(metadata);
-    return restored;
-  });
 }
 
 }  // namespace
@@ -236,7 +234,7 @@ void BindImage(py::module_& module) {
   BindConstruction(image);
   BindProperties(image);
   BindSharing(image);
-  BindCopies(module, image);
+  BindCopies(image);
 }
 
 }  // namespace ValuePython

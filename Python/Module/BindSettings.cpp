@@ -11,6 +11,7 @@
 #include "Host/Util/ParallelRows.h"
 #include "Python/Module/Bindings.h"
 #include "Python/Module/Catalog.h"
+#include "Python/Module/Interruption.h"
 
 namespace py = pybind11;
 
@@ -46,10 +47,7 @@ py::list DescribeLibraries() {
 
 py::list DescribeCodecs() {
   std::vector<ScEng::CodecReport> codecs;
-  {
-    const py::gil_scoped_release unlocked;
-    codecs = ScEng::FindCodecs();
-  }
+  Interruption().Run([&] { codecs = ScEng::FindCodecs(); });
   py::list list;
   for (const ScEng::CodecReport& codec : codecs) {
     py::dict facts;
@@ -65,10 +63,7 @@ py::list DescribeCodecs() {
 py::list DescribeDevices() {
   ScEng::Status status;
   std::vector<GpuDevice> devices;
-  {
-    const py::gil_scoped_release unlocked;
-    devices = GpuEngine::Get()->GetDevices(status);
-  }
+  Interruption().Run([&] { devices = GpuEngine::Get()->GetDevices(status); });
   py::list list;
   for (const GpuDevice& device : devices) {
     py::dict facts;
@@ -85,6 +80,8 @@ py::list DescribeDevices() {
 }  // namespace
 
 void BindSettings(py::module_& module) {
+  // Threads that compute while the process ends would use what is being taken down.
+  py::module_::import("atexit").attr("register")(py::cpp_function(&Interruption::StopAll));
   module.attr("version") = VALUE_VERSION;
   module.def("set_threads", &SetThreads, py::arg("threads"));
   module.def("get_threads", &ScEng::GetNumThreads);

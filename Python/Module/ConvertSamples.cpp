@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "Host/Util/ParallelRows.h"
 
@@ -57,10 +58,34 @@ bool Overflows(Number number, float converted) {
   return false;
 }
 
+/// Whether the numbers of a row lie one after the other, as many as there are samples.
+bool IsDense(const NumberArray& array) {
+  const auto size = static_cast<std::ptrdiff_t>(array.size);
+  const auto channels = static_cast<std::ptrdiff_t>(array.channels);
+  const bool has_dense_pixels = channels == 1 || array.channel_stride == size;
+  return channels != 3 && !array.is_swapped && has_dense_pixels && array.column_stride == channels * size;
+}
+
+/// Converts numbers without gaps, in a loop that compilers make vectors of; whether one overflows.
+template <class Number>
+bool ConvertRun(const std::uint8_t* from, std::size_t count, float* to) {
+  bool overflows = false;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto number = ReadNumber<Number>(from + i * sizeof(Number), false);
+    to[i] = ToFloat(number);
+    if constexpr (std::is_same_v<Number, double>) {
+      overflows |=
+          std::abs(to[i]) > std::numeric_limits<float>::max() && std::abs(number) <= std::numeric_limits<double>::max();
+    }
+  }
+  return overflows;
+}
+
 /// Converts a row; the first column that overflows, or the number of columns.
 template <class Number>
 std::size_t ConvertRow(const NumberArray& array, std::size_t row, float* to) {
   const std::uint8_t* const start = array.data + static_cast<std::ptrdiff_t>(row) * array.row_stride;
+  if (IsDense(array) && !ConvertRun<Number>(start, array.columns * array.channels, to)) return array.columns;
   const std::size_t to_channels = array.channels == 3 ? 4 : array.channels;
   std::size_t first = array.columns;
   for (std::size_t column = 0; column < array.columns; ++column) {

@@ -14,6 +14,8 @@
 #include "Python/Module/Errors.h"
 #include "Python/Module/GraphUse.h"
 #include "Python/Module/Interruption.h"
+#include "Python/Module/LogBridge.h"
+#include "Python/Module/Samples.h"
 
 namespace py = pybind11;
 
@@ -336,12 +338,19 @@ GraphObject::SharedImagePtr GraphObject::Evaluate(const std::string& written, co
   options.cancellation = &interruption.GetCancellation();
   options.on_evaluated = TellProgress(progress, interruption);
   interruption.Run([&] { image = document_->Evaluate(plug, report, options); });
+  DeliverLog();
   const std::vector<const Node*> nodes = FindSources(id);
   if (!image) ThrowFailure(report, nodes, py::none());
   for (const Node* const node : nodes) {
     if (!node->IsInError()) WarnLines(node->GetStateMessage());
   }
-  return std::make_shared<SharedImage>(SharedImage::Share(*image));
+  // An image that only this function has is taken as it is.
+  if (image->GetRefCount() == 1 && !FindOwner(*image)) {
+    return std::make_shared<SharedImage>(SharedImage::Take(std::move(image)));
+  }
+  std::optional<SharedImage> kept;
+  interruption.Run([&] { kept = SharedImage::Keep(*image); });
+  return std::make_shared<SharedImage>(std::move(*kept));
 }
 
 py::list GraphObject::Run(const py::object& progress) {
@@ -356,6 +365,7 @@ py::list GraphObject::Run(const py::object& progress) {
   options.cancellation = &interruption.GetCancellation();
   options.on_evaluated = TellProgress(progress, interruption);
   interruption.Run([&] { report = document_->Run(nullptr, options); });
+  DeliverLog();
   py::list written;
   for (const ScEng::WrittenFile& file : report.written) {
     written.append(py::make_tuple(file.file.string(), std::pair(file.header.size_x, file.header.size_y),

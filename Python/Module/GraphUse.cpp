@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "Python/Module/InterpreterLock.h"
+
 namespace py = pybind11;
 
 namespace ValuePython {
@@ -26,7 +28,7 @@ std::function<void(Node& node, std::size_t done, std::size_t total)> TellProgres
                                                                                   Interruption& interruption) {
   if (function.is_none()) return nullptr;
   return [&](Node& node, std::size_t done, std::size_t total) {
-    const py::gil_scoped_acquire lock;
+    const WithLock lock;
     try {
       function(node.GetLabel(), done, total);
     } catch (py::error_already_set& error) {

@@ -3,6 +3,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include <functional>
 #include <optional>
 
 #include "Host/Util/Cancellation.h"
@@ -11,13 +12,13 @@
 namespace ValuePython {
 
 /// Lets a signal of Python, Ctrl-C for example, stop what the host does on this thread while the object lasts. Signals
-/// are handled by the main thread alone, which asks for them wherever its work could be stopped.
+/// are handled by the main thread alone, which asks for them wherever its work could be stopped. At the end of the
+/// interpreter all work of other threads is stopped, and they with it.
 ///
 /// Made and used with the interpreter's lock, which is released while the work is done.
 class Interruption {
  public:
   Interruption();
-
   ~Interruption();
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
@@ -31,18 +32,14 @@ class Interruption {
   void Stop(pybind11::error_already_set error);
 
   /// Calls `work` without the lock, then throws what the handler of a signal has raised, if anything.
-  template <class Work>
-  void Run(const Work& work) {
-    try {
-      const pybind11::gil_scoped_release unlocked;
-      work();
-    } catch (const ScEng::Canceled&) {
-      // Only a request of this object's own can have stopped it.
-    }
-    if (raised_) throw pybind11::error_already_set(*raised_);
-  }
+  void Run(const std::function<void()>& work);
+
+  /// Stops all that runs on other threads, and waits until they have ended it; with the lock. What is begun afterwards
+  /// on a thread stops at once, and the thread for good.
+  static void StopAll();
 
  private:
+  friend class RunningWork;
   void Ask();
 
   Interruption* outer_;

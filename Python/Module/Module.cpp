@@ -3,9 +3,11 @@
 // _valuenodes: what the Python package valuenodes does in the host.
 
 #include "Python/Module/Bindings.h"
+#include "Python/Module/LogBridge.h"
 
 PYBIND11_MODULE(_valuenodes, module) {
   module.doc() = "The host of Value, for the package valuenodes.";
+  ValuePython::BridgeLog();
   ValuePython::BindImage(module);
   ValuePython::BindNodes(module);
   ValuePython::BindGraphs(module);

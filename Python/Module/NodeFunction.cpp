@@ -15,6 +15,7 @@
 #include "Python/Module/Catalog.h"
 #include "Python/Module/Errors.h"
 #include "Python/Module/Interruption.h"
+#include "Python/Module/LogBridge.h"
 
 namespace py = pybind11;
 
@@ -53,6 +54,8 @@ bool IsOptional(const Node& node, std::size_t input) {
 
 struct NodeFunction::Work {
   std::vector<std::vector<SharedImagePtr>> images;
+  // By input: whether the caller said so, since leaving one out is easily a mistake.
+  std::vector<bool> is_left_free;
   // By attribute; null for the default.
   std::vector<py::handle> attributes;
 
@@ -96,6 +99,7 @@ py::object NodeFunction::Call(const py::args& given, const py::kwargs& attribute
   Resolve();
   Work work;
   work.images.resize(inputs_.size());
+  work.is_left_free.resize(inputs_.size());
   work.attributes.resize(attributes_.size());
   ReadImages(given, work);
   ReadKeywords(attributes, work);
@@ -112,6 +116,7 @@ py::object NodeFunction::Call(const py::args& given, const py::kwargs& attribute
   std::vector<ImagePtr> images;
   Interruption interruption;
   interruption.Run([&] { images = engine_node.Evaluate(inputs, interruption.GetCancellation()); });
+  DeliverLog();
   CheckState(node);
 
   std::vector<py::object> outputs;
@@ -128,7 +133,7 @@ py::object NodeFunction::Call(const py::args& given, const py::kwargs& attribute
 SharedImagePtr NodeFunction::ReadImage(py::handle given) const {
   if (py::isinstance<SharedImage>(given)) return given.cast<SharedImagePtr>();
   if (IsArrayLike(given)) return std::make_shared<SharedImage>(MakeImage(given, std::nullopt));
-  throw py::type_error(name_ + " takes " + ListInputs() + " as images or arrays, not " + NameType(given));
+  throw py::type_error(name_ + " takes " + ListInputs() + ", not " + NameType(given));
 }
 
 void NodeFunction::ReadImages(const py::args& images, Work& work) const {
@@ -141,7 +146,9 @@ void NodeFunction::ReadImages(const py::args& images, Work& work) const {
     }
     if (IsNumber(given)) {
       ReadConstant(given, i, work);
-    } else if (!given.is_none() || !inputs_[input].is_optional) {
+    } else if (given.is_none() && inputs_[input].is_optional) {
+      work.is_left_free[input] = true;
+    } else {
       work.images[input].push_back(ReadImage(given));
     }
     if (!inputs_[input].takes_many) ++input;
@@ -167,7 +174,10 @@ void NodeFunction::ReadConstant(py::handle number, std::size_t place, Work& work
 }
 
 void NodeFunction::ReadNamedImage(std::size_t input, py::handle given, Work& work) const {
-  if (given.is_none()) return;
+  if (given.is_none() && inputs_[input].is_optional) {
+    work.is_left_free[input] = true;
+    return;
+  }
   if (!work.images[input].empty()) {
     throw py::type_error(name_ + " was given its input " + Quote(inputs_[input].name) + " twice");
   }
@@ -196,8 +206,9 @@ void NodeFunction::ReadKeywords(const py::kwargs& attributes, Work& work) const 
 
 void NodeFunction::CheckInputs(const Work& work) const {
   for (std::size_t i = 0; i < inputs_.size(); ++i) {
-    if (work.images[i].empty() && !inputs_[i].is_optional) {
-      throw py::type_error(name_ + " needs an image or array as " + Quote(inputs_[i].name));
+    if (work.images[i].empty() && !work.is_left_free[i]) {
+      throw py::type_error(name_ + " needs an image or array as " + Quote(inputs_[i].name) +
+                           (inputs_[i].is_optional ? ", or None to leave it free" : ""));
     }
   }
 }
@@ -215,7 +226,7 @@ void NodeFunction::SetAttributes(Node& node, const Work& work) const {
 }
 
 void NodeFunction::CheckState(const Node& node) const {
-  const std::string message = node.GetStateMessage();
+  const std::string& message = node.GetStateMessage();
   switch (node.GetState()) {
     case Node::State::kFileError: ThrowFileError(message);
     case Node::State::kError: ThrowNodeError(name_ + ": " + message);

@@ -24,7 +24,7 @@ class NodeFunction {
   /// call the function. `result` is the class of the tuple for several outputs, or None.
   NodeFunction(std::string type, std::string name, pybind11::object result);
 
-  pybind11::object Call(const pybind11::args& images, const pybind11::kwargs& attributes);
+  pybind11::object Call(const pybind11::args& given, const pybind11::kwargs& attributes);
 
  private:
   struct Input {

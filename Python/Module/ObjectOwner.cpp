@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "Python/Module/InterpreterLock.h"
+
 namespace ValuePython {
 namespace {
 
@@ -42,7 +44,7 @@ class LeftObjects {
 };
 
 void ReleaseObject(PyObject* object) {
-  if (Py_IsInitialized() == 0 || _Py_IsFinalizing() != 0) return;
+  if (!IsInterpreterThere()) return;
   if (PyGILState_Check() != 0) {
     Py_DECREF(object);
   } else {

@@ -8,6 +8,7 @@
 #include "Host/Math/Geometry.h"
 #include "Host/Util/Cancellation.h"
 #include "Python/Module/AttributeValue.h"
+#include "Python/Module/InterpreterLock.h"
 #include "Python/Module/Interruption.h"
 #include "Python/Module/ObjectOwner.h"
 #include "Python/Module/PythonResult.h"
@@ -103,7 +104,7 @@ void PythonNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inp
     for (ImagePtr& output : outputs_) output.Reset(const_cast<Image*>(first->front()));
     return;
   }
-  const py::gil_scoped_acquire lock;
+  const WithLock lock;
   try {
     Call(images, inputs);
   } catch (py::error_already_set& error) {
@@ -144,7 +145,7 @@ py::tuple PythonNode::MakeArguments(const Entries& images) const {
     py::list entries;
     for (const Image* const image : images[i]) {
       // Whoever keeps the array keeps the samples, whatever becomes of the image.
-      py::object shared = py::cast(std::make_shared<SharedImage>(SharedImage::Share(const_cast<Image&>(*image))));
+      py::object shared = py::cast(std::make_shared<SharedImage>(SharedImage::Keep(*image)));
       entries.append(type_.TakesImages() ? shared : shared.attr("__array__")());
     }
     if (GetInplugs()[i].connections == PlugRecord::kAnyNumber) {

@@ -53,13 +53,6 @@ ScEng::SampleBuffer Lend(const Samples& samples, std::size_t bytes) {
   return {const_cast<float*>(samples.get()), ScEng::FreeSamples{bytes, &TakeBack}};
 }
 
-Samples Share(Image& image) {
-  if (Samples owner = Lendings::Get().Find(image.GetConstArray())) return owner;
-  const std::size_t bytes = image.GetNumSamples() * sizeof(float);
-  const auto kept = std::make_shared<ScEng::SampleBuffer>(image.ExchangeSamples({}));
-  Samples samples(kept, kept->get());
-  image.ExchangeSamples(Lend(samples, bytes));
-  return samples;
-}
+Samples FindOwner(const Image& image) { return Lendings::Get().Find(image.GetConstArray()); }
 
 }  // namespace ValuePython

@@ -16,8 +16,7 @@ using Samples = std::shared_ptr<const float>;
 /// may be lent any number of times.
 ScEng::SampleBuffer Lend(const Samples& samples, std::size_t bytes);
 
-/// The samples of an image as owners on any thread may keep them, without a copy: from now on the image borrows its own
-/// samples. They stay where they are and are only read. Not while another thread uses the image.
-Samples Share(Image& image);
+/// An owner of the samples that an image borrows; null for an image with samples of its own.
+Samples FindOwner(const Image& image);
 
 }  // namespace ValuePython

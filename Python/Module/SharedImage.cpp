@@ -29,12 +29,14 @@ SharedImage SharedImage::Take(ImagePtr image) {
   return shared;
 }
 
-SharedImage SharedImage::Share(Image& image) {
+SharedImage SharedImage::Keep(const Image& image) {
+  Samples owner = FindOwner(image);
+  if (!owner) return Take(ScEng::MakeRef<Image>(image));
   SharedImage shared;
   shared.header = image.GetImageHeader();
   shared.metadata = image.GetMetadata();
   shared.sample_range = image.GetKnownSampleRange();
-  shared.samples = ValuePython::Share(image);
+  shared.samples = std::move(owner);
   return shared;
 }
 

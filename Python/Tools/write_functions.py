@@ -85,7 +85,7 @@ def parameters(node, typed):
             more = " | float" if has_constant(node) else ""
             written += [place["name"] + kind, "*" + place["name"] + "s" + (kind + more if typed else "")]
         elif place["is_optional"]:
-            written.append(place["name"] + (": _ImageLike | None = None" if typed else "=None"))
+            written.append(place["name"] + (": _ImageLike | None" if typed else ""))
         else:
             written.append(place["name"] + kind)
     if node["attributes"] and not any(name.startswith("*") for name in written):
@@ -131,7 +131,7 @@ def describe_inputs(node, texts):
                 constant = next(one["name"] for one in node["attributes"] if one.get("is_constant"))
                 text += f" A number after one image is its {constant}."
         if place["is_optional"]:
-            kind += ", optional"
+            kind += " or None"
         lines.append(f"{names} : {kind}\n" + paragraph(text, "    "))
     return lines
 
@@ -193,8 +193,12 @@ def quote(text):
 
 
 def write_result(node, name):
-    fields = "".join(f"    {output['name']}: Image\n" for output in node["outputs"])
-    return f'class {name}(NamedTuple):\n    """The outputs of {node["name"]}."""\n\n{fields}'
+    fields = "".join(f'    "{output["name"]}",\n' for output in node["outputs"])
+    return f'{name} = namedtuple("{name}", (\n{fields}))\n{name}.__doc__ = "The outputs of {node["name"]}."\n'
+
+
+def stub_result(node, name):
+    return f"class {name}(NamedTuple):\n" + "".join(f"    {output['name']}: Image\n" for output in node["outputs"])
 
 
 def write_read(reader):
@@ -233,8 +237,7 @@ def main(folder, texts):
     package = pathlib.Path(folder) / "valuenodes"
     module = load_module(package)
     nodes = [module.describe_node(name) for name in module.list_nodes()]
-    source = [HEADER + GENERATED, "from typing import NamedTuple\n", "from ._nodes import node_function"]
-    source += ["from ._valuenodes import Image\n"]
+    source = [HEADER + GENERATED, "from collections import namedtuple\n", "from ._nodes import node_function\n"]
     stub = [HEADER, "import os\nfrom typing import Literal, NamedTuple\n"]
     stub += ["from ._valuenodes import Image, _ImageLike\n"]
     names = []
@@ -247,7 +250,7 @@ def main(folder, texts):
             result = result_name(node, name)
             names.append(result)
             source.append("\n" + write_result(node, result))
-            stub.append(write_result(node, result).replace(f'    """The outputs of {node["name"]}."""\n\n', ""))
+            stub.append(stub_result(node, result))
         names.append(name)
         text = docstring(node, name, read_texts(pathlib.Path(texts), node), result)
         decorator = f'@node_function("{node["class"]}"' + (f", {result})" if result != "Image" else ")")

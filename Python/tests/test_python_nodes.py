@@ -108,7 +108,7 @@ def test_attributes_are_checked_as_those_of_other_nodes(field):
 
 def test_every_kind_of_attribute_reaches_evaluate(field, tmp_path):
     Everything.seen.clear()
-    result = vn.apply("Everything", field, field)
+    result = vn.apply("Everything", field, field, mask=None)
     assert np.array_equal(np.asarray(result.first), field * 2) and result.second.size == (2, 1)
     expected = {"amount": 1.5, "radius": 3, "on": True, "edge": "wrap", "title": "map", "table": ""}
     expected |= {"ink": (0.25, 0.5, 0.75, 1.0), "center": (1.0, 2.0), "crop": (0.0, 0.0, 4.0, 5.0)}

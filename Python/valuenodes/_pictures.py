@@ -1,7 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Images as pictures to look at."""
 
+import importlib
 import struct
+import subprocess
+import sys
+import tempfile
 import zlib
 
 from . import _valuenodes
@@ -70,24 +74,17 @@ def show(image, *, range=None, colormap=None):
     range, colormap
         As for `to_png`.
     """
-    try:
-        from IPython import get_ipython
-
-        shell = get_ipython()
-    except ImportError:
-        shell = None
+    # In a notebook it is loaded; elsewhere nobody waits for it.
+    ipython = sys.modules.get("IPython")
+    shell = ipython.get_ipython() if ipython is not None else None
     if shell is not None and hasattr(shell, "kernel"):
-        from IPython.display import Image as Picture, display
-
-        display(Picture(data=to_png(image, range=range, colormap=colormap, size=_MOST)))
+        display = importlib.import_module("IPython.display")
+        display.display(display.Image(data=to_png(image, range=range, colormap=colormap, size=_MOST)))
         return
     _show_file(to_png(image, range=range, colormap=colormap))
 
 
 def _show_file(png):
-    import subprocess
-    import tempfile
-
     with tempfile.NamedTemporaryFile(prefix="valuenodes-", suffix=".png", delete=False) as file:
         file.write(png)
     try:

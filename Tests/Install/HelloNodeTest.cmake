@@ -1,7 +1,7 @@
 # Installs the project, builds the example library against the installation alone, and uses both:
 #
 #   cmake -DBUILD_DIR=<build folder> -DEXAMPLE_DIR=<Examples/HelloNode> -DWORK_DIR=<folder for everything>
-#     [-DHARDENING=<command that reads the files of a folder>] -P this
+#     [-DHARDENING=<command that reads the files of a folder>] [-DPYTHON=<interpreter, where the package is built>] -P this
 #
 # Everything is checked by results: the sample that the example's node computes is worked out by hand.
 
@@ -38,6 +38,26 @@ endif()
 run("${prefix}/bin/value" panel "Value Clamp" --screenshot "${WORK_DIR}/panel.png")
 if(NOT EXISTS "${WORK_DIR}/panel.png")
   message(FATAL_ERROR "the installed program does not draw its panel")
+endif()
+
+# So does its Python package, which finds the host, the nodes and what decodes files.
+if(PYTHON)
+  file(GLOB_RECURSE package "${prefix}/*/valuenodes/__init__.py")
+  cmake_path(GET package PARENT_PATH package)
+  cmake_path(GET package PARENT_PATH package)
+  file(WRITE "${WORK_DIR}/package.py" [[
+import sys
+import numpy as np
+import valuenodes as vn
+
+assert vn.__file__.startswith(sys.argv[1]), vn.__file__
+assert np.asarray(vn.add(np.zeros((2, 3), np.float32), 0.5)).tolist() == [[0.5] * 3] * 2
+vn.write(sys.argv[1] + "/image.exr", np.ones((2, 3), np.float32))
+assert vn.read(sys.argv[1] + "/image.exr").size == (3, 2)
+problems = [codec["problem"] for codec in vn.doctor()["codecs"] if codec["problem"]]
+assert not problems, problems
+]])
+  run("${CMAKE_COMMAND}" -E env "PYTHONPATH=${package}" "${PYTHON}" "${WORK_DIR}/package.py" "${prefix}")
 endif()
 
 set(library "${WORK_DIR}/hello/HelloNode.so")

@@ -54,7 +54,8 @@ struct FreeSamples {
 using SampleBuffer = std::unique_ptr<float[], FreeSamples>;
 }  // namespace ScEng
 
-/// The host's image: float samples, channels interleaved, rows dense, the first sample 64-byte aligned.
+/// The host's image: float samples, channels interleaved, rows dense. Where the host allocates them, the first sample is
+/// 64-byte aligned; samples of others lie at any address of a float, so nothing that reads an image counts on more.
 ///
 /// Whoever keeps an image holds an `ImagePtr`. Functions that make an image for a node to keep (`ComputeValue`,
 /// `EuclideanDistance`, `Paste`, `GpuEngine::ExecuteAmbientOcclusion`) return a pointer without a reference, to be put
@@ -72,7 +73,8 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   Image(int size_x, int size_y, unsigned color_mode, const float* fill);
   /// The same with a given header.
   Image(const ImageHeader& header, const float* fill);
-  /// The same with samples that are there already, as many as the header asks for, 64-byte aligned.
+  /// The same with samples that are there already, as many as the header asks for, at any address of a float. Such an
+  /// image is for reading: what is written with aligned vectors into an image is one that the host has allocated.
   Image(const ImageHeader& header, ScEng::SampleBuffer samples);
   /// Copies samples and header; the copy starts with no references.
   Image(const Image& image);
@@ -114,10 +116,6 @@ class HOST_IMAGE_API Image : public RefCounter<Image> {
   [[nodiscard]] const float* GetConstArray() const { return samples_.get(); }
   /// The samples for writing. What is known of their range is forgotten; write only until the image is handed on.
   [[nodiscard]] float* GetArray();
-
-  /// Puts other memory with the same samples in the place of the image's own, or none for a moment; answers the one
-  /// before. For who lets the samples live longer than the image.
-  ScEng::SampleBuffer ExchangeSamples(ScEng::SampleBuffer samples) { return std::exchange(samples_, std::move(samples)); }
 
   /// The lowest and highest sample of all channels (NaN skipped, infinities counted), measured at the first call and
   /// remembered after it. Not to be called from two threads at once on one image.

@@ -14,8 +14,8 @@
 
 /// The host's log. Messages are printf-style, one line each; every function may be called from any thread.
 ///
-/// Informational messages are dropped unless the environment variable VALUE_LOG is "info" (or `SetLevel` says so);
-/// warnings and errors go to standard error.
+/// Informational messages are dropped unless the environment variable VALUE_LOG is "info" (or `SetLevel` says so). What
+/// passes goes to standard error, unless `SetPrints` says otherwise.
 class HOST_UTIL_API Log {
  public:
   enum class Level { kInfo, kWarning, kError, kOff };
@@ -26,6 +26,9 @@ class HOST_UTIL_API Log {
 
   /// Messages below this level are dropped before they are formatted.
   static void SetLevel(Level level);
+
+  /// Whether messages go to standard error; they do at the start. For a program that has a log of its own.
+  static void SetPrints(bool prints);
 
   /// Hands every message that passes the level to `sink` as well, until `SetSink(nullptr)`. `sink` is called from
   /// whichever thread logs, one call at a time.

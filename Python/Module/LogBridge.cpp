@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Python/Module/LogBridge.h"
+
+#include <pybind11/pybind11.h>
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Host/Util/Log.h"
+
+namespace py = pybind11;
+
+namespace ValuePython {
+namespace {
+
+/// Lines that wait for the interpreter's lock. Whoever logs must not wait for it: who has it may wait for that thread.
+class WaitingLines {
+ public:
+  using Line = std::pair<Log::Level, std::string>;
+
+  static WaitingLines& Get() {
+    static auto* const lines = new WaitingLines;
+    return *lines;
+  }
+
+  void Add(Log::Level level, const std::string& text) {
+    {
+      const std::lock_guard lock(mutex_);
+      // More would be a flood that nobody reads.
+      if (lines_.size() >= kMost) return;
+      lines_.emplace_back(level, text);
+      is_empty_ = false;
+    }
+    if (Py_IsInitialized() != 0) Py_AddPendingCall([](void*) { return DeliverLog(), 0; }, nullptr);
+  }
+
+  std::vector<Line> Take() {
+    if (is_empty_) return {};
+    const std::lock_guard lock(mutex_);
+    is_empty_ = true;
+    return std::exchange(lines_, {});
+  }
+
+ private:
+  static constexpr std::size_t kMost = 10000;
+
+  std::mutex mutex_;
+  std::vector<Line> lines_;
+  std::atomic<bool> is_empty_{true};
+};
+
+const char* NameOf(Log::Level level) {
+  switch (level) {
+    case Log::Level::kError: return "error";
+    case Log::Level::kWarning: return "warning";
+    default: return "info";
+  }
+}
+
+}  // namespace
+
+void BridgeLog() {
+  Log::SetLevel(Log::Level::kInfo);
+  Log::SetPrints(false);
+  Log::SetSink([](Log::Level level, const std::string& text) { WaitingLines::Get().Add(level, text); });
+}
+
+void DeliverLog() {
+  const std::vector<WaitingLines::Line> lines = WaitingLines::Get().Take();
+  if (lines.empty()) return;
+  // An exception that is on its way stays the one that is told of.
+  const py::error_scope scope;
+  try {
+    const py::object logger = py::module_::import("logging").attr("getLogger")("valuenodes");
+    for (const auto& [level, text] : lines) logger.attr(NameOf(level))("%s", text);
+  } catch (py::error_already_set& error) {
+    error.discard_as_unraisable("the log of valuenodes");
+  }
+}
+
+}  // namespace ValuePython

@@ -1,0 +1,35 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What the tests of the package share."""
+
+import numpy as np
+import pytest
+from hypothesis import settings
+
+# The same examples in every run, and no limit of time: the machine may be busy.
+settings.register_profile("value", derandomize=True, deadline=None, max_examples=60, database=None)
+settings.load_profile("value")
+
+
+@pytest.fixture
+def field():
+    """A small height field with values from 0 to 1."""
+    return np.random.default_rng(7).random((23, 31), dtype=np.float32)
+
+
+def address(array):
+    return np.asarray(array).__array_interface__["data"][0]
+
+
+def misaligned(array, offset=4):
+    """The same float32 samples at an address that is `offset` bytes beyond a multiple of 64."""
+    array = np.ascontiguousarray(array, np.float32)
+    memory = np.empty(array.nbytes + 128, np.uint8)
+    start = -memory.ctypes.data % 64 + offset
+    placed = memory[start : start + array.nbytes].view(np.float32).reshape(array.shape)
+    placed[...] = array
+    return placed
+
+
+def same(one, other):
+    """Equal sample for sample, NaN being equal to NaN and -0.0 to 0.0."""
+    return np.array_equal(np.asarray(one), np.asarray(other), equal_nan=True)

@@ -1,0 +1,22 @@
+
+
+from ._errors import (
+    DocumentError as DocumentError,
+    FileError as FileError,
+    NodeError as NodeError,
+    ValueNodesError as ValueNodesError,
+    ValueNodesWarning as ValueNodesWarning,
+)
+from ._files import write as write
+from ._functions import *
+from ._nodes import apply as apply, describe as describe, nodes as nodes
+from ._settings import (
+    colormaps as colormaps,
+    doctor as doctor,
+    load_library as load_library,
+    set_max_size as set_max_size,
+    set_threads as set_threads,
+)
+from ._valuenodes import Image as Image
+
+__version__: str
