@@ -18,9 +18,6 @@ void Register(const py::object& node_class, const py::dict& description, bool re
 
 void BindPythonNodes(py::module_& module) {
   module.def("register_class", &Register);
-  module.def("is_type_taken", [](unsigned first, unsigned second, unsigned third) {
-    return Catalog::Get().GetTypes()->Find(NodeType(first, second, third)) != nullptr;
-  });
 }
 
 }  // namespace ValuePython
