@@ -41,9 +41,9 @@ set(CPACK_DEBIAN_VALUE_PACKAGE_NAME value)
 set(CPACK_DEBIAN_VALUE_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_VALUE_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_VALUE_PACKAGE_DEPENDS "libvaluehost (= ${package_version})")
-# One node computes on OpenCL devices; the other nodes work without.
+# One node computes on OpenCL devices; the other nodes work without. Pictures of graphs are laid out by Graphviz.
 set(CPACK_DEBIAN_VALUE_PACKAGE_RECOMMENDS "ocl-icd-libopencl1 | libopencl1, pocl-opencl-icd | opencl-icd")
-set(CPACK_DEBIAN_VALUE_PACKAGE_SUGGESTS "value-doc")
+set(CPACK_DEBIAN_VALUE_PACKAGE_SUGGESTS "graphviz, value-doc")
 set(CPACK_COMPONENT_VALUE_DESCRIPTION
 "image nodes that read samples as values, on the command line
 Value applies one image node, or a graph of them, to image files. Its nodes

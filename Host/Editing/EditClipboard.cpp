@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Host/Documents/NodeIds.h"
 #include "Host/Editing/Names.h"
 #include "Host/Editing/SessionState.h"
 #include "Host/Tools/Guard.h"

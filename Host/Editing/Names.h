@@ -1,33 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
 #include <string>
-#include <unordered_map>
 #include <vector>
-
-#include "Host/Documents/GraphDocument.h"
 
 namespace ScEng {
 
-/// An id made of a display name: "value_clamp" of "Value Clamp".
-std::string MakeIdFromName(const std::string& name);
-
 /// "blur", or "3 nodes".
 std::string NameNodes(const std::vector<std::string>& ids);
-
-/// Makes ids that a document does not have yet. Many of one name take time in proportion to their number.
-class UniqueIds {
- public:
-  explicit UniqueIds(const GraphDocument& document) : document_(document) {}
-
-  /// The id itself, or "blur2", "blur3" and so on for "blur". The caller takes it before it asks for the next one.
-  std::string Make(const std::string& wanted);
-
- private:
-  const GraphDocument& document_;
-  /// The number to try next, by name.
-  std::unordered_map<std::string, std::size_t> next_;
-};
 
 }  // namespace ScEng

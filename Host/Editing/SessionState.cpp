@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Host/Editing/Names.h"
+#include "Host/Documents/NodeIds.h"
 #include "Host/Tools/Guard.h"
 #include "Host/Tools/NodeInterface.h"
 

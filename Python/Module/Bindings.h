@@ -9,6 +9,8 @@ namespace ValuePython {
 
 void BindImage(pybind11::module_& module);
 void BindNodes(pybind11::module_& module);
+void BindGraphs(pybind11::module_& module);
+void BindPythonNodes(pybind11::module_& module);
 void BindFiles(pybind11::module_& module);
 void BindPictures(pybind11::module_& module);
 void BindSettings(pybind11::module_& module);

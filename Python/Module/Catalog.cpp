@@ -98,10 +98,54 @@ void Catalog::Load(const fs::path& file) {
   const auto types = std::make_shared<NodeCatalog>(*types_);
   const Status status = AddLibrary(*types, file);
   if (status.IsError()) ThrowValueNodesError(status.GetMessage());
+  Exchange(types);
+}
+
+void Catalog::Exchange(std::shared_ptr<const NodeCatalog> types) {
   // Engines of other threads have the old one still, and descriptors count their references without regard to threads.
-  old_types_.push_back(types_);
-  types_ = types;
+  old_types_.push_back(std::exchange(types_, std::move(types)));
   ++generation_;
+}
+
+void Catalog::CheckNames(const NodeInterface& descriptor, const NodeInterface* replaced) const {
+  for (const std::string& name : {descriptor.GetNodeFactory()->GetTypeName(), descriptor.GetName()}) {
+    const NodeInterface* const found = types_->FindWritten(name);
+    if (found == nullptr || found == replaced) continue;
+    const std::string library = found->GetLibraryName();
+    const bool is_of_python = std::any_of(registered_.begin(), registered_.end(),
+                                          [&](const auto& registered) { return registered.Get() == found; });
+    throw py::value_error("the name \"" + name + "\" is taken by the node type " +
+                          found->GetNodeFactory()->GetTypeName() +
+                          (is_of_python      ? " of another class; register with replace=True, or choose another name"
+                           : library.empty() ? " of the host; choose another name"
+                                             : " of the library " + library + "; choose another name"));
+  }
+}
+
+void Catalog::Register(ScEng::RefPtr<NodeInterface> descriptor, bool replaces) {
+  const std::string name = descriptor->GetNodeFactory()->GetTypeName();
+  const auto same = std::find_if(registered_.begin(), registered_.end(), [&](const auto& registered) {
+    return replaces && registered->GetNodeFactory()->GetTypeName() == name;
+  });
+  const bool makes_room = same != registered_.end();
+  CheckNames(*descriptor, makes_room ? same->Get() : nullptr);
+  auto registered = registered_;
+  if (makes_room) registered.erase(registered.begin() + (same - registered_.begin()));
+  registered.push_back(descriptor);
+
+  Status status;
+  auto types = makes_room ? ScEng::CreateHostCatalog() : std::make_shared<NodeCatalog>(*types_);
+  if (makes_room) {
+    for (const auto& library : types_->GetLibraries()) {
+      if (!status.IsError()) status = types->AddLibrary(library);
+    }
+  }
+  for (auto added = makes_room ? registered.begin() : registered.end() - 1; added != registered.end(); ++added) {
+    if (!status.IsError()) status = types->AddDescriptor(*added);
+  }
+  if (status.IsError()) throw py::value_error(status.GetMessage());
+  registered_ = std::move(registered);
+  Exchange(types);
 }
 
 }  // namespace ValuePython

@@ -29,13 +29,20 @@ class Catalog {
   [[nodiscard]] const NodeInterface& Find(const std::string& written) const;
   /// Adds the types of a library.
   void Load(const std::filesystem::path& file);
+  /// Adds a type that a class of Python is. A ValueError where its class name, display name or numbers are taken; with
+  /// `replaces`, an earlier class of Python with that class name makes room. What exists already keeps it.
+  void Register(ScEng::RefPtr<NodeInterface> descriptor, bool replaces);
 
  private:
   Catalog();
   void LoadFolders(const std::string& folders);
+  void CheckNames(const NodeInterface& descriptor, const NodeInterface* replaced) const;
+  void Exchange(std::shared_ptr<const ScEng::NodeCatalog> types);
 
   std::shared_ptr<const ScEng::NodeCatalog> types_;
   std::vector<std::shared_ptr<const ScEng::NodeCatalog>> old_types_;
+  /// The types that classes of Python are.
+  std::vector<ScEng::RefPtr<NodeInterface>> registered_;
   std::uint64_t generation_ = 0;
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <pybind11/pybind11.h>
+
 #include <string>
 #include <vector>
 
@@ -13,6 +15,12 @@ namespace ValuePython {
 [[noreturn]] void ThrowNodeError(const std::string& message);
 [[noreturn]] void ThrowFileError(const std::string& message);
 [[noreturn]] void ThrowValueNodesError(const std::string& message);
+/// The message is the first of the problems, with the number of the others.
+[[noreturn]] void ThrowDocumentError(const std::vector<std::string>& problems);
+/// A run that failed. `problems` are all that there were, and `written` what was written all the same; None for
+/// nothing that could be.
+[[noreturn]] void ThrowRunError(bool is_of_file, const std::string& message, const std::vector<std::string>& problems,
+                                const pybind11::object& written);
 [[noreturn]] void ThrowOverflow(const std::string& message);
 
 /// Issues a warning of the package for each note, at the place that called the function of the package.

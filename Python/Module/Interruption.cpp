@@ -10,6 +10,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <unordered_set>
+#include <utility>
 
 #include "Python/Module/InterpreterLock.h"
 
@@ -27,6 +28,8 @@ bool IsMainThread() {
   }
   return PyThread_get_thread_ident() == main_thread;
 }
+
+constinit thread_local Interruption* current = nullptr;
 
 }  // namespace
 
@@ -79,15 +82,24 @@ class RunningWork {
 };
 
 Interruption::Interruption()
-    : scope_(&cancellation_), poll_(IsMainThread() ? [this] { Ask(); } : std::function<void()>()) {}
+    : outer_(current), scope_(&cancellation_), poll_(IsMainThread() ? [this] { Ask(); } : std::function<void()>()) {
+  current = this;
+}
 
-Interruption::~Interruption() = default;
+Interruption::~Interruption() { current = outer_; }
+
+Interruption* Interruption::GetCurrent() { return current; }
+
+void Interruption::Stop(py::error_already_set error) {
+  // The first one is why the others came.
+  if (!raised_) raised_.emplace(std::move(error));
+  cancellation_.Request();
+}
 
 void Interruption::Ask() {
   const WithLock lock;
   if (PyErr_CheckSignals() == 0) return;
-  raised_.emplace();
-  cancellation_.Request();
+  Stop(py::error_already_set());
 }
 
 void Interruption::Run(const std::function<void()>& work) {

@@ -24,7 +24,14 @@ class Interruption {
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
 
+  /// The innermost one of this thread; null where there is none.
+  static Interruption* GetCurrent();
+
   [[nodiscard]] const ScEng::Cancellation& GetCancellation() const { return cancellation_; }
+
+  /// Stops the work for an exception that code of Python has raised within it, which `Run` then throws. With the lock.
+  void Stop(pybind11::error_already_set error);
+
   /// Calls `work` without the lock, then throws what the handler of a signal has raised, if anything.
   void Run(const std::function<void()>& work);
 
@@ -36,6 +43,7 @@ class Interruption {
   friend class RunningWork;
   void Ask();
 
+  Interruption* outer_;
   ScEng::Cancellation cancellation_;
   std::optional<pybind11::error_already_set> raised_;
   ScEng::EvaluationScope scope_;

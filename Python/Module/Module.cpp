@@ -10,6 +10,8 @@ PYBIND11_MODULE(_valuenodes, module) {
   ValuePython::BridgeLog();
   ValuePython::BindImage(module);
   ValuePython::BindNodes(module);
+  ValuePython::BindGraphs(module);
+  ValuePython::BindPythonNodes(module);
   ValuePython::BindFiles(module);
   ValuePython::BindPictures(module);
   ValuePython::BindSettings(module);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Python/Module/NodeFunction.h"
 
+#include <pybind11/stl.h>
+
 #include <algorithm>
 #include <memory>
 #include <utility>

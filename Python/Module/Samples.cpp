@@ -22,6 +22,13 @@ class Lendings {
     owners_.emplace(samples.get(), samples);
   }
 
+  /// An owner of what is lent; null for what is not.
+  Samples Find(const float* address) {
+    const std::lock_guard lock(mutex_);
+    const auto found = owners_.find(address);
+    return found == owners_.end() ? nullptr : found->second;
+  }
+
   /// Answers the owner, so that it goes when the lock is free again: that may run code of Python.
   Samples Remove(const float* address) {
     const std::lock_guard lock(mutex_);
@@ -45,5 +52,7 @@ ScEng::SampleBuffer Lend(const Samples& samples, std::size_t bytes) {
   // The host has no image of constant samples; nobody writes into those of an input.
   return {const_cast<float*>(samples.get()), ScEng::FreeSamples{bytes, &TakeBack}};
 }
+
+Samples FindOwner(const Image& image) { return Lendings::Get().Find(image.GetConstArray()); }
 
 }  // namespace ValuePython

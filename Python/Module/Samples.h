@@ -16,4 +16,7 @@ using Samples = std::shared_ptr<const float>;
 /// may be lent any number of times.
 ScEng::SampleBuffer Lend(const Samples& samples, std::size_t bytes);
 
+/// An owner of the samples that an image borrows; null for an image with samples of its own.
+Samples FindOwner(const Image& image);
+
 }  // namespace ValuePython

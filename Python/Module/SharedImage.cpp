@@ -29,4 +29,15 @@ SharedImage SharedImage::Take(ImagePtr image) {
   return shared;
 }
 
+SharedImage SharedImage::Keep(const Image& image) {
+  Samples owner = FindOwner(image);
+  if (!owner) return Take(ScEng::MakeRef<Image>(image));
+  SharedImage shared;
+  shared.header = image.GetImageHeader();
+  shared.metadata = image.GetMetadata();
+  shared.sample_range = image.GetKnownSampleRange();
+  shared.samples = std::move(owner);
+  return shared;
+}
+
 }  // namespace ValuePython

@@ -31,6 +31,9 @@ struct SharedImage {
   [[nodiscard]] ImagePtr Lend() const;
   /// Takes an image over. Samples of one that somebody else keeps as well are copied.
   static SharedImage Take(ImagePtr image);
+  /// An image of the same samples, for whoever may keep it longer than the thread that has the given one. Borrowed
+  /// samples are shared, others copied.
+  static SharedImage Keep(const Image& image);
 };
 
 }  // namespace ValuePython

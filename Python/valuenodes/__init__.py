@@ -11,27 +11,38 @@ array([[0.25, 0.25, 0.25],
        [0.25, 0.25, 0.25]], dtype=float32)
 """
 
+from . import rows
+from ._classes import Node, register
 from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
 from ._valuenodes import Image, version as __version__
 from . import _functions
 from ._functions import *
 from ._files import write
+from ._graph import Connection, Findings, Graph, Output, WrittenFile
 from ._nodes import apply, describe, nodes
 from ._settings import colormaps, doctor, load_library, set_max_size, set_threads
 
 __all__ = [
+    "Connection",
     "DocumentError",
     "FileError",
+    "Findings",
+    "Graph",
     "Image",
+    "Node",
     "NodeError",
+    "Output",
     "ValueNodesError",
     "ValueNodesWarning",
+    "WrittenFile",
     "apply",
     "colormaps",
     "describe",
     "doctor",
     "load_library",
     "nodes",
+    "register",
+    "rows",
     "set_max_size",
     "set_threads",
     "write",

@@ -1,5 +1,5 @@
-
-
+from . import rows as rows
+from ._classes import Node as Node, register as register
 from ._errors import (
     DocumentError as DocumentError,
     FileError as FileError,
@@ -9,6 +9,13 @@ from ._errors import (
 )
 from ._files import write as write
 from ._functions import *
+from ._graph import (
+    Connection as Connection,
+    Findings as Findings,
+    Graph as Graph,
+    Output as Output,
+    WrittenFile as WrittenFile,
+)
 from ._nodes import apply as apply, describe as describe, nodes as nodes
 from ._settings import (
     colormaps as colormaps,

@@ -3,6 +3,7 @@
 
 import functools
 
+from ._graph import type_name
 from ._valuenodes import NodeFunction, describe_node, list_nodes
 
 _applied = {}
@@ -40,9 +41,9 @@ def apply(name, /, *images, **attributes):
 
     Parameters
     ----------
-    name : str
-        The node type: its class ("ImageValueAddNode"), its display name ("Value Add") or its three numbers
-        ("10, 320, 5"). It may be of any library that is loaded.
+    name : str, tuple of int, or class
+        The node type: its class name ("ImageValueAddNode"), its display name ("Value Add"), its three numbers
+        (10, 320, 5), or a class that was registered. It may be of any library that is loaded.
     *images : Image or array_like
         What its inputs are given, in their order.
     **attributes
@@ -69,6 +70,7 @@ def apply(name, /, *images, **attributes):
     >>> vn.apply("Value Add", np.zeros((2, 3), np.float32), constant=0.25).size
     (3, 2)
     """
+    name = type_name(name, "apply")
     function = _applied.get(name)
     if function is None:
         function = _applied[name] = NodeFunction(name, name)
