@@ -818,7 +818,7 @@ class PictureTest(CheckTestCase):
     def test_a_valid_document_is_drawn(self):
         self.save("graph.json", good())
         self.value("check", "graph.json", "--svg", "graph.svg", code=0)
-        picture = (self.folder / "graph.svg").read_text()
+        picture = (self.dir / "graph.svg").read_text()
         self.assertIn("Value Clamp", picture)
         self.assertIn("</svg>", picture)
 
