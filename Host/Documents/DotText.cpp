@@ -46,12 +46,16 @@ std::vector<std::string> Wrap(const std::string& text) {
 
 }  // namespace
 
-// Entities are read in strings as well.
-std::string DotQuote(std::string_view text) { return "\"" + DotEscape(text) + "\""; }
+// Entities are read in strings as well, and backslashes twice.
+std::string DotQuote(std::string_view text) {
+  std::string quoted = "\"";
+  for (const char letter : DotEscape(text)) quoted += letter == '\\' ? std::string("\\\\") : std::string(1, letter);
+  return quoted + "\"";
+}
 
 std::string DotEscape(std::string_view text) {
   std::string escaped;
-  // A backslash before some letters stands for a name, in every kind of text.
+  // One backslash before some letters stands for a name, in every kind of text.
   // Text of nothing but blanks is no text to dot, which then refuses the label.
   const bool is_blank = text.find_first_not_of(' ') == std::string_view::npos;
   for (std::size_t at = 0; at < text.size();) {
@@ -59,9 +63,11 @@ std::string DotEscape(std::string_view text) {
     const std::optional<char32_t> code = TakeCodePoint(text, at);
     if (!code || !IsForXml(*code)) {
       escaped += "\xEF\xBF\xBD";
-    } else if (*code == '&' || *code == '<' || *code == '>' || *code == '"' || *code == '\'' || *code == '\\' ||
+    } else if (*code == '&' || *code == '<' || *code == '>' || *code == '"' || *code == '\'' ||
                (*code == ' ' && is_blank)) {
       escaped += "&#" + std::to_string(*code == ' ' ? 160 : static_cast<unsigned>(*code)) + ";";
+    } else if (*code == '\\') {
+      escaped += "\\\\";
     } else {
       escaped += text.substr(from, at - from);
     }
