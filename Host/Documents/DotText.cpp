@@ -46,8 +46,8 @@ std::vector<std::string> Wrap(const std::string& text) {
 
 }  // namespace
 
+// Entities are read in strings as well, and backslashes twice.
 std::string DotQuote(std::string_view text) {
-  // Entities are read in strings as well, and a backslash starts an escape.
   std::string quoted = "\"";
   for (const char letter : DotEscape(text)) quoted += letter == '\\' ? std::string("\\\\") : std::string(1, letter);
   return quoted + "\"";
@@ -55,6 +55,7 @@ std::string DotQuote(std::string_view text) {
 
 std::string DotEscape(std::string_view text) {
   std::string escaped;
+  // One backslash before some letters stands for a name, in every kind of text.
   // Text of nothing but blanks is no text to dot, which then refuses the label.
   const bool is_blank = text.find_first_not_of(' ') == std::string_view::npos;
   for (std::size_t at = 0; at < text.size();) {
@@ -65,6 +66,8 @@ std::string DotEscape(std::string_view text) {
     } else if (*code == '&' || *code == '<' || *code == '>' || *code == '"' || *code == '\'' ||
                (*code == ' ' && is_blank)) {
       escaped += "&#" + std::to_string(*code == ' ' ? 160 : static_cast<unsigned>(*code)) + ";";
+    } else if (*code == '\\') {
+      escaped += "\\\\";
     } else {
       escaped += text.substr(from, at - from);
     }

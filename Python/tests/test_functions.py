@@ -20,7 +20,7 @@ NAMES = """add subtract multiply divide power minimum maximum to_value clamp ste
 
 def test_every_node_of_the_library_is_a_function():
     described = [vn.describe(name) for name in vn.nodes()]
-    assert len([one for one in described if one["library"]]) == len(NAMES)
+    assert len([one for one in described if one["library"] not in ("", "Python")]) == len(NAMES)
     for name in [*NAMES, "read", "write", "apply"]:
         assert callable(getattr(vn, name)) and name in vn.__all__
 
@@ -46,7 +46,7 @@ def test_examples_in_the_documentation_run():
     runner = doctest.DocTestRunner()
     for name in ["", *vn.__all__]:
         one = getattr(vn, name) if name else vn
-        for test in finder.find(one, name or "valuenodes", globs={}):
+        for test in finder.find(one, name or "valuenodes", globs={"__name__": "example"}):
             runner.run(test)
     assert runner.tries > 80 and runner.failures == 0
 

@@ -156,7 +156,7 @@ def register(node_class=None, /, *, replace=False):
     >>> import numpy as np
     >>> import valuenodes as vn
     >>> from valuenodes import rows
-    >>> @vn.register
+    >>> @vn.register(replace=True)
     ... class SoftKnee(vn.Node):
     ...     "Bends values above a knee."
     ...     attributes = (rows.number("knee", 0.5, 0, 1, text="Where it bends."),)

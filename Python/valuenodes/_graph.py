@@ -4,7 +4,7 @@
 import json
 import numbers
 import os
-from typing import NamedTuple
+from collections import namedtuple
 
 from ._errors import DocumentError, ValueNodesError
 from ._valuenodes import Document, Image
@@ -17,42 +17,31 @@ _WORDS = {
 }
 
 
-class Connection(NamedTuple):
+class Connection(namedtuple("Connection", "source target index")):
     """A connection between two plugs, each "id.plug"; `index` is its place at an input that takes many."""
 
-    source: str
-    target: str
-    index: int
+    __slots__ = ()
 
 
-class Output(NamedTuple):
+class Output(namedtuple("Output", "source path type samples opacity metadata layer")):
     """A file that the image of a plug is written to. What is empty is left to the format."""
 
-    source: str
-    path: str
-    type: str
-    samples: str
-    opacity: str
-    metadata: str
-    layer: str
+    __slots__ = ()
 
 
-class WrittenFile(NamedTuple):
+class WrittenFile(namedtuple("WrittenFile", "path size type")):
     """A file that a run has written: its path, its size (columns, rows), and what its samples are stored as."""
 
-    path: str
-    size: tuple
-    type: str
+    __slots__ = ()
 
 
-class Findings(NamedTuple):
+class Findings(namedtuple("Findings", "problems notes")):
     """What checking a graph has found, one line each.
 
     `problems` stand in the way of a run; `notes` do not.
     """
 
-    problems: tuple
-    notes: tuple
+    __slots__ = ()
 
     @property
     def is_valid(self):

@@ -10,7 +10,7 @@ _NodeType: TypeAlias = str | tuple[int, int, int] | list[int] | type
 class Connection(NamedTuple):
     source: str
     target: str
-    index: int
+    index: int  # type: ignore[assignment]
 
 class Output(NamedTuple):
     source: str

@@ -9,7 +9,6 @@
 import dataclasses
 import math
 import numbers
-from typing import Any
 
 __all__ = ["Input", "Row", "choice", "color", "flag", "frame", "input", "number", "path", "point", "string"]
 
@@ -23,7 +22,7 @@ class Row:
 
     name: str
     kind: str
-    default: Any
+    default: object
     text: str = ""
     lowest: float = 0.0
     highest: float = 0.0

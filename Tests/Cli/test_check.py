@@ -810,3 +810,18 @@ class ManyProblemsTest(CheckTestCase):
         ))
         self.value("check", "graph.json")
         self.assert_files("graph.json", "in.exr")
+
+
+class PictureTest(CheckTestCase):
+    """--svg draws the document, laid out by Graphviz."""
+
+    def test_a_valid_document_is_drawn(self):
+        self.save("graph.json", good())
+        self.value("check", "graph.json", "--svg", "graph.svg", code=0)
+        picture = (self.dir / "graph.svg").read_text()
+        self.assertIn("Value Clamp", picture)
+        self.assertIn("</svg>", picture)
+
+    def test_several_documents_are_refused(self):
+        self.save("graph.json", good())
+        self.assert_names(self.value("check", "graph.json", "graph.json", "--svg", "graph.svg", code=2), "--svg")
