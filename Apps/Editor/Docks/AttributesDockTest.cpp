@@ -220,18 +220,24 @@ TEST_F(AttributesDockTest, ChangesNodesOfOneTypeTogether) {
   EXPECT_EQ(Find<QLabel>(*dock_, "attributes.type")->text(), "Value Add (2 nodes)");
   auto* field = Find<QDoubleSpinBox>(*dock_, "constant");
   EXPECT_EQ(field->value(), 0.0);
+  const auto* label = Find<QLabel>(*dock_, "constant.label");
+  EXPECT_TRUE(label->text().endsWith(QStringLiteral(" ≠")));
+  EXPECT_EQ(label->accessibleDescription(), "The nodes have different values");
   const std::size_t steps = session_->GetHistory().size();
   WidgetTest::Type(field, "0.25");
   QTest::keyClick(field, Qt::Key_Return);
   QCoreApplication::processEvents();
   EXPECT_EQ(Constant("c"), 0.25);
   EXPECT_EQ(Constant("e"), 0.25);
+  EXPECT_FALSE(label->text().contains(u'≠'));
+  EXPECT_EQ(label->accessibleDescription(), "");
   EXPECT_EQ(session_->GetHistory().size(), steps + 1);
   EXPECT_EQ(LastCommand(), "Set constant of 2 nodes");
   EXPECT_FALSE(session_->Undo().IsError());
   QCoreApplication::processEvents();
   EXPECT_EQ(Constant("c"), 0.0);
   EXPECT_EQ(Constant("e"), 5.0);
+  EXPECT_TRUE(label->text().endsWith(QStringLiteral(" ≠")));
   EXPECT_EQ(field->value(), 0.0);
 }
 

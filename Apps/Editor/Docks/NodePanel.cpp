@@ -66,6 +66,16 @@ QRect NodePanel::FindRow(const std::string& attribute) const {
   return {0, row.top() - kGap, width(), row.height() + 2 * kGap};
 }
 
+void NodePanel::MarkDiffering(const std::string& attribute, bool differs) {
+  auto* label = findChild<QLabel*>(QString::fromStdString(attribute) + QStringLiteral(".label"));
+  if (label == nullptr) return;
+  const QString mark = QStringLiteral(" ≠");
+  const bool is_marked = label->text().endsWith(mark);
+  if (is_marked == differs) return;
+  label->setText(differs ? label->text() + mark : label->text().chopped(mark.size()));
+  label->setAccessibleDescription(differs ? tr("The nodes have different values") : QString());
+}
+
 void NodePanel::SetBlocked(const std::string& attribute, bool blocked, const QString& reason) {
   for (QWidget* child : FindRowWidgets(attribute)) {
     const QVariant own_tip = child->property(kOwnTip);

@@ -23,6 +23,8 @@ class NodePanel : public QWidget, private NodeObserver {
   [[nodiscard]] Node* GetNode() const { return node_; }
   /// Where the row of an attribute is seen, across the whole panel; empty for none.
   [[nodiscard]] QRect FindRow(const std::string& attribute) const;
+  /// Marks the name of an attribute whose value is not the same at all nodes that the panel stands for.
+  void MarkDiffering(const std::string& attribute, bool differs);
   /// Attributes of these names cannot be edited; `reason` is the tooltip.
   void SetBlocked(const std::string& attribute, bool blocked, const QString& reason);
 

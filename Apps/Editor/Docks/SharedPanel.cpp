@@ -52,10 +52,14 @@ void SharedPanel::Follow() {
   shown_ = ReadValues(*copy_);
   for (std::size_t i = 0; i < copy_->GetNumAttributes(); ++i) {
     std::string driven;
+    bool differs = false;
     for (const std::string& id : ids_) {
       const Node* node = session_.GetDocument().FindNode(id);
-      if (node != nullptr && !node->GetAttributeSource(static_cast<unsigned>(i)).empty()) driven = id;
+      if (node == nullptr) continue;
+      if (!node->GetAttributeSource(static_cast<unsigned>(i)).empty()) driven = id;
+      differs = differs || !(node->GetAttribute(i)->GetValue() == shown_[i]);
     }
+    panel_->MarkDiffering(copy_->GetAttribute(i)->GetName(), differs);
     panel_->SetBlocked(copy_->GetAttribute(i)->GetName(), !driven.empty(),
                        tr("A connection feeds it at %1.").arg(QString::fromStdString(driven).toHtmlEscaped()));
   }

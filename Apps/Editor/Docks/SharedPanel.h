@@ -12,7 +12,7 @@
 #include "Host/Tools/NodeLibrary.h"
 
 /// The panel of several nodes of one type. It shows the values of the first of them, by a copy that is no part of the
-/// document; what is changed becomes one command for all of them.
+/// document, and marks where the others have different ones; what is changed becomes one command for all of them.
 class SharedPanel : public QWidget, private NodeObserver {
   Q_OBJECT
 

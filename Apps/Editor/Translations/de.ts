@@ -1198,6 +1198,13 @@ Bilddateien zum Einlesen hierher ziehen.</translation>
     </message>
 </context>
 <context>
+    <name>NodePanel</name>
+    <message>
+        <source>The nodes have different values</source>
+        <translation>Die Knoten haben verschiedene Werte</translation>
+    </message>
+</context>
+<context>
     <name>NodeSearchPopup</name>
     <message>
         <source>Add a node</source>
