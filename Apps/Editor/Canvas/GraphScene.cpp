@@ -107,7 +107,8 @@ void GraphScene::RefreshFace(const std::string& id) {
 void GraphScene::ReadFrames() {
   const std::vector<ScEng::DocumentFrame>& frames = session_.GetDocument().GetFrames();
   while (frames_.size() > frames.size()) {
-    delete frames_.back();
+    // Nobody finds it any more who is told, while it goes, that the selection has changed.
+    const std::unique_ptr<FrameItem> gone(frames_.back());
     frames_.pop_back();
   }
   for (std::size_t i = 0; i < frames.size(); ++i) {

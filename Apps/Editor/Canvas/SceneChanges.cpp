@@ -27,7 +27,8 @@ void GraphScene::OnNodeAdded(const std::string& id) {
 void GraphScene::OnNodeRemoved(const std::string& id) {
   const auto found = nodes_.find(id);
   if (found == nodes_.end()) return;
-  delete found->second;
+  // Nobody finds it any more who is told, while it goes, that the selection has changed.
+  const std::unique_ptr<NodeItem> gone(found->second);
   nodes_.erase(found);
   wires_.erase(id);
   if (running_ == id) running_.clear();

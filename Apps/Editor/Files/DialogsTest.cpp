@@ -109,8 +109,7 @@ TEST_F(RecoveryTest, SaysWhyADocumentCannotBeRecovered) {
   const auto journals = FindJournals();
   ASSERT_EQ(journals.size(), 1U);
   RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
-  dialog.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  WidgetTest::ShowActive(dialog);
   fs::remove(journals[0].file);
   QTest::mouseClick(Find<QPushButton>(dialog, "recovery.recover"), Qt::LeftButton);
   EXPECT_TRUE(dialog.isVisible());
@@ -121,8 +120,7 @@ TEST_F(RecoveryTest, SaysWhyADocumentCannotBeRecovered) {
 TEST_F(RecoveryTest, OffersWhatIsThereWhenItIsUsed) {
   LeaveJournal(folder_ / "map.json", "kept");
   RecoveryDialog dialog(Testing::GetCatalog(), folder_ / "state", {});
-  dialog.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 60000));
+  WidgetTest::ShowActive(dialog);
   auto* list = Find<QTreeWidget>(dialog, "recovery.list");
   ASSERT_EQ(list->topLevelItemCount(), 1);
   LeaveJournal({}, "new");
