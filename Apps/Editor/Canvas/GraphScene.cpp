@@ -4,6 +4,7 @@
 #include <QSignalBlocker>
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <utility>
 
 #include "Apps/Editor/Canvas/AutoLayout.h"

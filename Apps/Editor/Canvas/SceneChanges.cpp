@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // How the scene follows what the document tells.
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "Apps/Editor/Canvas/GraphScene.h"
