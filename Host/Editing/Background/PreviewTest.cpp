@@ -344,7 +344,9 @@ class BackgroundPreviewTest : public testing::Test {
   std::shared_ptr<const ScEng::ShownResult> WaitForResult() {
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(kLong);
     while (std::chrono::steady_clock::now() < end) {
-      if (auto result = evaluator_->TakeResult()) return result;
+      // Before anything was asked to be shown there may be a result of nothing.
+      auto result = evaluator_->TakeResult();
+      if (result != nullptr && result->shown.plug == "gate.image") return result;
       std::this_thread::yield();
     }
     return nullptr;
