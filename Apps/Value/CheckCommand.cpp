@@ -15,7 +15,8 @@ class CheckCommand : public Command {
   CLI::App* Declare(CLI::App& app) override {
     CLI::App* sub = app.add_subcommand("check", "Validates graph documents without evaluating them");
     sub->add_option("GRAPH", files_, "The documents; - is standard input")->required();
-    sub->add_option("--svg", svg_, "Draws the document to this file, with its problems; needs Graphviz");
+    sub->add_option("--svg", svg_, "Draws the document to this file, with its problems; needs Graphviz.")
+        ->type_name("FILE");
     sub->footer(
         "Examples:\n"
         "  value check Examples/raise_terrain.json\n"
