@@ -64,7 +64,8 @@ def test_bad_libraries_in_shared_folders_are_left_out(tmp_path):
     (tmp_path / "Bad.so").write_text("no library")
     (tmp_path / "Good.so").symlink_to(LIBRARIES / "KeepsInput.so")
     answer = run("print(len(vn.nodes()))", VALUE_PLUGIN_PATH=f"{tmp_path}:/nowhere")
-    assert int(answer.stdout) == len(vn.nodes()) + 1
+    # This process may have node classes of its own.
+    assert int(answer.stdout) == int(run("print(len(vn.nodes()))").stdout) + 1
     assert "Bad.so" in answer.stderr and "left out" in answer.stderr and "ValueNodesWarning" in answer.stderr
 
 

@@ -45,7 +45,7 @@ if(PYTHON)
   file(GLOB_RECURSE package "${prefix}/*/valuenodes/__init__.py")
   cmake_path(GET package PARENT_PATH package)
   cmake_path(GET package PARENT_PATH package)
-  file(WRITE "${WORK_DIR}/package.py" [[
+  file(WRITE "${WORK_DIR}/package.py" [=[
 import sys
 import numpy as np
 import valuenodes as vn
@@ -56,7 +56,7 @@ vn.write(sys.argv[1] + "/image.exr", np.ones((2, 3), np.float32))
 assert vn.read(sys.argv[1] + "/image.exr").size == (3, 2)
 problems = [codec["problem"] for codec in vn.doctor()["codecs"] if codec["problem"]]
 assert not problems, problems
-]])
+]=])
   run("${CMAKE_COMMAND}" -E env "PYTHONPATH=${package}" "${PYTHON}" "${WORK_DIR}/package.py" "${prefix}")
 endif()
 
