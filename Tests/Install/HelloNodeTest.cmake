@@ -42,7 +42,7 @@ endif()
 
 # So does its Python package, which finds the host, the nodes and what decodes files.
 if(PYTHON)
-  file(GLOB_RECURSE package "${prefix}/*/valuenodes/__init__.py")
+  file(GLOB_RECURSE package "${prefix}/__init__.py")
   cmake_path(GET package PARENT_PATH package)
   cmake_path(GET package PARENT_PATH package)
   file(WRITE "${WORK_DIR}/package.py" [=[
