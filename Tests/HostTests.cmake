@@ -249,6 +249,8 @@ value_add_test(HostFilesTests
     "${host}/Documents/DocumentLimitsTest.cpp"
     "${host}/Documents/DocumentSavingTest.cpp"
     "${host}/Documents/GraphDocumentTest.cpp"
+    "${host}/Documents/GraphPictureTest.cpp"
+    "${host}/Documents/NodeIdsTest.cpp"
     "${host}/Files/FileWatchTest.cpp"
     "${host}/Documents/UnknownNamesTest.cpp"
     "${host}/Files/ImageFileTest.cpp"

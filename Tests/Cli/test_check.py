@@ -1,6 +1,7 @@
 """value check: every problem of a document is found and named, without evaluating it."""
 
 import json
+import xml.etree.ElementTree as ElementTree
 
 from cli_support import (
     FILE_ERROR, INVALID, NODE_ERROR, REPOSITORY, VALUE, ValueTestCase, document, link, node, output,
@@ -825,3 +826,32 @@ class PictureTest(CheckTestCase):
     def test_several_documents_are_refused(self):
         self.save("graph.json", good())
         self.assert_names(self.value("check", "graph.json", "graph.json", "--svg", "graph.svg", code=2), "--svg")
+
+    def test_an_invalid_document_is_drawn_with_its_problem_and_stays_invalid(self):
+        self.save("graph.json", document([node("lonely", "ImageValueClampNode")], [], [output("lonely.picture", "out.exr")]))
+        result = self.value("check", "graph.json", "--svg", "graph.svg", code=INVALID)
+        self.assert_names(result, "lonely")
+        texts = ElementTree.parse(self.dir / "graph.svg").iter("{http://www.w3.org/2000/svg}text")
+        words = " ".join("".join(text.itertext()) for text in texts).replace("\xa0", " ")
+        # The problem is the only text that has the id in quotes.
+        self.assertIn('"lonely', words)
+
+    def test_of_what_is_no_document_the_problem_is_drawn(self):
+        self.save("graph.json", "{")
+        self.assert_one_error(self.value("check", "graph.json", "--svg", "graph.svg", code=INVALID), "graph.json")
+        self.assertIn("parse", (self.dir / "graph.svg").read_text())
+
+    def test_without_graphviz_the_package_is_named_and_an_earlier_picture_stays(self):
+        self.save("graph.json", good())
+        self.save("graph.svg", "earlier")
+        (self.dir / "empty").mkdir()
+        result = self.value("check", "graph.json", "--svg", "graph.svg", code=FILE_ERROR,
+                            environment={"PATH": str(self.dir / "empty")})
+        self.assert_one_error(result, "--svg", "graphviz")
+        self.assertEqual((self.dir / "graph.svg").read_text(), "earlier")
+
+    def test_a_folder_that_is_not_there_is_named(self):
+        self.save("graph.json", good())
+        result = self.value("check", "graph.json", "--svg", "none/graph.svg", code=FILE_ERROR)
+        self.assert_one_error(result, "--svg", "none")
+        self.assert_files("graph.json")

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Apps/Editor/Docks/OutputsDock.h"
 
-#include <QHBoxLayout>
+#include <QBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
 #include <QMetaObject>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QToolButton>
 #include <QTreeView>
@@ -43,9 +44,11 @@ OutputsDock::OutputsDock(ScEng::EditSession& session, OutputRunStarter start, QW
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
   layout->setSpacing(kMargin);
-  layout->addWidget(MakeList(), 1);
-  form_ = new OutputForm(this);
-  layout->addWidget(form_);
+  parts_ = new QBoxLayout(QBoxLayout::TopToBottom);
+  parts_->setSpacing(kMargin);
+  parts_->addWidget(MakeList(), 1);
+  parts_->addWidget(MakeForm(), 2);
+  layout->addLayout(parts_, 2);
   layout->addWidget(MakeRunBar());
   results_ = new QListWidget(this);
   results_->setObjectName(QStringLiteral("outputs.results"));
@@ -110,6 +113,26 @@ QWidget* OutputsDock::MakeList() {
   connect(removal, &QShortcut::activated, this, &OutputsDock::RemoveSelected);
   connect(list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &OutputsDock::ShowSelected);
   return place;
+}
+
+QWidget* OutputsDock::MakeForm() {
+  // Below the graph there is little height to have.
+  fields_ = new QScrollArea(this);
+  fields_->setObjectName(QStringLiteral("outputs.fields"));
+  fields_->setFrameShape(QFrame::NoFrame);
+  fields_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  fields_->setWidgetResizable(true);
+  fields_->setFocusPolicy(Qt::NoFocus);
+  form_ = new OutputForm(fields_);
+  fields_->setWidget(form_);
+  return fields_;
+}
+
+void OutputsDock::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  // Side by side in a place that is wide, one above the other in one that is high.
+  const bool is_wide = 2 * width() > 3 * height();
+  parts_->setDirection(is_wide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
 }
 
 QWidget* OutputsDock::MakeRunBar() {
@@ -178,7 +201,7 @@ void OutputsDock::Refresh() {
 
 void OutputsDock::ShowSelected() {
   const int row = GetSelected();
-  form_->setVisible(row >= 0);
+  fields_->setVisible(row >= 0);
   remove_->setEnabled(row >= 0);
   if (row < 0) return;
   const ScEng::GraphDocument& document = session_.GetDocument();

@@ -11,9 +11,11 @@
 #include "Host/Editing/EditSession.h"
 
 class OutputForm;
+class QBoxLayout;
 class QListWidget;
 class QProgressBar;
 class QPushButton;
+class QScrollArea;
 class QToolButton;
 class QLabel;
 class QTreeView;
@@ -38,11 +40,15 @@ class OutputsDock : public QWidget {
   /// A run has ended: how many files were written, and how many errors there were.
   void Written(int files, int errors);
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private slots:
   void TakeProgress();
 
  private:
   QWidget* MakeList();
+  QWidget* MakeForm();
   QWidget* MakeRunBar();
   void Refresh();
   void ShowSelected();
@@ -59,6 +65,8 @@ class OutputsDock : public QWidget {
   OutputsModel model_;
   QTreeView* list_ = nullptr;
   QLabel* empty_ = nullptr;
+  QBoxLayout* parts_ = nullptr;
+  QScrollArea* fields_ = nullptr;
   OutputForm* form_ = nullptr;
   QToolButton* remove_ = nullptr;
   QPushButton* write_ = nullptr;

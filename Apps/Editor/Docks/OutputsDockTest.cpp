@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSignalSpy>
 #include <QToolButton>
 #include <QTreeView>
@@ -138,6 +139,27 @@ TEST_F(OutputsDockTest, AddsWhatIsShownAndRemovesWhatIsSelected) {
   EXPECT_EQ(Outputs().size(), 2U);
   EXPECT_FALSE(session_->GoTo(0).IsError());
   EXPECT_EQ(Save(session_->GetDocument()), before_);
+}
+
+TEST_F(OutputsDockTest, LeavesTheGraphItsHeightBelowIt) {
+  Click(*list_, 0);
+  auto* fields = Find<QScrollArea>(*dock_, "outputs.fields");
+  const auto place = [&](const QWidget& part) { return QRect(part.mapTo(dock_.get(), QPoint()), part.size()); };
+  EXPECT_GT(place(*fields).top(), place(*list_).bottom());
+  // As at the bottom of a window of 1440 x 900, of which it takes less than a third.
+  dock_->resize(860, 260);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(dock_->height(), 260);
+  EXPECT_GT(place(*fields).left(), place(*list_).right());
+  // Each field can still be had by the keyboard.
+  auto* layer = Find<QLineEdit>(*dock_, "outputs.layer");
+  Find<QLineEdit>(*dock_, "outputs.path")->setFocus();
+  for (int i = 0; i < 20 && !layer->hasFocus(); ++i) {
+    ASSERT_NE(dock_->focusWidget(), nullptr);
+    QTest::keyClick(dock_->focusWidget(), Qt::Key_Tab);
+  }
+  ASSERT_TRUE(layer->hasFocus());
+  EXPECT_TRUE(place(*fields).contains(place(*layer).center()));
 }
 
 TEST_F(OutputsDockTest, WritesAndTells) {
