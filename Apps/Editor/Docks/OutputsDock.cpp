@@ -83,6 +83,7 @@ QWidget* OutputsDock::MakeList() {
   list_->header()->setSectionResizeMode(OutputsModel::kFrom, QHeaderView::ResizeToContents);
   list_->header()->setSectionResizeMode(OutputsModel::kPath, QHeaderView::Stretch);
   list_->header()->setSectionResizeMode(OutputsModel::kType, QHeaderView::ResizeToContents);
+  list_->setTextElideMode(Qt::ElideMiddle);
   list_->setMinimumHeight(fontMetrics().height() * 5);
   layout->addWidget(list_, 1);
   empty_ = new QLabel(tr("Nothing is written yet. Add an output to keep an image as a file."), place);
@@ -133,6 +134,8 @@ void OutputsDock::resizeEvent(QResizeEvent* event) {
   // Side by side in a place that is wide, one above the other in one that is high.
   const bool is_wide = 2 * width() > 3 * height();
   parts_->setDirection(is_wide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+  // Paths are long; fields are many.
+  parts_->setStretch(1, is_wide ? 1 : 2);
 }
 
 QWidget* OutputsDock::MakeRunBar() {
