@@ -87,7 +87,8 @@ void DockFrames::Resize() {
                       {width * 2 / 5, width * 2 / 5, width * 2 / 5, width * 2 / 5}, Qt::Horizontal);
   window_.resizeDocks({Find("viewer"), Find("terrain"), Find("panel"), Find("help")},
                       {height * 3 / 5, height * 3 / 5, height * 2 / 5, height * 2 / 5}, Qt::Vertical);
-  const int bottom = height / 8;
+  // A list of problems is short; an output has fields.
+  const int bottom = Find("outputs")->isVisible() ? height / 4 : height / 8;
   window_.resizeDocks({Find("problems"), Find("outputs"), Find("profiler"), Find("history"), Find("missing")},
                       {bottom, bottom, bottom, bottom, bottom}, Qt::Vertical);
 }
