@@ -28,8 +28,8 @@ MASK = {"range": (0, 1)}
 
 INPUTS = Entry(
     "",
-    "Six images that the project draws itself ([Examples/Images](../../Examples/Images/README.md)). The working folder\n"
-    "is the root of the repository.",
+    "Six images that the project draws itself ([Examples/Images](../../Examples/Images/README.md)). The working "
+    "folder is the root of the repository.",
     """\
 import numpy as np
 import valuenodes as vn
@@ -55,8 +55,8 @@ GROUPS = {
     "Values from images": [
         Entry(
             "to_value",
-            "A photo becomes one value per pixel. Ranges can be turned round, and with `auto_level` faint heights fill\n"
-            "the whole range.",
+            "A photo becomes one value per pixel. Ranges can be turned round, and with `auto_level` faint heights "
+            "fill the whole range.",
             """\
 values = vn.to_value(coast)
 negative = vn.to_value(coast, low=1, high=0)
@@ -125,8 +125,8 @@ even = vn.divide(uneven, light)
         ),
         Entry(
             "power",
-            "Exponents above 1 leave only the peaks standing; below 1 they lift the lowlands. 0 and 1 stay where they are.\n"
-            "Exponents are an image, so they may differ from pixel to pixel.",
+            "Exponents above 1 leave only the peaks standing; below 1 they lift the lowlands. 0 and 1 stay where "
+            "they are. Exponents are an image, so they may differ from pixel to pixel.",
             """\
 sharp = vn.power(terrain, np.full((512, 512), 3.0))
 lifted = vn.power(terrain, np.full((512, 512), 0.4))
@@ -219,8 +219,9 @@ band = vn.condition(terrain, condition="a_lte_v_lt_b", a=0.2, b=0.3)
         ),
         Entry(
             "compare",
-            "Six masks at once; three of them show what the work on the terrain changed, filled up and dug away. Values are\n"
-            "rounded to steps of 0.01 first. The speckle is wear by rain: less than a step, but across the border of two.",
+            "Six masks at once; three of them show what the work on the terrain changed, filled up and dug away. "
+            "Values are rounded to steps of 0.01 first. The speckle is wear by rain: less than a step, but across "
+            "the border of two.",
             """\
 compared = vn.compare(terrain, edited, precision="0.01")
 changed, filled, dug = compared.image_a_df_b, compared.image_a_l_b, compared.image_a_g_b
@@ -262,8 +263,8 @@ domes = vn.relief(mask, radius=20, profile="arc_out", soften=1)
         ),
         Entry(
             "distance",
-            "How far every pixel is from the roads: exact, in pixels, and across the borders of a tile. A cosine of it\n"
-            "makes lines of one distance.",
+            "How far every pixel is from the roads: exact, in pixels, and across the borders of a tile. A cosine "
+            "of it makes lines of one distance.",
             """\
 far = vn.distance(roads)
 lines = vn.function(vn.multiply(far, 0.5), function="cosine")
@@ -276,7 +277,8 @@ lines = vn.function(vn.multiply(far, 0.5), function="cosine")
         ),
         Entry(
             "gradient",
-            "How the height changes to the right and downward, per pixel. The length of both together is the steepness.",
+            "How the height changes to the right and downward, per pixel. The length of both together is the "
+            "steepness.",
             """\
 slope = vn.gradient(terrain)
 steep = vn.function(
@@ -291,7 +293,8 @@ steep = vn.function(
         ),
         Entry(
             "ambient_occlusion",
-            "Valleys see less of the sky than crests. The radius is how far is looked, and how high the terrain stands.",
+            "Valleys see less of the sky than crests. The radius is how far is looked, and how high the terrain "
+            "stands.",
             """\
 sky = vn.ambient_occlusion(terrain, radius=60)
 """,
@@ -302,12 +305,13 @@ sky = vn.ambient_occlusion(terrain, radius=60)
         ),
         Entry(
             "connected_components",
-            "Letters are told apart: every region has a number, and here a color. The hole of the A is a region too, and so is\n"
-            "the background. Soft edges would connect everything, so the mask is made hard first.",
+            "Letters are told apart: every region has a number, and here a color. The hole of the A is a region "
+            "too, and so is the background. Soft edges would connect everything, so the mask is made hard first.",
             """\
 hard_letters = vn.condition(letters, condition="v_gt_a", a=0.5)
 numbers = np.asarray(vn.connected_components(hard_letters)).astype(int)
-colors = np.random.default_rng(8).uniform(0.2, 1, (numbers.max() + 1, 3))
+colors = np.random.default_rng(3).uniform(0.35, 1, (numbers.max() + 1, 3))
+colors[0] = 0.15
 regions = vn.Image(colors[numbers])
 """,
             [

@@ -4,14 +4,15 @@
 
     PYTHONPATH=build/release/python python3 Python/Tools/make_gallery.py [--check]
 
-Pictures that differ from the stored ones by no more than 3 of 255 in any sample stay as they are. With --check nothing is
-written, and what would be is an error.
+Pictures that differ from the stored ones by no more than 3 of 255 in any sample stay as they are. With --check nothing
+is written, and what would be is an error.
 """
 
 import os
 import pathlib
 import sys
 import tempfile
+import textwrap
 
 import numpy as np
 import OpenImageIO as oiio
@@ -115,7 +116,8 @@ class Gallery:
         """Draws the picture unless the page has it already, and gives its file."""
         key = (picture.image, picture.range, picture.colormap, picture.size)
         if key not in self.drawn:
-            word = "".join(one if one.isalnum() else "_" for one in picture.image.removeprefix("vn.Image")).strip("_")
+            plain = picture.image.removeprefix("vn.Image(").removesuffix(")")
+            word = "".join(one if one.isalnum() else "_" for one in plain)
             file = f"{function or 'input'}-{word}.png"
             assert file not in self.pictures, file
             image = eval(picture.image, self.names)
@@ -123,20 +125,23 @@ class Gallery:
             self.drawn[key] = file
         return self.drawn[key]
 
-    def show(self, entry):
+    def show(self, entry, sentence=""):
         """The code that is run is the code that is shown."""
         exec(compile(entry.code, f"gallery: {entry.function}", "exec"), self.names)
+        count = len(entry.pictures)
+        wide = 2 if count == 4 else 3
+        tables = [self.make_table(entry.function, entry.pictures[i : i + wide]) for i in range(0, count, wide)]
+        text = textwrap.fill(f"{sentence} {entry.text}".strip(), 120, break_on_hyphens=False)
+        return f"{text}\n\n```python\n{entry.code}```\n\n" + "".join(table + "\n" for table in tables)
+
+    def make_table(self, function, pictures):
         rows = [
-            [picture.title for picture in entry.pictures],
-            [":---:" for _ in entry.pictures],
-            [
-                f"![{picture.title.strip('`')}]({PICTURES}/{self.add_picture(entry.function, picture)})"
-                for picture in entry.pictures
-            ],
-            [describe(picture) for picture in entry.pictures],
+            [picture.title for picture in pictures],
+            [":---:" for _ in pictures],
+            [f"![{one.title.strip('`')}]({PICTURES}/{self.add_picture(function, one)})" for one in pictures],
+            [describe(picture) for picture in pictures],
         ]
-        table = "".join("| " + " | ".join(row) + " |\n" for row in rows)
-        return f"{entry.text}\n\n```python\n{entry.code}```\n\n{table}\n"
+        return "".join("| " + " | ".join(row) + " |\n" for row in rows)
 
     def write(self):
         """The text of the page."""
@@ -147,8 +152,8 @@ class Gallery:
             parts.append(f"## {title}\n\n")
             for entry in entries:
                 node = nodes.get(entry.function) or nodes["value_" + entry.function]
-                parts.append(f"### [`{entry.function}`](../Nodes/{node}.md)\n\n{vn.describe(node)['sentence']}\n")
-                parts.append(self.show(entry))
+                parts.append(f"### [`{entry.function}`](../Nodes/{node}.md)\n\n")
+                parts.append(self.show(entry, vn.describe(node)["sentence"]))
         return "".join(parts) + END
 
 

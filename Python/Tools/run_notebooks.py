@@ -52,7 +52,8 @@ def execute(file):
     with tempfile.TemporaryDirectory() as folder:
         # Settings and histories of whoever runs this stay out of it.
         kept = dict(os.environ)
-        os.environ.update(IPYTHONDIR=folder, JUPYTER_RUNTIME_DIR=folder, JUPYTER_CONFIG_DIR=folder)
+        places = ("IPYTHONDIR", "JUPYTER_RUNTIME_DIR", "JUPYTER_CONFIG_DIR", "JUPYTER_DATA_DIR")
+        os.environ.update(dict.fromkeys(places, folder))
         # The debugger of the kernel would say what it cannot do in Python itself; nobody debugs here.
         os.environ["PYDEVD_DISABLE_FILE_VALIDATION"] = "1"
         # The kernel works in another folder, and finds the package of this process there.
@@ -60,7 +61,7 @@ def execute(file):
         os.environ["PYTHONPATH"] = os.pathsep.join(filter(None, [package, os.environ.get("PYTHONPATH")]))
         try:
             client = NotebookClient(
-                notebook, timeout=120, kernel_name="python3", record_timing=False,
+                notebook, timeout=120, startup_timeout=60, kernel_name="python3", record_timing=False,
                 resources={"metadata": {"path": folder}},
             )
             client.execute()

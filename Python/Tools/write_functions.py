@@ -117,7 +117,8 @@ def describe_attribute(attribute):
     kinds = {"choice": "{" + ", ".join(f'"{word}"' for word in attribute.get("words", ())) + "}"}
     kinds |= {"point": "(x, y)", "frame": "(x, y, width, height)", "color": "(red, green, blue, opacity)"}
     kind = kinds.get(attribute["kind"]) or ("path" if attribute["is_path"] else KINDS[attribute["kind"]])
-    head = textwrap.fill(f"{attribute['name']} : {kind}, default {default(attribute)}", WIDTH - 4, subsequent_indent="    ")
+    head = f"{attribute['name']} : {kind}, default {default(attribute)}"
+    head = textwrap.fill(head, WIDTH - 4, subsequent_indent="    ")
     return head + "\n" + paragraph(text, "    ")
 
 
@@ -250,7 +251,8 @@ def main(folder, texts):
         stub.append(definition(name, parameters(node, True), f" -> {result}") + " ...")
     untyped, typed, text = write_read(next(node for node in nodes if node["class"] == "ImageReaderNode"))
     names.append("read")
-    source.append("\n" + f'@node_function("ImageReaderNode", first="path")\n{definition("read", untyped, "")}\n{quote(text)}\n')
+    decorator = '@node_function("ImageReaderNode", first="path")'
+    source.append(f'\n{decorator}\n{definition("read", untyped, "")}\n{quote(text)}\n')
     stub.append(definition("read", typed, " -> Image") + " ...")
     listed = "".join(f'    "{name}",\n' for name in sorted(names))
     source.append(f"\n__all__ = [\n{listed}]")
