@@ -87,7 +87,7 @@ painted = vn.add(terrain, vn.multiply(mask, 0.5))
         ),
         Entry(
             "subtract",
-            "After minus before: a site is levelled, a road built, a pit dug.",
+            "After minus before: a site is leveled, a road built, a pit dug.",
             """\
 change = vn.subtract(edited, terrain)
 """,

@@ -3,6 +3,7 @@
 
 import base64
 import copy
+import re
 
 import nbformat
 import numpy as np
@@ -40,6 +41,16 @@ def test_notebook_shows_pictures_and_asserts_what_it_says(file):
     assert cells[0].cell_type == "markdown" and sum(cell.cell_type == "markdown" for cell in cells) >= 8
     for picture in pictures:
         assert np.ptp(run_notebooks.read_png(picture.data["image/png"])[..., :3]) > 0.3
+
+
+@pytest.mark.parametrize("file", FILES, ids=NAMES)
+def test_links_of_the_notebook_lead_somewhere(file):
+    words = "\n".join(cell.source for cell in nbformat.read(file, as_version=4).cells if cell.cell_type == "markdown")
+    for link in re.findall(r"\]\(([^)\s]+)\)", words):
+        name, _, place = link.partition("#")
+        page = (file.parent / name).read_text("utf-8")
+        titles = [line.strip("# ").lower() for line in page.splitlines() if line.startswith("#")]
+        assert place == "" or place in [re.sub(r"[^\w -]", "", title).replace(" ", "-") for title in titles]
 
 
 def notebook(*sources):
