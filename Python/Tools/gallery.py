@@ -249,14 +249,17 @@ soft = vn.value_range(terrain, center=0.35, size=0.05, falloff=0.2, profile="smo
     "Shape": [
         Entry(
             "relief",
-            "Lettering with bevelled edges, and a groove along them; every place of a soft mask as a dome.",
+            "Lettering with beveled edges, which light from the upper left makes visible; a groove along the edges; every "
+            "place of a soft mask as a dome.",
             """\
 bevel = vn.relief(letters, radius=24, style="inner_bevel", soften=1)
+lit = vn.add(vn.multiply(vn.add(*vn.gradient(bevel)), 8), 0.5)
 groove = vn.relief(letters, radius=24, style="pillow_emboss", profile="smooth")
 domes = vn.relief(mask, radius=20, profile="arc_out", soften=1)
 """,
             [
                 Picture("bevel", "`bevel`", (0, 1), size=400),
+                Picture("lit", "`lit`", (0, 1), size=400),
                 Picture("groove", "`groove`", (0, 1), size=400),
                 Picture("domes", "`domes`", **MASK),
             ],
