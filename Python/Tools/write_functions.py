@@ -15,6 +15,8 @@ import pathlib
 import sys
 import textwrap
 
+from node_examples import EXAMPLES
+
 WIDTH = 116
 HEADER = "# SPDX-License-Identifier: Apache-2.0\n"
 GENERATED = '"""Written by write_functions.py from the node types; changes are lost."""\n'
@@ -115,7 +117,8 @@ def describe_attribute(attribute):
     kinds = {"choice": "{" + ", ".join(f'"{word}"' for word in attribute.get("words", ())) + "}"}
     kinds |= {"point": "(x, y)", "frame": "(x, y, width, height)", "color": "(red, green, blue, opacity)"}
     kind = kinds.get(attribute["kind"]) or ("path" if attribute["is_path"] else KINDS[attribute["kind"]])
-    head = textwrap.fill(f"{attribute['name']} : {kind}, default {default(attribute)}", WIDTH - 4, subsequent_indent="    ")
+    head = f"{attribute['name']} : {kind}, default {default(attribute)}"
+    head = textwrap.fill(head, WIDTH - 4, subsequent_indent="    ")
     return head + "\n" + paragraph(text, "    ")
 
 
@@ -147,21 +150,6 @@ def describe_result(node, texts, result):
     return [f"{result}\n    A named tuple.\n", *fields]
 
 
-def example(node, name):
-    images = ", ".join(["a"] * sum(not place["is_optional"] for place in node["inputs"]))
-    if len(node["inputs"]) > 1:
-        images = ", ".join(["a"] * len(node["inputs"]))
-    result = "result" if len(node["outputs"]) == 1 else f"result.{node['outputs'][0]['name']}"
-    return [
-        ">>> import numpy as np",
-        ">>> import valuenodes as vn",
-        ">>> a = np.linspace(0, 1, 6, dtype=np.float32).reshape(2, 3)",
-        f">>> result = vn.{name}({images})",
-        f">>> {result}.mode, {result}.channels",
-        f"('{'value'}', 1)",
-    ]
-
-
 def docstring(node, name, texts, result):
     parts = [node["sentence"], ""]
     described = describe_inputs(node, texts) + [describe_attribute(one) for one in node["attributes"]]
@@ -177,7 +165,7 @@ def docstring(node, name, texts, result):
                 "NodeError\n" + paragraph("The node could not be evaluated.", "    "),
             ],
         ),
-        ("Examples", example(node, name)),
+        ("Examples", EXAMPLES[name].splitlines()),
     ):
         parts += [title, "-" * len(title), *"\n".join(lines).splitlines(), ""]
     return "\n".join(parts[:-1])
@@ -223,6 +211,10 @@ def write_read(reader):
         "    The file could not be read; the message names the cause.",
         "TypeError, ValueError",
         "    An argument is wrong.",
+        "",
+        "Examples",
+        "--------",
+        *EXAMPLES["read"].splitlines(),
     ]
     untyped = ["path", "*", *(f"{one['name']}={default(one)}" for one in attributes)]
     typed = [
@@ -259,7 +251,8 @@ def main(folder, texts):
         stub.append(definition(name, parameters(node, True), f" -> {result}") + " ...")
     untyped, typed, text = write_read(next(node for node in nodes if node["class"] == "ImageReaderNode"))
     names.append("read")
-    source.append("\n" + f'@node_function("ImageReaderNode", first="path")\n{definition("read", untyped, "")}\n{quote(text)}\n')
+    decorator = '@node_function("ImageReaderNode", first="path")'
+    source.append(f'\n{decorator}\n{definition("read", untyped, "")}\n{quote(text)}\n')
     stub.append(definition("read", typed, " -> Image") + " ...")
     listed = "".join(f'    "{name}",\n' for name in sorted(names))
     source.append(f"\n__all__ = [\n{listed}]")

@@ -40,7 +40,7 @@ def run(*words, folder):
 
 
 # Classes of compiled code have a metaclass of their own, which concerns nobody; their members are compared.
-COMPILED = ["Image", "_pickling.Image", "_valuenodes.Document", "_valuenodes.Image", "_valuenodes.NodeFunction"]
+COMPILED = ["Image", "_image.Image", "_pickling.Image", "_valuenodes.Document", "_valuenodes.Image", "_valuenodes.NodeFunction"]
 
 
 def test_stubs_say_what_there_is(tmp_path):

@@ -14,7 +14,8 @@ array([[0.25, 0.25, 0.25],
 from . import rows
 from ._classes import Node, register
 from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
-from ._valuenodes import Image, version as __version__
+from ._image import Image
+from ._valuenodes import version as __version__
 from . import _functions
 from ._functions import *
 from ._files import write
@@ -48,28 +49,3 @@ __all__ = [
     "write",
     *_functions.__all__,
 ]
-
-
-def _to_png(self, *, range=None, colormap=None, size=None):
-    from ._pictures import to_png
-
-    return to_png(self, range=range, colormap=colormap, size=size)
-
-
-def _show(self, *, range=None, colormap=None):
-    from ._pictures import show
-
-    show(self, range=range, colormap=colormap)
-
-
-def _repr_png_(self):
-    from ._pictures import repr_png
-
-    return repr_png(self)
-
-
-# What is rarely needed is loaded at the first call.
-Image.__module__ = "valuenodes"
-Image.to_png = _to_png
-Image.show = _show
-Image._repr_png_ = _repr_png_

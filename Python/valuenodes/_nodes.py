@@ -83,6 +83,12 @@ def nodes():
     Returns
     -------
     list of str
+
+    Examples
+    --------
+    >>> import valuenodes as vn
+    >>> "ImageValueAddNode" in vn.nodes()
+    True
     """
     return list_nodes()
 
@@ -98,6 +104,13 @@ def describe(name):
     Returns
     -------
     dict
+
+    Examples
+    --------
+    >>> import valuenodes as vn
+    >>> steps = vn.describe("Value Steps")["attributes"][0]
+    >>> steps["name"], steps["lowest"], steps["highest"]
+    ('steps', 2.0, 100000.0)
     """
     return describe_node(name)
 

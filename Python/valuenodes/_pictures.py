@@ -19,23 +19,7 @@ def _chunk(kind, content):
 
 
 def to_png(image, *, range=None, colormap=None, size=None):
-    """The image as a picture in the format PNG.
-
-    Values become grey, colors stay colors, NaN is magenta.
-
-    Parameters
-    ----------
-    range : tuple of float, optional
-        The values that are shown as black and as white; without one, the range that the image declares.
-    colormap : str, optional
-        Shows values by this color ramp; `valuenodes.colormaps()` lists them.
-    size : int, optional
-        The most columns and rows of the picture; without one, as many as the image has.
-
-    Returns
-    -------
-    bytes
-    """
+    """See `Image.to_png`."""
     if size is not None and size < 1:
         raise ValueError(f"to_png: size is at least 1, not {size}")
     most = max(*image.size, 1) if size is None else size
@@ -67,13 +51,7 @@ def repr_png(image):
 
 
 def show(image, *, range=None, colormap=None):
-    """Shows the image: in a notebook as a picture in it, elsewhere in the system's viewer of pictures.
-
-    Parameters
-    ----------
-    range, colormap
-        As for `to_png`.
-    """
+    """See `Image.show`."""
     # In a notebook it is loaded; elsewhere nobody waits for it.
     ipython = sys.modules.get("IPython")
     shell = ipython.get_ipython() if ipython is not None else None

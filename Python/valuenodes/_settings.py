@@ -15,6 +15,14 @@ def set_threads(threads):
     ----------
     threads : int
         From 1 on; 0 for one per core, which is how it begins. The number changes no result.
+
+    Examples
+    --------
+    >>> import valuenodes as vn
+    >>> vn.set_threads(2)
+    >>> vn.doctor()["threads"]
+    2
+    >>> vn.set_threads(0)
     """
     _valuenodes.set_threads(threads)
 
@@ -26,6 +34,12 @@ def set_max_size(columns, rows=None):
     ----------
     columns, rows : int
         As many rows as columns where only these are given.
+
+    Examples
+    --------
+    >>> import valuenodes as vn
+    >>> vn.set_max_size(40000, 20000)
+    >>> vn.set_max_size(32768)
     """
     _valuenodes.set_max_size(columns, columns if rows is None else rows)
 
@@ -37,6 +51,11 @@ def load_library(path):
     ----------
     path : str or os.PathLike
         The file. Its code runs in this process: load only what you trust.
+
+    Examples
+    --------
+    >>> import valuenodes as vn
+    >>> vn.load_library("/opt/nodes/HelloNode.so")  # doctest: +SKIP
     """
     _valuenodes.load_library(os.fspath(path))
 
@@ -47,6 +66,12 @@ def colormaps():
     Returns
     -------
     list of str
+
+    Examples
+    --------
+    >>> import valuenodes as vn
+    >>> vn.colormaps()
+    ['viridis', 'cividis', 'magma', 'terrain', 'heat', 'gray', 'blue_red']
     """
     return _valuenodes.list_colormaps()
 
@@ -61,6 +86,12 @@ def doctor():
     dict
         "version", "python", "numpy", "module", "threads", "libraries", "codecs" and "devices". Where something is in the
         way of a codec or a device, its "problem" is not empty.
+
+    Examples
+    --------
+    >>> import valuenodes as vn
+    >>> vn.doctor()["libraries"][0]["nodes"]
+    20
     """
     import numpy
 
