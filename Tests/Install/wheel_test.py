@@ -7,6 +7,7 @@
 
 import base64
 import csv
+import filecmp
 import hashlib
 import io
 import os
@@ -70,9 +71,9 @@ def run(*command, **options):
     return answer.stdout
 
 
-def make_wheel(folder, **environment):
+def make_wheel(folder, umask=-1, **environment):
     # The test wants the archive soon rather than small.
-    run(sys.executable, "-B", MAKE_WHEEL, "--cmake", CMAKE, "--level", "1", BUILD, folder,
+    run(sys.executable, "-B", MAKE_WHEEL, "--cmake", CMAKE, "--level", "1", BUILD, folder, umask=umask,
         env={**os.environ, "SOURCE_DATE_EPOCH": EPOCH, **environment})
     wheels = list(folder.iterdir())
     assert len(wheels) == 1, wheels
@@ -175,6 +176,13 @@ class Archive(unittest.TestCase):
             self.assertEqual(entry.date_time, MOMENT, entry.filename)
             mode = 0o100755 if entry.filename.endswith("/value-decoder") else 0o100644
             self.assertEqual(entry.external_attr >> 16, mode, entry.filename)
+
+    def test_the_same_build_gives_the_same_bytes(self):
+        # The first is made with the zone and the umask of whoever runs the test.
+        again = make_wheel(user.work / "again", umask=0o077, TZ="Asia/Tokyo")
+        self.assertEqual(again.name, user.wheel.name)
+        self.assertTrue(filecmp.cmp(again, user.wheel, shallow=False))
+        again.unlink()
 
     def test_licenses_of_all_libraries_come_along(self):
         names = user.archive.namelist()
