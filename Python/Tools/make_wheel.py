@@ -39,7 +39,7 @@ def run(*command, **options):
 def find_epoch(source):
     """The date of all files in the wheel, in seconds since 1970."""
     epoch = os.environ.get("SOURCE_DATE_EPOCH")
-    if epoch is None:
+    if epoch is None and shutil.which("git") is not None:
         log = subprocess.run(
             ["git", "-C", str(source), "log", "-1", "--format=%ct"], capture_output=True, text=True, check=False
         )

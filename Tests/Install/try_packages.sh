@@ -24,7 +24,8 @@ expect() {
 }
 
 # Every file with its kind, mode, owner and link, but for what dpkg and apt note, logs, and a cache of ldconfig. What
-# programs write, below /etc and /var, has its content besides; the rest, which is large, its size and time.
+# programs write, below /etc and /var and where the types of files are, has its content besides; the rest, which is large,
+# its size and time.
 list_files() {
   local folder left_out=()
   for folder in proc sys dev run tmp packages var/log var/lib/dpkg var/lib/apt var/cache/apt var/cache/ldconfig; do
@@ -32,8 +33,9 @@ list_files() {
   done
   {
     find / -xdev "${left_out[@]}" -printf '%p %y %m %U %G %l\n'
-    find /etc /var -xdev "${left_out[@]}" -type f -print0 | xargs -0 sha256sum
-    find / -xdev "${left_out[@]}" -path /etc -prune -o -path /var -prune -o -type f -printf '%p %s %T@\n'
+    find /etc /var /usr/share/mime -xdev "${left_out[@]}" -type f -print0 | xargs -0 sha256sum
+    find / -xdev "${left_out[@]}" -path /etc -prune -o -path /var -prune -o -path /usr/share/mime -prune -o \
+      -type f -printf '%p %s %T@\n'
   } | LC_ALL=C sort
 }
 

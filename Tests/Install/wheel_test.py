@@ -13,7 +13,6 @@ import io
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
