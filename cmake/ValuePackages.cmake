@@ -1,9 +1,10 @@
 # Debian packages of an installation, one per component, made by ./package:
 #
-#   value              the program, the node library and the panel
-#   libvaluehost       the host's libraries, and the codecs and the decoder that they load
-#   libvaluehost-dev   headers, and what CMake and pkg-config want to know
-#   value-doc          documents and examples
+#   value                the program, the node library and the panel
+#   libvaluehost         the host's libraries, and the codecs and the decoder that they load
+#   libvaluehost-dev     headers, and what CMake and pkg-config want to know
+#   python3-valuenodes   the Python package, where it is built
+#   value-doc            documents and examples
 #
 # What a package holds follows from the components of the install rules alone; packages/FinishPackages.cmake brings it
 # into the form that Debian's policy asks for.
@@ -21,6 +22,9 @@ set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
 set(CPACK_PACKAGE_DIRECTORY "${packages_build}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL value libvaluehost libvaluehost-dev value-doc)
+if(TARGET ValuePython)
+  list(APPEND CPACK_COMPONENTS_ALL python3-valuenodes)
+endif()
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_PRE_BUILD_SCRIPTS "${packages_source}/FinishPackages.cmake")
@@ -79,6 +83,29 @@ This package has the headers of the host, and what CMake and pkg-config want
 to know, for two kinds of projects: libraries of image nodes that the program
 \"value\" and other hosts load, and programs that are hosts themselves. Both are
 written in C++20.")
+
+set(CPACK_DEBIAN_PYTHON3-VALUENODES_PACKAGE_NAME python3-valuenodes)
+set(CPACK_DEBIAN_PYTHON3-VALUENODES_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON3-VALUENODES_PACKAGE_SHLIBDEPS ON)
+if(TARGET ValuePython)
+  # The module is for one Python alone. The nodes are in the package of the program.
+  get_directory_property(python_major DIRECTORY Python DEFINITION Python_VERSION_MAJOR)
+  get_directory_property(python_minor DIRECTORY Python DEFINITION Python_VERSION_MINOR)
+  math(EXPR next_python "${python_minor} + 1")
+  set(CPACK_DEBIAN_PYTHON3-VALUENODES_PACKAGE_DEPENDS
+    "python3 (>= ${python_major}.${python_minor}), python3 (<< ${python_major}.${next_python}), \
+libvaluehost (= ${package_version}), value (= ${package_version})")
+endif()
+# Without numpy images come from buffers and files, and go there. Pictures of graphs are laid out by Graphviz.
+set(CPACK_DEBIAN_PYTHON3-VALUENODES_PACKAGE_RECOMMENDS "python3-numpy")
+set(CPACK_DEBIAN_PYTHON3-VALUENODES_PACKAGE_SUGGESTS "graphviz, value-doc")
+set(CPACK_DEBIAN_PYTHON3-VALUENODES_PACKAGE_CONTROL_EXTRA
+  "${packages_source}/python3-valuenodes/postinst;${packages_source}/python3-valuenodes/prerm")
+set(CPACK_COMPONENT_PYTHON3-VALUENODES_DESCRIPTION
+"image nodes that read samples as values, for Python
+This package has every image node of Value as a function of images or arrays
+of numpy. It also reads and writes image files with their metadata, builds
+and evaluates graphs of nodes, and makes classes of Python nodes.")
 
 set(CPACK_DEBIAN_VALUE-DOC_PACKAGE_NAME value-doc)
 set(CPACK_DEBIAN_VALUE-DOC_PACKAGE_SECTION doc)

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <string>
 
 #include "Host/Viewing/AllFinite.h"
 
@@ -53,7 +54,8 @@ PixelShades::PixelShades(const Look& look, const ValueRange& range)
   // An infinite span makes everything black, as one without extent does.
   span_ = span > 0.0F ? span : std::numeric_limits<float>::infinity();
   const bool is_gray = look.shading == Shading::kPlain || look.shading == Shading::kHillshade;
-  const RampTable& ramp = FindRamp(is_gray ? "gray" : look.ramp);
+  const std::string name = is_gray ? "gray" : look.ramp;
+  const RampTable& ramp = FindRamp(name);
   std::transform(ramp.begin(), ramp.end(), ramp_.begin(), PackColor);
 
   const double azimuth = look.light.azimuth_degrees * std::numbers::pi / 180.0;

@@ -22,7 +22,7 @@ std::string DescribeShape(const py::array& array) { return py::str(array.attr("s
 
 /// The array that numpy makes of an object, without a copy where there need not be one.
 py::array MakeArray(py::handle object) {
-  const py::module_ numpy = py::module_::import("numpy");
+  const py::module_ numpy = ImportNumpy();
   const bool is_device_array = py::hasattr(object, "__dlpack__") && !py::hasattr(object, "__array__") &&
                                !py::hasattr(object, "__array_interface__") && PyObject_CheckBuffer(object.ptr()) == 0;
   if (is_device_array) return numpy.attr("from_dlpack")(object);
@@ -100,8 +100,19 @@ SharedImage Convert(const NumberArray& numbers, const ImageHeader& header) {
 
 }  // namespace
 
+py::module_ ImportNumpy() {
+  try {
+    return py::module_::import("numpy");
+  } catch (const py::error_already_set& error) {
+    if (!error.matches(PyExc_ModuleNotFoundError)) throw;
+  }
+  PyErr_SetString(PyExc_ModuleNotFoundError,
+                  "arrays become images by numpy, which this Python does not have: install python3-numpy with apt, or "
+                  "numpy with pip");
+  throw py::error_already_set();
+}
+
 bool IsArrayLike(py::handle object) {
-  if (py::isinstance<py::array>(object)) return true;
   if (py::isinstance<py::str>(object) || py::isinstance<py::bytes>(object)) return false;
   return py::hasattr(object, "__array__") || py::hasattr(object, "__array_interface__") ||
          py::hasattr(object, "__dlpack__") || PyObject_CheckBuffer(object.ptr()) != 0;
@@ -111,6 +122,7 @@ SharedImage MakeImage(py::handle object, std::optional<unsigned> mode) {
   if (!IsArrayLike(object) && !py::isinstance<py::list>(object) && !py::isinstance<py::tuple>(object)) {
     throw py::type_error("an image is made of an array, not of " + NameType(object));
   }
+  ImportNumpy();
   py::array array = py::isinstance<py::array>(object) ? py::reinterpret_borrow<py::array>(object) : MakeArray(object);
   if (py::detail::npy_api::get().PyArray_Type_ != Py_TYPE(array.ptr())) array = FillMasked(array);
   if (array.ndim() != 2 && array.ndim() != 3) {

@@ -9,6 +9,9 @@
 
 namespace ValuePython {
 
+/// Numpy, which only arrays need. Throws ModuleNotFoundError that says so where it is not installed.
+pybind11::module_ ImportNumpy();
+
 /// Whether an object may stand for an image: an array of numpy, or what says that it can be read as one. Lists do not,
 /// since a list of images is easily given by mistake.
 bool IsArrayLike(pybind11::handle object);

@@ -97,7 +97,8 @@ std::vector<double> ReadNumbers(const Attribute& attribute, py::handle value, st
                           std::to_string(sequence.size()));
   }
   std::vector<double> numbers;
-  for (const py::handle entry : sequence) {
+  // An array makes each entry when it is asked for it, and keeps none.
+  for (const py::object entry : sequence) {
     if (!IsNumber(entry)) ThrowKind(attribute, wanted.c_str(), entry, function);
     numbers.push_back(ToDouble(entry));
     if (std::isnan(numbers.back())) {

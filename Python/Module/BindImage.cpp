@@ -178,7 +178,7 @@ void BindConstruction(py::class_<SharedImage, SharedImagePtr>& image) {
       .def_static(
           "from_dlpack",
           [](const py::object& object) {
-            const py::object array = py::module_::import("numpy").attr("from_dlpack")(object);
+            const py::object array = ImportNumpy().attr("from_dlpack")(object);
             return std::make_shared<SharedImage>(MakeImage(array, std::nullopt));
           },
           py::arg("object"));

@@ -70,16 +70,24 @@ void BridgeLog() {
 }
 
 void DeliverLog() {
-  const std::vector<WaitingLines::Line> lines = WaitingLines::Get().Take();
-  if (lines.empty()) return;
-  // An exception that is on its way stays the one that is told of.
-  const py::error_scope scope;
-  try {
-    const py::object logger = py::module_::import("logging").attr("getLogger")("valuenodes");
-    for (const auto& [level, text] : lines) logger.attr(NameOf(level))("%s", text);
-  } catch (py::error_already_set& error) {
-    error.discard_as_unraisable("the log of valuenodes");
+  // What is imported and called here runs pending calls, and so this function once more. The interpreter's lock guards
+  // it.
+  static bool is_delivering = false;
+  if (is_delivering) return;
+  is_delivering = true;
+  {
+    // An exception that is on its way stays the one that is told of.
+    const py::error_scope scope;
+    try {
+      for (auto lines = WaitingLines::Get().Take(); !lines.empty(); lines = WaitingLines::Get().Take()) {
+        const py::object logger = py::module_::import("logging").attr("getLogger")("valuenodes");
+        for (const auto& [level, text] : lines) logger.attr(NameOf(level))("%s", text);
+      }
+    } catch (py::error_already_set& error) {
+      error.discard_as_unraisable("the log of valuenodes");
+    }
   }
+  is_delivering = false;
 }
 
 }  // namespace ValuePython

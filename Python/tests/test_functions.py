@@ -119,6 +119,27 @@ def test_refused_call_leaves_nothing_for_the_next_one(field):
     assert vn.clamp(field, high=1) == expected
 
 
+def test_entries_that_a_sequence_makes_when_it_is_asked():
+    class Entry:
+        def __init__(self, number):
+            self.number = number
+
+        def __float__(self):
+            return self.number
+
+    class Entries:
+        def __len__(self):
+            return 4
+
+        def __getitem__(self, index):
+            if index >= 4:
+                raise IndexError(index)
+            return Entry((0.0, 0.0, 4.0, 2.0)[index])
+
+    assert vn.apply("Image Checker", frame=Entries()).size == (4, 2)
+    assert vn.apply("Image Checker", frame=np.array([0, 0, 4, 2])).size == (4, 2)
+
+
 def test_flags_of_numpy_are_flags(field):
     assert vn.relief(field, radius=2, seamless=np.bool_(False)) == vn.relief(field, radius=2, seamless=False)
 

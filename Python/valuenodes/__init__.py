@@ -11,11 +11,16 @@ array([[0.25, 0.25, 0.25],
        [0.25, 0.25, 0.25]], dtype=float32)
 """
 
+try:
+    from ._valuenodes import version as __version__
+except ImportError as _error:
+    from ._missing import explain as _explain
+
+    raise _explain(_error) from None
 from . import rows
 from ._classes import Node, register
 from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
 from ._image import Image
-from ._valuenodes import version as __version__
 from . import _functions
 from ._functions import *
 from ._files import write

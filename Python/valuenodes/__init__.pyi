@@ -1,4 +1,4 @@
-from . import rows as rows
+from . import _functions, rows as rows
 from ._classes import Node as Node, register as register
 from ._errors import (
     DocumentError as DocumentError,
@@ -27,3 +27,30 @@ from ._settings import (
 from ._valuenodes import Image as Image
 
 __version__: str
+
+__all__ = [
+    "Connection",
+    "DocumentError",
+    "FileError",
+    "Findings",
+    "Graph",
+    "Image",
+    "Node",
+    "NodeError",
+    "Output",
+    "ValueNodesError",
+    "ValueNodesWarning",
+    "WrittenFile",
+    "apply",
+    "colormaps",
+    "describe",
+    "doctor",
+    "load_library",
+    "nodes",
+    "register",
+    "rows",
+    "set_max_size",
+    "set_threads",
+    "write",
+]
+__all__ += _functions.__all__

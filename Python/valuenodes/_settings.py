@@ -85,7 +85,7 @@ def doctor():
     -------
     dict
         "version", "python", "numpy", "module", "threads", "libraries", "codecs" and "devices". Where something is in the
-        way of a codec or a device, its "problem" is not empty.
+        way of a codec or a device, its "problem" is not empty. Without numpy, "numpy" is None.
 
     Examples
     --------
@@ -93,12 +93,15 @@ def doctor():
     >>> vn.doctor()["libraries"][0]["nodes"]
     20
     """
-    import numpy
+    try:
+        import numpy
+    except ModuleNotFoundError:
+        numpy = None
 
     return {
         "version": _valuenodes.version,
         "python": platform.python_version(),
-        "numpy": numpy.__version__,
+        "numpy": numpy and numpy.__version__,
         "executable": sys.executable,
         "module": _valuenodes.__file__,
         "threads": _valuenodes.get_threads(),

@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Packs a build folder into Debian packages twice and looks into them.
 
-    packages_test.py CMAKE CPACK BUILD_FOLDER WORK_FOLDER
+    packages_test.py CMAKE CPACK BUILD_FOLDER WORK_FOLDER [--with-python]
+
+With the option the build has the Python package, and there is a package of it.
 """
 
 import collections
@@ -15,9 +17,13 @@ import sys
 import unittest
 
 CMAKE, CPACK, BUILD, WORK = sys.argv[1], sys.argv[2], sys.argv[3], pathlib.Path(sys.argv[4])
-PACKAGES = ["libvaluehost", "libvaluehost-dev", "value", "value-doc"]
+WITH_PYTHON = "--with-python" in sys.argv[5:]
+PACKAGES = ["libvaluehost", "libvaluehost-dev", *(["python3-valuenodes"] if WITH_PYTHON else []), "value", "value-doc"]
 # 2026-03-04 05:06:07 UTC
 EPOCH, EPOCH_TEXT = "1772600767", "2026-03-04 05:06"
+
+# That of the module, which is this one.
+PYTHON = f"{sys.version_info[0]}.{sys.version_info[1]}"
 
 Entry = collections.namedtuple("Entry", "mode owner time")
 
@@ -94,8 +100,6 @@ class Packages(unittest.TestCase):
         }
         # Packages have a copyright file in its place.
         installed = {name for name in installed if not name.endswith("/LICENSE")}
-        # The packages are built without the Python package, which has none of its own yet.
-        installed = {name for name in installed if "/dist-packages/valuenodes/" not in f"/{name}"}
         # Manual pages are packed.
         installed = {f"{name}.gz" if "/share/man/" in name and not name.endswith(".gz") else name for name in installed}
         times = collections.Counter(name for contents in self.contents.values() for name in files_of(contents))
@@ -126,6 +130,14 @@ class Packages(unittest.TestCase):
             ],
             "value-doc": [r".*/value-doc/Docs/Files\.md", r".*/value-doc/Examples/Images/terrain\.exr"],
         }
+        if WITH_PYTHON:
+            module = rf"_valuenodes\.cpython-{PYTHON.replace('.', '')}-\w+-linux-gnu\.so"
+            expected["python3-valuenodes"] = [
+                rf".*/dist-packages/{part}" for part in [
+                    rf"valuenodes/{module}", r"valuenodes/_functions\.py", r"valuenodes/rows\.pyi",
+                    r"valuenodes/py\.typed", r"valuenodes-[0-9.]+\.dist-info/METADATA",
+                ]
+            ]
         for package, patterns in expected.items():
             for pattern in patterns:
                 found = [name for name in files_of(self.contents[package]) if re.fullmatch(pattern, name)]
@@ -145,6 +157,31 @@ class Packages(unittest.TestCase):
             run("dpkg-deb", "--info", self.first["libvaluehost"], "shlibs"),
         )
         self.assertEqual(run("dpkg-deb", "--info", self.first["libvaluehost"], "triggers"), "activate-noawait ldconfig\n")
+
+    @unittest.skipUnless(WITH_PYTHON, "the build has no Python package")
+    def test_python_is_the_one_that_the_module_is_for(self):
+        major, minor = PYTHON.split(".")
+        needed = self.field("python3-valuenodes", "Depends").split(", ")
+        for other in [f"python3 (>= {PYTHON})", f"python3 (<< {major}.{int(minor) + 1})",
+                      f"libvaluehost (= {self.version()})", f"value (= {self.version()})"]:
+            self.assertIn(other, needed)
+        self.assertEqual(self.field("python3-valuenodes", "Recommends"), "python3-numpy")
+
+    @unittest.skipUnless(WITH_PYTHON, "the build has no Python package")
+    def test_bytecode_is_made_by_the_installation_and_removed(self):
+        folder = WORK / "control"
+        run("dpkg-deb", "--control", self.first["python3-valuenodes"], folder)
+        scripts = {path.name for path in folder.iterdir()} - {"control", "md5sums"}
+        self.assertEqual(scripts, {"postinst", "prerm"})
+        for script, program in [("postinst", "py3compile"), ("prerm", "py3clean")]:
+            self.assertEqual((folder / script).stat().st_mode & 0o777, 0o755)
+            self.assertIn(f"{program} -p python3-valuenodes\n", (folder / script).read_text())
+        self.assertEqual([name for name in self.contents["python3-valuenodes"] if name.endswith(".pyc")], [])
+        # Those of libraries have no scripts but what dpkg's triggers do.
+        for name in ["value", "libvaluehost"]:
+            shutil.rmtree(folder)
+            run("dpkg-deb", "--control", self.first[name], folder)
+            self.assertEqual({path.name for path in folder.iterdir()} & {"postinst", "prerm", "postrm"}, set())
 
 
 if __name__ == "__main__":

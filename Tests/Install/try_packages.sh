@@ -6,7 +6,7 @@
 #   try_packages.sh FOLDER
 set -euo pipefail
 packages=$(realpath "${1:?the folder of the packages}")
-ours=(value libvaluehost libvaluehost-dev value-doc)
+ours=(value libvaluehost libvaluehost-dev python3-valuenodes value-doc)
 work=/tmp/try
 documents=/usr/share/doc/value-doc
 export DEBIAN_FRONTEND=noninteractive
@@ -24,7 +24,8 @@ expect() {
 }
 
 # Every file with its kind, mode, owner and link, but for what dpkg and apt note, logs, and a cache of ldconfig. What
-# programs write, below /etc and /var, has its content besides; the rest, which is large, its size and time.
+# programs write, below /etc and /var and where the types of files are, has its content besides; the rest, which is large,
+# its size and time.
 list_files() {
   local folder left_out=()
   for folder in proc sys dev run tmp packages var/log var/lib/dpkg var/lib/apt var/cache/apt var/cache/ldconfig; do
@@ -32,8 +33,9 @@ list_files() {
   done
   {
     find / -xdev "${left_out[@]}" -printf '%p %y %m %U %G %l\n'
-    find /etc /var -xdev "${left_out[@]}" -type f -print0 | xargs -0 sha256sum
-    find / -xdev "${left_out[@]}" -path /etc -prune -o -path /var -prune -o -type f -printf '%p %s %T@\n'
+    find /etc /var /usr/share/mime -xdev "${left_out[@]}" -type f -print0 | xargs -0 sha256sum
+    find / -xdev "${left_out[@]}" -path /etc -prune -o -path /var -prune -o -path /usr/share/mime -prune -o \
+      -type f -printf '%p %s %T@\n'
   } | LC_ALL=C sort
 }
 
@@ -42,7 +44,7 @@ needed() {
   local file
   for file in "$packages"/*.deb; do
     dpkg-deb --field "$file" Depends Recommends | sed 's/^[A-Za-z]*: *//' | tr ',' '\n'
-  done | sed 's/^ *//; /^libvaluehost/d; /^$/d' | sort -u | paste -sd,
+  done | sed 's/^ *//; /^libvaluehost/d; /^value/d; /^$/d' | sort -u | paste -sd,
 }
 
 rm -rf "$work"
@@ -88,6 +90,32 @@ for graph in "$work"/user/Examples/*.json; do as_user value run "$graph" --quiet
 
 step "manual"
 for page in $(dpkg -L value | grep '/man1/.*\.gz$'); do gzip -t "$page"; done
+
+step "the Python package"
+cat > "$work/user/use.py" <<'END'
+import importlib.metadata
+import numpy as np
+import valuenodes as vn
+
+assert vn.__file__ == "/usr/lib/python3/dist-packages/valuenodes/__init__.py", vn.__file__
+assert importlib.metadata.version("valuenodes") == vn.__version__
+half = np.full((2, 3), 0.5, np.float32)
+assert np.asarray(vn.add(half, 0.25)).tolist() == [[0.75] * 3] * 2
+for name in ["half.exr", "half.png", "half.tif"]:
+    vn.write(name, half)
+    assert vn.read(name).size == (3, 2), name
+graph = vn.Graph.load("Examples/map.json")
+assert len(graph.run()) == len(graph.outputs) > 0
+problems = [codec["problem"] for codec in vn.doctor()["codecs"] if codec["problem"]]
+assert not problems, problems
+END
+as_user /usr/bin/python3 use.py
+for file in /usr/lib/python3/dist-packages/valuenodes/*.py; do
+  find "$(dirname "$file")/__pycache__" -name "$(basename "$file" .py).*.pyc" | grep -q . || fail "$file has no bytecode"
+done
+answer=$(as_user /usr/bin/python3 -c 'import valuenodes; valuenodes.Graph().to_svg()' 2>&1) &&
+  fail "a picture of a graph is drawn without Graphviz"
+[[ ${answer##*$'\n'} == *graphviz* ]] || fail "without Graphviz the answer is: $answer"
 
 step "a node library and a host of one's own, with CMake"
 as_user cmake -S Examples/HelloNode -B hello -DCMAKE_BUILD_TYPE=Release > "$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; exit 1; }

@@ -1,5 +1,5 @@
 # Run by CPack when the packages are there. CPack gives a package of libraries scripts that call ldconfig, which is what
-# its triggers file is for; they are taken out again.
+# its triggers file is for; they are taken out again. A package's own scripts stay.
 
 function(run)
   execute_process(COMMAND ${ARGV} RESULT_VARIABLE code ERROR_VARIABLE output OUTPUT_VARIABLE output)
@@ -12,8 +12,17 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   set(folder "${CPACK_TEMPORARY_DIRECTORY}/unpacked")
   file(REMOVE_RECURSE "${folder}")
   run(dpkg-deb --raw-extract "${package}" "${folder}")
-  if(EXISTS "${folder}/DEBIAN/postinst" OR EXISTS "${folder}/DEBIAN/postrm")
-    file(REMOVE "${folder}/DEBIAN/postinst" "${folder}/DEBIAN/postrm")
+  set(dropped)
+  foreach(script postinst postrm)
+    if(EXISTS "${folder}/DEBIAN/${script}")
+      file(STRINGS "${folder}/DEBIAN/${script}" calls REGEX "ldconfig")
+      if(calls)
+        list(APPEND dropped "${folder}/DEBIAN/${script}")
+      endif()
+    endif()
+  endforeach()
+  if(dropped)
+    file(REMOVE ${dropped})
     run(dpkg-deb --root-owner-group -Zxz --build "${folder}" "${package}")
   endif()
   file(REMOVE_RECURSE "${folder}")

@@ -41,12 +41,14 @@ constexpr const char* kDrivers[] = {
     "XYZ",      nullptr,
 };
 
-// No side files are written, folders are not listed, nothing is asked of the network and no code of a file is run.
+// No side files are written, folders are not listed, nothing is asked of the network, no code of a file is run and no
+// drivers are loaded that the system has for the GDAL of others.
 // Work stays on the calling thread, where its messages are collected.
 constexpr std::pair<const char*, const char*> kSettings[] = {
     {"CPL_DEBUG", "OFF"},
     {"CPL_VSIL_CURL_ALLOWED_EXTENSIONS", ".none"},
     {"GDAL_DISABLE_READDIR_ON_OPEN", "TRUE"},
+    {"GDAL_DRIVER_PATH", "disable"},
     {"GDAL_ERROR_ON_LIBJPEG_WARNING", "TRUE"},
     {"GDAL_NUM_THREADS", "1"},
     {"GDAL_PAM_ENABLED", "NO"},
