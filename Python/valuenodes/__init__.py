@@ -11,6 +11,8 @@ array([[0.25, 0.25, 0.25],
        [0.25, 0.25, 0.25]], dtype=float32)
 """
 
+from . import _interpreter
+
 from . import rows
 from ._classes import Node, register
 from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
@@ -18,7 +20,8 @@ from ._valuenodes import Image, version as __version__
 from . import _functions
 from ._functions import *
 from ._files import write
-from ._graph import Connection, Findings, Graph, Output, WrittenFile
+from ._graph import Graph
+from ._graph_records import Connection, Findings, Output, WrittenFile
 from ._nodes import apply, describe, nodes
 from ._settings import colormaps, doctor, load_library, set_max_size, set_threads
 
