@@ -214,7 +214,8 @@ def value_range(samples, center=0, size=0, falloff=0, profile="linear"):
 
 # ---- Comparisons ----
 
-PRECISIONS = [f"0.{'0' * zeros}1" for zeros in (9, 8, 7, 6, 5, 3, 2, 1, 0)] + [f"1{'0' * zeros}.0" for zeros in range(10)]
+PRECISIONS = [f"0.{'0' * zeros}1" for zeros in (9, 8, 7, 6, 5, 3, 2, 1, 0)]
+PRECISIONS += [f"1{'0' * zeros}.0" for zeros in range(10)]
 
 
 def rounded(samples, precision):

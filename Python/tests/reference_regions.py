@@ -158,7 +158,7 @@ def blurred(value, sigma, seamless):
 
 
 def region(mask, radius, seamless, grows):
-    """The largest or the smallest sample of the offsets (j, i) with (j/radius)² + (i/radius)² <= 1; NaN is no choice."""
+    """The largest or smallest sample of the offsets (j, i) with (j/radius)² + (i/radius)² <= 1; NaN is no choice."""
     around = range(-radius, radius + 1)
     disc = [(j, i) for j in around for i in around if j * j + i * i <= radius * radius]
     result = np.empty_like(mask)
@@ -171,7 +171,7 @@ def region(mask, radius, seamless, grows):
 
 
 def relief_mask(samples, mode, declared, outside, radius, grow):
-    """The value that each pixel stands for, with a frame as wide as the radius where it is to grow, and its range."""
+    """The value of each pixel, with a frame as wide as the radius where it is to grow, and its range."""
     value = value_of(samples, mode)
     if grow:
         value = np.pad(value, radius, constant_values=F(outside) if mode == "value" else F(0))

@@ -80,7 +80,8 @@ def test_harmful_library_is_refused(name):
 
 
 def test_trusted_library_is_not_examined():
-    answer = run(f"vn.load_library({str(LIBRARIES / 'LoadPrints.so')!r}, trust=True)\nprint(len(vn.doctor()['libraries']))")
+    library = str(LIBRARIES / "LoadPrints.so")
+    answer = run(f"vn.load_library({library!r}, trust=True)\nprint(len(vn.doctor()['libraries']))")
     assert answer.returncode == 0, answer.stderr
     assert answer.stdout.endswith("2\n")
 

@@ -60,7 +60,8 @@ def test_other_processes_take_and_give(method, tmp_path):
     # This process has threads of its own before it forks.
     vn.relief(image, radius=3)
     with multiprocessing.get_context(method).Pool(2) as pool:
-        results = pool.map(work, [("square", image), ("gradient", array), ("graph", (graph, image)), ("class", array)], 1)
+        tasks = [("square", image), ("gradient", array), ("graph", (graph, image)), ("class", array)]
+        results = pool.map(work, tasks, 1)
         errors = []
         for task in (("node error", None), ("document error", None), ("read", str(tmp_path / "none.exr"))):
             with pytest.raises(vn.ValueNodesError) as caught:
@@ -125,6 +126,43 @@ def test_process_forked_while_threads_compute_goes_on():
         """
     )
     assert (answer.stdout, answer.stderr) == ("done\n", "")
+
+
+def test_forked_process_reads_and_writes_and_has_no_device(tmp_path):
+    answer = run(
+        f"""
+        import os, pathlib, signal, sys
+        import numpy as np
+        import valuenodes as vn
+
+        folder = pathlib.Path({str(tmp_path)!r})
+        array = np.random.default_rng(1).random((1024, 1024), dtype=np.float32)
+
+        def use_files(name):
+            for ending in ("exr", "png", "tif"):
+                vn.write(folder / f"{{name}}.{{ending}}", array, "half" if ending == "exr" else None)
+                assert np.allclose(vn.read(folder / f"{{name}}.{{ending}}"), array, atol=1e-3)
+
+        use_files("parent")
+        vn.ambient_occlusion(array[:64], radius=3)
+        child = os.fork()
+        if child == 0:
+            signal.alarm(60)
+            use_files("child")
+            try:
+                vn.ambient_occlusion(array[:64], radius=3)
+            except vn.NodeError as error:
+                print(error, flush=True)
+            os._exit(0)
+        print(os.waitpid(child, 0)[1])
+        use_files("again")
+        vn.ambient_occlusion(array[:64], radius=3)
+        print("done")
+        """
+    )
+    lines = answer.stdout.splitlines()
+    assert lines[1:] == ["0", "done"], answer.stdout + answer.stderr
+    assert lines[0].startswith("ambient_occlusion: OpenCL devices work in the process that has opened them")
 
 
 SUBINTERPRETER = """
