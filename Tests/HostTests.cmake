@@ -153,6 +153,7 @@ value_add_test(HostBaseTests
     "${host}/Util/AddressRangeTest.cpp"
     "${host}/Util/ClosestNameTest.cpp"
     "${host}/Util/EvaluationScopeTest.cpp"
+    "${host}/Util/ForksTest.cpp"
     "${host}/Util/HostModuleTest.cpp"
     "${host}/Util/LogTest.cpp"
     "${host}/Util/ParallelForTest.cpp"

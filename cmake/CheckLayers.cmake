@@ -27,7 +27,7 @@ set(Host/Nodes Math Util Image Tools NodeKit Files)
 set(Host/Documents Math Util Image Tools Files)
 set(Host/Editing Math Util Image Viewing Tools Files Documents)
 set(Host/Testing Math Util Image Tools Files)
-set(Host/Validation Math Util Image Tools Nodes)
+set(Host/Validation Math Util Image Tools Files Nodes)
 # Modules that the one around them loads at run time.
 set(Host/Files/Codecs Math Util Image Files Host/Files/FileErrors.h)
 set(Host/Validation/Resources "")
@@ -41,7 +41,7 @@ set(Apps/Editor Math Util Image Viewing Tools Widgets Files Nodes Documents Edit
 set(Apps/Panel Math Util Image Viewing Tools Widgets Files Nodes Documents Apps/Desktop)
 set(Apps/Value Math Util Image Gpu Tools NodeKit Files Nodes Documents Testing Validation Apps/Panel/Panel.h Apps/Editor/Editor.h)
 
-set(Python Math Util Image Viewing Gpu Tools Files Nodes Documents)
+set(Python Math Util Image Viewing Gpu Tools Files Nodes Documents Validation)
 
 # Tests may look into what they test, and at every public header of the host.
 set(every_module Math Util Image Viewing Gpu Tools Widgets NodeKit Files Nodes Documents Editing Testing Validation)

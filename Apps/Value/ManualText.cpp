@@ -41,6 +41,8 @@ constexpr ManualEntry kFiles[] = {
     {"libexec/value/value-decoder",
      "The program in which image files are decoded, without the rights of the one that "
      "asked for them."},
+    {"libexec/value/value-examiner",
+     "The program in which the Python package examines node libraries before it loads them."},
 };
 
 struct CommandText {

@@ -3,15 +3,18 @@
 
 #include <sys/stat.h>
 
+#include <QCryptographicHash>
+#include <QFile>
+#include <QString>
 #include <algorithm>
 #include <cstdlib>
 #include <sstream>
 #include <system_error>
 
 #include "Apps/Value/Common.h"
-#include "Apps/Value/ExaminedPlugins.h"
 #include "Host/Files/ImageFile.h"
 #include "Host/Validation/Examination.h"
+#include "Host/Validation/ExaminedLibrary.h"
 
 namespace {
 
@@ -29,12 +32,20 @@ fs::path FindOwnLibrary() {
   return fs::exists(installed, error) ? installed : beside;
 }
 
+/// The SHA-256 of a file's content in hexadecimal digits; empty where it cannot be read.
+std::string HashOf(const fs::path& file) {
+  QFile content(QString::fromStdString(file.string()));
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  if (!content.open(QIODevice::ReadOnly) || !hash.addData(&content)) return {};
+  return hash.result().toHex().toStdString();
+}
+
 /// Examines a library in a child process, unless one with the same content has passed before.
 Status Examine(const fs::path& file, FoundPlugin::Examination& examination) {
   std::error_code error;
   // Loading says better what is wrong with what is no file.
   if (!fs::is_regular_file(file, error)) return {};
-  const ExaminedPlugins examined(file);
+  const ScEng::ExaminedLibrary examined(HashOf(file));
   if (examined.HasPassed()) {
     examination = FoundPlugin::Examination::kRemembered;
     return {};

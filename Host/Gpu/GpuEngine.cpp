@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Gpu/GpuEngine.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -88,7 +90,14 @@ class GpuEngine::State {
   /// Lists the devices once; false and an error when OpenCL cannot be loaded or has none, which is tried again at the
   /// next call.
   bool List(Status& status) {
-    if (pool_) return true;
+    if (pool_ && process_ == getpid()) return true;
+    if (pool_) {
+      // Their threads are gone, and whoever asked would wait for ever.
+      status = Status::Error(
+          "OpenCL devices work in the process that has opened them, and not in one that is forked from it; start a "
+          "process of its own for this");
+      return false;
+    }
     Gpu::ForgetEmptyCacheFolder();
     if (Gpu::LoadOpenCl(kLoader, api_, status) == nullptr) return false;
     std::vector<Gpu::DeviceRecord> records = Gpu::ListDevices(api_);
@@ -97,6 +106,7 @@ class GpuEngine::State {
       return false;
     }
     pool_.emplace(api_, std::move(records));
+    process_ = getpid();
     return true;
   }
 
@@ -115,6 +125,8 @@ class GpuEngine::State {
   Gpu::OpenClApi api_;
   /// Set once and never taken back.
   std::optional<Gpu::DevicePool> pool_;
+  /// The one that has set it.
+  pid_t process_ = 0;
   std::string word_;
   bool tries_other_ = false;
 };

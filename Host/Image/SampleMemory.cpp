@@ -12,6 +12,7 @@
 #endif
 
 #include "Host/Image/SampleAllocator.h"
+#include "Host/Util/Forks.h"
 
 namespace ScEng {
 namespace {
@@ -42,6 +43,8 @@ void FreeBlock(float* block, std::size_t bytes) noexcept { ::operator delete(blo
 
 class Recycler {
  public:
+  Recycler() { HoldWhileForking(mutex_); }
+
   float* Take(std::size_t bytes) {
     const std::lock_guard lock(mutex_);
     for (Block& block : blocks_) {

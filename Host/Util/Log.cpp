@@ -13,6 +13,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Host/Util/Forks.h"
 #include "Host/Util/LogOutput.h"
 
 namespace {
@@ -35,6 +36,8 @@ spdlog::level::level_enum ToSpdlog(Log::Level level) {
 /// Forwards messages to the function given to `Log::SetSink`.
 class FunctionSink final : public spdlog::sinks::base_sink<std::mutex> {
  public:
+  FunctionSink() { ScEng::HoldWhileForking(mutex_); }
+
   void SetFunction(std::function<void(Log::Level, const std::string&)> function) {
     const std::lock_guard lock(mutex_);
     function_ = std::move(function);
@@ -65,8 +68,9 @@ struct Logger {
   }
 };
 
+// Never destroyed: threads may log until the process ends.
 Logger& GetLogger() {
-  static Logger logger;
+  static Logger& logger = *new Logger;
   return logger;
 }
 

@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "Host/Util/EvaluationScope.h"
+#include "Host/Util/Forks.h"
 #include "Host/Util/TaskHandover.h"
 #include "Host/Util/WorkContext.h"
 #include "Host/Util/WorkerLimit.h"
@@ -38,7 +39,11 @@ class HostThreads {
 };
 
 std::mutex& GetMutex() {
-  static std::mutex mutex;
+  static std::mutex& mutex = []() -> std::mutex& {
+    auto& made = *new std::mutex;
+    HoldWhileForking(made);
+    return made;
+  }();
   return mutex;
 }
 
@@ -58,7 +63,7 @@ std::shared_ptr<HostThreads> GetThreads() {
 
 }  // namespace
 
-std::size_t GetNumThreads() { return GetThreads()->GetCount(); }
+std::size_t GetNumThreads() { return HasLostWorkers() ? 1 : GetThreads()->GetCount(); }
 
 void SetNumThreads(std::size_t threads) {
   const std::size_t wanted = threads == 0 ? GetDefaultNumThreads() : threads;
@@ -82,7 +87,7 @@ void ParallelRows(std::size_t count, std::size_t grain,
       WorkInPieces(*context, pass, from, to, least, body);
     }
   };
-  if (threads->GetCount() == 1 || count <= least) {
+  if (threads->GetCount() == 1 || count <= least || HasLostWorkers()) {
     work(0, count);
     return;
   }

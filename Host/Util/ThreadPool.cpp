@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "Host/Util/EvaluationScope.h"
+#include "Host/Util/Forks.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/ParallelRows.h"
 #include "Host/Util/TaskHandover.h"
@@ -75,6 +76,10 @@ class ThreadPool::Workers {
   void AddTask(std::function<void()> task) {
     ScEng::WorkContext* const context = ScEng::GetWorkContext();
     ++added_;
+    if (ScEng::HasLostWorkers()) {
+      RunGuarded(context, task);
+      return;
+    }
     handover_.Give();
     arena_->execute([&] {
       group_.run([this, context, task = std::move(task)] {
@@ -90,7 +95,7 @@ class ThreadPool::Workers {
     ScEng::ProgressPass pass(added_.exchange(0));
     pass_ = &pass;
     waiting_thread_ = std::this_thread::get_id();
-    arena_->execute([this] { group_.wait(); });
+    if (!ScEng::HasLostWorkers()) arena_->execute([this] { group_.wait(); });
     handover_.Collect();
     waiting_thread_ = std::thread::id();
     const std::lock_guard lock(mutex_);

@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "Host/Util/Forks.h"
 #include "Host/Util/Log.h"
 
 namespace ScEng {
@@ -64,6 +65,7 @@ class Workers {
 std::size_t PrepareWorkers(std::size_t threads) {
   // Never destroyed: operations may run until the end of the process.
   static Workers& workers = *new Workers;
+  NoteWorkers();
   return workers.Prepare(threads);
 }
 

@@ -2,9 +2,12 @@
 #include "Host/Validation/Examination.h"
 
 #include <algorithm>
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "Host/Util/Cancellation.h"
+#include "Host/Util/HostModule.h"
 #include "Host/Validation/Channel.h"
 #include "Host/Validation/ChildProcess.h"
 #include "Host/Validation/Protocol.h"
@@ -26,19 +29,38 @@ std::string DescribeEnd(const ChildProcess& child, const std::string& at) {
          "; a library must never end its host";
 }
 
+std::filesystem::path FindExaminer() {
+  const std::filesystem::path library = HostModule("HostValidation", "the library of examinations").GetFile();
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::absolute(library, error).parent_path();
+  // Beside the libraries in a folder of builds, elsewhere in an installation.
+  std::filesystem::path beside = folder / "value-examiner";
+  if (std::filesystem::exists(beside, error)) return beside;
+  return (folder / VALUE_EXAMINER_FROM_LIBRARIES).lexically_normal();
+}
+
+std::vector<std::string> MakeCommand(const std::filesystem::path& library) {
+  std::error_code error;
+  return {FindExaminer().string(), std::filesystem::absolute(library, error).string()};
+}
+
 }  // namespace
 
 Status ExamineLibrary(const ExaminationOptions& options) {
   const std::string start = "plug-in \"" + options.library.string() + "\"";
   ChildProcess child;
-  const Status started = child.Start(options.child_command);
+  const Status started =
+      child.Start(options.child_command.empty() ? MakeCommand(options.library) : options.child_command);
   if (started.IsError()) return Status::Error(start + " cannot be examined: " + started.GetMessage());
   child.Send(json({{Protocol::kCheck, Protocol::kExamine}}).dump());
   const auto deadline = ChildProcess::Clock::now() + options.timeout;
   std::string at;
   for (std::string line;;) {
-    switch (child.ReadLine(line, deadline)) {
+    constexpr auto kTick = std::chrono::milliseconds(50);
+    PollCancellation();
+    switch (child.ReadLine(line, std::min(deadline, ChildProcess::Clock::now() + kTick))) {
       case ChildProcess::Event::kTimeout:
+        if (ChildProcess::Clock::now() < deadline) continue;
         return Status::Error(start + ": it does not come back within " + FormatSeconds(options.timeout) + While(at));
       case ChildProcess::Event::kEnded: return Status::Error(start + ": " + DescribeEnd(child, at));
       case ChildProcess::Event::kLine: break;

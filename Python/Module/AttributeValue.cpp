@@ -97,7 +97,7 @@ std::vector<double> ReadNumbers(const Attribute& attribute, py::handle value, st
                           std::to_string(sequence.size()));
   }
   std::vector<double> numbers;
-  // An array makes each entry when it is asked for it, and keeps none.
+  // Owned: a sequence may make its entries when it is asked for them, as arrays do.
   for (const py::object entry : sequence) {
     if (!IsNumber(entry)) ThrowKind(attribute, wanted.c_str(), entry, function);
     numbers.push_back(ToDouble(entry));

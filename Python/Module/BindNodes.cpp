@@ -109,7 +109,9 @@ void BindNodes(py::module_& module) {
     }
     return names;
   });
-  module.def("load_library", [](const std::filesystem::path& file) { Catalog::Get().Load(file); });
+  module.def(
+      "load_library", [](const std::filesystem::path& file, bool is_trusted) { Catalog::Get().Load(file, is_trusted); },
+      py::arg("path"), py::arg("trust"));
 }
 
 }  // namespace ValuePython

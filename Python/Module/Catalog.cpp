@@ -2,6 +2,7 @@
 #include "Python/Module/Catalog.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <sstream>
 #include <system_error>
@@ -9,8 +10,12 @@
 #include <vector>
 
 #include "Host/Nodes/HostNodes.h"
+#include "Host/Util/Cancellation.h"
 #include "Host/Util/HostModule.h"
+#include "Host/Validation/Examination.h"
+#include "Host/Validation/ExaminedLibrary.h"
 #include "Python/Module/Errors.h"
+#include "Python/Module/Interruption.h"
 
 namespace py = pybind11;
 namespace fs = std::filesystem;
@@ -26,6 +31,35 @@ Status AddLibrary(NodeCatalog& catalog, const fs::path& file) {
   Status status;
   auto library = NodeLibrary::Load(file, status);
   if (library) status = catalog.AddLibrary(std::move(library));
+  return status;
+}
+
+/// The SHA-256 of a file's content in hexadecimal digits; empty where it cannot be read.
+std::string HashOf(const fs::path& file) {
+  try {
+    const py::object content = py::module_::import("io").attr("open")(py::bytes(file.string()), "rb");
+    const py::object hash = py::module_::import("hashlib").attr("file_digest")(content, "sha256").attr("hexdigest")();
+    content.attr("close")();
+    return hash.cast<std::string>();
+  } catch (const py::error_already_set& error) {
+    if (error.matches(PyExc_OSError)) return {};
+    throw;
+  }
+}
+
+/// Examines a library in a process of its own, unless one with the same content has passed before.
+Status Examine(const fs::path& file) {
+  std::error_code error;
+  // Loading says better what is wrong with what is no file.
+  if (!fs::is_regular_file(file, error)) return {};
+  const ScEng::ExaminedLibrary examined(HashOf(file));
+  if (examined.HasPassed()) return {};
+  ScEng::ExaminationOptions options;
+  options.library = file;
+  Status status;
+  Interruption interruption;
+  interruption.Run([&] { status = ScEng::ExamineLibrary(options); });
+  if (!status.IsError()) examined.NotePassed();
   return status;
 }
 
@@ -58,9 +92,8 @@ Catalog& Catalog::Get() {
   // Never destroyed: threads may evaluate nodes of its libraries until the process ends. The interpreter's lock guards
   // it, since the guard of a local static would be held while that lock is given away.
   static Catalog* catalog = nullptr;
-  if (catalog != nullptr) return *catalog;
-  catalog = new Catalog;
-  if (const char* const folders = std::getenv("VALUE_PLUGIN_PATH")) catalog->LoadFolders(folders);
+  if (catalog == nullptr) catalog = new Catalog;
+  if (catalog->folders_ != Folders::kLoaded) catalog->LoadFolders();
   return *catalog;
 }
 
@@ -71,20 +104,54 @@ Catalog::Catalog() {
   types_ = std::move(types);
 }
 
-void Catalog::LoadFolders(const std::string& folders) {
-  const auto types = std::make_shared<NodeCatalog>(*types_);
+void Catalog::LoadFolders() {
+  // A handler of a signal that comes while this thread loads them does with what there is.
+  if (folders_ == Folders::kLoading && loader_ == std::this_thread::get_id()) return;
+  while (folders_ == Folders::kLoading) {
+    Interruption interruption;
+    interruption.Run([] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      ScEng::PollCancellation();
+    });
+  }
+  if (folders_ == Folders::kLoaded) return;
+  const char* const folders = std::getenv("VALUE_PLUGIN_PATH");
+  folders_ = Folders::kLoading;
+  loader_ = std::this_thread::get_id();
   std::vector<std::string> notes;
+  try {
+    if (folders != nullptr) notes = AddFolders(folders);
+  } catch (...) {
+    // Ctrl-C, for example: the next call begins again.
+    folders_ = Folders::kNotLoaded;
+    throw;
+  }
+  folders_ = Folders::kLoaded;
+  Warn(notes);
+}
+
+std::vector<std::string> Catalog::AddFolders(const std::string& folders) {
+  std::vector<fs::path> passed;
+  std::vector<std::string> notes;
+  // One bad file in a shared folder does not stop all work.
+  const auto leave_out = [&](const Status& status) { notes.push_back(status.GetMessage() + "; it is left out"); };
   std::istringstream stream(folders);
   for (std::string folder; std::getline(stream, folder, ':');) {
     if (folder.empty()) continue;
     for (const fs::path& file : FindLibraries(folder)) {
-      const Status status = AddLibrary(*types, file);
-      // One bad file in a shared folder does not stop all work.
-      if (status.IsError()) notes.push_back(status.GetMessage() + "; it is left out");
+      const Status status = Examine(file);
+      if (status.IsError()) leave_out(status);
+      if (!status.IsError()) passed.push_back(file);
     }
   }
-  types_ = types;
-  Warn(notes);
+  // Only now, as a handler of a signal may have added types in the meantime.
+  const auto types = std::make_shared<NodeCatalog>(*types_);
+  for (const fs::path& file : passed) {
+    const Status status = AddLibrary(*types, file);
+    if (status.IsError()) leave_out(status);
+  }
+  Exchange(types);
+  return notes;
 }
 
 const NodeInterface& Catalog::Find(const std::string& written) const {
@@ -94,9 +161,11 @@ const NodeInterface& Catalog::Find(const std::string& written) const {
                         (closest.empty() ? "; valuenodes.nodes() lists them" : "; the closest is \"" + closest + "\""));
 }
 
-void Catalog::Load(const fs::path& file) {
+void Catalog::Load(const fs::path& file, bool is_trusted) {
+  Status status = is_trusted ? Status() : Examine(file);
+  if (status.IsError()) ThrowValueNodesError(status.GetMessage());
   const auto types = std::make_shared<NodeCatalog>(*types_);
-  const Status status = AddLibrary(*types, file);
+  status = AddLibrary(*types, file);
   if (status.IsError()) ThrowValueNodesError(status.GetMessage());
   Exchange(types);
 }

@@ -2,11 +2,8 @@
 #include "Python/Module/GraphObject.h"
 
 #include <algorithm>
-#include <unordered_map>
-#include <unordered_set>
 
 #include "Host/Documents/DocumentEdits.h"
-#include "Host/Documents/GraphPicture.h"
 #include "Host/Documents/NodeIds.h"
 #include "Host/Util/ClosestName.h"
 #include "Python/Module/AttributeValue.h"
@@ -14,19 +11,11 @@
 #include "Python/Module/Errors.h"
 #include "Python/Module/GraphUse.h"
 #include "Python/Module/Interruption.h"
-#include "Python/Module/LogBridge.h"
-#include "Python/Module/Samples.h"
 
 namespace py = pybind11;
 
 namespace ValuePython {
 namespace {
-
-std::string Quote(const std::string& name) { return "\"" + ScEng::MakeLine(name, 80) + "\""; }
-
-void Require(const ScEng::Status& status) {
-  if (status.IsError()) throw py::value_error(status.GetMessage());
-}
 
 std::unique_ptr<ScEng::GraphDocument> MakeDocument() {
   return std::make_unique<ScEng::GraphDocument>(Catalog::Get().GetTypes());
@@ -269,165 +258,6 @@ void GraphObject::RemoveOutputs(const std::string& plug) {
 std::vector<ScEng::DocumentOutput> GraphObject::ListOutputs() {
   const Use use(*this);
   return document_->GetOutputs();
-}
-
-// ---- Evaluation ----
-
-ScEng::Findings GraphObject::Check() {
-  const Use use(*this);
-  ScEng::Findings findings;
-  Interruption interruption;
-  interruption.Run([&] {
-    document_->CheckComplete(findings);
-    document_->CheckOutputs(findings);
-    if (findings.errors.empty()) document_->Advise(findings);
-  });
-  return findings;
-}
-
-/// The images that stand in for outputs during one evaluation.
-class GraphObject::Sources {
- public:
-  Sources(ScEng::GraphDocument& document) : document_(document) {}
-  ~Sources() {
-    for (const std::string& plug : plugs_) document_.SetSource(plug, {});
-  }
-  Sources(const Sources&) = delete;
-  Sources& operator=(const Sources&) = delete;
-
-  void Set(const std::string& plug, const SharedImage& image) {
-    Require(document_.SetSource(plug, image.Lend()));
-    plugs_.push_back(plug);
-  }
-
- private:
-  ScEng::GraphDocument& document_;
-  std::vector<std::string> plugs_;
-};
-
-std::string GraphObject::FindSource(const std::string& name) const {
-  if (!document_->HasId(name)) return name;
-  const Node& node = FindNode(name);
-  std::vector<std::string> outputs;
-  for (const PlugRecord& plug : node.GetOutplugs()) {
-    if (plug.type == PlugType::kImage) outputs.push_back(name + "." + plug.name);
-  }
-  if (outputs.size() == 1) return outputs.front();
-  std::string list;
-  for (const std::string& output : outputs) list += (list.empty() ? "" : ", ") + Quote(output);
-  throw py::value_error("node " + Quote(name) +
-                        (outputs.empty() ? " has no image output" : " has several image outputs; name one of " + list));
-}
-
-GraphObject::SharedImagePtr GraphObject::Evaluate(const std::string& written, const Inputs& inputs,
-                                                  const py::object& progress, bool keep) {
-  const Use use(*this);
-  const std::string plug = FindSource(written);
-  const std::string id = plug.substr(0, plug.rfind('.'));
-  // Refused in the document's words where it is no image output. A node of unknown type is an error of its own.
-  if (!document_->IsPlaceholder(id)) Require(document_->SetSource(plug, {}));
-  Sources sources(*document_);
-  for (const auto& [name, image] : inputs) sources.Set(FindSource(name), *image);
-
-  ScEng::RunReport report;
-  ImagePtr image;
-  Interruption interruption;
-  Engine::Options options;
-  // Results of images that are gone after this call are of no further use.
-  options.release_results = !keep || !inputs.empty();
-  options.cancellation = &interruption.GetCancellation();
-  options.on_evaluated = TellProgress(progress, interruption);
-  interruption.Run([&] { image = document_->Evaluate(plug, report, options); });
-  DeliverLog();
-  const std::vector<const Node*> nodes = FindSources(id);
-  if (!image) ThrowFailure(report, nodes, py::none());
-  for (const Node* const node : nodes) {
-    if (!node->IsInError()) WarnLines(node->GetStateMessage());
-  }
-  // An image that only this function has is taken as it is.
-  if (image->GetRefCount() == 1 && !FindOwner(*image)) {
-    return std::make_shared<SharedImage>(SharedImage::Take(std::move(image)));
-  }
-  std::optional<SharedImage> kept;
-  interruption.Run([&] { kept = SharedImage::Keep(*image); });
-  return std::make_shared<SharedImage>(std::move(*kept));
-}
-
-py::list GraphObject::Run(const py::object& progress) {
-  const Use use(*this);
-  ScEng::Findings findings;
-  document_->CheckComplete(findings);
-  if (!findings.errors.empty()) ThrowDocumentError(findings.errors);
-
-  ScEng::RunReport report;
-  Interruption interruption;
-  Engine::Options options;
-  options.cancellation = &interruption.GetCancellation();
-  options.on_evaluated = TellProgress(progress, interruption);
-  interruption.Run([&] { report = document_->Run(nullptr, options); });
-  DeliverLog();
-  py::list written;
-  for (const ScEng::WrittenFile& file : report.written) {
-    written.append(py::make_tuple(file.file.string(), std::pair(file.header.size_x, file.header.size_y),
-                                  ScEng::GetName(file.type)));
-  }
-  if (!report.findings.errors.empty()) {
-    std::vector<const Node*> nodes;
-    for (const std::string& id : document_->GetIds()) nodes.push_back(document_->FindNode(id));
-    ThrowFailure(report, nodes, written);
-  }
-  Warn(report.findings.notes);
-  return written;
-}
-
-std::string GraphObject::DrawSvg() {
-  const Use use(*this);
-  std::string svg;
-  ScEng::Status status;
-  Interruption interruption;
-  interruption.Run([&] {
-    ScEng::Findings findings;
-    document_->CheckComplete(findings);
-    document_->CheckOutputs(findings);
-    status = ScEng::DrawSvg(*document_, findings.errors, svg);
-  });
-  if (status.IsError()) ThrowValueNodesError(status.GetMessage());
-  return svg;
-}
-
-std::vector<const Node*> GraphObject::FindSources(const std::string& id) const {
-  std::unordered_map<std::string, std::vector<std::string>> before;
-  for (const ScEng::DocumentConnection& connection : document_->GetConnections()) {
-    before[connection.to.substr(0, connection.to.rfind('.'))].push_back(
-        connection.from.substr(0, connection.from.rfind('.')));
-  }
-  std::vector<const Node*> nodes;
-  std::vector<std::string> pending{id};
-  std::unordered_set<std::string> seen{id};
-  while (!pending.empty()) {
-    const std::string next = std::move(pending.back());
-    pending.pop_back();
-    if (const Node* const node = document_->FindNode(next)) nodes.push_back(node);
-    for (const std::string& source : before[next]) {
-      if (seen.insert(source).second) pending.push_back(source);
-    }
-  }
-  return nodes;
-}
-
-void GraphObject::ThrowFailure(const ScEng::RunReport& report, const std::vector<const Node*>& nodes,
-                               const py::object& written) const {
-  const bool is_of_file = report.failure == ScEng::RunFailure::kFile;
-  std::string message = report.findings.errors.empty() ? "there is no image" : report.findings.errors.front();
-  const Node* failed = nullptr;
-  for (const Node* const node : nodes) {
-    if (node == nullptr || !node->IsInError()) continue;
-    const bool is_file_error = node->GetState() == Node::State::kFileError;
-    if (failed == nullptr && (is_file_error || !is_of_file)) failed = node;
-  }
-  // The whole message: a node in Python says where it failed in further lines.
-  if (failed != nullptr) message = "node " + Quote(failed->GetLabel()) + ": " + failed->GetStateMessage();
-  ThrowRunError(is_of_file, message, report.findings.errors, written);
 }
 
 std::string GraphObject::Describe() const {

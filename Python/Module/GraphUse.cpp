@@ -24,6 +24,12 @@ GraphObject::Use::Use(GraphObject& graph) : graph_(graph) {
   }
 }
 
+void Require(const ScEng::Status& status) {
+  if (status.IsError()) throw py::value_error(status.GetMessage());
+}
+
+std::string Quote(const std::string& name) { return "\"" + ScEng::MakeLine(name, 80) + "\""; }
+
 std::function<void(Node& node, std::size_t done, std::size_t total)> TellProgress(const py::object& function,
                                                                                   Interruption& interruption) {
   if (function.is_none()) return nullptr;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <string>
 
 #include "Python/Module/GraphObject.h"
 #include "Python/Module/Interruption.h"
@@ -22,6 +23,11 @@ class GraphObject::Use {
  private:
   GraphObject& graph_;
 };
+
+/// A ValueError where the document has refused something.
+void Require(const ScEng::Status& status);
+/// A name as messages show it.
+std::string Quote(const std::string& name);
 
 /// What tells a function of Python, or nobody for None, how far an evaluation is; an exception of it stops the
 /// evaluation. Both outlive what this answers.

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Host/Util/Forks.h"
 #include "Host/Util/Log.h"
 #include "Host/Util/LogOutput.h"
 
@@ -46,6 +47,8 @@ class WaitingLines {
   }
 
  private:
+  WaitingLines() { ScEng::HoldWhileForking(mutex_); }
+
   static constexpr std::size_t kMost = 10000;
 
   std::mutex mutex_;

@@ -56,6 +56,7 @@ MetadataValue FromObject(py::handle object) {
     return OpaqueValue{object["type"].cast<std::string>(), FromBytes(object["bytes"])};
   }
   const auto sequence = py::reinterpret_borrow<py::sequence>(object);
+  // Owned: a sequence may make its entries when it is asked for them, as arrays do.
   for (const py::object entry : sequence) {
     if (!py::isinstance<py::int_>(entry)) return object.cast<std::vector<double>>();
   }

@@ -59,6 +59,18 @@ struct NodeFunction::Work {
   // By attribute; null for the default.
   std::vector<py::handle> attributes;
 
+  /// Whether there are images, and none of them has a pixel: nodes that take many leave such images out.
+  [[nodiscard]] bool HasNoPixels() const {
+    bool has_image = false;
+    for (const auto& of_input : images) {
+      for (const SharedImagePtr& image : of_input) {
+        if (image->GetNumSamples() > 0) return false;
+        has_image = true;
+      }
+    }
+    return has_image;
+  }
+
   /// An output that is an input, handed on as it is, has the samples of that.
   [[nodiscard]] SharedImagePtr TakeImage(ImagePtr image, const InputImages& lent) const {
     for (std::size_t i = 0; i < lent.size(); ++i) {
@@ -126,6 +138,9 @@ py::object NodeFunction::Call(const py::args& given, const py::kwargs& attribute
     } else {
       outputs.push_back(ToPython(node.GetOutputValue(i)));
     }
+  }
+  if (outputs.size() == 1 && outputs.front().is_none()) {
+    ThrowNodeError(name_ + ": there is no result" + (work.HasNoPixels() ? ", as no image has any pixels" : ""));
   }
   return MakeResult(outputs);
 }
@@ -242,7 +257,6 @@ py::object NodeFunction::MakeResult(const std::vector<py::object>& outputs) cons
     for (std::size_t i = 0; i < outputs.size(); ++i) values[i] = outputs[i];
     return result_(*values);
   }
-  if (outputs.front().is_none()) ThrowNodeError(name_ + ": there is no result");
   return outputs.front();
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Host/Util/Forks.h"
 #include "Python/Module/InterpreterLock.h"
 
 namespace ValuePython {
@@ -29,6 +30,8 @@ class LeftObjects {
   }
 
  private:
+  LeftObjects() { ScEng::HoldWhileForking(mutex_); }
+
   static int Release(void*) {
     std::vector<PyObject*> objects;
     {

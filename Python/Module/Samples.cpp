@@ -4,6 +4,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "Host/Util/Forks.h"
+
 namespace ValuePython {
 namespace {
 
@@ -39,6 +41,8 @@ class Lendings {
   }
 
  private:
+  Lendings() { ScEng::HoldWhileForking(mutex_); }
+
   std::mutex mutex_;
   std::unordered_multimap<const float*, Samples> owners_;
 };

@@ -231,7 +231,7 @@ def main(folder, texts):
     nodes = [module.describe_node(name) for name in module.list_nodes()]
     source = [HEADER + GENERATED, "from collections import namedtuple\n", "from ._nodes import node_function\n"]
     stub = [HEADER, "import os\nfrom typing import Literal, NamedTuple\n"]
-    stub += ["from ._valuenodes import Image, _ImageLike\n"]
+    stub += ["from ._valuenodes import Image, _ImageLike  # pyright: ignore[reportPrivateUsage]\n"]
     names = []
     for node in nodes:
         if not node["library"]:

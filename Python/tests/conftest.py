@@ -7,6 +7,8 @@ from hypothesis import settings
 
 # The same examples in every run, and no limit of time: the machine may be busy.
 settings.register_profile("value", derandomize=True, deadline=None, max_examples=40, database=None)
+# Other examples in every run, and many: pytest --hypothesis-profile=thorough
+settings.register_profile("thorough", deadline=None, max_examples=2000, database=None)
 settings.load_profile("value")
 
 
@@ -33,3 +35,12 @@ def misaligned(array, offset=4):
 def same(one, other):
     """Equal sample for sample, NaN being equal to NaN and -0.0 to 0.0."""
     return np.array_equal(np.asarray(one), np.asarray(other), equal_nan=True)
+
+
+def identical(one, other):
+    """The same single-precision samples to the bit, -0.0 and 0.0 being two; any NaN is any other."""
+    one, other = np.asarray(one), np.asarray(other)
+    if one.dtype != np.float32 or other.dtype != np.float32 or one.shape != other.shape:
+        return False
+    bits = one.ravel().view(np.uint32) == other.ravel().view(np.uint32)
+    return bool(np.all(bits | (np.isnan(one) & np.isnan(other)).ravel()))

@@ -46,8 +46,9 @@ def test_examples_in_the_documentation_run():
     runner = doctest.DocTestRunner()
     for name in ["", *vn.__all__]:
         one = getattr(vn, name) if name else vn
-        for test in finder.find(one, name or "valuenodes", globs={"__name__": "example"}):
-            runner.run(test)
+        for part in inspect.getmro(one) if inspect.isclass(one) else [one]:
+            for test in finder.find(part, name or "valuenodes", globs={"__name__": "example"}):
+                runner.run(test)
     assert runner.tries > 80 and runner.failures == 0
 
 

@@ -136,6 +136,13 @@ def test_lists_make_images_but_no_inputs():
         vn.add([[1, 2], [3, 4]])
 
 
+def test_numbers_of_metadata_come_as_any_sequence():
+    # An array makes its entries when it is asked for them.
+    for numbers in ((1.5, 2.0), [1.5, 2.0], np.array([1.5, 2.0]), np.array([1.5, 2.0], np.float16)):
+        image = vn.Image(np.zeros((1, 1))).replace(metadata={"entries": {"Weights": numbers}})
+        assert image.metadata["entries"]["Weights"] == (1.5, 2.0)
+
+
 def test_header_is_as_it_was_given():
     image = vn.Image(np.zeros((2, 3)), pin=(-5, 7), pivot=(0.5, 0.25), range=(-2, 9), outside=np.inf)
     assert (image.pin, image.pivot, image.range) == ((-5, 7), (0.5, 0.25), (-2, 9))

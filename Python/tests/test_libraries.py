@@ -20,7 +20,14 @@ def run(code, **environment):
         capture_output=True,
         text=True,
         env={**os.environ, **environment},
+        timeout=120,
     )
+
+
+@pytest.fixture(autouse=True)
+def nothing_is_remembered(tmp_path, monkeypatch):
+    """Every library is examined."""
+    monkeypatch.setenv("XDG_CACHE_HOME", str(tmp_path / "cache"))
 
 
 def load(name):
@@ -52,6 +59,81 @@ def test_node_that_keeps_its_result_does_not_share_it():
         "print('fine')"
     )
     assert (answer.returncode, answer.stdout) == (0, "fine\n"), answer.stderr
+
+
+HARMFUL = {
+    "CrashesOnLoad.so": "the process was ended by signal .* while loading it; a library must never end its host",
+    "CrashesOnUnload.so": "the process was ended by signal",
+    "LoadExits.so": "the process ended with exit code",
+    "LoadPrints.so": "it writes to standard output",
+    "LoadChangesLocale.so": "after loading it",
+    "NodeEnds.so": "the process ended with exit code",
+}
+
+
+@pytest.mark.parametrize("name", HARMFUL)
+def test_harmful_library_is_refused(name):
+    known = vn.nodes()
+    with pytest.raises(vn.ValueNodesError, match=f"{name}.*{HARMFUL[name]}"):
+        vn.load_library(LIBRARIES / name)
+    assert vn.nodes() == known
+
+
+def test_trusted_library_is_not_examined():
+    library = str(LIBRARIES / "LoadPrints.so")
+    answer = run(f"vn.load_library({library!r}, trust=True)\nprint(len(vn.doctor()['libraries']))")
+    assert answer.returncode == 0, answer.stderr
+    assert answer.stdout.endswith("2\n")
+
+
+def test_what_has_passed_is_remembered(tmp_path):
+    # Both times as a file of its own: the content counts.
+    for name in ("One.so", "Two.so"):
+        copy = tmp_path / name
+        copy.write_bytes((LIBRARIES / "KeepsInput.so").read_bytes())
+        answer = run(f"vn.load_library({str(copy)!r})")
+        assert (answer.returncode, answer.stderr) == (0, "")
+        assert len(list((tmp_path / "cache" / "value" / "plugins").iterdir())) == 1
+    answer = run(f"vn.load_library({str(LIBRARIES / 'CrashesOnLoad.so')!r})")
+    assert "CrashesOnLoad.so" in answer.stderr
+    assert len(list((tmp_path / "cache" / "value" / "plugins").iterdir())) == 1
+
+
+def test_ctrl_c_stops_an_examination(tmp_path):
+    """The next call begins again, with the same libraries."""
+    hanging = tmp_path / "libraries"
+    hanging.mkdir()
+    (hanging / "Hangs.so").symlink_to(LIBRARIES / "LoadHangs.so")
+    answer = run(
+        "import os, signal, threading, time\n"
+        "threading.Timer(0.5, os.kill, (os.getpid(), signal.SIGINT)).start()\n"
+        "begin = time.perf_counter()\n"
+        "try:\n"
+        "    vn.nodes()\n"
+        "except KeyboardInterrupt:\n"
+        "    print('stopped', time.perf_counter() - begin < 5)\n"
+        "os.environ['VALUE_PLUGIN_PATH'] = ''\n"
+        "print(np.asarray(vn.add(np.ones((1, 1), np.float32), 1)))",
+        VALUE_PLUGIN_PATH=str(hanging),
+    )
+    assert answer.stdout == "stopped True\n[[2.]]\n", answer.stderr
+
+
+def test_threads_wait_for_the_libraries_of_folders(tmp_path):
+    (tmp_path / "Good.so").symlink_to(LIBRARIES / "KeepsInput.so")
+    (tmp_path / "Harmful.so").symlink_to(LIBRARIES / "CrashesOnLoad.so")
+    answer = run(
+        "import concurrent.futures, threading\n"
+        "start = threading.Barrier(8)\n"
+        "def count(_):\n"
+        "    start.wait()\n"
+        "    return len(vn.nodes())\n"
+        "with concurrent.futures.ThreadPoolExecutor(8) as pool:\n"
+        "    print(len(set(pool.map(count, range(8)))))",
+        VALUE_PLUGIN_PATH=str(tmp_path),
+    )
+    assert answer.stdout == "1\n", answer.stderr
+    assert answer.stderr.count("Harmful.so") == 1 and "it is left out" in answer.stderr
 
 
 @pytest.mark.parametrize("name", ["ExportsNothing.so", "none.so"])

@@ -2,7 +2,6 @@
 """Many threads, interruptions and other processes."""
 
 import concurrent.futures
-import multiprocessing
 import os
 import signal
 import subprocess
@@ -165,19 +164,6 @@ def test_exception_of_a_handler_reaches_the_caller():
         signal.signal(signal.SIGALRM, before)
 
 
-def square(image):
-    return vn.multiply(image, image)
-
-
-@pytest.mark.parametrize("method", ["fork", "spawn"])
-def test_other_processes_take_and_give_images(method):
-    arrays = [np.full((300, 400), number, np.float32) for number in range(4)]
-    vn.add(*arrays)
-    with multiprocessing.get_context(method).Pool(2) as pool:
-        results = pool.map(square, [vn.Image(array) for array in arrays])
-    assert all(same(result, array * array) for result, array in zip(results, arrays, strict=True))
-
-
 @pytest.mark.parametrize("radius", [1, 20, 200])
 def test_process_may_end_while_threads_compute(radius):
     code = f"""
@@ -203,3 +189,97 @@ vn.relief(large, radius=10)
     for _ in range(3):
         ended = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=120)
         assert (ended.returncode, ended.stderr) == (0, "")
+
+
+RUN_INTERRUPTED = """
+import os, pathlib, signal, sys, threading, time
+import numpy as np
+import valuenodes as vn
+
+folder = pathlib.Path(sys.argv[1])
+graph = vn.Graph()
+graph.add("Image Terrain", "height", frame=(0, 0, 2048, 2048))
+for name in ("first", "second"):
+    graph.add("Relief", name, radius=60 if name == "first" else 200)
+    graph.connect("height.image", name + ".image")
+    graph.add_output(name + ".image", folder / (name + ".exr"))
+told = []
+
+def progress(id, done, total):
+    told.append(id)
+    if len(told) == 1:
+        threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
+
+try:
+    graph.run(progress)
+    print("done")
+except KeyboardInterrupt:
+    print("interrupted")
+for file in folder.iterdir():
+    # What is there is whole.
+    assert vn.read(file).size == (2048, 2048), file
+graph.set("height.frame", (0, 0, 16, 16))
+for name in ("first", "second"):
+    graph.set(name + ".radius", 1)
+print(len(graph.run()))
+"""
+
+
+def test_ctrl_c_stops_a_run_and_leaves_nothing_half_written(tmp_path):
+    answer = subprocess.run(
+        [sys.executable, "-c", RUN_INTERRUPTED, str(tmp_path)], capture_output=True, text=True, timeout=120
+    )
+    assert answer.stdout == "interrupted\n2\n", answer.stderr
+    assert sorted(file.name for file in tmp_path.iterdir()) == ["first.exr", "second.exr"]
+
+
+@pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt, SystemExit])
+def test_exceptions_of_progress_stop_a_run(error, tmp_path):
+    graph = vn.Graph()
+    graph.add("Image Waves", "waves", frame=(0, 0, 8, 8))
+    graph.add("Value Add", "sum")
+    graph.connect("waves.image", "sum.image")
+    graph.add_output("sum.image", tmp_path / "sum.exr")
+
+    def progress(id, done, total):
+        raise error(id)
+
+    with pytest.raises(error, match="waves"):
+        graph.run(progress)
+    assert list(tmp_path.iterdir()) == []
+    assert len(graph.run()) == 1
+
+
+THREADS_INTERRUPTED = """
+import os, signal, threading, time
+import numpy as np
+import valuenodes as vn
+
+image = vn.Image(np.random.default_rng(1).random((512, 512), dtype=np.float32))
+expected = vn.relief(image, radius=30)
+results = []
+begun = threading.Barrier(4)
+
+def work():
+    begun.wait()
+    results.append(vn.relief(image, radius=30) == expected)
+
+threads = [threading.Thread(target=work) for _ in range(3)]
+for thread in threads:
+    thread.start()
+begun.wait()
+try:
+    threading.Timer(0.05, os.kill, (os.getpid(), signal.SIGINT)).start()
+    while True:
+        vn.relief(image, radius=100)
+except KeyboardInterrupt:
+    print("interrupted")
+for thread in threads:
+    thread.join()
+print(results)
+"""
+
+
+def test_ctrl_c_stops_the_main_thread_alone():
+    answer = subprocess.run([sys.executable, "-c", THREADS_INTERRUPTED], capture_output=True, text=True, timeout=120)
+    assert answer.stdout == "interrupted\n[True, True, True]\n", answer.stderr

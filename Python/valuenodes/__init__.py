@@ -11,6 +11,8 @@ array([[0.25, 0.25, 0.25],
        [0.25, 0.25, 0.25]], dtype=float32)
 """
 
+from . import _interpreter
+
 try:
     from ._valuenodes import version as __version__
 except ImportError as _error:
@@ -24,7 +26,8 @@ from ._image import Image
 from . import _functions
 from ._functions import *
 from ._files import write
-from ._graph import Connection, Findings, Graph, Output, WrittenFile
+from ._graph import Graph
+from ._graph_records import Connection, Findings, Output, WrittenFile
 from ._nodes import apply, describe, nodes
 from ._settings import colormaps, doctor, load_library, set_max_size, set_threads
 

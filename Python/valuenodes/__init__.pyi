@@ -9,10 +9,10 @@ from ._errors import (
 )
 from ._files import write as write
 from ._functions import *
-from ._graph import (
+from ._graph import Graph as Graph
+from ._graph_records import (
     Connection as Connection,
     Findings as Findings,
-    Graph as Graph,
     Output as Output,
     WrittenFile as WrittenFile,
 )

@@ -1,7 +1,7 @@
 import os
 from typing import Literal
 
-from ._valuenodes import _ImageLike
+from ._valuenodes import _ImageLike  # pyright: ignore[reportPrivateUsage]
 
 def write(
     path: str | os.PathLike[str],

@@ -1,41 +1,15 @@
 import os
 from collections.abc import Callable, Mapping
-from typing import Any, ClassVar, Literal, NamedTuple, Self, TypeAlias
+from typing import Any, ClassVar, Self, TypeAlias
 
-from ._valuenodes import Image, _ImageLike
+from ._graph_editing import GraphEditing
+from ._graph_records import Findings, WrittenFile
+from ._valuenodes import Image, _ImageLike  # pyright: ignore[reportPrivateUsage]
 
 _Progress: TypeAlias = Callable[[str, int, int], object]
-_NodeType: TypeAlias = str | tuple[int, int, int] | list[int] | type
 
-class Connection(NamedTuple):
-    source: str
-    target: str
-    index: int  # type: ignore[assignment]
-
-class Output(NamedTuple):
-    source: str
-    path: str
-    type: str
-    samples: str
-    opacity: str
-    metadata: str
-    layer: str
-
-class WrittenFile(NamedTuple):
-    path: str
-    size: tuple[int, int]
-    type: str
-
-class Findings(NamedTuple):
-    problems: tuple[str, ...]
-    notes: tuple[str, ...]
-    @property
-    def is_valid(self) -> bool: ...
-
-def type_name(node_type: _NodeType, function: str) -> str: ...
-
-class Graph:
-    __slots__ = ("_document", "__weakref__")
+class Graph(GraphEditing):
+    __slots__ = ("__weakref__",)
     __hash__: ClassVar[None]  # type: ignore[assignment]
     def __init__(self) -> None: ...
     @classmethod
@@ -46,33 +20,6 @@ class Graph:
     def from_dict(
         cls, document: dict[str, Any], *, folder: str | os.PathLike[str] = "", keep_unknown: bool = False
     ) -> Self: ...
-    def add(self, type: _NodeType, id: str | None = None, **attributes: Any) -> str: ...
-    def remove(self, id: str) -> None: ...
-    def rename(self, id: str, now: str) -> None: ...
-    def set_enabled(self, id: str, enabled: bool) -> None: ...
-    def is_enabled(self, id: str) -> bool: ...
-    @property
-    def nodes(self) -> dict[str, str | None]: ...
-    def connect(self, source: str, target: str, index: int = 0) -> None: ...
-    def disconnect(self, source: str, target: str, index: int = 0) -> None: ...
-    @property
-    def connections(self) -> list[Connection]: ...
-    def set(self, attribute: str, value: Any) -> None: ...
-    def get(self, attribute: str) -> Any: ...
-    def add_output(
-        self,
-        source: str,
-        path: str | os.PathLike[str],
-        type: Literal["", "auto", "float", "half", "uint16", "uint8", "int16"] = "",
-        *,
-        samples: Literal["", "unit", "stored"] = "",
-        opacity: Literal["", "auto", "keep", "drop"] = "",
-        metadata: Literal["", "keep", "strip"] = "",
-        layer: str = "",
-    ) -> None: ...
-    def remove_output(self, source: str) -> None: ...
-    @property
-    def outputs(self) -> list[Output]: ...
     def check(self) -> Findings: ...
     def evaluate(
         self,

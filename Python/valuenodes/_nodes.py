@@ -3,7 +3,7 @@
 
 import functools
 
-from ._graph import type_name
+from ._graph_arguments import type_name
 from ._valuenodes import NodeFunction, describe_node, list_nodes
 
 _applied = {}

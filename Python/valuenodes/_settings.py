@@ -44,20 +44,30 @@ def set_max_size(columns, rows=None):
     _valuenodes.set_max_size(columns, columns if rows is None else rows)
 
 
-def load_library(path):
+def load_library(path, *, trust=False):
     """Loads a node library; `apply` then takes its node types.
+
+    A process of its own examines it first, unless a file with the same content has passed before: a library that
+    crashes, hangs, ends the process or prints is refused.
 
     Parameters
     ----------
     path : str or os.PathLike
         The file. Its code runs in this process: load only what you trust.
+    trust : bool, default False
+        Leaves out the examination.
+
+    Raises
+    ------
+    ValueNodesError
+        It cannot be loaded, or has not passed.
 
     Examples
     --------
     >>> import valuenodes as vn
     >>> vn.load_library("/opt/nodes/HelloNode.so")  # doctest: +SKIP
     """
-    _valuenodes.load_library(os.fspath(path))
+    _valuenodes.load_library(os.fspath(path), bool(trust))
 
 
 def colormaps():

@@ -162,7 +162,7 @@ Samples RunFunction(const Image& image, const AttributeValues& attributes) {
       {"log10", [&](float v) { return logarithm(v) * Constants::INV_LN_10; }},
       {"exponential", InDouble([](double x) { return std::exp(x); })},
       {"square_root", InDouble([](double x) { return std::sqrt(x); })},
-      {"cubic_root", [](float v) { return std::cbrt(v); }},
+      {"cubic_root", InDouble([](double x) { return std::cbrt(x); })},
       {"deg_to_rad", [](float v) { return v * Constants::DEG_TO_RAD; }},
       {"rad_to_deg", [](float v) { return v * Constants::RAD_TO_DEG; }},
   };

@@ -123,6 +123,7 @@ class Packages(unittest.TestCase):
                 rf".*/libHostFiles\.so\.{series}", rf".*/libHostWidgets\.so\.{series}\.\d+",
                 r".*/value/libHostCodecExr\.so", r".*/value/libHostCodecRasters\.so",
                 r".*/value/libHostResources\.so", r"usr/libexec/value/value-decoder",
+                r"usr/libexec/value/value-examiner",
             ],
             "libvaluehost-dev": [
                 r".*/libHostFiles\.so", r".*/ValueHostConfig\.cmake", r".*/pkgconfig/valuehost\.pc",

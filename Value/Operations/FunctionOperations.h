@@ -45,8 +45,9 @@ FUNCTION(Log10ValueOperation, static_cast<float>(std::log(static_cast<double>(va
 DOUBLE_FUNCTION(ExponentialValueOperation, std::exp);
 /// NaN for a negative number.
 DOUBLE_FUNCTION(SquareRootValueOperation, std::sqrt);
-/// In single precision; defined for negative numbers.
-FUNCTION(CubicRootValueOperation, std::cbrt(value));
+/// Defined for negative numbers. The float nearest to the root, for every float: what C libraries compute in single
+/// precision differs from one to the other.
+DOUBLE_FUNCTION(CubicRootValueOperation, std::cbrt);
 FUNCTION(DegToRadValueOperation, ScEng::Math<float>::DEG_TO_RAD* value);
 FUNCTION(RadToDegValueOperation, ScEng::Math<float>::RAD_TO_DEG* value);
 

@@ -258,6 +258,11 @@ TEST(CubicRootValueOperation, IsDefinedForNegativeNumbers) {
                                           {kNan, kNan}});
 }
 
+TEST(CubicRootValueOperation, IsTheNearestFloat) {
+  // The root of 229 is 6.11803317…; the floats beside it are 6.11803293… and 6.11803340…, which is nearer.
+  ExpectResults<CubicRootValueOperation>({{229.0F, 6.1180334F}, {-229.0F, -6.1180334F}});
+}
+
 TEST(DegToRadValueOperation, TurnsDegreesIntoRadians) {
   ExpectResults<DegToRadValueOperation>({{180.0F, kPi},
                                          {-90.0F, -kHalfPi},

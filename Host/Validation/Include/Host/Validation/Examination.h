@@ -13,7 +13,7 @@ namespace ScEng {
 
 struct ExaminationOptions {
   std::filesystem::path library;
-  /// As in `ValidationOptions`.
+  /// As in `ValidationOptions`; empty for the program that comes with the host.
   std::vector<std::string> child_command;
   /// How long all of it may take.
   std::chrono::milliseconds timeout{10000};
@@ -25,6 +25,8 @@ struct ExaminationOptions {
 /// line that names the file, where the library cannot be loaded or breaks the rules of its catalogue, crashes, hangs,
 /// ends the process, prints to standard output, or changes what all parts of a process share: the floating-point mode,
 /// descriptors, the working directory, handlers of signals, the locale, the mask of new files.
+///
+/// Throws `Canceled` where the evaluation that this thread works for is asked to stop.
 HOST_VALIDATION_API Status ExamineLibrary(const ExaminationOptions& options);
 
 }  // namespace ScEng

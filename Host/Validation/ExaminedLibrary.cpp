@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Apps/Value/ExaminedPlugins.h"
+#include "Host/Validation/ExaminedLibrary.h"
 
-#include <QCryptographicHash>
-#include <QFile>
-#include <QString>
 #include <cstdlib>
 #include <system_error>
 
 #include "Host/Files/ImageFile.h"
 
+namespace ScEng {
 namespace {
 
 namespace fs = std::filesystem;
@@ -23,31 +21,24 @@ fs::path FindCacheFolder() {
   return fs::path(home) / ".cache" / "value" / "plugins";
 }
 
-/// The SHA-256 of a file's content in hexadecimal digits; empty where it cannot be read.
-std::string HashOf(const fs::path& file) {
-  QFile content(QString::fromStdString(file.string()));
-  QCryptographicHash hash(QCryptographicHash::Sha256);
-  if (!content.open(QIODevice::ReadOnly) || !hash.addData(&content)) return {};
-  return hash.result().toHex().toStdString();
-}
-
 }  // namespace
 
-ExaminedPlugins::ExaminedPlugins(const fs::path& library) {
+ExaminedLibrary::ExaminedLibrary(const std::string& hash) {
   const fs::path folder = FindCacheFolder();
-  const std::string hash = folder.empty() ? std::string() : HashOf(library);
-  if (!hash.empty()) record_ = folder / (hash + "-" VALUE_VERSION);
+  if (!folder.empty() && !hash.empty()) record_ = folder / (hash + "-" VALUE_VERSION);
 }
 
-bool ExaminedPlugins::HasPassed() const {
+bool ExaminedLibrary::HasPassed() const {
   std::error_code error;
   return !record_.empty() && fs::is_regular_file(record_, error);
 }
 
-void ExaminedPlugins::NotePassed() const {
+void ExaminedLibrary::NotePassed() const {
   if (record_.empty()) return;
   std::error_code error;
   fs::create_directories(record_.parent_path(), error);
   if (error) return;
-  static_cast<void>(ScEng::WriteWholeFile(record_, "passed\n"));
+  static_cast<void>(WriteWholeFile(record_, "passed\n"));
 }
+
+}  // namespace ScEng
