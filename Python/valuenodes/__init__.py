@@ -11,7 +11,6 @@ array([[0.25, 0.25, 0.25],
        [0.25, 0.25, 0.25]], dtype=float32)
 """
 
-from . import rows
 from ._classes import Node, register
 from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
 from ._valuenodes import Image, version as __version__
@@ -48,6 +47,19 @@ __all__ = [
     "write",
     *_functions.__all__,
 ]
+
+
+def __getattr__(name):
+    # Loaded when it is first used, with what it needs of Python.
+    if name != "rows":
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    import importlib
+
+    return importlib.import_module(".rows", __name__)
+
+
+def __dir__():
+    return sorted({*globals(), "rows"})
 
 
 def _to_png(self, *, range=None, colormap=None, size=None):

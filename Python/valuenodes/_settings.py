@@ -2,7 +2,6 @@
 """What holds for the whole process."""
 
 import os
-import platform
 import sys
 
 from . import _valuenodes
@@ -62,6 +61,8 @@ def doctor():
         "version", "python", "numpy", "module", "threads", "libraries", "codecs" and "devices". Where something is in the
         way of a codec or a device, its "problem" is not empty.
     """
+    import platform
+
     import numpy
 
     return {
