@@ -28,17 +28,18 @@ def octave(side, cells, generator):
     return rows[:, index] * (1 - part) + rows[:, index + 1] * part
 
 
+def make_terrain(side, lowest, generator):
+    """Heights from `lowest` to 1."""
+    heights = sum(octave(side, cells, generator) * 2 / cells for cells in (2, 4, 8, 16, 32, 64))
+    low, high = heights.min(), heights.max()
+    return ((heights - low) / (high - low) * (1 - lowest) + lowest).astype(F)
+
+
 def make_inputs(side):
-    """A terrain from 0.001 to 1 and one from 0.25 to 1, both in whole steps of 0.01 too, a terrain in eighths and a mask."""
+    """Terrains of 0.001 and 0.25 to 1, both in whole steps of 0.01 too, one in eighths, and a mask."""
     generator = np.random.default_rng(3)
-
-    def terrain(lowest):
-        heights = sum(octave(side, cells, generator) * 2 / cells for cells in (2, 4, 8, 16, 32, 64))
-        low, high = heights.min(), heights.max()
-        return ((heights - low) / (high - low) * (1 - lowest) + lowest).astype(F)
-
     # Not quite 0, of which there is no logarithm; b is a divisor.
-    a, b = terrain(0.001), terrain(0.25)
+    a, b = make_terrain(side, 0.001, generator), make_terrain(side, 0.25, generator)
     levels = np.floor(a * 8).astype(F) / F(8)
     return {
         "a": a, "b": b, "levels": levels, "mask": (a > 0.6).astype(F),

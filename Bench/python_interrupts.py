@@ -13,6 +13,9 @@ import sys
 import tempfile
 import time
 
+import numpy as np
+from peers_calls import make_terrain
+
 # By name: what is prepared, and what is called.
 CASES = {
     "a loop of Python itself": ("", "sum(range(1000))"),
@@ -58,31 +61,46 @@ CASES = {
     "to_png": ("", "image.to_png()"),
 }
 CALLER = """
-import sys, time
+import signal, sys, time
 import numpy as np
 import valuenodes as vn
 
-image = vn.Image(np.random.default_rng(1).random((4096, 4096), dtype=np.float32), range=(0, 1))
+# What runs in the background may have been told to ignore it.
+signal.signal(signal.SIGINT, signal.default_int_handler)
+image = vn.Image(np.load({terrain!r}), range=(0, 1))
 {prepare}
-try:
-    begun = time.monotonic()
-    {call}
-    print(time.monotonic() - begun, flush=True)
-    while True:
-        {call}
-except KeyboardInterrupt:
-    print(time.monotonic_ns(), flush=True)
+
+def call(image):
+    return {call}
+
+if "image" in {call!r}:
+    # What a device compiles, and what is loaded when it is first needed.
+    call(vn.Image(np.asarray(image)[:64, :64], range=(0, 1)))
 while True:
+    print("ready", flush=True)
     sys.stdin.readline()
     try:
         print("begun", flush=True)
+        begun = time.monotonic()
+        call(image)
+        print("whole", time.monotonic() - begun, flush=True)
         while True:
-            {call}
+            call(image)
     except KeyboardInterrupt:
-        print(time.monotonic_ns(), flush=True)
+        print("stopped", time.monotonic_ns(), flush=True)
 """
 # Longer calls are stopped within their first seconds.
 LONGEST = 3.0
+
+
+def read_until(process, word):
+    """The lines up to one that begins with a word, as lists of words."""
+    lines = []
+    for line in process.stdout:
+        lines.append(line.split())
+        if lines[-1][0] == word:
+            return lines
+    raise SystemExit(process.stderr.read())
 
 
 def processor_seconds(process):
@@ -91,31 +109,33 @@ def processor_seconds(process):
 
 
 def stop(process, seconds):
-    """Interrupts the process after so many seconds: what that took on the clock, and of the processors."""
+    """Interrupts the process so long after it has begun.
+
+    Answers what that took on the clock and of the processors, and the time of a whole call where one came to its end.
+    """
+    read_until(process, "ready")
+    process.stdin.write("\n")
+    process.stdin.flush()
+    read_until(process, "begun")
     time.sleep(seconds)
     used = processor_seconds(process)
     sent = time.monotonic_ns()
     process.send_signal(signal.SIGINT)
-    line = process.stdout.readline()
-    return (int(line) - sent) * 1e-9, processor_seconds(process) - used
+    lines = read_until(process, "stopped")
+    whole = float(lines[0][1]) if lines[0][0] == "whole" else LONGEST
+    return (int(lines[-1][1]) - sent) * 1e-9, processor_seconds(process) - used, whole
 
 
-def measure_case(prepare, call, attempts):
+def measure_case(prepare, call, terrain, attempts):
     instants = random.Random(7)
     with tempfile.TemporaryDirectory() as folder:
         process = subprocess.Popen(
-            [sys.executable, "-c", CALLER.format(prepare=prepare, call=call)],
+            [sys.executable, "-c", CALLER.format(prepare=prepare, call=call, terrain=terrain)],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, cwd=folder,
         )
         try:
-            whole = float(process.stdout.readline())
-            stop(process, 0.0)
-            times = []
-            for _ in range(attempts):
-                process.stdin.write("\n")
-                process.stdin.flush()
-                process.stdout.readline()
-                times.append(stop(process, instants.uniform(0.0, max(0.05, min(whole, LONGEST)))))
+            whole = stop(process, LONGEST)[2]
+            times = [stop(process, instants.uniform(0.0, max(0.05, whole)))[:2] for _ in range(attempts)]
         finally:
             process.kill()
             process.wait()
@@ -125,15 +145,19 @@ def measure_case(prepare, call, attempts):
 def measure(attempts, part):
     """Times from SIGINT to KeyboardInterrupt, in a table and as lists."""
     print("| Call on 4096 x 4096 | Whole | Median | Largest | Largest, processor time |")
-    print("|---|---|---|---|---|")
+    print("|---|---|---|---|---|", flush=True)
     results = {}
-    for name, (prepare, call) in CASES.items():
-        if part not in name:
-            continue
-        whole, times = measure_case(prepare, call, attempts)
-        results[name] = {"whole": whole, "times": times, "load": os.getloadavg()[0]}
-        walls = [wall for wall, _ in times]
-        figures = (statistics.median(walls), max(walls), max(used for _, used in times))
-        fields = " | ".join(f"{seconds * 1e3:.1f} ms" for seconds in figures)
-        print(f"| {name} | {whole * 1e3:.0f} ms | {fields} |", flush=True)
+    with tempfile.TemporaryDirectory() as folder:
+        terrain = os.path.join(folder, "terrain.npy")
+        np.save(terrain, make_terrain(4096, 0.0, np.random.default_rng(3)))
+        for name, (prepare, call) in CASES.items():
+            if part not in name:
+                continue
+            whole, times = measure_case(prepare, call, terrain, attempts)
+            results[name] = {"whole": whole, "times": times, "load": os.getloadavg()[0]}
+            walls = [wall for wall, _ in times]
+            figures = (statistics.median(walls), max(walls), max(used for _, used in times))
+            fields = " | ".join(f"{seconds * 1e3:.1f} ms" for seconds in figures)
+            text = f"{whole * 1e3:.0f} ms" if whole < LONGEST else f"over {LONGEST:.0f} s"
+            print(f"| {name} | {text} | {fields} |", flush=True)
     return results

@@ -27,6 +27,8 @@ def make_graph():
 
 GRAPH = make_graph()
 INPUTS = {"a": ARRAY}
+# One more pixel than an image may be wide, once it has grown.
+WIDE = vn.Image(np.zeros((1, 32768), np.float32))
 
 
 def raises(error, call, *arguments, **attributes):
@@ -71,6 +73,41 @@ KINDS = {
         lambda: raises(ValueError, vn.Image, INPUTS["a"].reshape(16)),
         lambda: raises(OverflowError, vn.Image, np.array([[1e300]])),
         lambda: raises(ValueError, GRAPH.set, "b.constant", 1e30),
-        lambda: raises(vn.NodeError, vn.relief, ARRAY, radius=250, style="outer_bevel", grow=True, soften="x"),
+        lambda: raises(vn.NodeError, vn.relief, WIDE, radius=250, grow=True),
+        lambda: raises(vn.DocumentError, vn.Graph.from_dict, {"format": "none"}),
     ],
 }
+
+
+def resident():
+    with open("/proc/self/statm", encoding="ascii") as file:
+        return int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
+
+def references():
+    objects = (ARRAY, IMAGE, WORD, NUMBER, ATTRIBUTES, INPUTS, GRAPH, WIDE, vn.Image, vn.Graph, vn.add, ARRAY.dtype)
+    return [sys.getrefcount(one) for one in objects]
+
+
+@pytest.mark.parametrize("kind", KINDS)
+def test_references_and_memory_stay_level(kind):
+    calls = KINDS[kind]
+
+    def work(count):
+        for _ in range(count // len(calls)):
+            for call in calls:
+                call()
+
+    # Until what grows once, tables and caches, has grown.
+    work(5_000)
+    gc.collect()
+    before = references(), sys.getrefcount(None), len(gc.get_objects()), sys.getallocatedblocks(), resident()
+    work(CALLS)
+    gc.collect()
+    after = references(), sys.getrefcount(None), len(gc.get_objects()), sys.getallocatedblocks(), resident()
+    assert after[0] == before[0]
+    # One more for each call would be 10,000 at the least.
+    for one, other in zip(before[1:4], after[1:4], strict=True):
+        assert abs(other - one) < 500
+    # 20 bytes for each call.
+    assert after[4] - before[4] < 2_000_000
