@@ -32,7 +32,7 @@ def make_terrain(side, lowest, generator):
     """Heights from `lowest` to 1."""
     heights = sum(octave(side, cells, generator) * 2 / cells for cells in (2, 4, 8, 16, 32, 64))
     low, high = heights.min(), heights.max()
-    return ((heights - low) / (high - low) * (1 - lowest) + lowest).astype(F)
+    return ((heights - low) / (high - low) * (1 - lowest) + lowest).astype(F, order="C")
 
 
 def make_inputs(side):

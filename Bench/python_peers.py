@@ -16,6 +16,7 @@ import re
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 from pathlib import Path
 
@@ -47,6 +48,15 @@ def set_threads(threads):
     vn.set_threads(threads)
 
 
+def load_inputs(folder, side):
+    """The inputs of the whole size are made once for all processes; others are small."""
+    path = Path(folder, f"{side}.npz")
+    if not path.exists():
+        return make_inputs(side)
+    with np.load(path) as file:
+        return {name: file[name] for name in file}
+
+
 def listed(result):
     return list(result) if isinstance(result, (list, tuple)) else [result]
 
@@ -54,10 +64,10 @@ def listed(result):
 # ---- What runs in a process of its own ----
 
 
-def time_case(case, side, rounds, threads):
+def time_case(case, folder, side, rounds, threads):
     """Seconds of each library, in turns; on two threads, of those that use them."""
     set_threads(threads)
-    inputs = make_inputs(side)
+    inputs = load_inputs(folder, side)
     calls = {name: call for name, call in calls_of(case).items() if threads == 1 or name in THREADED}
     times = {name: [] for name in calls}
     first = {}
@@ -84,12 +94,12 @@ def read_status(name):
         return next(int(line.split()[1]) for line in file if line.startswith(name)) * 1024
 
 
-def measure_memory(case, library, side):
+def measure_memory(case, library, folder, side):
     """Bytes above the inputs at the peak of one call."""
     set_threads(2)
     call = calls_of(case)[library]
     call(make_inputs(64))
-    inputs = make_inputs(side)
+    inputs = load_inputs(folder, side)
     before = read_status("VmRSS")
     with open("/proc/self/clear_refs", "w", encoding="ascii") as file:
         file.write("5")
@@ -105,9 +115,9 @@ def renumber(labels, where):
     return np.argsort(np.argsort(first))[inverse]
 
 
-def measure_difference(case, library, side):
+def measure_difference(case, library, folder, side):
     """The largest difference to the definition, and on which part of the image."""
-    inputs = make_inputs(case.exact_side or side)
+    inputs = load_inputs(folder, case.exact_side or side)
     results = [np.asarray(one, np.float64) for one in listed(calls_of(case)[library](inputs))]
     expected = listed(case.exact(inputs))
     if case.are_labels:
@@ -130,16 +140,17 @@ def measure_difference(case, library, side):
     return largest
 
 
-def run_child(arguments):
-    case = find_case(arguments.child[1])
-    kind = arguments.child[0]
+def run_child(options):
+    kind, name, *rest = options.child
+    case = find_case(name)
     if kind == "time":
-        print(json.dumps(time_case(case, arguments.side, arguments.rounds, int(arguments.child[2]))))
+        answer = time_case(case, options.inputs, options.side, options.rounds, int(rest[0]))
     elif kind == "memory":
-        print(json.dumps(measure_memory(case, arguments.child[2], arguments.side)))
+        answer = measure_memory(case, rest[0], options.inputs, options.side)
     else:
         set_threads(2)
-        print(json.dumps({name: measure_difference(case, name, arguments.side) for name in calls_of(case)}))
+        answer = {name: measure_difference(case, name, options.inputs, options.side) for name in calls_of(case)}
+    print(json.dumps(answer))
 
 
 # ---- The whole ----
@@ -152,7 +163,7 @@ def ask_child(options, threads, *words):
         "OPENBLAS_NUM_THREADS": number,
     }
     command = [sys.executable, __file__, str(options.build), "--side", str(options.side), "--rounds",
-               str(options.rounds), "--child", *words]
+               str(options.rounds), "--inputs", options.inputs, "--child", *words]
     answer = subprocess.run(command, env=environment, stdout=subprocess.PIPE, text=True, check=True)
     return json.loads(answer.stdout)
 
@@ -164,7 +175,7 @@ def measure(case, options):
     for library in calls_of(case):
         found[library] = {
             "times": {threads: times[threads][library] for threads in times if library in times[threads]},
-            "memory": statistics.median(ask_child(options, 2, "memory", case.name, library) for _ in range(3)),
+            "memory": ask_child(options, 2, "memory", case.name, library),
             "difference": differences[library],
         }
     return found
@@ -239,12 +250,20 @@ def main():
     parser.add_argument("--only", nargs="+", choices=[case.name for case in CASES])
     parser.add_argument("--write", type=Path)
     parser.add_argument("--json", type=Path)
+    parser.add_argument("--inputs", help=argparse.SUPPRESS)
     parser.add_argument("--child", nargs="+", help=argparse.SUPPRESS)
     options = parser.parse_args()
     sys.path.insert(0, str(options.build.resolve() / "python"))
     if options.child:
         run_child(options)
         return
+    with tempfile.TemporaryDirectory() as folder:
+        options.inputs = folder
+        np.savez(Path(folder, f"{options.side}.npz"), **make_inputs(options.side))
+        measure_all(options)
+
+
+def measure_all(options):
     rows, results, loads = [], {}, [os.getloadavg()[0]]
     for case in CASES:
         if options.only and case.name not in options.only:

@@ -17,6 +17,17 @@ namespace py = pybind11;
 namespace ValuePython {
 namespace {
 
+/// As the interpreter calls it between two steps.
+int DeliverWaiting(void*) {
+  try {
+    DeliverLog();
+  } catch (py::error_already_set& error) {
+    error.restore();
+    return -1;
+  }
+  return 0;
+}
+
 /// Lines that wait for the interpreter's lock. Whoever logs must not wait for it: who has it may wait for that thread.
 class WaitingLines {
  public:
@@ -35,7 +46,7 @@ class WaitingLines {
       lines_.emplace_back(level, text);
       is_empty_ = false;
     }
-    if (Py_IsInitialized() != 0) Py_AddPendingCall([](void*) { return DeliverLog(), 0; }, nullptr);
+    if (Py_IsInitialized() != 0) Py_AddPendingCall(&DeliverWaiting, nullptr);
   }
 
   std::vector<Line> Take() {
@@ -70,6 +81,8 @@ void BridgeLog() {
 }
 
 void DeliverLog() {
+  // What came while the host worked belongs to the caller, and not to the code of the log that would run into it.
+  if (PyErr_Occurred() == nullptr && PyErr_CheckSignals() != 0) throw py::error_already_set();
   const std::vector<WaitingLines::Line> lines = WaitingLines::Get().Take();
   if (lines.empty()) return;
   // An exception that is on its way stays the one that is told of.
@@ -78,6 +91,8 @@ void DeliverLog() {
     const py::object logger = py::module_::import("logging").attr("getLogger")("valuenodes");
     for (const auto& [level, text] : lines) logger.attr(NameOf(level))("%s", text);
   } catch (py::error_already_set& error) {
+    // No error of the log: Ctrl-C for example.
+    if (!error.matches(PyExc_Exception)) throw;
     error.discard_as_unraisable("the log of valuenodes");
   }
 }

@@ -2,6 +2,7 @@
 """Many threads, interruptions and other processes."""
 
 import concurrent.futures
+import logging
 import multiprocessing
 import os
 import signal
@@ -203,3 +204,26 @@ vn.relief(large, radius=10)
     for _ in range(3):
         ended = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, timeout=120)
         assert (ended.returncode, ended.stderr) == (0, "")
+
+
+def test_ctrl_c_is_not_lost_in_the_log():
+    """Signals are handled in whatever code of Python runs next, and that may be the log's."""
+
+    class Interrupts(logging.Handler):
+        def emit(self, record):
+            signal.raise_signal(signal.SIGINT)
+
+    logger = logging.getLogger("valuenodes")
+    handler = Interrupts()
+    level = logger.level
+    before = signal.signal(signal.SIGINT, signal.default_int_handler)
+    logger.addHandler(handler)
+    logger.setLevel("INFO")
+    try:
+        with pytest.raises(KeyboardInterrupt):
+            for _ in range(100):
+                vn.relief(np.ones((64, 64), np.float32), radius=4)
+    finally:
+        logger.removeHandler(handler)
+        logger.setLevel(level)
+        signal.signal(signal.SIGINT, before)
