@@ -301,8 +301,8 @@ CASES = [
             "libvips": vips(lambda v, take: [v.relation(take("whole_a"), take("whole_b"), way) for way in (
                 v.LESS, v.LESSEQ, v.EQUAL, v.NOTEQ, v.MOREEQ, v.MORE)]),
         },
-        "On values of whole steps. NumPy: a composition that rounds; OpenCV and libvips compare without a precision, and "
-        "give 8 bits, 255 for 1.",
+        "On values of whole steps. NumPy: a composition that rounds; OpenCV and libvips compare without a precision, "
+        "and give 8 bits, 255 for 1.",
     ),
     Case(
         "value_range", '`value_range(a, center=0.5, size=0.1, falloff=0.2, profile="smooth")`',
@@ -348,7 +348,8 @@ CASES = [
             "opencv": cv(cv_slope),
             "libvips": vips(vips_slope),
         },
-        "SciPy, OpenCV and libvips repeat the border, where they give half the slope; it is left out of the difference.",
+        "SciPy, OpenCV and libvips repeat the border, where they give half the slope; it is left out of the "
+        "difference.",
         border=1,
     ),
     Case(
@@ -367,7 +368,8 @@ CASES = [
             "libvips": vips(lambda v, take: v.labels(take("mask"))),
         },
         "SciPy and OpenCV number the shape alone and leave the background in one piece, so only the shape is held "
-        "against the definition; libvips knows the four neighbours alone. Only valuenodes has a threshold for grey images.",
+        "against the definition; libvips knows the four neighbours alone. Only valuenodes has a threshold for grey "
+        "images.",
         exact_side=192, are_labels=True,
     ),
     Case(
@@ -382,8 +384,8 @@ CASES = [
             "libvips": vips(vips_edges),
         },
         "On a terrain in eighths. scikit-image takes whole numbers; the others: the largest less the smallest of nine "
-        "pixels, which is the same on levels alone. Truth values or 8 bits but for OpenCV. The border is left out of the "
-        "difference.",
+        "pixels, which is the same on levels alone. Truth values or 8 bits but for OpenCV. The border is left out of "
+        "the difference.",
         exact_side=128, border=1,
     ),
 ]

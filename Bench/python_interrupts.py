@@ -90,7 +90,7 @@ while True:
         print("stopped", time.monotonic_ns(), flush=True)
 """
 # Longer calls are stopped within their first seconds.
-LONGEST = 3.0
+LONGEST = 2.0
 
 
 def read_until(process, word):

@@ -3,15 +3,15 @@
 
 usage: Bench/python_peers.py BUILD [--side 2048] [--rounds 7] [--only NODE ...] [--write Docs/Python.md] [--json FILE]
 
-For each node: seconds on one thread and on two, all libraries in turns in one process; the most memory above the inputs,
-each in a process of its own; and the largest difference to the definition in double precision. ./install-packages
---with-peers installs the libraries. --write puts the table between its marks in a document.
+For each node: processor time of one thread, all libraries in turns in one process; the most memory above the inputs,
+each in a process of its own; and the largest difference to the definition in double precision. Time of the processor
+and not of the clock, so that other work on the machine counts for less. ./install-packages --with-peers installs the
+libraries. --write puts the table between its marks in a document.
 """
 
 import argparse
 import json
 import os
-import platform
 import re
 import statistics
 import subprocess
@@ -25,7 +25,6 @@ from peers_calls import CASES, make_inputs
 
 LIBRARIES = {"valuenodes": "valuenodes", "numpy": "NumPy", "scipy": "SciPy", "skimage": "scikit-image",
              "opencv": "OpenCV", "libvips": "libvips"}
-THREADED = ("valuenodes", "opencv", "libvips")
 MARKS = "<!-- Peers: written by Bench/python_peers.py -->\n", "<!-- End of peers -->\n"
 # A call that takes longer than this is repeated less often.
 LONG = 4.0
@@ -64,27 +63,27 @@ def listed(result):
 # ---- What runs in a process of its own ----
 
 
-def time_case(case, folder, side, rounds, threads):
-    """Seconds of each library, in turns; on two threads, of those that use them."""
-    set_threads(threads)
+def time_case(case, folder, side, rounds):
+    """Seconds of each library, in turns."""
+    set_threads(1)
     inputs = load_inputs(folder, side)
-    calls = {name: call for name, call in calls_of(case).items() if threads == 1 or name in THREADED}
+    calls = calls_of(case)
     times = {name: [] for name in calls}
     first = {}
     small = make_inputs(64)
     for name, call in calls.items():
         # Imports, and what a device compiles.
         call(small)
-        begun = time.perf_counter()
+        begun = time.process_time()
         call(inputs)
-        first[name] = time.perf_counter() - begun
+        first[name] = time.process_time() - begun
     for turn in range(rounds):
         for name, call in calls.items():
             if turn >= 3 and first[name] > LONG:
                 continue
-            begun = time.perf_counter()
+            begun = time.process_time()
             result = call(inputs)
-            times[name].append(time.perf_counter() - begun)
+            times[name].append(time.process_time() - begun)
             del result
     return times
 
@@ -144,7 +143,7 @@ def run_child(options):
     kind, name, *rest = options.child
     case = find_case(name)
     if kind == "time":
-        answer = time_case(case, options.inputs, options.side, options.rounds, int(rest[0]))
+        answer = time_case(case, options.inputs, options.side, options.rounds)
     elif kind == "memory":
         answer = measure_memory(case, rest[0], options.inputs, options.side)
     else:
@@ -169,12 +168,12 @@ def ask_child(options, threads, *words):
 
 
 def measure(case, options):
-    times = {threads: ask_child(options, threads, "time", case.name, str(threads)) for threads in (1, 2)}
+    times = ask_child(options, 1, "time", case.name)
     differences = ask_child(options, 2, "exact", case.name)
     found = {}
     for library in calls_of(case):
         found[library] = {
-            "times": {threads: times[threads][library] for threads in times if library in times[threads]},
+            "times": times[library],
             "memory": ask_child(options, 2, "memory", case.name, library),
             "difference": differences[library],
         }
@@ -187,21 +186,20 @@ def time_text(seconds):
 
 
 def field_text(case, library, found, image_bytes, is_fastest):
-    medians = [statistics.median(values) for values in found["times"].values()]
-    times = " / ".join(map(time_text, medians))
+    seconds = time_text(statistics.median(found["times"]))
     if is_fastest:
-        times = f"**{times}**"
+        seconds = f"**{seconds}**"
     difference = found["difference"]
     if case.are_labels:
         exact = "same" if difference == 0 else "differs"
     else:
         exact = "0" if difference == 0 else f"{difference:.1g}"
-    return f"{times}; {found['memory'] / image_bytes:.1f}; {exact}"
+    return f"{seconds}; {found['memory'] / image_bytes:.1f}; {exact}"
 
 
 def row_text(case, results, side):
     image_bytes = side * side * 4
-    first = {library: statistics.median(found["times"][1]) for library, found in results.items()}
+    first = {library: statistics.median(found["times"]) for library, found in results.items()}
     fastest = min(first, key=first.get)
     fields = [
         field_text(case, library, results[library], image_bytes, library == fastest) if library in results else "–"
@@ -224,12 +222,13 @@ def table_text(rows, options, loads):
         )
     )
     introduction = (
-        f"Images of {options.side} x {options.side} float32, {os.cpu_count()} processors ({platform.machine()}), load of "
-        f"the machine {min(loads):.1f} to {max(loads):.1f} meanwhile. {versions}. Each field: time on one thread, after "
-        "the stroke on two where the library uses them; peak memory above the inputs, in images of that size; largest "
-        "difference to the definition in double precision. Bold: the shortest time on one thread. –: no equivalent.\n\n"
+        f"Images of {options.side} x {options.side} float32; load of the machine {min(loads):.1f} to {max(loads):.1f} "
+        f"on {os.cpu_count()} processors meanwhile. {versions}. Each field: processor time of one thread; peak memory "
+        "above the inputs, in images of that size; largest difference to the definition in double precision. Bold: the "
+        "shortest time. –: no equivalent.\n\n"
     )
-    heading = "| Call | " + " | ".join(LIBRARIES.values()) + " | What differs |\n|" + "---|" * (len(LIBRARIES) + 2) + "\n"
+    heading = "| Call | " + " | ".join(LIBRARIES.values()) + " | What differs |\n"
+    heading += "|" + "---|" * (len(LIBRARIES) + 2) + "\n"
     return introduction + heading + "\n".join(rows) + "\n"
 
 
