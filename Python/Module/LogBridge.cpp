@@ -18,6 +18,17 @@ namespace py = pybind11;
 namespace ValuePython {
 namespace {
 
+/// As the interpreter calls it between two steps.
+int DeliverWaiting(void*) {
+  try {
+    DeliverLog();
+  } catch (py::error_already_set& error) {
+    error.restore();
+    return -1;
+  }
+  return 0;
+}
+
 /// Lines that wait for the interpreter's lock. Whoever logs must not wait for it: who has it may wait for that thread.
 class WaitingLines {
  public:
@@ -36,7 +47,7 @@ class WaitingLines {
       lines_.emplace_back(level, text);
       is_empty_ = false;
     }
-    if (Py_IsInitialized() != 0) Py_AddPendingCall([](void*) { return DeliverLog(), 0; }, nullptr);
+    if (Py_IsInitialized() != 0) Py_AddPendingCall(&DeliverWaiting, nullptr);
   }
 
   std::vector<Line> Take() {
@@ -73,22 +84,25 @@ void BridgeLog() {
 }
 
 void DeliverLog() {
+  // What came while the host worked belongs to the caller, and not to the code of the log that would run into it.
+  if (PyErr_Occurred() == nullptr && PyErr_CheckSignals() != 0) throw py::error_already_set();
   // What is imported and called here runs pending calls, and so this function once more. The interpreter's lock guards
   // it.
   static bool is_delivering = false;
   if (is_delivering) return;
   is_delivering = true;
-  {
-    // An exception that is on its way stays the one that is told of.
-    const py::error_scope scope;
-    try {
-      for (auto lines = WaitingLines::Get().Take(); !lines.empty(); lines = WaitingLines::Get().Take()) {
-        const py::object logger = py::module_::import("logging").attr("getLogger")("valuenodes");
-        for (const auto& [level, text] : lines) logger.attr(NameOf(level))("%s", text);
-      }
-    } catch (py::error_already_set& error) {
-      error.discard_as_unraisable("the log of valuenodes");
+  // An exception that is on its way stays the one that is told of.
+  const py::error_scope scope;
+  try {
+    for (auto lines = WaitingLines::Get().Take(); !lines.empty(); lines = WaitingLines::Get().Take()) {
+      const py::object logger = py::module_::import("logging").attr("getLogger")("valuenodes");
+      for (const auto& [level, text] : lines) logger.attr(NameOf(level))("%s", text);
     }
+  } catch (py::error_already_set& error) {
+    is_delivering = false;
+    // No error of the log: Ctrl-C for example.
+    if (!error.matches(PyExc_Exception)) throw;
+    error.discard_as_unraisable("the log of valuenodes");
   }
   is_delivering = false;
 }

@@ -8,7 +8,7 @@ namespace ValuePython {
 void BridgeLog();
 
 /// Hands over the lines that have come since, with the interpreter's lock. They are also handed over without it, at the
-/// interpreter's next chance.
+/// interpreter's next chance. Throws what the handler of a signal raises meanwhile.
 void DeliverLog();
 
 }  // namespace ValuePython

@@ -2,6 +2,7 @@
 """Many threads, interruptions and other processes."""
 
 import concurrent.futures
+import logging
 import os
 import signal
 import subprocess
@@ -283,3 +284,26 @@ print(results)
 def test_ctrl_c_stops_the_main_thread_alone():
     answer = subprocess.run([sys.executable, "-c", THREADS_INTERRUPTED], capture_output=True, text=True, timeout=120)
     assert answer.stdout == "interrupted\n[True, True, True]\n", answer.stderr
+
+
+def test_ctrl_c_is_not_lost_in_the_log():
+    """Signals are handled in whatever code of Python runs next, and that may be the log's."""
+
+    class Interrupts(logging.Handler):
+        def emit(self, record):
+            signal.raise_signal(signal.SIGINT)
+
+    logger = logging.getLogger("valuenodes")
+    handler = Interrupts()
+    level = logger.level
+    before = signal.signal(signal.SIGINT, signal.default_int_handler)
+    logger.addHandler(handler)
+    logger.setLevel("INFO")
+    try:
+        with pytest.raises(KeyboardInterrupt):
+            for _ in range(100):
+                vn.relief(np.ones((64, 64), np.float32), radius=4)
+    finally:
+        logger.removeHandler(handler)
+        logger.setLevel(level)
+        signal.signal(signal.SIGINT, before)

@@ -19,7 +19,6 @@ except ImportError as _error:
     from ._missing import explain as _explain
 
     raise _explain(_error) from None
-from . import rows
 from ._classes import Node, register
 from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
 from ._image import Image
@@ -57,3 +56,16 @@ __all__ = [
     "write",
     *_functions.__all__,
 ]
+
+
+def __getattr__(name):
+    # Loaded when it is first used, with what it needs of Python.
+    if name != "rows":
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    import importlib
+
+    return importlib.import_module(".rows", __name__)
+
+
+def __dir__():
+    return sorted({*globals(), "rows"})

@@ -1,12 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Node types that are classes of Python."""
+"""Node types that are classes of Python.
 
-import hashlib
-import inspect
+What only `register` needs is imported there: it would be a third of the time that importing the package takes.
+"""
+
 import numbers
 import re
 
-from . import _valuenodes, rows
+from . import _valuenodes
 
 # The first of the three numbers of classes that do not give theirs. The others are made of the name.
 FIRST_NUMBER = 20000
@@ -40,6 +41,8 @@ def _sentence(node_class):
 def _type_numbers(node_class):
     given = node_class.__dict__.get("type")
     if given is None:
+        import hashlib
+
         digest = hashlib.sha256(node_class.__name__.encode()).digest()
         return FIRST_NUMBER, int.from_bytes(digest[:2], "big"), int.from_bytes(digest[2:4], "big")
     fits = isinstance(given, (tuple, list)) and len(given) == 3
@@ -57,6 +60,8 @@ def _entries(node_class, name):
 
 
 def _inputs(node_class):
+    from . import rows
+
     inputs = []
     for entry in _entries(node_class, "inputs"):
         made = entry if isinstance(entry, rows.Input) else rows.input(entry)
@@ -65,6 +70,8 @@ def _inputs(node_class):
 
 
 def _outputs(node_class):
+    from . import rows
+
     outputs = [rows.input(entry).name for entry in _entries(node_class, "outputs")]
     if not outputs:
         raise ValueError("register: a node has at least one output")
@@ -72,6 +79,8 @@ def _outputs(node_class):
 
 
 def _attributes(node_class):
+    from . import rows
+
     attributes = []
     for row in _entries(node_class, "attributes"):
         if not isinstance(row, rows.Row):
@@ -92,6 +101,8 @@ def _check_names(inputs, outputs, attributes):
 
 
 def _check_evaluate(node_class, inputs, attributes):
+    import inspect
+
     evaluate = getattr(node_class, "evaluate", None)
     if not callable(evaluate):
         raise TypeError(f"register: {node_class.__name__} has no evaluate(self, *images, **attributes)")

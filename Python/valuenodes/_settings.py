@@ -2,7 +2,6 @@
 """What holds for the whole process."""
 
 import os
-import platform
 import sys
 
 from . import _valuenodes
@@ -103,6 +102,8 @@ def doctor():
     >>> vn.doctor()["libraries"][0]["nodes"]
     20
     """
+    import platform
+
     try:
         import numpy
     except ModuleNotFoundError:
