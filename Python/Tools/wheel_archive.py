@@ -11,7 +11,7 @@ import zipfile
 
 # No archive can be older.
 _FIRST = (1980, 1, 1, 0, 0, 0)
-_PROGRAMS = ("value-decoder",)
+_PROGRAMS = ("value-decoder", "value-examiner")
 
 
 def _digest(content):

@@ -259,6 +259,9 @@ def main(folder, texts):
     stub.append(f"\n__all__ = [\n{listed}]")
     (package / "_functions.py").write_text("\n".join(source) + "\n")
     (package / "_functions.pyi").write_text("\n".join(stub) + "\n")
+    # Type checkers know lists of names, but not all of them sums of lists.
+    template = pathlib.Path(__file__).parent.parent / "valuenodes" / "__init__.pyi.in"
+    (package / "__init__.pyi").write_text(template.read_text().replace("@FUNCTIONS@", listed.strip()))
 
 
 if __name__ == "__main__":

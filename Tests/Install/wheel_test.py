@@ -173,7 +173,7 @@ class Archive(unittest.TestCase):
         self.assertEqual(names, order)
         for entry in user.archive.infolist():
             self.assertEqual(entry.date_time, MOMENT, entry.filename)
-            mode = 0o100755 if entry.filename.endswith("/value-decoder") else 0o100644
+            mode = 0o100755 if entry.filename.endswith(("/value-decoder", "/value-examiner")) else 0o100644
             self.assertEqual(entry.external_attr >> 16, mode, entry.filename)
 
     def test_the_same_build_gives_the_same_bytes(self):
@@ -215,7 +215,7 @@ class Installed(unittest.TestCase):
     def test_what_is_linked_is_in_the_wheel_or_on_every_system(self):
         host = user.site / "valuenodes/_host"
         files = [*host.glob("*.so.*"), *host.glob("value/*.so"), host / "value-decoder",
-                 *(user.site / "valuenodes").glob("*.so")]
+                 host / "value-examiner", *(user.site / "valuenodes").glob("*.so")]
         self.assertGreater(len(files), 15)
         for file in files:
             for line in run("ldd", file, env={"PATH": "/usr/bin:/bin"}).splitlines():
@@ -258,6 +258,16 @@ class Installed(unittest.TestCase):
             self.assertRegex(last, rf"^valuenodes\.{error}: ", part)
             self.assertIn(text, last)
             self.assertIn(file.name, last)
+
+    def test_libraries_of_others_can_be_examined(self):
+        # The program answers, so it finds all that it links; a file that is no library does not pass.
+        answer = subprocess.run([user.site / "valuenodes/_host/value-examiner"], capture_output=True, text=True, env={})
+        self.assertEqual(answer.returncode, 2)
+        self.assertIn("value-examiner", answer.stderr)
+        lines = user.use("open('none.so', 'w').write('none')\nimport valuenodes as vn\nvn.load_library('none.so')").stderr
+        last = lines.splitlines()[-1]
+        self.assertRegex(last, "^valuenodes.ValueNodesError: ")
+        self.assertIn("none.so", last)
 
     def test_pip_is_content(self):
         self.assertEqual(user.pip("check").strip(), "No broken requirements found.")
