@@ -30,6 +30,8 @@ using Arena = std::unique_ptr<tbb::task_arena>;
 /// the other would end up with every thread that there may be.
 class IdleArenas {
  public:
+  IdleArenas() { ScEng::HoldWhileForking(mutex_); }
+
   Arena Take(std::size_t threads) {
     {
       const std::lock_guard lock(mutex_);
@@ -66,8 +68,13 @@ IdleArenas& GetIdleArenas() {
 
 class ThreadPool::Workers {
  public:
-  explicit Workers(std::size_t threads) : threads_(LimitThreads(threads)), arena_(GetIdleArenas().Take(threads_)) {}
-  ~Workers() { GetIdleArenas().Keep(threads_, std::move(arena_)); }
+  explicit Workers(std::size_t threads) : threads_(LimitThreads(threads)) {
+    // Without workers the tasks are done as they are added.
+    if (!ScEng::HasLostWorkers()) arena_ = GetIdleArenas().Take(threads_);
+  }
+  ~Workers() {
+    if (arena_) GetIdleArenas().Keep(threads_, std::move(arena_));
+  }
   Workers(const Workers&) = delete;
   Workers& operator=(const Workers&) = delete;
 

@@ -174,31 +174,46 @@ void BindConstruction(py::class_<SharedImage, SharedImagePtr>& image) {
             return Replace(self, HeaderArguments::Read(mode, pin, pivot, range, outside), metadata);
           },
           py::kw_only(), py::arg("mode") = py::none(), py::arg("pin") = py::none(), py::arg("pivot") = py::none(),
-          py::arg("range") = py::none(), py::arg("outside") = py::none(), py::arg("metadata") = py::none())
+          py::arg("range") = py::none(), py::arg("outside") = py::none(), py::arg("metadata") = py::none(),
+          "Another image with the same samples, and what is given in the place of what this one says.\n\n"
+          "A mode that does not fit the channels is a ValueError. The samples are shared, not copied.")
       .def_static(
           "from_dlpack",
           [](const py::object& object) {
             const py::object array = ImportNumpy().attr("from_dlpack")(object);
             return std::make_shared<SharedImage>(MakeImage(array, std::nullopt));
           },
-          py::arg("object"));
+          py::arg("object"),
+          "An image of what has __dlpack__, such as a tensor in the processor's memory. Dense float32 is shared.");
 }
 
 void BindProperties(py::class_<SharedImage, SharedImagePtr>& image) {
   image
-      .def_property_readonly("mode", [](const SharedImage& self) { return ColorMode::GetName(self.header.color_mode); })
-      .def_property_readonly("size",
-                             [](const SharedImage& self) { return std::pair(self.header.size_x, self.header.size_y); })
-      .def_property_readonly("channels", &SharedImage::GetNumChannels)
-      .def_property_readonly("shape", [](const SharedImage& self) { return py::tuple(py::cast(ShapeOf(self))); })
-      .def_property_readonly("pin",
-                             [](const SharedImage& self) { return std::pair(self.header.pin_x, self.header.pin_y); })
       .def_property_readonly(
-          "pivot", [](const SharedImage& self) { return std::pair(self.header.pivot_x, self.header.pivot_y); })
+          "mode", [](const SharedImage& self) { return ColorMode::GetName(self.header.color_mode); },
+          "What the channels mean: \"color\", \"signed\", \"value\" or \"pair\".")
       .def_property_readonly(
-          "range", [](const SharedImage& self) { return std::pair(self.header.value_low, self.header.value_high); })
-      .def_property_readonly("outside", [](const SharedImage& self) { return self.header.outside_value; })
-      .def_property_readonly("metadata", [](const SharedImage& self) { return ToDict(self.metadata.get()); });
+          "size", [](const SharedImage& self) { return std::pair(self.header.size_x, self.header.size_y); },
+          "Columns and rows.")
+      .def_property_readonly("channels", &SharedImage::GetNumChannels, "How many numbers each pixel has.")
+      .def_property_readonly(
+          "shape", [](const SharedImage& self) { return py::tuple(py::cast(ShapeOf(self))); },
+          "That of the array: rows, columns and, but for values, channels.")
+      .def_property_readonly(
+          "pin", [](const SharedImage& self) { return std::pair(self.header.pin_x, self.header.pin_y); },
+          "The column and row at which the pivot lies.")
+      .def_property_readonly(
+          "pivot", [](const SharedImage& self) { return std::pair(self.header.pivot_x, self.header.pivot_y); },
+          "The point that lies at the pin, as shares of the size.")
+      .def_property_readonly(
+          "range", [](const SharedImage& self) { return std::pair(self.header.value_low, self.header.value_high); },
+          "The lowest and the highest value that samples are meant to have.")
+      .def_property_readonly(
+          "outside", [](const SharedImage& self) { return self.header.outside_value; },
+          "What counts where the image does not reach.")
+      .def_property_readonly(
+          "metadata", [](const SharedImage& self) { return ToDict(self.metadata.get()); },
+          "What the image carries of its file: a dictionary of its own, whose changes do not reach the image.");
 }
 
 void BindSharing(py::class_<SharedImage, SharedImagePtr>& image) {
@@ -229,11 +244,17 @@ void BindCopies(py::class_<SharedImage, SharedImagePtr>& image) {
 }  // namespace
 
 void BindImage(py::module_& module) {
+  py::options options;
+  options.disable_function_signatures();
+  // Messages of Python name a type by the module that it is made in: this one is the package's.
+  const py::object name = module.attr("__name__");
+  module.attr("__name__") = "valuenodes";
   py::class_<SharedImage, SharedImagePtr> image(module, "Image", py::buffer_protocol());
   BindConstruction(image);
   BindProperties(image);
   BindSharing(image);
   BindCopies(image);
+  module.attr("__name__") = name;
 }
 
 }  // namespace ValuePython

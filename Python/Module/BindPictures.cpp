@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <png.h>
 #include <pybind11/stl.h>
 
 #include <algorithm>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,8 +39,24 @@ ScEng::Look MakeLook(const std::optional<std::pair<float, float>>& range, const 
   return look;
 }
 
-/// Width, height and the bytes of the pixels: red, green, blue and opacity.
-py::tuple Draw(const SharedImage& image, const std::optional<std::pair<float, float>>& range,
+/// Pixels of four bytes, red, green, blue and opacity, as a PNG.
+std::string EncodePng(int width, int height, const std::string& pixels) {
+  png_image picture{};
+  picture.version = PNG_IMAGE_VERSION;
+  picture.width = static_cast<png_uint_32>(width);
+  picture.height = static_cast<png_uint_32>(height);
+  picture.format = PNG_FORMAT_RGBA;
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(picture);
+  std::string png(size, '\0');
+  if (png_image_write_to_memory(&picture, png.data(), &size, 0, pixels.data(), 0, nullptr) == 0) {
+    throw std::runtime_error(std::string("a picture could not be made: ") + picture.message);
+  }
+  png.resize(size);
+  return png;
+}
+
+/// The bytes of a PNG of at most `most` columns and rows.
+py::bytes Draw(const SharedImage& image, const std::optional<std::pair<float, float>>& range,
                const std::optional<std::string>& colormap, int most) {
   const ScEng::Look look = MakeLook(range, colormap);
   const int size_x = image.header.size_x;
@@ -46,7 +64,9 @@ py::tuple Draw(const SharedImage& image, const std::optional<std::pair<float, fl
   const double zoom = std::min(1.0, static_cast<double>(most) / std::max({size_x, size_y, 1}));
   const int width = size_x == 0 ? 0 : std::max(1, static_cast<int>(size_x * zoom));
   const int height = size_y == 0 ? 0 : std::max(1, static_cast<int>(size_y * zoom));
+  if (width == 0 || height == 0) throw py::value_error("an image without pixels makes no picture");
   std::string bytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, '\0');
+  std::string png;
   const ImagePtr lent = image.Lend();
   Interruption interruption;
   interruption.Run([&] {
@@ -54,8 +74,9 @@ py::tuple Draw(const SharedImage& image, const std::optional<std::pair<float, fl
     ScEng::DrawView(
         *view, look, {0.0, 0.0, zoom},
         {reinterpret_cast<std::uint8_t*>(bytes.data()), width, height, static_cast<std::size_t>(width) * 4});
+    png = EncodePng(width, height, bytes);
   });
-  return py::make_tuple(width, height, py::bytes(bytes));
+  return py::bytes(png);
 }
 
 }  // namespace

@@ -38,7 +38,7 @@ std::optional<std::pair<double, double>> ReadPair(py::handle object, const std::
   const bool is_sequence = PySequence_Check(object.ptr()) != 0 && !py::isinstance<py::str>(object);
   if (!is_sequence) throw py::type_error(wanted + ", not " + NameType(object));
   const auto sequence = py::reinterpret_borrow<py::sequence>(object);
-  if (sequence.size() != 2) throw py::value_error(wanted + ", not " + std::to_string(sequence.size()));
+  if (sequence.size() != 2) throw py::value_error(wanted + ", not a sequence of " + std::to_string(sequence.size()));
   return std::pair(ReadNumber(sequence[0], wanted), ReadNumber(sequence[1], wanted));
 }
 

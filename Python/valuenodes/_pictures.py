@@ -2,11 +2,9 @@
 """Images as pictures to look at."""
 
 import importlib
-import struct
 import subprocess
 import sys
 import tempfile
-import zlib
 
 from . import _valuenodes
 
@@ -14,35 +12,12 @@ from . import _valuenodes
 _MOST = 1024
 
 
-def _chunk(kind, content):
-    return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", zlib.crc32(kind + content))
-
-
 def to_png(image, *, range=None, colormap=None, size=None):
     """See `Image.to_png`."""
     if size is not None and size < 1:
         raise ValueError(f"to_png: size is at least 1, not {size}")
     most = max(*image.size, 1) if size is None else size
-    width, height, pixels = _valuenodes.draw(image, range, colormap, most)
-    if not pixels:
-        raise ValueError("an image without pixels makes no picture")
-    row = width * 4
-    lines = b"".join(b"\0" + pixels[start : start + row] for start in _starts(pixels, row))
-    header = struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)
-    return (
-        b"\x89PNG\r\n\x1a\n"
-        + _chunk(b"IHDR", header)
-        + _chunk(b"IDAT", zlib.compress(lines, 6))
-        + _chunk(b"IEND", b"")
-    )
-
-
-def _starts(pixels, row):
-    # Not spelt as a call of range, which is an argument above.
-    return iter(_builtin_range(0, len(pixels), row))
-
-
-_builtin_range = range
+    return _valuenodes.draw(image, range, colormap, most)
 
 
 def repr_png(image):
