@@ -19,16 +19,29 @@ namespace py = pybind11;
 namespace ValuePython {
 namespace {
 
-/// The error in one line, and below it where it was raised.
+/// Kind and message of an error, as far as the end of the line.
+std::string SummarizeError(const py::list& lines) {
+  std::string summary;
+  for (const py::handle line : lines) {
+    summary = py::str(line).attr("encode")("utf-8", "replace").cast<std::string>();
+    // Errors of syntax show the place first.
+    if (!summary.starts_with(' ')) break;
+  }
+  return summary.substr(0, summary.find('\n'));
+}
+
+/// The error in one line, and below it where it was raised, with all of its message: of a node within a node that is
+/// the description of the inner one, which stands there once.
 std::string DescribeError(const py::error_already_set& error) {
   const py::module_ traceback = py::module_::import("traceback");
   const auto join = [](const py::object& lines) {
     auto text = py::str("").attr("join")(lines).attr("rstrip")().attr("encode")("utf-8", "replace");
     return text.cast<std::string>();
   };
-  const std::string summary = join(traceback.attr("format_exception_only")(error.type(), error.value()));
-  if (!error.trace()) return summary;
-  return summary + "\n" + join(traceback.attr("format_exception")(error.type(), error.value(), error.trace()));
+  const py::list lines = traceback.attr("format_exception_only")(error.type(), error.value());
+  if (!error.trace()) return join(lines);
+  return SummarizeError(lines) + "\n" +
+         join(traceback.attr("format_exception")(error.type(), error.value(), error.trace()));
 }
 
 py::object DecodeText(const std::string& text) {

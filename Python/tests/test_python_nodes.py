@@ -394,6 +394,37 @@ def test_without_an_image_there_is_none(field):
 # ---- Errors ----
 
 
+def test_errors_of_nodes_within_nodes_stand_there_once():
+    @vn.register(replace=True)
+    class Deep(vn.Node):
+        attributes = (rows.number("depth", 0, 0, 100, decimals=0),)
+
+        def evaluate(self, image, *, depth):
+            if depth == 0:
+                raise ValueError("the first line\nthe second line")
+            return vn.apply("Deep", image, depth=depth - 1)
+
+    for depth in (0, 10, 20, 40):
+        with pytest.raises(vn.NodeError) as raised:
+            vn.apply("Deep", np.zeros((2, 2), np.float32), depth=depth)
+        message = str(raised.value)
+        assert message.splitlines()[0].endswith("ValueError: the first line")
+        assert message.splitlines().count("the second line") == 1
+        # Each further node adds its own lines, and not those below it again.
+        assert len(message) < 1000 * (depth + 1)
+
+
+def test_a_node_that_never_ends_is_an_error():
+    @vn.register(replace=True)
+    class Endless(vn.Node):
+        def evaluate(self, image):
+            return vn.apply("Endless", image)
+
+    with pytest.raises(vn.NodeError, match="RecursionError") as raised:
+        vn.apply("Endless", np.zeros((2, 2), np.float32))
+    assert len(str(raised.value)) < 10_000_000
+
+
 def test_an_exception_is_the_error_of_the_node_with_its_traceback(field):
     def evaluate(self, image):
         raise LookupError("the shelf is bare")
