@@ -261,6 +261,32 @@ def test_png_can_be_small_and_colored():
         image.to_png(colormap="virdis")
 
 
+@pytest.mark.parametrize(
+    "arguments, error, text",
+    [
+        ({"range": 5}, TypeError, r"to_png: range takes two finite numbers \(low, high\), the lower one first, not 5"),
+        ({"range": (1, 2, 3)}, TypeError, r"to_png: range .*, not \(1, 2, 3\)"),
+        ({"range": (1, 0)}, ValueError, r"to_png: range .*, not \(1, 0\)"),
+        ({"range": (0, np.inf)}, ValueError, r"to_png: range .*, not \(0, inf\)"),
+        ({"range": (np.nan, 1)}, ValueError, r"to_png: range .*, not \(nan, 1\)"),
+        ({"size": 0}, ValueError, "to_png: size is at least 1, not 0"),
+        ({"size": "big"}, TypeError, "to_png: size takes a whole number, not str"),
+        ({"colormap": 3}, TypeError, "to_png: colormap takes a word, not int"),
+    ],
+)
+def test_wrong_arguments_of_pictures_are_one_line(arguments, error, text):
+    with pytest.raises(error, match=f"^{text}$"):
+        vn.Image(np.zeros((2, 2))).to_png(**arguments)
+
+
+@pytest.mark.parametrize("threads", [2.5, "2", None, 10**30])
+def test_wrong_numbers_of_threads_are_one_line(threads):
+    with pytest.raises((TypeError, ValueError), match="^set_threads takes a whole number[^\n]*$"):
+        vn.set_threads(threads)
+    with pytest.raises((TypeError, ValueError), match="^set_max_size: columns takes a whole number[^\n]*$"):
+        vn.set_max_size(threads)
+
+
 def test_notebooks_get_a_picture_of_limited_size():
     image = vn.Image(np.zeros((3000, 20), np.float32))
     assert read_png(image._repr_png_()).shape == (1024, 6, 4)

@@ -6,7 +6,7 @@ import subprocess
 import sys
 import tempfile
 
-from . import _valuenodes
+from . import _arguments, _valuenodes
 
 # Larger pictures than this make a notebook slow, and show no more on a screen.
 _MOST = 1024
@@ -14,10 +14,11 @@ _MOST = 1024
 
 def to_png(image, *, range=None, colormap=None, size=None):
     """See `Image.to_png`."""
-    if size is not None and size < 1:
-        raise ValueError(f"to_png: size is at least 1, not {size}")
-    most = max(*image.size, 1) if size is None else size
-    return _valuenodes.draw(image, range, colormap, most)
+    most = max(*image.size, 1) if size is None else _arguments.read_whole("to_png: size", size)
+    if most < 1:
+        raise ValueError(f"to_png: size is at least 1, not {most}")
+    shown = _arguments.read_shown_range("to_png: range", range)
+    return _valuenodes.draw(image, shown, _arguments.read_word("to_png: colormap", colormap), most)
 
 
 def repr_png(image):

@@ -4,7 +4,7 @@
 import os
 import sys
 
-from . import _valuenodes
+from . import _arguments, _valuenodes
 
 
 def set_threads(threads):
@@ -23,7 +23,7 @@ def set_threads(threads):
     2
     >>> vn.set_threads(0)
     """
-    _valuenodes.set_threads(threads)
+    _valuenodes.set_threads(_arguments.read_whole("set_threads", threads))
 
 
 def set_max_size(columns, rows=None):
@@ -40,7 +40,8 @@ def set_max_size(columns, rows=None):
     >>> vn.set_max_size(40000, 20000)
     >>> vn.set_max_size(32768)
     """
-    _valuenodes.set_max_size(columns, columns if rows is None else rows)
+    width = _arguments.read_whole("set_max_size: columns", columns)
+    _valuenodes.set_max_size(width, width if rows is None else _arguments.read_whole("set_max_size: rows", rows))
 
 
 def load_library(path, *, trust=False):
