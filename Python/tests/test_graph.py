@@ -551,3 +551,14 @@ def test_nothing_is_left_over(chain, field):
         work()
     gc.collect()
     assert [sys.getrefcount(object) for object in (field, image, progress)] == before
+
+
+def test_messages_of_python_name_the_graph():
+    with pytest.raises(TypeError, match=r"^Graph\.add\(\) missing"):
+        vn.Graph().add()
+
+
+def test_the_names_of_the_package_are_those_that_it_is_used_by():
+    names = [name for name in dir(vn) if not name.startswith("__")]
+    assert names == sorted(vn.__all__)
+    assert {"Graph", "Image", "relief", "rows"} <= set(names)

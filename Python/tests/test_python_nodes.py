@@ -394,6 +394,11 @@ def test_without_an_image_there_is_none(field):
 # ---- Errors ----
 
 
+def test_a_class_without_evaluate_is_refused():
+    with pytest.raises(TypeError, match=r"^register: Idle has no evaluate\(self, \*images, \*\*attributes\)$"):
+        vn.register(type("Idle", (vn.Node,), {}))
+
+
 def test_errors_of_nodes_within_nodes_stand_there_once():
     @vn.register(replace=True)
     class Deep(vn.Node):

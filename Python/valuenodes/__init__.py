@@ -68,4 +68,5 @@ def __getattr__(name):
 
 
 def __dir__():
-    return sorted({*globals(), "rows"})
+    # What is there for others, and none of the modules that it lies in.
+    return sorted({*__all__, *(name for name in globals() if name.startswith("__"))})

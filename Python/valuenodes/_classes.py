@@ -104,7 +104,7 @@ def _check_evaluate(node_class, inputs, attributes):
     import inspect
 
     evaluate = getattr(node_class, "evaluate", None)
-    if not callable(evaluate):
+    if not callable(evaluate) or evaluate is Node.evaluate:
         raise TypeError(f"register: {node_class.__name__} has no evaluate(self, *images, **attributes)")
     try:
         signature = inspect.signature(evaluate)

@@ -336,3 +336,8 @@ def _restore(graph_class, content, folder):
 
 
 Graph.__module__ = "valuenodes"
+# Messages of Python name methods by the class that users know.
+for _method in vars(GraphEditing).values():
+    if isinstance(_method, type(_restore)):
+        _method.__qualname__ = f"Graph.{_method.__name__}"
+del _method
