@@ -127,7 +127,7 @@ def describe_inputs(node, texts):
     for place in node["inputs"]:
         text = texts.get(("inputs", place["name"]), "An image or array of any mode.")
         names = place["name"]
-        kind = "Image or array_like"
+        kind = "Image or array"
         if place["takes_many"]:
             names += f", *{place['name']}s"
             if has_constant(node):

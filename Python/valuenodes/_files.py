@@ -22,7 +22,7 @@ def write(path, image, type=None, *, samples="unit", opacity="auto", metadata="k
     ----------
     path : str or os.PathLike
         The file.
-    image : Image or array_like
+    image : Image or array
         What is written.
     type : {"float", "half", "uint16", "uint8", "int16"}, optional
         What the samples are stored as. Without one, the first of these that the format has, but for int16; one that

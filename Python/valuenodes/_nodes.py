@@ -44,7 +44,7 @@ def apply(name, /, *images, **attributes):
     name : str, tuple of int, or class
         The node type: its class name ("ImageValueAddNode"), its display name ("Value Add"), its three numbers
         (10, 320, 5), or a class that was registered. It may be of any library that is loaded.
-    *images : Image or array_like
+    *images : Image or array
         What its inputs are given, in their order.
     **attributes
         Its attributes by name; an input may be given by name as well.
