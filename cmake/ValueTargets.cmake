@@ -26,7 +26,9 @@ endif()
 
 find_program(VALUE_CCACHE ccache)
 if(VALUE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${VALUE_CCACHE}")
+  # Without these allowances it keeps nothing of sources with precompiled headers.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros;${VALUE_CCACHE}")
 endif()
 
 add_library(ValueBuild INTERFACE)

@@ -21,7 +21,7 @@ using ScEng::Status;
 class TypeGuard : public testing::Test {
  protected:
   void SetUp() override {
-    const std::string file = std::string(VALUE_TEST_LIBRARIES) + "/ThrowsInCreateNode.so";
+    const std::string file = VALUE_TEST_LIBRARIES "/ThrowsInCreateNode.so";
     Status status;
     library_ = NodeLibrary::Load(file, status);
     ASSERT_NE(library_, nullptr) << status.GetMessage();
