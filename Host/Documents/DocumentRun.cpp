@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -264,8 +265,9 @@ void DocumentRun::WriteOutput(std::size_t output, const Image* image) {
   OutputReport& told = report_.outputs[output];
   const DocumentOutput& asked = content_.outputs[output];
   if (image == nullptr) {
+    const OutputEntry& output_entry = content_.output_entries[output];
     report_.findings.AddError("output " + Quote(told.source) + " has no image, so " + QuotePath(told.file) +
-                              " is not written");
+                              " is not written" + DescribeLack(*output_entry.entry, output_entry.outplug));
     report_.failure = std::max(report_.failure, RunFailure::kNode);
     return;
   }
@@ -277,6 +279,13 @@ void DocumentRun::WriteOutput(std::size_t output, const Image* image) {
   const Status status = WriteImageLayers({{asked.layer, image, options}}, told.file, notes, &type);
   if (!status.IsError()) pending_.Tell({told.file, image->GetImageHeader(), type});
   ReportWrite(&told, image->GetImageHeader(), status, notes);
+}
+
+std::string DocumentRun::DescribeLack(const DocumentEntry& entry, unsigned outplug) {
+  // Images do not come and go during a run, and many outputs may lack theirs.
+  if (!flow_) flow_ = std::make_unique<const ImageFlow>(content_);
+  if (flow_->GetDelivery(entry, outplug) != ImageFlow::Delivery::kNo) return {};
+  return ": " + flow_->DescribeCause(entry, outplug);
 }
 
 void DocumentRun::ReportWrite(const void* writer, const ImageHeader& header, const Status& status,
@@ -336,9 +345,10 @@ RefPtr<Image> GraphDocument::Evaluate(const std::string& plug, RunReport& report
     report.failure = RunFailure::kNode;
     return image;
   }
-  report = DocumentRun(*this).Evaluate(*found.entry->node, found.outplug, options, &image);
+  DocumentRun run(*this);
+  report = run.Evaluate(*found.entry->node, found.outplug, options, &image);
   if (!image && report.failure == RunFailure::kNone && !report.canceled) {
-    report.findings.AddError("output " + Quote(plug) + " has no image");
+    report.findings.AddError("output " + Quote(plug) + " has no image" + run.DescribeLack(*found.entry, found.outplug));
     report.failure = RunFailure::kNode;
   }
   return image;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -14,6 +15,7 @@
 
 #include "Host/Documents/DocumentContent.h"
 #include "Host/Documents/GraphDocument.h"
+#include "Host/Documents/ImageFlow.h"
 #include "Host/Files/PendingWrites.h"
 
 namespace ScEng {
@@ -27,6 +29,8 @@ class DocumentRun {
   RunReport WriteAll(const GraphDocument::Progress& progress, Engine::Options options);
   /// Evaluates one output and writes nothing.
   RunReport Evaluate(Node& node, unsigned outplug, Engine::Options options, ImagePtr* image);
+  /// ": nothing is connected to "image" of node "a"": why an output has no image, where its connections say so.
+  [[nodiscard]] std::string DescribeLack(const DocumentEntry& entry, unsigned outplug);
 
  private:
   /// What is written into one file.
@@ -74,6 +78,8 @@ class DocumentRun {
   /// The connections that feed the path of a writer.
   std::unordered_map<const DocumentEntry*, const ConnectionEntry*> path_sources_;
   std::unordered_set<const Node*> reported_;
+  /// Made when an output lacks its image.
+  std::unique_ptr<const ImageFlow> flow_;
 };
 
 }  // namespace ScEng

@@ -3,11 +3,13 @@
 
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <optional>
 #include <system_error>
 #include <vector>
 
+#include "Host/Files/ImageFile.h"
 #include "Host/Util/ClosestName.h"
 
 namespace py = pybind11;
@@ -147,6 +149,22 @@ void SetAttribute(Attribute& attribute, py::handle value, const std::string& fun
   }
   const auto color = ReadNumbers(attribute, value, 4, "(red, green, blue, opacity)", function);
   attribute.SetRgbo(color[0], color[1], color[2], color[3], false);
+}
+
+FailedFile FindFile(const Node& node) {
+  for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
+    const Attribute& attribute = *node.GetAttribute(i);
+    const bool is_path =
+        attribute.GetKind() == Attribute::Kind::kString && attribute.GetStringUse() != Attribute::StringUse::kText;
+    if (!is_path) continue;
+    const bool is_written = attribute.GetStringUse() == Attribute::StringUse::kWritePath;
+    const std::string text = attribute.GetValue().GetText();
+    const std::filesystem::path file =
+        is_written ? ScEng::MakePath(text, attribute.GetFolder()) : ScEng::MakeReadPath(text, attribute.GetFolder());
+    const bool is_named = node.GetStateMessage().find(file.filename().string()) != std::string::npos;
+    if (!text.empty() && is_named) return {file.string(), is_written};
+  }
+  return {};
 }
 
 py::object ToPython(const PlugValue& value) {

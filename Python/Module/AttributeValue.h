@@ -6,12 +6,18 @@
 #include <string>
 
 #include "Host/Tools/Attribute.h"
+#include "Host/Tools/Node.h"
+#include "Python/Module/Errors.h"
 
 namespace ValuePython {
 
 /// Sets an attribute from an object of Python. Throws TypeError for a value of another kind, ValueError for a number
 /// out of bounds or a word that is none of the choice; `function` is what the message calls the node.
 void SetAttribute(Attribute& attribute, pybind11::handle value, const std::string& function);
+
+/// The file that a node which could not read or write one names by its own attribute; none where its message is of
+/// another one, as where the path comes from a connection.
+FailedFile FindFile(const Node& node);
 
 /// What a plug carries, as an object of Python; None for nothing and for an image.
 pybind11::object ToPython(const PlugValue& value);

@@ -26,7 +26,7 @@ void WriteFile(const SharedImage& image, const std::string& path, const std::str
   interruption.Run([&] {
     status = ScEng::WriteImageLayers({{layer, lent.Get(), options}}, ScEng::MakePath(path), notes);
   });
-  if (status.IsError()) ThrowFileError(status.GetMessage());
+  if (status.IsError()) ThrowFileError(status.GetMessage(), {path, true});
   Warn(notes);
 }
 

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <png.h>
 #include <pybind11/stl.h>
 
 #include <algorithm>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +11,7 @@
 #include "Host/Viewing/DrawView.h"
 #include "Python/Module/Bindings.h"
 #include "Python/Module/Interruption.h"
+#include "Python/Module/PngPicture.h"
 #include "Python/Module/SharedImage.h"
 
 namespace py = pybind11;
@@ -39,22 +38,6 @@ ScEng::Look MakeLook(const std::optional<std::pair<float, float>>& range, const 
   return look;
 }
 
-/// Pixels of four bytes, red, green, blue and opacity, as a PNG.
-std::string EncodePng(int width, int height, const std::string& pixels) {
-  png_image picture{};
-  picture.version = PNG_IMAGE_VERSION;
-  picture.width = static_cast<png_uint_32>(width);
-  picture.height = static_cast<png_uint_32>(height);
-  picture.format = PNG_FORMAT_RGBA;
-  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(picture);
-  std::string png(size, '\0');
-  if (png_image_write_to_memory(&picture, png.data(), &size, 0, pixels.data(), 0, nullptr) == 0) {
-    throw std::runtime_error(std::string("a picture could not be made: ") + picture.message);
-  }
-  png.resize(size);
-  return png;
-}
-
 /// The bytes of a PNG of at most `most` columns and rows.
 py::bytes Draw(const SharedImage& image, const std::optional<std::pair<float, float>>& range,
                const std::optional<std::string>& colormap, int most) {
@@ -71,10 +54,9 @@ py::bytes Draw(const SharedImage& image, const std::optional<std::pair<float, fl
   Interruption interruption;
   interruption.Run([&] {
     const auto view = ScEng::ViewImage::Make(*lent);
-    ScEng::DrawView(
-        *view, look, {0.0, 0.0, zoom},
-        {reinterpret_cast<std::uint8_t*>(bytes.data()), width, height, static_cast<std::size_t>(width) * 4});
-    png = EncodePng(width, height, bytes);
+    auto* const pixels = reinterpret_cast<std::uint8_t*>(bytes.data());
+    ScEng::DrawView(*view, look, {0.0, 0.0, zoom}, {pixels, width, height, static_cast<std::size_t>(width) * 4});
+    png = EncodePng(static_cast<std::size_t>(width), static_cast<std::size_t>(height), pixels);
   });
   return py::bytes(png);
 }

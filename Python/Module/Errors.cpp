@@ -13,37 +13,51 @@ namespace {
 
 py::object FindClass(const char* name) { return py::module_::import("valuenodes._errors").attr(name); }
 
-[[noreturn]] void Throw(const char* name, const std::string& message) {
-  PyErr_SetString(FindClass(name).ptr(), message.c_str());
+py::str Decode(const std::string& text) {
+  return py::reinterpret_steal<py::str>(
+      PyUnicode_DecodeUTF8(text.data(), static_cast<py::ssize_t>(text.size()), "replace"));
+}
+
+[[noreturn]] void Raise(const py::object& error, const py::object& cause = {}) {
+  if (cause) PyException_SetCause(error.ptr(), py::object(cause).release().ptr());
+  PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(error.ptr())), error.ptr());
   throw py::error_already_set();
+}
+
+/// A file error; of a missing or forbidden file it is of a class that says so.
+py::object MakeFileError(const std::string& message, const py::object& problems, const FailedFile& file) {
+  return FindClass("make_file_error")(Decode(message), problems, py::bytes(file.path), file.is_written);
+}
+
+/// The first problem, with the number of the others.
+std::string CountOthers(const std::string& first, std::size_t problems) {
+  if (problems < 2) return first;
+  return first + " (and " + std::to_string(problems - 1) + (problems == 2 ? " more problem)" : " more problems)");
 }
 
 }  // namespace
 
-void ThrowNodeError(const std::string& message) { Throw("NodeError", message); }
-void ThrowFileError(const std::string& message) { Throw("FileError", message); }
-void ThrowValueNodesError(const std::string& message) { Throw("ValueNodesError", message); }
-
-void ThrowDocumentError(const std::vector<std::string>& problems) {
-  std::string message = problems.front();
-  if (problems.size() > 1)
-    message +=
-        " (and " + std::to_string(problems.size() - 1) + (problems.size() == 2 ? " more problem)" : " more problems)");
-  const py::object error_class = FindClass("DocumentError");
-  PyErr_SetObject(error_class.ptr(), error_class(message, problems).ptr());
-  throw py::error_already_set();
+void ThrowNodeError(const std::string& message, const py::object& cause) {
+  Raise(FindClass("NodeError")(Decode(message)), cause);
 }
 
-void ThrowRunError(bool is_of_file, const std::string& message, const std::vector<std::string>& problems,
-                   const py::object& written) {
-  const py::object error_class = FindClass(is_of_file ? "FileError" : "NodeError");
-  const auto text = py::reinterpret_steal<py::str>(
-      PyUnicode_DecodeUTF8(message.data(), static_cast<py::ssize_t>(message.size()), "replace"));
-  py::object error = error_class(text);
-  error.attr("problems") = py::tuple(py::cast(problems));
-  if (!written.is_none()) error.attr("written") = py::tuple(written);
-  PyErr_SetObject(error_class.ptr(), error.ptr());
-  throw py::error_already_set();
+void ThrowFileError(const std::string& message, const FailedFile& file) {
+  Raise(MakeFileError(message, py::none(), file));
+}
+
+void ThrowValueNodesError(const std::string& message) { Raise(FindClass("ValueNodesError")(Decode(message))); }
+
+void ThrowDocumentError(const std::vector<std::string>& problems) {
+  Raise(FindClass("DocumentError")(CountOthers(problems.front(), problems.size()), problems));
+}
+
+void ThrowRunError(const FailedRun& run) {
+  const std::string message = CountOthers(run.message, run.problems.size());
+  const py::tuple problems(py::cast(run.problems));
+  const py::object error =
+      run.is_of_file ? MakeFileError(message, problems, run.file) : FindClass("NodeError")(Decode(message), problems);
+  if (!run.written.is_none()) error.attr("written") = py::tuple(run.written);
+  Raise(error, run.cause);
 }
 
 void ThrowOverflow(const std::string& message) {

@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "Host/Documents/GraphPicture.h"
+#include "Python/Module/AttributeValue.h"
 #include "Python/Module/Errors.h"
 #include "Python/Module/GraphObject.h"
 #include "Python/Module/GraphUse.h"
@@ -15,6 +16,36 @@
 namespace py = pybind11;
 
 namespace ValuePython {
+namespace {
+
+/// How a node has failed, in as many lines as it says.
+std::string DescribeFailure(const Node& node) {
+  return "node " + Quote(node.GetLabel()) + ": " + node.GetStateMessage();
+}
+
+/// What those of the nodes that have failed say.
+ScEng::Findings ListFailures(const std::vector<const Node*>& nodes) {
+  ScEng::Findings failures;
+  for (const Node* const node : nodes) {
+    if (node->IsInError()) failures.AddError(DescribeFailure(*node));
+  }
+  return failures;
+}
+
+/// The file of the output that a problem is about; false for problems of another kind.
+bool FindOutputFile(const ScEng::RunReport& report, const std::string& problem, FailedFile& file) {
+  for (const ScEng::OutputReport& output : report.outputs) {
+    const std::string name = "output " + Quote(output.source);
+    // An output without an image is no matter of files.
+    const bool is_of_file = problem.starts_with(name + ": ") || problem.starts_with(name + " is not written");
+    if (!is_of_file) continue;
+    file = {output.file.string(), true};
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
 
 ScEng::Findings GraphObject::Check() {
   const Use use(*this);
@@ -83,7 +114,11 @@ GraphObject::SharedImagePtr GraphObject::Evaluate(const std::string& written, co
   interruption.Run([&] { image = document_->Evaluate(plug, report, options); });
   DeliverLog();
   const std::vector<const Node*> nodes = FindSources(id);
-  if (!image) ThrowFailure(report, nodes, py::none());
+  if (!image) {
+    // What is wrong elsewhere in the graph does not concern this output.
+    if (ScEng::Findings failures = ListFailures(nodes); !failures.errors.empty()) report.findings = std::move(failures);
+    ThrowFailure(report, interruption, py::none());
+  }
   for (const Node* const node : nodes) {
     if (!node->IsInError()) WarnLines(node->GetStateMessage());
   }
@@ -114,11 +149,7 @@ py::list GraphObject::Run(const py::object& progress) {
     written.append(py::make_tuple(file.file.string(), std::pair(file.header.size_x, file.header.size_y),
                                   ScEng::GetName(file.type)));
   }
-  if (!report.findings.errors.empty()) {
-    std::vector<const Node*> nodes;
-    for (const std::string& id : document_->GetIds()) nodes.push_back(document_->FindNode(id));
-    ThrowFailure(report, nodes, written);
-  }
+  if (!report.findings.errors.empty()) ThrowFailure(report, interruption, written);
   Warn(report.findings.notes);
   return written;
 }
@@ -144,33 +175,52 @@ std::vector<const Node*> GraphObject::FindSources(const std::string& id) const {
     before[connection.to.substr(0, connection.to.rfind('.'))].push_back(
         connection.from.substr(0, connection.from.rfind('.')));
   }
-  std::vector<const Node*> nodes;
   std::vector<std::string> pending{id};
   std::unordered_set<std::string> seen{id};
   while (!pending.empty()) {
     const std::string next = std::move(pending.back());
     pending.pop_back();
-    if (const Node* const node = document_->FindNode(next)) nodes.push_back(node);
     for (const std::string& source : before[next]) {
       if (seen.insert(source).second) pending.push_back(source);
     }
   }
+  std::vector<const Node*> nodes;
+  for (const std::string& one : document_->GetIds()) {
+    const Node* const node = seen.contains(one) ? document_->FindNode(one) : nullptr;
+    if (node != nullptr) nodes.push_back(node);
+  }
   return nodes;
 }
 
-void GraphObject::ThrowFailure(const ScEng::RunReport& report, const std::vector<const Node*>& nodes,
+void GraphObject::ThrowFailure(const ScEng::RunReport& report, const Interruption& interruption,
                                const py::object& written) const {
-  const bool is_of_file = report.failure == ScEng::RunFailure::kFile;
-  std::string message = report.findings.errors.empty() ? "there is no image" : report.findings.errors.front();
-  const Node* failed = nullptr;
-  for (const Node* const node : nodes) {
-    if (node == nullptr || !node->IsInError()) continue;
-    const bool is_file_error = node->GetState() == Node::State::kFileError;
-    if (failed == nullptr && (is_file_error || !is_of_file)) failed = node;
+  FailedRun run;
+  run.problems = report.findings.errors;
+  run.is_of_file = report.failure == ScEng::RunFailure::kFile;
+  run.written = written;
+  run.message = run.problems.empty() ? "there is no image" : run.problems.front();
+  std::unordered_map<std::string, const Node*> failed;
+  for (const std::string& id : document_->GetIds()) {
+    const Node* const node = document_->FindNode(id);
+    if (node != nullptr && node->IsInError()) failed.emplace(ScEng::MakeLine(DescribeFailure(*node)), node);
   }
-  // The whole message: a node in Python says where it failed in further lines.
-  if (failed != nullptr) message = "node " + Quote(failed->GetLabel()) + ": " + failed->GetStateMessage();
-  ThrowRunError(is_of_file, message, report.findings.errors, written);
+  // Of problems of several kinds, the first one that the class of the error stands for is told of.
+  for (const std::string& problem : run.problems) {
+    const auto found = failed.find(problem);
+    if (found == failed.end()) {
+      if (!run.is_of_file || !FindOutputFile(report, problem, run.file)) continue;
+      run.message = problem;
+      break;
+    }
+    const Node& node = *found->second;
+    const bool is_of_file = node.GetState() == Node::State::kFileError;
+    if (is_of_file != run.is_of_file) continue;
+    run.message = DescribeFailure(node);
+    run.cause = interruption.FindFailure(&node);
+    if (is_of_file) run.file = FindFile(node);
+    break;
+  }
+  ThrowRunError(run);
 }
 
 }  // namespace ValuePython

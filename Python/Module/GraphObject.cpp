@@ -38,7 +38,7 @@ std::unique_ptr<GraphObject> GraphObject::Load(const std::string& path, bool kee
   bool is_read = false;
   Interruption interruption;
   interruption.Run([&] { is_read = document->Load(path, findings, MakeOptions(keeps_unknown)); });
-  if (!is_read) ThrowFileError(findings.errors.front());
+  if (!is_read) ThrowFileError(findings.errors.front(), {path, false});
   if (!findings.errors.empty()) ThrowDocumentError(findings.errors);
   Warn(findings.notes);
   return std::unique_ptr<GraphObject>(new GraphObject(std::move(document)));
@@ -81,7 +81,7 @@ void GraphObject::Save(const std::string& path) {
   ScEng::Status status;
   Interruption interruption;
   interruption.Run([&] { status = document_->Save(file); });
-  if (status.IsError()) ThrowFileError(status.GetMessage());
+  if (status.IsError()) ThrowFileError(status.GetMessage(), {path, true});
   ScEng::DocumentEdits(*document_).SetFolder(file.parent_path());
 }
 

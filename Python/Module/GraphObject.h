@@ -16,6 +16,8 @@
 
 namespace ValuePython {
 
+class Interruption;
+
 /// A document as an object of Python. Used with the interpreter's lock, which is released while it reads, evaluates and
 /// writes.
 ///
@@ -76,9 +78,9 @@ class GraphObject {
   /// Node and attribute of "id.attribute".
   std::pair<Node*, Attribute*> FindAttribute(const std::string& written) const;
   Node& FindNode(const std::string& id) const;
-  /// The nodes that a node depends on, itself included.
+  /// The nodes that a node depends on, itself included, in the order of the document.
   [[nodiscard]] std::vector<const Node*> FindSources(const std::string& id) const;
-  [[noreturn]] void ThrowFailure(const ScEng::RunReport& report, const std::vector<const Node*>& nodes,
+  [[noreturn]] void ThrowFailure(const ScEng::RunReport& report, const Interruption& interruption,
                                  const pybind11::object& written) const;
 
   std::unique_ptr<ScEng::GraphDocument> document_;

@@ -96,6 +96,13 @@ void Interruption::Stop(py::error_already_set error) {
   cancellation_.Request();
 }
 
+void Interruption::RememberFailure(const void* node, py::object exception) { failures_[node] = std::move(exception); }
+
+py::object Interruption::FindFailure(const void* node) const {
+  const auto found = failures_.find(node);
+  return found == failures_.end() ? py::object() : found->second;
+}
+
 void Interruption::Ask() {
   const WithLock lock;
   if (PyErr_CheckSignals() == 0) return;

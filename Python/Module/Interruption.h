@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <optional>
+#include <unordered_map>
 
 #include "Host/Util/Cancellation.h"
 #include "Host/Util/EvaluationScope.h"
@@ -32,6 +33,11 @@ class Interruption {
   /// Stops the work for an exception that code of Python has raised within it, which `Run` then throws. With the lock.
   void Stop(pybind11::error_already_set error);
 
+  /// Remembers the exception of Python by which a node has failed; with the lock.
+  void RememberFailure(const void* node, pybind11::object exception);
+  /// The exception that is remembered of a node; null for none. With the lock.
+  [[nodiscard]] pybind11::object FindFailure(const void* node) const;
+
   /// Calls `work` without the lock, then throws what the handler of a signal has raised, if anything.
   void Run(const std::function<void()>& work);
 
@@ -46,6 +52,7 @@ class Interruption {
   Interruption* outer_;
   ScEng::Cancellation cancellation_;
   std::optional<pybind11::error_already_set> raised_;
+  std::unordered_map<const void*, pybind11::object> failures_;
   ScEng::EvaluationScope scope_;
   ScEng::PollScope poll_;
 };

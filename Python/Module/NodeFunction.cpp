@@ -129,7 +129,7 @@ py::object NodeFunction::Call(const py::args& given, const py::kwargs& attribute
   Interruption interruption;
   interruption.Run([&] { images = engine_node.Evaluate(inputs, interruption.GetCancellation()); });
   DeliverLog();
-  CheckState(node);
+  CheckState(node, interruption);
 
   std::vector<py::object> outputs;
   for (unsigned i = 0; i < images.size(); ++i) {
@@ -240,11 +240,11 @@ void NodeFunction::SetAttributes(Node& node, const Work& work) const {
   }
 }
 
-void NodeFunction::CheckState(const Node& node) const {
+void NodeFunction::CheckState(const Node& node, const Interruption& interruption) const {
   const std::string& message = node.GetStateMessage();
   switch (node.GetState()) {
-    case Node::State::kFileError: ThrowFileError(message);
-    case Node::State::kError: ThrowNodeError(name_ + ": " + message);
+    case Node::State::kFileError: ThrowFileError(message, FindFile(node));
+    case Node::State::kError: ThrowNodeError(name_ + ": " + message, interruption.FindFailure(&node));
     default: break;
   }
   if (!message.empty()) WarnLines(message);

@@ -12,6 +12,7 @@
 
 #include "Host/Tools/NodeInterface.h"
 #include "Host/Tools/NodeType.h"
+#include "Python/Module/Interruption.h"
 #include "Python/Module/NodeEngine.h"
 #include "Python/Module/SharedImage.h"
 
@@ -43,7 +44,7 @@ class NodeFunction {
   void ReadKeywords(const pybind11::kwargs& attributes, Work& work) const;
   void ReadNamedImage(std::size_t input, pybind11::handle given, Work& work) const;
   void CheckInputs(const Work& work) const;
-  void CheckState(const Node& node) const;
+  void CheckState(const Node& node, const Interruption& interruption) const;
   void SetAttributes(Node& node, const Work& work) const;
   [[nodiscard]] pybind11::object MakeResult(const std::vector<pybind11::object>& outputs) const;
   [[nodiscard]] std::string ListInputs() const;

@@ -30,18 +30,10 @@ std::string SummarizeError(const py::list& lines) {
   return summary.substr(0, summary.find('\n'));
 }
 
-/// The error in one line, and below it where it was raised, with all of its message: of a node within a node that is
-/// the description of the inner one, which stands there once.
+/// The error in one line.
 std::string DescribeError(const py::error_already_set& error) {
   const py::module_ traceback = py::module_::import("traceback");
-  const auto join = [](const py::object& lines) {
-    auto text = py::str("").attr("join")(lines).attr("rstrip")().attr("encode")("utf-8", "replace");
-    return text.cast<std::string>();
-  };
-  const py::list lines = traceback.attr("format_exception_only")(error.type(), error.value());
-  if (!error.trace()) return join(lines);
-  return SummarizeError(lines) + "\n" +
-         join(traceback.attr("format_exception")(error.type(), error.value(), error.trace()));
+  return SummarizeError(traceback.attr("format_exception_only")(error.type(), error.value()));
 }
 
 py::object DecodeText(const std::string& text) {
@@ -127,15 +119,20 @@ void PythonNode::Evaluate(unsigned evaluation, const std::vector<PlugValue>& inp
       interruption->Stop(std::move(error));
       throw ScEng::Canceled();
     }
-    Fail(evaluation, DescribeError(error));
+    Fail(evaluation, DescribeError(error), error);
   } catch (const py::builtin_exception& error) {
-    Fail(evaluation, error.what());
+    error.set_error();
+    Fail(evaluation, error.what(), py::error_already_set());
   }
 }
 
-void PythonNode::Fail(unsigned evaluation, const std::string& message) {
+void PythonNode::Fail(unsigned evaluation, const std::string& message, const py::error_already_set& error) {
   std::fill(outputs_.begin(), outputs_.end(), ImagePtr());
   SetState(evaluation, State::kError, message);
+  Interruption* const interruption = Interruption::GetCurrent();
+  if (interruption == nullptr) return;
+  if (error.trace()) PyException_SetTraceback(error.value().ptr(), error.trace().ptr());
+  interruption->RememberFailure(this, error.value());
 }
 
 py::handle PythonNode::GetObject() {

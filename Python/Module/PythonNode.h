@@ -38,7 +38,8 @@ class PythonNode : public Node {
   pybind11::dict MakeKeywords(const std::vector<PlugValue>& inputs) const;
   [[nodiscard]] pybind11::handle GetObject();
   void TakeResults(pybind11::object results, const Image* like);
-  void Fail(unsigned evaluation, const std::string& message);
+  /// The exception itself becomes the cause of what the caller gets.
+  void Fail(unsigned evaluation, const std::string& message, const pybind11::error_already_set& error);
 
   const PythonType& type_;
   /// Made at the first evaluation.

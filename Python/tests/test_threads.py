@@ -307,3 +307,18 @@ def test_ctrl_c_is_not_lost_in_the_log():
         logger.removeHandler(handler)
         logger.setLevel(level)
         signal.signal(signal.SIGINT, before)
+
+
+def test_signals_are_handled_while_a_picture_is_made():
+    image = vn.Image(np.random.default_rng(1).random((4096, 4096), dtype=np.float32))
+    # By the processor time of this thread, which a busy machine does not stretch.
+    moments = [time.thread_time()]
+    before = signal.signal(signal.SIGALRM, lambda *_: moments.append(time.thread_time()))
+    try:
+        signal.setitimer(signal.ITIMER_REAL, 0.01, 0.01)
+        image.to_png()
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, before)
+    moments.append(time.thread_time())
+    assert max(later - sooner for sooner, later in zip(moments, moments[1:])) < 0.1

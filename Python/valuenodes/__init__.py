@@ -20,7 +20,15 @@ except ImportError as _error:
 
     raise _explain(_error) from None
 from ._classes import Node, register
-from ._errors import DocumentError, FileError, NodeError, ValueNodesError, ValueNodesWarning
+from ._errors import (
+    DocumentError,
+    FileError,
+    FilePermissionError,
+    MissingFileError,
+    NodeError,
+    ValueNodesError,
+    ValueNodesWarning,
+)
 from ._image import Image
 from . import _functions
 from ._functions import *
@@ -34,9 +42,11 @@ __all__ = [
     "Connection",
     "DocumentError",
     "FileError",
+    "FilePermissionError",
     "Findings",
     "Graph",
     "Image",
+    "MissingFileError",
     "Node",
     "NodeError",
     "Output",
