@@ -78,10 +78,19 @@ void Bench::RegisterRelief() {
                RunBevel(state, *MakeMask(), {.steps = radius_px, .start = (radius_px + 1) / 2});
              });
   }
-  Register("Relief/emboss/soft_mask/5", Threads::kOneAndTwo, [](benchmark::State& state) {
-    const ImagePtr mask = MakeMask();
-    Image soft(*mask);
-    Filter::ApplyGaussianBlur(*mask, soft, 2.0F, 2.0F, 'p');
-    RunBevel(state, soft, {.steps = 5, .start = 3});
-  });
+  struct Softening {
+    const char* name;
+    float sigma;
+  };
+  for (const Softening& softening : {Softening{"antialiased", 0.5F}, {"soft", 2.0F}, {"very_soft", 16.0F}}) {
+    for (const int radius_px : {5, 25, 250}) {
+      Register(std::string("Relief/emboss/") + softening.name + "_mask/" + std::to_string(radius_px),
+               Threads::kOneAndTwo, [radius_px, sigma = softening.sigma](benchmark::State& state) {
+                 const ImagePtr mask = MakeMask();
+                 Image soft(*mask);
+                 Filter::ApplyGaussianBlur(*mask, soft, sigma, sigma, 'p');
+                 RunBevel(state, soft, {.steps = radius_px, .start = (radius_px + 1) / 2});
+               });
+    }
+  }
 }

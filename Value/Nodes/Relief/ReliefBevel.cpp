@@ -17,6 +17,7 @@
 #include "Host/Image/Filter.h"
 #include "Host/Image/ImageRegion.h"
 #include "Host/Util/ParallelRows.h"
+#include "Value/Nodes/Relief/ReliefSoftBevel.h"
 
 namespace ReliefBevel {
 namespace {
@@ -27,11 +28,6 @@ constexpr std::int32_t kNever = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kAlways = std::numeric_limits<std::int32_t>::min();
 /// The largest float that fits.
 constexpr float kFurthest = 2147483520.0F;
-
-float GetLevelOfStep(const Rings& rings, int step) {
-  const float t = static_cast<float>(step + 1) * (1.0F / static_cast<float>(rings.steps));
-  return GetLevel(rings.profile, rings.is_inverted ? 1.0F - t : t);
-}
 
 /// Calls `body(i)` for each of so many pixels.
 template <class Body>
@@ -143,7 +139,42 @@ void DrawEvenly(float mask, const Rings& rings, int from, int to, Image& output)
   std::transform(samples, samples + output.GetNumSamples(), samples, [&](float sample) { return values.Get(sample); });
 }
 
+/// Draws a bevel with `draw_steps(first, end)` for the steps in which no disc covers the whole mask.
+template <class DrawSteps>
+void DrawInParts(const Image& mask, const Rings& rings, Image& output, const DrawSteps& draw_steps) {
+  if (rings.steps <= 0 || mask.GetNumSamples() == 0) return;
+  // The offset from which on a disc covers the whole mask, whichever pixel it is around.
+  const int covering = static_cast<int>(
+      std::ceil(std::hypot(static_cast<double>(mask.GetSizeX()), static_cast<double>(mask.GetSizeY()))));
+  const int last = rings.steps - 1;
+  // Steps [0, first) grow the mask at least so far, and steps from `end` on shrink it so far.
+  const int first = std::clamp(rings.start - covering + 1, 0, rings.steps);
+  const int end = rings.start - last > -covering ? rings.steps : std::max(first, rings.start + covering);
+  if (first > 0) DrawEvenly(FindCovering(mask, covering, true), rings, 0, first, output);
+  if (first < end) draw_steps(first, end);
+  if (end < rings.steps) DrawEvenly(FindCovering(mask, covering, false), rings, end, rings.steps, output);
+}
+
+void DrawSteps(const Image& mask, bool wrap, const Rings& rings, int first, int end, Image& output) {
+  Image working(mask.GetImageHeader(), nullptr);
+  for (int i = first; i < end; ++i) {
+    const auto offset = static_cast<float>(rings.start - i);
+    Filter::Copy(&mask, &working);
+    ImageRegion region;
+    region.Init(&working, 0, 0, working.GetSizeX(), working.GetSizeY(), -1);
+    if (offset > 0.0F) region.Grow(offset, offset, wrap);
+    if (offset < 0.0F) region.Shrink(-offset, -offset, wrap);
+    const float level = GetLevelOfStep(rings, i);
+    Filter::Fill(output, &working, &level, 0);
+  }
+}
+
 }  // namespace
+
+float GetLevelOfStep(const Rings& rings, int step) {
+  const float t = static_cast<float>(step + 1) * (1.0F / static_cast<float>(rings.steps));
+  return GetLevel(rings.profile, rings.is_inverted ? 1.0F - t : t);
+}
 
 float GetLevel(ReliefProfile profile, float v) {
   switch (profile) {
@@ -156,27 +187,7 @@ float GetLevel(ReliefProfile profile, float v) {
 }
 
 void DrawStepByStep(const Image& mask, bool wrap, const Rings& rings, Image& output) {
-  if (rings.steps <= 0 || mask.GetNumSamples() == 0) return;
-  // The offset from which on a disc covers the whole mask, whichever pixel it is around.
-  const int covering = static_cast<int>(
-      std::ceil(std::hypot(static_cast<double>(mask.GetSizeX()), static_cast<double>(mask.GetSizeY()))));
-  const int last = rings.steps - 1;
-  // Steps [0, first) grow the mask at least so far, and steps from `end` on shrink it so far.
-  const int first = std::clamp(rings.start - covering + 1, 0, rings.steps);
-  const int end = rings.start - last > -covering ? rings.steps : std::max(first, rings.start + covering);
-  if (first > 0) DrawEvenly(FindCovering(mask, covering, true), rings, 0, first, output);
-  Image working(mask.GetImageHeader(), nullptr);
-  for (int i = first; i < end; ++i) {
-    const auto offset = static_cast<float>(rings.start - i);
-    Filter::Copy(&mask, &working);
-    ImageRegion region;
-    region.Init(&working, 0, 0, working.GetSizeX(), working.GetSizeY(), -1);
-    if (offset > 0.0F) region.Grow(offset, offset, wrap);
-    if (offset < 0.0F) region.Shrink(-offset, -offset, wrap);
-    const float level = GetLevelOfStep(rings, i);
-    Filter::Fill(output, &working, &level, 0);
-  }
-  if (end < rings.steps) DrawEvenly(FindCovering(mask, covering, false), rings, end, rings.steps, output);
+  DrawInParts(mask, rings, output, [&](int first, int end) { DrawSteps(mask, wrap, rings, first, end, output); });
 }
 
 Analysis::Analysis(const Image& mask, bool wrap) : mask_(mask), wrap_(wrap) {
@@ -193,7 +204,14 @@ Analysis::Analysis(const Image& mask, bool wrap) : mask_(mask), wrap_(wrap) {
 
 void Analysis::Draw(const Rings& rings, Image& output) {
   if (rings.steps <= 0) return;
-  if (!is_hard_) return DrawStepByStep(mask_, wrap_, rings, output);
+  if (!is_hard_) {
+    DrawInParts(mask_, rings, output, [&](int first, int end) {
+      const int reach = std::max(rings.start - first, end - 1 - rings.start);
+      const auto draw = CanDrawSoft(mask_, reach) ? DrawSoft : DrawSteps;
+      draw(mask_, wrap_, rings, first, end, output);
+    });
+    return;
+  }
 
   if (least_offsets_.empty()) {
     least_offsets_.resize(mask_.GetNumSamples());

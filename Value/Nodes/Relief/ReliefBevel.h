@@ -27,6 +27,9 @@ inline constexpr double kMostBlends = 3e10;
 /// 1 - sqrt(1 - v^2).
 float GetLevel(ReliefProfile profile, float v);
 
+/// The level of step `step` of a bevel.
+float GetLevelOfStep(const Rings& rings, int step);
+
 /// Draws a bevel as it is defined: one copy of the mask for each step, grown or shrunk by a disc and filled into the
 /// output. `output` and `mask` are images of one size in the value mode.
 ///
@@ -44,7 +47,8 @@ class Analysis {
   /// Draws the same samples as `DrawStepByStep`.
   ///
   /// Where every sample of the mask is at most 0 or at least 1, a pixel belongs to all rings from the first on up to
-  /// one that its exact distance from the edge tells. The distances are found once, for all bevels of the mask.
+  /// one that its exact distance from the edge tells. The distances are found once, for all bevels of the mask. Any
+  /// other mask is drawn by `DrawSoft`, or step by step where that does not take it.
   void Draw(const Rings& rings, Image& output);
 
  private:
