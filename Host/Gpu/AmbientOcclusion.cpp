@@ -26,10 +26,15 @@ constexpr const char* kLeastRise = "0.012f";
 constexpr int kTileRows = 8;
 /// Rows of a tile that share a window.
 constexpr int kSharing = 4;
+/// Rows whose windows one work-item finds.
+constexpr int kColumn = 16;
+/// A processor computes the image in strips of this many columns, so that what a tile looks at is still in its cache
+/// from the tile above.
+constexpr int kStripPixels = 256;
 /// A band of the image has about this many pixels: enough for every core, and little memory beside the image's own.
 constexpr std::size_t kBandPixels = std::size_t{1} << 22;
 
-/// The most heights of a band: twice as many, of both sizes of windows, are addressed by numbers of 32 bits.
+/// The most heights of a band, which are addressed by numbers of 32 bits.
 constexpr std::int64_t kMostHeights = (std::int64_t{1} << 30) - 64;
 
 template <class Whole>
@@ -56,7 +61,7 @@ struct Layout {
 
 /// Windows may reach farther than the steps, and steps no farther than the field is large.
 std::int64_t FindMargin(int steps, int size) {
-  return std::min<std::int64_t>(steps, std::int64_t{size} + 1) + 1 + OcclusionPlan::kLargestWindow;
+  return std::min<std::int64_t>(steps, std::int64_t{size} + 1) + 1 + OcclusionPlan::kWindow;
 }
 
 Layout MakeLayout(const DeviceRecord& device, const HeightField& field, int steps, std::size_t real_size) {
@@ -80,8 +85,7 @@ Layout MakeLayout(const DeviceRecord& device, const HeightField& field, int step
   };
   std::size_t band = kBandPixels / stride;
   if (device.largest_buffer > 0) {
-    // The largest buffer holds the windows of every size.
-    band = std::min(band, rows_in(device.largest_buffer / (real_size * OcclusionPlan::kNumWindows)));
+    band = std::min(band, rows_in(device.largest_buffer / real_size));
   }
   // A margin is copied for each band, so that bands are not made smaller than it.
   band = std::max(band, 2 * static_cast<std::size_t>(layout.margin_y));
@@ -253,11 +257,11 @@ Status Run::Compute(int steps, float* result) {
   const bool is_double = sizeof(Real) == sizeof(double);
   cl_program program = device_.GetProgram(
       std::string(is_double ? "-DREAL=double -DUSES_DOUBLE" : "-DREAL=float -cl-single-precision-constant") +
-          " -DLANES=" + std::to_string(layout.lanes) + " -DROWS=" + std::to_string(layout.rows) +
-          " -DSHARING=" + std::to_string(layout.sharing) + " -DLEAST=" + kLeastRise,
+          " -DLANES=" + std::to_string(layout.lanes) + " -DROWS=" + std::to_string(layout.rows) + " -DSHARING=" +
+          std::to_string(layout.sharing) + " -DCOLUMN=" + std::to_string(kColumn) + " -DLEAST=" + kLeastRise,
       status_);
   if (!IsFine()) return status_;
-  const Kernel widen = MakeKernel(program, "WidenWindows");
+  const Kernel find_highest = MakeKernel(program, "FindHighest");
   const Kernel occlude = MakeKernel(program, "Occlude");
   OpenQueue();
 
@@ -276,11 +280,10 @@ Status Run::Compute(int steps, float* result) {
   const Buffer offset_table = MakeTable(offsets);
   const Buffer share_table = MakeTable(shares);
   const Buffer inverse_table = MakeTable(inverses);
-  const auto plane = static_cast<cl_int>(layout.GetNumHeights());
   const Buffer start_table = MakeTable(plan.group_starts);
   std::vector<cl_int4> groups;
   for (const OcclusionPlan::Group& group : plan.groups) {
-    groups.push_back({{group.first, group.end, group.window * plane + group.y * layout.stride + group.x, 0}});
+    groups.push_back({{group.first, group.end, group.y * layout.stride + group.x, 0}});
   }
   const Buffer group_table = MakeTable(groups);
 
@@ -288,25 +291,21 @@ Status Run::Compute(int steps, float* result) {
   const auto size_x = static_cast<std::size_t>(field_.size_x);
   const std::size_t result_bytes = size_x * static_cast<std::size_t>(layout.band_size_y) * sizeof(float);
   const Buffer heights = MakeBuffer(CL_MEM_READ_ONLY, height_bytes);
-  const Buffer windows = MakeBuffer(CL_MEM_READ_WRITE, OcclusionPlan::kNumWindows * height_bytes);
+  const Buffer windows = MakeBuffer(CL_MEM_READ_WRITE, height_bytes);
   const Buffer band_result = MakeBuffer(CL_MEM_WRITE_ONLY, result_bytes);
 
+  const int columns = RoundUp(field_.size_x, layout.lanes) / layout.lanes;
+  const int strip = device_.GetRecord().is_processor ? std::max(kStripPixels / layout.lanes, 4) : RoundUp(columns, 16);
   for (int row = 0; IsFine() && row < field_.size_y; row += layout.band_size_y) {
     const int band_size_y = std::min(layout.band_size_y, field_.size_y - row);
     Map<Real>(heights, CL_MAP_WRITE_INVALIDATE_REGION, height_bytes,
               [&](Real* to) { FillHeights(field_, layout, row, to); });
-    const auto widen_into = [&](const Buffer& from, int from_plane, int to_plane, int side) {
-      Start(widen, layout.stride / layout.lanes, layout.padded_size_y, from, from_plane * plane, windows,
-            to_plane * plane, side, layout.stride, layout.padded_size_y);
-    };
-    // Two planes take turns and end with the two sizes of windows, 8 and 16.
-    widen_into(heights, 0, 0, 1);
-    widen_into(windows, 0, 1, 2);
-    widen_into(windows, 1, 0, 4);
-    widen_into(windows, 0, 1, 8);
-    Start(occlude, RoundUp(field_.size_x, layout.lanes) / layout.lanes, RoundUp(band_size_y, layout.rows) / layout.rows,
-          heights, windows, layout.stride, layout.margin_x, layout.margin_y, offset_table, share_table, inverse_table,
-          steps, start_table, group_table, band_result, field_.size_x, band_size_y);
+    Start(find_highest, layout.stride / layout.lanes, RoundUp(layout.padded_size_y, kColumn) / kColumn, heights,
+          windows, layout.stride, layout.padded_size_y);
+    const int num_strips = RoundUp(columns, strip) / strip;
+    Start(occlude, strip, RoundUp(band_size_y, layout.rows) / layout.rows * num_strips, heights, windows, layout.stride,
+          layout.margin_x, layout.margin_y, offset_table, share_table, inverse_table, steps, start_table, group_table,
+          band_result, field_.size_x, band_size_y, strip);
     Map<float>(band_result, CL_MAP_READ, result_bytes, [&](const float* from) {
       const std::size_t count = size_x * static_cast<std::size_t>(band_size_y);
       std::copy_n(from, count, result + static_cast<std::size_t>(row) * size_x);

@@ -45,18 +45,12 @@ OcclusionPlan::Step MakeStep(int direction, int length, const FieldShape& shape)
   return step;
 }
 
-/// The window for groups that begin at a step: larger farther out, where a bound may be taken at a nearer step than
-/// the highest pixel's without becoming much larger.
-int ChooseWindow(int first) { return first < 40 ? 0 : 1; }
-
 /// The longest group that begins at a step and whose pixels one window holds.
 OcclusionPlan::Group MakeGroup(const OcclusionPlan::Step* along, int first, int num_steps, bool meets_pixels,
                                int sharing) {
   OcclusionPlan::Group group;
   group.first = first;
   group.end = first;
-  group.window = ChooseWindow(first);
-  const int side = OcclusionPlan::kSmallestWindow << group.window;
   const int read = meets_pixels ? 1 : 2;
   int left = along[first].x;
   int right = left;
@@ -66,7 +60,7 @@ OcclusionPlan::Group MakeGroup(const OcclusionPlan::Step* along, int first, int 
     const OcclusionPlan::Step& step = along[group.end];
     const auto [new_left, new_right] = std::minmax({left, right, step.x});
     const auto [new_top, new_bottom] = std::minmax({top, bottom, step.y});
-    if (std::max(new_right - new_left, new_bottom - new_top + sharing - 1) + read > side) break;
+    if (std::max(new_right - new_left, new_bottom - new_top + sharing - 1) + read > OcclusionPlan::kWindow) break;
     left = new_left;
     right = new_right;
     top = new_top;

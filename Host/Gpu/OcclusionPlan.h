@@ -37,19 +37,16 @@ struct HOST_GPU_API OcclusionPlan {
     double upper = 0.0;
     double lower = 0.0;
   };
-  /// Steps from `first` to before `end` (step n is n + 1 pixels long), and the window that holds all pixels that they
-  /// read: its upper left pixel, relative to the pixel that looks, and its size, window 0 being `kSmallestWindow`
-  /// pixels along each side and each further one twice that.
+  /// Steps from `first` to before `end` (step n is n + 1 pixels long), and the upper left pixel, relative to the pixel
+  /// that looks, of the window that holds all pixels that they read.
   struct Group {
     int first = 0;
     int end = 0;
-    int window = 0;
     int x = 0;
     int y = 0;
   };
-  static constexpr int kSmallestWindow = 8;
-  static constexpr int kNumWindows = 2;
-  static constexpr int kLargestWindow = kSmallestWindow << (kNumWindows - 1);
+  /// Pixels along each side of a window.
+  static constexpr int kWindow = 8;
 
   /// `sharing` rows of pixels, one below the other, share the windows of the first.
   OcclusionPlan(int steps, int sharing, const FieldShape& shape = {});

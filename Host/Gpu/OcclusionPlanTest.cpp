@@ -54,15 +54,14 @@ TEST(OcclusionPlan, HasEveryStepInOneGroupWhoseWindowHoldsItsPixels) {
           EXPECT_EQ(group.first, next);
           ASSERT_GT(group.end, group.first);
           next = group.end;
-          const int side = group.window == 0 ? 8 : 16;
           for (int step = group.first; step < group.end; ++step) {
             const auto& along =
                 plan.steps[direction * static_cast<std::size_t>(steps) + static_cast<std::size_t>(step)];
             const int beyond = direction % 4 == 0 ? 0 : 1;
             EXPECT_GE(along.x, group.x);
             EXPECT_GE(along.y, group.y);
-            EXPECT_LT(along.x + beyond, group.x + side);
-            EXPECT_LT(along.y + beyond + sharing - 1, group.y + side);
+            EXPECT_LT(along.x + beyond, group.x + 8);
+            EXPECT_LT(along.y + beyond + sharing - 1, group.y + 8);
           }
         }
         EXPECT_EQ(next, steps);

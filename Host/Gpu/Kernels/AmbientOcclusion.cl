@@ -33,7 +33,20 @@ typedef JOIN(float, LANES) FloatVector;
 #define LOAD(from) JOIN(vload, LANES)(0, from)
 #define STORE(values, to) JOIN(vstore, LANES)(values, 0, to)
 #define TO_FLOAT(values) JOIN(convert_float, LANES)(values)
-#define ANY(flags) any(flags)
+#if LANES == 2
+#define ANY(flags) (as_ushort(convert_char2(flags)) != 0)
+#elif LANES == 4
+#define ANY(flags) (as_uint(convert_char4(flags)) != 0)
+#elif LANES == 8
+#define ANY(flags) (as_ulong(convert_char8(flags)) != 0)
+#else
+// Compilers make `any` a test of each lane in turn.
+bool AnyOf16(char16 flags) {
+  const ulong2 halves = as_ulong2(flags);
+  return (halves.x | halves.y) != 0;
+}
+#define ANY(flags) AnyOf16(convert_char16(flags))
+#endif
 #endif
 
 // Compilers may fuse products and sums, which is faster and at least as exact.
@@ -42,19 +55,24 @@ typedef JOIN(float, LANES) FloatVector;
 #define UNROLL _Pragma("unroll")
 #define DIRECTIONS 16
 
-/// The highest of each window of twice the side, from those of the windows of `side` pixels along each side (heights
-/// are windows of one). A window is named by its upper left pixel and is cut off at the last row.
-kernel void WidenWindows(global const REAL* from, int from_plane, global REAL* to, int to_plane, int side, int stride,
-                         int size_y) {
+/// The highest of the 8 x 8 heights of each window, which is named by its upper left pixel and is cut off at the last
+/// row. A work-item finds those of `COLUMN` rows.
+kernel void FindHighest(global const REAL* heights, global REAL* windows, int stride, int size_y) {
   const int x = get_global_id(0) * LANES;
-  const int y = get_global_id(1);
+  const int y = get_global_id(1) * COLUMN;
   if (x >= stride || y >= size_y) return;
-  from += from_plane;
-  to += to_plane;
-  const size_t row = (size_t)y * stride + x;
-  const size_t below = (size_t)min(y + side, size_y - 1) * stride + x;
-  STORE(max(max(LOAD(from + row), LOAD(from + row + side)), max(LOAD(from + below), LOAD(from + below + side))),
-        to + row);
+  Vector highest[COLUMN + 7];
+  UNROLL for (int row = 0; row < COLUMN + 7; ++row) {
+    const global REAL* from = heights + (size_t)min(y + row, size_y - 1) * stride + x;
+    const Vector left = max(max(LOAD(from), LOAD(from + 1)), max(LOAD(from + 2), LOAD(from + 3)));
+    const Vector right = max(max(LOAD(from + 4), LOAD(from + 5)), max(LOAD(from + 6), LOAD(from + 7)));
+    highest[row] = max(left, right);
+  }
+  UNROLL for (int row = 0; row < COLUMN + 6; ++row) highest[row] = max(highest[row], highest[row + 1]);
+  UNROLL for (int row = 0; row < COLUMN + 4; ++row) highest[row] = max(highest[row], highest[row + 2]);
+  UNROLL for (int row = 0; row < COLUMN; ++row) {
+    if (y + row < size_y) STORE(max(highest[row], highest[row + 4]), windows + (size_t)(y + row) * stride + x);
+  }
 }
 
 /// `offsets`, `shares` and `inverses` have one entry per direction and step: where the step's first pixel lies, the
@@ -67,9 +85,10 @@ kernel void WidenWindows(global const REAL* from, int from_plane, global REAL* t
 kernel void Occlude(global const REAL* heights, global const REAL* windows, int stride, int margin_x, int margin_y,
                     global const int* offsets, global const REAL* shares, global const REAL* inverses, int steps,
                     global const int* group_starts, global const int4* groups, global float* result, int size_x,
-                    int size_y) {
-  const int x = get_global_id(0) * LANES;
-  const int y = get_global_id(1) * ROWS;
+                    int size_y, int strip) {
+  const int rows = (size_y + ROWS - 1) / ROWS;
+  const int x = ((int)get_global_id(1) / rows * strip + (int)get_global_id(0)) * LANES;
+  const int y = (int)get_global_id(1) % rows * ROWS;
   if (x >= size_x || y >= size_y) return;
   const size_t place = (size_t)(y + margin_y) * stride + (x + margin_x);
   const global REAL* first = heights + place;
@@ -90,13 +109,16 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
       const int end = groups[group].y;
       // A group whose highest pixel, as near as its nearest, would be no steeper rise is left out.
       const global REAL* window = windows + place + groups[group].z;
-      const Vector nearest = (Vector)inverses[begin];
+      const Vector nearest = (Vector)(REAL)(begin + 1);
       Vector excess = (Vector)0;
       UNROLL for (int row = 0; row < ROWS; row += SHARING) {
-        const Vector highest = LOAD(window + (size_t)row * stride);
-        UNROLL for (int next = row; next < row + SHARING; ++next) {
-          excess = max(excess, (highest + depth[next]) * nearest - steepest[next]);
+        Vector lowest = steepest[row] * nearest - depth[row];
+        UNROLL for (int next = row + 1; next < row + SHARING; ++next) {
+          const Vector needed = steepest[next] * nearest - depth[next];
+          lowest = needed < lowest ? needed : lowest;
         }
+        const Vector above = LOAD(window + (size_t)row * stride) - lowest;
+        excess = above > excess ? above : excess;
       }
       if (!ANY(excess > (Vector)0)) continue;
 
