@@ -2,12 +2,14 @@
 #include "Host/Image/Image.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <new>
@@ -16,6 +18,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "Host/Image/SampleMemoryScope.h"
 #include "Tests/Support/HostTesting.h"
 
 namespace Testing {
@@ -464,6 +467,53 @@ TEST(ImageMemory, SizesBelowAndAboveTheRecycledOnesWork) {
     images.clear();
   }
 }
+
+// Sanitizers have an allocator of their own, which gives memory back as it likes.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+/// The bytes of memory that the process has asked the system for.
+std::size_t CountMappedBytes() {
+  std::size_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Above what is kept at any time. Nothing is written there, so that it takes no memory.
+constexpr int kLargeSide = 8704;
+constexpr std::size_t kLargeBytes = std::size_t{kLargeSide} * kLargeSide * sizeof(float);
+static_assert(kLargeBytes > std::size_t{256} << 20);
+
+TEST(ImageMemory, ScopesKeepTheMemoryOfLargeImagesForTheNextOne) {
+  const std::size_t before = CountMappedBytes();
+  {
+    const ScEng::SampleMemoryScope outer;
+    const float* first = nullptr;
+    for (int round = 0; round < 4; ++round) {
+      const ScEng::SampleMemoryScope inner;
+      const Image image(kLargeSide, kLargeSide, ColorMode::kValue, nullptr);
+      if (round == 0) first = image.GetConstArray();
+      EXPECT_EQ(image.GetConstArray(), first);
+    }
+    // What images before these have left may go.
+    EXPECT_GT(CountMappedBytes(), before + kLargeBytes / 2);
+  }
+  EXPECT_LT(CountMappedBytes(), before + kLargeBytes / 2);
+}
+
+TEST(ImageMemory, ScopesKeepNoMoreThanWhatWasInUse) {
+  // Two large images at most are in use, each of another size: what the older ones leave cannot stay.
+  constexpr int kRounds = 12;
+  const std::size_t before = CountMappedBytes();
+  const ScEng::SampleMemoryScope scope;
+  ImagePtr held;
+  for (int round = 0; round < kRounds; ++round) {
+    held = ScEng::MakeRef<Image>(kLargeSide + round, kLargeSide, ColorMode::kValue, nullptr);
+    constexpr std::size_t kKeptAtAnyTime = std::size_t{512} << 20;
+    EXPECT_LT(CountMappedBytes(), before + 2 * kLargeBytes + kKeptAtAnyTime + kLargeBytes / 2);
+  }
+}
+
+#endif
 
 TEST(ImageMemory, ManyThreadsMakeAndDropImages) {
   std::atomic<int> wrong = 0;

@@ -12,6 +12,7 @@
 #endif
 
 #include "Host/Image/SampleAllocator.h"
+#include "Host/Image/SampleMemoryScope.h"
 #include "Host/Util/Forks.h"
 
 namespace ScEng {
@@ -22,8 +23,8 @@ std::atomic<SampleAllocator*> other_allocator{nullptr};
 constexpr std::align_val_t kAlignment{64};
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 
-// Below the first bound the system's allocator recycles by itself; above the second one block would be most of what
-// may be kept.
+// Below the first bound the system's allocator recycles by itself. Above the second one block would be most of what may
+// be kept, so such blocks are kept within a scope only.
 constexpr std::size_t kSmallestKept = std::size_t{1} << 20;
 constexpr std::size_t kLargestKept = std::size_t{256} << 20;
 constexpr std::size_t kMostBytesKept = std::size_t{512} << 20;
@@ -45,8 +46,11 @@ class Recycler {
  public:
   Recycler() { HoldWhileForking(mutex_); }
 
+  /// A kept block of that size; null where there is none. Then the caller makes one, for which there is room now.
   float* Take(std::size_t bytes) {
     const std::lock_guard lock(mutex_);
+    used_bytes_ += bytes;
+    most_bytes_used_ = std::max(most_bytes_used_, used_bytes_);
     for (Block& block : blocks_) {
       if (block.samples == nullptr || block.bytes != bytes) continue;
       kept_bytes_ -= bytes;
@@ -54,25 +58,49 @@ class Recycler {
       block = {};
       return taken;
     }
+    EvictSurplus();
     return nullptr;
+  }
+
+  /// Says that there is no block although `Take` was asked for one.
+  void TakeBack(std::size_t bytes) noexcept {
+    const std::lock_guard lock(mutex_);
+    used_bytes_ -= bytes;
   }
 
   /// Keeps the block in place of the oldest one, and lets go of further old ones until the total fits.
   void Keep(float* samples, std::size_t bytes) noexcept {
     const std::lock_guard lock(mutex_);
+    used_bytes_ -= bytes;
+    if (scopes_ == 0 && bytes > kLargestKept) {
+      FreeBlock(samples, bytes);
+      return;
+    }
     Evict(blocks_[next_]);
     blocks_[next_] = {samples, bytes};
     kept_bytes_ += bytes;
     next_ = (next_ + 1) % blocks_.size();
-    for (std::size_t i = 0; i + 1 < blocks_.size() && kept_bytes_ > kMostBytesKept; ++i) {
-      Evict(blocks_[(next_ + i) % blocks_.size()]);
-    }
+    EvictSurplus();
   }
 
   /// Gives everything back to the system.
   void Clear() noexcept {
     const std::lock_guard lock(mutex_);
     for (Block& block : blocks_) Evict(block);
+  }
+
+  void EnterScope() {
+    const std::lock_guard lock(mutex_);
+    if (scopes_++ == 0) most_bytes_used_ = used_bytes_;
+  }
+
+  void LeaveScope() noexcept {
+    const std::lock_guard lock(mutex_);
+    if (--scopes_ > 0) return;
+    for (Block& block : blocks_) {
+      if (block.bytes > kLargestKept) Evict(block);
+    }
+    EvictSurplus();
   }
 
  private:
@@ -87,10 +115,24 @@ class Recycler {
     block = {};
   }
 
+  /// Lets go of the oldest blocks until what is left may be kept.
+  void EvictSurplus() noexcept {
+    // Within a scope the samples that are kept take the room of those that were in use before.
+    const std::size_t room = scopes_ > 0 && most_bytes_used_ > used_bytes_ ? most_bytes_used_ - used_bytes_ : 0;
+    const std::size_t most = std::max(room, kMostBytesKept);
+    for (std::size_t i = 0; i < blocks_.size() && kept_bytes_ > most; ++i) {
+      Evict(blocks_[(next_ + i) % blocks_.size()]);
+    }
+  }
+
   std::mutex mutex_;
   std::array<Block, 8> blocks_{};
   std::size_t next_ = 0;
   std::size_t kept_bytes_ = 0;
+  // Of blocks that may be kept: what is in use, and what was at most since the first of the scopes began.
+  std::size_t used_bytes_ = 0;
+  std::size_t most_bytes_used_ = 0;
+  std::size_t scopes_ = 0;
 };
 
 // Never destroyed: images may outlive every static object.
@@ -99,7 +141,7 @@ Recycler& GetRecycler() {
   return recycler;
 }
 
-bool IsKeptSize(std::size_t bytes) { return kRecycle && bytes >= kSmallestKept && bytes <= kLargestKept; }
+bool IsKeptSize(std::size_t bytes) { return kRecycle && bytes >= kSmallestKept; }
 
 }  // namespace
 
@@ -115,7 +157,11 @@ float* AllocateSamples(std::size_t bytes) {
   void* memory = ::operator new(wanted, alignment, std::nothrow);
   if (memory == nullptr) {
     GetRecycler().Clear();
-    memory = ::operator new(wanted, alignment);
+    memory = ::operator new(wanted, alignment, std::nothrow);
+  }
+  if (memory == nullptr) {
+    if (IsKeptSize(bytes)) GetRecycler().TakeBack(bytes);
+    throw std::bad_alloc();
   }
 #if defined(__linux__)
   // A refusal costs speed only.
@@ -136,5 +182,8 @@ void ReleaseSamples(float* samples, std::size_t bytes) noexcept {
     FreeBlock(samples, bytes);
   }
 }
+
+SampleMemoryScope::SampleMemoryScope() { GetRecycler().EnterScope(); }
+SampleMemoryScope::~SampleMemoryScope() { GetRecycler().LeaveScope(); }
 
 }  // namespace ScEng

@@ -17,6 +17,7 @@
 #include "Host/Image/Image.h"
 #include "Host/Image/ImageMetadata.h"
 #include "Host/Image/Oversize.h"
+#include "Host/Image/SampleMemoryScope.h"
 #include "Host/Tools/AcyclicGraph.h"
 #include "Host/Tools/Guard.h"
 #include "Host/Tools/RunningCall.h"
@@ -263,6 +264,7 @@ class Engine::Graph {
   }
 
   Outcome Evaluate(const std::vector<Request>& requests, const Options& options) {
+    const ScEng::SampleMemoryScope memory;
     const std::vector<Vertex*> order = Plan(requests);
     std::size_t done = 0;
     for (Vertex* vertex : order) {
