@@ -129,12 +129,14 @@ def exact_distance(x):
 
 
 def exact(name, *inputs, **keywords):
-    """A slow reference of the tests."""
+    """A slow reference of the tests, which has sample by sample in one file and neighbours in another."""
 
     def call(x):
         import reference
+        import reference_regions
 
-        result = getattr(reference, name)(*[x[one] for one in inputs], **keywords)
+        module = reference if hasattr(reference, name) else reference_regions
+        result = getattr(module, name)(*[x[one] for one in inputs], **keywords)
         return list(result) if isinstance(result, (list, tuple)) else [result]
 
     return call
@@ -323,7 +325,7 @@ CASES = [
     ),
     Case(
         "relief", "`relief(a, radius=10)`", ours("relief", "a", radius=10),
-        exact("relief_levels", "a", declared=(0, 1), radius=10, seamless=True),
+        exact("relief", "a", declared=(F(0), F(1)), radius=10, style="levels", profile="linear", seamless=True),
         {"scipy": ndimage(scipy_relief)},
         "SciPy: `grey_dilation` with a cone. The others dilate by flat shapes alone.",
         exact_side=48,
