@@ -16,26 +16,36 @@ import re
 import statistics
 import subprocess
 import sys
-import tempfile
 import time
 from pathlib import Path
 
 import numpy as np
-from peers_calls import CASES, make_inputs
+from report.case import PEERS
+from report.cases import CASES as ALL_CASES
+from report.figures import difference_text
+from report.inputs import Inputs
+from report.worker import difference_of
 
-LIBRARIES = {"valuenodes": "valuenodes", "numpy": "NumPy", "scipy": "SciPy", "skimage": "scikit-image",
-             "opencv": "OpenCV", "libvips": "libvips"}
+# One row for each node; the calls are those of ./bench.
+CASES = [case for case in ALL_CASES if case.is_plain]
+LIBRARIES = {"valuenodes": "valuenodes"}
+LIBRARIES.update((name, PEERS[name]) for name in ("numpy", "scipy", "skimage", "opencv", "libvips"))
 MARKS = "<!-- Peers: written by Bench/python_peers.py -->\n", "<!-- End of peers -->\n"
 # A call that takes longer than this is repeated less often.
 LONG = 4.0
 
 
+def name_of(case):
+    """The function of the package."""
+    return case.text.partition("(")[0]
+
+
 def find_case(name):
-    return next(case for case in CASES if case.name == name)
+    return next(case for case in CASES if name_of(case) == name)
 
 
 def calls_of(case):
-    return {"valuenodes": case.ours, **case.peers}
+    return {name: call for name, call in case.calls.items() if name in LIBRARIES}
 
 
 def set_threads(threads):
@@ -47,33 +57,21 @@ def set_threads(threads):
     vn.set_threads(threads)
 
 
-def load_inputs(folder, side):
-    """The inputs of the whole size are made once for all processes; others are small."""
-    path = Path(folder, f"{side}.npz")
-    if not path.exists():
-        return make_inputs(side)
-    with np.load(path) as file:
-        return {name: file[name] for name in file}
-
-
-def listed(result):
-    return list(result) if isinstance(result, (list, tuple)) else [result]
-
-
 # ---- What runs in a process of its own ----
 
 
-def time_case(case, folder, side, rounds):
+def time_case(case, side, rounds):
     """Seconds of each library, in turns."""
     set_threads(1)
-    inputs = load_inputs(folder, side)
+    inputs = Inputs(side)
     calls = calls_of(case)
     times = {name: [] for name in calls}
     first = {}
-    small = make_inputs(64)
+    small = Inputs(64)
     for name, call in calls.items():
         # Imports, and what a device compiles.
         call(small)
+        call(inputs)
         begun = time.process_time()
         call(inputs)
         first[name] = time.process_time() - begun
@@ -93,12 +91,15 @@ def read_status(name):
         return next(int(line.split()[1]) for line in file if line.startswith(name)) * 1024
 
 
-def measure_memory(case, library, folder, side):
+def measure_memory(case, library, side):
     """Bytes above the inputs at the peak of one call."""
     set_threads(2)
     call = calls_of(case)[library]
-    call(make_inputs(64))
-    inputs = load_inputs(folder, side)
+    small = Inputs(64)
+    call(small)
+    inputs = Inputs(side)
+    for name in small.names():
+        inputs[name]
     before = read_status("VmRSS")
     with open("/proc/self/clear_refs", "w", encoding="ascii") as file:
         file.write("5")
@@ -108,47 +109,23 @@ def measure_memory(case, library, folder, side):
     return max(0, peak - before)
 
 
-def renumber(labels, where):
-    """The numbers of regions in the order in which they are met."""
-    _, first, inverse = np.unique(labels[where], return_index=True, return_inverse=True)
-    return np.argsort(np.argsort(first))[inverse]
-
-
-def measure_difference(case, library, folder, side):
-    """The largest difference to the definition, and on which part of the image."""
-    inputs = load_inputs(folder, case.exact_side or side)
-    results = [np.asarray(one, np.float64) for one in listed(calls_of(case)[library](inputs))]
-    expected = listed(case.exact(inputs))
-    if case.are_labels:
-        labels, wanted = results[0], np.asarray(expected[0])
-        if library == "valuenodes":
-            return float(np.abs(labels - wanted).max())
-        # Those that leave the background alone give it one number.
-        shape = inputs["mask"] > 0.5
-        splits = len(np.unique(labels[~shape])) > 1
-        where = np.ones_like(shape) if splits else shape
-        return float((renumber(labels, where) != renumber(wanted, where)).any())
-    border = case.border if library != "valuenodes" else 0
-    largest = 0.0
-    for one, other in zip(results, expected, strict=True):
-        # Masks of 8 bits.
-        if one.max() == 255 and np.asarray(other).max() == 1:
-            one = one / 255
-        inner = np.abs(one - other)[border : one.shape[0] - border, border : one.shape[1] - border]
-        largest = max(largest, float(inner.max()))
-    return largest
+def measure_differences(case):
+    """The largest difference of each library to the definition."""
+    small = Inputs(case.exact_side)
+    expected = [np.asarray(one, np.float64) for one in case.exact(small)]
+    return {name: difference_of(case, name, small, expected) for name in calls_of(case)}
 
 
 def run_child(options):
     kind, name, *rest = options.child
     case = find_case(name)
     if kind == "time":
-        answer = time_case(case, options.inputs, options.side, options.rounds)
+        answer = time_case(case, options.side, options.rounds)
     elif kind == "memory":
-        answer = measure_memory(case, rest[0], options.inputs, options.side)
+        answer = measure_memory(case, rest[0], options.side)
     else:
         set_threads(2)
-        answer = {name: measure_difference(case, name, options.inputs, options.side) for name in calls_of(case)}
+        answer = measure_differences(case)
     print(json.dumps(answer))
 
 
@@ -162,19 +139,20 @@ def ask_child(options, threads, *words):
         "OPENBLAS_NUM_THREADS": number,
     }
     command = [sys.executable, __file__, str(options.build), "--side", str(options.side), "--rounds",
-               str(options.rounds), "--inputs", options.inputs, "--child", *words]
+               str(options.rounds), "--child", *words]
     answer = subprocess.run(command, env=environment, stdout=subprocess.PIPE, text=True, check=True)
     return json.loads(answer.stdout)
 
 
 def measure(case, options):
-    times = ask_child(options, 1, "time", case.name)
-    differences = ask_child(options, 2, "exact", case.name)
+    name = name_of(case)
+    times = ask_child(options, 1, "time", name)
+    differences = ask_child(options, 2, "exact", name)
     found = {}
     for library in calls_of(case):
         found[library] = {
             "times": times[library],
-            "memory": ask_child(options, 2, "memory", case.name, library),
+            "memory": ask_child(options, 2, "memory", name, library),
             "difference": differences[library],
         }
     return found
@@ -185,16 +163,11 @@ def time_text(seconds):
     return f"{number / 1e3:.1f} s" if number >= 1e4 else f"{number:.0f} ms" if number >= 10 else f"{number:.1f} ms"
 
 
-def field_text(case, library, found, image_bytes, is_fastest):
+def field_text(found, image_bytes, is_fastest):
     seconds = time_text(statistics.median(found["times"]))
     if is_fastest:
         seconds = f"**{seconds}**"
-    difference = found["difference"]
-    if case.are_labels:
-        exact = "same" if difference == 0 else "differs"
-    else:
-        exact = "0" if difference == 0 else f"{difference:.1g}"
-    return f"{seconds}; {found['memory'] / image_bytes:.1f}; {exact}"
+    return f"{seconds}; {found['memory'] / image_bytes:.1f}; {difference_text(found['difference'])[0]}"
 
 
 def row_text(case, results, side):
@@ -202,10 +175,10 @@ def row_text(case, results, side):
     first = {library: statistics.median(found["times"]) for library, found in results.items()}
     fastest = min(first, key=first.get)
     fields = [
-        field_text(case, library, results[library], image_bytes, library == fastest) if library in results else "–"
+        field_text(results[library], image_bytes, library == fastest) if library in results else "–"
         for library in LIBRARIES
     ]
-    return f"| {case.text} | " + " | ".join(fields) + f" | {case.remark} |"
+    return f"| `{case.text}` | " + " | ".join(fields) + f" | {case.remark} |"
 
 
 def package_version(name):
@@ -246,29 +219,25 @@ def main():
     parser.add_argument("build", type=Path)
     parser.add_argument("--side", type=int, default=2048)
     parser.add_argument("--rounds", type=int, default=7)
-    parser.add_argument("--only", nargs="+", choices=[case.name for case in CASES])
+    parser.add_argument("--only", nargs="+", choices=[name_of(case) for case in CASES])
     parser.add_argument("--write", type=Path)
     parser.add_argument("--json", type=Path)
-    parser.add_argument("--inputs", help=argparse.SUPPRESS)
     parser.add_argument("--child", nargs="+", help=argparse.SUPPRESS)
     options = parser.parse_args()
     sys.path.insert(0, str(options.build.resolve() / "python"))
     if options.child:
         run_child(options)
         return
-    with tempfile.TemporaryDirectory() as folder:
-        options.inputs = folder
-        np.savez(Path(folder, f"{options.side}.npz"), **make_inputs(options.side))
-        measure_all(options)
+    measure_all(options)
 
 
 def measure_all(options):
     rows, results, loads = [], {}, [os.getloadavg()[0]]
     for case in CASES:
-        if options.only and case.name not in options.only:
+        if options.only and name_of(case) not in options.only:
             continue
-        results[case.name] = measure(case, options)
-        rows.append(row_text(case, results[case.name], options.side))
+        results[name_of(case)] = measure(case, options)
+        rows.append(row_text(case, results[name_of(case)], options.side))
         loads.append(os.getloadavg()[0])
         print(rows[-1], flush=True)
     if options.write:

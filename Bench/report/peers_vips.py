@@ -1,4 +1,4 @@
-"""libvips for Bench/python_peers.py: images of numpy in and out, and operations by name.
+"""libvips for Bench/report: images of numpy in and out, and operations by name.
 
 Debian 12 has libvips, but not its Python module. What that does for an operation is done here through ctypes: samples
 go in without a copy, and come out as one block of memory.
@@ -16,7 +16,7 @@ TYPES = {0: np.uint8, 4: np.uint32, 5: np.int32, 6: np.float32, 8: np.float64}
 # Numbers of relations, of functions and of ways to round.
 EQUAL, NOTEQ, LESS, LESSEQ, MORE, MOREEQ = range(6)
 LOG = 6
-FLOOR = 2
+CEIL, FLOOR = 1, 2
 POW = 0
 
 _vips = ctypes.CDLL(ctypes.util.find_library("vips") or "libvips.so.42")
@@ -113,6 +113,16 @@ def nearest_distance(image):
     if done != 0:
         raise RuntimeError(_vips.vips_error_buffer().decode())
     return Image(distance.value, [image, Image(made.value)])
+
+
+def blur(image, sigma):
+    """In floats, and with the longest kernel that it makes: as far as that is above a thousandth, 3.7 sigmas."""
+    made = ctypes.c_void_p()
+    precise = b"precision", 1, b"min_ampl", ctypes.c_double(0.001)
+    arguments = ctypes.c_void_p(image.address), ctypes.byref(made), ctypes.c_double(sigma), *precise, None
+    if _vips.vips_gaussblur(*arguments) != 0:
+        raise RuntimeError(_vips.vips_error_buffer().decode())
+    return Image(made.value, image)
 
 
 def labels(image):

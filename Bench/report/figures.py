@@ -1,0 +1,91 @@
+"""What the numbers of a run say: ceilings, ratios and verdicts, for the page, the tables and the comparison."""
+
+from report import spread
+from report.case import PEERS
+
+OURS = "valuenodes"
+COPIES = ("copy", "stream")
+
+
+def times_of(row, threads, name):
+    return row["threads"].get(str(threads), {}).get("times", {}).get(name, [])
+
+
+def contenders(row, threads):
+    """The names that have times, ours first."""
+    times = row["threads"].get(str(threads), {}).get("times", {})
+    return [name for name in (OURS, *PEERS) if times.get(name)]
+
+
+def pooled_copies(run, threads, name):
+    """The times of a copy beside all rows: as many samples as there are, over the whole run."""
+    return [one for row in run["rows"] for one in times_of(row, threads, name)]
+
+
+def ceiling(row, threads):
+    """Seconds in which the bytes of a row could be moved: by the faster of the two copies, in the same rounds."""
+    medians = [spread.median(times) for times in (times_of(row, threads, name) for name in COPIES) if times]
+    return min(medians) * row["moved"] / 2 if medians else None
+
+
+def multiple(row, threads, name):
+    """The median of a contender in ceilings."""
+    times, least = times_of(row, threads, name), ceiling(row, threads)
+    return spread.median(times) / least if times and least else None
+
+
+def best_peer(row, threads):
+    peers = [name for name in contenders(row, threads) if name != OURS]
+    return min(peers, key=lambda name: spread.median(times_of(row, threads, name)), default=None)
+
+
+def against_peer(row, threads):
+    """The fastest peer, how many times our speed is of its, and whether that is faster, slower or even."""
+    peer, ours = best_peer(row, threads), times_of(row, threads, OURS)
+    if peer is None or not ours:
+        return None, None, "alone"
+    theirs = times_of(row, threads, peer)
+    ratio = spread.median(theirs) / spread.median(ours)
+    if not spread.differ(ours, theirs):
+        return peer, ratio, "even"
+    return peer, ratio, "faster" if ratio > 1 else "slower"
+
+
+def difference_text(found):
+    """A difference in a few characters, and whether it is one to look at."""
+    if found is None:
+        return "–", False
+    if "same" in found:
+        return ("same", False) if found["same"] else ("differs", True)
+    largest = found["largest"]
+    if largest is None:
+        return "not finite", True
+    if largest == 0:
+        return "0", False
+    words = f"{largest:.1g}"
+    if found["off"] > 0:
+        share = found["off"] * 100
+        words += f", {share:.2g} % of samples off"
+    return words, found["off"] > 0
+
+
+def time_text(seconds):
+    for unit, factor in (("s", 1), ("ms", 1e3), ("µs", 1e6)):
+        number = seconds * factor
+        if number >= 9.995 and unit != "s" or number >= 0.9995 or unit == "µs":
+            return f"{number:.0f} {unit}" if number >= 99.95 else f"{number:.3g} {unit}"
+    return ""
+
+
+def spread_text(times):
+    share = spread.noise(times) * 100
+    return f"{time_text(spread.median(times))} ±{share:.0f} %" if share >= 0.95 else (
+        f"{time_text(spread.median(times))} ±{share:.1f} %")
+
+
+def counts(run, threads):
+    """How many rows end how beside the fastest peer."""
+    found = {"faster": 0, "even": 0, "slower": 0, "alone": 0}
+    for row in run["rows"]:
+        found[against_peer(row, threads)[2]] += 1
+    return found
