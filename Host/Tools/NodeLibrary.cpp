@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <fstream>
 #include <limits>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -52,6 +54,15 @@ bool ReadNumbers(const std::string& text, NodeType& type) {
   return true;
 }
 
+/// Whether a file begins as all libraries do.
+bool IsElf(const std::filesystem::path& file) {
+  char start[4] = {};
+  std::ifstream(file, std::ios::binary).read(start, sizeof start);
+  return std::string_view(start, sizeof start) ==
+         "\x7f"
+         "ELF";
+}
+
 /// Where the type that is in the way comes from.
 std::string WhereOf(const std::string& library) { return library.empty() ? "" : " of \"" + library + "\""; }
 
@@ -72,7 +83,9 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
   library->handle_ = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library->handle_ == nullptr) {
     const char* reason = dlerror();
-    status = Status::Error("plug-in \"" + file.string() + "\" cannot be loaded: " + (reason ? reason : "unknown"));
+    const std::string said = reason != nullptr ? reason : "unknown";
+    status = Status::Error("plug-in \"" + file.string() + "\" cannot be loaded: " +
+                           (IsElf(absolute) ? said : "it is no shared library, whose content is in the format ELF"));
     return nullptr;
   }
   library->code_ = std::make_unique<LoadedCode>();

@@ -98,27 +98,7 @@ SharedImage Convert(const NumberArray& numbers, const ImageHeader& header) {
   return SharedImage::Take(std::move(image));
 }
 
-}  // namespace
-
-py::module_ ImportNumpy() {
-  try {
-    return py::module_::import("numpy");
-  } catch (const py::error_already_set& error) {
-    if (!error.matches(PyExc_ModuleNotFoundError)) throw;
-  }
-  PyErr_SetString(PyExc_ModuleNotFoundError,
-                  "arrays become images by numpy, which this Python does not have: install python3-numpy with apt, or "
-                  "numpy with pip");
-  throw py::error_already_set();
-}
-
-bool IsArrayLike(py::handle object) {
-  if (py::isinstance<py::str>(object) || py::isinstance<py::bytes>(object)) return false;
-  return py::hasattr(object, "__array__") || py::hasattr(object, "__array_interface__") ||
-         py::hasattr(object, "__dlpack__") || PyObject_CheckBuffer(object.ptr()) != 0;
-}
-
-SharedImage MakeImage(py::handle object, std::optional<unsigned> mode) {
+SharedImage ReadImage(py::handle object, std::optional<unsigned> mode) {
   if (!IsArrayLike(object) && !py::isinstance<py::list>(object) && !py::isinstance<py::tuple>(object)) {
     throw py::type_error("an image is made of an array, not of " + NameType(object));
   }
@@ -148,6 +128,45 @@ SharedImage MakeImage(py::handle object, std::optional<unsigned> mode) {
   shared.header = header;
   shared.samples = Samples(KeepObject(std::move(array)), reinterpret_cast<const float*>(numbers.data));
   return shared;
+}
+
+}  // namespace
+
+py::module_ ImportNumpy() {
+  try {
+    return py::module_::import("numpy");
+  } catch (const py::error_already_set& error) {
+    if (!error.matches(PyExc_ModuleNotFoundError)) throw;
+  }
+  PyErr_SetString(PyExc_ModuleNotFoundError,
+                  "arrays become images by numpy, which this Python does not have: install python3-numpy with apt, or "
+                  "numpy with pip");
+  throw py::error_already_set();
+}
+
+bool IsArrayLike(py::handle object) {
+  if (py::isinstance<py::str>(object) || py::isinstance<py::bytes>(object)) return false;
+  return py::hasattr(object, "__array__") || py::hasattr(object, "__array_interface__") ||
+         py::hasattr(object, "__dlpack__") || PyObject_CheckBuffer(object.ptr()) != 0;
+}
+
+SharedImage MakeImage(py::handle object, std::optional<unsigned> mode, const std::string& lead) {
+  try {
+    return ReadImage(object, mode);
+  } catch (const py::value_error& error) {
+    throw py::value_error(lead + error.what());
+  } catch (const py::type_error& error) {
+    throw py::type_error(lead + error.what());
+  } catch (py::error_already_set& error) {
+    // What numpy says of lists that are no arrays, for example. What comes out of code in Python stays as it is.
+    for (PyObject* const kind : {PyExc_OverflowError, PyExc_ValueError, PyExc_TypeError}) {
+      if (!error.type().is(py::handle(kind)) || error.trace()) continue;
+      const std::string message = lead + py::str(error.value()).cast<std::string>();
+      PyErr_SetString(kind, message.c_str());
+      throw py::error_already_set();
+    }
+    throw;
+  }
 }
 
 }  // namespace ValuePython

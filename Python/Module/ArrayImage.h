@@ -4,6 +4,7 @@
 #include <pybind11/pybind11.h>
 
 #include <optional>
+#include <string>
 
 #include "Python/Module/SharedImage.h"
 
@@ -20,7 +21,7 @@ bool IsArrayLike(pybind11::handle object);
 /// array of native float32 lends its samples, any other is converted once. Without a mode it is that of the channels.
 ///
 /// Throws TypeError for what is no array of numbers, ValueError for a shape that no image has, and OverflowError where
-/// a finite number is beyond the largest float.
-SharedImage MakeImage(pybind11::handle object, std::optional<unsigned> mode);
+/// a finite number is beyond the largest float. Messages begin with `lead`, "add: image 2: " for example.
+SharedImage MakeImage(pybind11::handle object, std::optional<unsigned> mode, const std::string& lead);
 
 }  // namespace ValuePython

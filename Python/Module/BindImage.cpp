@@ -11,7 +11,9 @@
 
 #include "Host/Util/ParallelRows.h"
 #include "Python/Module/ArrayImage.h"
+#include "Python/Module/AttributeValue.h"
 #include "Python/Module/Bindings.h"
+#include "Python/Module/CallArguments.h"
 #include "Python/Module/DlPack.h"
 #include "Python/Module/HeaderArguments.h"
 #include "Python/Module/Interruption.h"
@@ -83,19 +85,20 @@ SharedImagePtr MakeFromArray(const py::object& array, const HeaderArguments& arg
   std::optional<unsigned> mode = arguments.FindMode();
   const bool is_image = py::isinstance<SharedImage>(array);
   if (is_image && !mode) mode = array.cast<const SharedImage&>().header.color_mode;
-  auto image = std::make_shared<SharedImage>(MakeImage(is_image ? ViewSamples(array) : array, mode));
+  auto image = std::make_shared<SharedImage>(
+      MakeImage(is_image ? ViewSamples(array) : array, mode, arguments.function + ": array: "));
   arguments.ApplyTo(image->header);
   return image;
 }
 
 /// The same image but for what the arguments say.
-SharedImagePtr Replace(const py::object& self, const HeaderArguments& arguments, const py::object& metadata) {
+SharedImagePtr Replace(const py::object& self, const HeaderArguments& arguments, py::handle metadata) {
   const auto& before = self.cast<const SharedImage&>();
   auto image = std::make_shared<SharedImage>(before);
   const std::optional<unsigned> mode = arguments.FindMode();
-  if (mode) image->header.color_mode = MakeImage(ViewSamples(self), mode).header.color_mode;
+  if (mode) image->header.color_mode = MakeImage(ViewSamples(self), mode, "replace: ").header.color_mode;
   arguments.ApplyTo(image->header);
-  if (!metadata.is_none()) image->metadata = FromDict(metadata.cast<py::dict>());
+  if (!metadata.is_none()) image->metadata = FromDict(metadata, "replace: metadata");
   return image;
 }
 
@@ -159,32 +162,53 @@ py::tuple Reduce(const py::object& self) {
                      ToDict(image.metadata.get())));
 }
 
+SharedImagePtr Construct(const py::args& given, const py::kwargs& given_by_name) {
+  const CallArguments arguments("Image", {"array", "mode", "pin", "pivot", "range", "outside"}, 6, given,
+                                given_by_name);
+  if (!arguments.Has(0)) throw py::type_error("Image needs an array or an image as \"array\"");
+  return MakeFromArray(
+      py::reinterpret_borrow<py::object>(arguments[0]),
+      HeaderArguments::Read("Image", arguments[1], arguments[2], arguments[3], arguments[4], arguments[5]));
+}
+
+SharedImagePtr ReplaceSome(const py::object& self, const py::args& given, const py::kwargs& given_by_name) {
+  if (!py::isinstance<SharedImage>(self))
+    throw py::type_error("replace is a method of images, not of " + NameType(self));
+  const CallArguments arguments("replace", {"mode", "pin", "pivot", "range", "outside", "metadata"}, 0, given,
+                                given_by_name);
+  return Replace(self,
+                 HeaderArguments::Read("replace", arguments[0], arguments[1], arguments[2], arguments[3], arguments[4]),
+                 arguments[5]);
+}
+
+SharedImagePtr TakeDlPack(const py::args& given, const py::kwargs& given_by_name) {
+  const CallArguments arguments("from_dlpack", {"object"}, 1, given, given_by_name);
+  if (!arguments.Has(0) || !py::hasattr(arguments[0], "__dlpack__")) {
+    throw py::type_error(
+        "from_dlpack: object is what has __dlpack__, such as a tensor in the processor's memory, not " +
+        (arguments.Has(0) ? NameType(arguments[0]) : "nothing"));
+  }
+  const py::object array = ImportNumpy().attr("from_dlpack")(arguments[0]);
+  return std::make_shared<SharedImage>(MakeImage(array, std::nullopt, "from_dlpack: object: "));
+}
+
 void BindConstruction(py::class_<SharedImage, SharedImagePtr>& image) {
+  // What stands before the dashes is the signature that `inspect` finds.
   image
-      .def(py::init([](const py::object& array, const py::object& mode, const py::object& pin, const py::object& pivot,
-                       const py::object& range, const py::object& outside) {
-             return MakeFromArray(array, HeaderArguments::Read(mode, pin, pivot, range, outside));
-           }),
-           py::arg("array"), py::arg("mode") = py::none(), py::arg("pin") = py::make_tuple(0, 0),
-           py::arg("pivot") = py::make_tuple(0.0, 0.0), py::arg("range") = py::none(), py::arg("outside") = 0.0)
-      .def(
-          "replace",
-          [](const py::object& self, const py::object& mode, const py::object& pin, const py::object& pivot,
-             const py::object& range, const py::object& outside, const py::object& metadata) {
-            return Replace(self, HeaderArguments::Read(mode, pin, pivot, range, outside), metadata);
-          },
-          py::kw_only(), py::arg("mode") = py::none(), py::arg("pin") = py::none(), py::arg("pivot") = py::none(),
-          py::arg("range") = py::none(), py::arg("outside") = py::none(), py::arg("metadata") = py::none(),
-          "Another image with the same samples, and what is given in the place of what this one says.\n\n"
-          "A mode that does not fit the channels is a ValueError. The samples are shared, not copied.")
+      .def(py::init(&Construct),
+           "__init__(self, array, mode=None, pin=(0, 0), pivot=(0.0, 0.0), range=None, outside=0.0)\n--\n\n")
+      .def("replace", &ReplaceSome,
+           "replace(self, *, mode=None, pin=None, pivot=None, range=None, outside=None, metadata=None)\n--\n\n"
+           "Another image with the same samples, and what is given in the place of what this one says.\n\n"
+           "A mode that does not fit the channels is a ValueError. The samples are shared, not copied.")
       .def_static(
-          "from_dlpack",
-          [](const py::object& object) {
-            const py::object array = ImportNumpy().attr("from_dlpack")(object);
-            return std::make_shared<SharedImage>(MakeImage(array, std::nullopt));
-          },
-          py::arg("object"),
-          "An image of what has __dlpack__, such as a tensor in the processor's memory. Dense float32 is shared.");
+          "from_dlpack", &TakeDlPack,
+          "from_dlpack(object)\n--\n\n"
+          "An image of what has __dlpack__, such as a tensor in the processor's memory. Dense float32 is shared.")
+      .def("__bool__", [](const SharedImage&) -> bool {
+        throw py::value_error(
+            "an image is neither true nor false; compare it with None, or ask numpy.asarray(image).any() or .all()");
+      });
 }
 
 void BindProperties(py::class_<SharedImage, SharedImagePtr>& image) {

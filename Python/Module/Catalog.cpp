@@ -138,6 +138,11 @@ std::vector<std::string> Catalog::AddFolders(const std::string& folders) {
   std::istringstream stream(folders);
   for (std::string folder; std::getline(stream, folder, ':');) {
     if (folder.empty()) continue;
+    std::error_code error;
+    static_cast<void>(fs::directory_iterator(folder, error));
+    if (error) {
+      notes.push_back("VALUE_PLUGIN_PATH: the folder \"" + folder + "\" cannot be read: " + error.message());
+    }
     for (const fs::path& file : FindLibraries(folder)) {
       const Status status = Examine(file);
       if (status.IsError()) leave_out(status);
@@ -158,7 +163,7 @@ const NodeInterface& Catalog::Find(const std::string& written) const {
   if (const NodeInterface* const found = types_->FindWritten(written)) return *found;
   const std::string closest = types_->Suggest(written);
   throw py::value_error("there is no node type \"" + written + "\"" +
-                        (closest.empty() ? "; valuenodes.nodes() lists them" : "; the closest is \"" + closest + "\""));
+                        (closest.empty() ? "; valuenodes.nodes() lists them, and valuenodes.register adds a class" : "; the closest is \"" + closest + "\""));
 }
 
 void Catalog::Load(const fs::path& file, bool is_trusted) {

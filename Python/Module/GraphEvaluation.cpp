@@ -79,29 +79,17 @@ class GraphObject::Sources {
   std::vector<std::string> plugs_;
 };
 
-std::string GraphObject::FindSource(const std::string& name) const {
-  if (!document_->HasId(name)) return name;
-  const Node& node = FindNode(name);
-  std::vector<std::string> outputs;
-  for (const PlugRecord& plug : node.GetOutplugs()) {
-    if (plug.type == PlugType::kImage) outputs.push_back(name + "." + plug.name);
-  }
-  if (outputs.size() == 1) return outputs.front();
-  std::string list;
-  for (const std::string& output : outputs) list += (list.empty() ? "" : ", ") + Quote(output);
-  throw py::value_error("node " + Quote(name) +
-                        (outputs.empty() ? " has no image output" : " has several image outputs; name one of " + list));
-}
-
 GraphObject::SharedImagePtr GraphObject::Evaluate(const std::string& written, const Inputs& inputs,
                                                   const py::object& progress, bool keep) {
   const Use use(*this);
-  const std::string plug = FindSource(written);
+  const std::string plug = FindPlug(written, PlugUse::kImageOutput, "");
   const std::string id = plug.substr(0, plug.rfind('.'));
   // Refused in the document's words where it is no image output. A node of unknown type is an error of its own.
   if (!document_->IsPlaceholder(id)) Require(document_->SetSource(plug, {}));
   Sources sources(*document_);
-  for (const auto& [name, image] : inputs) sources.Set(FindSource(name), *image);
+  for (const auto& [name, image] : inputs) {
+    sources.Set(FindPlug(name, PlugUse::kImageOutput, "inputs[" + Quote(name) + "]: "), *image);
+  }
 
   ScEng::RunReport report;
   ImagePtr image;
@@ -135,7 +123,7 @@ py::list GraphObject::Run(const py::object& progress) {
   const Use use(*this);
   ScEng::Findings findings;
   document_->CheckComplete(findings);
-  if (!findings.errors.empty()) ThrowDocumentError(findings.errors);
+  if (!findings.errors.empty()) ThrowDocumentError(HintAtClasses(findings.errors));
 
   ScEng::RunReport report;
   Interruption interruption;
@@ -195,7 +183,7 @@ std::vector<const Node*> GraphObject::FindSources(const std::string& id) const {
 void GraphObject::ThrowFailure(const ScEng::RunReport& report, const Interruption& interruption,
                                const py::object& written) const {
   FailedRun run;
-  run.problems = report.findings.errors;
+  run.problems = HintAtClasses(report.findings.errors);
   run.is_of_file = report.failure == ScEng::RunFailure::kFile;
   run.written = written;
   run.message = run.problems.empty() ? "there is no image" : run.problems.front();

@@ -39,7 +39,7 @@ std::unique_ptr<GraphObject> GraphObject::Load(const std::string& path, bool kee
   Interruption interruption;
   interruption.Run([&] { is_read = document->Load(path, findings, MakeOptions(keeps_unknown)); });
   if (!is_read) ThrowFileError(findings.errors.front(), {path, false});
-  if (!findings.errors.empty()) ThrowDocumentError(findings.errors);
+  if (!findings.errors.empty()) ThrowDocumentError(HintAtClasses(findings.errors));
   Warn(findings.notes);
   return std::unique_ptr<GraphObject>(new GraphObject(std::move(document)));
 }
@@ -50,7 +50,7 @@ std::unique_ptr<GraphObject> GraphObject::FromText(const std::string& text, cons
   ScEng::Findings findings;
   Interruption interruption;
   interruption.Run([&] { document->LoadText(text, folder, name, findings, MakeOptions(keeps_unknown)); });
-  if (!findings.errors.empty()) ThrowDocumentError(findings.errors);
+  if (!findings.errors.empty()) ThrowDocumentError(HintAtClasses(findings.errors));
   Warn(findings.notes);
   return std::unique_ptr<GraphObject>(new GraphObject(std::move(document)));
 }
@@ -174,23 +174,6 @@ Node& GraphObject::FindNode(const std::string& id) const {
   return *node;
 }
 
-// ---- Connections ----
-
-void GraphObject::Connect(const std::string& from, const std::string& to, unsigned index) {
-  const Use use(*this);
-  Require(document_->Connect(from, to, index));
-}
-
-void GraphObject::Disconnect(const std::string& from, const std::string& to, unsigned index) {
-  const Use use(*this);
-  Require(document_->Disconnect(from, to, index));
-}
-
-std::vector<ScEng::DocumentConnection> GraphObject::ListConnections() {
-  const Use use(*this);
-  return document_->GetConnections();
-}
-
 // ---- Attributes ----
 
 void GraphObject::SetAttribute(Node& node, Attribute& attribute, py::handle value) {
@@ -208,9 +191,18 @@ void GraphObject::SetAttribute(Node& node, Attribute& attribute, py::handle valu
 }
 
 std::pair<Node*, Attribute*> GraphObject::FindAttribute(const std::string& written) const {
+  if (document_->HasId(written) && !NamesPlug(written)) {
+    const Node& node = FindNode(written);
+    std::string names;
+    for (std::size_t i = 0; i < node.GetNumAttributes(); ++i) {
+      names += (i == 0 ? ": " : ", ") + Quote(written + "." + node.GetAttribute(i)->GetName());
+    }
+    throw py::value_error(Quote(written) + " is a node, and an attribute is written \"id.attribute\"" + names);
+  }
   const std::size_t dot = written.rfind('.');
   if (dot == std::string::npos) {
-    throw py::value_error(Quote(written) + " is no attribute; it is written \"id.attribute\"");
+    throw py::value_error(document_->SetEnabled(written, true).GetMessage() +
+                          "; an attribute is written \"id.attribute\"");
   }
   Node& node = FindNode(written.substr(0, dot));
   const std::string name = written.substr(dot + 1);
@@ -241,13 +233,15 @@ py::object GraphObject::Get(const std::string& attribute) {
 
 // ---- Outputs ----
 
-void GraphObject::AddOutput(const ScEng::DocumentOutput& output) {
+void GraphObject::AddOutput(ScEng::DocumentOutput output) {
   const Use use(*this);
+  output.from = FindPlug(output.from, PlugUse::kImageOutput, "");
   Require(document_->AddOutput(output));
 }
 
-void GraphObject::RemoveOutputs(const std::string& plug) {
+void GraphObject::RemoveOutputs(const std::string& written) {
   const Use use(*this);
+  const std::string plug = FindPlug(written, PlugUse::kImageOutput, "");
   const std::size_t before = document_->GetOutputs().size();
   document_->RemoveOutputs(plug);
   if (document_->GetOutputs().size() == before) {

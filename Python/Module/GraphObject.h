@@ -54,8 +54,8 @@ class GraphObject {
   /// Of "id.attribute" its value, of "id" all values by name.
   pybind11::object Get(const std::string& attribute);
 
-  void AddOutput(const ScEng::DocumentOutput& output);
-  void RemoveOutputs(const std::string& plug);
+  void AddOutput(ScEng::DocumentOutput output);
+  void RemoveOutputs(const std::string& written);
   std::vector<ScEng::DocumentOutput> ListOutputs();
 
   ScEng::Findings Check();
@@ -73,7 +73,22 @@ class GraphObject {
   explicit GraphObject(std::unique_ptr<ScEng::GraphDocument> document);
   /// Moves the document to the node types that there are now, which makes nodes of placeholders whose types have come.
   void FollowCatalog();
-  [[nodiscard]] std::string FindSource(const std::string& name) const;
+  /// What a plug that a caller names is to be.
+  enum class PlugUse { kInput, kOutput, kImageOutput };
+  /// Whether it is "id.plug" with the id of a node.
+  [[nodiscard]] bool NamesPlug(const std::string& written) const;
+  [[nodiscard]] std::vector<std::string> ListPlugs(const std::string& id, PlugUse use) const;
+  /// "id.plug" of that, or of an id alone where the node has one such plug. ValueError, which begins with `lead`, where
+  /// there is no such node or it has none or several.
+  [[nodiscard]] std::string FindPlug(const std::string& written, PlugUse use, const std::string& lead) const;
+  [[nodiscard]] std::string DescribeMissingNode(const std::string& written, PlugUse use) const;
+  /// Why two plugs are not connected, and what would help; `message` is what the document says.
+  [[nodiscard]] std::string DescribeRefusal(const std::string& from, const std::string& to, unsigned index,
+                                            const std::string& message) const;
+  [[nodiscard]] std::string DescribeTaken(const std::string& from, const std::string& to, unsigned index,
+                                          bool takes_many) const;
+  [[nodiscard]] std::string DescribeCycle(const std::string& from, const std::string& to,
+                                          const std::string& message) const;
   void SetAttribute(Node& node, Attribute& attribute, pybind11::handle value);
   /// Node and attribute of "id.attribute".
   std::pair<Node*, Attribute*> FindAttribute(const std::string& written) const;

@@ -28,6 +28,14 @@ void Require(const ScEng::Status& status) {
   if (status.IsError()) throw py::value_error(status.GetMessage());
 }
 
+std::vector<std::string> HintAtClasses(std::vector<std::string> problems) {
+  for (std::string& problem : problems) {
+    const bool is_unknown = problem.find(": there is no node type \"") != std::string::npos;
+    if (is_unknown) problem += "; a class of Python is made one by valuenodes.register, before the document is loaded";
+  }
+  return problems;
+}
+
 std::string Quote(const std::string& name) { return "\"" + ScEng::MakeLine(name, 80) + "\""; }
 
 std::function<void(Node& node, std::size_t done, std::size_t total)> TellProgress(const py::object& function,

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "Python/Module/GraphObject.h"
 #include "Python/Module/Interruption.h"
@@ -26,6 +27,8 @@ class GraphObject::Use {
 
 /// A ValueError where the document has refused something.
 void Require(const ScEng::Status& status);
+/// The problems of a document, with a hint where a node type is unknown that may be a class of Python.
+std::vector<std::string> HintAtClasses(std::vector<std::string> problems);
 /// A name as messages show it.
 std::string Quote(const std::string& name);
 

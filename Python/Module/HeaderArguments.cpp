@@ -15,16 +15,16 @@ namespace {
 
 std::string Format(double number) { return py::repr(py::float_(number)).cast<std::string>(); }
 
-int ToPin(double number) {
+int ToPin(const std::string& function, double number) {
   const bool is_whole = number == std::floor(number);
   if (is_whole && std::abs(number) <= std::numeric_limits<int>::max()) return static_cast<int>(number);
-  throw py::value_error("pin takes whole numbers of pixels, not " + Format(number));
+  throw py::value_error(function + ": pin takes whole numbers of pixels, not " + Format(number));
 }
 
-float ToFloat(double number, const char* name) {
+float ToFloat(const std::string& function, double number, const char* name) {
   const auto narrowed = static_cast<float>(number);
   if (std::isfinite(narrowed)) return narrowed;
-  throw py::value_error(std::string(name) + " takes finite floats, not " + Format(number));
+  throw py::value_error(function + ": " + name + " takes finite floats, not " + Format(number));
 }
 
 /// One number of an argument; `wanted` is what the argument takes.
@@ -44,18 +44,19 @@ std::optional<std::pair<double, double>> ReadPair(py::handle object, const std::
 
 }  // namespace
 
-HeaderArguments HeaderArguments::Read(py::handle mode, py::handle pin, py::handle pivot, py::handle range,
-                                      py::handle outside) {
+HeaderArguments HeaderArguments::Read(const std::string& function, py::handle mode, py::handle pin, py::handle pivot,
+                                      py::handle range, py::handle outside) {
   HeaderArguments arguments;
+  arguments.function = function;
   if (py::isinstance<py::str>(mode)) {
     arguments.mode = mode.cast<std::string>();
   } else if (!mode.is_none()) {
-    throw py::type_error("mode takes a word, not " + NameType(mode));
+    throw py::type_error(function + ": mode takes a word, not " + NameType(mode));
   }
-  arguments.pin = ReadPair(pin, "pin takes two whole numbers (x, y)");
-  arguments.pivot = ReadPair(pivot, "pivot takes two numbers (x, y)");
-  arguments.range = ReadPair(range, "range takes two numbers (low, high)");
-  if (!outside.is_none()) arguments.outside = ReadNumber(outside, "outside takes a number");
+  arguments.pin = ReadPair(pin, function + ": pin takes two whole numbers (x, y)");
+  arguments.pivot = ReadPair(pivot, function + ": pivot takes two numbers (x, y)");
+  arguments.range = ReadPair(range, function + ": range takes two numbers (low, high)");
+  if (!outside.is_none()) arguments.outside = ReadNumber(outside, function + ": outside takes a number");
   return arguments;
 }
 
@@ -66,22 +67,23 @@ std::optional<unsigned> HeaderArguments::FindMode() const {
     words.emplace_back(ColorMode::GetName(i));
     if (*mode == words.back()) return i;
   }
-  throw py::value_error("there is no mode \"" + *mode + R"("; there are "color", "signed", "value", "pair")" +
+  throw py::value_error(function + ": there is no mode \"" + *mode +
+                        R"("; there are "color", "signed", "value", "pair")" +
                         ScEng::SuggestClosestNames(*mode, words));
 }
 
 void HeaderArguments::ApplyTo(ImageHeader& header) const {
   if (pin) {
-    header.pin_x = ToPin(pin->first);
-    header.pin_y = ToPin(pin->second);
+    header.pin_x = ToPin(function, pin->first);
+    header.pin_y = ToPin(function, pin->second);
   }
   if (pivot) {
-    header.pivot_x = ToFloat(pivot->first, "pivot");
-    header.pivot_y = ToFloat(pivot->second, "pivot");
+    header.pivot_x = ToFloat(function, pivot->first, "pivot");
+    header.pivot_y = ToFloat(function, pivot->second, "pivot");
   }
   if (range) {
-    header.value_low = ToFloat(range->first, "range");
-    header.value_high = ToFloat(range->second, "range");
+    header.value_low = ToFloat(function, range->first, "range");
+    header.value_high = ToFloat(function, range->second, "range");
   }
   if (outside) header.outside_value = static_cast<float>(*outside);
 }

@@ -13,10 +13,12 @@ namespace ValuePython {
 
 /// What a caller says of an image beside its samples; nothing where it says nothing.
 struct HeaderArguments {
-  /// Reads what was given, None for nothing. TypeError for values of another kind.
-  static HeaderArguments Read(pybind11::handle mode, pybind11::handle pin, pybind11::handle pivot,
-                              pybind11::handle range, pybind11::handle outside);
+  /// Reads what a function was given, None for nothing. TypeError for values of another kind.
+  static HeaderArguments Read(const std::string& function, pybind11::handle mode, pybind11::handle pin,
+                              pybind11::handle pivot, pybind11::handle range, pybind11::handle outside);
 
+  /// Begins messages.
+  std::string function;
   std::optional<std::string> mode;
   std::optional<std::pair<double, double>> pin;
   std::optional<std::pair<double, double>> pivot;

@@ -3,11 +3,16 @@
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "Host/Util/ClosestName.h"
+#include "Python/Module/AttributeValue.h"
 
 namespace py = pybind11;
 
@@ -22,6 +27,7 @@ using Bytes = std::vector<std::uint8_t>;
 py::bytes ToBytes(const Bytes& bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
 Bytes FromBytes(py::handle object) {
+  if (!py::isinstance<py::bytes>(object) && PyByteArray_Check(object.ptr()) == 0) throw py::cast_error();
   const auto text = object.cast<std::string>();
   return {text.begin(), text.end()};
 }
@@ -34,6 +40,7 @@ py::object ToText(const std::string& text) {
 }
 
 std::string FromText(py::handle object) {
+  if (!py::isinstance<py::str>(object)) throw py::cast_error();
   PyObject* const encoded = PyUnicode_AsEncodedString(object.ptr(), "utf-8", "surrogateescape");
   if (encoded == nullptr) throw py::error_already_set();
   return py::reinterpret_steal<py::bytes>(encoded).cast<std::string>();
@@ -53,8 +60,11 @@ py::object ToObject(const MetadataValue& value) {
 MetadataValue FromObject(py::handle object) {
   if (py::isinstance<py::str>(object)) return FromText(object);
   if (py::isinstance<py::dict>(object)) {
-    return OpaqueValue{object["type"].cast<std::string>(), FromBytes(object["bytes"])};
+    const auto facts = py::reinterpret_borrow<py::dict>(object);
+    if (!facts.contains("type") || !facts.contains("bytes")) throw py::cast_error();
+    return OpaqueValue{facts["type"].cast<std::string>(), FromBytes(facts["bytes"])};
   }
+  if (PySequence_Check(object.ptr()) == 0) throw py::cast_error();
   const auto sequence = py::reinterpret_borrow<py::sequence>(object);
   // Owned: a sequence may make its entries when it is asked for them, as arrays do.
   for (const py::object entry : sequence) {
@@ -63,9 +73,17 @@ MetadataValue FromObject(py::handle object) {
   return object.cast<std::vector<std::int64_t>>();
 }
 
-/// One fixed name: how it is read from a dictionary.
+/// A value in a message: what it is where that is short, else its type.
+std::string DescribeValue(py::handle value) {
+  constexpr std::size_t kMost = 40;
+  const auto text = py::repr(value).cast<std::string>();
+  return text.size() <= kMost && text.find('\n') == std::string::npos ? text : NameType(value);
+}
+
+/// One fixed name: what it takes, and how that is read from a dictionary. py::cast_error for anything else.
 struct Field {
   const char* name;
+  const char* takes;
   void (*take)(ImageMetadata& metadata, py::handle value);
 };
 
@@ -74,29 +92,56 @@ ScEng::Georeference& GroundOf(ImageMetadata& metadata) {
   return *metadata.georeference;
 }
 
+/// Whether an exception says that a value is of another kind than is read.
+bool IsOfKind(const py::error_already_set& error) {
+  return error.matches(PyExc_TypeError) || error.matches(PyExc_OverflowError);
+}
+
+void TakeEntry(ImageMetadata& metadata, py::handle name, py::handle entry) {
+  if (!py::isinstance<py::str>(name)) throw py::type_error("names of entries are strings, not " + NameType(name));
+  const std::string wrong = "entry \"" + FromText(name) +
+                            "\" takes a string, a sequence of numbers, or a dict of \"type\" and \"bytes\", not ";
+  try {
+    metadata.entries.push_back({FromText(name), FromObject(entry)});
+  } catch (const py::cast_error&) {
+    throw py::type_error(wrong + DescribeValue(entry));
+  } catch (const py::error_already_set& error) {
+    if (!IsOfKind(error)) throw;
+    throw py::type_error(wrong + DescribeValue(entry));
+  }
+}
+
 constexpr Field kFields[] = {
-    {"exif", [](ImageMetadata& m, py::handle value) { m.exif = FromBytes(value); }},
-    {"iptc", [](ImageMetadata& m, py::handle value) { m.iptc = FromBytes(value); }},
-    {"xmp", [](ImageMetadata& m, py::handle value) { m.xmp = FromText(value); }},
-    {"icc", [](ImageMetadata& m, py::handle value) { m.icc = FromBytes(value); }},
-    {"resolution", [](ImageMetadata& m, py::handle value) { m.resolution = value.cast<std::array<double, 2>>(); }},
-    {"resolution_unit", [](ImageMetadata& m, py::handle value) { m.resolution_unit = value.cast<std::string>(); }},
-    {"coordinate_system", [](ImageMetadata& m, py::handle value) { GroundOf(m).coordinate_system = FromText(value); }},
-    {"geotransform",
+    {"exif", "bytes", [](ImageMetadata& m, py::handle value) { m.exif = FromBytes(value); }},
+    {"iptc", "bytes", [](ImageMetadata& m, py::handle value) { m.iptc = FromBytes(value); }},
+    {"xmp", "a string", [](ImageMetadata& m, py::handle value) { m.xmp = FromText(value); }},
+    {"icc", "bytes", [](ImageMetadata& m, py::handle value) { m.icc = FromBytes(value); }},
+    {"resolution", "two numbers (x, y)",
+     [](ImageMetadata& m, py::handle value) { m.resolution = value.cast<std::array<double, 2>>(); }},
+    {"resolution_unit", "a string",
+     [](ImageMetadata& m, py::handle value) { m.resolution_unit = value.cast<std::string>(); }},
+    {"coordinate_system", "a string",
+     [](ImageMetadata& m, py::handle value) { GroundOf(m).coordinate_system = FromText(value); }},
+    {"geotransform", "six numbers",
      [](ImageMetadata& m, py::handle value) { GroundOf(m).transform = value.cast<std::array<double, 6>>(); }},
-    {"nodata", [](ImageMetadata& m, py::handle value) { m.nodata = value.cast<double>(); }},
-    {"unit", [](ImageMetadata& m, py::handle value) { m.value_unit = FromText(value); }},
-    {"display_window",
+    {"nodata", "a number", [](ImageMetadata& m, py::handle value) { m.nodata = value.cast<double>(); }},
+    {"unit", "a string", [](ImageMetadata& m, py::handle value) { m.value_unit = FromText(value); }},
+    {"display_window", "four whole numbers (left, top, right, bottom)",
      [](ImageMetadata& m, py::handle value) {
        const auto box = value.cast<std::array<std::int64_t, 4>>();
        m.display_window = ScEng::Box2I{box[0], box[1], box[2], box[3]};
      }},
-    {"compression", [](ImageMetadata& m, py::handle value) { m.exr_compression = value.cast<std::string>(); }},
-    {"had_opacity", [](ImageMetadata& m, py::handle value) { m.had_opacity = value.cast<bool>(); }},
-    {"entries",
+    {"compression", "a string",
+     [](ImageMetadata& m, py::handle value) { m.exr_compression = value.cast<std::string>(); }},
+    {"had_opacity", "True or False",
      [](ImageMetadata& m, py::handle value) {
-       for (const auto& [name, entry] : value.cast<py::dict>())
-         m.entries.push_back({FromText(name), FromObject(entry)});
+       if (!py::isinstance<py::bool_>(value)) throw py::cast_error();
+       m.had_opacity = value.cast<bool>();
+     }},
+    {"entries", "a dict of strings, numbers and blocks of bytes by name",
+     [](ImageMetadata& m, py::handle value) {
+       if (!py::isinstance<py::dict>(value)) throw py::cast_error();
+       for (const auto& [name, entry] : py::reinterpret_borrow<py::dict>(value)) TakeEntry(m, name, entry);
      }},
 };
 
@@ -138,19 +183,34 @@ py::dict ToDict(const ImageMetadata* metadata) {
   return facts;
 }
 
-std::shared_ptr<const ImageMetadata> FromDict(const py::dict& facts) {
-  if (facts.empty()) return nullptr;
+std::shared_ptr<const ImageMetadata> FromDict(py::handle facts, const std::string& name) {
+  if (!py::isinstance<py::dict>(facts)) throw py::type_error(name + " takes a dict, not " + NameType(facts));
+  const auto fields = py::reinterpret_borrow<py::dict>(facts);
+  if (fields.empty()) return nullptr;
   auto metadata = std::make_shared<ImageMetadata>();
-  for (const auto& [key, value] : facts) {
-    const auto name = key.cast<std::string>();
-    const Field* found = nullptr;
-    for (const Field& field : kFields) {
-      if (name == field.name) found = &field;
+  for (const auto& [key, value] : fields) {
+    if (!py::isinstance<py::str>(key))
+      throw py::type_error(name + ": names of fields are strings, not " + NameType(key));
+    const std::string written = FromText(key);
+    const auto* const found =
+        std::find_if(std::begin(kFields), std::end(kFields), [&](const Field& field) { return written == field.name; });
+    if (found == std::end(kFields)) {
+      std::vector<std::string> names;
+      for (const Field& field : kFields) names.emplace_back(field.name);
+      throw py::value_error(name + " has no field \"" + written + "\"" + ScEng::SuggestClosestNames(written, names) +
+                            "; fields of one's own belong into \"entries\"");
     }
-    if (found == nullptr) {
-      throw py::value_error("metadata has no field \"" + name + "\"; fields of one's own belong into \"entries\"");
+    const std::string wrong = name + ": " + written + " takes " + found->takes + ", not ";
+    try {
+      found->take(*metadata, value);
+    } catch (const py::cast_error&) {
+      throw py::type_error(wrong + DescribeValue(value));
+    } catch (const py::type_error& error) {
+      throw py::type_error(name + ": " + error.what());
+    } catch (const py::error_already_set& error) {
+      if (!IsOfKind(error)) throw;
+      throw py::type_error(wrong + DescribeValue(value));
     }
-    found->take(*metadata, value);
   }
   return metadata;
 }

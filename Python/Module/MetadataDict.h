@@ -4,6 +4,7 @@
 #include <pybind11/pybind11.h>
 
 #include <memory>
+#include <string>
 
 #include "Host/Image/ImageMetadata.h"
 
@@ -14,7 +15,8 @@ namespace ValuePython {
 /// "compression" and "had_opacity" have fixed forms; "entries" has everything else.
 pybind11::dict ToDict(const ScEng::ImageMetadata* metadata);
 
-/// The way back; null for an empty one. ValueError for names that there are not.
-std::shared_ptr<const ScEng::ImageMetadata> FromDict(const pybind11::dict& facts);
+/// The way back; null for an empty one. ValueError for names that there are not, TypeError for values of another kind;
+/// messages begin with `name`.
+std::shared_ptr<const ScEng::ImageMetadata> FromDict(pybind11::handle facts, const std::string& name);
 
 }  // namespace ValuePython

@@ -145,10 +145,11 @@ py::object NodeFunction::Call(const py::args& given, const py::kwargs& attribute
   return MakeResult(outputs);
 }
 
-SharedImagePtr NodeFunction::ReadImage(py::handle given) const {
+SharedImagePtr NodeFunction::ReadImage(py::handle given, const std::string& name) const {
   if (py::isinstance<SharedImage>(given)) return given.cast<SharedImagePtr>();
-  if (IsArrayLike(given)) return std::make_shared<SharedImage>(MakeImage(given, std::nullopt));
-  throw py::type_error(name_ + " takes " + ListInputs() + ", not " + NameType(given));
+  if (IsArrayLike(given))
+    return std::make_shared<SharedImage>(MakeImage(given, std::nullopt, name_ + ": " + name + ": "));
+  throw py::type_error(name_ + ": " + name + " takes an image or array, not " + NameType(given));
 }
 
 void NodeFunction::ReadImages(const py::args& images, Work& work) const {
@@ -164,7 +165,10 @@ void NodeFunction::ReadImages(const py::args& images, Work& work) const {
     } else if (given.is_none() && inputs_[input].is_optional) {
       work.is_left_free[input] = true;
     } else {
-      work.images[input].push_back(ReadImage(given));
+      // Of many images, which one.
+      const std::string& name = inputs_[input].name;
+      work.images[input].push_back(
+          ReadImage(given, inputs_[input].takes_many ? name + " " + std::to_string(i + 1) : name));
     }
     if (!inputs_[input].takes_many) ++input;
   }
@@ -175,6 +179,11 @@ void NodeFunction::ReadImages(const py::args& images, Work& work) const {
 }
 
 void NodeFunction::ReadConstant(py::handle number, std::size_t place, Work& work) const {
+  if (!constant_ && inputs_[0].takes_many) {
+    const std::string text = py::repr(number).cast<std::string>();
+    throw py::type_error(name_ + " takes images or arrays, not the number " + text +
+                         "; an array of it does: " + "numpy.full(shape, " + text + ")");
+  }
   if (!constant_) {
     throw py::type_error(name_ + " takes " + ListInputs() + " as images or arrays, not the number " +
                          py::repr(number).cast<std::string>() +
@@ -196,7 +205,7 @@ void NodeFunction::ReadNamedImage(std::size_t input, py::handle given, Work& wor
   if (!work.images[input].empty()) {
     throw py::type_error(name_ + " was given its input " + Quote(inputs_[input].name) + " twice");
   }
-  work.images[input].push_back(ReadImage(given));
+  work.images[input].push_back(ReadImage(given, inputs_[input].name));
 }
 
 void NodeFunction::ReadKeywords(const py::kwargs& attributes, Work& work) const {

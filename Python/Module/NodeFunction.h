@@ -40,7 +40,7 @@ class NodeFunction {
   void Resolve();
   void ReadImages(const pybind11::args& images, Work& work) const;
   void ReadConstant(pybind11::handle number, std::size_t place, Work& work) const;
-  [[nodiscard]] std::shared_ptr<SharedImage> ReadImage(pybind11::handle given) const;
+  [[nodiscard]] std::shared_ptr<SharedImage> ReadImage(pybind11::handle given, const std::string& name) const;
   void ReadKeywords(const pybind11::kwargs& attributes, Work& work) const;
   void ReadNamedImage(std::size_t input, pybind11::handle given, Work& work) const;
   void CheckInputs(const Work& work) const;

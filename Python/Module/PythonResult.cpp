@@ -9,7 +9,6 @@
 
 #include "Python/Module/ArrayImage.h"
 #include "Python/Module/AttributeValue.h"
-#include "Python/Module/Errors.h"
 #include "Python/Module/SharedImage.h"
 
 namespace py = pybind11;
@@ -56,14 +55,17 @@ void FillHeader(SharedImage& image, const Image* like) {
   }
 }
 
-ImagePtr Read(py::object returned, const std::string& output, const Image* like) {
+}  // namespace
+
+ImagePtr TakeResult(py::object returned, const std::string& output, const Image* like) {
   if (py::isinstance<SharedImage>(returned)) return returned.cast<const SharedImage&>().Lend();
   if (!IsArrayLike(returned)) {
     throw py::type_error("evaluate returned " + NameType(returned) + " for output \"" + output +
                          "\", which takes an array or an image");
   }
   const bool is_unshared = IsUnshared(returned, 1);
-  SharedImage image = MakeImage(returned, FindMode(returned, like));
+  SharedImage image =
+      MakeImage(returned, FindMode(returned, like), "what evaluate returned for output \"" + output + "\": ");
   const bool is_lent =
       py::isinstance<py::array>(returned) && py::reinterpret_borrow<py::array>(returned).data() == image.samples.get();
   FillHeader(image, like);
@@ -71,20 +73,6 @@ ImagePtr Read(py::object returned, const std::string& output, const Image* like)
   if (!is_lent || is_unshared) return lent;
   const py::gil_scoped_release unlocked;
   return ScEng::MakeRef<Image>(*lent);
-}
-
-}  // namespace
-
-ImagePtr TakeResult(py::object returned, const std::string& output, const Image* like) {
-  const std::string lead = "what evaluate returned for output \"" + output + "\": ";
-  try {
-    return Read(std::move(returned), output, like);
-  } catch (const py::value_error& error) {
-    throw py::value_error(lead + error.what());
-  } catch (py::error_already_set& error) {
-    if (!error.matches(PyExc_OverflowError)) throw;
-    ThrowOverflow(lead + py::str(error.value()).cast<std::string>());
-  }
 }
 
 }  // namespace ValuePython

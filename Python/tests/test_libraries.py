@@ -156,3 +156,21 @@ def test_type_that_there_is_already_is_refused(tmp_path):
     copy.write_bytes(pathlib.Path(vn.doctor()["libraries"][0]["file"]).read_bytes())
     with pytest.raises(vn.ValueNodesError, match="Copy.so"):
         vn.load_library(copy)
+
+
+def test_folders_that_cannot_be_read_are_warned_of(tmp_path):
+    (tmp_path / "file").write_text("")
+    answer = run("print(len(vn.nodes()) > 20)", VALUE_PLUGIN_PATH=f"/nowhere::{tmp_path / 'file'}")
+    assert answer.stdout == "True\n"
+    lines = [line for line in answer.stderr.splitlines() if "ValueNodesWarning" in line]
+    assert len(lines) == 2
+    assert 'VALUE_PLUGIN_PATH: the folder "/nowhere" cannot be read: No such file or directory' in lines[0]
+    assert f'VALUE_PLUGIN_PATH: the folder "{tmp_path}/file" cannot be read: Not a directory' in lines[1]
+
+
+def test_a_text_is_no_library(tmp_path):
+    (tmp_path / "text.so").write_text("print('no library')\n")
+    for trust in (False, True):
+        with pytest.raises(vn.ValueNodesError) as raised:
+            vn.load_library(tmp_path / "text.so", trust=trust)
+        assert "text.so" in str(raised.value) and "it is no shared library" in str(raised.value)

@@ -6,6 +6,7 @@ What only `register` needs is imported there: it would be a third of the time th
 
 import numbers
 import re
+import types
 
 from . import _valuenodes
 
@@ -92,6 +93,36 @@ def _attributes(node_class):
     return attributes
 
 
+# What a class says of itself, and of which kinds that is.
+_SAID = {
+    "attributes": (tuple, list),
+    "evaluate": (types.FunctionType,),
+    "group": (str,),
+    "inputs": (tuple, list),
+    "keywords": (str,),
+    "name": (str,),
+    "outputs": (tuple, list),
+    "takes_images": (bool,),
+    "type": (tuple, list),
+}
+
+
+def _check_spelling(node_class):
+    """Refuses what can only be meant for one of the names that are read here."""
+    for name, value in vars(node_class).items():
+        if name in _SAID or name.startswith("_"):
+            continue
+        free = [said for said, kinds in _SAID.items() if said not in vars(node_class) and type(value) in kinds]
+        import difflib
+
+        closest = difflib.get_close_matches(name.lower(), free, 1, 0.8)
+        if closest:
+            raise TypeError(
+                f'register: {node_class.__name__} has an attribute "{name}", which means nothing; the closest is '
+                f'"{closest[0]}"'
+            )
+
+
 def _check_names(inputs, outputs, attributes):
     names = [name for name, _, _ in inputs] + [row["name"] for row in attributes]
     for group in (names, outputs):
@@ -160,7 +191,7 @@ def register(node_class=None, /, *, replace=False):
     ValueError
         A name or the numbers are taken or not valid.
     TypeError
-        Something is of another kind, or `evaluate` does not take what is declared.
+        Something is of another kind, `evaluate` does not take what is declared, or a name in the class is misspelt.
 
     Examples
     --------
@@ -181,6 +212,7 @@ def register(node_class=None, /, *, replace=False):
         return lambda given: register(given, replace=replace)
     if not isinstance(node_class, type):
         raise TypeError(f"register takes a class, not {node_class!r}")
+    _check_spelling(node_class)
     inputs, outputs, attributes = _inputs(node_class), _outputs(node_class), _attributes(node_class)
     _check_names(inputs, outputs, attributes)
     _check_evaluate(node_class, inputs, attributes)

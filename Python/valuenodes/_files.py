@@ -1,9 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Image files."""
 
+import builtins
 import os
 
 from . import _valuenodes
+from ._graph_arguments import image_of
 
 _WORDS = {
     "type": ("float", "half", "uint16", "uint8", "int16"),
@@ -11,6 +13,14 @@ _WORDS = {
     "opacity": ("auto", "keep", "drop"),
     "metadata": ("keep", "strip"),
 }
+
+
+def _is_path(value):
+    return isinstance(value, (str, bytes, os.PathLike))
+
+
+def _type_name(value):
+    return builtins.type(value).__name__
 
 
 def write(path, image, type=None, *, samples="unit", opacity="auto", metadata="keep", layer="", compression=""):
@@ -55,13 +65,19 @@ def write(path, image, type=None, *, samples="unit", opacity="auto", metadata="k
     ...     vn.read(os.path.join(folder, "flat.exr")).size
     (3, 2)
     """
+    if _is_path(image) and not _is_path(path):
+        raise TypeError("write takes the path first and the image second: write(path, image)")
+    if not _is_path(path):
+        raise TypeError(f"write: path is a string or os.PathLike, not {_type_name(path)}")
     given = {"type": type, "samples": samples, "opacity": opacity, "metadata": metadata}
     for name, word in given.items():
         if word not in _WORDS[name] and not (name == "type" and word is None):
             words = ", ".join(f'"{known}"' for known in _WORDS[name])
             raise ValueError(f"write: {name} takes {words}, not {word!r}")
-    if not isinstance(image, _valuenodes.Image):
-        image = _valuenodes.Image(image)
+    for name, word in {"layer": layer, "compression": compression}.items():
+        if not isinstance(word, str):
+            raise TypeError(f"write: {name} is a string, not {_type_name(word)}")
+    image = image_of(image, "write: image", lists=True)
     _valuenodes.write(image, os.fsencode(path), type or "", samples, opacity, metadata, layer, compression)
 
 

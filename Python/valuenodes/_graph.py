@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Graphs of nodes: documents that are built, changed, evaluated and saved."""
 
+import functools
 import json
 import os
 
@@ -9,6 +10,20 @@ from ._graph_arguments import check_progress, image_of, text_of
 from ._graph_editing import GraphEditing
 from ._graph_records import Findings, WrittenFile
 from ._valuenodes import Document
+
+
+def _takes_nothing(make):
+    """Lets a constructor say what takes a document, where it is given one."""
+
+    @functools.wraps(make)
+    def checked(self, *given, **by_name):
+        if given or by_name:
+            first = given[0] if given else None
+            way = "Graph.from_dict(document)" if isinstance(first, dict) else "Graph.load(path)"
+            raise TypeError(f"Graph takes no arguments and makes an empty graph; {way} makes one of a document")
+        make(self)
+
+    return checked
 
 
 class Graph(GraphEditing):
@@ -36,6 +51,7 @@ class Graph(GraphEditing):
     __slots__ = ("__weakref__",)
     __hash__ = None
 
+    @_takes_nothing
     def __init__(self):
         self._document = Document()
 
@@ -218,7 +234,7 @@ class Graph(GraphEditing):
             raise TypeError(f"evaluate: inputs is a dict of images by node, not {type(inputs).__name__}")
         given = []
         for name, image in inputs.items():
-            given.append((text_of(name, "evaluate", "each key of inputs", '"height"'), image_of(image, name)))
+            given.append((text_of(name, "evaluate", "each key of inputs", '"height"'), image_of(image, f"evaluate: inputs[{name!r}]")))
         if keep and given:
             raise ValueError("evaluate: keep and inputs do not go together, as results of inputs are never kept")
         return self._document.evaluate(plug, given, progress, bool(keep))

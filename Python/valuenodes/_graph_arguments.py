@@ -3,7 +3,7 @@
 
 import numbers
 
-from ._valuenodes import Image
+from ._valuenodes import Image, list_nodes
 
 
 def text_of(value, function, name, example):
@@ -17,7 +17,10 @@ def type_name(node_type, function):
     if isinstance(node_type, str):
         return node_type
     if isinstance(node_type, type):
-        return node_type.__name__
+        name = node_type.__name__
+        if name not in list_nodes():
+            raise ValueError(f"{function}: {name} is no node type yet; valuenodes.register({name}) makes it one")
+        return name
     if isinstance(node_type, (tuple, list)) and len(node_type) == 3:
         if all(isinstance(number, numbers.Integral) and number >= 0 for number in node_type):
             return ", ".join(str(int(number)) for number in node_type)
@@ -35,20 +38,22 @@ def index_of(value, function):
     return int(value)
 
 
-def image_of(value, name):
+def image_of(value, lead, *, lists=False):
+    """An image, or one made of an array; messages begin with `lead`, "write: image" for example."""
     if isinstance(value, Image):
         return value
-    if not any(hasattr(value, name) for name in ("__array__", "__array_interface__", "__dlpack__")):
+    if not (lists and isinstance(value, (list, tuple))) and not any(hasattr(value, name) for name in ("__array__", "__array_interface__", "__dlpack__")):
         try:
             memoryview(value)
         except TypeError:
-            raise TypeError(
-                f"evaluate: inputs[{name!r}] takes an image or array, not {type(value).__name__}"
-            ) from None
+            raise TypeError(f"{lead} takes an image or array, not {type(value).__name__}") from None
     try:
         return Image(value)
-    except (TypeError, ValueError) as error:
-        raise type(error)(f"evaluate: inputs[{name!r}]: {error}") from None
+    except (TypeError, ValueError, OverflowError) as error:
+        # What comes out of the code of an array's own class stays as it is.
+        if error.__traceback__.tb_next is not None or type(error) not in (TypeError, ValueError, OverflowError):
+            raise
+        raise type(error)(f"{lead}: {str(error).removeprefix('Image: array: ')}") from None
 
 
 def check_progress(progress, function):

@@ -98,8 +98,8 @@ def describe(name):
 
     Parameters
     ----------
-    name : str
-        Its class, display name or three numbers.
+    name : str, tuple of int, or class
+        The node type, as for `apply`.
 
     Returns
     -------
@@ -112,7 +112,7 @@ def describe(name):
     >>> steps["name"], steps["lowest"], steps["highest"]
     ('steps', 2.0, 100000.0)
     """
-    return describe_node(name)
+    return describe_node(type_name(name, "describe"))
 
 
 apply.__module__ = nodes.__module__ = describe.__module__ = "valuenodes"
