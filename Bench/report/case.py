@@ -13,6 +13,8 @@ PEERS = {
     "libvips": "libvips", "gegl": "GEGL",
 }
 
+NAMES = {"valuenodes": "valuenodes", **PEERS, "copy": "plain copy", "stream": "streaming copy"}
+
 
 @dataclass
 class Case:

@@ -30,8 +30,8 @@ def blur_case(sigma, wraps):
                 f"ApplyGaussianBlur(a, out, {sigma}, {sigma}, {'p' if wraps else 'c'})",
                 host(lambda h, x, take: h.blur(take("a"), x.spare(h.spare, "out"), sigma, wraps)),
                 blur_definition(sigma, wraps), peers,
-                "" if wraps else "To four sigmas, but libvips to 3.7. SciPy, scikit-image, OpenCV and libvips sum over the whole "
-                "kernel; GEGL filters recursively, which approximates.")
+                "" if wraps else "To four sigmas, but libvips to 3.7. SciPy, scikit-image, OpenCV and libvips sum over "
+                "the whole kernel; GEGL filters recursively, which approximates.")
 
 
 # ---- Regions ----
@@ -57,8 +57,9 @@ def grow_case(given, radius, shrink=False, wraps=False, others=()):
                 f"ImageRegion::{verb.title()}({given}, {radius})",
                 host(lambda h, x, take: h.grow(take(given), x.spare(h.spare, "out"), float(radius), wraps, shrink)),
                 definitions.grown(given, radius, wraps, shrink), {name: every[name] for name in others},
-                "The host grows in place, so the copy that it grows is in its time. GEGL: the percentile 0 or 100 of its "
-                "median, with a disc of its own." if others else "None of the others has it.", exact_side=128)
+                "The host grows in place, so the copy that it grows is in its time."
+                + " GEGL: the percentile 0 or 100 of its median, with a disc of its own." * ("gegl" in others),
+                exact_side=128)
 
 
 # ---- Slopes, distances, fills, pastes ----
@@ -154,7 +155,8 @@ CASES = [
          {"numpy": numpy_fill}, "Into memory that is there already.", moved=1),
     Case("fill by a mask", "Fill and paste", "Fill(copy of a, noise, 0.5)", host(fresh_copy),
          of(lambda x: x["a"] + (0.5 - x["a"]) * x["noise"]),
-         {"numpy": masked, "numexpr": numexpr("a + (c - a) * noise", c=0.5)}, "The host fills in place, so the copy that it fills is in its time.", moved=3),
+         {"numpy": masked, "numexpr": numexpr("a + (c - a) * noise", c=0.5)},
+         "The host fills in place, so the copy that it fills is in its time.", moved=3),
     Case("paste", "Fill and paste", "Paste(a, its lower right quarter)",
          host(lambda h, x, take: h.paste(take("a"), quarter_box(x.side), h.VALUE)), lambda x: [numpy_paste(x)],
          {"numpy": numpy_paste, "opencv": cv(cv_paste)}, "A quarter is copied, the rest is zeros.", moved=1.25),

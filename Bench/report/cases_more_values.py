@@ -106,9 +106,10 @@ def function_case(word):
         factor = np.pi / 180 if word == "deg_to_rad" else 180 / np.pi
         numbers = {"k": factor} if "k" in expression else {"one": 1} if "one" in expression else {}
         peers["numexpr"] = numexpr(expression, **numbers)
-    remark = "" if word in PLAIN else "valuenodes computes in double precision, the others in single; libvips in double."
-    if remark and "libvips" not in others:
-        remark = "valuenodes computes in double precision, the others in single."
+    remark = ""
+    if word not in PLAIN:
+        both = "valuenodes and libvips compute" if "libvips" in others else "valuenodes computes"
+        remark = both + " in double precision, the others in single."
     return Case(f"function, {word}", "Value Function", f'function(a, function="{word}")',
                 node("function", "a", function=word), exact("function", "a", word=word), peers, remark,
                 is_plain=word == "log")

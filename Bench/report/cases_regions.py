@@ -27,7 +27,8 @@ def relief_case(style, profile, given, peers=None, remark=""):
                 f'relief({given}, radius=10, style="{style}", profile="{profile}")',
                 node("relief", given, **settings),
                 exact("relief", given, declared=UNIT, seamless=True, **settings), peers or {},
-                remark or "None of the others has it.", exact_side=32, is_plain=(style, profile) == ("levels", "linear"))
+                remark or "None of the others has it.", exact_side=32,
+                is_plain=(style, profile) == ("levels", "linear"))
 
 
 def blurred_relief(x):
@@ -136,8 +137,8 @@ CASES = [
                   DISTANCE),
     distance_case("distance, tiling", "distance(mask)", "mask", True, False, {}, "None of the others tiles."),
     distance_case("distance, normalised", "distance(mask, seamless=False, normalize=True)", "mask", False, True,
-                  {"opencv": cv(lambda m, x: m.normalize(m.distanceTransform(
-                      (x["mask"] <= 0.5).astype(np.uint8), m.DIST_L2, m.DIST_MASK_PRECISE), None, 0, 1, m.NORM_MINMAX))},
+                  {"opencv": cv(lambda m, x: m.normalize(m.distanceTransform((x["mask"] <= 0.5).astype(
+                      np.uint8), m.DIST_L2, m.DIST_MASK_PRECISE), None, 0, 1, m.NORM_MINMAX))},
                   "OpenCV: two calls."),
     Case("gradient", "Gradient", "gradient(a, seamless=False), two results", node("gradient", "a", seamless=False),
          exact("gradient", "a", seamless=False),
@@ -192,8 +193,8 @@ CASES = [
                    "opencv": cv(cv_edges),
                    "libvips": vips(vips_edges),
                },
-               "On a terrain in eighths. scikit-image takes whole numbers; the others: the largest less the smallest of "
-               "nine pixels, which is the same on levels alone. Truth values or 8 bits but for OpenCV. The border is "
+               "On a terrain in eighths. scikit-image takes whole numbers; the others: the largest less the smallest "
+               "of nine pixels, which is the same on levels alone. Truth values or 8 bits but for OpenCV. The border is "
                "left out of the difference."),
     edges_case("edges, cross",
                'component_edges(levels, threshold=0.05, neighbors="cross", seamless=False, invert=False)',

@@ -21,7 +21,8 @@ def vips_choice(name):
 
 
 def arithmetic(name, function, cv_name):
-    peers = {"numpy": lambda x: function(x["a"], x["b"]), "opencv": cv(lambda m, x: getattr(m, cv_name)(x["a"], x["b"]))}
+    peers = {"numpy": lambda x: function(x["a"], x["b"]),
+             "opencv": cv(lambda m, x: getattr(m, cv_name)(x["a"], x["b"]))}
     remark = ""
     if name in MORE_OR_LESS:
         comparison = "<" if name == "minimum" else ">"
@@ -198,7 +199,9 @@ def condition_case(word):
         peers["opencv"] = cv(lambda m, x: m.threshold(x["a"], 0.5, 1, getattr(m, CV_THRESHOLDS[word]))[1])
     if word == "v_gt_a":
         peers["gegl"] = gegl("gegl:threshold", "a", value=1.055 * 0.5 ** (1 / 2.4) - 0.055)
-    remark = "libvips gives 8 bits, 255 for 1." + (" GEGL compares samples as they are seen, with 0.735 for 0.5." * (word == "v_gt_a"))
+    remark = "libvips gives 8 bits, 255 for 1."
+    if "gegl" in peers:
+        remark += " GEGL compares samples as they are seen, with 0.735 for 0.5."
     return Case(f"condition, {word}", "Value Condition", f'condition(a, condition="{word}", a=0.5)',
                 node("condition", "a", condition=word, a=0.5), exact("condition", "a", word=word, a=0.5), peers,
                 remark, is_plain=word == "v_gt_a", are_masks=True)
@@ -209,7 +212,8 @@ def between_case(word):
     upper = np.less_equal if word.endswith("lte_b") else np.less
     low, high = ("<=" if one is np.less_equal else "<" for one in (lower, upper))
     return Case(f"condition, {word}", "Value Condition", f'condition(a, condition="{word}", a=0.25, b=0.75)',
-                node("condition", "a", condition=word, a=0.25, b=0.75), exact("condition", "a", word=word, a=0.25, b=0.75),
+                node("condition", "a", condition=word, a=0.25, b=0.75),
+                exact("condition", "a", word=word, a=0.25, b=0.75),
                 {"numpy": lambda x: (lower(F(0.25), x["a"]) & upper(x["a"], F(0.75))).astype(F),
                  "numexpr": numexpr(f"where((c {low} a) & (a {high} d), one, none)", c=0.25, d=0.75, one=1, none=0),
                  **({"opencv": cv(lambda m, x: m.inRange(x["a"], 0.25, 0.75))} if word == "a_lte_v_lte_b" else {})},

@@ -1,5 +1,7 @@
 """What the numbers of a run say: ceilings, ratios and verdicts, for the page, the tables and the comparison."""
 
+import re
+
 from report import spread
 from report.case import PEERS
 
@@ -62,10 +64,10 @@ def difference_text(found):
         return "not finite", True
     if largest == 0:
         return "0", False
-    words = f"{largest:.1g}"
+    words = re.sub(r"e-0*", "e-", f"{largest:.1g}")
     if found["off"] > 0:
         share = found["off"] * 100
-        words += f", {share:.2g} % of samples off"
+        words += f", {share:.2g} % off"
     return words, found["off"] > 0
 
 
@@ -77,10 +79,13 @@ def time_text(seconds):
     return ""
 
 
-def spread_text(times):
+def noise_text(times):
     share = spread.noise(times) * 100
-    return f"{time_text(spread.median(times))} ±{share:.0f} %" if share >= 0.95 else (
-        f"{time_text(spread.median(times))} ±{share:.1f} %")
+    return f"±{share:.0f} %" if share >= 0.95 else f"±{share:.1f} %"
+
+
+def spread_text(times):
+    return f"{time_text(spread.median(times))} {noise_text(times)}"
 
 
 def counts(run, threads):

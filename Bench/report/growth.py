@@ -154,10 +154,12 @@ def radius_calls(radius):
         "grow": host(lambda h, x, take: h.grow(take("noise"), x.spare(h.spare, "out"), float(radius), False)),
         "relief, levels, linear": node("relief", "a", radius=radius),
         "relief, levels, smooth": node("relief", "a", radius=radius, profile="smooth"),
-        "occlusion": node("ambient_occlusion", "a", radius=radius),
         "blur, sigma – opencv": cv(lambda m, x: m.GaussianBlur(
             x["a"], (2 * reach + 1, 2 * reach + 1), radius, borderType=m.BORDER_REPLICATE)),
     }
+    # What the node takes.
+    if 3 <= radius <= 100:
+        calls["occlusion"] = node("ambient_occlusion", "a", radius=radius)
     if radius <= 32:
         calls["grow – opencv"] = cv(lambda m, x: m.dilate(x["noise"], shape))
     return calls

@@ -1,11 +1,8 @@
 """Plots as inline SVG, coloured by the page's own variables so that they follow its theme."""
 
-import html
 import math
 
-
-def escape(text):
-    return html.escape(str(text), quote=True)
+from report.markup import escape
 
 
 def number_text(value):
@@ -65,7 +62,7 @@ def strip(contenders, low, high, label):
     parts = [line(axis(tick), 3, axis(tick), height - 3, "ceiling" if tick == 1 else "grid") for tick in axis.ticks()]
     for kind, title, first, middle, third in contenders:
         y = height / 2
-        parts.append(f'<line x1="{axis(first):.1f}" y1="{y}" x2="{axis(third):.1f}" y2="{y}" class="whisker c-{kind}"/>')
+        parts.append(line(axis(first), y, axis(third), y, f"whisker c-{kind}"))
         parts.append(dot(axis(middle), y, 5.5 if kind == "valuenodes" else 4, f"c-{kind}", title))
     return wrap(width, height, parts, label, "strip")
 
@@ -95,8 +92,11 @@ def swarm(points, low, high, width=900):
     # As high as the tallest heap.
     top = min([y for _, y in placed] + [middle]) - 2 * radius
     floor = max([y for _, y in placed] + [middle]) + 2 * radius
-    frame = [line(axis(tick), top, axis(tick), floor, "ceiling" if tick == 1 else "grid") for tick in axis.ticks((1, 3))]
-    frame += [text(axis(tick), floor + 16, ratio_name(tick), "tick") for tick in axis.ticks((1, 3))]
+    frame = []
+    above = [one for one in axis.ticks((1, 3)) if one >= 1]
+    for tick in [*above, *(1 / one for one in above if one > 1 and 1 / one >= low)]:
+        frame.append(line(axis(tick), top, axis(tick), floor, "ceiling" if tick == 1 else "grid"))
+        frame.append(text(axis(tick), floor + 16, ratio_name(tick), "tick"))
     return (f'<svg viewBox="0 {top:.0f} {width} {floor - top + bottom:.0f}" class="wide" role="img" '
             'aria-label="ours beside the best peer">' + "".join(frame + parts)
             + text(30, floor + 31, "← others are faster", "tick", "start")
@@ -104,7 +104,7 @@ def swarm(points, low, high, width=900):
 
 
 def ratio_name(tick):
-    return "equal" if tick == 1 else f"{tick:g}×" if tick > 1 else f"{1 / tick:.2g}×"
+    return "equal" if tick == 1 else f"{tick:g}×" if tick > 1 else f"{number_text(1 / tick)}×"
 
 
 def lines_plot(series, x_label, y_label, title):

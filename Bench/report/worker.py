@@ -22,6 +22,8 @@ from report.inputs import Inputs
 COPIES = {"copy": host_calls.copy, "stream": host_calls.stream_copy}
 #: Calls that are shorter are made several times between two looks at the clock.
 SHORTEST = 2e-4
+#: Rounds of what takes long.
+FEWEST = 5
 
 
 def set_threads(threads):
@@ -82,10 +84,10 @@ class Turns:
         processor = {name: [] for name in self.calls}
         begun = time.monotonic()
         for turn in range(self.rounds if self.calls else 0):
-            if turn >= 3 and time.monotonic() - begun > self.seconds:
+            if turn >= FEWEST and time.monotonic() - begun > self.seconds:
                 break
             for name in self.order(turn):
-                if turn >= 3 and self.first[name] > self.long:
+                if turn >= FEWEST and self.first[name] > self.long:
                     continue
                 taken, used = timed(self.calls[name], self.counts[name])
                 times[name].append(taken)
