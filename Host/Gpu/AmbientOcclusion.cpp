@@ -26,10 +26,12 @@ constexpr const char* kLeastRise = "0.012f";
 constexpr int kTileRows = 8;
 /// Rows of a tile that share a window.
 constexpr int kSharing = 4;
+/// Where the evaluation may be stopped, a first slice of the work has about this many work-items.
+constexpr std::size_t kFirstSlice = 256;
 /// Rows whose windows one work-item finds.
 constexpr int kColumn = 16;
-/// A processor computes the image in strips of this many columns, so that what a tile looks at is still in its cache
-/// from the tile above.
+/// A processor computes a band strip by strip, this many columns wide: what a tile looks at is then still in the cache
+/// from the tiles beside and above it. A strip of 256 columns and 100 pixels around it is 0.8 MB with its windows.
 constexpr int kStripPixels = 256;
 /// A band of the image has about this many pixels: enough for every core, and little memory beside the image's own.
 constexpr std::size_t kBandPixels = std::size_t{1} << 22;
@@ -215,7 +217,7 @@ class Run {
     const std::size_t columns = RoundUp(static_cast<std::size_t>(size_x), group[0]);
     const std::size_t rows = RoundUp(static_cast<std::size_t>(size_y), group[1]);
     const bool in_slices = ScEng::IsCancellable();
-    std::size_t slice = in_slices ? 4 * group[1] : rows;
+    std::size_t slice = in_slices ? RoundUp(kFirstSlice / columns + 1, group[1]) : rows;
     for (std::size_t row = 0; row < rows;) {
       if (in_slices) ScEng::PollCancellation();
       const std::size_t offset[2] = {0, row};
@@ -295,7 +297,7 @@ Status Run::Compute(int steps, float* result) {
   const Buffer band_result = MakeBuffer(CL_MEM_WRITE_ONLY, result_bytes);
 
   const int columns = RoundUp(field_.size_x, layout.lanes) / layout.lanes;
-  const int strip = device_.GetRecord().is_processor ? std::max(kStripPixels / layout.lanes, 4) : RoundUp(columns, 16);
+  const int strip = device_.GetRecord().is_processor ? kStripPixels / layout.lanes : RoundUp(columns, 16);
   for (int row = 0; IsFine() && row < field_.size_y; row += layout.band_size_y) {
     const int band_size_y = std::min(layout.band_size_y, field_.size_y - row);
     Map<Real>(heights, CL_MAP_WRITE_INVALIDATE_REGION, height_bytes,

@@ -9,7 +9,12 @@
 //   LANES      neighbouring pixels of a row that one vector holds: 1, 2, 4, 8 or 16
 //   ROWS       rows of such vectors that one work-item computes: a tile is LANES x ROWS pixels
 //   SHARING    rows of a tile that share a window; ROWS is a multiple of it
+//   COLUMN     rows whose windows one work-item finds
 //   LEAST      rises up to this count as none
+//
+// What keeps the cost from growing with the number of steps: a group of steps is taken only if the highest height of
+// the 8 x 8 window that holds its pixels, as near as the group's nearest step, is a steeper rise than some pixel of the
+// tile has met. Nothing is lost by that, whatever the heights. A group left out costs about as much as one step.
 //
 // Heights have a margin on each side that holds what lies beyond the border, so that no step asks for borders.
 
@@ -82,6 +87,8 @@ kernel void FindHighest(global const REAL* heights, global REAL* windows, int st
 /// Steps are taken in `groups`: the first step, one past the last, and the place of the window that holds all pixels
 /// that they read, relative to the place of the pixel that looks in `windows`. Those of a direction begin at its entry
 /// in `group_starts`. `margin_x` is the place of the first pixel in a row of heights, `margin_y` in a column.
+///
+/// The image is computed in strips of `strip` vectors, which follow each other along the second dimension.
 kernel void Occlude(global const REAL* heights, global const REAL* windows, int stride, int margin_x, int margin_y,
                     global const int* offsets, global const REAL* shares, global const REAL* inverses, int steps,
                     global const int* group_starts, global const int4* groups, global float* result, int size_x,
@@ -107,13 +114,14 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
     for (int group = group_starts[direction]; group < group_starts[direction + 1]; ++group) {
       const int begin = groups[group].x;
       const int end = groups[group].y;
-      // A group whose highest pixel, as near as its nearest, would be no steeper rise is left out.
       const global REAL* window = windows + place + groups[group].z;
       const Vector nearest = (Vector)(REAL)(begin + 1);
       Vector excess = (Vector)0;
       UNROLL for (int row = 0; row < ROWS; row += SHARING) {
-        Vector lowest = steepest[row] * nearest - depth[row];
-        UNROLL for (int next = row + 1; next < row + SHARING; ++next) {
+        // Only what is above `lowest` might, as near as the nearest step, be a steeper rise for one of these rows. A pixel
+        // at minus infinity below an infinite rise, whose NaN is less than nothing, needs no more.
+        Vector lowest = (Vector)INFINITY;
+        UNROLL for (int next = row; next < row + SHARING; ++next) {
           const Vector needed = steepest[next] * nearest - depth[next];
           lowest = needed < lowest ? needed : lowest;
         }
