@@ -18,9 +18,21 @@ value_add_test(ValueOperationTests
     "${value_dir}/Operations/ConditionOperationsTest.cpp"
     "${value_dir}/Operations/FunctionOperationsTest.cpp"
     "${value_dir}/Operations/ImageValueOperationNodesTest.cpp"
+    "${value_dir}/Operations/NearestFloat/NearestFloatTest.cpp"
     "${value_dir}/Operations/OperationLoopsTest.cpp"
     "${value_dir}/Operations/ThresholdValueOperationTest.cpp"
-  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image)
+  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy PkgConfig::Mpfr)
+
+# The proofs over all floats take long: ./check --proofs runs them, no test does.
+foreach(proof Functions:functions Power:power)
+  string(REPLACE ":" ";" proof "${proof}")
+  list(GET proof 0 source)
+  list(GET proof 1 program)
+  add_executable(Prove${source} Proofs/Prove${source}.cpp)
+  target_include_directories(Prove${source} PRIVATE "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(Prove${source} PRIVATE ValueObjects ValueBuild hwy::hwy PkgConfig::Mpfr)
+  set_target_properties(Prove${source} PROPERTIES OUTPUT_NAME "prove-${program}")
+endforeach()
 
 # Tests beside the nodes are found by their names, so that a new node needs no line here.
 file(GLOB_RECURSE node_tests CONFIGURE_DEPENDS "${value_dir}/Nodes/*Test.cpp")

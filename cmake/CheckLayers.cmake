@@ -48,12 +48,13 @@ set(every_module Math Util Image Viewing Gpu Tools Widgets NodeKit Files Nodes D
 set(Tests/Abi ${every_module} Tests/Support Value/ValueLibraryInterface.h)
 set(Tests/Contract ${every_module} Tests/Support Tests/Widgets Value)
 set(Tests/Libraries ${every_module})
+set(Tests/Proofs ${every_module} Value)
 set(Tests/Support ${every_module} Value)
 set(Tests/Widgets ${every_module} Tests/Support)
 # Of the folders above, what their tests (...Test.cpp, ...Testing.h) may include beyond the folder itself.
 set(tests_of_Host ${every_module} Tests/Support Tests/Widgets)
 set(tests_of_Apps ${every_module} Tests/Support Tests/Widgets)
-set(tests_of_Value ${every_module} Tests/Support Tests/Widgets)
+set(tests_of_Value ${every_module} Tests/Proofs Tests/Support Tests/Widgets)
 
 set(Bench ${every_module} Value Host/Nodes/Terrain.h)
 # Examples stand for projects of others.

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cmath>
-
 #include "Host/Image/ValueOperation.h"
+#include "Value/Operations/NearestFloat/NearestFloat.h"
 
 // The arithmetic operations: both forms have a meaning of their own. Single precision without guards, except Power:
 // division by zero and the like give the infinities and NaN of plain arithmetic.
@@ -36,18 +35,13 @@ class DivideOperation : public ValueOperation {
   float Compute(float value) override { return value / a; }
 };
 
-/// Computed in double: `std::pow` of a negative number and a fractional exponent is NaN, of 0 and a negative one
-/// infinity.
+/// The float nearest to the true value, on every processor and with every C library. Special values are those of
+/// `std::pow`: the power of a negative number and a fractional exponent is NaN, of 0 and a negative one infinity.
 class PowerOperation : public ValueOperation {
  public:
   explicit PowerOperation(float exponent) { a = exponent; }
-  float Compute(float first, float second) override { return Power(first, second); }
-  float Compute(float value) override { return Power(value, a); }
-
- private:
-  static float Power(float base, float exponent) {
-    return static_cast<float>(std::pow(static_cast<double>(base), static_cast<double>(exponent)));
-  }
+  float Compute(float first, float second) override { return NearestFloat::Power(first, second); }
+  float Compute(float value) override { return NearestFloat::Power(value, a); }
 };
 
 /// A NaN on either side gives the side that is not the constant: `first` of two, the value of one.

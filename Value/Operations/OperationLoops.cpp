@@ -2,8 +2,9 @@
 //
 // Gives the host's evaluator a loop for each operation of this library, so that its formula runs over a row of samples
 // without a virtual call each. The loops call the very functions that the virtual calls end in: one formula, two ways
-// in. The compiler turns them into vector code once per instruction set. They are registered while the library is
-// loaded and taken back when it leaves, like its icons.
+// in. The compiler turns them into vector code once per instruction set. The functions that give the nearest float have
+// vector code of their own. The loops are registered while the library is loaded and taken back when it leaves, like
+// its icons.
 
 #include <cstddef>
 #include <type_traits>
@@ -13,6 +14,7 @@
 #include "Value/Operations/ArithmeticOperations.h"
 #include "Value/Operations/ConditionOperations.h"
 #include "Value/Operations/FunctionOperations.h"
+#include "Value/Operations/NearestFloat/NearestFloat.h"
 #include "Value/Operations/ThresholdValueOperation.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -30,18 +32,21 @@ struct List {};
 
 /// Operations whose two-value form uses both values.
 using TwoValueOperations = List<AdditionOperation, SubtractionOperation, MultiplicationOperation, DivideOperation,
-                                PowerOperation, MinimumOperation, MaximumOperation>;
+                                MinimumOperation, MaximumOperation>;
 
 /// Operations whose two-value form ignores the second value.
 using OneValueOperations =
     List<ConditionValEqMinOperation, ConditionValDiffMinOperation, ConditionValEqMaxOperation,
          ConditionValDiffMaxOperation, ConditionValLtAOperation, ConditionValLteAOperation, ConditionValEqAOperation,
          ConditionValGteAOperation, ConditionValGtAOperation, ConditionALtValLtBOperation, ConditionALteValLtBOperation,
-         ConditionALtValLteBOperation, ConditionALteValLteBOperation, ThresholdValueOperation, SineValueOperation,
-         CosineValueOperation, TangentValueOperation, ArcSineValueOperation, ArcCosineValueOperation,
-         ArcTangentValueOperation, FloorValueOperation, CeilValueOperation, AbsoluteValueOperation,
-         InverseValueOperation, LogValueOperation, Log2ValueOperation, Log10ValueOperation, ExponentialValueOperation,
-         SquareRootValueOperation, CubicRootValueOperation, DegToRadValueOperation, RadToDegValueOperation>;
+         ConditionALtValLteBOperation, ConditionALteValLteBOperation, ThresholdValueOperation, FloorValueOperation,
+         CeilValueOperation, AbsoluteValueOperation, InverseValueOperation, SquareRootValueOperation,
+         DegToRadValueOperation, RadToDegValueOperation>;
+
+/// Operations of one value whose rows are computed by NearestFloat.
+using NearestOperations = List<SineValueOperation, CosineValueOperation, TangentValueOperation, ArcSineValueOperation,
+                               ArcCosineValueOperation, ArcTangentValueOperation, LogValueOperation, Log2ValueOperation,
+                               Log10ValueOperation, ExponentialValueOperation, CubicRootValueOperation>;
 
 /// The place of an operation in its list.
 template <class Operation, class... Operations>
@@ -152,6 +157,72 @@ void OneValue(const ValueOperation& operation, const float* values, float* to, s
   HWY_DYNAMIC_DISPATCH(GetTables)().one[kIndex](operation, values, to, count);
 }
 
+// How NearestFloat computes a row of an operation.
+
+using Row = void (*)(const float* values, float* to, std::size_t count);
+
+template <Row kRow>
+struct RowOf {
+  static void Compute(const float* values, float* to, std::size_t count) { kRow(values, to, count); }
+};
+
+template <class Operation>
+struct Nearest;
+template <>
+struct Nearest<SineValueOperation> : RowOf<NearestFloat::Sine> {};
+template <>
+struct Nearest<CosineValueOperation> : RowOf<NearestFloat::Cosine> {};
+template <>
+struct Nearest<TangentValueOperation> : RowOf<NearestFloat::Tangent> {};
+template <>
+struct Nearest<ArcSineValueOperation> : RowOf<NearestFloat::ArcSine> {};
+template <>
+struct Nearest<ArcCosineValueOperation> : RowOf<NearestFloat::ArcCosine> {};
+template <>
+struct Nearest<ArcTangentValueOperation> : RowOf<NearestFloat::ArcTangent> {};
+template <>
+struct Nearest<LogValueOperation> : RowOf<NearestFloat::Log> {};
+template <>
+struct Nearest<ExponentialValueOperation> : RowOf<NearestFloat::Exponential> {};
+template <>
+struct Nearest<CubicRootValueOperation> : RowOf<NearestFloat::CubicRoot> {};
+
+void ScaleLog(float factor, const float* values, float* to, std::size_t count) {
+  NearestFloat::Log(values, to, count);
+  for (std::size_t i = 0; i < count; ++i) to[i] *= factor;
+}
+
+template <>
+struct Nearest<Log2ValueOperation> {
+  static void Compute(const float* values, float* to, std::size_t count) {
+    ScaleLog(ScEng::Math<float>::INV_LN_2, values, to, count);
+  }
+};
+template <>
+struct Nearest<Log10ValueOperation> {
+  static void Compute(const float* values, float* to, std::size_t count) {
+    ScaleLog(ScEng::Math<float>::INV_LN_10, values, to, count);
+  }
+};
+
+template <class Operation>
+void NearestOne(const ValueOperation&, const float* values, float* to, std::size_t count) {
+  Nearest<Operation>::Compute(values, to, count);
+}
+
+template <class Operation>
+void NearestFirst(const ValueOperation&, const float* first, const float*, float* to, std::size_t count) {
+  Nearest<Operation>::Compute(first, to, count);
+}
+
+void PowerOfConstant(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
+  NearestFloat::Power(values, operation.a, to, count);
+}
+
+void PowerOfTwo(const ValueOperation&, const float* first, const float* second, float* to, std::size_t count) {
+  NearestFloat::Power(first, second, to, count);
+}
+
 template <class Operation>
 void FirstValue(const ValueOperation& operation, const float* first, const float*, float* to, std::size_t count) {
   OneValue<Operation>(operation, first, to, count);
@@ -179,6 +250,11 @@ void RegisterOneValue(List<Operations...>) {
 }
 
 template <class... Operations>
+void RegisterNearest(List<Operations...>) {
+  (Register<Operations>(NearestOne<Operations>, NearestFirst<Operations>), ...);
+}
+
+template <class... Operations>
 void Unregister(List<Operations...>) {
   (ScEng::UnregisterValueOperationLoops(typeid(Operations)), ...);
 }
@@ -187,10 +263,14 @@ struct Registration {
   Registration() {
     RegisterTwoValue(TwoValueOperations{});
     RegisterOneValue(OneValueOperations{});
+    RegisterNearest(NearestOperations{});
+    Register<PowerOperation>(PowerOfConstant, PowerOfTwo);
   }
   ~Registration() {
     Unregister(TwoValueOperations{});
     Unregister(OneValueOperations{});
+    Unregister(NearestOperations{});
+    Unregister(List<PowerOperation>{});
   }
 };
 
