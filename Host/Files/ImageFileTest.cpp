@@ -332,6 +332,22 @@ TEST(ImageFileRoundTrip, RadianceHoldsNeitherNegativeNorInfiniteNumbers) {
                           GetSamples(*Read(folder / "a.hdr"))));
 }
 
+TEST(ImageFileRoundTrip, HalvesThatBecomeInfiniteAreCounted) {
+  const TemporaryFolder folder;
+  // Up to 65520, the middle between 65504 and the 65536 that would come next, the largest half is nearest.
+  const auto image =
+      MakeImage(7, 1, ColorMode::kValue, {65504.0F, 65519.996F, -65519.996F, 65520.0F, -70000.0F, kInfinity, kNan});
+  Notes notes;
+  Write(*image, folder / "a.exr", SampleType::kHalf, &notes);
+  ASSERT_EQ(notes.size(), 1U);
+  EXPECT_TRUE(Contains(notes[0], "2 samples beyond the largest half, 65504, were written as infinity")) << notes[0];
+  EXPECT_TRUE(SameSamples({65504.0F, 65504.0F, -65504.0F, kInfinity, -kInfinity, kInfinity, kNan},
+                          GetSamples(*Read(folder / "a.exr"))));
+  notes.clear();
+  Write(*image, folder / "b.exr", SampleType::kFloat, &notes);
+  EXPECT_TRUE(notes.empty());
+}
+
 TEST(ImageFileRoundTrip, HalfBecomesFloatWhereAFormatHasIt) {
   const TemporaryFolder folder;
   const auto image = MakeImage(2, 1, ColorMode::kValue, {0.1F, -2.5F});

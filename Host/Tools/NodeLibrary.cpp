@@ -5,14 +5,13 @@
 
 #include <algorithm>
 #include <cctype>
-#include <fstream>
 #include <limits>
 #include <sstream>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "Host/Tools/Guard.h"
+#include "Host/Tools/LoadProblem.h"
 #include "Host/Tools/LoadedCode.h"
 #include "Host/Tools/RunningCall.h"
 #include "Host/Util/ClosestName.h"
@@ -54,15 +53,6 @@ bool ReadNumbers(const std::string& text, NodeType& type) {
   return true;
 }
 
-/// Whether a file begins as all libraries do.
-bool IsElf(const std::filesystem::path& file) {
-  char start[4] = {};
-  std::ifstream(file, std::ios::binary).read(start, sizeof start);
-  return std::string_view(start, sizeof start) ==
-         "\x7f"
-         "ELF";
-}
-
 /// Where the type that is in the way comes from.
 std::string WhereOf(const std::string& library) { return library.empty() ? "" : " of \"" + library + "\""; }
 
@@ -82,10 +72,7 @@ std::shared_ptr<NodeLibrary> NodeLibrary::Load(const std::filesystem::path& file
   const RunningScope running({"its loading", nullptr, library->file_.c_str()});
   library->handle_ = dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library->handle_ == nullptr) {
-    const char* reason = dlerror();
-    const std::string said = reason != nullptr ? reason : "unknown";
-    status = Status::Error("plug-in \"" + file.string() + "\" cannot be loaded: " +
-                           (IsElf(absolute) ? said : "it is no shared library, whose content is in the format ELF"));
+    status = Status::Error("plug-in \"" + file.string() + "\" cannot be loaded: " + DescribeLoadProblem(absolute));
     return nullptr;
   }
   library->code_ = std::make_unique<LoadedCode>();

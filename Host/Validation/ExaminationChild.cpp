@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Host/Tools/Guard.h"
+#include "Host/Tools/LoadProblem.h"
 #include "Host/Tools/NodeLibrary.h"
 #include "Host/Validation/ProcessState.h"
 #include "Host/Validation/Protocol.h"
@@ -45,8 +46,7 @@ class Examination {
     Begin("loading it");
     void* const handle = dlopen(file_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
-      const char* const reason = dlerror();
-      Refuse("plug-in \"" + file_.string() + "\" cannot be loaded: " + (reason != nullptr ? reason : "unknown"));
+      Refuse("plug-in \"" + file_.string() + "\" cannot be loaded: " + DescribeLoadProblem(file_));
       return;
     }
     Look();

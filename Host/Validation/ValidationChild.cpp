@@ -16,6 +16,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "Host/Tools/LoadProblem.h"
 #include "Host/Validation/Channel.h"
 #include "Host/Validation/Checks.h"
 #include "Host/Validation/ExaminationChild.h"
@@ -97,8 +98,7 @@ class Child {
     const std::set<std::string> before = ListThreads();
     entry_points_.handle = dlopen(library_.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (entry_points_.handle == nullptr) {
-      const char* reason = dlerror();
-      channel_.Tell(Protocol::kRefused, reason != nullptr ? reason : "unknown");
+      channel_.Tell(Protocol::kRefused, DescribeLoadProblem(library_));
       return;
     }
     for (const std::string& thread : ListThreads()) {

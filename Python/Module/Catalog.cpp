@@ -162,8 +162,9 @@ std::vector<std::string> Catalog::AddFolders(const std::string& folders) {
 const NodeInterface& Catalog::Find(const std::string& written) const {
   if (const NodeInterface* const found = types_->FindWritten(written)) return *found;
   const std::string closest = types_->Suggest(written);
-  throw py::value_error("there is no node type \"" + written + "\"" +
-                        (closest.empty() ? "; valuenodes.nodes() lists them, and valuenodes.register adds a class" : "; the closest is \"" + closest + "\""));
+  const std::string hint = closest.empty() ? "valuenodes.nodes() lists them, and valuenodes.register adds a class"
+                                           : "the closest is \"" + closest + "\"";
+  throw py::value_error("there is no node type \"" + written + "\"; " + hint);
 }
 
 void Catalog::Load(const fs::path& file, bool is_trusted) {

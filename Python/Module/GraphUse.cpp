@@ -30,7 +30,8 @@ void Require(const ScEng::Status& status) {
 
 std::vector<std::string> HintAtClasses(std::vector<std::string> problems) {
   for (std::string& problem : problems) {
-    const bool is_unknown = problem.find(": there is no node type \"") != std::string::npos;
+    const bool is_unknown = problem.find(": there is no node type \"") != std::string::npos &&
+                            problem.find("; the closest ") == std::string::npos;
     if (is_unknown) problem += "; a class of Python is made one by valuenodes.register, before the document is loaded";
   }
   return problems;

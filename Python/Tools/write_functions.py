@@ -12,6 +12,7 @@ import builtins
 import importlib.machinery
 import importlib.util
 import pathlib
+import re
 import sys
 import textwrap
 
@@ -46,6 +47,15 @@ def read_texts(folder, node):
         elif name and not line.startswith("|"):
             texts.setdefault((part, name), []).append(line)
     return {key: " ".join(" ".join(lines).split()) for key, lines in texts.items()}
+
+
+def read_surprises(folder, node, names):
+    """What the node's text says of surprises, with functions in the place of nodes; nothing of disabled nodes."""
+    file = next(folder.rglob(node["class"] + ".md"), None)
+    _, _, rest = (file.read_text() if file else "").partition("\n## What surprises\n")
+    entries = rest.partition("\n## ")[0].split("\n- ")[1:]
+    named = [re.sub(r"\{(\w+)\}", lambda found: f"`{names.get(found[1], found[1])}`", entry) for entry in entries]
+    return [" ".join(entry.split()) for entry in named if not entry.startswith("Disabled")]
 
 
 def function_name(node):
@@ -150,7 +160,7 @@ def describe_result(node, texts, result):
     return [f"{result}\n    A named tuple.\n", *fields]
 
 
-def docstring(node, name, texts, result):
+def docstring(node, name, texts, surprises, result):
     parts = [node["sentence"], ""]
     described = describe_inputs(node, texts) + [describe_attribute(one) for one in node["attributes"]]
     for title, lines in (
@@ -165,8 +175,11 @@ def docstring(node, name, texts, result):
                 "NodeError\n" + paragraph("The node could not be evaluated.", "    "),
             ],
         ),
+        ("Notes", [textwrap.fill(one, WIDTH - 4, initial_indent="- ", subsequent_indent="  ") for one in surprises]),
         ("Examples", EXAMPLES[name].splitlines()),
     ):
+        if not lines:
+            continue
         parts += [title, "-" * len(title), *"\n".join(lines).splitlines(), ""]
     return "\n".join(parts[:-1])
 
@@ -233,6 +246,7 @@ def main(folder, texts):
     stub = [HEADER, "import os\nfrom typing import Literal, NamedTuple\n"]
     stub += ["from ._valuenodes import Image, _ImageLike  # pyright: ignore[reportPrivateUsage]\n"]
     names = []
+    functions = {node["class"]: function_name(node) for node in nodes if node["library"]}
     for node in nodes:
         if not node["library"]:
             continue
@@ -244,7 +258,8 @@ def main(folder, texts):
             source.append("\n" + write_result(node, result))
             stub.append(stub_result(node, result))
         names.append(name)
-        text = docstring(node, name, read_texts(pathlib.Path(texts), node), result)
+        surprises = read_surprises(pathlib.Path(texts), node, functions)
+        text = docstring(node, name, read_texts(pathlib.Path(texts), node), surprises, result)
         decorator = f'@node_function("{node["class"]}"' + (f", {result})" if result != "Image" else ")")
         written = definition(name, parameters(node, False), "")
         source.append(f"\n{decorator}\n{written}\n{quote(text)}\n")

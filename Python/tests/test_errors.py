@@ -77,8 +77,10 @@ def test_the_cause_of_a_failed_run(broken, tmp_path):
     assert type(raised.value.__cause__) is LookupError
     # A file that fails is what the class of the error stands for, wherever it comes.
     graph.add_output("waves.image", tmp_path / "nowhere" / "waves.exr")
-    with pytest.raises(vn.MissingFileError, match='^output "waves.image": .*nowhere.* \\(and 1 more problem\\)$') as raised:
+    with pytest.raises(vn.MissingFileError) as raised:
         graph.run()
+    assert str(raised.value).startswith('output "waves.image": ') and "nowhere" in str(raised.value)
+    assert str(raised.value).endswith(" (and 1 more problem)")
     assert len(raised.value.problems) == 2 and raised.value.__cause__ is None
     assert raised.value.filename == str(tmp_path / "nowhere" / "waves.exr")
 

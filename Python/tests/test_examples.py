@@ -10,7 +10,8 @@ import valuenodes as vn
 # What holds data or is raised, and has nothing to show.
 WITHOUT = {
     "Connection", "Findings", "Output", "WrittenFile",
-    "DocumentError", "FileError", "NodeError", "ValueNodesError", "ValueNodesWarning",
+    "DocumentError", "FileError", "FilePermissionError", "MissingFileError", "NodeError", "ValueNodesError",
+    "ValueNodesWarning",
 }  # fmt: skip
 RESULTS = {name for name in vn.__all__ if name.endswith("Result")}
 # Its examples are in the text of the class, since compiled methods have none of their own.

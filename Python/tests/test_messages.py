@@ -46,7 +46,11 @@ def replace(**facts):
         (lambda: IMAGE.replace(metadata=3), TypeError, "replace: metadata takes a dict, not int"),
         (replace(exif=3), TypeError, "replace: metadata: exif takes bytes, not 3"),
         (replace(xmp=b"x"), TypeError, "replace: metadata: xmp takes a string, not b'x'"),
-        (replace(resolution=(1, 2, 3)), TypeError, "replace: metadata: resolution takes two numbers (x, y), not (1, 2, 3)"),
+        (
+            replace(resolution=(1, 2, 3)),
+            TypeError,
+            "replace: metadata: resolution takes two numbers (x, y), not (1, 2, 3)",
+        ),
         (replace(resolution_unit=3), TypeError, "replace: metadata: resolution_unit takes a string, not 3"),
         (replace(nodata="x"), TypeError, "replace: metadata: nodata takes a number, not 'x'"),
         (replace(had_opacity=1), TypeError, "replace: metadata: had_opacity takes True or False, not 1"),
@@ -58,8 +62,8 @@ def replace(**facts):
         (
             replace(geotransfrm=(1,) * 6),
             ValueError,
-            'replace: metadata has no field "geotransfrm"; the closest is "geotransform"; fields of one\'s own belong into '
-            '"entries"',
+            'replace: metadata has no field "geotransfrm"; the closest is "geotransform"; fields of one\'s own belong '
+            'into "entries"',
         ),
         (lambda: IMAGE.replace(metadata={3: 4}), TypeError, "replace: metadata: names of fields are strings, not int"),
         (
@@ -80,8 +84,8 @@ def replace(**facts):
         (
             lambda: vn.describe(3),
             TypeError,
-            "describe: a node type is its class name, its display name, three numbers like (10, 320, 5), or a registered "
-            "class, not 3",
+            "describe: a node type is its class name, its display name, three numbers like (10, 320, 5), or a "
+            "registered class, not 3",
         ),
         (
             lambda: vn.Image.from_dlpack(5),
@@ -252,3 +256,38 @@ def test_a_document_with_a_class_that_is_not_registered_says_how():
     for call in (graph.run, lambda: graph.evaluate("n.image")):
         with pytest.raises(vn.ValueNodesError, match='"StrangerStill".*valuenodes.register'):
             call()
+
+
+# ---- What surprises ----
+
+
+def test_texts_of_functions_say_what_surprises():
+    texts = {name: getattr(vn, name).__doc__.partition("Notes\n")[2] for name in ("clamp", "condition")}
+    notes = {name: " ".join(text.split()) for name, text in texts.items()}
+    assert "with `low` at 0.2 and `high` still 0 everything stays 0" in notes["clamp"]
+    assert "setting `a` alone changes nothing" in notes["condition"]
+    assert "`value_range`" in notes["clamp"] and "{" not in notes["clamp"] + notes["condition"]
+    assert "Disabled" not in notes["clamp"]
+
+
+def test_what_the_texts_say_is_so():
+    heights = np.array([[0.1, 0.5, 0.9]], np.float32)
+    assert not np.asarray(vn.clamp(heights, low=0.2)).any()
+    # The nearest floats of 0.2, 0.5 and 0.9.
+    assert np.asarray(vn.clamp(heights, clamp="low", low=0.2)).tolist() == np.float32([[0.2, 0.5, 0.9]]).tolist()
+    assert vn.condition(heights, a=0.7) == vn.condition(heights)
+    assert np.asarray(vn.condition(heights)).tolist() == [[1, 0, 0]]
+
+
+def test_bytes_are_not_shares(tmp_path):
+    numbers = np.array([[0, 51, 255]], np.uint8)
+    assert np.asarray(vn.Image(numbers)).tolist() == [[0, 51, 255]]
+    vn.write(tmp_path / "bytes.png", vn.Image(numbers / 255), "uint8")
+    assert np.asarray(vn.read(tmp_path / "bytes.png")).tolist() == np.float32([[0, 0.2, 1]]).tolist()
+
+
+def test_halves_that_become_infinite_are_warned_of(tmp_path):
+    numbers = np.array([[65504, 65520, -1e6, np.inf]], np.float32)
+    with pytest.warns(vn.ValueNodesWarning, match="2 samples beyond the largest half, 65504, were written"):
+        vn.write(tmp_path / "half.exr", numbers, "half")
+    assert np.asarray(vn.read(tmp_path / "half.exr")).tolist() == [[65504, np.inf, -np.inf, np.inf]]

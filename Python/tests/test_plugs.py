@@ -81,12 +81,18 @@ def graph():
         (lambda g: g.connect("hight", "b"), 'there is no node "hight"; the closest is "height"'),
         (lambda g: g.evaluate("hight"), 'there is no node "hight"; the closest is "height"'),
         (lambda g: g.evaluate("hight.image"), 'there is no node "hight"; the closest is "height"'),
-        (lambda g: g.evaluate("b", inputs={"hight": H}), 'inputs["hight"]: there is no node "hight"; the closest is "height"'),
+        (
+            lambda g: g.evaluate("b", inputs={"hight": H}),
+            'inputs["hight"]: there is no node "hight"; the closest is "height"',
+        ),
         (
             lambda g: g.evaluate("b", inputs={"n": H}),
             'inputs["n"]: node "n" has no image output',
         ),
-        (lambda g: g.get("clmp"), 'there is no node "clmp"; the closest is "clamp"; an attribute is written "id.attribute"'),
+        (
+            lambda g: g.get("clmp"),
+            'there is no node "clmp"; the closest is "clamp"; an attribute is written "id.attribute"',
+        ),
         (
             lambda g: g.set("clamp", 3),
             '"clamp" is a node, and an attribute is written "id.attribute": "clamp.clamp", "clamp.low", "clamp.high", '

@@ -201,7 +201,8 @@ class Graph(GraphEditing):
             The output, "id.plug"; an id alone where the node has one image output.
         inputs : dict, optional
             Images or arrays that stand in for image outputs, by "id.plug" or, where there is one such output, by id.
-            Neither these nodes nor what only they need is evaluated.
+            Neither these nodes nor what only they need is evaluated. Arrays are values as they are: uint8 is 0 to 255,
+            not 0 to 1 as readers make of files.
         progress : callable, optional
             Called with (id, done, total) after each node. An exception stops the evaluation and comes out.
         keep : bool, default False
@@ -215,7 +216,8 @@ class Graph(GraphEditing):
         Raises
         ------
         NodeError, FileError
-            A node failed, or there is no image; `problems` has a line for each node that failed.
+            A node failed, or there is no image; `problems` has a line for each node that failed. Of a node that is a
+            class of Python, `__cause__` is its exception.
         ValueError
             There is no such output.
 
@@ -234,7 +236,8 @@ class Graph(GraphEditing):
             raise TypeError(f"evaluate: inputs is a dict of images by node, not {type(inputs).__name__}")
         given = []
         for name, image in inputs.items():
-            given.append((text_of(name, "evaluate", "each key of inputs", '"height"'), image_of(image, f"evaluate: inputs[{name!r}]")))
+            text_of(name, "evaluate", "each key of inputs", '"height"')
+            given.append((name, image_of(image, f"evaluate: inputs[{name!r}]")))
         if keep and given:
             raise ValueError("evaluate: keep and inputs do not go together, as results of inputs are never kept")
         return self._document.evaluate(plug, given, progress, bool(keep))

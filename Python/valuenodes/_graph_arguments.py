@@ -42,7 +42,8 @@ def image_of(value, lead, *, lists=False):
     """An image, or one made of an array; messages begin with `lead`, "write: image" for example."""
     if isinstance(value, Image):
         return value
-    if not (lists and isinstance(value, (list, tuple))) and not any(hasattr(value, name) for name in ("__array__", "__array_interface__", "__dlpack__")):
+    is_array = any(hasattr(value, name) for name in ("__array__", "__array_interface__", "__dlpack__"))
+    if not is_array and not (lists and isinstance(value, (list, tuple))):
         try:
             memoryview(value)
         except TypeError:

@@ -126,7 +126,7 @@ class GraphEditing:
         Parameters
         ----------
         source, target : str
-            The plugs, "id.plug".
+            The plugs, "id.plug"; an id alone where the node has one output, or one image input.
         index : int, default 0
             The place among the connections of an input that takes many.
 
@@ -231,7 +231,7 @@ class GraphEditing:
         Parameters
         ----------
         source : str
-            The plug, "id.plug".
+            The plug, "id.plug"; an id alone where the node has one image output.
         path : str or os.PathLike
             The file. A relative one starts from the folder of the document; from the working directory while the graph
             has been neither loaded nor saved.

@@ -12,7 +12,7 @@ Image.__doc__ = """An image: float32 samples in rows, and what nodes want to kno
     ----------
     array : array_like or Image
         (rows, columns) or (rows, columns, channels). Native float32 whose rows lie one after the other is shared, all
-        else is copied once.
+        else is copied once. Integers are values as they are: uint8 is 0 to 255, not 0 to 1 as `read` makes of files.
     mode : {"color", "signed", "value", "pair"}, optional
         What the channels mean. Without it: "value" for one, "pair" for two, "color" for three and four.
     pin : tuple of int, default (0, 0)

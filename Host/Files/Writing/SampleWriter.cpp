@@ -15,11 +15,14 @@ namespace {
 // Rows that are converted at a time, so that no second image of the file's own samples is needed.
 constexpr std::int64_t kRowsAtOnce = 64;
 
+// The middle between the largest half, 65504, and what would come next: from here on infinity is nearer.
+constexpr float kInfiniteHalf = 65520.0F;
+
 template <class Sample>
 class Converter {
  public:
   Converter(const Box2I& box, const std::vector<ChannelSource>& sources, const SampleRule& rule)
-      : box_(box), sources_(sources), stores_values_(rule.stores_values) {
+      : box_(box), sources_(sources), stores_values_(rule.stores_values), is_half_(rule.type == StoredType::kHalf) {
     if constexpr (std::is_integral_v<Sample>) {
       if (rule.nodata && *rule.nodata >= kLowest && *rule.nodata <= kLargest) {
         nan_ = static_cast<Sample>(std::floor(*rule.nodata));
@@ -41,6 +44,7 @@ class Converter {
       const std::int64_t end = std::min(begin + kRowsAtOnce, box_.Height());
       std::atomic<std::uint64_t> cut{0};
       std::atomic<std::uint64_t> nan{0};
+      std::atomic<std::uint64_t> infinite{0};
       std::atomic<std::uint64_t> taken_for_nan{0};
       ParallelRows(static_cast<std::size_t>(end - begin), 4, [&](std::size_t from, std::size_t to) {
         SampleChanges here;
@@ -49,10 +53,12 @@ class Converter {
         }
         cut += here.cut;
         nan += here.nan;
+        infinite += here.infinite;
         taken_for_nan += here.taken_for_nan;
       });
       changes.cut += cut;
       changes.nan += nan;
+      changes.infinite += infinite;
       changes.taken_for_nan += taken_for_nan;
       const Status status = encoder.WriteRows(static_cast<int>(begin), static_cast<int>(end), rows.data());
       if (status.IsError()) return status;
@@ -105,6 +111,8 @@ class Converter {
 
   Sample ConvertNumber(float sample, SampleChanges& changes) const {
     if constexpr (std::is_floating_point_v<Sample>) {
+      const float size = std::abs(sample);
+      if (is_half_ && size >= kInfiniteHalf && size <= std::numeric_limits<float>::max()) ++changes.infinite;
       if (!most_ || (sample >= 0.0F && sample <= *most_)) return sample;
       ++changes.cut;
       return sample < 0.0F ? 0.0F : *most_;
@@ -121,6 +129,7 @@ class Converter {
   const Box2I& box_;
   const std::vector<ChannelSource>& sources_;
   bool stores_values_;
+  bool is_half_;
   bool replaces_nan_ = true;
   bool has_nodata_ = false;
   std::optional<float> most_;

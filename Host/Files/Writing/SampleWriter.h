@@ -35,6 +35,8 @@ struct SampleRule {
 struct SampleChanges {
   std::uint64_t cut = 0;
   std::uint64_t nan = 0;
+  /// Finite numbers that are infinite as halves.
+  std::uint64_t infinite = 0;
   /// Numbers that happen to be the one that NaN becomes.
   std::uint64_t taken_for_nan = 0;
 };

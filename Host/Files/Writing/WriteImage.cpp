@@ -246,6 +246,11 @@ void TellChanges(const SampleChanges& changes, const SampleRule& rule, bool stor
     notes.push_back(CountOf(changes.cut, "sample", "samples") + " outside " + range +
                     (changes.cut == 1 ? " was" : " were") + " cut");
   }
+  if (changes.infinite > 0) {
+    notes.push_back(CountOf(changes.infinite, "sample", "samples") + " beyond the largest half, 65504," +
+                    (changes.infinite == 1 ? " was" : " were") + " written as infinity; the type float holds " +
+                    (changes.infinite == 1 ? "it" : "them"));
+  }
   if (changes.nan > 0 && (IsInteger(rule.type) || rule.most)) {
     const std::string what = rule.nodata ? "the nodata value" : "0";
     notes.push_back(CountOf(changes.nan, "sample", "samples") + " that " + (changes.nan == 1 ? "is" : "are") +
