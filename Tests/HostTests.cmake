@@ -187,6 +187,7 @@ value_add_test(HostGpuTests
     "${host}/Gpu/AmbientOcclusionTest.cpp"
     "${host}/Gpu/DeviceTest.cpp"
     "${host}/Gpu/OcclusionPlanTest.cpp"
+    "${host}/Gpu/OcclusionSkippingTest.cpp"
   DEPENDS ValueHost::Gpu OpenCL::Headers
   ENVIRONMENT ${gpu_test_environment})
 

@@ -118,9 +118,9 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
       const Vector nearest = (Vector)(REAL)(begin + 1);
       Vector excess = (Vector)0;
       UNROLL for (int row = 0; row < ROWS; row += SHARING) {
-        // Only what is above `lowest` might, as near as the nearest step, be a steeper rise for one of these rows. A pixel
-        // at minus infinity below an infinite rise, whose NaN is less than nothing, needs no more.
-        Vector lowest = (Vector)INFINITY;
+        // Only what is above `lowest` might, as near as the nearest step, be a steeper rise in one of these rows. A
+        // pixel at minus infinity that has met an infinite rise makes a NaN here, which is less than nothing.
+        Vector lowest = steepest[row] * nearest - depth[row];
         UNROLL for (int next = row; next < row + SHARING; ++next) {
           const Vector needed = steepest[next] * nearest - depth[next];
           lowest = needed < lowest ? needed : lowest;

@@ -57,9 +57,10 @@ class HOST_GPU_API GpuEngine {
   /// many pixels beyond the border as the image is large, and, where the image repeats itself, for its steps. Where the
   /// result comes from another device than the chosen one (`SetTriesOtherDevice`), `status` is a warning.
   ///
-  /// Steps that cannot matter are left out, see Docs/decisions/0009. The horizon search follows L. Bavoil, M. Sainz, R.
-  /// Dimitrov, "Image-Space Horizon-Based Ambient Occlusion" (2008), with the share of open sky 1 / (1 + T * T) = cos^2
-  /// of the horizon's angle.
+  /// Groups of steps that cannot matter are left out (Docs/decisions/0009 and 0022): on terrain the cost grows far less
+  /// than the radius, on white noise nearly with it. The horizon search follows L. Bavoil, M. Sainz, R. Dimitrov,
+  /// "Image-Space Horizon-Based Ambient Occlusion" (2008), with the share of open sky 1 / (1 + T * T) = cos^2 of the
+  /// horizon's angle.
   Image* ExecuteAmbientOcclusion(const Image* image, float radius, char border, ScEng::Status& status);
 
   /// Computes from now on, on the device of that place in `GetDevices`, of that type, or with that word in its name
