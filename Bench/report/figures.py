@@ -7,6 +7,8 @@ from report.case import PEERS
 
 OURS = "valuenodes"
 COPIES = ("copy", "stream")
+#: How a row ends beside the fastest peer.
+KINDS = ("faster", "even", "slower", "alone")
 
 
 def times_of(row, threads, name):
@@ -90,7 +92,7 @@ def spread_text(times):
 
 def counts(run, threads):
     """How many rows end how beside the fastest peer."""
-    found = {"faster": 0, "even": 0, "slower": 0, "alone": 0}
+    found = dict.fromkeys(KINDS, 0)
     for row in run["rows"]:
         found[against_peer(row, threads)[2]] += 1
     return found

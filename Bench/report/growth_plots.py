@@ -3,7 +3,7 @@
 from report import figures, spread, svg
 from report.case import NAMES
 from report.growth import PLOTS
-from report.markup import card, cell, escape, key, legend, line, noise, number, sheet, tag
+from report.markup import card, cell, escape, key, legend, line, noise, number, table, tag
 
 #: Colours of the series, by their place.
 COLORS = ("accent", "scipy", "opencv", "skimage", "good", "libvips", "numpy", "gegl")
@@ -70,7 +70,7 @@ def small_table(run):
                           noise(figures.noise_text(times))))
     lines += [line(cell(escape(name)), cell(escape(problem), "off", colspan=2))
               for name, problem in run["small"].get("problems", {}).items()]
-    return sheet((), lines)
+    return table((), lines)
 
 
 def make(run):
@@ -79,6 +79,5 @@ def make(run):
     threads = max(run["threads"])
     note = (f"With {threads} thread{'s' * (threads > 1)}; bands are the middle half. Radii on {run['radius_side']} x "
             f"{run['radius_side']}; the distance is that to a grid of points whose cells have this radius.")
-    return (tag("h2", "How it grows") + tag("p", note, "soft")
-            + tag("div", "".join(growth_plot(run, plot) for plot in PLOTS), "plots")
-            + tag("h2", "What is small") + small_table(run))
+    plots = [growth_plot(run, plot) for plot in PLOTS] + [card(tag("h3", "What is small") + small_table(run))]
+    return tag("h2", "How it grows, and what is small") + tag("p", note, "soft") + tag("div", "".join(plots), "plots")

@@ -41,7 +41,8 @@ def details(row, threads):
         lines.append(line(
             cell(NAMES[name]), number(figures.time_text(middle)), noise(figures.noise_text(times)),
             noise(f"{figures.time_text(low)} to {figures.time_text(high)}"),
-            number(svg.number_text(figures.multiple(row, threads, name)) + "×"), cell(escape(words), "exact" + " off" * is_off)))
+            number(svg.number_text(figures.multiple(row, threads, name)) + "×"),
+            cell(escape(words), "exact" + " off" * is_off)))
     for name, problem in row["problems"].items():
         lines.append(line(cell(escape(NAMES.get(name, name))), cell(escape(problem), "off", colspan=5)))
     titles = ("", ">median", "", ">lowest to highest", ">ceilings", "largest difference")

@@ -104,7 +104,7 @@ def swarm(points, low, high, width=900):
 
 
 def ratio_name(tick):
-    return "equal" if tick == 1 else f"{tick:g}×" if tick > 1 else f"{number_text(1 / tick)}×"
+    return "equal" if tick == 1 else f"{tick:g}×" if tick > 1 else f"{round(1 / tick)}×"
 
 
 def lines_plot(series, x_label, y_label, title):
