@@ -178,6 +178,7 @@ value_add_test(HostImageTests
     "${host}/Image/OversizeTest.cpp"
     "${host}/Image/Placement/PasteTest.cpp"
     "${host}/Image/Placement/PlacementTest.cpp"
+    "${host}/Image/Values/PendingImageTest.cpp"
     "${host}/Image/Values/SampleRangeTest.cpp"
   DEPENDS ValueHost::Image hwy::hwy ${CMAKE_DL_LIBS})
 add_dependencies(HostImageTests TestLibraryTwinTwo TestLibraryTwinThree)

@@ -45,6 +45,13 @@ value_add_test(ValueNodeTests
   DEPENDS ValueObjects ValueHost::Nodes ValueHost::Tools ValueHost::Image hwy::hwy
   ENVIRONMENT ${gpu_test_environment})
 
+# In a program of its own, which counts the bytes of all samples.
+value_add_test(ValueChainTests
+  SOURCES
+    Contract/AnyChainTest.cpp
+    Contract/ChainsTest.cpp
+  DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy)
+
 value_add_test(ValueContractTests
   SOURCES
     Contract/CancellationTest.cpp

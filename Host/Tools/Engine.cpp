@@ -9,7 +9,6 @@
 #include <new>
 #include <optional>
 #include <queue>
-#include <set>
 #include <stdexcept>
 #include <unordered_map>
 #include <utility>
@@ -17,9 +16,11 @@
 #include "Host/Image/Image.h"
 #include "Host/Image/ImageMetadata.h"
 #include "Host/Image/Oversize.h"
+#include "Host/Image/PendingImage.h"
 #include "Host/Image/SampleMemoryScope.h"
 #include "Host/Tools/AcyclicGraph.h"
 #include "Host/Tools/Guard.h"
+#include "Host/Tools/NodeRecord.h"
 #include "Host/Tools/RunningCall.h"
 #include "Host/Tools/TypeGuard.h"
 #include "Host/Util/EvaluationScope.h"
@@ -66,6 +67,8 @@ struct Vertex : AcyclicGraph::Vertex {
   std::vector<bool> wanted;
   // Connections and requests that still need this node's results.
   std::size_t uses = 0;
+  // The last one that was found to need them.
+  Vertex* user = nullptr;
   bool requested = false;
 
   [[nodiscard]] Image* GetOverride(unsigned outplug) const {
@@ -104,26 +107,31 @@ std::string NameOf(Node& node) {
   return CallNode(node, "GetName", std::string("a node"), [&] { return node.GetName(); });
 }
 
-/// The bytes of all samples that a node's outputs hold.
-std::size_t CountBytes(Node& node) {
-  std::set<const Image*> images;
+/// The bytes of the samples of some images, of each one once. A pending image has none.
+std::size_t CountBytes(std::vector<const Image*> images) {
+  std::sort(images.begin(), images.end());
+  images.erase(std::unique(images.begin(), images.end()), images.end());
   std::size_t bytes = 0;
-  for (unsigned outplug = 0; outplug < node.GetOutplugs().size(); ++outplug) {
-    const Image* image = GetOwnImage(node, outplug);
-    if (image != nullptr && images.insert(image).second) bytes += image->GetNumSamples() * sizeof(float);
+  for (const Image* image : images) {
+    if (image != nullptr && !ScEng::IsPending(*image)) bytes += image->GetNumSamples() * sizeof(float);
   }
   return bytes;
 }
 
+/// The bytes of all samples that a node's outputs hold.
+std::size_t CountBytes(Node& node) {
+  std::vector<const Image*> images;
+  for (unsigned outplug = 0; outplug < node.GetOutplugs().size(); ++outplug) {
+    images.push_back(GetOwnImage(node, outplug));
+  }
+  return CountBytes(std::move(images));
+}
+
 /// The same of what it is given.
 std::size_t CountBytes(const std::vector<PlugValue>& inputs) {
-  std::set<const Image*> images;
-  std::size_t bytes = 0;
-  for (const PlugValue& input : inputs) {
-    const Image* image = input.GetImage();
-    if (image != nullptr && images.insert(image).second) bytes += image->GetNumSamples() * sizeof(float);
-  }
-  return bytes;
+  std::vector<const Image*> images;
+  for (const PlugValue& input : inputs) images.push_back(input.GetImage());
+  return CountBytes(std::move(images));
 }
 
 /// What the images that a node makes of `inputs` carry: the metadata of the first image that has any, and opacity
@@ -267,23 +275,29 @@ class Engine::Graph {
     const ScEng::SampleMemoryScope memory;
     const std::vector<Vertex*> order = Plan(requests);
     std::size_t done = 0;
-    for (Vertex* vertex : order) {
-      try {
+    const auto release_waiting = [&](std::size_t count) {
+      if (!options.release_results) return;
+      for (std::size_t i = 0; i < std::min(count, order.size()); ++i) ReleaseAll(*order[i]);
+    };
+    try {
+      for (Vertex* vertex : order) {
         EvaluateVertex(*vertex, options);
-      } catch (const Stopped&) {
         if (options.release_results) {
-          for (std::size_t i = 0; i < done; ++i) ReleaseAll(*order[i]);
+          for (const auto& [place, input] : vertex->inputs) {
+            if (input.From().GetOverride(input.outplug) == nullptr) ReleaseUse(input.From());
+          }
         }
-        return Outcome::kCanceled;
+        ++done;
+        if (options.on_evaluated) options.on_evaluated(*vertex->node, done, order.size());
+        if (options.release_results && vertex->requested) ReleaseUse(*vertex);
       }
-      if (options.release_results) {
-        for (const auto& [place, input] : vertex->inputs) {
-          if (input.From().GetOverride(input.outplug) == nullptr) ReleaseUse(input.From());
-        }
-      }
-      ++done;
-      if (options.on_evaluated) options.on_evaluated(*vertex->node, done, order.size());
-      if (options.release_results && vertex->requested) ReleaseUse(*vertex);
+    } catch (const Stopped&) {
+      release_waiting(done);
+      return Outcome::kCanceled;
+    } catch (...) {
+      // No pending image outlives its evaluation, also where one of the functions of the options ends it.
+      release_waiting(done + 1);
+      throw;
     }
     return Outcome::kComplete;
   }
@@ -338,6 +352,7 @@ class Engine::Graph {
     vertex.needed = false;
     vertex.requested = false;
     vertex.uses = 0;
+    vertex.user = nullptr;
     vertex.wanted.assign(vertex.valid.size(), false);
   }
 
@@ -374,6 +389,7 @@ class Engine::Graph {
         Enter(from);
         want(from, input.outplug);
         ++from.uses;
+        from.user = &vertex;
       }
     }
     return CollectNeeded(roots);
@@ -447,6 +463,28 @@ class Engine::Graph {
     return image != nullptr ? PlugValue(image) : PlugValue();
   }
 
+  /// Whether a node's passes may be joined with those of others; see `NodeRecord::joins`.
+  static bool Joins(const Node& node) {
+    const NodeRecord* const record = node.GetRecord();
+    return record != nullptr && record->joins && node.IsEnabled() && node.GetOutplugs().size() == 1;
+  }
+
+  /// Whether a node reads of its inputs the samples at the same place alone, as its attributes are set.
+  static bool ReadsNoRange(Node& node) {
+    std::vector<PlugValue> inputs(node.GetNumRegularInputs());
+    for (unsigned input = 0; input < inputs.size(); ++input) node.SetRegularInputEntries(input, 1);
+    for (std::size_t id = 0; id < node.GetNumAttributes(); ++id) inputs.push_back(node.GetAttribute(id)->GetValue());
+    const Reach reach = CallNode(node, "GetReach", Reach(), [&] { return node.GetReach(inputs); });
+    return reach == Reach::Samples();
+  }
+
+  /// Whether the image that a node makes may be a pending one: it is for one other node alone, which computes with it
+  /// and no more. Where times are asked for, each node takes its own.
+  static bool MayBePending(const Vertex& vertex, const Options& options) {
+    if (!options.release_results || options.on_timed || vertex.uses != 1 || vertex.requested) return false;
+    return Joins(*vertex.node) && Joins(*vertex.user->node) && ReadsNoRange(*vertex.user->node);
+  }
+
   /// Throws `Stopped`.
   static void EvaluateVertex(Vertex& vertex, const Options& options) {
     if (options.cancellation != nullptr && options.cancellation->IsRequested()) throw Stopped();
@@ -471,11 +509,12 @@ class Engine::Graph {
       return;
     }
 
+    const bool may_be_pending = MayBePending(vertex, options);
     const auto begun = std::chrono::steady_clock::now();
     for (unsigned outplug = 0; outplug < vertex.wanted.size() && !node.IsInError(); ++outplug) {
       if (!vertex.wanted[outplug] || vertex.valid[outplug]) continue;
       const bool is_to_stop = options.cancellation != nullptr && options.cancellation->IsRequested();
-      if (is_to_stop || !EvaluateOutput(node, outplug, inputs, options)) {
+      if (is_to_stop || !EvaluateOutput(node, outplug, inputs, may_be_pending, options)) {
         // No partial or earlier result stays. Where the node was up to date but for this output, what depends on the
         // others still is.
         Tell(node, NodeEvent::kDropCachedResults);
@@ -502,7 +541,7 @@ class Engine::Graph {
   }
 
   /// False where the evaluation was stopped, whatever the node made of that.
-  static bool EvaluateOutput(Node& node, unsigned outplug, const std::vector<PlugValue>& inputs,
+  static bool EvaluateOutput(Node& node, unsigned outplug, const std::vector<PlugValue>& inputs, bool may_be_pending,
                              const Options& options) {
     std::optional<ScEng::EvaluationScope> scope;
     if (options.cancellation != nullptr || options.on_progress) {
@@ -512,6 +551,7 @@ class Engine::Graph {
     }
     const std::string label = CallNode(node, "GetName", std::string("a node"), [&] { return node.GetLabel(); });
     const ScEng::RunningScope running({"Evaluate", label.c_str(), ScEng::FindLibraryOf(node)});
+    const ScEng::PendingScope pending(may_be_pending);
     bool failed = true;
     try {
       node.Evaluate(outplug, inputs);
@@ -650,8 +690,9 @@ bool Engine::SetOutputOverride(Node* node, unsigned outplug, const ImagePtr& ima
 Image* Engine::GetOutputImage(Node* node, unsigned outplug) const {
   const Vertex* vertex = graph_->Find(node);
   if (vertex == nullptr) return nullptr;
-  Image* image = vertex->GetOverride(outplug);
-  return image != nullptr ? image : GetOwnImage(*node, outplug);
+  if (Image* image = vertex->GetOverride(outplug)) return image;
+  Image* image = GetOwnImage(*node, outplug);
+  return image != nullptr && !ScEng::IsPending(*image) ? image : nullptr;
 }
 
 Engine::NodeStatistics Engine::GetStatistics(Node* node) const {

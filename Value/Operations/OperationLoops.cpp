@@ -234,9 +234,14 @@ constexpr bool kReadsRange = IndexIn<Operation>(List<ConditionValEqMinOperation,
                                                      ConditionValEqMaxOperation, ConditionValDiffMaxOperation>{}) < 4;
 
 template <class Operation>
+ValueOperation* Copy(const ValueOperation& operation) {
+  return new Operation(static_cast<const Operation&>(operation));
+}
+
+template <class Operation>
 void Register(One one, Two two) {
   static_assert(std::is_trivially_destructible_v<Operation>, "operations are freed without a destructor call");
-  ScEng::RegisterValueOperationLoops(typeid(Operation), {one, two, kReadsRange<Operation>});
+  ScEng::RegisterValueOperationLoops(typeid(Operation), {one, two, kReadsRange<Operation>, Copy<Operation>});
 }
 
 template <class... Operations>

@@ -8,14 +8,17 @@
 #include <utility>
 
 #include "Host/Image/Oversize.h"
+#include "Host/Image/PendingImage.h"
 #include "Host/Image/Placement.h"
 #include "Host/Image/Streaming.h"
+#include "Host/Image/Values/PendingSamples.h"
 #include "Host/Image/Values/ValueOperationLoops.h"
 #include "Host/Util/ParallelReduce.h"
 
 namespace {
 
 using ScEng::Box2I;
+using ScEng::PendingSamples;
 using ScEng::SampleRange;
 using ScEng::ValueOperationLoops;
 
@@ -68,14 +71,13 @@ Layout MakeLayout(const std::vector<const Image*>& images) {
   return layout;
 }
 
-/// The result without samples, or null when it cannot be made.
-std::unique_ptr<Image> MakeOutput(const Layout& layout, const Image& first) {
+ImageHeader MakeHeader(const Layout& layout, const Image& first) {
   ImageHeader header = ScEng::PlaceOver(layout.box, first, layout.color_mode);
   if (layout.all_boxes_equal) {
     header.pivot_x = first.GetPivotX();
     header.pivot_y = first.GetPivotY();
   }
-  return std::unique_ptr<Image>(ScEng::NullIfOversize([&] { return new Image(header, nullptr); }));
+  return header;
 }
 
 /// Hands out the samples of one image for any run of the result's pixels, in the result's colour mode.
@@ -83,6 +85,8 @@ class Source {
  public:
   Source(const Image& image, const Layout& layout)
       : image_(image),
+        pending_(PendingSamples::Find(image)),
+        samples_(pending_ != nullptr ? pending_->GetSource() : image.GetConstArray()),
         channels_(static_cast<std::size_t>(ColorMode::GetNumChannels(layout.color_mode))),
         mode_(layout.color_mode),
         left_(image.GetBox().left - layout.box.left),
@@ -97,22 +101,48 @@ class Source {
     const bool row_inside = row >= 0 && row < image_.GetSizeY();
     const bool converted = mode_ != image_.GetColorMode();
     const bool all_inside = row_inside && to - from == static_cast<std::int64_t>(count);
-    if (all_inside && !converted) return Pixel(from, row);
+    if (all_inside && !converted && pending_ == nullptr) return Pixel(from, row);
     if (!all_inside) std::fill_n(buffer, count * channels_, image_.GetOutsideValue());
     if (row_inside && from < to) {
       float* inside = buffer + static_cast<std::size_t>(from - (x - left_)) * channels_;
-      ScEng::ConvertSamples(Pixel(from, row), image_.GetColorMode(), inside, mode_,
-                            static_cast<std::size_t>(to - from));
+      Convert(Pixel(from, row), inside, static_cast<std::size_t>(to - from));
     }
     return buffer;
   }
 
+  /// `count` samples from the `first` one on, where the image is one dense run of the result's samples.
+  const float* FetchRun(std::size_t first, std::size_t count, float* buffer) const {
+    if (pending_ == nullptr) return samples_ + first;
+    pending_->Compute(samples_ + first, buffer, count);
+    return buffer;
+  }
+
+  /// The samples that `FetchRun` reads.
+  [[nodiscard]] const float* GetSamples() const { return samples_; }
+
  private:
   const float* Pixel(std::int64_t x, std::int64_t y) const {
-    return image_.GetConstArray() + (y * image_.GetSizeX() + x) * image_.GetNumChannels();
+    return samples_ + (y * image_.GetSizeX() + x) * image_.GetNumChannels();
+  }
+
+  void Convert(const float* from, float* to, std::size_t pixels) const {
+    if (pending_ == nullptr) {
+      ScEng::ConvertSamples(from, image_.GetColorMode(), to, mode_, pixels);
+      return;
+    }
+    const auto channels = static_cast<std::size_t>(image_.GetNumChannels());
+    const std::size_t most = kBlockSamples / channels;
+    alignas(64) Block made;
+    for (std::size_t i = 0; i < pixels; i += most) {
+      const std::size_t count = std::min(most, pixels - i);
+      pending_->Compute(from + i * channels, made.data(), count * channels);
+      ScEng::ConvertSamples(made.data(), image_.GetColorMode(), to + i * channels_, mode_, count);
+    }
   }
 
   const Image& image_;
+  const PendingSamples* pending_;
+  const float* samples_;
   std::size_t channels_;
   unsigned mode_;
   std::int64_t left_;
@@ -146,13 +176,15 @@ class Pass {
                                       [&](const Image* image) { return image->GetColorMode() == layout.color_mode; });
     if (layout.all_boxes_equal && one_mode) {
       // Every image is one dense run of samples at the same places: no row ends to stop at.
-      flat_ = images;
+      is_flat_ = true;
       width_ *= rows_;
       rows_ = width_ == 0 ? 0 : 1;
     }
     block_pixels_ = kBlockSamples / std::max<std::size_t>(channels_, 1);
     blocks_per_row_ = (width_ + block_pixels_ - 1) / block_pixels_;
-    measures_input_ = images.size() == 1 && !loops.reads_range && !images.front()->GetKnownSampleRange();
+    // Nobody asks for the range of a pending image that the formula does not read.
+    measures_input_ = images.size() == 1 && !loops.reads_range && !images.front()->GetKnownSampleRange() &&
+                      !ScEng::IsPending(*images.front());
   }
 
   PassRanges Run() {
@@ -196,12 +228,12 @@ class Pass {
 
   /// The first image's samples of the next block, where it is a whole one in one piece.
   const float* FindNext(std::size_t next, std::size_t end) const {
-    if (flat_.empty() || next >= end || next + 1 >= blocks_per_row_) return nullptr;
-    return flat_.front()->GetConstArray() + next * block_pixels_ * channels_;
+    if (!is_flat_ || next >= end || next + 1 >= blocks_per_row_) return nullptr;
+    return sources_.front().GetSamples() + next * block_pixels_ * channels_;
   }
 
   const float* Fetch(std::size_t source, std::size_t x, std::size_t y, std::size_t pixels, float* buffer) const {
-    if (!flat_.empty()) return flat_[source]->GetConstArray() + x * channels_;
+    if (is_flat_) return sources_[source].FetchRun(x * channels_, pixels * channels_, buffer);
     return sources_[source].Fetch(static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), pixels, buffer);
   }
 
@@ -209,7 +241,7 @@ class Pass {
   const ValueOperationLoops& loops_;
   float* output_;
   std::vector<Source> sources_;
-  std::vector<const Image*> flat_;
+  bool is_flat_ = false;
   std::size_t channels_ = 1;
   std::size_t width_ = 0;
   std::size_t rows_ = 0;
@@ -236,15 +268,28 @@ Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation)
   if (images.empty() || any_null || operation == nullptr) return nullptr;
 
   const Layout layout = MakeLayout(images);
-  std::unique_ptr<Image> output = MakeOutput(layout, *images.front());
-  if (!output) return nullptr;
-
+  const ImageHeader header = MakeHeader(layout, *images.front());
   const ValueOperationLoops loops = GetLoops(*operation);
   const bool single = images.size() == 1;
-  if (single && loops.reads_range) StoreRange(images.front()->GetSampleRange(), *operation);
+  ImagePtr settled;
+  if (single && loops.reads_range) {
+    if (ScEng::IsPending(*images.front())) {
+      settled = ScEng::NullIfOversize([&] { return ScEng::Settle(*images.front()); });
+      if (!settled) return nullptr;
+      images.front() = settled.Get();
+    }
+    StoreRange(images.front()->GetSampleRange(), *operation);
+  }
+  if (single && ScEng::PendingScope::IsOn()) {
+    std::unique_ptr<Image> pending =
+        ScEng::NullIfOversize([&] { return PendingSamples::MakeImage(header, *images.front(), *operation, loops); });
+    if (pending) return pending.release();
+  }
+  std::unique_ptr<Image> output(ScEng::NullIfOversize([&] { return new Image(header, nullptr); }));
+  if (!output) return nullptr;
 
   const PassRanges ranges = Pass(images, layout, *operation, loops, *output).Run();
-  if (single && !loops.reads_range) {
+  if (single && !loops.reads_range && !ScEng::IsPending(*images.front())) {
     const auto known = images.front()->GetKnownSampleRange();
     if (!known) images.front()->RememberSampleRange(ranges.input);
     StoreRange(known.value_or(ranges.input), *operation);

@@ -43,6 +43,7 @@ constexpr NodeRecord MakeRecord(const char* type_name, const char* display_name,
           .outputs = kImagePlugs,
           .reach = ReachesSamples,
           .has_image = HasImageOfAnyInput,
+          .joins = true,
           .run_test = run_test};
 }
 

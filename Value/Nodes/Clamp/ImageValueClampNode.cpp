@@ -4,7 +4,9 @@
 #include <iterator>
 
 #include "Host/Image/Image.h"
+#include "Host/Image/PendingImage.h"
 #include "Host/Image/Placement.h"
+#include "Value/Core/RowOperation.h"
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Clamp/Clamp.h"
 
@@ -32,6 +34,23 @@ Reach FindReach(const Node& node, const std::vector<PlugValue>& inputs) {
   return Reach::Samples(opens_a_side ? Reach::Range::kMeasured : Reach::Range::kNone);
 }
 
+class ClampOperation : public RowOperation<ClampOperation> {
+ public:
+  ClampOperation(const Clamp::Limits& limits, Clamp::Profile profile) : profile_(profile) {
+    a = limits.low;
+    b = limits.high;
+  }
+  void Run(const float* values, float* to, std::size_t count) const {
+    constexpr std::size_t kStride = 1;
+    Clamp::Apply(values, kStride, to, count, {a, b}, profile_);
+  }
+
+ private:
+  Clamp::Profile profile_;
+};
+
+const RowOperationLoops<ClampOperation> loops;
+
 }  // namespace
 
 constinit const NodeRecord ImageValueClampNode::kRecord{
@@ -48,6 +67,7 @@ constinit const NodeRecord ImageValueClampNode::kRecord{
     .outputs = kImagePlugs,
     .reach = FindReach,
     .has_image = HasImageOfAnyInputWhileEnabled,
+    .joins = true,
     .run_test = [] { return false; },
 };
 
@@ -63,16 +83,25 @@ void ImageValueClampNode::Evaluate(unsigned, const std::vector<PlugValue>& input
   const Image* image = evaluated.GetImage(0);
   if (image == nullptr) return;
 
+  Clamp::Limits limits{evaluated.GetNumber(kLow), evaluated.GetNumber(kHigh)};
+  const Clamp::Sides sides = Clamp::GetSides(evaluated.GetChoiceIndex(kClamp));
+  const Clamp::Profile profile = Clamp::GetProfile(evaluated.GetChoiceIndex(kProfile));
+  if (sides == Clamp::Sides::kBoth && image->GetColorMode() == ColorMode::kValue && ScEng::IsJoined(*image)) {
+    output_.ReleaseAll();
+    ClampOperation operation(limits, profile);
+    output_.Set(ComputeRows(*image, operation, limits.low, limits.high));
+    return;
+  }
+
   auto* output = new Image(image->GetSizeX(), image->GetSizeY(), ColorMode::kValue, nullptr);
   output_.Set(output);
   ScEng::PlaceLike(*image, *output);
 
-  const float* samples = image->GetConstArray();
+  const ImagePtr settled = ScEng::Settle(*image);
+  const float* samples = (settled ? settled.Get() : image)->GetConstArray();
   const auto stride = static_cast<std::size_t>(image->GetNumChannels());
   const std::size_t pixels = output->GetNumSamples();
-  Clamp::Limits limits{evaluated.GetNumber(kLow), evaluated.GetNumber(kHigh)};
-  limits = Clamp::OpenSide(limits, Clamp::GetSides(evaluated.GetChoiceIndex(kClamp)), samples, stride, pixels);
-  Clamp::Apply(samples, stride, output->GetArray(), pixels, limits,
-               Clamp::GetProfile(evaluated.GetChoiceIndex(kProfile)));
+  limits = Clamp::OpenSide(limits, sides, samples, stride, pixels);
+  Clamp::Apply(samples, stride, output->GetArray(), pixels, limits, profile);
   output->SetValueLowHigh(limits.low, limits.high);
 }

@@ -55,6 +55,7 @@ constinit const NodeRecord ImageValueConditionNode::kRecord{
     .outputs = kImagePlugs,
     .reach = FindReach,
     .has_image = HasImageOfAnyInput,
+    .joins = true,
     .run_test = SelfTests::RunCondition,
 };
 

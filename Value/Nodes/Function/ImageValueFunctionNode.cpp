@@ -32,6 +32,7 @@ constinit const NodeRecord ImageValueFunctionNode::kRecord{
     .outputs = kImagePlugs,
     .reach = ReachesSamples,
     .has_image = HasImageOfAnyInput,
+    .joins = true,
 };
 
 ValueOperation* ImageValueFunctionNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {

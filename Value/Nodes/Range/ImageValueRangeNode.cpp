@@ -35,6 +35,7 @@ constinit const NodeRecord ImageValueRangeNode::kRecord{
     .outputs = kImagePlugs,
     .reach = ReachesSamples,
     .has_image = HasImageOfAnyInput,
+    .joins = true,
 };
 
 ValueOperation* ImageValueRangeNode::CreateValueOperation(const std::vector<PlugValue>& inputs) {

@@ -50,6 +50,10 @@ struct ValueOperationLoops {
   Two two = nullptr;
   /// Whether the formula reads `min` or `max`. Where it does not, the input's range is measured in the same pass.
   bool reads_range = true;
+  /// A copy of an operation, made with `new`, so that the formula can be applied when its owner has freed it already;
+  /// see `PendingScope`. Null where there is none to be had.
+  using Copy = ValueOperation* (*)(const ValueOperation& operation);
+  Copy copy = nullptr;
 };
 
 /// Gives the evaluator loops for the operation class `type` (exactly that class: one derived from it computes through

@@ -85,7 +85,7 @@ class HOST_TOOLS_API Engine {
 
   struct Options {
     /// Tells nodes to drop their images as soon as nothing in this evaluation needs them any more, requested ones after
-    /// `on_evaluated`. Keeps memory low where results are written and forgotten.
+    /// `on_evaluated`. Nodes whose images nobody else needs then share a pass, so that only what is requested is made.
     bool release_results = false;
     /// Called after each node that was evaluated: `done` of `total`. Requested results can be read here.
     std::function<void(Node& node, std::size_t done, std::size_t total)> on_evaluated;
@@ -93,7 +93,7 @@ class HOST_TOOLS_API Engine {
     /// `Evaluate`: the share of its work that is done, from 0 to 1, never less than before. Must not throw.
     std::function<void(Node& node, double fraction)> on_progress;
     /// Called with what the evaluation of a node has taken, before `on_evaluated`; not for nodes that were left out
-    /// because of an error before them. Nothing is counted where there is none.
+    /// because of an error before them. With it no nodes share a pass. Nothing is counted where there is none.
     std::function<void(Node& node, const NodeTiming& timing)> on_timed;
     /// Stops the evaluation when it is requested, from whatever thread; null where nobody does.
     const ScEng::Cancellation* cancellation = nullptr;

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Host/Image/Values/PendingSamples.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <mutex>
+#include <utility>
+
+#include "Host/Image/PendingImage.h"
+#include "Host/Util/Forks.h"
+#include "Host/Util/ParallelRows.h"
+
+namespace ScEng {
+namespace {
+
+// What one operation has made is in the first cache level when the next one reads it.
+constexpr std::size_t kRunSamples = 2048;
+
+// Each image of a chain has a list of all operations before it, so that a chain of any length takes time in proportion
+// to it only if that list has an end. What a pass saves beyond is little.
+constexpr std::size_t kMostStages = 32;
+
+constinit thread_local bool is_scope_on = false;
+
+/// The addresses that pending images have in place of those of samples. They say which images are pending, and no
+/// memory is there, so that nobody reads from them or writes to them unnoticed.
+class Places {
+ public:
+  Places() {
+    HoldWhileForking(mutex_);
+    void* const memory = mmap(nullptr, kBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (memory == MAP_FAILED) return;
+    begin_ = reinterpret_cast<std::uintptr_t>(memory);
+    for (std::size_t i = kPlaces; i > 0; --i) free_[num_free_++] = i - 1;
+  }
+
+  /// Null where all are taken.
+  float* Take(std::unique_ptr<PendingSamples>& samples) {
+    const std::lock_guard lock(mutex_);
+    if (num_free_ == 0) return nullptr;
+    const std::size_t place = free_[--num_free_];
+    samples_[place] = std::move(samples);
+    return reinterpret_cast<float*>(begin_ + place * kDistance);
+  }
+
+  void GiveBack(const float* address) noexcept {
+    const std::size_t place = FindPlace(address);
+    // The samples may hold the last reference to an image: their end is not under the lock.
+    const std::unique_ptr<PendingSamples> samples = std::move(samples_[place]);
+    const std::lock_guard lock(mutex_);
+    free_[num_free_++] = place;
+  }
+
+  [[nodiscard]] const PendingSamples* Find(const float* address) const {
+    const std::size_t place = FindPlace(address);
+    return place < kPlaces ? samples_[place].get() : nullptr;
+  }
+
+ private:
+  // Enough for every image between two nodes of wide graphs; what gets no place is computed at once.
+  static constexpr std::size_t kPlaces = 1024;
+  // Samples are aligned to as many bytes.
+  static constexpr std::size_t kDistance = 64;
+  static constexpr std::size_t kBytes = kPlaces * kDistance;
+
+  /// `kPlaces` or more for any other address.
+  [[nodiscard]] std::size_t FindPlace(const float* address) const {
+    return (reinterpret_cast<std::uintptr_t>(address) - begin_) / kDistance;
+  }
+
+  std::mutex mutex_;
+  // Null, which no image's samples lie next to, where there are no addresses to be had.
+  std::uintptr_t begin_ = 0;
+  std::array<std::unique_ptr<PendingSamples>, kPlaces> samples_;
+  std::array<std::size_t, kPlaces> free_{};
+  std::size_t num_free_ = 0;
+};
+
+// Never destroyed: images may outlive every static object.
+Places& GetPlaces() {
+  static Places& places = *new Places;
+  return places;
+}
+
+void ReleasePlace(float* address, std::size_t) noexcept { GetPlaces().GiveBack(address); }
+
+}  // namespace
+
+PendingScope::PendingScope(bool is_on) : outer_(std::exchange(is_scope_on, is_on)) {}
+PendingScope::~PendingScope() { is_scope_on = outer_; }
+bool PendingScope::IsOn() { return is_scope_on; }
+
+bool IsPending(const Image& image) { return PendingSamples::Find(image) != nullptr; }
+
+ImagePtr Settle(const Image& image) {
+  const PendingSamples* const pending = PendingSamples::Find(image);
+  if (pending == nullptr) return nullptr;
+  auto settled = MakeRef<Image>(image.GetImageHeader(), nullptr);
+  float* const samples = settled->GetArray();
+  constexpr std::size_t kGrain = std::size_t{1} << 16;
+  ParallelRows(settled->GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
+    pending->Compute(pending->GetSource() + from, samples + from, to - from);
+  });
+  return settled;
+}
+
+const PendingSamples* PendingSamples::Find(const Image& image) { return GetPlaces().Find(image.GetConstArray()); }
+
+std::unique_ptr<Image> PendingSamples::MakeImage(const ImageHeader& header, const Image& image,
+                                                 const ValueOperation& operation, const ValueOperationLoops& loops) {
+  // An image that nobody counts may go while the pending one still needs it.
+  if (loops.one == nullptr || loops.copy == nullptr || image.GetRefCount() == 0) return nullptr;
+  auto pending = std::make_unique<PendingSamples>();
+  if (const PendingSamples* const before = Find(image)) {
+    if (before->stages_.size() >= kMostStages) return nullptr;
+    pending->source_ = before->source_;
+    pending->stages_.reserve(before->stages_.size() + 1);
+    pending->stages_ = before->stages_;
+  } else {
+    pending->source_ = ImagePtr(const_cast<Image*>(&image));
+  }
+  auto stage = std::make_shared<Stage>();
+  stage->operation.reset(loops.copy(operation));
+  stage->loop = loops.one;
+  pending->stages_.push_back(std::move(stage));
+  float* const address = GetPlaces().Take(pending);
+  if (address == nullptr) return nullptr;
+  return std::make_unique<Image>(header, SampleBuffer(address, FreeSamples{0, ReleasePlace}));
+}
+
+void PendingSamples::Compute(const float* from, float* to, std::size_t count) const {
+  alignas(64) std::array<float, kRunSamples> between;
+  while (count > 0) {
+    const std::size_t run = std::min(count, kRunSamples);
+    const float* values = from;
+    for (std::size_t i = 0; i < stages_.size(); ++i) {
+      // In turn, so that the last one writes to where the samples belong.
+      float* const made = (stages_.size() - i) % 2 == 1 ? to : between.data();
+      stages_[i]->loop(*stages_[i]->operation, values, made, run);
+      values = made;
+    }
+    from += run;
+    to += run;
+    count -= run;
+  }
+}
+
+}  // namespace ScEng

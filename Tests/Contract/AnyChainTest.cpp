@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Nodes that follow one another are computed in one pass where nobody sees it: any graph gives what it gives node by
+// node, to the bit. Node by node is how the engine evaluates where results are kept.
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "Host/Image/ImageMetadata.h"
+#include "Host/Util/ParallelRows.h"
+#include "Tests/Contract/ChainTesting.h"
+#include "Tests/Support/Threads.h"
+
+namespace {
+
+using Testing::Graph;
+using Testing::IsSame;
+
+/// A node of a graph: its type, what differs from its defaults, and what feeds its inputs.
+struct Step {
+  std::string type;
+  std::vector<std::pair<std::string, std::variant<double, std::string, bool>>> attributes;
+  bool is_enabled = true;
+  std::vector<std::size_t> sources;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Step& step) {
+  stream << step.type << (step.is_enabled ? "" : " (disabled)");
+  for (const auto& [name, value] : step.attributes) {
+    stream << " " << name << "=";
+    std::visit([&](const auto& held) { stream << held; }, value);
+  }
+  stream << " of";
+  for (const std::size_t source : step.sources) stream << " " << source;
+  return stream << "\n";
+}
+
+double AnyNumber() { return *rc::gen::element(-1.5, -0.5, 0.0, 0.25, 0.5, 0.75, 1.0, 2.0, 3.0); }
+std::string AnyWord(const std::vector<std::string>& words) { return *rc::gen::elementOf(words); }
+
+/// `before` is the number of images that there are to be connected; the latest of them is the likeliest.
+Step AnyStep(std::size_t before) {
+  const std::vector<std::string> many = {"ImageValueAddNode",    "ImageValueSubtractNode", "ImageValueMultiplyNode",
+                                         "ImageValueDivideNode", "ImageValuePowerNode",    "ImageValueMinimumNode",
+                                         "ImageValueMaximumNode"};
+  const auto any_source = [&] {
+    return *rc::gen::weightedOneOf<std::size_t>(
+        {{4, rc::gen::just(before - 1)}, {1, rc::gen::inRange<std::size_t>(0, before)}});
+  };
+  Step step;
+  step.is_enabled = *rc::gen::weightedElement<bool>({{9, true}, {1, false}});
+  step.sources = {any_source()};
+  const int kind = *rc::gen::inRange(0, 12);
+  if (kind < 5) {
+    step.type = AnyWord(many);
+    step.attributes = {{"constant", AnyNumber()}};
+    while (*rc::gen::weightedElement<bool>({{1, true}, {3, false}})) step.sources.push_back(any_source());
+  } else if (kind < 7) {
+    step.type = "ImageValueClampNode";
+    step.attributes = {{"low", AnyNumber()},
+                       {"high", AnyNumber()},
+                       {"clamp", AnyWord({"both", "both", "low", "high"})},
+                       {"profile", AnyWord({"linear", "smooth", "perlin", "arc_out", "arc_in"})}};
+  } else if (kind == 7) {
+    step.type = "ImageValueConditionNode";
+    step.attributes = {{"a", AnyNumber()},
+                       {"b", AnyNumber()},
+                       {"condition", AnyWord({"v_eq_min", "v_df_max", "v_lt_a", "v_gte_a", "a_lte_v_lt_b"})}};
+  } else if (kind == 8) {
+    step.type = "ImageValueRangeNode";
+    step.attributes = {{"center", AnyNumber()},
+                       {"size", std::fabs(AnyNumber())},
+                       {"falloff", std::fabs(AnyNumber())},
+                       {"profile", AnyWord({"linear", "smooth", "arc_out", "arc_in"})}};
+  } else if (kind == 9) {
+    step.type = "ImageValueFunctionNode";
+    step.attributes = {{"function", AnyWord({"absolute", "sine", "inverse", "log2", "square_root", "floor"})}};
+  } else if (kind == 10) {
+    step.type = "ImageValueStepsNode";
+    step.attributes = {{"steps", 2.0 + std::fabs(AnyNumber())}};
+  } else {
+    step.type = AnyWord({"ImageToValueNode", "ImageEuclideanDistanceNode", "ImageComputeGradientNode"});
+    if (step.type == "ImageToValueNode") step.attributes = {{"auto_level", *rc::gen::arbitrary<bool>()}};
+  }
+  return step;
+}
+
+float AnySample() {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  return *rc::gen::weightedOneOf<float>(
+      {{20, rc::gen::map(rc::gen::inRange(-64, 65), [](int i) { return static_cast<float>(i) / 16.0F; })},
+       {1, rc::gen::element(std::numeric_limits<float>::quiet_NaN(), kInfinity, -kInfinity, -0.0F, 1e30F)}});
+}
+
+ImagePtr AnyImage(int size_x, int size_y) {
+  const auto mode = *rc::gen::weightedElement<unsigned>(
+      {{6, ColorMode::kValue}, {1, ColorMode::kColor}, {1, ColorMode::kSigned}, {1, ColorMode::kPair}});
+  const auto pixels = static_cast<std::size_t>(size_x) * static_cast<std::size_t>(size_y);
+  const auto samples =
+      *rc::gen::container<std::vector<float>>(std::size_t{97} * 4, rc::gen::exec([] { return AnySample(); }));
+  auto image = ScEng::MakeRef<Image>(size_x, size_y, mode, nullptr);
+  float* const to = image->GetArray();
+  // Repeated with a step that is prime to the number of samples, since drawing each one takes its time.
+  const std::size_t count = pixels * static_cast<std::size_t>(image->GetNumChannels());
+  for (std::size_t i = 0; i < count; ++i) to[i] = samples[(i * 101) % samples.size()];
+  image->SetPin(*rc::gen::inRange(-3, 4), *rc::gen::inRange(-3, 4));
+  image->SetPivot(*rc::gen::element(0.0F, 0.5F), *rc::gen::element(0.0F, 0.25F));
+  image->SetOutsideValue(*rc::gen::element(0.0F, 0.5F));
+  image->SetValueLowHigh(-1.0F, 4.0F);
+  image->SetMetadata(std::make_shared<const ScEng::ImageMetadata>());
+  return image;
+}
+
+/// The nodes of the steps, behind those that give the images.
+std::vector<Node*> Build(Graph& graph, const std::vector<ImagePtr>& images, const std::vector<Step>& steps) {
+  std::vector<Node*> nodes;
+  for (const ImagePtr& image : images) {
+    nodes.push_back(graph.Add("GivingNode"));
+    EXPECT_TRUE(graph.engine.SetOutputOverride(nodes.back(), 0, image));
+  }
+  for (const Step& step : steps) {
+    Node* const node = graph.Add(step.type);
+    for (unsigned i = 0; i < step.sources.size(); ++i) graph.Connect(nodes[step.sources[i]], node, nullptr, i);
+    for (const auto& [name, value] : step.attributes) {
+      Attribute* const attribute = node->GetAttribute(name);
+      if (const double* number = std::get_if<double>(&value)) {
+        EXPECT_TRUE(attribute->SetNumber(*number, false));
+      } else if (const bool* flag = std::get_if<bool>(&value)) {
+        EXPECT_TRUE(attribute->SetFlag(*flag, false));
+      } else {
+        EXPECT_TRUE(attribute->SetChoice(std::get<std::string>(value), false));
+      }
+    }
+    node->SetEnabled(step.is_enabled);
+    nodes.push_back(node);
+  }
+  return nodes;
+}
+
+void CheckAnyGraph() {
+  const int size_x = *rc::gen::element(1, 7, 64, 97);
+  const int size_y = *rc::gen::element(1, 5, 80);
+  std::vector<ImagePtr> images{AnyImage(size_x, size_y)};
+  // A second one at the same place, or at one of its own.
+  images.push_back(*rc::gen::arbitrary<bool>() ? ScEng::MakeRef<Image>(*images.front()) : AnyImage(13, 11));
+  std::vector<Step> steps;
+  const std::size_t count = *rc::gen::inRange<std::size_t>(1, 14);
+  while (steps.size() < count) steps.push_back(AnyStep(images.size() + steps.size()));
+  for (const Step& step : steps) RC_LOG() << step;
+  Graph joined;
+  Graph each;
+  const std::vector<Node*> joined_nodes = Build(joined, images, steps);
+  const std::vector<Node*> each_nodes = Build(each, images, steps);
+  std::vector<Node*> joined_asked{joined_nodes.back()};
+  std::vector<Node*> each_asked{each_nodes.back()};
+  if (*rc::gen::arbitrary<bool>()) {
+    const auto another = *rc::gen::inRange<std::size_t>(images.size(), joined_nodes.size());
+    joined_asked.push_back(joined_nodes[another]);
+    each_asked.push_back(each_nodes[another]);
+  }
+  const Testing::ThreadsScope threads(*rc::gen::element<std::size_t>(1, 3));
+  const std::vector<ImagePtr> expected = each.EvaluateEach(each_asked);
+  const std::vector<ImagePtr> found = joined.EvaluateJoined(joined_asked);
+  for (std::size_t i = 0; i < expected.size(); ++i) RC_ASSERT(IsSame(found[i].Get(), expected[i].Get()));
+  for (std::size_t i = 0; i < each_nodes.size(); ++i) {
+    RC_ASSERT(joined_nodes[i]->GetState() == each_nodes[i]->GetState());
+    RC_ASSERT(joined_nodes[i]->GetStateMessage() == each_nodes[i]->GetStateMessage());
+  }
+  // Once more, from what is there now and with what is kept.
+  if (*rc::gen::arbitrary<bool>()) {
+    const std::vector<ImagePtr> again = joined.EvaluateEach(joined_asked);
+    for (std::size_t i = 0; i < expected.size(); ++i) RC_ASSERT(IsSame(again[i].Get(), expected[i].Get()));
+  }
+}
+
+TEST(JoinedPasses, GiveWhatNodesGiveOneByOne) { EXPECT_TRUE(rc::check(CheckAnyGraph)); }
+
+}  // namespace
