@@ -98,7 +98,7 @@ TEST_F(DocumentEvaluationTest, AnOutputWithoutAnImageNamesTheInputThatIsNotConne
   // Of three nodes in a row the first one lacks its image; the last one has several outputs.
   LoadGood(
       MakeText("{'id': 'clamp', 'type': 'ImageValueClampNode'}, {'id': 'relief', 'type': 'ImageReliefNode'}, "
-               "{'id': 'slope', 'type': 'ImageValueGradientNode'}",
+               "{'id': 'slope', 'type': 'ImageComputeGradientNode'}",
                "{'from': 'clamp.image', 'to': 'relief.image'}, {'from': 'relief.image', 'to': 'slope.image'}",
                "{'from': 'slope.output_x', 'path': 'x.exr'}, {'from': 'relief.image', 'path': 'r.exr'}"));
   RunReport report;
