@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The functions of one value in vectors of doubles, right to about 46 bits, and the loop that makes floats of them.
+// The functions of one value in vectors of doubles, right to about 46 bits.
 //
 // Included once per instruction set, between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE of the source that uses it;
 // see Highway's quick reference on `foreach_target.h`.
@@ -323,82 +323,6 @@ struct CubicRoot {
     return hn::IfThenElse(common, result, value);
   }
 };
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Floats
-
-/// The floats nearest to doubles, infinite where they are too large.
-template <class D>
-HWY_INLINE hn::Vec<hn::Rebind<float, D>> Narrow(D d, hn::Vec<D> value) {
-  const hn::Rebind<float, D> df;
-#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
-  // There too large ones become the largest float.
-  double from[hn::MaxLanes(d)];
-  float to[hn::MaxLanes(d)];
-  hn::StoreU(value, d, from);
-  for (std::size_t i = 0; i < hn::Lanes(d); ++i) to[i] = static_cast<float>(from[i]);
-  return hn::LoadU(df, to);
-#else
-  static_cast<void>(d);
-  return hn::DemoteTo(df, value);
-#endif
-}
-
-/// What a result in double may be wrong by, relative to it, with room. Where the floats nearest to both ends differ,
-/// the double does not tell which one is right.
-inline constexpr double kMargin = 0x1p-43;
-
-/// Sets `to[i]` to the float nearest to the function whose result in double is `result[i]`, right to `margin` relative
-/// to it. `slow_way(i, estimate)` is called where the double does not tell.
-template <class D, class SlowWay>
-HWY_INLINE void StoreNearest(D d, hn::Vec<D> result, double margin, float* HWY_RESTRICT to, SlowWay slow_way) {
-  const hn::Rebind<float, D> df;
-  const hn::RebindToUnsigned<decltype(df)> du;
-  const auto inner = Narrow(d, hn::Mul(result, hn::Set(d, 1.0 - margin)));
-  const auto outer = Narrow(d, hn::Mul(result, hn::Set(d, 1.0 + margin)));
-  hn::StoreU(inner, df, to);
-  // Bits are compared, so that a NaN is as sure as any number.
-  if (HWY_LIKELY(hn::AllTrue(du, hn::Eq(hn::BitCast(du, inner), hn::BitCast(du, outer))))) return;
-  double results[hn::MaxLanes(d)];
-  hn::StoreU(result, d, results);
-  for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
-    const auto low = static_cast<float>(results[i] * (1.0 - margin));
-    const auto high = static_cast<float>(results[i] * (1.0 + margin));
-    if (low < high || low > high) to[i] = slow_way(i, results[i]);
-  }
-}
-
-/// Sets `to[i]` to the float nearest to the function of `values[i]`, for as many floats as `D` has doubles.
-template <class Kernel, class D>
-HWY_INLINE void ComputeVector(D d, const float* HWY_RESTRICT values, float* HWY_RESTRICT to) {
-  const hn::Rebind<float, D> df;
-  const auto result = Kernel::Compute(d, hn::PromoteTo(d, hn::LoadU(df, values)));
-  StoreNearest(d, result, kMargin, to,
-               [values](std::size_t i, double estimate) { return Kernel::kSlowWay(values[i], estimate); });
-}
-
-template <class Kernel>
-void ComputeRow(const float* HWY_RESTRICT values, float* HWY_RESTRICT to, std::size_t count) {
-  const hn::ScalableTag<double> d;
-  const std::size_t lanes = hn::Lanes(d);
-  std::size_t i = 0;
-  for (; i + lanes <= count; i += lanes) ComputeVector<Kernel>(d, values + i, to + i);
-  if (i == count) return;
-  float rest[hn::MaxLanes(d)] = {};
-  float results[hn::MaxLanes(d)];
-  for (std::size_t k = i; k < count; ++k) rest[k - i] = values[k];
-  ComputeVector<Kernel>(d, rest, results);
-  for (std::size_t k = i; k < count; ++k) to[k] = results[k - i];
-}
-
-/// The float nearest to the function of one value, without a loop.
-template <class Kernel>
-float ComputeValue(float value) {
-  const hn::CappedTag<double, 1> d;
-  float result = 0.0F;
-  ComputeVector<Kernel>(d, &value, &result);
-  return result;
-}
 
 }  // namespace NearestFloat::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

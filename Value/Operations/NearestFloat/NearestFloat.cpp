@@ -11,6 +11,7 @@
 
 #include "Value/Operations/NearestFloat/Kernels-inl.h"
 #include "Value/Operations/NearestFloat/PowerKernel-inl.h"
+#include "Value/Operations/NearestFloat/Rows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace NearestFloat::HWY_NAMESPACE {
@@ -33,16 +34,17 @@ FUNCTION(CubicRoot)
 #undef FUNCTION
 
 void PowerRow(const float* bases, const float* exponents, float* to, std::size_t count) {
-  ComputePowers(bases, exponents, to, count);
+  ComputePowers(bases, ExponentRow(exponents), to, count);
 }
 
 void PowerRowOfOne(const float* bases, float exponent, float* to, std::size_t count) {
-  ComputePowers(bases, exponent, to, count);
+  ComputePowers(bases, OneExponent(exponent), to, count);
 }
 
 float PowerValue(float base, float exponent) {
+  LastSlowWay last;
   float power = 0.0F;
-  ComputePowerVector(hn::CappedTag<double, 1>(), &base, exponent, &power);
+  ComputePowerVector(hn::CappedTag<double, 1>(), &base, OneExponent(exponent), 0, &power, last);
   return power;
 }
 

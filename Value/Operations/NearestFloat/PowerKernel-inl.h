@@ -15,6 +15,7 @@
 
 #include "Value/Operations/NearestFloat/Constants.h"
 #include "Value/Operations/NearestFloat/Kernels-inl.h"
+#include "Value/Operations/NearestFloat/Rows-inl.h"
 #include "Value/Operations/NearestFloat/SlowWay.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -62,37 +63,55 @@ HWY_INLINE hn::Vec<D> ComputePower(D d, hn::Vec<D> base, hn::Vec<D> exponent) {
   return hn::IfThenElse(hn::Or(hn::Eq(base, one), hn::Eq(exponent, zero)), one, power);
 }
 
-template <class D>
-HWY_INLINE void ComputePowerVector(D d, const float* HWY_RESTRICT bases, const float* HWY_RESTRICT exponents,
-                                   float* HWY_RESTRICT to) {
-  const hn::Rebind<float, D> df;
-  const auto base = hn::PromoteTo(d, hn::LoadU(df, bases));
-  const auto exponent = hn::PromoteTo(d, hn::LoadU(df, exponents));
-  StoreNearest(d, ComputePower(d, base, exponent), kPowerMargin, to,
-               [=](std::size_t i, double) { return SlowWay::Power(bases[i], exponents[i]); });
-}
-
-template <class D>
-HWY_INLINE void ComputePowerVector(D d, const float* HWY_RESTRICT bases, float exponent, float* HWY_RESTRICT to) {
-  const hn::Rebind<float, D> df;
-  const auto base = hn::PromoteTo(d, hn::LoadU(df, bases));
-  StoreNearest(d, ComputePower(d, base, hn::Set(d, static_cast<double>(exponent))), kPowerMargin, to,
-               [=](std::size_t i, double) { return SlowWay::Power(bases[i], exponent); });
-}
-
 /// The exponents from a place on: one for all, or one each.
-inline float ExponentsFrom(float exponent, std::size_t) { return exponent; }
-inline const float* ExponentsFrom(const float* exponents, std::size_t i) { return exponents + i; }
+class OneExponent {
+ public:
+  explicit OneExponent(float exponent) : exponent_(exponent) {}
+  float Get(std::size_t) const { return exponent_; }
+  template <class D>
+  hn::Vec<D> Load(D d, std::size_t) const {
+    return hn::Set(d, static_cast<double>(exponent_));
+  }
+
+ private:
+  float exponent_;
+};
+
+class ExponentRow {
+ public:
+  explicit ExponentRow(const float* exponents) : exponents_(exponents) {}
+  float Get(std::size_t i) const { return exponents_[i]; }
+  template <class D>
+  hn::Vec<D> Load(D d, std::size_t i) const {
+    return hn::PromoteTo(d, hn::LoadU(hn::Rebind<float, D>(), exponents_ + i));
+  }
+
+ private:
+  const float* exponents_;
+};
+
+template <class D, class Exponents>
+HWY_INLINE void ComputePowerVector(D d, const float* HWY_RESTRICT bases, const Exponents& exponents, std::size_t place,
+                                   float* HWY_RESTRICT to, LastSlowWay& last) {
+  const auto base = hn::PromoteTo(d, hn::LoadU(hn::Rebind<float, D>(), bases + place));
+  const auto power = ComputePower(d, base, exponents.Load(d, place));
+  StoreNearest(d, power, kPowerMargin, to + place, [&, bases](std::size_t i, double) {
+    const float one = bases[place + i];
+    const float exponent = exponents.Get(place + i);
+    return last.Get(one, exponent, [=] { return SlowWay::Power(one, exponent); });
+  });
+}
 
 template <class Exponents>
 HWY_INLINE void ComputePowers(const float* HWY_RESTRICT bases, Exponents exponents, float* HWY_RESTRICT to,
                               std::size_t count) {
   const hn::ScalableTag<double> d;
   const std::size_t lanes = hn::Lanes(d);
+  LastSlowWay last;
   std::size_t i = 0;
-  for (; i + lanes <= count; i += lanes) ComputePowerVector(d, bases + i, ExponentsFrom(exponents, i), to + i);
+  for (; i + lanes <= count; i += lanes) ComputePowerVector(d, bases, exponents, i, to, last);
   const hn::CappedTag<double, 1> one;
-  for (; i < count; ++i) ComputePowerVector(one, bases + i, ExponentsFrom(exponents, i), to + i);
+  for (; i < count; ++i) ComputePowerVector(one, bases, exponents, i, to, last);
 }
 
 }  // namespace NearestFloat::HWY_NAMESPACE

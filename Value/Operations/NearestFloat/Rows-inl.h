@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Makes floats of results in double: the test whether a double tells the nearest float, and the loops over rows.
+//
+// Included once per instruction set, as Kernels-inl.h is.
+
+#if defined(VALUE_OPERATIONS_NEAREST_FLOAT_ROWS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef VALUE_OPERATIONS_NEAREST_FLOAT_ROWS_INL_H_
+#undef VALUE_OPERATIONS_NEAREST_FLOAT_ROWS_INL_H_
+#else
+#define VALUE_OPERATIONS_NEAREST_FLOAT_ROWS_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+
+HWY_BEFORE_NAMESPACE();
+namespace NearestFloat::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// The floats nearest to doubles, infinite where they are too large.
+template <class D>
+HWY_INLINE hn::Vec<hn::Rebind<float, D>> Narrow(D d, hn::Vec<D> value) {
+  const hn::Rebind<float, D> df;
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+  // There too large ones become the largest float.
+  double from[hn::MaxLanes(d)];
+  float to[hn::MaxLanes(d)];
+  hn::StoreU(value, d, from);
+  for (std::size_t i = 0; i < hn::Lanes(d); ++i) to[i] = static_cast<float>(from[i]);
+  return hn::LoadU(df, to);
+#else
+  static_cast<void>(d);
+  return hn::DemoteTo(df, value);
+#endif
+}
+
+/// What a result in double may be wrong by, relative to it, with room. Where the floats nearest to both ends differ,
+/// the double does not tell which one is right.
+inline constexpr double kMargin = 0x1p-43;
+
+/// Sets `to[i]` to the float nearest to the function whose result in double is `result[i]`, right to `margin` relative
+/// to it. `slow_way(i, estimate)` is called where the double does not tell.
+template <class D, class SlowWay>
+HWY_INLINE void StoreNearest(D d, hn::Vec<D> result, double margin, float* HWY_RESTRICT to, SlowWay slow_way) {
+  const hn::Rebind<float, D> df;
+  const hn::RebindToUnsigned<decltype(df)> du;
+  const auto inner = Narrow(d, hn::Mul(result, hn::Set(d, 1.0 - margin)));
+  const auto outer = Narrow(d, hn::Mul(result, hn::Set(d, 1.0 + margin)));
+  hn::StoreU(inner, df, to);
+  // Bits are compared, so that a NaN is as sure as any number.
+  if (HWY_LIKELY(hn::AllTrue(du, hn::Eq(hn::BitCast(du, inner), hn::BitCast(du, outer))))) return;
+  double results[hn::MaxLanes(d)];
+  hn::StoreU(result, d, results);
+  for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
+    const auto low = static_cast<float>(results[i] * (1.0 - margin));
+    const auto high = static_cast<float>(results[i] * (1.0 + margin));
+    if (low < high || low > high) to[i] = slow_way(i, results[i]);
+  }
+}
+
+/// What the slow way came to last: an image may hold one hard value everywhere.
+struct LastSlowWay {
+  float first = 0.0F;
+  float second = 0.0F;
+  float result = 0.0F;
+  bool is_set = false;
+
+  template <class SlowWay>
+  float Get(float one, float other, SlowWay slow_way) {
+    if (!is_set || one != first || other != second) *this = {one, other, slow_way(), true};
+    return result;
+  }
+};
+
+/// Sets `to[i]` to the float nearest to the function of `values[i]`, for as many floats as `D` has doubles.
+template <class Kernel, class D>
+HWY_INLINE void ComputeVector(D d, const float* HWY_RESTRICT values, float* HWY_RESTRICT to, LastSlowWay& last) {
+  const hn::Rebind<float, D> df;
+  const auto result = Kernel::Compute(d, hn::PromoteTo(d, hn::LoadU(df, values)));
+  StoreNearest(d, result, kMargin, to, [values, &last](std::size_t i, double estimate) {
+    return last.Get(values[i], 0.0F, [=] { return Kernel::kSlowWay(values[i], estimate); });
+  });
+}
+
+template <class Kernel>
+void ComputeRow(const float* HWY_RESTRICT values, float* HWY_RESTRICT to, std::size_t count) {
+  const hn::ScalableTag<double> d;
+  const std::size_t lanes = hn::Lanes(d);
+  LastSlowWay last;
+  std::size_t i = 0;
+  for (; i + lanes <= count; i += lanes) ComputeVector<Kernel>(d, values + i, to + i, last);
+  if (i == count) return;
+  float rest[hn::MaxLanes(d)] = {};
+  float results[hn::MaxLanes(d)];
+  for (std::size_t k = i; k < count; ++k) rest[k - i] = values[k];
+  ComputeVector<Kernel>(d, rest, results, last);
+  for (std::size_t k = i; k < count; ++k) to[k] = results[k - i];
+}
+
+/// The float nearest to the function of one value, without a loop.
+template <class Kernel>
+float ComputeValue(float value) {
+  const hn::CappedTag<double, 1> d;
+  LastSlowWay last;
+  float result = 0.0F;
+  ComputeVector<Kernel>(d, &value, &result, last);
+  return result;
+}
+
+}  // namespace NearestFloat::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif  // once per instruction set
