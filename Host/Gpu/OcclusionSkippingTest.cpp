@@ -117,18 +117,25 @@ TEST(OcclusionSkipping, IsAccurateOnNoiseSteepSlopesAndCheckerboards) {
   }
 }
 
-TEST(OcclusionSkipping, OfAPitAtMinusInfinityLeavesTheRowsBelowAlone) {
-  // An endlessly deep pixel is dark in every direction; others, whichever row of a tile it is in, see the wall.
-  constexpr float kDeep = -std::numeric_limits<float>::infinity();
-  for (int pit = 0; pit < 16; ++pit) {
-    const auto image = MakeField(40, 16, [pit](int x, int y) {
-      if (x == 4 && y == pit) return static_cast<double>(kDeep);
-      return x == 34 ? 1.0 : 0.0;
+TEST(OcclusionSkipping, OfPitsAtMinusInfinityLeavesTheRowsBesideThemAlone) {
+  // An endlessly deep pixel is dark in every direction. From the rows between them, whichever of four that share a
+  // window they are, only those of the same column see the tower, which is the first of a vector.
+  constexpr double kDeep = -std::numeric_limits<double>::infinity();
+  for (const int first : {0, 1, 2, 3}) {
+    const auto is_pit = [first](int x, int y) { return x == 16 && y < 16 && y % 4 == first; };
+    const auto image = MakeField(40, 48, [&](int x, int y) {
+      if (is_pit(x, y)) return kDeep;
+      return x == 16 && y == 40 ? 1.0 : 0.0;
     });
-    EXPECT_TRUE(IsAccurate(*image, 32.0F, 'b')) << pit;
-    // At the border the pit goes on beyond it, and between infinities there is no rise.
-    const double expected = pit == 0 || pit == 15 ? 1.0 / 16.0 : 0.0;
-    EXPECT_EQ(SampleAt(*Occlude(*image, 32.0F, 'b'), 4, pit), expected) << pit;
+    EXPECT_TRUE(IsAccurate(*image, 45.0F, 'b')) << first;
+    const auto result = Occlude(*image, 45.0F, 'b');
+    // At the border a pit goes on beyond it, and between infinities there is no rise.
+    EXPECT_EQ(SampleAt(*result, 16, first), first == 0 ? 1.0 / 16.0 : 0.0);
+    EXPECT_EQ(SampleAt(*result, 16, first + 4), 0.0);
+    // Down the column the tower is 45 / (40 - y) steep from between two pits; beside it all is open.
+    const int y = first + 2;
+    EXPECT_NEAR(SampleAt(*result, 16, y), (15.0 + 1.0 / (1.0 + std::pow(45.0 / (40 - y), 2.0))) / 16.0, kAccuracy);
+    EXPECT_EQ(SampleAt(*result, 22, y), 1.0);
   }
 }
 

@@ -120,7 +120,7 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
       UNROLL for (int row = 0; row < ROWS; row += SHARING) {
         // Only what is above `lowest` might, as near as the nearest step, be a steeper rise in one of these rows. A
         // pixel at minus infinity that has met an infinite rise makes a NaN here, which is less than nothing.
-        Vector lowest = steepest[row] * nearest - depth[row];
+        Vector lowest = (Vector)INFINITY;
         UNROLL for (int next = row; next < row + SHARING; ++next) {
           const Vector needed = steepest[next] * nearest - depth[next];
           lowest = needed < lowest ? needed : lowest;
