@@ -6,7 +6,7 @@ import sys
 from pathlib import Path
 
 from report import compare, page
-from report.measure import PLANS, measure
+from report.measure import FORMAT, PLANS, VERSION, measure
 
 
 def fail(text):
@@ -24,6 +24,13 @@ def read_run(path):
     if not isinstance(run, dict) or run.get("format") != "value-bench":
         fail(f"{path} is not a file of ./bench")
     return run
+
+
+def check(now, before, path):
+    try:
+        compare.check(now, before)
+    except compare.NotComparable as error:
+        fail(f"{path} {error}")
 
 
 class Parser(argparse.ArgumentParser):
@@ -47,10 +54,12 @@ def options_of(arguments):
 def main(arguments=None):
     options = options_of(arguments)
     before = read_run(options.against) if options.against else None
+    run = read_run(options.given) if options.given else None
+    if before is not None:
+        # Before half an hour is spent on what cannot be compared.
+        check(run or {"format": FORMAT, "version": VERSION, "side": PLANS[options.plan].side}, before, options.against)
     options.out.mkdir(parents=True, exist_ok=True)
-    if options.given:
-        run = read_run(options.given)
-    else:
+    if run is None:
         keys = None
         if options.only:
             keys = [key for key in PLANS[options.plan].keys if options.only.lower() in key.lower()]
@@ -61,15 +70,15 @@ def main(arguments=None):
         (options.out / "bench.json").write_text(json.dumps(run, separators=(",", ":")) + "\n", encoding="utf-8")
     found = None
     if before is not None:
-        try:
-            found = compare.compare(run, before)
-        except compare.NotComparable as error:
-            (options.out / "bench.html").write_text(page.make(run), encoding="utf-8")
-            fail(f"{options.against} {error}")
+        found = compare.compare(run, before)
         print("\n".join(compare.lines(found, before)))
     (options.out / "bench.html").write_text(page.make(run, found, before), encoding="utf-8")
     print(f"Results are in {options.out}/; look at {options.out}/bench.html.")
 
 
 if __name__ == "__main__":
-    main()
+    try:
+        main()
+    except KeyboardInterrupt:
+        print("\nbench: interrupted; nothing was written", file=sys.stderr)
+        sys.exit(130)

@@ -12,7 +12,7 @@ def check(now, before):
     for name, text in (("format", "is not a file of ./bench"), ("version", "is of another version of ./bench")):
         if before.get(name) != now[name]:
             raise NotComparable(text)
-    if before["side"] != now["side"]:
+    if before.get("side") != now["side"]:
         raise NotComparable(f"was measured on {before['side']} x {before['side']}, this run on {now['side']} x "
                             f"{now['side']}; compare quick runs with quick ones")
 

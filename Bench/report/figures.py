@@ -15,6 +15,11 @@ def times_of(row, threads, name):
     return row["threads"].get(str(threads), {}).get("times", {}).get(name, [])
 
 
+def processor_of(row, threads, name):
+    """Seconds of all processors together."""
+    return row["threads"].get(str(threads), {}).get("processor", {}).get(name, [])
+
+
 def contenders(row, threads):
     """The names that have times, ours first."""
     times = row["threads"].get(str(threads), {}).get("times", {})

@@ -20,8 +20,13 @@ def read(path):
 
 
 def package_version(name):
-    answer = subprocess.run(["dpkg-query", "-W", "-f=${Version}", name], capture_output=True, text=True, check=False)
-    return re.sub(r"^\d+:|[-+~].*", "", answer.stdout) if answer.returncode == 0 else "not installed"
+    """Debian 13 has a suffix in the names of libraries that hold times of 64 bits."""
+    for one in (name, name + "t64"):
+        command = ["dpkg-query", "-W", "-f=${Version}", one]
+        answer = subprocess.run(command, capture_output=True, text=True, check=False)
+        if answer.returncode == 0 and answer.stdout:
+            return re.sub(r"^\d+:|[-+~].*", "", answer.stdout)
+    return "not installed"
 
 
 def our_version(root):
@@ -47,8 +52,7 @@ def versions(root):
 
 def describe():
     names = re.findall(r"^model name\s*: (.*)$", read("/proc/cpuinfo"), re.MULTILINE)
-    flags = set(re.findall(r"^flags\s*: (.*)$", read("/proc/cpuinfo"), re.MULTILINE)[:1][:1] and
-                re.findall(r"^flags\s*: (.*)$", read("/proc/cpuinfo"), re.MULTILINE)[0].split())
+    flags = set(" ".join(re.findall(r"^flags\s*: (.*)$", read("/proc/cpuinfo"), re.MULTILINE)[:1]).split())
     memory = re.search(r"MemTotal:\s*(\d+)", read("/proc/meminfo"))
     return {
         "processor": names[0] if names else platform.machine(), "processors": os.cpu_count(),

@@ -41,11 +41,12 @@ def details(row, threads):
         lines.append(line(
             cell(NAMES[name]), number(figures.time_text(middle)), noise(figures.noise_text(times)),
             noise(f"{figures.time_text(low)} to {figures.time_text(high)}"),
+            noise(figures.time_text(spread.median(figures.processor_of(row, threads, name)))),
             number(svg.number_text(figures.multiple(row, threads, name)) + "×"),
             cell(escape(words), "exact" + " off" * is_off)))
     for name, problem in row["problems"].items():
-        lines.append(line(cell(escape(NAMES.get(name, name))), cell(escape(problem), "off", colspan=5)))
-    titles = ("", ">median", "", ">lowest to highest", ">ceilings", "largest difference")
+        lines.append(line(cell(escape(NAMES.get(name, name))), cell(escape(problem), "off", colspan=6)))
+    titles = ("", ">median", "", ">lowest to highest", ">of processors", ">ceilings", "largest difference")
     return tag("details", tag("summary", "all contenders") + table(titles, lines))
 
 

@@ -109,7 +109,7 @@ def ratio_name(tick):
 
 def lines_plot(series, x_label, y_label, title):
     """Lines on two axes in powers of ten. A series is (name, kind, [(x, low, middle, high)])."""
-    width, height, left, right, top, bottom = 560, 340, 58, 12, 12, 44
+    width, height, left, right, top, bottom = 560, 340, 58, 24, 12, 44
     xs = [x for _, _, points in series for x, *_ in points]
     ys = [y for _, _, points in series for _, *several in points for y in several]
     if not xs:

@@ -2,6 +2,7 @@
 """What ./bench writes: a tiny run is whole, a slower version is found, and noise is not called a difference."""
 
 import copy
+import dataclasses
 import html.parser
 import json
 import os
@@ -16,7 +17,7 @@ BENCH = Path(__file__).resolve().parents[1]
 BUILD = os.environ["VALUE_BENCH_BUILD"]
 sys.path.insert(0, str(BENCH))
 
-from report import compare, figures, spread  # noqa: E402
+from report import compare, figures, measure, rows_table, spread  # noqa: E402
 
 
 def run_bench(*words):
@@ -134,6 +135,32 @@ def test_the_page_is_whole_and_needs_nothing_else(out, run):
     dots = sum(len(figures.contenders(row, threads)) for row in run["rows"] for threads in run["threads"])
     assert page.met.count("circle") > dots
     assert "prefers-color-scheme: dark" in text
+
+
+def test_a_process_that_ends_early_costs_only_the_row_that_it_measured(monkeypatch):
+    keys = ["Arithmetic/add", "Blur/blur, sigma 2", "Fill and paste/fill"]
+
+    def row(key):
+        return {"key": key, "times": {"valuenodes": [1.0]}, "processor": {"valuenodes": [1.0]}, "problems": {}}
+
+    processes = [
+        [{"begins": keys[0]}, row(keys[0]), {"begins": keys[1]}, {"ended": -11}],
+        [{"begins": keys[2]}, row(keys[2])],
+    ]
+    asked = []
+
+    def answers(request, build, log):
+        asked.append(request["keys"])
+        return iter(processes.pop(0))
+
+    monkeypatch.setattr(measure, "answers_of", answers)
+    plan = dataclasses.replace(measure.PLANS["tiny"], keys=keys, threads=[1])
+    rows = measure.measure_rows(plan, BUILD, None, measure.Progress(3))
+    assert asked == [keys, keys[2:]]
+    assert [sorted(row["threads"]) for row in rows] == [["1"], [], ["1"]]
+    assert rows[1]["problems"] == {"the row": "the process that measured it ended with -11"}
+    # Such a row is shown as what it is.
+    assert "ended with -11" in rows_table.row_line(rows[1], 1, 0.5, 20)
 
 
 # ---- Two runs ----
@@ -259,6 +286,14 @@ def test_runs_on_images_of_other_sizes_are_not_compared(run, tmp_path):
     assert done.returncode == 2
     assert done.stderr.count("\n") == 1
     assert "was measured on 128 x 128, this run on 64 x 64" in done.stderr
+
+
+def test_what_cannot_be_compared_is_said_before_anything_is_measured(run, tmp_path):
+    Path(tmp_path, "before.json").write_text(json.dumps({**run, "side": 128}))
+    done = run_bench("--plan", "tiny", "--against", tmp_path / "before.json", "--out", tmp_path / "out")
+    assert done.returncode == 2
+    assert done.stderr.startswith("bench: ") and done.stderr.count("\n") == 1
+    assert not Path(tmp_path, "out").exists()
 
 
 # ---- Numbers ----
