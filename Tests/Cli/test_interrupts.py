@@ -202,11 +202,11 @@ class LongWorkTest(InterruptTestCase):
         self.assert_files(folder=self.dir / "tmp")
 
     def test_a_node_that_takes_long_is_stopped(self):
-        # A soft mask and a large radius take half a minute.
-        data = np.random.RandomState(1).uniform(0, 1, (700, 700, 1)).astype(np.float32)
+        # A large soft mask and a large radius take many seconds on one thread.
+        data = np.random.RandomState(1).uniform(0, 1, (3500, 3500, 1)).astype(np.float32)
         write_file(self.dir / "in.exr", data)
         process = self.start(
-            "apply", "Relief", "-i", "in.exr", "--set", "style=inner_bevel", "--set", "radius=250",
+            "apply", "Relief", "-i", "in.exr", "--set", "style=inner_bevel", "--set", "radius=250", "--threads", "1",
             "-o", "out.exr",
         )
         time.sleep(1.0)
