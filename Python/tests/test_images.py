@@ -131,7 +131,7 @@ def test_masked_samples_are_nan():
 
 def test_lists_make_images_but_no_inputs():
     assert same(vn.Image([[1, 2], [3, 4]]), [[1, 2], [3, 4]])
-    with pytest.raises(TypeError, match="add takes images, not list"):
+    with pytest.raises(TypeError, match="^add: image 1 takes an image or array, not list$"):
         vn.add([[1, 2], [3, 4]])
 
 

@@ -108,6 +108,16 @@ def replace(**facts):
             "write takes the path first and the image second: write(path, image)",
         ),
         (lambda: vn.write(5, H), TypeError, "write: path is a string or os.PathLike, not int"),
+        *(
+            (call, TypeError, f"{name} is a string or os.PathLike, not int")
+            for name, call in {
+                "load: path": lambda: vn.Graph.load(5),
+                "save: path": lambda: vn.Graph().save(5),
+                "from_dict: folder": lambda: vn.Graph.from_dict({}, folder=5),
+                "add_output: path": lambda: vn.Graph().add_output("a.image", 5),
+                "load_library: path": lambda: vn.load_library(5),
+            }.items()
+        ),
         (lambda: vn.write("x.png", 5), TypeError, "write: image takes an image or array, not int"),
         (lambda: vn.write("x.png", np.zeros(3)), ValueError, "write: image: " + FLAT),
         (lambda: vn.write("x.png", H, layer=3), TypeError, "write: layer is a string, not int"),

@@ -64,8 +64,12 @@ try:
     graph.run()
 except vn.DocumentError as error:
     print(error.problems)
+except vn.MissingFileError as error:
+    print(error.filename, error.problems)
 except vn.FileError as error:
     print(error.errno)
+except vn.NodeError as error:
+    print(error.problems, error.__cause__)
 vn.load_library("library.so", trust=True)
 """
 WRONG = [

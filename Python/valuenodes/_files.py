@@ -5,7 +5,7 @@ import builtins
 import os
 
 from . import _valuenodes
-from ._graph_arguments import image_of
+from ._graph_arguments import image_of, path_of
 
 _WORDS = {
     "type": ("float", "half", "uint16", "uint8", "int16"),
@@ -67,8 +67,7 @@ def write(path, image, type=None, *, samples="unit", opacity="auto", metadata="k
     """
     if _is_path(image) and not _is_path(path):
         raise TypeError("write takes the path first and the image second: write(path, image)")
-    if not _is_path(path):
-        raise TypeError(f"write: path is a string or os.PathLike, not {_type_name(path)}")
+    file = path_of(path, "write", "path")
     given = {"type": type, "samples": samples, "opacity": opacity, "metadata": metadata}
     for name, word in given.items():
         if word not in _WORDS[name] and not (name == "type" and word is None):
@@ -78,7 +77,7 @@ def write(path, image, type=None, *, samples="unit", opacity="auto", metadata="k
         if not isinstance(word, str):
             raise TypeError(f"write: {name} is a string, not {_type_name(word)}")
     image = image_of(image, "write: image", lists=True)
-    _valuenodes.write(image, os.fsencode(path), type or "", samples, opacity, metadata, layer, compression)
+    _valuenodes.write(image, file, type or "", samples, opacity, metadata, layer, compression)
 
 
 write.__module__ = "valuenodes"

@@ -3,10 +3,9 @@
 
 import functools
 import json
-import os
 
 from ._errors import DocumentError, ValueNodesError
-from ._graph_arguments import check_progress, image_of, text_of
+from ._graph_arguments import check_progress, image_of, path_of, text_of
 from ._graph_editing import GraphEditing
 from ._graph_records import Findings, WrittenFile
 from ._valuenodes import Document
@@ -92,7 +91,7 @@ class Graph(GraphEditing):
         ...     vn.Graph.load(os.path.join(folder, "empty.json")) == graph
         True
         """
-        return cls._of(Document.load(os.fsencode(path), bool(keep_unknown)))
+        return cls._of(Document.load(path_of(path, "load", "path"), bool(keep_unknown)))
 
     def save(self, path):
         """Writes the document to a file, whole or not at all.
@@ -118,7 +117,7 @@ class Graph(GraphEditing):
         ...     os.listdir(folder)
         ['empty.json']
         """
-        self._document.save(os.fsencode(path))
+        self._document.save(path_of(path, "save", "path"))
 
     def to_dict(self):
         """The document as dictionaries, lists, strings and numbers, as its file has them.
@@ -167,7 +166,7 @@ class Graph(GraphEditing):
             content = json.dumps(document, ensure_ascii=False, allow_nan=False).encode()
         except (TypeError, ValueError) as error:
             raise DocumentError(f"graph: {error}") from None
-        return cls._of(Document.from_text(content, os.fsencode(folder), "graph", bool(keep_unknown)))
+        return cls._of(Document.from_text(content, path_of(folder, "from_dict", "folder"), "graph", bool(keep_unknown)))
 
     # ---- Evaluation ----
 

@@ -2,6 +2,7 @@
 """What functions of graphs are given, checked."""
 
 import numbers
+import os
 
 from ._valuenodes import Image, list_nodes
 
@@ -10,6 +11,14 @@ def text_of(value, function, name, example):
     if not isinstance(value, str):
         raise TypeError(f"{function}: {name} is a string like {example}, not {type(value).__name__}")
     return value
+
+
+def path_of(value, function, name):
+    """The bytes of a path."""
+    try:
+        return os.fsencode(value)
+    except TypeError:
+        raise TypeError(f"{function}: {name} is a string or os.PathLike, not {type(value).__name__}") from None
 
 
 def type_name(node_type, function):

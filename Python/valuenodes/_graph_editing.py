@@ -1,9 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """What a graph consists of: its nodes, connections, attributes and outputs."""
 
-import os
-
-from ._graph_arguments import index_of, text_of, type_name
+from ._graph_arguments import index_of, path_of, text_of, type_name
 from ._graph_records import Connection, Output
 
 _WORDS = {
@@ -259,7 +257,7 @@ class GraphEditing:
                 words = ", ".join(f'"{known}"' for known in _WORDS[name])
                 raise ValueError(f"add_output: {name} takes {words}, not {word!r}")
         text_of(layer, "add_output", "layer", '"diffuse"')
-        written = os.fsencode(path)
+        written = path_of(path, "add_output", "path")
         source = text_of(source, "add_output", "source", '"height.image"')
         self._document.add_output(source, written, type, samples, opacity, metadata, layer)
 

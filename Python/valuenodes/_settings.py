@@ -5,6 +5,7 @@ import os
 import sys
 
 from . import _arguments, _valuenodes
+from ._graph_arguments import path_of
 
 
 def set_threads(threads):
@@ -67,7 +68,7 @@ def load_library(path, *, trust=False):
     >>> import valuenodes as vn
     >>> vn.load_library("/opt/nodes/HelloNode.so")  # doctest: +SKIP
     """
-    _valuenodes.load_library(os.fspath(path), bool(trust))
+    _valuenodes.load_library(os.fsdecode(path_of(path, "load_library", "path")), bool(trust))
 
 
 def colormaps():

@@ -1,5 +1,5 @@
 import os
-from typing import Any, ClassVar, Literal, Protocol, TypeAlias
+from typing import Any, ClassVar, Literal, NoReturn, Protocol, TypeAlias
 
 from numpy.typing import ArrayLike, DTypeLike, NDArray
 
@@ -74,6 +74,7 @@ class Image:
     def __copy__(self) -> Image: ...
     def __deepcopy__(self, memo: dict[int, Any]) -> Image: ...
     def __eq__(self, other: object) -> bool: ...
+    def __bool__(self) -> NoReturn: ...
 
 version: str
 
