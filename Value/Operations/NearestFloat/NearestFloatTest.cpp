@@ -159,6 +159,38 @@ TEST_P(NearestFunction, IsNearestTheSlowWayToo) {
   }
 }
 
+struct HardCase {
+  std::string function;
+  float argument;
+  float result;
+};
+
+/// Where the functions lie nearest to the middle between two floats of all arguments, and where the double of Debian
+/// 12's C library narrows to another float.
+std::vector<HardCase> GetHardCases() {
+  return {{"Sine", 0x1.33333p+13F, -0x1.63f4bap-2F},       {"Sine", 0x1.487e0cp+103F, 0x1.287508p-2F},
+          {"Log", 0x1.827a74p-7F, -0x1.1c2b1ep+2F},        {"Log", 0x1.2f1fd6p+3F, 0x1.1fcbcep+1F},
+          {"Log", 0x1.bacb4ap+25F, 0x1.1e0696p+4F},        {"Log", 0x1.b121a6p+76F, 0x1.a9a3f2p+5F},
+          {"Log", 0x1.6351d8p+95F, 0x1.08b512p+6F},        {"Exponential", -0x1.d2259ap+3F, 0x1.fa6636p-22F},
+          {"CubicRoot", 0x1.06a76ap-125F, 0x1.454f78p-42F}};
+}
+
+TEST_P(NearestFunction, IsNearestAtTheHardestValues) {
+  const FunctionCase& function = GetParam();
+  for (const auto& [name, argument, result] : GetHardCases()) {
+    if (name != function.name) continue;
+    EXPECT_PRED_FORMAT2(Testing::SameFloat, GetExpected(function, argument), result);
+    EXPECT_PRED_FORMAT2(Testing::SameFloat, function.one(argument), result);
+    // A row of nothing else takes the slow way once and keeps what it came to.
+    const std::vector<float> values(37, argument);
+    Testing::OnEveryInstructionSet([&] {
+      std::vector<float> results(values.size());
+      function.row(values.data(), results.data(), values.size());
+      EXPECT_EQ(results, std::vector<float>(values.size(), result));
+    });
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(All, NearestFunction, testing::ValuesIn(GetCases()),
                          [](const auto& parameter) { return parameter.param.name; });
 

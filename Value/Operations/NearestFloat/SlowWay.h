@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The functions with about 100 bits, for the arguments at which a double does not tell which float is nearest: about
-// one in 200,000. One value at a time and the same on every processor.
+// one in some 300,000. One value at a time and the same on every processor.
 //
 // `argument` is finite, not 0 and, where the function has a domain, inside it. `estimate` is the function in double,
 // right to about 40 bits, for those functions that improve it.
