@@ -130,6 +130,20 @@ TEST(AmbientOcclusion, IsAccurateWhereValuesAreFarOutsideTheRange) {
   EXPECT_TRUE(IsAccurate(*MakeImage(33, 17, ColorMode::kValue, samples), 50.0F, 'b'));
 }
 
+TEST(AmbientOcclusion, IsAccurateAtTheHighestHeightsOfSinglePrecision) {
+  // Rises near 0.6, where a result changes the most with them, between heights just below 256 and just above it.
+  for (const double radius : {255.5, 256.5}) {
+    for (const double relief : {0.002, 0.005, 0.02}) {
+      const auto image = MakeImage(41, 23, ColorMode::kValue, Noise(41 * 23, 31));
+      float* samples = image->GetArray();
+      for (std::size_t i = 0; i < image->GetNumSamples(); ++i) {
+        samples[i] = static_cast<float>(1.0 - relief * static_cast<double>(samples[i]));
+      }
+      EXPECT_TRUE(IsAccurate(*image, static_cast<float>(radius), 'p')) << radius << " " << relief;
+    }
+  }
+}
+
 TEST(AmbientOcclusion, TakesNanForTheHeightZero) {
   std::vector<float> samples = Noise(25 * 13, 4);
   for (std::size_t i = 0; i < samples.size(); i += 7) samples[i] = kNan;
