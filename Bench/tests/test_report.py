@@ -17,7 +17,7 @@ BENCH = Path(__file__).resolve().parents[1]
 BUILD = os.environ["VALUE_BENCH_BUILD"]
 sys.path.insert(0, str(BENCH))
 
-from report import compare, figures, measure, rows_table, spread  # noqa: E402
+from report import compare, figures, measure, page, rows_table, spread  # noqa: E402
 
 
 def run_bench(*words):
@@ -318,6 +318,16 @@ def test_what_cannot_be_compared_is_said_before_anything_is_measured(run, tmp_pa
     assert done.returncode == 2
     assert done.stderr.startswith("bench: ") and done.stderr.count("\n") == 1
     assert not Path(tmp_path, "out").exists()
+
+
+def test_a_run_on_a_busy_machine_says_so(run):
+    machine = {**run["machine"], "processors": 2}
+    quiet = {**run, "load": {"before": 0.1, "lowest": 0.1, "highest": 2.1}, "machine": machine}
+    assert figures.busy_text(quiet) == ""
+    busy = {**quiet, "load": {"before": 0.1, "lowest": 0.1, "highest": 9.5}}
+    assert figures.busy_text(busy).startswith("The machine had other work: its load was 0.1 to 9.5 on 2 processors.")
+    assert "The machine had other work" in page.make(busy)
+    assert "The machine had other work" not in page.make(quiet)
 
 
 # ---- Numbers ----
