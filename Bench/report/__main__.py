@@ -5,7 +5,7 @@ import json
 import sys
 from pathlib import Path
 
-from report import compare, page
+from report import compare, figures, page
 from report.measure import FORMAT, PLANS, VERSION, measure
 
 
@@ -73,6 +73,8 @@ def main(arguments=None):
         found = compare.compare(run, before)
         print("\n".join(compare.lines(found, before)))
     (options.out / "bench.html").write_text(page.make(run, found, before), encoding="utf-8")
+    if figures.busy_text(run):
+        print(figures.busy_text(run))
     print(f"Results are in {options.out}/; look at {options.out}/bench.html.")
 
 

@@ -1,7 +1,7 @@
 """Two runs beside each other: a difference is called one only where it exceeds the spread of both."""
 
 from report import spread
-from report.figures import OURS, times_of
+from report.figures import OURS, processor_of, times_of
 
 
 class NotComparable(ValueError):
@@ -23,14 +23,22 @@ def in_copies(row, threads):
     return [one / other for one, other in zip(ours, copies)]
 
 
-def verdict(now, before, threads):
-    """The times on the clock must differ, and those in copies, both in the same direction."""
+def was_busy(row, threads, processors):
+    """Whether the machine had more to do than this, so that calls waited for a processor."""
+    return row["threads"][str(threads)]["load"] > processors + 1
+
+
+def verdict(now, before, threads, processors):
+    """The times on the clock must differ, and those in copies, in the same direction. Where one of the machines was
+    busy, a long call waits for its turn more often than a copy does: its processor time must differ too."""
     pairs = [(times_of(now, threads, OURS), times_of(before, threads, OURS)),
              (in_copies(now, threads), in_copies(before, threads))]
     if not all(one and other for one, other in pairs):
         return None
+    if was_busy(now, threads, processors) or was_busy(before, threads, processors):
+        pairs.append((processor_of(now, threads, OURS), processor_of(before, threads, OURS)))
     ratios = [spread.median(one) / spread.median(other) for one, other in pairs]
-    differ = all(spread.differ(one, other) for one, other in pairs) and (ratios[0] > 1) == (ratios[1] > 1)
+    differ = all(spread.differ(one, other) for one, other in pairs) and len({ratio > 1 for ratio in ratios}) == 1
     kind = "same" if not differ else "slower" if ratios[0] > 1 else "faster"
     return {"ratio": ratios[0], "ratio in copies": ratios[1], "verdict": kind,
             "now": spread.describe(pairs[0][0]), "before": spread.describe(pairs[0][1])}
@@ -46,7 +54,7 @@ def compare(now, before):
             found.append({"key": row["key"], "verdict": "new"})
             continue
         for threads in now["threads"]:
-            one = verdict(row, earlier[row["key"]], threads)
+            one = verdict(row, earlier[row["key"]], threads, now["machine"]["processors"])
             if one:
                 found.append({"key": row["key"], "threads": threads, **one})
     keys = {row["key"] for row in now["rows"]}

@@ -95,6 +95,15 @@ def spread_text(times):
     return f"{time_text(spread.median(times))} {noise_text(times)}"
 
 
+def busy_text(run):
+    """What must be said of a run on a machine that had other work; nothing where it had none."""
+    load, processors = run["load"], run["machine"]["processors"]
+    if load["highest"] <= processors + 1:
+        return ""
+    return (f"The machine had other work: its load was {load['lowest']:.1f} to {load['highest']:.1f} on {processors} "
+            "processors. Long calls waited for their turn, short ones did not; ratios of times of the clock say little.")
+
+
 def counts(run, threads):
     """How many rows end how beside the fastest peer."""
     found = dict.fromkeys(KINDS, 0)

@@ -10,9 +10,9 @@ METHOD = """
 All contenders of a row compute the same samples in one process, in turns: a copy, a streaming copy, valuenodes, one peer
 after the other, and again, each round beginning with another one. The first call of each is not counted, and a call that
 takes less than 20 ms is made once before it is timed, so that each finds its own memory in the caches as far as it fits.
-Times are those of the clock from call to result. ± is half of the middle half of the times, as a share of their median. Two contenders
-are called different where their medians are further apart than both middle halves together and than 3 %, and nine of
-ten pairs of their times are in the same order.
+Times are those of the clock from call to result. ± is half of the middle half of the times, as a share of their median.
+Two contenders are called different where their medians are further apart than both middle halves together and than 3 %,
+and nine of ten pairs of their times are in the same order.
 
 The ceiling of a row is the time in which its bytes could be moved: the faster of a plain copy and one that is written
 past the caches, by the same number of threads and in the same rounds, for the images that the row must read or write at
@@ -76,13 +76,13 @@ def summary_cards(run, threads):
     multiples = [figures.multiple(row, threads, figures.OURS) for row in run["rows"]]
     multiples = [one for one in multiples if one is not None]
     cards = (
-        (sum(one <= 1.5 for one in multiples), f"of {len(multiples)} rows within 1.5 times of moving their bytes"),
-        (count["faster"], "rows faster than every peer"),
-        (count["even"], "no further from the fastest peer than their spread"),
-        (count["slower"], "slower than the fastest peer"),
-        (count["alone"], "without a peer"),
+        (sum(one <= 1.5 for one in multiples), "", f"of {len(multiples)} rows within 1.5 times of moving their bytes"),
+        (count["faster"], "faster", "rows faster than every peer"),
+        (count["even"], "", "no further from the fastest peer than their spread"),
+        (count["slower"], "slower", "slower than the fastest peer"),
+        (count["alone"], "soft", "without a peer"),
     )
-    return tag("div", "".join(card(f"<b>{one}</b>{text}") for one, text in cards), "cards")
+    return tag("div", "".join(card(tag("b", one, kind) + text) for one, kind, text in cards), "cards")
 
 
 def peer_swarm(run, threads):
@@ -97,7 +97,9 @@ def peer_swarm(run, threads):
         return card("No peer was measured.")
     low = min(0.1, *(one for one, _, _ in points)) * 0.9
     high = max(10, *(one for one, _, _ in points)) * 1.1
-    return card(svg.swarm(points, low, high))
+    note = ("Each dot is a row, at our speed beside that of its fastest peer; grey ones are no further from it than "
+            "their spread. A dot says its name when it is pointed at.")
+    return card(svg.swarm(points, low, high) + tag("p", note, "soft"))
 
 
 def slower_list(run, threads):
@@ -187,6 +189,7 @@ def make(run, found=None, before=None):
         f"{run['load']['lowest']:.1f} to {run['load']['highest']:.1f}.")
     body = [
         tag("h1", "Value beside the ceiling and beside others"), tag("p", escape(introduction), "soft"),
+        tag("p", escape(figures.busy_text(run)), "off"),
         tabs(run), per_threads(run, lambda threads: summary_cards(run, threads) + peer_swarm(run, threads)),
         comparison(found, before),
         tag("h2", "Where another is faster"), per_threads(run, lambda threads: slower_list(run, threads)),

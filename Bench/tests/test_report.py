@@ -17,7 +17,7 @@ BENCH = Path(__file__).resolve().parents[1]
 BUILD = os.environ["VALUE_BENCH_BUILD"]
 sys.path.insert(0, str(BENCH))
 
-from report import compare, figures, measure, rows_table, spread  # noqa: E402
+from report import compare, figures, measure, page, rows_table, spread  # noqa: E402
 
 
 def run_bench(*words):
@@ -171,7 +171,8 @@ def slower(run, key, factor):
     for row in changed["rows"]:
         if row["key"] == key:
             for one in row["threads"].values():
-                one["times"]["valuenodes"] = [time * factor for time in one["times"]["valuenodes"]]
+                for clock in ("times", "processor"):
+                    one[clock]["valuenodes"] = [time * factor for time in one[clock]["valuenodes"]]
     return changed
 
 
@@ -180,7 +181,9 @@ def steady(run):
     changed = copy.deepcopy(run)
     for row in changed["rows"]:
         for one in row["threads"].values():
-            one["times"] = {name: [spread.median(times)] * 9 for name, times in one["times"].items()}
+            one["load"] = 1.0
+            for clock in ("times", "processor"):
+                one[clock] = {name: [spread.median(times)] * 9 for name, times in one[clock].items()}
     return changed
 
 
@@ -190,8 +193,9 @@ def noisy(run, seed, deviation=0.05, machine=1.0):
     changed = copy.deepcopy(run)
     for row in changed["rows"]:
         for one in row["threads"].values():
-            for name, times in one["times"].items():
-                one["times"][name] = [time * machine * generator.lognormvariate(0, deviation) for time in times]
+            for clock in ("times", "processor"):
+                for name, times in one[clock].items():
+                    one[clock][name] = [time * machine * generator.lognormvariate(0, deviation) for time in times]
     return changed
 
 
@@ -232,6 +236,26 @@ def test_a_machine_that_is_slower_as_a_whole_is_no_difference(run):
     before = steady(run)
     for seed in range(20):
         assert verdicts(noisy(before, seed, machine=1.4), noisy(before, seed + 1000)) == []
+
+
+def test_a_call_that_waits_for_a_processor_on_a_busy_machine_is_no_difference(run):
+    before = steady(run)
+    waits = slower(before, "Arithmetic/add", 3)
+    for row, other in zip(waits["rows"], before["rows"], strict=True):
+        for threads, one in row["threads"].items():
+            one["processor"] = other["threads"][threads]["processor"]
+    # On a machine that has nothing else to do it is one: work that was shared by threads is not any more.
+    assert {key for key, _ in verdicts(waits, before)} == {"Arithmetic/add"}
+    for row in waits["rows"]:
+        for one in row["threads"].values():
+            one["load"] = waits["machine"]["processors"] + 2
+    assert verdicts(waits, before) == []
+    # One that needs more of the processors is told even then.
+    more = slower(before, "Arithmetic/add", 3)
+    for row in more["rows"]:
+        for one in row["threads"].values():
+            one["load"] = more["machine"]["processors"] + 2
+    assert {key for key, _ in verdicts(more, before)} == {"Arithmetic/add"}
 
 
 def test_two_percent_are_never_a_difference(run):
@@ -294,6 +318,16 @@ def test_what_cannot_be_compared_is_said_before_anything_is_measured(run, tmp_pa
     assert done.returncode == 2
     assert done.stderr.startswith("bench: ") and done.stderr.count("\n") == 1
     assert not Path(tmp_path, "out").exists()
+
+
+def test_a_run_on_a_busy_machine_says_so(run):
+    machine = {**run["machine"], "processors": 2}
+    quiet = {**run, "load": {"before": 0.1, "lowest": 0.1, "highest": 2.1}, "machine": machine}
+    assert figures.busy_text(quiet) == ""
+    busy = {**quiet, "load": {"before": 0.1, "lowest": 0.1, "highest": 9.5}}
+    assert figures.busy_text(busy).startswith("The machine had other work: its load was 0.1 to 9.5 on 2 processors.")
+    assert "The machine had other work" in page.make(busy)
+    assert "The machine had other work" not in page.make(quiet)
 
 
 # ---- Numbers ----
