@@ -69,6 +69,10 @@ struct Vertex : AcyclicGraph::Vertex {
   std::size_t uses = 0;
   // The last one that was found to need them.
   Vertex* user = nullptr;
+  // The one that is evaluated next.
+  Vertex* next = nullptr;
+  // Whether its image, which is pending, is computed from more than one.
+  bool holds_several = false;
   bool requested = false;
 
   [[nodiscard]] Image* GetOverride(unsigned outplug) const {
@@ -274,6 +278,7 @@ class Engine::Graph {
   Outcome Evaluate(const std::vector<Request>& requests, const Options& options) {
     const ScEng::SampleMemoryScope memory;
     const std::vector<Vertex*> order = Plan(requests);
+    for (std::size_t i = 1; i < order.size(); ++i) order[i - 1]->next = order[i];
     std::size_t done = 0;
     const auto release_waiting = [&](std::size_t count) {
       if (!options.release_results) return;
@@ -353,6 +358,8 @@ class Engine::Graph {
     vertex.requested = false;
     vertex.uses = 0;
     vertex.user = nullptr;
+    vertex.next = nullptr;
+    vertex.holds_several = false;
     vertex.wanted.assign(vertex.valid.size(), false);
   }
 
@@ -478,11 +485,26 @@ class Engine::Graph {
     return reach == Reach::Samples();
   }
 
+  /// Whether a pending image of the vertex would be computed from more than one image.
+  static bool HoldsSeveral(const Vertex& vertex) {
+    const std::size_t regular_inputs = vertex.node->GetNumRegularInputs();
+    std::size_t images = 0;
+    for (const auto& [place, input] : vertex.inputs) {
+      if (place.first >= regular_inputs) continue;
+      ++images;
+      if (input.From().holds_several && input.From().evaluation == vertex.evaluation) return true;
+    }
+    return images > 1;
+  }
+
   /// Whether the image that a node makes may be a pending one: it is for one other node alone, which computes with it
   /// and no more. Where times are asked for, each node takes its own.
-  static bool MayBePending(const Vertex& vertex, const Options& options) {
+  static bool MayBePending(Vertex& vertex, const Options& options) {
     if (!options.release_results || options.on_timed || vertex.uses != 1 || vertex.requested) return false;
-    return Joins(*vertex.node) && Joins(*vertex.user->node) && ReadsNoRange(*vertex.user->node);
+    if (!Joins(*vertex.node) || !Joins(*vertex.user->node) || !ReadsNoRange(*vertex.user->node)) return false;
+    vertex.holds_several = HoldsSeveral(vertex);
+    // Images are not held in place of a single one while others are made.
+    return !vertex.holds_several || vertex.next == vertex.user;
   }
 
   /// Throws `Stopped`.

@@ -135,6 +135,36 @@ TEST_F(ChainOfEight, JoinsTheSidesOfASum) {
   EXPECT_TRUE(IsSame(result.Get(), graph_.EvaluateEach({sum}).front().Get()));
 }
 
+TEST_F(ChainOfEight, JoinsWithASumInItsMiddle) {
+  Node* const giving = graph_.Add("GivingNode");
+  const float fill = 0.125F;
+  const auto given = ScEng::MakeRef<Image>(MakingNode::kSide, MakingNode::kSide, ColorMode::kValue, &fill);
+  ASSERT_TRUE(graph_.engine.SetOutputOverride(giving, 0, given));
+  Node* const sum = graph_.Add("ImageValueAddNode");
+  graph_.Connect(nodes_.back(), sum, "image", 0);
+  graph_.Connect(giving, sum, "image", 1);
+  Node* const last = AddEight(graph_, sum).back();
+  GetAllocator().Begin();
+  const ImagePtr result = graph_.EvaluateJoined({last}).front();
+  ASSERT_TRUE(result);
+  EXPECT_EQ(GetAllocator().made, 2U);
+  EXPECT_TRUE(IsSame(result.Get(), graph_.EvaluateEach({last}).front().Get()));
+}
+
+TEST_F(ChainOfEight, HoldsNoImagesForLaterInPlaceOfOne) {
+  Node* const sum = graph_.Add("ImageValueAddNode");
+  constexpr unsigned kPairs = 4;
+  for (unsigned i = 0; i < kPairs; ++i) {
+    Node* const product = graph_.AddBehind(graph_.Add("MakingNode"), "ImageValueMultiplyNode");
+    graph_.Connect(graph_.Add("MakingNode"), product, "image", 1);
+    graph_.Connect(graph_.AddBehind(product, "ImageValueSubtractNode"), sum, "image", i);
+  }
+  GetAllocator().Begin();
+  ASSERT_TRUE(graph_.EvaluateJoined({sum}).front());
+  // Three products, and the last one while it is made of two images; then four and their sum.
+  EXPECT_EQ(GetAllocator().most, (kPairs - 1 + 3) * MakingNode::kBytes);
+}
+
 TEST_F(ChainOfEight, PassesThroughANodeThatIsDisabled) {
   nodes_[1]->SetEnabled(false);
   const ImagePtr result = graph_.EvaluateJoined({nodes_.back()}).front();

@@ -71,6 +71,13 @@ Layout MakeLayout(const std::vector<const Image*>& images) {
   return layout;
 }
 
+/// Whether every image is one dense run of the result's samples at the same places.
+bool IsFlat(const std::vector<const Image*>& images, const Layout& layout) {
+  return layout.all_boxes_equal && std::all_of(images.begin(), images.end(), [&](const Image* image) {
+           return image->GetColorMode() == layout.color_mode;
+         });
+}
+
 ImageHeader MakeHeader(const Layout& layout, const Image& first) {
   ImageHeader header = ScEng::PlaceOver(layout.box, first, layout.color_mode);
   if (layout.all_boxes_equal) {
@@ -172,10 +179,8 @@ class Pass {
     channels_ = channels;
     width_ = static_cast<std::size_t>(output.GetSizeX());
     rows_ = static_cast<std::size_t>(output.GetSizeY());
-    const bool one_mode = std::all_of(images.begin(), images.end(),
-                                      [&](const Image* image) { return image->GetColorMode() == layout.color_mode; });
-    if (layout.all_boxes_equal && one_mode) {
-      // Every image is one dense run of samples at the same places: no row ends to stop at.
+    if (IsFlat(images, layout)) {
+      // No row ends to stop at.
       is_flat_ = true;
       width_ *= rows_;
       rows_ = width_ == 0 ? 0 : 1;
@@ -268,7 +273,7 @@ Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation)
   if (images.empty() || any_null || operation == nullptr) return nullptr;
 
   const Layout layout = MakeLayout(images);
-  const ImageHeader header = MakeHeader(layout, *images.front());
+  ImageHeader header = MakeHeader(layout, *images.front());
   const ValueOperationLoops loops = GetLoops(*operation);
   const bool single = images.size() == 1;
   ImagePtr settled;
@@ -280,9 +285,10 @@ Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation)
     }
     StoreRange(images.front()->GetSampleRange(), *operation);
   }
-  if (single && ScEng::PendingScope::IsOn()) {
+  if (!single) header.outside_value = FoldOutsideValues(images, *operation);
+  if (ScEng::PendingScope::IsOn() && IsFlat(images, layout)) {
     std::unique_ptr<Image> pending =
-        ScEng::NullIfOversize([&] { return PendingSamples::MakeImage(header, *images.front(), *operation, loops); });
+        ScEng::NullIfOversize([&] { return PendingSamples::MakeImage(header, images, *operation, loops); });
     if (pending) return pending.release();
   }
   std::unique_ptr<Image> output(ScEng::NullIfOversize([&] { return new Image(header, nullptr); }));
@@ -297,6 +303,5 @@ Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation)
 
   output->SetValueLowHigh(ranges.output.IsEmpty() ? 0.0F : ranges.output.low,
                           ranges.output.IsEmpty() ? 0.0F : ranges.output.high);
-  if (!single) output->SetOutsideValue(FoldOutsideValues(images, *operation));
   return output.release();
 }

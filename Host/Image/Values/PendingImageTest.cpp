@@ -235,6 +235,38 @@ TEST_F(PendingImages, SettleOnlyWhereTheyArePending) {
   EXPECT_EQ(settled->GetConstArray()[1], image->GetConstArray()[1] + 1.0F);
 }
 
+TEST_F(PendingImages, AreFoldedThemselvesWhereTheyLieAtOnePlace) {
+  const ImagePtr image = MakeRow({1.0F, 2.0F});
+  const ImagePtr other = MakeRow({10.0F, 20.0F});
+  other->SetOutsideValue(3.0F);
+  Sum sum(0.0F);
+  const ImagePtr first = AddLater(image, 0.5F);
+  ImagePtr folded;
+  {
+    const PendingScope scope(true);
+    folded = Now({first.Get(), other.Get(), image.Get()}, sum);
+    EXPECT_FALSE(IsPending(*Now({other.Get(), first.Get()}, sum))) << "the second one is pending";
+    const ImagePtr moved = MakeRow({7.0F, 8.0F});
+    moved->SetPin(1, 0);
+    EXPECT_FALSE(IsPending(*Now({other.Get(), moved.Get()}, sum)));
+  }
+  ASSERT_TRUE(IsPending(*folded));
+  EXPECT_EQ(folded->GetOutsideValue(), 3.0F);
+  EXPECT_EQ(other->GetRefCount(), 2U);
+  const ImagePtr last = AddLater(folded, 100.0F);
+  EXPECT_TRUE(HoldsSamples(ScEng::Settle(*last).Get(), {112.5F, 124.5F}));
+}
+
+TEST_F(PendingImages, AreFetchedPieceByPiece) {
+  const ImagePtr image = MakeRow({1.0F, 2.0F, 3.0F});
+  const ImagePtr pending = AddLater(image, 10.0F);
+  float buffer[2] = {};
+  EXPECT_EQ(ScEng::FetchSamples(*image, 1, 2, buffer), image->GetConstArray() + 1);
+  EXPECT_EQ(ScEng::FetchSamples(*pending, 1, 2, buffer), buffer);
+  EXPECT_EQ(buffer[0], 12.0F);
+  EXPECT_EQ(buffer[1], 13.0F);
+}
+
 using PendingImagesDeathTest = PendingImages;
 
 TEST_F(PendingImagesDeathTest, EndTheProgramOfWhoeverReadsTheirSamples) {

@@ -107,42 +107,62 @@ ImagePtr Settle(const Image& image) {
   return settled;
 }
 
+const float* FetchSamples(const Image& image, std::size_t first, std::size_t count, float* buffer) {
+  const PendingSamples* const pending = PendingSamples::Find(image);
+  if (pending == nullptr) return image.GetConstArray() + first;
+  pending->Compute(pending->GetSource() + first, buffer, count);
+  return buffer;
+}
+
 const PendingSamples* PendingSamples::Find(const Image& image) { return GetPlaces().Find(image.GetConstArray()); }
 
-std::unique_ptr<Image> PendingSamples::MakeImage(const ImageHeader& header, const Image& image,
+std::unique_ptr<Image> PendingSamples::MakeImage(const ImageHeader& header, const std::vector<const Image*>& images,
                                                  const ValueOperation& operation, const ValueOperationLoops& loops) {
-  // An image that nobody counts may go while the pending one still needs it.
-  if (loops.one == nullptr || loops.copy == nullptr || image.GetRefCount() == 0) return nullptr;
-  auto pending = std::make_unique<PendingSamples>();
-  if (const PendingSamples* const before = Find(image)) {
-    if (before->stages_.size() >= kMostStages) return nullptr;
-    pending->source_ = before->source_;
-    pending->stages_.reserve(before->stages_.size() + 1);
-    pending->stages_ = before->stages_;
-  } else {
-    pending->source_ = ImagePtr(const_cast<Image*>(&image));
+  if (loops.one == nullptr || loops.two == nullptr || loops.copy == nullptr) return nullptr;
+  const PendingSamples* const before = Find(*images.front());
+  const std::size_t own = std::max<std::size_t>(images.size() - 1, 1);
+  if (own + (before != nullptr ? before->stages_.size() : 0) > kMostStages) return nullptr;
+  for (const Image* image : images) {
+    // An image that nobody counts may go while the pending one still needs it.
+    if (image->GetRefCount() == 0 || (image != images.front() && IsPending(*image))) return nullptr;
   }
-  auto stage = std::make_shared<Stage>();
-  stage->operation.reset(loops.copy(operation));
-  stage->loop = loops.one;
-  pending->stages_.push_back(std::move(stage));
+  auto pending = std::make_unique<PendingSamples>();
+  pending->source_ = before != nullptr ? before->source_ : ImagePtr(const_cast<Image*>(images.front()));
+  if (before != nullptr) pending->stages_ = before->stages_;
+  if (images.size() == 1) pending->AddStage(operation, loops, nullptr);
+  for (std::size_t i = 1; i < images.size(); ++i) pending->AddStage(operation, loops, images[i]);
   float* const address = GetPlaces().Take(pending);
   if (address == nullptr) return nullptr;
   return std::make_unique<Image>(header, SampleBuffer(address, FreeSamples{0, ReleasePlace}));
 }
 
+void PendingSamples::AddStage(const ValueOperation& operation, const ValueOperationLoops& loops, const Image* second) {
+  auto stage = std::make_shared<Stage>();
+  stage->operation.reset(loops.copy(operation));
+  stage->one = loops.one;
+  stage->two = loops.two;
+  stage->second = ImagePtr(const_cast<Image*>(second));
+  stages_.push_back(std::move(stage));
+}
+
 void PendingSamples::Compute(const float* from, float* to, std::size_t count) const {
   alignas(64) std::array<float, kRunSamples> between;
+  std::ptrdiff_t place = from - GetSource();
   while (count > 0) {
     const std::size_t run = std::min(count, kRunSamples);
-    const float* values = from;
+    const float* values = GetSource() + place;
     for (std::size_t i = 0; i < stages_.size(); ++i) {
+      const Stage& stage = *stages_[i];
       // In turn, so that the last one writes to where the samples belong.
       float* const made = (stages_.size() - i) % 2 == 1 ? to : between.data();
-      stages_[i]->loop(*stages_[i]->operation, values, made, run);
+      if (stage.second) {
+        stage.two(*stage.operation, values, stage.second->GetConstArray() + place, made, run);
+      } else {
+        stage.one(*stage.operation, values, made, run);
+      }
       values = made;
     }
-    from += run;
+    place += static_cast<std::ptrdiff_t>(run);
     to += run;
     count -= run;
   }

@@ -16,8 +16,10 @@ class PendingSamples {
  public:
   /// Those of an image; null where it has samples.
   static const PendingSamples* Find(const Image& image);
-  /// An image whose samples are those of `image`, pending or not, after the operation; null where that cannot be.
-  static std::unique_ptr<Image> MakeImage(const ImageHeader& header, const Image& image,
+  /// An image whose samples are those of the images after the operation, its one-value form for one image and the fold
+  /// of its two-value form for several, which lie at one place and have one mode. Only the first may be pending. Null
+  /// where that cannot be.
+  static std::unique_ptr<Image> MakeImage(const ImageHeader& header, const std::vector<const Image*>& images,
                                           const ValueOperation& operation, const ValueOperationLoops& loops);
 
   [[nodiscard]] const float* GetSource() const { return source_->GetConstArray(); }
@@ -28,8 +30,13 @@ class PendingSamples {
  private:
   struct Stage {
     ValueOperationPtr operation;
-    ValueOperationLoops::One loop;
+    ValueOperationLoops::One one;
+    ValueOperationLoops::Two two;
+    // What is folded with; null for a stage of one value.
+    ImagePtr second;
   };
+
+  void AddStage(const ValueOperation& operation, const ValueOperationLoops& loops, const Image* second);
 
   ImagePtr source_;
   // Never empty. The images of a chain share them.

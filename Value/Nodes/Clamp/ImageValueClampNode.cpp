@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Clamp/ImageValueClampNode.h"
 
+#include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "Host/Image/Image.h"
@@ -97,11 +99,24 @@ void ImageValueClampNode::Evaluate(unsigned, const std::vector<PlugValue>& input
   output_.Set(output);
   ScEng::PlaceLike(*image, *output);
 
-  const ImagePtr settled = ScEng::Settle(*image);
-  const float* samples = (settled ? settled.Get() : image)->GetConstArray();
   const auto stride = static_cast<std::size_t>(image->GetNumChannels());
   const std::size_t pixels = output->GetNumSamples();
-  limits = Clamp::OpenSide(limits, sides, samples, stride, pixels);
-  Clamp::Apply(samples, stride, output->GetArray(), pixels, limits, profile);
+  float* const values = output->GetArray();
+  if (sides == Clamp::Sides::kBoth && ScEng::IsPending(*image)) {
+    // A piece stays in the cache from where it is computed to where it is read.
+    constexpr std::size_t kPiece = 512;
+    constexpr std::size_t kMostChannels = 4;
+    std::array<float, kPiece * kMostChannels> buffer;
+    for (std::size_t from = 0; from < pixels; from += kPiece) {
+      const std::size_t count = std::min(kPiece, pixels - from);
+      const float* samples = ScEng::FetchSamples(*image, from * stride, count * stride, buffer.data());
+      Clamp::Apply(samples, stride, values + from, count, limits, profile);
+    }
+  } else {
+    const ImagePtr settled = ScEng::Settle(*image);
+    const float* samples = (settled ? settled.Get() : image)->GetConstArray();
+    limits = Clamp::OpenSide(limits, sides, samples, stride, pixels);
+    Clamp::Apply(samples, stride, values, pixels, limits, profile);
+  }
   output->SetValueLowHigh(limits.low, limits.high);
 }

@@ -3,19 +3,21 @@
 // Images whose samples are not there yet: what lets operations that follow one another be computed in one pass.
 #pragma once
 
+#include <cstddef>
+
 #include "Host/Image/Api.h"
 #include "Host/Image/Image.h"
 
 namespace ScEng {
 
-/// While one lasts that is on, `ComputeValue` of one image answers on this thread with a pending image where it can:
-/// one with all of its header but the declared range, which holds the image that it is computed from and the operation
-/// in place of samples. Of the operation it keeps a copy, in which `min` and `max` are set only where the formula reads
-/// them; the caller's own is left as it is otherwise.
+/// While one lasts that is on, `ComputeValue` answers on this thread with a pending image where it can: one with all of
+/// its header but the declared range, which holds the images that it is computed from and the operation in place of
+/// samples. Of the operation it keeps a copy. It can for one image, and for several of one mode that lie at one place
+/// and of which none but the first is pending.
 ///
-/// A pending image may be given to `ComputeValue`, as often as one likes, and to `Settle`. Its samples and its declared
-/// range are not to be read: the former ends the program. So a scope is for whoever knows that the one who gets the
-/// image does nothing else with it. It lives on the thread that made it.
+/// A pending image may be given to `ComputeValue`, as often as one likes, to `Settle` and `FetchSamples`. Its samples
+/// and its declared range are not to be read: the former ends the program. So a scope is for whoever knows that the one
+/// who gets the image does nothing else with it. It lives on the thread that made it.
 class HOST_IMAGE_API PendingScope {
  public:
   explicit PendingScope(bool is_on);
@@ -39,5 +41,9 @@ inline bool IsJoined(const Image& image) { return PendingScope::IsOn() || IsPend
 /// A new image with the header and the samples of a pending one; null for one that has its samples. Throws what the
 /// constructors of `Image` throw.
 HOST_IMAGE_API ImagePtr Settle(const Image& image);
+
+/// `count` samples of an image from the `first` one on: where they are, or in `buffer`, which they are computed into,
+/// for a pending image. For a node that reads them a piece at a time.
+HOST_IMAGE_API const float* FetchSamples(const Image& image, std::size_t first, std::size_t count, float* buffer);
 
 }  // namespace ScEng
