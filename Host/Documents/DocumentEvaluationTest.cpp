@@ -94,6 +94,17 @@ TEST_F(DocumentEvaluationTest, RunsWriteFromImagesThatStandIn) {
   EXPECT_TRUE(report.outputs[1].written);
 }
 
+TEST_F(DocumentEvaluationTest, RunsWriteWhatIsUpToDate) {
+  LoadGood(MakeText("{'id': 'r', 'type': 'ImageRectangleNode'}, {'id': 'add', 'type': 'ImageValueAddNode'}", kLink,
+                    "{'from': 'add.image', 'path': 'a.exr'}, {'from': 'r.image', 'path': 'r.exr'}"));
+  const std::vector<float> sum = Evaluate("add.image");
+  const RunReport report = document_.Run();
+  EXPECT_EQ(report.failure, RunFailure::kNone);
+  EXPECT_TRUE(report.outputs[0].written);
+  EXPECT_TRUE(report.outputs[1].written);
+  EXPECT_EQ(ReadSamples("a.exr"), sum);
+}
+
 TEST_F(DocumentEvaluationTest, AnOutputWithoutAnImageNamesTheInputThatIsNotConnected) {
   // Of three nodes in a row the first one lacks its image; the last one has several outputs.
   LoadGood(

@@ -74,18 +74,27 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
     WriteOutput(i, content_.sources.at({output.entry->node, output.outplug}).Get());
   }
 
-  options.on_evaluated = [&](Node& node, std::size_t done, std::size_t total) {
+  const auto write_outputs = [&](Node& node) {
     ReportState(node);
-    const auto outputs = outputs_of.find(&node);
-    if (outputs != outputs_of.end() && !node.IsInError() && !content_.engine.IsBlocked(&node)) {
-      for (const std::size_t i : outputs->second) {
-        WriteOutput(i, content_.engine.GetOutputImage(&node, content_.output_entries[i].outplug));
-      }
+    const auto outputs = outputs_of.extract(&node);
+    if (outputs.empty() || node.IsInError() || content_.engine.IsBlocked(&node)) return;
+    for (const std::size_t i : outputs.mapped()) {
+      WriteOutput(i, content_.engine.GetOutputImage(&node, content_.output_entries[i].outplug));
     }
+  };
+  options.on_evaluated = [&](Node& node, std::size_t done, std::size_t total) {
+    write_outputs(node);
     if (progress) progress(node.GetLabel(), done, total);
     if (on_evaluated) on_evaluated(node, done, total);
   };
   Evaluate(requests, options);
+  if (!report_.canceled) {
+    // Nodes that were up to date are not evaluated again.
+    for (const std::string& id : content_.ids) {
+      Node* const node = content_.Find(id)->node;
+      if (outputs_of.contains(node)) write_outputs(*node);
+    }
+  }
   if (!report_.canceled) WritePending();
   report_.written = pending_.GetWritten();
   return std::move(report_);
