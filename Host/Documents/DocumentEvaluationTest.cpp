@@ -112,15 +112,15 @@ TEST_F(DocumentEvaluationTest, AnOutputWithoutAnImageNamesTheInputThatIsNotConne
                "{'id': 'slope', 'type': 'ImageComputeGradientNode'}",
                "{'from': 'clamp.image', 'to': 'relief.image'}, {'from': 'relief.image', 'to': 'slope.image'}",
                "{'from': 'slope.output_x', 'path': 'x.exr'}, {'from': 'relief.image', 'path': 'r.exr'}"));
+  const RunReport run = document_.Run();
+  const std::string cause = R"( is not written: nothing is connected to "image" of node "clamp")";
+  ASSERT_EQ(run.findings.errors.size(), 2U) << testing::PrintToString(run.findings.errors);
+  for (const std::string& error : run.findings.errors) EXPECT_TRUE(Contains(error, cause)) << error;
   RunReport report;
   EXPECT_FALSE(document_.Evaluate("slope.output_y", report));
   EXPECT_EQ(report.findings.errors,
             (std::vector<std::string>{R"(output "slope.output_y" has no image: nothing is connected to "image" of )"
                                       R"(node "clamp")"}));
-  const RunReport run = document_.Run();
-  const std::string cause = R"( is not written: nothing is connected to "image" of node "clamp")";
-  ASSERT_EQ(run.findings.errors.size(), 2U) << testing::PrintToString(run.findings.errors);
-  for (const std::string& error : run.findings.errors) EXPECT_TRUE(Contains(error, cause)) << error;
 }
 
 TEST_F(DocumentEvaluationTest, SourcesNameImageOutputs) {

@@ -23,7 +23,7 @@ bool IsElf(const std::filesystem::path& file) {
 
 std::string DescribeLoadProblem(const std::filesystem::path& file) {
   const char* const reason = dlerror();
-  if (!IsElf(file)) return "it is no shared library, whose content is in the format ELF";
+  if (!IsElf(file)) return "it is not a shared library, as its content is not in the format ELF";
   return reason != nullptr ? reason : "unknown";
 }
 

@@ -89,7 +89,7 @@ TEST(NodeLibrary, FolderInsteadOfAFile) {
 TEST(NodeLibrary, TextInsteadOfALibrary) {
   const Testing::TemporaryFolder folder;
   Testing::WriteText(folder / "letter.so", "Dear host, I am no library.\n");
-  EXPECT_TRUE(Contains(Failure(folder / "letter.so"), "cannot be loaded: it is no shared library"));
+  EXPECT_TRUE(Contains(Failure(folder / "letter.so"), "cannot be loaded: it is not a shared library"));
   Testing::WriteText(folder / "empty.so", "");
   Failure(folder / "empty.so");
 }

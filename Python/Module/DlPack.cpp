@@ -4,8 +4,10 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <utility>
 
+#include "Python/Module/AttributeValue.h"
 #include "Python/Module/SharedImage.h"
 
 namespace py = pybind11;
@@ -101,20 +103,28 @@ py::capsule MakeCapsule(void* pointer, const char* name, PyCapsule_Destructor de
   return py::reinterpret_steal<py::capsule>(capsule);
 }
 
+std::pair<int, int> ReadTwo(const py::object& given, const char* name) {
+  try {
+    return given.cast<std::pair<int, int>>();
+  } catch (const py::cast_error&) {
+    throw py::type_error(std::string("__dlpack__: ") + name + " takes two whole numbers, not " + NameType(given));
+  }
+}
+
 }  // namespace
 
 py::capsule MakeDlPack(const py::object& image, const py::object& stream, const py::object& max_version,
                        const py::object& device, const py::object& copy) {
-  if (!stream.is_none() && stream.cast<int>() != -1) {
+  if (!stream.is_none() && !(IsNumber(stream) && ToDouble(stream) == -1.0)) {
     throw py::value_error("an image lies in the processor's memory, where there are no streams");
   }
-  if (!device.is_none() && device.cast<std::pair<int, int>>() != std::pair(1, 0)) {
+  if (!device.is_none() && ReadTwo(device, "dl_device") != std::pair(1, 0)) {
     throw py::buffer_error("an image lies in the processor's memory, and on no other device");
   }
   const bool copies = !copy.is_none() && copy.cast<bool>();
   const py::object source = copies ? image.attr("__deepcopy__")(py::dict()) : image;
   const auto& shared = source.cast<const SharedImage&>();
-  const bool is_versioned = !max_version.is_none() && max_version.cast<std::pair<int, int>>().first >= 1;
+  const bool is_versioned = !max_version.is_none() && ReadTwo(max_version, "max_version").first >= 1;
   if (!is_versioned) {
     auto made = MakeExport<DlManaged>(shared);
     const py::capsule capsule =

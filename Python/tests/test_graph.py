@@ -384,6 +384,26 @@ def test_a_run_writes_outputs_and_says_what(tmp_path):
     assert vn.read(tmp_path / "w.exr").size == (6, 4)
 
 
+def test_a_run_writes_all_outputs_after_results_were_kept(tmp_path):
+    graph = vn.Graph()
+    graph.add("Image Waves", "w", frame=(0, 0, 6, 4))
+    graph.add("Value Add", "sum", constant=0.5)
+    graph.connect("w", "sum")
+    for name in ("w", "sum"):
+        graph.add_output(name, tmp_path / f"{name}.exr")
+    kept = graph.evaluate("sum", keep=True)
+    assert sorted(os.path.basename(file.path) for file in graph.run()) == ["sum.exr", "w.exr"]
+    assert np.array_equal(np.asarray(vn.read(tmp_path / "sum.exr")), np.asarray(kept))
+    # Nor is a node that has failed before passed over.
+    graph.add("Image Reader", "r", path=str(tmp_path / "gone.exr"))
+    graph.add_output("r", tmp_path / "r.exr")
+    with pytest.raises(vn.FileError):
+        graph.evaluate("r", keep=True)
+    with pytest.raises(vn.FileError, match="gone.exr") as raised:
+        graph.run()
+    assert len(raised.value.written) == 2
+
+
 def test_relative_outputs_start_at_the_saved_document(tmp_path):
     graph = vn.Graph()
     graph.add("Image Waves", "w", frame=(0, 0, 6, 4))

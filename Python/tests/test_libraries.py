@@ -173,4 +173,4 @@ def test_a_text_is_no_library(tmp_path):
     for trust in (False, True):
         with pytest.raises(vn.ValueNodesError) as raised:
             vn.load_library(tmp_path / "text.so", trust=trust)
-        assert "text.so" in str(raised.value) and "it is no shared library" in str(raised.value)
+        assert "text.so" in str(raised.value) and "it is not a shared library" in str(raised.value)

@@ -93,6 +93,17 @@ def replace(**facts):
             "from_dlpack: object is what has __dlpack__, such as a tensor in the processor's memory, not int",
         ),
         (lambda: vn.Image.from_dlpack(H, 3), TypeError, None),
+        (lambda: IMAGE.__dlpack__(stream="x"), ValueError, None),
+        (
+            lambda: IMAGE.__dlpack__(dl_device="cpu"),
+            TypeError,
+            "__dlpack__: dl_device takes two whole numbers, not str",
+        ),
+        (
+            lambda: IMAGE.__dlpack__(max_version=1),
+            TypeError,
+            "__dlpack__: max_version takes two whole numbers, not int",
+        ),
         (lambda: vn.add(H, H, np.zeros(3)), ValueError, "add: image 3: " + FLAT),
         (lambda: vn.add(H, [1]), TypeError, "add: image 2 takes an image or array, not list"),
         (lambda: vn.relief(np.zeros(3)), ValueError, "relief: image: " + FLAT),
