@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """The nodes that compute sample by sample once more, as plain numpy written from their rules, without regard to speed.
 
-Single precision stays single precision, in the order of the rules: results are the same to the bit. What the rules have
-the C library compute in double precision, the C library computes here too, sample by sample, and it is narrowed then.
+Single precision stays single precision, in the order of the rules: results are the same to the bit. Functions are the C
+library's, in double precision, sample by sample, and narrowed then: the nearest float at all but a few of all arguments,
+which Docs/Functions.md names.
 """
 
 import ctypes
