@@ -116,6 +116,20 @@ const std::vector<std::pair<const char*, std::function<float(int x, int y, Rando
        if (pick < 0.05F) return -kLargest;
        return pick < 0.06F ? -0.0F : random.Next();
      }},
+    // With a radius of 16 and the profile of the same name, bumps on which those of many pixels meet.
+    {"Bells",
+     [](int x, int y, Random&) {
+       const double t = std::min(1.0, std::hypot(x % 18 - 9, y % 20 - 8) / 16.0);
+       return static_cast<float>(1.0 - t * t * (3.0 - 2.0 * t));
+     }},
+    {"Domes",
+     [](int x, int y, Random&) {
+       const double t = std::min(1.0, std::hypot(x % 22 - 9, y % 17 - 8) / 16.0);
+       return static_cast<float>(0.875 * std::sqrt(1.0 - t * t));
+     }},
+    {"Neighbors", [](int x, int y, Random&) { return (x * y + x) % 3 == 0 ? 0.5F : std::nextafter(0.5F, 1.0F); }},
+    {"Checkerboard", [](int x, int y, Random&) { return (x + y) % 2 == 0 ? 0.25F : 0.75F; }},
+    {"Spike", [](int x, int y, Random&) { return x == 20 && y == 11 ? 0.9375F : 0.125F; }},
 };
 
 Scene MakeScene(int width, int height, std::size_t kind, std::uint32_t seed) {
@@ -252,6 +266,26 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForEveryKindOfMask) {
           ExpectSameAsReference(scene);
         }
       }
+    }
+  }
+}
+
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForGentleSlopes) {
+  // As on a terrain, the bumps of many pixels are nearly the highest.
+  Scene scene = MakeScene(90, 70, 0, 5);
+  Random random(9);
+  for (std::size_t i = 0; i < scene.mask.size(); ++i) {
+    const auto x = static_cast<double>(i % 90);
+    const auto y = static_cast<double>(i / 90);
+    const double hill = std::sin(0.06 * x) * std::cos(0.05 * y) + 0.2 * std::sin(0.3 * x + 0.2 * y);
+    scene.mask[i] = static_cast<float>(0.5 + 0.35 * hill) + 0.004F * random.Next();
+  }
+  for (const int radius : {40, 90}) {
+    for (const ReliefProfile profile : kProfiles) {
+      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
+      scene.radius = radius;
+      scene.profile = profile;
+      ExpectSameAsReference(scene);
     }
   }
 }

@@ -89,6 +89,7 @@ class Leaf {
  private:
   /// Each pixel starts from its own bump, so that what raises it is one pixel away at least.
   static constexpr float kNearest = 1.0F;
+  static constexpr std::array<float, Tree::kSplit> kOffsets = {0.0F, 1.0F, 2.0F, 3.0F};
   static constexpr float kDone = std::numeric_limits<float>::infinity();
   /// Squares of whole distances up to this are exact in single precision.
   static constexpr float kLargestExact = 4096.0F;
@@ -172,56 +173,124 @@ class Leaf {
     return x * x + y * y < reach_;
   }
 
-  /// Whether a block of a side, with its corner at (x, y), may hold a bump that raises a pixel, for each column of the
+  /// Whether a block of a side, with its corner at (x, y), may hold a bump that raises a pixel, for each pixel of the
   /// group on its own.
-  HWY_INLINE bool MayRaiseColumn(float highest, float x, float y, float side) const {
+  HWY_INLINE bool MayRaisePixel(float highest, float x, float y, float side) const {
     const D d;
     const std::size_t lanes = hn::Lanes(d);
-    const V zero = hn::Zero(d);
     const auto prepared = profile_.Prepare(hn::Set(d, highest));
-    const float dy = std::max({0.0F, y - bottom_, top_ - (y + side - 1.0F)});
-    const V dy2 = hn::Set(d, dy * dy);
     for (std::size_t i = 0; i < kLeafColumns; i += lanes) {
       const V from_left = hn::Add(hn::Iota(d, static_cast<float>(i)), hn::Set(d, left_ - x));
       const V from_right = hn::Sub(from_left, hn::Set(d, side - 1.0F));
-      const V dx = hn::Max(zero, hn::Max(from_right, hn::Neg(from_left)));
-      const V d2 = hn::Max(hn::Add(Square(dx), dy2), hn::Set(d, kNearest));
-      const V excess = profile_.Excess(prepared, d2, hn::Load(d, column_guards_.data() + i));
-      if (!hn::AllFalse(d, hn::Gt(excess, zero))) return true;
+      const V dx = hn::Max(hn::Zero(d), hn::Max(from_right, hn::Neg(from_left)));
+      const auto beside = profile_.Approach(prepared, Square(dx));
+      std::array<M, kLeafRows> is_above;
+      for (std::size_t row = 0; row < kLeafRows; ++row) {
+        const float from_top = top_ - y + static_cast<float>(row);
+        const float dy = std::max({0.0F, -from_top, from_top - (side - 1.0F)});
+        is_above[row] =
+            profile_.IsAbove(beside, hn::Set(d, dy * dy), hn::Load(d, guards_.data() + row * kLeafColumns + i));
+      }
+      if (!AreAllFalse(is_above)) return true;
     }
     return false;
+  }
+
+  static HWY_INLINE bool AreAllFalse(const std::array<M, kLeafRows>& rows) {
+    static_assert(kLeafRows == 5);
+    const M upper = hn::Or(rows[0], rows[1]);
+    const M lower = hn::Or(rows[2], hn::Or(rows[3], rows[4]));
+    return hn::AllFalse(D(), hn::Or(upper, lower));
   }
 
   /// Raises the pixels that the bump raises.
   HWY_INLINE void Try(const Bump& bump, Raisers& raisers) {
     const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    const V zero = hn::Zero(d);
-    const V nearest = hn::Set(d, kNearest);
     const auto prepared = profile_.Prepare(hn::Set(d, bump.q));
     // Most bumps that get here raise nothing, and one comparison for each column as a whole tells.
     const float outside_y = std::max({0.0F, bump.y - bottom_, top_ - bump.y});
-    const V outside_y2 = hn::Set(d, outside_y * outside_y);
     bool raised = false;
-    for (std::size_t i = 0; i < kLeafColumns; i += lanes) {
+    for (std::size_t i = 0; i < kLeafColumns; i += hn::Lanes(d)) {
       const V dx = hn::Add(hn::Iota(d, static_cast<float>(i)), hn::Set(d, left_ - bump.x));
-      const V dx2 = Square(dx);
-      const V column_d2 = hn::Max(hn::Add(dx2, outside_y2), nearest);
-      const V column_excess = profile_.Excess(prepared, column_d2, hn::Load(d, column_guards_.data() + i));
-      if (HWY_LIKELY(hn::AllFalse(d, hn::Gt(column_excess, zero)))) continue;
-      const float dy0 = top_ - bump.y;
-      for (int row = 0; row < kLeafRows; ++row) {
-        const float dy = dy0 + static_cast<float>(row);
-        const std::size_t at = static_cast<std::size_t>(row) * kLeafColumns + i;
-        const V d2 = hn::Max(hn::Add(dx2, hn::Set(d, dy * dy)), nearest);
-        const V excess = profile_.Excess(prepared, d2, hn::Load(d, guards_.data() + at));
-        if (hn::AllFalse(d, hn::Gt(excess, zero))) continue;
-        raised |= Raise(hn::Set(d, bump.q), HWY_LIKELY(is_exact_) ? d2 : GetRoundedSquares(dx, dy), at);
-      }
+      if (HWY_LIKELY(IsBelowColumns(prepared, Square(dx), outside_y * outside_y, i))) continue;
+      raised |= RaiseColumns(prepared, bump, dx, i);
     }
-    if (!raised) return;
+    if (raised) Keep(bump, raisers);
+  }
+
+  void Keep(const Bump& bump, Raisers& raisers) {
     raisers.Add(bump);
     UpdateLeast();
+  }
+
+  /// Whether a bump raises nothing in the columns from `column` on, as far as a look at each of them as a whole tells.
+  HWY_INLINE bool IsBelowColumns(const typename ProfileOf::Prepared& bump, V dx2, float outside_y2,
+                                 std::size_t column) const {
+    const D d;
+    const V d2 = hn::Max(hn::Add(dx2, hn::Set(d, outside_y2)), hn::Set(d, kNearest));
+    const V excess = profile_.Excess(bump, d2, hn::Load(d, column_guards_.data() + column));
+    return hn::AllFalse(d, hn::Gt(excess, hn::Zero(d)));
+  }
+
+  /// Raises what a bump raises in the columns from `column` on, which it is `dx` away from; says whether that is any.
+  HWY_INLINE bool RaiseColumns(const typename ProfileOf::Prepared& prepared, const Bump& bump, V dx,
+                               std::size_t column) {
+    const D d;
+    const V dx2 = Square(dx);
+    const float dy0 = top_ - bump.y;
+    bool raised = false;
+    for (int row = 0; row < kLeafRows; ++row) {
+      const float dy = dy0 + static_cast<float>(row);
+      const std::size_t at = static_cast<std::size_t>(row) * kLeafColumns + column;
+      const V d2 = hn::Max(hn::Add(dx2, hn::Set(d, dy * dy)), hn::Set(d, kNearest));
+      const V excess = profile_.Excess(prepared, d2, hn::Load(d, guards_.data() + at));
+      if (HWY_LIKELY(hn::AllFalse(d, hn::Gt(excess, hn::Zero(d))))) continue;
+      raised |= Raise(hn::Set(d, bump.q), HWY_LIKELY(is_exact_) ? d2 : GetRoundedSquares(dx, dy), at);
+    }
+    return raised;
+  }
+
+  /// Tries the pixels of a block of level 1 whose corner is at (x, y).
+  HWY_INLINE void TryPixels(std::size_t block, float x, float y, Raisers& raisers) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    const float* highest = tree_.levels[0].get() + block * Tree::kChildren;
+    unsigned found = FindChildren<0>(highest, x, y);
+    if (found == 0) return;
+    typename ProfileOf::Table table;
+    for (std::size_t i = 0; i < Tree::kChildren; i += lanes) profile_.Prepare(hn::Load(d, highest + i), i, table);
+    // The squares of the steps from one of the block's rows to one of the group's, from the least step on.
+    constexpr int kSteps = Tree::kSplit + kLeafRows - 1;
+    std::array<float, kSteps> dy2;
+    for (int i = 0; i < kSteps; ++i) {
+      const float dy = top_ - y + static_cast<float>(i - (Tree::kSplit - 1));
+      dy2[static_cast<std::size_t>(i)] = dy * dy;
+    }
+    for (; found != 0; found &= found - 1) {
+      const auto child = static_cast<unsigned>(std::countr_zero(found));
+      const float child_x = x + kOffsets[child % Tree::kSplit];
+      const float* child_dy2 = dy2.data() + (Tree::kSplit - 1 - child / Tree::kSplit);
+      const auto prepared = profile_.Get(table, child);
+      bool raised = false;
+      for (std::size_t i = 0; i < kLeafColumns; i += lanes) {
+        const V dx = hn::Add(hn::Iota(d, static_cast<float>(i)), hn::Set(d, left_ - child_x));
+        const V dx2 = Square(dx);
+        const auto beside = profile_.Approach(prepared, dx2);
+        std::array<M, kLeafRows> is_above;
+        for (std::size_t row = 0; row < kLeafRows; ++row) {
+          const V guard = hn::Load(d, guards_.data() + row * kLeafColumns + i);
+          is_above[row] = profile_.IsAbove(beside, hn::Set(d, child_dy2[row]), guard);
+        }
+        if (HWY_LIKELY(AreAllFalse(is_above))) continue;
+        for (std::size_t row = 0; row < kLeafRows; ++row) {
+          if (hn::AllFalse(d, is_above[row])) continue;
+          const float dy = top_ - (y + kOffsets[child / Tree::kSplit]) + static_cast<float>(row);
+          const V d2 = HWY_LIKELY(is_exact_) ? hn::Add(dx2, hn::Set(d, child_dy2[row])) : GetRoundedSquares(dx, dy);
+          raised |= Raise(hn::Set(d, highest[child]), d2, row * kLeafColumns + i);
+        }
+      }
+      if (raised) Keep({child_x, y + kOffsets[child / Tree::kSplit], highest[child]}, raisers);
+    }
   }
 
   /// The squares of distances rounded once, of distances that are too large to be squared and added without rounding.
@@ -297,9 +366,10 @@ class Leaf {
       const float child_x = x + kSide * static_cast<float>(child % Tree::kSplit);
       const unsigned row = child / Tree::kSplit;
       const float child_y = y + kSide * static_cast<float>(row);
-      if constexpr (kLevel == 0) {
-        Try({child_x, child_y, highest[child]}, raisers);
-      } else if (MayRaiseColumn(highest[child], child_x, child_y, kSide)) {
+      if (!MayRaisePixel(highest[child], child_x, child_y, kSide)) continue;
+      if constexpr (kLevel == 1) {
+        TryPixels(block * Tree::kChildren + child, child_x, child_y, raisers);
+      } else {
         Descend<kLevel - 1>(block * Tree::kChildren + child, child_x, child_y, raisers);
       }
     }
