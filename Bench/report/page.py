@@ -165,15 +165,17 @@ def comparison(found, before):
         return ""
     changed = [one for one in found if one["verdict"] in ("slower", "faster")]
     same = sum(one["verdict"] == "same" for one in found)
+    busy = sum(one.get("busy", False) for one in found)
     lines = [
         line(cell(escape(one["key"])), number(one["threads"]), number(figures.time_text(one["before"][2])),
              number(figures.time_text(one["now"][2])), number(f"{one['ratio']:.2f}×", one["verdict"]),
              number(f"{one['ratio in copies']:.2f}×"))
         for one in sorted(changed, key=lambda one: -one["ratio"])]
     titles = ("Row", ">threads", ">before", ">now", ">times as long", ">in copies")
+    note = f" For {busy} of all, times of processors were compared: the machine had other work." * bool(busy)
     return (tag("h2", f"Against {escape(before['versions']['valuenodes'])}, {escape(before['date'])}")
             + tag("p", f"{len(changed)} measurements differ by more than the spread of both runs, in time and in "
-                       f"copies of the same rounds; {same} do not.")
+                       f"copies of the same rounds; {same} do not.{note}")
             + (sheet(titles, lines) if lines else ""))
 
 
