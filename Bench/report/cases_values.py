@@ -6,7 +6,6 @@ from report.case import Case, color_node, cv, gegl, node, numexpr, skimage, vips
 from report.definitions import exact, of
 
 F = np.float32
-DOUBLE = "valuenodes computes in double precision, one sample at a time."
 COMPOSED = "NumPy, numexpr and libvips: a composition of theirs."
 MORE_OR_LESS = {"minimum": "LESS", "maximum": "MORE"}
 SIGNS = {"add": "+", "subtract": "-", "multiply": "*", "divide": "/"}
