@@ -195,7 +195,7 @@ def make(run, found=None, before=None):
         tabs(run), per_threads(run, lambda threads: summary_cards(run, threads) + peer_swarm(run, threads)),
         comparison(found, before),
         tag("h2", "Where another is faster"), per_threads(run, lambda threads: slower_list(run, threads)),
-        tag("h2", "The ceiling"), ceilings(run),
+        tag("h2", "The ceiling"), ceilings(run), tag("p", figures.cached_text(run), "soft"),
         tag("h2", "Every row"), tabs(run), rows_legend(run),
         per_threads(run, lambda threads: rows_table.make(run, threads)),
         growth_plots.make(run),
