@@ -64,7 +64,9 @@ def ceilings_text(run):
             if times:
                 rate = 2 * run["side"] ** 2 * 4 / spread.median(times) / 1e9
                 lines.append((NAMES[name], str(threads), figures.spread_text(times), f"{rate:.1f} GB/s"))
-    return table(("Copy of one image", "Threads", "Median", "Read and written"), lines) + "\n"
+    note = figures.cached_text(run)
+    return table(("Copy of one image", "Threads", "Median", "Read and written"), lines) + "\n" + (
+        f"{note}\n\n" if note else "")
 
 
 def beside_text(row, threads):

@@ -6,7 +6,7 @@ from report.case import Case, color_node, cv, gegl, node, numexpr, skimage, vips
 from report.definitions import exact, of
 
 F = np.float32
-DOUBLE = "valuenodes computes in double precision, one sample at a time."
+RANGE = "The node also measures the range of its result."
 COMPOSED = "NumPy, numexpr and libvips: a composition of theirs."
 MORE_OR_LESS = {"minimum": "LESS", "maximum": "MORE"}
 SIGNS = {"add": "+", "subtract": "-", "multiply": "*", "divide": "/"}
@@ -23,18 +23,18 @@ def vips_choice(name):
 def arithmetic(name, function, cv_name):
     peers = {"numpy": lambda x: function(x["a"], x["b"]),
              "opencv": cv(lambda m, x: getattr(m, cv_name)(x["a"], x["b"]))}
-    remark = ""
+    remark = RANGE
     if name in MORE_OR_LESS:
         comparison = "<" if name == "minimum" else ">"
         peers["numexpr"] = numexpr(f"where(a {comparison} b, a, b)")
         peers["libvips"] = vips_choice(name)
-        remark = "numexpr and libvips: a comparison and a choice by it."
+        remark += " numexpr and libvips: a comparison and a choice by it."
     else:
         peers["numexpr"] = numexpr(f"a {SIGNS[name]} b")
         peers["libvips"] = vips(lambda v, take: v.call(name, take("a"), take("b")))
         peers["gegl"] = gegl(f"gegl:{name}", "a", "b")
     if name == "divide":
-        remark = "OpenCV gives 0 for a division by 0; the others an infinity."
+        remark += " OpenCV gives 0 for a division by 0; the others an infinity."
     return Case(name, "Arithmetic", f"{name}(a, b)", node(name, "a", "b"), None, peers,
                 remark, moved=3, is_plain=True)
 
@@ -52,7 +52,7 @@ def with_constant(name, function, cv_name):
     else:
         peers["numexpr"] = numexpr(f"where(a {'<' if name == 'minimum' else '>'} c, a, c)", c=number)
     return Case(name + ", constant", "Arithmetic", f"{name}(a, 1.7)", node(name, "a", 1.7),
-                of(lambda x: function(x["a"], 1.7)), peers)
+                of(lambda x: function(x["a"], 1.7)), peers, RANGE)
 
 
 def add_eight(x):

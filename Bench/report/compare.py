@@ -17,10 +17,9 @@ def check(now, before):
                             f"{now['side']}; compare quick runs with quick ones")
 
 
-def in_copies(row, threads):
-    """Our times in plain copies of the same rounds: what slows the whole machine slows both."""
-    ours, copies = times_of(row, threads, OURS), times_of(row, threads, "copy")
-    return [one / other for one, other in zip(ours, copies)]
+#: On a machine that was busy, processor times that are closer than this are never called different: whoever shares
+#: caches and cores changes them by as much.
+LEAST_BUSY = 0.1
 
 
 def was_busy(row, threads, processors):
@@ -28,19 +27,29 @@ def was_busy(row, threads, processors):
     return row["threads"][str(threads)]["load"] > processors + 1
 
 
+def in_copies(clock, row, threads):
+    """Our times in plain copies of the same rounds: what slows the whole machine slows both."""
+    ours, copies = clock(row, threads, OURS), clock(row, threads, "copy")
+    return [one / other for one, other in zip(ours, copies)]
+
+
 def verdict(now, before, threads, processors):
-    """The times on the clock must differ, and those in copies, in the same direction. Where one of the machines was
-    busy, a long call waits for its turn more often than a copy does: its processor time must differ too."""
-    pairs = [(times_of(now, threads, OURS), times_of(before, threads, OURS)),
-             (in_copies(now, threads), in_copies(before, threads))]
+    """Our times must differ, and those in copies, in the same direction.
+
+    These are times of the clock. Where one of the machines was busy, a long call waits for its turn more often than a
+    copy does, so that only times of processors are compared.
+    """
+    busy = was_busy(now, threads, processors) or was_busy(before, threads, processors)
+    clock = processor_of if busy else times_of
+    pairs = [(clock(now, threads, OURS), clock(before, threads, OURS)),
+             (in_copies(clock, now, threads), in_copies(clock, before, threads))]
     if not all(one and other for one, other in pairs):
         return None
-    if was_busy(now, threads, processors) or was_busy(before, threads, processors):
-        pairs.append((processor_of(now, threads, OURS), processor_of(before, threads, OURS)))
     ratios = [spread.median(one) / spread.median(other) for one, other in pairs]
-    differ = all(spread.differ(one, other) for one, other in pairs) and len({ratio > 1 for ratio in ratios}) == 1
+    least = LEAST_BUSY if busy else spread.LEAST
+    differ = all(spread.differ(one, other, least) for one, other in pairs) and (ratios[0] > 1) == (ratios[1] > 1)
     kind = "same" if not differ else "slower" if ratios[0] > 1 else "faster"
-    return {"ratio": ratios[0], "ratio in copies": ratios[1], "verdict": kind,
+    return {"ratio": ratios[0], "ratio in copies": ratios[1], "verdict": kind, "busy": busy,
             "now": spread.describe(pairs[0][0]), "before": spread.describe(pairs[0][1])}
 
 
@@ -71,7 +80,10 @@ def lines(found, before):
         yield (f"  {one['verdict']:6}  {one['ratio']:.2f} times as long: {one['key']}, {one['threads']} thread"
                f"{'s' * (one['threads'] > 1)} (±{halves[0]:.0f} % before, ±{halves[1]:.0f} % now)")
     same = sum(one["verdict"] == "same" for one in found)
+    busy = sum(one.get("busy", False) for one in found)
     others = [one["key"] for one in found if one["verdict"] in ("new", "gone")]
     yield f"  {same} measurements differ by no more than their spread."
+    if busy:
+        yield f"  For {busy} of all, times of processors were compared: the machine had other work."
     if others:
         yield f"  Only in one of the two: {', '.join(others)}."

@@ -104,6 +104,15 @@ def busy_text(run):
             "processors. Long calls waited for their turn, short ones did not; ratios of times of the clock say little.")
 
 
+def cached_text(run):
+    """What must be said of images that stay in the caches from call to call; nothing where they do not."""
+    sizes = [int(size.rstrip("K")) * 1024 for size in run["machine"]["caches"].values() if size.endswith("K")]
+    if not sizes or 3 * run["side"] ** 2 * 4 > max(sizes):
+        return ""
+    return ("Two inputs and a result fit into the largest cache of this machine, so that ceilings are those of caches "
+            "and not of memory.")
+
+
 def counts(run, threads):
     """How many rows end how beside the fastest peer."""
     found = dict.fromkeys(KINDS, 0)

@@ -78,6 +78,7 @@ def make(run):
         return ""
     threads = max(run["threads"])
     note = (f"With {threads} thread{'s' * (threads > 1)}; bands are the middle half. Radii on {run['radius_side']} x "
-            f"{run['radius_side']}; the distance is that to a grid of points whose cells have this radius.")
+            f"{run['radius_side']}; the distance is that to a grid of points whose cells have this radius. In "
+            "chains the engine drops what nobody needs any more.")
     plots = [growth_plot(run, plot) for plot in PLOTS] + [card(tag("h3", "What is small") + small_table(run))]
     return tag("h2", "How it grows, and what is small") + tag("p", note, "soft") + tag("div", "".join(plots), "plots")

@@ -165,15 +165,17 @@ def comparison(found, before):
         return ""
     changed = [one for one in found if one["verdict"] in ("slower", "faster")]
     same = sum(one["verdict"] == "same" for one in found)
+    busy = sum(one.get("busy", False) for one in found)
     lines = [
         line(cell(escape(one["key"])), number(one["threads"]), number(figures.time_text(one["before"][2])),
              number(figures.time_text(one["now"][2])), number(f"{one['ratio']:.2f}×", one["verdict"]),
              number(f"{one['ratio in copies']:.2f}×"))
         for one in sorted(changed, key=lambda one: -one["ratio"])]
     titles = ("Row", ">threads", ">before", ">now", ">times as long", ">in copies")
+    note = f" For {busy} of all, times of processors were compared: the machine had other work." * bool(busy)
     return (tag("h2", f"Against {escape(before['versions']['valuenodes'])}, {escape(before['date'])}")
             + tag("p", f"{len(changed)} measurements differ by more than the spread of both runs, in time and in "
-                       f"copies of the same rounds; {same} do not.")
+                       f"copies of the same rounds; {same} do not.{note}")
             + (sheet(titles, lines) if lines else ""))
 
 
@@ -193,7 +195,7 @@ def make(run, found=None, before=None):
         tabs(run), per_threads(run, lambda threads: summary_cards(run, threads) + peer_swarm(run, threads)),
         comparison(found, before),
         tag("h2", "Where another is faster"), per_threads(run, lambda threads: slower_list(run, threads)),
-        tag("h2", "The ceiling"), ceilings(run),
+        tag("h2", "The ceiling"), ceilings(run), tag("p", figures.cached_text(run), "soft"),
         tag("h2", "Every row"), tabs(run), rows_legend(run),
         per_threads(run, lambda threads: rows_table.make(run, threads)),
         growth_plots.make(run),

@@ -46,13 +46,13 @@ def order(one, other):
     return max(less, 1 - less)
 
 
-def differ(one, other):
+def differ(one, other, least=LEAST):
     """Whether two lists differ by more than their spread explains.
 
     Their medians must be further apart than both widths together, and nine of ten pairs must be in the same order. Of
     1,000 lists of nine equal times with normal noise, one or none is called different from another.
     """
     apart = abs(median(one) - median(other))
-    if apart <= LEAST * min(median(one), median(other)):
+    if apart <= least * min(median(one), median(other)):
         return False
     return apart > width(one) + width(other) and order(one, other) >= 0.9

@@ -330,6 +330,13 @@ def test_a_run_on_a_busy_machine_says_so(run):
     assert "The machine had other work" not in page.make(quiet)
 
 
+def test_images_that_stay_in_caches_are_said_to(run):
+    # Three images of 1024 x 1024 floats are 12 MiB.
+    quick = {**run, "side": 1024, "machine": {**run["machine"], "caches": {"L2": "1024K", "L3": "12288K"}}}
+    assert "fit into the largest cache" in figures.cached_text(quick)
+    assert figures.cached_text({**quick, "side": 1025}) == ""
+
+
 # ---- Numbers ----
 
 
