@@ -65,9 +65,9 @@ struct NodeRecord {
   /// Null for a type that does not say.
   bool (*has_image)(const Node& node, unsigned outplug, const std::vector<bool>& inputs) = nullptr;
   /// Whether the node, while it is enabled, makes its one image with one call of `ComputeValue` on its input images,
-  /// puts nothing but a header on it afterwards, and does nothing with the samples of its inputs and their declared
-  /// ranges but what its reach says. The engine may then have it and others compute in one pass, with pending images
-  /// between them; see `ScEng::PendingScope`.
+  /// puts nothing but a header on it afterwards, and reads the samples of its inputs nowhere else but with `Settle` and
+  /// `FetchSamples`, and their declared ranges only where its reach says so. The engine may then have it and others
+  /// compute in one pass, with pending images between them; see `ScEng::PendingScope`.
   bool joins = false;
   /// How the result follows images that are reduced, while no connection feeds an attribute. Null for a type that does
   /// not say; what its reach calls samples follows as it is.
