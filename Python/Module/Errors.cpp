@@ -4,6 +4,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <sstream>
 
 namespace py = pybind11;
@@ -29,10 +30,12 @@ py::object MakeFileError(const std::string& message, const py::object& problems,
   return FindClass("make_file_error")(Decode(message), problems, py::bytes(file.path), file.is_written);
 }
 
-/// The first problem, with the number of the others.
-std::string CountOthers(const std::string& first, std::size_t problems) {
+/// The first problem, with the number of the others at the end of its first line.
+std::string CountOthers(std::string first, std::size_t problems) {
   if (problems < 2) return first;
-  return first + " (and " + std::to_string(problems - 1) + (problems == 2 ? " more problem)" : " more problems)");
+  const std::string others =
+      " (and " + std::to_string(problems - 1) + (problems == 2 ? " more problem)" : " more problems)");
+  return first.insert(std::min(first.find('\n'), first.size()), others);
 }
 
 }  // namespace

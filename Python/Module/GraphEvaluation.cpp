@@ -3,6 +3,7 @@
 // What a graph does with its nodes: checking, evaluating, running, drawing.
 #include <unordered_map>
 #include <unordered_set>
+
 #include <utility>
 
 #include "Host/Documents/GraphPicture.h"
@@ -98,7 +99,6 @@ GraphObject::SharedImagePtr GraphObject::Evaluate(const std::string& written, co
   Engine::Options options;
   // Results of images that are gone after this call are of no further use.
   options.release_results = !keep || !inputs.empty();
-  has_kept_results_ = has_kept_results_ || !options.release_results;
   options.cancellation = &interruption.GetCancellation();
   options.on_evaluated = TellProgress(progress, interruption);
   interruption.Run([&] { image = document_->Evaluate(plug, report, options); });
@@ -132,12 +132,6 @@ py::list GraphObject::Run(const py::object& progress) {
   Engine::Options options;
   options.cancellation = &interruption.GetCancellation();
   options.on_evaluated = TellProgress(progress, interruption);
-  if (std::exchange(has_kept_results_, false)) {
-    // A run writes and tells of what it evaluates, and passes over nodes that are up to date.
-    for (const std::string& id : document_->GetIds()) {
-      if (Node* const node = document_->FindNode(id)) node->NotifyChanged();
-    }
-  }
   interruption.Run([&] { report = document_->Run(nullptr, options); });
   DeliverLog();
   py::list written;

@@ -101,8 +101,6 @@ class GraphObject {
   std::unique_ptr<ScEng::GraphDocument> document_;
   std::uint64_t generation_ = 0;
   bool is_used_ = false;
-  /// Whether nodes may still have what they made for an earlier call.
-  bool has_kept_results_ = false;
 };
 
 }  // namespace ValuePython

@@ -30,10 +30,20 @@ std::string SummarizeError(const py::list& lines) {
   return summary.substr(0, summary.find('\n'));
 }
 
-/// The error in one line.
+/// The error in one line, and below it where it was raised, with all of its message: of a node within a node that is
+/// the description of the inner one, which stands there once.
 std::string DescribeError(const py::error_already_set& error) {
   const py::module_ traceback = py::module_::import("traceback");
-  return SummarizeError(traceback.attr("format_exception_only")(error.type(), error.value()));
+  const auto join = [](const py::object& lines) {
+    auto text = py::str("").attr("join")(lines).attr("rstrip")().attr("encode")("utf-8", "replace");
+    return text.cast<std::string>();
+  };
+  const py::list lines = traceback.attr("format_exception_only")(error.type(), error.value());
+  if (!error.trace()) return join(lines);
+  const auto format = traceback.attr("format_exception");
+  const bool has_causes = !py::isinstance(error.value(), py::module_::import("valuenodes").attr("NodeError"));
+  return SummarizeError(lines) + "\n" +
+         join(format(error.type(), error.value(), error.trace(), py::arg("chain") = has_causes));
 }
 
 py::object DecodeText(const std::string& text) {

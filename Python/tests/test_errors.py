@@ -37,12 +37,13 @@ def test_the_exception_of_a_node_in_python_is_the_cause(broken):
     with pytest.raises(vn.NodeError) as raised:
         vn.apply(broken, H, text="the shelf is bare\nand dusty")
     error = raised.value
-    assert str(error) == "Broken: LookupError: the shelf is bare"
-    assert error.problems == (str(error),)
+    first, second = str(error).splitlines()[:2]
+    assert first == "Broken: LookupError: the shelf is bare"
+    assert second == "Traceback (most recent call last):"
+    assert error.problems == (first,)
     assert type(error.__cause__) is LookupError and str(error.__cause__) == "the shelf is bare\nand dusty"
     assert traceback.extract_tb(error.__cause__.__traceback__)[-1].name == "evaluate"
-    shown = "".join(traceback.format_exception(error))
-    assert shown.count("in evaluate") == 1 and shown.count("\nand dusty\n") == 1
+    assert str(error).count("in evaluate") == 1 and str(error).endswith("\nand dusty")
 
 
 def test_the_cause_in_a_graph_is_that_of_the_node_that_is_told_of(broken):
@@ -56,13 +57,14 @@ def test_the_cause_in_a_graph_is_that_of_the_node_that_is_told_of(broken):
         graph.connect(name + ".image", "most.image", index)
     with pytest.raises(vn.NodeError) as raised:
         graph.evaluate("most.image")
-    assert str(raised.value) == 'node "first": LookupError: first (and 2 more problems)'
+    assert str(raised.value).splitlines()[0] == 'node "first": LookupError: first (and 2 more problems)'
     assert raised.value.problems == tuple(f'node "{n}": LookupError: {n}' for n in ("first", "second", "third"))
     assert str(raised.value.__cause__) == "first"
     # Only what an output needs concerns it.
     with pytest.raises(vn.NodeError) as raised:
         graph.evaluate("second.image")
-    assert raised.value.problems == (str(raised.value),) == ('node "second": LookupError: second',)
+    assert raised.value.problems == ('node "second": LookupError: second',)
+    assert str(raised.value).startswith(raised.value.problems[0] + "\nTraceback")
     assert str(raised.value.__cause__) == "second"
 
 
@@ -72,7 +74,7 @@ def test_the_cause_of_a_failed_run(broken, tmp_path):
     graph.add(broken, "bad")
     graph.connect("waves.image", "bad.image")
     graph.add_output("bad.image", tmp_path / "bad.exr")
-    with pytest.raises(vn.NodeError, match='^node "bad": LookupError: no reason$') as raised:
+    with pytest.raises(vn.NodeError, match='^node "bad": LookupError: no reason\nTraceback') as raised:
         graph.run()
     assert type(raised.value.__cause__) is LookupError
     # A file that fails is what the class of the error stands for, wherever it comes.

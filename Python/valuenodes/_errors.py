@@ -25,7 +25,8 @@ class ValueNodesError(Exception):
 class NodeError(ValueNodesError):
     """A node could not be evaluated; the message says why.
 
-    Of a node that is a class of Python, `__cause__` is the exception that came out of it.
+    Of a node that is a class of Python, the lines below the first are the traceback, and `__cause__` is the exception that
+    came out of it.
     """
 
 
