@@ -3,7 +3,6 @@
 // What a graph does with its nodes: checking, evaluating, running, drawing.
 #include <unordered_map>
 #include <unordered_set>
-
 #include <utility>
 
 #include "Host/Documents/GraphPicture.h"

@@ -46,12 +46,16 @@ struct Reach {
   float limit;
 };
 
-// Each profile says four things, all with w = level * q, what a bump adds above `low` in units of the range:
+// Each profile says these things, all with w = level * q, what a bump adds above `low` in units of the range:
 //
-// Guard(w)                     what Excess compares with; grows with w, finite
-// Prepare(q)                   what Excess needs of the bump; in a table for the pixels of a block, from which Get
-// takes it Excess(bump, d2, guard)      not above 0 only where w at the squared distance d2 is at most the guarded one;
-// no NaN Level(t)                     the definition
+// Guard(w)                     what the comparisons below compare with; grows with w, finite
+// Prepare(q)                   what they need of the bump
+// Excess(bump, d2, guard)      not above 0 only where w at the squared distance d2 is at most the guarded one; no NaN
+// Approach(bump, dx2)          the bump for pixels in columns at a squared distance
+// IsAbove(beside, dy2, guard)  as Excess in many rows of such columns: takes less and is true a little more often
+// Level(t)                     the definition
+//
+// Prepare(q, i, table) keeps what is prepared of the pixels of a block, and Get(table, i) takes it from there.
 //
 // The definition's roundings keep the order of their operands, so that w as computed never falls with q and never rises
 // with the distance, except for Smooth, whose margin covers the difference. It is never above q.

@@ -24,6 +24,7 @@
 
 #include "Value/Nodes/Relief/ReliefBumps-inl.h"
 #include "Value/Nodes/Relief/ReliefField.h"
+#include "Value/Nodes/Relief/ReliefRaisers.h"
 #include "Value/Nodes/Relief/ReliefTree.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -31,30 +32,6 @@ namespace ReliefLevels::HWY_NAMESPACE {
 constexpr int kLeafColumns = 8;
 constexpr int kLeafRows = 5;
 constexpr std::size_t kLeafPixels = std::size_t{kLeafColumns} * kLeafRows;
-
-/// A bump: where its middle lies in the tree's plane, and its q.
-struct Bump {
-  float x;
-  float y;
-  float q;
-};
-
-/// The bumps that raised a pixel lately, without order.
-class Raisers {
- public:
-  HWY_INLINE void Add(const Bump& bump) {
-    bumps_[static_cast<std::size_t>(next_) % kMost] = bump;
-    ++next_;
-  }
-  [[nodiscard]] int GetCount() const { return next_ < kMost ? next_ : kMost; }
-  [[nodiscard]] const Bump& Get(int i) const { return bumps_[static_cast<std::size_t>(i)]; }
-  void Clear() { next_ = 0; }
-
- private:
-  static constexpr int kMost = 16;
-  std::array<Bump, kMost> bumps_;
-  int next_ = 0;
-};
 
 /// The results of one small group of neighbouring pixels, and the search for what raises them.
 template <class ProfileOf>
