@@ -172,7 +172,8 @@ std::vector<HardCase> GetHardCases() {
           {"Log", 0x1.6351d8p+95F, 0x1.08b512p+6F},         {"Exponential", -0x1.d2259ap+3F, 0x1.fa6636p-22F},
           {"CubicRoot", 0x1.06a76ap-125F, 0x1.454f78p-42F}, {"ArcTangent", 0x1.1ad646p-4F, 0x1.1a6386p-4F},
           {"ArcSine", 0x1.107434p-1F, 0x1.1f4b64p-1F},      {"ArcCosine", 0x1.110b46p-26F, 0x1.921fb6p+0F},
-          {"ArcCosine", 0x1.04c444p-12F, 0x1.920f6ap+0F}};
+          {"ArcCosine", 0x1.04c444p-12F, 0x1.920f6ap+0F},   {"Cosine", 0x1.2b9622p+67F, 0x1.f0285ep-1F},
+          {"Tangent", 0x1.fa6748p+64F, 0x1.a0d918p+0F}};
 }
 
 TEST_P(NearestFunction, IsNearestAtTheHardestValues) {
