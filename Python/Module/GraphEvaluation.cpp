@@ -209,6 +209,13 @@ void GraphObject::ThrowFailure(const ScEng::RunReport& report, const Interruptio
     if (is_of_file) run.file = FindFile(node);
     break;
   }
+  // A node in Python says in further lines where it failed.
+  for (std::string& problem : run.problems) {
+    const auto found = failed.find(problem);
+    if (found == failed.end()) continue;
+    const std::string description = DescribeFailure(*found->second);
+    problem = ScEng::MakeLine(description.substr(0, description.find('\n')));
+  }
   ThrowRunError(run);
 }
 
