@@ -14,7 +14,7 @@ import tempfile
 import time
 
 import numpy as np
-from peers_calls import make_terrain
+from report.inputs import make_terrain
 
 # By name: what is prepared, and what is called.
 CASES = {
