@@ -92,7 +92,7 @@ CASES = [
              "libvips": vips(lambda v, take: v.call("math2", take("a"), take("b"), v.POW)),
              "gegl": gegl("gegl:gamma", "a", "b"),
          },
-         "valuenodes computes in double precision. OpenCV takes one number as exponent.", moved=3, is_plain=True),
+         "valuenodes gives the nearest float. OpenCV takes one number as exponent.", moved=3, is_plain=True),
     *(with_constant(name, *ways) for name, ways in ARITHMETIC_OPERATIONS.items()),
     Case("add, eight images", "Arithmetic", "add(a, b, a, b, a, b, a, b)", node("add", *("a", "b") * 4),
          of(add_eight), {"numpy": add_eight, "numexpr": numexpr("a + b + a + b + a + b + a + b")},
