@@ -126,7 +126,7 @@ def compute_case(operation, count):
         definition = of(lambda x: function(x["a"], x["b"]))
         peers = {"numpy": lambda x: function(x["a"], x["b"]), "numexpr": numexpr(f"a {sign} b")}
     remark = {"unknown": "An operation of a class that the host has never seen: one virtual call for each sample.",
-              "power": "The node gives the nearest float; the others compute in single precision."}.get(operation, "")
+              "power": "The host gives the nearest float; the others compute in single precision."}.get(operation, "")
     return Case(f"{operation}, {'one image' if count == 1 else 'two images'}", "ComputeValue",
                 f"ComputeValue({'a' if count == 1 else 'a, b'}; {operation})", ours, definition, peers, remark,
                 moved=count + 1)

@@ -95,7 +95,7 @@ FUNCTIONS = {
     "deg_to_rad": (np.deg2rad, "a * k", {"libvips": vips(lambda v, take: v.linear(take("a"), np.pi / 180, 0.0))}),
     "rad_to_deg": (np.rad2deg, "a * k", {"libvips": vips(lambda v, take: v.linear(take("a"), 180 / np.pi, 0.0))}),
 }
-#: Those that are computed as they are; the others are the nearest float.
+#: Those that are computed as they are; the others go through functions that give the nearest float.
 PLAIN = {"absolute", "floor", "ceil", "inverse", "square_root", "deg_to_rad", "rad_to_deg"}
 
 
@@ -109,7 +109,8 @@ def function_case(word):
     remark = ""
     if word not in PLAIN:
         libvips = "libvips computes in double precision, " if "libvips" in others else ""
-        remark = f"valuenodes gives the nearest float; {libvips}the others {'' if libvips else 'compute '}in single."
+        nearest = "the nearest float of ln, times a constant" if word in ("log2", "log10") else "the nearest float"
+        remark = f"valuenodes gives {nearest}; {libvips}the others {'' if libvips else 'compute '}in single."
     return Case(f"function, {word}", "Value Function", f'function(a, function="{word}")',
                 node("function", "a", function=word), exact("function", "a", word=word), peers, remark,
                 is_plain=word == "log")

@@ -224,3 +224,32 @@ def test_an_output_without_an_image_names_the_input_that_is_free():
     problems = graph.check().problems
     assert problems == ('output "add.image" cannot get an image: nothing is connected to "image" of node "clamp"',)
     assert json.loads(json.dumps(problems)) == list(problems)
+
+
+def test_the_number_is_that_of_the_file_that_is_told_of(tmp_path):
+    @vn.register(replace=True)
+    class Cannot(vn.Node):
+        def evaluate(self, image):
+            raise OSError("cannot fetch: No such file or directory")
+
+    graph = vn.Graph()
+    graph.add("Image Waves", "waves", frame=(0, 0, 4, 2))
+    graph.add(Cannot, "bad")
+    graph.connect("waves.image", "bad.image")
+    graph.add_output("bad.image", tmp_path / "bad.exr")
+    graph.add_output("waves.image", tmp_path / ("long" * 75 + ".exr"))
+    with pytest.raises(vn.FileError) as raised:
+        graph.run()
+    assert len(raised.value.problems) == 2
+    assert raised.value.errno == errno.ENAMETOOLONG
+
+
+def test_errors_are_pickled_with_all_that_they_say(tmp_path):
+    with pytest.raises(vn.FileError) as raised:
+        vn.read(tmp_path / "gone.exr")
+    for error in (raised.value, vn.NodeError("a\nb"), vn.DocumentError("a (and 1 more problem)", ["a", "b"])):
+        copy = pickle.loads(pickle.dumps(error))
+        assert (type(copy), str(copy), copy.problems) == (type(error), str(error), error.problems)
+        assert getattr(copy, "errno", None) == getattr(error, "errno", None)
+        assert getattr(copy, "filename", None) == getattr(error, "filename", None)
+    assert vn.ValueNodesError(5).problems == ("5",)

@@ -230,6 +230,12 @@ def test_a_misspelt_name_in_a_class_is_refused(members, closest):
     )
 
 
+def test_names_of_ones_own_are_no_misspelt_ones():
+    base = type("Spelling", (), {"evaluate": lambda self, image: image})
+    made = type("Spelt", (base, vn.Node), {"evaluated": lambda self: 1, "types": (1, 2), "outputs": ("image",)})
+    vn.register(made, replace=True)
+
+
 def test_a_misspelt_evaluate_is_refused():
     made = type("Spelt", (vn.Node,), {"evalute": lambda self, image: image})
     with pytest.raises(TypeError, match='"evalute", which means nothing; the closest is "evaluate"'):

@@ -93,7 +93,7 @@ def _attributes(node_class):
     return attributes
 
 
-# What a class says of itself, and of which kinds that is.
+# What a class says of itself, and of which kinds that is; but for the numbers of its type, which any others could be.
 _SAID = {
     "attributes": (tuple, list),
     "evaluate": (types.FunctionType,),
@@ -103,16 +103,16 @@ _SAID = {
     "name": (str,),
     "outputs": (tuple, list),
     "takes_images": (bool,),
-    "type": (tuple, list),
 }
 
 
 def _check_spelling(node_class):
     """Refuses what can only be meant for one of the names that are read here."""
+    said = {name for base in node_class.__mro__ if base not in (Node, object) for name in vars(base)}
     for name, value in vars(node_class).items():
         if name in _SAID or name.startswith("_"):
             continue
-        free = [said for said, kinds in _SAID.items() if said not in vars(node_class) and type(value) in kinds]
+        free = [one for one, kinds in _SAID.items() if one not in said and type(value) in kinds]
         import difflib
 
         closest = difflib.get_close_matches(name.lower(), free, 1, 0.8)

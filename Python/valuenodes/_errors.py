@@ -16,17 +16,14 @@ class ValueNodesError(Exception):
 
     def __init__(self, message="", problems=None):
         super().__init__(message)
-        self.problems = (message.split("\n", 1)[0],) if problems is None else tuple(problems)
-
-    def __reduce__(self):
-        return type(self), (self.args[0], self.problems), self.__dict__
+        self.problems = (str(message).split("\n", 1)[0],) if problems is None else tuple(problems)
 
 
 class NodeError(ValueNodesError):
     """A node could not be evaluated; the message says why.
 
-    Of a node that is a class of Python, the lines below the first are the traceback, and `__cause__` is the exception that
-    came out of it.
+    Of a node that is a class of Python, the lines below the first are the traceback, and `__cause__` is the exception
+    that came out of it in this call.
     """
 
 
@@ -96,8 +93,9 @@ def make_file_error(message, problems, path, is_written):
     """A FileError about a file, whose path is bytes; empty where none leads to it."""
     if not path:
         return FileError(message, problems)
-    first = problems[0] if problems else message
-    number = _find_number(first, path, is_written)
+    # The number of further problems is at the end of the message.
+    told = next((one for one in problems or () if message.startswith(one)), message)
+    number = _find_number(told, path, is_written)
     return _CLASSES.get(number, FileError)(message, problems, number, os.fsdecode(path))
 
 
