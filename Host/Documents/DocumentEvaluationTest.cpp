@@ -105,6 +105,17 @@ TEST_F(DocumentEvaluationTest, RunsWriteWhatIsUpToDate) {
   EXPECT_EQ(ReadSamples("a.exr"), sum);
 }
 
+TEST_F(DocumentEvaluationTest, RunsTellWhatFailedInAnEarlierEvaluation) {
+  LoadGood(MakeText(kNodes, kLink, "{'from': 'add.image', 'path': 'a.exr'}"));
+  document_.FindNode("r")->GetAttribute("path")->SetString((folder_ / "none.exr").string(), false);
+  RunReport kept;
+  EXPECT_FALSE(document_.Evaluate("add.image", kept));
+  ASSERT_EQ(kept.findings.errors.size(), 1U);
+  const RunReport run = document_.Run();
+  EXPECT_EQ(run.findings.errors, kept.findings.errors);
+  EXPECT_EQ(run.failure, RunFailure::kFile);
+}
+
 TEST_F(DocumentEvaluationTest, AnOutputWithoutAnImageNamesTheInputThatIsNotConnected) {
   // Of three nodes in a row the first one lacks its image; the last one has several outputs.
   LoadGood(

@@ -89,11 +89,14 @@ RunReport DocumentRun::WriteAll(const GraphDocument::Progress& progress, Engine:
   };
   Evaluate(requests, options);
   if (!report_.canceled) {
-    // Nodes that were up to date are not evaluated again.
+    // Nodes that were up to date are not evaluated again, but what they and those before them had to say still holds.
+    std::vector<const DocumentEntry*> kept;
     for (const std::string& id : content_.ids) {
-      Node* const node = content_.Find(id)->node;
-      if (outputs_of.contains(node)) write_outputs(*node);
+      const DocumentEntry* const entry = content_.Find(id);
+      if (outputs_of.contains(entry->node)) kept.push_back(entry);
     }
+    for (const DocumentEntry* source : ListSources(kept)) ReportState(*source->node);
+    for (const DocumentEntry* entry : kept) write_outputs(*entry->node);
   }
   if (!report_.canceled) WritePending();
   report_.written = pending_.GetWritten();
@@ -137,6 +140,16 @@ bool DocumentRun::HasAllTypes() {
 bool DocumentRun::HasAllTypes(const Node& node) {
   const bool has_placeholder = content_.entries.size() != content_.entries_by_node.size();
   if (!has_placeholder) return true;
+  for (const DocumentEntry* entry : ListSources({content_.entries_by_node.at(&node)})) {
+    if (entry->node != nullptr) continue;
+    report_.findings.AddError("node " + Quote(entry->id) + ": " +
+                              content_.DescribeUnknownType(entry->placeholder->type));
+    report_.failure = RunFailure::kNode;
+  }
+  return report_.failure == RunFailure::kNone;
+}
+
+std::vector<const DocumentEntry*> DocumentRun::ListSources(std::vector<const DocumentEntry*> found) const {
   std::unordered_map<const DocumentEntry*, std::vector<const DocumentEntry*>> sources;
   for (const ConnectionEntry& connection : content_.connections) {
     // What is fed by an image from outside needs nothing else.
@@ -145,21 +158,13 @@ bool DocumentRun::HasAllTypes(const Node& node) {
     if (outplug >= 0 && content_.sources.contains({connection.from->node, static_cast<unsigned>(outplug)})) continue;
     sources[connection.to].push_back(connection.from);
   }
-  std::vector<const DocumentEntry*> pending{content_.entries_by_node.at(&node)};
-  std::unordered_set<const DocumentEntry*> seen{pending.front()};
-  while (!pending.empty()) {
-    const DocumentEntry* entry = pending.back();
-    pending.pop_back();
-    if (entry->node == nullptr) {
-      report_.findings.AddError("node " + Quote(entry->id) + ": " +
-                                content_.DescribeUnknownType(entry->placeholder->type));
-      report_.failure = RunFailure::kNode;
-    }
-    for (const DocumentEntry* source : sources[entry]) {
-      if (seen.insert(source).second) pending.push_back(source);
+  std::unordered_set<const DocumentEntry*> seen(found.begin(), found.end());
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    for (const DocumentEntry* source : sources[found[i]]) {
+      if (seen.insert(source).second) found.push_back(source);
     }
   }
-  return report_.failure == RunFailure::kNone;
+  return found;
 }
 
 bool DocumentRun::ClaimFile(const LayerFile& file, const std::string& writer) {

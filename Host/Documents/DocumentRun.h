@@ -45,6 +45,8 @@ class DocumentRun {
   bool HasAllTypes();
   /// The same of what one node depends on.
   bool HasAllTypes(const Node& node);
+  /// Some nodes and all that they depend on, the former first.
+  [[nodiscard]] std::vector<const DocumentEntry*> ListSources(std::vector<const DocumentEntry*> found) const;
   /// Reserves a layer of a file for one writer; reports one that is taken.
   bool ClaimFile(const LayerFile& file, const std::string& writer);
   /// Finds what the run reads. Files of that name are written when everything has been read.

@@ -50,7 +50,6 @@ class Recycler {
   float* Take(std::size_t bytes) {
     const std::lock_guard lock(mutex_);
     used_bytes_ += bytes;
-    most_bytes_used_ = std::max(most_bytes_used_, used_bytes_);
     for (Block& block : blocks_) {
       if (block.samples == nullptr || block.bytes != bytes) continue;
       kept_bytes_ -= bytes;
@@ -71,6 +70,8 @@ class Recycler {
   /// Keeps the block in place of the oldest one, and lets go of further old ones until the total fits.
   void Keep(float* samples, std::size_t bytes) noexcept {
     const std::lock_guard lock(mutex_);
+    // Between two blocks that are given back, what is in use only grows; what there was no memory for was never in use.
+    most_bytes_used_ = std::max(most_bytes_used_, used_bytes_);
     used_bytes_ -= bytes;
     if (scopes_ == 0 && bytes > kLargestKept) {
       FreeBlock(samples, bytes);

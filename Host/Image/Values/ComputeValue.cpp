@@ -285,8 +285,8 @@ Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation)
     }
     StoreRange(images.front()->GetSampleRange(), *operation);
   }
-  if (!single) header.outside_value = FoldOutsideValues(images, *operation);
   if (ScEng::PendingScope::IsOn() && IsFlat(images, layout)) {
+    if (!single) header.outside_value = FoldOutsideValues(images, *operation);
     std::unique_ptr<Image> pending =
         ScEng::NullIfOversize([&] { return PendingSamples::MakeImage(header, images, *operation, loops); });
     if (pending) return pending.release();
@@ -294,7 +294,10 @@ Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation)
   std::unique_ptr<Image> output(ScEng::NullIfOversize([&] { return new Image(header, nullptr); }));
   if (!output) return nullptr;
 
+  // What is called meanwhile may compute images of its own.
+  const ScEng::PendingScope off(false);
   const PassRanges ranges = Pass(images, layout, *operation, loops, *output).Run();
+  if (!single) output->SetOutsideValue(FoldOutsideValues(images, *operation));
   if (single && !loops.reads_range && !ScEng::IsPending(*images.front())) {
     const auto known = images.front()->GetKnownSampleRange();
     if (!known) images.front()->RememberSampleRange(ranges.input);

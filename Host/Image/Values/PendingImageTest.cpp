@@ -257,6 +257,16 @@ TEST_F(PendingImages, AreFoldedThemselvesWhereTheyLieAtOnePlace) {
   EXPECT_TRUE(HoldsSamples(ScEng::Settle(*last).Get(), {112.5F, 124.5F}));
 }
 
+TEST_F(PendingImages, AreFoldedWithThemselves) {
+  const ImagePtr image = MakeRow({1.0F, 2.0F});
+  const ImagePtr pending = AddLater(image, 10.0F);
+  Sum sum(0.0F);
+  const PendingScope scope(true);
+  const ImagePtr twice(ComputeValue({pending.Get(), pending.Get()}, &sum));
+  const ImagePtr settled = IsPending(*twice) ? ScEng::Settle(*twice) : twice;
+  EXPECT_TRUE(HoldsSamples(settled.Get(), {22.0F, 24.0F}));
+}
+
 TEST_F(PendingImages, AreFetchedPieceByPiece) {
   const ImagePtr image = MakeRow({1.0F, 2.0F, 3.0F});
   const ImagePtr pending = AddLater(image, 10.0F);

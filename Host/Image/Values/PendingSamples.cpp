@@ -98,6 +98,7 @@ bool IsPending(const Image& image) { return PendingSamples::Find(image) != nullp
 ImagePtr Settle(const Image& image) {
   const PendingSamples* const pending = PendingSamples::Find(image);
   if (pending == nullptr) return nullptr;
+  const PendingScope off(false);
   auto settled = MakeRef<Image>(image.GetImageHeader(), nullptr);
   float* const samples = settled->GetArray();
   constexpr std::size_t kGrain = std::size_t{1} << 16;
@@ -122,9 +123,9 @@ std::unique_ptr<Image> PendingSamples::MakeImage(const ImageHeader& header, cons
   const PendingSamples* const before = Find(*images.front());
   const std::size_t own = std::max<std::size_t>(images.size() - 1, 1);
   if (own + (before != nullptr ? before->stages_.size() : 0) > kMostStages) return nullptr;
-  for (const Image* image : images) {
+  for (std::size_t i = 0; i < images.size(); ++i) {
     // An image that nobody counts may go while the pending one still needs it.
-    if (image->GetRefCount() == 0 || (image != images.front() && IsPending(*image))) return nullptr;
+    if (images[i]->GetRefCount() == 0 || (i > 0 && IsPending(*images[i]))) return nullptr;
   }
   auto pending = std::make_unique<PendingSamples>();
   pending->source_ = before != nullptr ? before->source_ : ImagePtr(const_cast<Image*>(images.front()));

@@ -8,6 +8,7 @@
 #include "Host/Image/Image.h"
 #include "Host/Image/PendingImage.h"
 #include "Host/Image/Placement.h"
+#include "Host/Util/ParallelRows.h"
 #include "Value/Core/RowOperation.h"
 #include "Value/Core/ValueLibrary.h"
 #include "Value/Nodes/Clamp/Clamp.h"
@@ -106,12 +107,15 @@ void ImageValueClampNode::Evaluate(unsigned, const std::vector<PlugValue>& input
     // A piece stays in the cache from where it is computed to where it is read.
     constexpr std::size_t kPiece = 512;
     constexpr std::size_t kMostChannels = 4;
-    std::array<float, kPiece * kMostChannels> buffer;
-    for (std::size_t from = 0; from < pixels; from += kPiece) {
-      const std::size_t count = std::min(kPiece, pixels - from);
-      const float* samples = ScEng::FetchSamples(*image, from * stride, count * stride, buffer.data());
-      Clamp::Apply(samples, stride, values + from, count, limits, profile);
-    }
+    constexpr std::size_t kGrain = 64 * kPiece;
+    ScEng::ParallelRows(pixels, kGrain, [&](std::size_t from, std::size_t to) {
+      std::array<float, kPiece * kMostChannels> buffer;
+      for (; from < to; from += kPiece) {
+        const std::size_t count = std::min(kPiece, to - from);
+        const float* samples = ScEng::FetchSamples(*image, from * stride, count * stride, buffer.data());
+        Clamp::Apply(samples, stride, values + from, count, limits, profile);
+      }
+    });
   } else {
     const ImagePtr settled = ScEng::Settle(*image);
     const float* samples = (settled ? settled.Get() : image)->GetConstArray();
