@@ -7,6 +7,8 @@
 #include <limits>
 #include <numbers>
 
+#include "Host/Util/Cancellation.h"
+
 namespace ReliefBevel {
 namespace {
 
@@ -28,6 +30,7 @@ std::vector<std::vector<Offset>> SortOffsets(int radius) {
   std::vector<std::vector<Offset>> rings(static_cast<std::size_t>(radius) + 1);
   const std::int64_t most = std::int64_t{radius} * radius;
   for (int y = -radius; y <= radius; ++y) {
+    ScEng::PollCancellation();
     for (int x = -radius; x <= radius; ++x) {
       const std::int64_t square = std::int64_t{x} * x + std::int64_t{y} * y;
       if (square > most || square == 0) continue;
@@ -37,6 +40,7 @@ std::vector<std::vector<Offset>> SortOffsets(int radius) {
     }
   }
   for (auto& ring : rings) {
+    ScEng::PollCancellation();
     std::sort(ring.begin(), ring.end(), [](const Offset& a, const Offset& b) { return a.turn < b.turn; });
   }
   return rings;
@@ -77,6 +81,7 @@ DiscRings::DiscRings(int radius, std::ptrdiff_t stride) {
     };
     std::vector<Box> boxes(static_cast<std::size_t>(number));
     for (int ring = first; ring <= last; ++ring) {
+      ScEng::PollCancellation();
       rings[static_cast<std::size_t>(ring)] = count(parts);
       const auto& line = sorted[static_cast<std::size_t>(ring)];
       std::size_t at = 0;
