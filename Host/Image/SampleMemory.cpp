@@ -50,7 +50,9 @@ class Recycler {
   float* Take(std::size_t bytes) {
     const std::lock_guard lock(mutex_);
     used_bytes_ += bytes;
-    for (Block& block : blocks_) {
+    // The latest one first, which may still be in the caches.
+    for (std::size_t i = 1; i <= blocks_.size(); ++i) {
+      Block& block = blocks_[(next_ + blocks_.size() - i) % blocks_.size()];
       if (block.samples == nullptr || block.bytes != bytes) continue;
       kept_bytes_ -= bytes;
       float* taken = block.samples;
