@@ -20,6 +20,7 @@ value_add_test(ValueOperationTests
     "${value_dir}/Operations/ImageValueOperationNodesTest.cpp"
     "${value_dir}/Operations/NearestFloat/NearestFloatTest.cpp"
     "${value_dir}/Operations/OperationLoopsTest.cpp"
+    "${value_dir}/Operations/OperationPassesTest.cpp"
     "${value_dir}/Operations/ThresholdValueOperationTest.cpp"
   DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy PkgConfig::Mpfr)
 

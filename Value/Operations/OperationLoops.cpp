@@ -17,10 +17,14 @@
 #include "Value/Operations/NearestFloat/NearestFloat.h"
 #include "Value/Operations/ThresholdValueOperation.h"
 
+// No loop here would gain by what these two add to the sets below them.
+#define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Value/Operations/OperationLoops.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+
+#include "Host/Image/RowPass-inl.h"
 
 #ifndef VALUE_OPERATION_LISTS
 #define VALUE_OPERATION_LISTS
@@ -56,14 +60,27 @@ constexpr std::size_t IndexIn(List<Operations...>) {
   return index;
 }
 
+template <class... Operations>
+constexpr std::size_t Size(List<Operations...>) {
+  return sizeof...(Operations);
+}
+
 using One = ScEng::ValueOperationLoops::One;
 using Two = ScEng::ValueOperationLoops::Two;
+using Pass = ScEng::ValueOperationLoops::Pass;
+
+/// The loops of an operation; without those of two values where the second one is ignored.
+struct Loops {
+  One one;
+  Two two;
+  Pass pass_one;
+  Pass pass_two;
+};
 
 /// The loops of one instruction set, in the order of the lists.
 struct Tables {
-  const One* one_of_two_value;
-  const Two* two;
-  const One* one;
+  const Loops* of_two_values;
+  const Loops* of_one_value;
 };
 
 }  // namespace OperationLoops
@@ -75,58 +92,93 @@ namespace OperationLoops::HWY_NAMESPACE {
 
 // The operation is copied, so that the compiler sees that no sample written can change a constant.
 
-template <class Operation>
-void LoopOne(const ValueOperation& operation, const float* __restrict values, float* __restrict to, std::size_t count) {
+/// Calls `run` with the operation's formula of one value: a function object that the compiler can look into.
+template <class Operation, class Run>
+HWY_INLINE auto WithOne(const ValueOperation& operation, const Run& run) {
   Operation copy = static_cast<const Operation&>(operation);
-  for (std::size_t i = 0; i < count; ++i) to[i] = copy.Operation::Compute(values[i]);
+  return run([&copy](float value) HWY_ATTR { return copy.Operation::Compute(value); });
+}
+
+/// A formula for each shape, since a call through a pointer would stand in the way of vector code.
+template <ThresholdProfile::Function kShape, class Run>
+HWY_INLINE auto WithShape(const ThresholdValueOperation& operation, const Run& run) {
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is for the compiler, see above.
+  const ThresholdValueOperation copy = operation;
+  return run([&copy](float value) HWY_ATTR { return copy.ComputeWith(value, kShape); });
+}
+template <class Run>
+HWY_INLINE auto WithThreshold(const ValueOperation& operation, const Run& run) {
+  const auto& threshold = static_cast<const ThresholdValueOperation&>(operation);
+  if (threshold.profile == ThresholdProfile::Smooth) return WithShape<ThresholdProfile::Smooth>(threshold, run);
+  if (threshold.profile == ThresholdProfile::ArcOut) return WithShape<ThresholdProfile::ArcOut>(threshold, run);
+  if (threshold.profile == ThresholdProfile::ArcIn) return WithShape<ThresholdProfile::ArcIn>(threshold, run);
+  return WithShape<ThresholdProfile::Linear>(threshold, run);
+}
+
+template <class Operation, class Run>
+HWY_INLINE auto WithFormula(const ValueOperation& operation, const Run& run) {
+  if constexpr (std::is_same_v<Operation, ThresholdValueOperation>) {
+    return WithThreshold(operation, run);
+  } else {
+    return WithOne<Operation>(operation, run);
+  }
 }
 
 template <class Operation>
-void LoopTwo(const ValueOperation& operation, const float* __restrict first, const float* __restrict second,
+HWY_NOINLINE void LoopOne(const ValueOperation& operation, const float* __restrict values, float* __restrict to, std::size_t count) {
+  WithFormula<Operation>(operation, [&](const auto& formula) HWY_ATTR {
+    for (std::size_t i = 0; i < count; ++i) to[i] = formula(values[i]);
+  });
+}
+
+template <class Operation>
+HWY_FLATTEN ScEng::RowRanges PassOne(const ValueOperation& operation, const ScEng::RowPass& row) {
+  const auto few = [&operation](const float* values, const float*, float* to, std::size_t count)
+                       HWY_ATTR { LoopOne<Operation>(operation, values, to, count); };
+  return WithFormula<Operation>(operation, [&](const auto& formula) HWY_ATTR {
+    const auto vector = [&formula](const float* __restrict values, const float*, float* __restrict to,
+                                   std::size_t count) HWY_ATTR {
+#pragma GCC unroll 1
+      for (std::size_t i = 0; i < count; ++i) to[i] = formula(values[i]);
+    };
+    return ScEng::HWY_NAMESPACE::RunOneValuePass(row, vector, few);
+  });
+}
+
+template <class Operation>
+HWY_NOINLINE void LoopTwo(const ValueOperation& operation, const float* __restrict first, const float* __restrict second,
              float* __restrict to, std::size_t count) {
   Operation copy = static_cast<const Operation&>(operation);
   for (std::size_t i = 0; i < count; ++i) to[i] = copy.Operation::Compute(first[i], second[i]);
 }
 
-template <ThresholdProfile::Function kShape>
-void LoopShape(const ThresholdValueOperation& operation, const float* __restrict values, float* __restrict to,
-               std::size_t count) {
-  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is for the compiler, see above.
-  const ThresholdValueOperation copy = operation;
-  for (std::size_t i = 0; i < count; ++i) to[i] = copy.ComputeWith(values[i], kShape);
-}
-
-/// A loop per shape, since a call through a pointer would stand in the way of vector code.
-template <>
-void LoopOne<ThresholdValueOperation>(const ValueOperation& operation, const float* __restrict values,
-                                      float* __restrict to, std::size_t count) {
-  const auto& threshold = static_cast<const ThresholdValueOperation&>(operation);
-  if (threshold.profile == ThresholdProfile::Smooth) {
-    LoopShape<ThresholdProfile::Smooth>(threshold, values, to, count);
-  } else if (threshold.profile == ThresholdProfile::ArcOut) {
-    LoopShape<ThresholdProfile::ArcOut>(threshold, values, to, count);
-  } else if (threshold.profile == ThresholdProfile::ArcIn) {
-    LoopShape<ThresholdProfile::ArcIn>(threshold, values, to, count);
-  } else {
-    LoopShape<ThresholdProfile::Linear>(threshold, values, to, count);
-  }
+template <class Operation>
+HWY_FLATTEN ScEng::RowRanges PassTwo(const ValueOperation& operation, const ScEng::RowPass& row) {
+  Operation copy = static_cast<const Operation&>(operation);
+  const auto few = [&operation](const float* first, const float* second, float* to, std::size_t count)
+                       HWY_ATTR { LoopTwo<Operation>(operation, first, second, to, count); };
+  const auto vector = [&copy](const float* __restrict first, const float* __restrict second, float* __restrict to,
+                              std::size_t count) HWY_ATTR {
+#pragma GCC unroll 1
+    for (std::size_t i = 0; i < count; ++i) to[i] = copy.Operation::Compute(first[i], second[i]);
+  };
+  return ScEng::HWY_NAMESPACE::RunTwoValuePass(row, vector, few);
 }
 
 template <class... Operations>
-const One* MakeOnes(List<Operations...>) {
-  static constexpr One kLoops[] = {LoopOne<Operations>...};
+const Loops* MakeLoopsOfTwo(List<Operations...>) {
+  static constexpr Loops kLoops[] = {
+      {LoopOne<Operations>, LoopTwo<Operations>, PassOne<Operations>, PassTwo<Operations>}...};
   return kLoops;
 }
 
 template <class... Operations>
-const Two* MakeTwos(List<Operations...>) {
-  static constexpr Two kLoops[] = {LoopTwo<Operations>...};
+const Loops* MakeLoopsOfOne(List<Operations...>) {
+  static constexpr Loops kLoops[] = {{LoopOne<Operations>, nullptr, PassOne<Operations>, nullptr}...};
   return kLoops;
 }
 
-Tables GetTables() {
-  return {MakeOnes(TwoValueOperations{}), MakeTwos(TwoValueOperations{}), MakeOnes(OneValueOperations{})};
-}
+Tables GetTables() { return {MakeLoopsOfTwo(TwoValueOperations{}), MakeLoopsOfOne(OneValueOperations{})}; }
 
 }  // namespace OperationLoops::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -140,21 +192,34 @@ HWY_EXPORT(GetTables);
 // What is registered looks up the instruction set at every call, that is once per block of samples.
 
 template <class Operation>
-void OneOfTwoValue(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
+const Loops& FindLoops() {
+  const Tables tables = HWY_DYNAMIC_DISPATCH(GetTables)();
   constexpr std::size_t kIndex = IndexIn<Operation>(TwoValueOperations{});
-  HWY_DYNAMIC_DISPATCH(GetTables)().one_of_two_value[kIndex](operation, values, to, count);
-}
-
-template <class Operation>
-void TwoValues(const ValueOperation& operation, const float* first, const float* second, float* to, std::size_t count) {
-  constexpr std::size_t kIndex = IndexIn<Operation>(TwoValueOperations{});
-  HWY_DYNAMIC_DISPATCH(GetTables)().two[kIndex](operation, first, second, to, count);
+  if constexpr (kIndex < Size(TwoValueOperations{})) {
+    return tables.of_two_values[kIndex];
+  } else {
+    return tables.of_one_value[IndexIn<Operation>(OneValueOperations{})];
+  }
 }
 
 template <class Operation>
 void OneValue(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
-  constexpr std::size_t kIndex = IndexIn<Operation>(OneValueOperations{});
-  HWY_DYNAMIC_DISPATCH(GetTables)().one[kIndex](operation, values, to, count);
+  FindLoops<Operation>().one(operation, values, to, count);
+}
+
+template <class Operation>
+void TwoValues(const ValueOperation& operation, const float* first, const float* second, float* to, std::size_t count) {
+  FindLoops<Operation>().two(operation, first, second, to, count);
+}
+
+template <class Operation>
+ScEng::RowRanges PassOneValue(const ValueOperation& operation, const ScEng::RowPass& row) {
+  return FindLoops<Operation>().pass_one(operation, row);
+}
+
+template <class Operation>
+ScEng::RowRanges PassTwoValues(const ValueOperation& operation, const ScEng::RowPass& row) {
+  return FindLoops<Operation>().pass_two(operation, row);
 }
 
 // How NearestFloat computes a row of an operation.
@@ -239,19 +304,22 @@ ValueOperation* Copy(const ValueOperation& operation) {
 }
 
 template <class Operation>
-void Register(One one, Two two) {
+void Register(One one, Two two, Pass pass_one = nullptr, Pass pass_two = nullptr) {
   static_assert(std::is_trivially_destructible_v<Operation>, "operations are freed without a destructor call");
-  ScEng::RegisterValueOperationLoops(typeid(Operation), {one, two, kReadsRange<Operation>, Copy<Operation>});
+  ScEng::RegisterValueOperationLoops(typeid(Operation),
+                                     {one, two, kReadsRange<Operation>, Copy<Operation>, pass_one, pass_two});
 }
 
 template <class... Operations>
 void RegisterTwoValue(List<Operations...>) {
-  (Register<Operations>(OneOfTwoValue<Operations>, TwoValues<Operations>), ...);
+  (Register<Operations>(OneValue<Operations>, TwoValues<Operations>, PassOneValue<Operations>,
+                        PassTwoValues<Operations>),
+   ...);
 }
 
 template <class... Operations>
 void RegisterOneValue(List<Operations...>) {
-  (Register<Operations>(OneValue<Operations>, FirstValue<Operations>), ...);
+  (Register<Operations>(OneValue<Operations>, FirstValue<Operations>, PassOneValue<Operations>), ...);
 }
 
 template <class... Operations>

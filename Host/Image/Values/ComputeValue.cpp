@@ -19,6 +19,8 @@ namespace {
 
 using ScEng::Box2I;
 using ScEng::PendingSamples;
+using ScEng::RowPass;
+using ScEng::RowRanges;
 using ScEng::SampleRange;
 using ScEng::ValueOperationLoops;
 
@@ -26,6 +28,8 @@ using ScEng::ValueOperationLoops;
 // written.
 constexpr std::size_t kBlockSamples = 2048;
 using Block = std::array<float, kBlockSamples>;
+// What goes from image to image in registers is only looked at again where not all of it is finite.
+constexpr std::size_t kDirectBlockSamples = 8192;
 
 // The definition: one virtual call per sample. Every other loop must give the same bits.
 void ComputeOne(const ValueOperation& operation, const float* values, float* to, std::size_t count) {
@@ -124,6 +128,7 @@ class Source {
     return buffer;
   }
 
+  [[nodiscard]] bool IsPending() const { return pending_ != nullptr; }
   /// The samples that `FetchRun` reads.
   [[nodiscard]] const float* GetSamples() const { return samples_; }
 
@@ -156,17 +161,6 @@ class Source {
   std::int64_t top_;
 };
 
-/// The ranges that a pass finds on the way.
-struct PassRanges {
-  SampleRange input;
-  SampleRange output;
-
-  void Include(const PassRanges& other) {
-    input.Include(other.input);
-    output.Include(other.output);
-  }
-};
-
 /// Runs the operation over every block of the result.
 class Pass {
  public:
@@ -185,25 +179,34 @@ class Pass {
       width_ *= rows_;
       rows_ = width_ == 0 ? 0 : 1;
     }
-    block_pixels_ = kBlockSamples / std::max<std::size_t>(channels_, 1);
+    block_samples_ = NeedsNoBuffer() ? kDirectBlockSamples : kBlockSamples;
+    block_pixels_ = block_samples_ / std::max<std::size_t>(channels_, 1);
     blocks_per_row_ = (width_ + block_pixels_ - 1) / block_pixels_;
     // Nobody asks for the range of a pending image that the formula does not read.
     measures_input_ = images.size() == 1 && !loops.reads_range && !images.front()->GetKnownSampleRange() &&
                       !ScEng::IsPending(*images.front());
   }
 
-  PassRanges Run() {
-    constexpr std::size_t kGrainBlocks = 32;
-    return ScEng::ParallelReduce<PassRanges>(rows_ * blocks_per_row_, kGrainBlocks,
-                                             [&](std::size_t from, std::size_t to) { return RunBlocks(from, to); });
+  RowRanges Run() {
+    constexpr std::size_t kGrainSamples = std::size_t{1} << 16;
+    return ScEng::ParallelReduce<RowRanges>(rows_ * blocks_per_row_, kGrainSamples / block_samples_,
+                                            [&](std::size_t from, std::size_t to) { return RunBlocks(from, to); });
   }
 
  private:
-  PassRanges RunBlocks(std::size_t from, std::size_t to) const {
+  /// Whether the operation's pass goes from the images to the result, with nothing in between.
+  [[nodiscard]] bool NeedsNoBuffer() const {
+    if (!is_flat_ ||
+        std::any_of(sources_.begin(), sources_.end(), [](const Source& source) { return source.IsPending(); }))
+      return false;
+    return (sources_.size() == 1 && loops_.pass_one != nullptr) || (sources_.size() == 2 && loops_.pass_two != nullptr);
+  }
+
+  RowRanges RunBlocks(std::size_t from, std::size_t to) const {
     alignas(64) Block fetched;
     alignas(64) Block even;
     alignas(64) Block odd;
-    PassRanges ranges;
+    RowRanges ranges;
     for (std::size_t index = from; index < to; ++index) {
       const std::size_t y = index / blocks_per_row_;
       const std::size_t x = (index % blocks_per_row_) * block_pixels_;
@@ -211,23 +214,40 @@ class Pass {
       const std::size_t count = pixels * channels_;
       float* target = output_ + (y * width_ + x) * channels_;
 
-      // A result that is folded further, or streamed, is made in a block of its own first.
       const float* result = Fetch(0, x, y, pixels, odd.data());
-      if (sources_.size() == 1) {
-        if (measures_input_) ranges.input.Include(ScEng::MeasureRange(result, count));
-        float* made = streamed_ ? even.data() : target;
-        loops_.one(operation_, result, made, count);
-        result = made;
-      }
-      for (std::size_t i = 1; i < sources_.size(); ++i) {
-        const bool last = i + 1 == sources_.size();
-        float* made = last && !streamed_ ? target : (i % 2 == 1 ? even.data() : odd.data());
+      for (std::size_t i = 1; i + 1 < sources_.size(); ++i) {
+        float* made = i % 2 == 1 ? even.data() : odd.data();
         loops_.two(operation_, result, Fetch(i, x, y, pixels, fetched.data()), made, count);
         result = made;
       }
-      ranges.output.Include(streamed_ ? ScEng::StreamSamples(result, target, count, FindNext(index + 1, to))
-                                      : ScEng::MeasureFiniteRange(result, count));
+      RowPass row{.first = result,
+                  .second = result,
+                  .to = target,
+                  .count = count,
+                  .streamed = streamed_,
+                  .measures_input = measures_input_};
+      if (sources_.size() > 1) row.second = Fetch(sources_.size() - 1, x, y, pixels, fetched.data());
+      ranges.Include(RunRow(row, FindNext(index + 1, to), result == even.data() ? odd : even));
     }
+    return ranges;
+  }
+
+  /// Makes the samples of a row, if need be in `block`, which holds none of those that it reads. `ahead` is what is
+  /// read next, if that is known.
+  RowRanges RunRow(const RowPass& row, const float* ahead, Block& block) const {
+    const bool is_one = sources_.size() == 1;
+    if (const auto pass = is_one ? loops_.pass_one : loops_.pass_two; pass != nullptr) return pass(operation_, row);
+    RowRanges ranges;
+    if (row.measures_input) ranges.input = ScEng::MeasureRange(row.first, row.count);
+    // What is streamed is made in a block of its own first.
+    float* const made = row.streamed ? block.data() : row.to;
+    if (is_one) {
+      loops_.one(operation_, row.first, made, row.count);
+    } else {
+      loops_.two(operation_, row.first, row.second, made, row.count);
+    }
+    ranges.output = row.streamed ? ScEng::StreamSamples(made, row.to, row.count, ahead)
+                                 : ScEng::MeasureFiniteRange(made, row.count);
     return ranges;
   }
 
@@ -250,6 +270,7 @@ class Pass {
   std::size_t channels_ = 1;
   std::size_t width_ = 0;
   std::size_t rows_ = 0;
+  std::size_t block_samples_ = kBlockSamples;
   std::size_t block_pixels_ = 0;
   std::size_t blocks_per_row_ = 0;
   bool streamed_ = false;
@@ -296,7 +317,7 @@ Image* ComputeValue(std::vector<const Image*> images, ValueOperation* operation)
 
   // What is called meanwhile may compute images of its own.
   const ScEng::PendingScope off(false);
-  const PassRanges ranges = Pass(images, layout, *operation, loops, *output).Run();
+  const RowRanges ranges = Pass(images, layout, *operation, loops, *output).Run();
   if (!single) output->SetOutsideValue(FoldOutsideValues(images, *operation));
   if (single && !loops.reads_range && !ScEng::IsPending(*images.front())) {
     const auto known = images.front()->GetKnownSampleRange();

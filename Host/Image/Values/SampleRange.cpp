@@ -68,9 +68,26 @@ void IncludeOne(float sample, bool finite_only, SampleRange& range) {
 SampleRange WithoutNegativeZero(const SampleRange& range) { return {range.low + 0.0F, range.high + 0.0F}; }
 
 /// The slow way, for runs with NaN or infinities in them.
-SampleRange MeasureAny(const float* samples, std::size_t count, bool finite_only) {
+SampleRange MeasureAny(const float* HWY_RESTRICT samples, std::size_t count, bool finite_only) {
+  const D d;
+  const std::size_t lanes = hn::Lanes(d);
   SampleRange range;
-  for (std::size_t i = 0; i < count; ++i) IncludeOne(samples[i], finite_only, range);
+  V low = hn::Set(d, range.low);
+  V high = hn::Set(d, range.high);
+  std::size_t i = 0;
+  for (; i + lanes <= count; i += lanes) {
+    const V v = hn::LoadU(d, samples + i);
+    const auto counted = finite_only ? hn::Eq(hn::Sub(v, v), hn::Zero(d)) : hn::Eq(v, v);
+    low = hn::Min(low, hn::IfThenElse(counted, v, low));
+    high = hn::Max(high, hn::IfThenElse(counted, v, high));
+  }
+  // Not by the minimum of all lanes, which some instruction sets make of the largest finite number besides.
+  HWY_ALIGN float lows[hn::MaxLanes(d)];
+  HWY_ALIGN float highs[hn::MaxLanes(d)];
+  hn::Store(low, d, lows);
+  hn::Store(high, d, highs);
+  for (std::size_t lane = 0; lane < lanes; ++lane) range.Include({lows[lane], highs[lane]});
+  for (; i < count; ++i) IncludeOne(samples[i], finite_only, range);
   return WithoutNegativeZero(range);
 }
 

@@ -7,6 +7,7 @@
 #include <typeinfo>
 
 #include "Host/Image/Api.h"
+#include "Host/Image/SampleRange.h"
 
 /// Computes one output value from one or two input values: what a value node hands to `ComputeValue`.
 ///
@@ -40,6 +41,31 @@ using ValueOperationPtr = std::unique_ptr<ValueOperation, FreeValueOperation>;
 
 namespace ScEng {
 
+/// A row that an operation is applied to in one pass, with what the evaluator does on the way.
+struct RowPass {
+  const float* first = nullptr;
+  /// Unused by the one-value form, but not null.
+  const float* second = nullptr;
+  float* to = nullptr;
+  std::size_t count = 0;
+  /// Whether the samples are written past the caches.
+  bool streamed = false;
+  /// Whether the samples at `first` are measured.
+  bool measures_input = false;
+};
+
+/// What a pass has measured: `MeasureRange` of the input, where that was asked for, and `MeasureFiniteRange` of the
+/// samples that it has made.
+struct RowRanges {
+  SampleRange input;
+  SampleRange output;
+
+  void Include(const RowRanges& other) {
+    input.Include(other.input);
+    output.Include(other.output);
+  }
+};
+
 /// An operation's formula applied to a run of samples without a virtual call each. Both loops must give, bit for bit,
 /// what the operation's `Compute` gives. `to` never overlaps the inputs.
 struct ValueOperationLoops {
@@ -54,6 +80,11 @@ struct ValueOperationLoops {
   /// see `PendingScope`. Null where there is none to be had.
   using Copy = ValueOperation* (*)(const ValueOperation& operation);
   Copy copy = nullptr;
+  /// The loops in one pass with measuring and writing, see `RowPass-inl.h`. Null where there are none: the evaluator
+  /// then runs the loops and looks at the samples again.
+  using Pass = RowRanges (*)(const ValueOperation& operation, const RowPass& row);
+  Pass pass_one = nullptr;
+  Pass pass_two = nullptr;
 };
 
 /// Gives the evaluator loops for the operation class `type` (exactly that class: one derived from it computes through
