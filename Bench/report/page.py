@@ -7,9 +7,9 @@ from report.case import NAMES, PEERS
 from report.markup import card, cell, escape, facts, key, legend, line, noise, number, sheet, tag
 
 METHOD = """
-All contenders of a row compute the same samples in one process, in turns: a copy, a streaming copy, valuenodes, one peer
-after the other, and again, each round beginning with another one. The first call of each is not counted, and a call that
-takes less than 20 ms is made once before it is timed, so that each finds its own memory in the caches as far as it fits.
+All contenders of a row compute the same samples in one process, in turns: a copy, a streaming copy, valuenodes and the
+peers, in another order in each round. The first call of each is not counted, and what takes less than 20 ms is called
+before it is timed, up to four times within 4 ms, so that each finds its own memory in the caches as far as it fits.
 Times are those of the clock from call to result. ± is half of the middle half of the times, as a share of their median.
 Two contenders are called different where their medians are further apart than both middle halves together and than 3 %,
 and nine of ten pairs of their times are in the same order.

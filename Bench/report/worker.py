@@ -9,6 +9,7 @@ import gc
 import json
 import math
 import os
+import random
 import sys
 import time
 
@@ -22,9 +23,12 @@ from report.inputs import Inputs
 COPIES = {"copy": host_calls.copy, "stream": host_calls.stream_copy}
 #: Calls that are shorter are made several times between two looks at the clock.
 SHORTEST = 2e-4
-#: Calls that are shorter are made once before they are timed: each finds its own memory in the caches as far as it fits,
-#: and not what another contender has left there.
+#: Calls that are shorter are made before they are timed, and that for so long or four times: each finds its own memory in
+#: the caches as far as it fits, and not what another contender has left there. What fits into the last cache alone moves
+#: there in the course of several calls.
 WARM = 2e-2
+WARM_SECONDS = 4e-3
+WARM_CALLS = 4
 #: Rounds of what takes long.
 FEWEST = 5
 
@@ -92,18 +96,26 @@ class Turns:
             for name in self.order(turn):
                 if turn >= FEWEST and self.first[name] > self.long:
                     continue
-                if self.first[name] < WARM:
-                    self.calls[name]()
+                self.warm(name)
                 taken, used = timed(self.calls[name], self.counts[name])
                 times[name].append(taken)
                 processor[name].append(used)
         return times, processor
 
+    def warm(self, name):
+        if self.first[name] >= WARM:
+            return
+        begun = time.perf_counter()
+        for _ in range(WARM_CALLS):
+            self.calls[name]()
+            if time.perf_counter() - begun > WARM_SECONDS:
+                break
+
     def order(self, turn):
-        """Each round begins with another one, so that nobody always comes after the same."""
+        """Another one in each round, the same ones in each run: nobody always comes after the same."""
         names = list(self.calls)
-        start = turn % len(names)
-        return names[start:] + names[:start]
+        random.Random(turn).shuffle(names)
+        return names
 
 
 # ---- Differences ----
