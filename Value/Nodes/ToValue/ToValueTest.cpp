@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Host/Image/ColorMode.h"
+#include "Tests/Support/InstructionSets.h"
 #include "Tests/Support/ValueTesting.h"
 
 namespace {
@@ -89,6 +90,23 @@ TEST(ToValueReduce, PassesOverNanAndCountsInfinities) {
   Reduce({kNan}, ColorMode::kValue, range);
   EXPECT_SAME(range.low, kLargest);
   EXPECT_SAME(range.high, -kLargest);
+}
+
+TEST(ToValueReduce, PassesOverNanAtEveryPlaceOnEveryInstructionSet) {
+  Testing::OnEveryInstructionSet([] {
+    for (std::size_t count = 3; count < 90; ++count) {
+      for (std::size_t place = 0; place < count; ++place) {
+        std::vector<float> samples(count, 2.0F);
+        samples[place] = kNan;
+        samples[(place + 1) % count] = -1.0F;
+        samples[(place + count - 1) % count] = 3.0F;
+        ValueRange range;
+        Reduce(samples, ColorMode::kValue, range);
+        ASSERT_PRED_FORMAT2(Testing::SameFloat, range.low, -1.0F) << place << " of " << count;
+        ASSERT_PRED_FORMAT2(Testing::SameFloat, range.high, 3.0F) << place << " of " << count;
+      }
+    }
+  });
 }
 
 TEST(ToValueRange, IsThatOfTheModeUnlessLevelsAreAutomatic) {
