@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The functions that give the nearest float, beside the C library's double narrowed one sample at a time, and in units
-// of a copy with streaming stores. Prints the table of Docs/Benchmarks.md:
+// of a copy of as many bytes. Prints the table of Docs/Benchmarks.md:
 //
 //     value-function-times [ROUNDS]
 //
 // All of ComputeValue on an image of 4096 x 4096, in turn, by the processor's time; the smallest of the rounds counts,
 // since whatever else runs only adds to it. With two threads it is the time of both, and so is that of the copy.
-
-#include <hwy/cache_control.h>
-#include <hwy/highway.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,6 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <functional>
 #include <limits>
@@ -30,8 +28,6 @@
 #include "Value/Operations/FunctionOperations.h"
 
 namespace {
-
-namespace hn = hwy::HWY_NAMESPACE;
 
 constexpr int kSide = 4096;
 
@@ -51,17 +47,15 @@ ImagePtr MakeImage(float low, float high, std::uint32_t seed) {
   return image;
 }
 
-/// Copies past the caches, on the host's threads.
-void CopyStreaming(const Image& from, Image& to) {
+/// Copies on the host's threads. The C library writes pieces of this size past the caches, with the widest vectors that
+/// there are.
+void Copy(const Image& from, Image& to) {
   const std::size_t count = from.GetNumSamples();
   const std::size_t threads = ScEng::GetNumThreads();
   const float* values = from.GetConstArray();
   float* samples = to.GetArray();
   ScEng::ParallelRows(count, (count + threads - 1) / threads, [&](std::size_t begin, std::size_t end) {
-    const hn::ScalableTag<float> d;
-    const std::size_t lanes = hn::Lanes(d);
-    for (std::size_t i = begin; i < end; i += lanes) hn::Stream(hn::LoadU(d, values + i), d, samples + i);
-    hwy::FlushStream();
+    std::memcpy(samples + begin, values + begin, (end - begin) * sizeof(float));
   });
 }
 
@@ -152,7 +146,7 @@ int main(int argc, char** argv) {
         least = std::min(least, ProcessorTime() - start);
       };
       for (int round = 0; round < rounds; ++round) {
-        measure(copy, [&] { CopyStreaming(*first, target); });
+        measure(copy, [&] { Copy(*first, target); });
         // The range of a lone image is found anew each time, as for one that was just made.
         static_cast<void>(first->GetArray());
         measure(nearest, [&] { one.nearest(images); });

@@ -125,7 +125,8 @@ HWY_INLINE auto WithFormula(const ValueOperation& operation, const Run& run) {
 }
 
 template <class Operation>
-HWY_NOINLINE void LoopOne(const ValueOperation& operation, const float* __restrict values, float* __restrict to, std::size_t count) {
+HWY_NOINLINE void LoopOne(const ValueOperation& operation, const float* __restrict values, float* __restrict to,
+                          std::size_t count) {
   WithFormula<Operation>(operation, [&](const auto& formula) HWY_ATTR {
     for (std::size_t i = 0; i < count; ++i) to[i] = formula(values[i]);
   });
@@ -146,8 +147,8 @@ HWY_FLATTEN ScEng::RowRanges PassOne(const ValueOperation& operation, const ScEn
 }
 
 template <class Operation>
-HWY_NOINLINE void LoopTwo(const ValueOperation& operation, const float* __restrict first, const float* __restrict second,
-             float* __restrict to, std::size_t count) {
+HWY_NOINLINE void LoopTwo(const ValueOperation& operation, const float* __restrict first,
+                          const float* __restrict second, float* __restrict to, std::size_t count) {
   Operation copy = static_cast<const Operation&>(operation);
   for (std::size_t i = 0; i < count; ++i) to[i] = copy.Operation::Compute(first[i], second[i]);
 }
@@ -178,6 +179,10 @@ const Loops* MakeLoopsOfOne(List<Operations...>) {
   return kLoops;
 }
 
+void Scale(float factor, float* samples, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) samples[i] *= factor;
+}
+
 Tables GetTables() { return {MakeLoopsOfTwo(TwoValueOperations{}), MakeLoopsOfOne(OneValueOperations{})}; }
 
 }  // namespace OperationLoops::HWY_NAMESPACE
@@ -188,6 +193,7 @@ namespace OperationLoops {
 namespace {
 
 HWY_EXPORT(GetTables);
+HWY_EXPORT(Scale);
 
 // What is registered looks up the instruction set at every call, that is once per block of samples.
 
@@ -254,7 +260,7 @@ struct Nearest<CubicRootValueOperation> : RowOf<NearestFloat::CubicRoot> {};
 
 void ScaleLog(float factor, const float* values, float* to, std::size_t count) {
   NearestFloat::Log(values, to, count);
-  for (std::size_t i = 0; i < count; ++i) to[i] *= factor;
+  HWY_DYNAMIC_DISPATCH(Scale)(factor, to, count);
 }
 
 template <>

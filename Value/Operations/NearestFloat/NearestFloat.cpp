@@ -37,8 +37,17 @@ void PowerRow(const float* bases, const float* exponents, float* to, std::size_t
   ComputePowers(bases, ExponentRow(exponents), to, count);
 }
 
-void PowerRowOfOne(const float* bases, float exponent, float* to, std::size_t count) {
-  ComputePowers(bases, OneExponent(exponent), to, count);
+void PowerRowOfOne(const float* HWY_RESTRICT bases, float exponent, float* HWY_RESTRICT to, std::size_t count) {
+  // First those that a plain operation gives, and of which every second result may lie half way between two floats.
+  if (exponent == 1.0F) {
+    std::copy_n(bases, count, to);
+  } else if (exponent == 2.0F) {
+    for (std::size_t i = 0; i < count; ++i) to[i] = bases[i] * bases[i];
+  } else if (exponent == -1.0F) {
+    for (std::size_t i = 0; i < count; ++i) to[i] = 1.0F / bases[i];
+  } else {
+    ComputePowers(bases, OneExponent(exponent), to, count);
+  }
 }
 
 float PowerValue(float base, float exponent) {
@@ -81,16 +90,7 @@ void Power(const float* bases, const float* exponents, float* to, std::size_t co
 }
 
 void Power(const float* bases, float exponent, float* to, std::size_t count) {
-  // Those that a plain operation gives, and of which every second result may lie half way between two floats.
-  if (exponent == 1.0F) {
-    std::copy_n(bases, count, to);
-  } else if (exponent == 2.0F) {
-    for (std::size_t i = 0; i < count; ++i) to[i] = bases[i] * bases[i];
-  } else if (exponent == -1.0F) {
-    for (std::size_t i = 0; i < count; ++i) to[i] = 1.0F / bases[i];
-  } else {
-    HWY_DYNAMIC_DISPATCH(PowerRowOfOne)(bases, exponent, to, count);
-  }
+  HWY_DYNAMIC_DISPATCH(PowerRowOfOne)(bases, exponent, to, count);
 }
 
 }  // namespace NearestFloat
