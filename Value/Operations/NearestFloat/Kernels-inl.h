@@ -117,8 +117,13 @@ HWY_INLINE Angle<D> Reduce(D d, hn::Vec<D> value) {
   return angle;
 }
 
+// Each function says how it is computed where a double does not tell the nearest float, and whether there are subnormal
+// results that are no floats: those of the exponential. The sine, tangent, arcsine and arctangent of a subnormal number
+// come out as that number, which is right, and no other function here has results of that size.
+
 struct Sine {
   static constexpr auto kSlowWay = SlowWay::Sine;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -130,6 +135,7 @@ struct Sine {
 
 struct Cosine {
   static constexpr auto kSlowWay = SlowWay::Cosine;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -142,6 +148,7 @@ struct Cosine {
 
 struct Tangent {
   static constexpr auto kSlowWay = SlowWay::Tangent;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -180,6 +187,7 @@ HWY_INLINE Arc<D> ComputeArc(D d, hn::Vec<D> value) {
 
 struct ArcSine {
   static constexpr auto kSlowWay = SlowWay::ArcSine;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -194,6 +202,7 @@ struct ArcSine {
 
 struct ArcCosine {
   static constexpr auto kSlowWay = SlowWay::ArcCosine;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -211,6 +220,7 @@ struct ArcCosine {
 
 struct ArcTangent {
   static constexpr auto kSlowWay = SlowWay::ArcTangent;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -259,6 +269,7 @@ HWY_INLINE Logarithm<D> SplitForLog(D d, hn::Vec<D> value) {
 
 struct Log {
   static constexpr auto kSlowWay = SlowWay::Log;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -281,6 +292,7 @@ HWY_INLINE hn::Vec<D> TimesPowerOfTwo(D d, hn::Vec<D> value, hn::Vec<D> whole) {
 
 struct Exponential {
   static constexpr auto kSlowWay = SlowWay::Exponential;
+  static constexpr bool kHasSubnormals = true;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {
@@ -298,6 +310,7 @@ struct Exponential {
 
 struct CubicRoot {
   static constexpr auto kSlowWay = SlowWay::CubicRoot;
+  static constexpr bool kHasSubnormals = false;
 
   template <class D>
   static HWY_INLINE hn::Vec<D> Compute(D d, hn::Vec<D> value) {

@@ -14,6 +14,7 @@
 #include <hwy/highway.h>
 
 #include <cstddef>
+#include <cstdint>
 
 HWY_BEFORE_NAMESPACE();
 namespace NearestFloat::HWY_NAMESPACE {
@@ -40,24 +41,54 @@ HWY_INLINE hn::Vec<hn::Rebind<float, D>> Narrow(D d, hn::Vec<D> value) {
 /// the double does not tell which one is right.
 inline constexpr double kMargin = 0x1p-43;
 
-/// Sets `to[i]` to the float nearest to the function whose result in double is `result[i]`, right to `margin` relative
+/// The bits of a double below those of a float, and as many of its last bits as the margin comes to at most.
+inline constexpr std::uint64_t kDroppedBits = (std::uint64_t{1} << 29) - 1;
+inline constexpr std::uint64_t kMiddle = std::uint64_t{1} << 28;
+inline constexpr std::uint64_t kMarginBits = std::uint64_t{1} << 10;
+
+/// Whether every double is further than the margin from the middle between two floats, so that its nearest float is
+/// that of the true value. Of numbers whose float would be subnormal this says something only where they are floats.
+template <class D>
+HWY_INLINE bool AreFarFromMiddles(D, hn::Vec<D> results) {
+  const hn::RebindToUnsigned<D> du;
+  const auto beyond = hn::Sub(hn::BitCast(du, results), hn::Set(du, kMiddle - kMarginBits));
+  const auto upper = hn::And(beyond, hn::Set(du, kDroppedBits & ~(2 * kMarginBits - 1)));
+  return hn::AllFalse(du, hn::Eq(upper, hn::Zero(du)));
+}
+
+/// Sets `to[i]` to the float nearest to `results[i]`; `slow_way(i, estimate)` is called instead where the floats
+/// nearest to both ends of the margin around it differ.
+template <class D, class SlowWay>
+HWY_INLINE void StoreEach(D d, hn::Vec<D> results, double margin, float* HWY_RESTRICT to, SlowWay slow_way) {
+  double values[hn::MaxLanes(d)];
+  hn::StoreU(results, d, values);
+  for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
+    const auto low = static_cast<float>(values[i] * (1.0 - margin));
+    const auto high = static_cast<float>(values[i] * (1.0 + margin));
+    to[i] = low < high || low > high ? slow_way(i, values[i]) : static_cast<float>(values[i]);
+  }
+}
+
+/// Sets `to[i]` to the float nearest to the function whose result in double is `results[i]`, right to `margin` relative
 /// to it. `slow_way(i, estimate)` is called where the double does not tell.
 template <class D, class SlowWay>
-HWY_INLINE void StoreNearest(D d, hn::Vec<D> result, double margin, float* HWY_RESTRICT to, SlowWay slow_way) {
+HWY_INLINE void StoreNearest(D d, hn::Vec<D> results, double margin, float* HWY_RESTRICT to, SlowWay slow_way) {
   const hn::Rebind<float, D> df;
   const hn::RebindToUnsigned<decltype(df)> du;
-  const auto inner = Narrow(d, hn::Mul(result, hn::Set(d, 1.0 - margin)));
-  const auto outer = Narrow(d, hn::Mul(result, hn::Set(d, 1.0 + margin)));
+  const auto inner = Narrow(d, hn::Mul(results, hn::Set(d, 1.0 - margin)));
+  const auto outer = Narrow(d, hn::Mul(results, hn::Set(d, 1.0 + margin)));
   hn::StoreU(inner, df, to);
   // Bits are compared, so that a NaN is as sure as any number.
   if (HWY_LIKELY(hn::AllTrue(du, hn::Eq(hn::BitCast(du, inner), hn::BitCast(du, outer))))) return;
-  double results[hn::MaxLanes(d)];
-  hn::StoreU(result, d, results);
-  for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
-    const auto low = static_cast<float>(results[i] * (1.0 - margin));
-    const auto high = static_cast<float>(results[i] * (1.0 + margin));
-    if (low < high || low > high) to[i] = slow_way(i, results[i]);
-  }
+  StoreEach(d, results, margin, to, slow_way);
+}
+
+/// The same with `kMargin`, faster, for functions whose results are no subnormal floats, but where they are floats.
+template <class D, class SlowWay>
+HWY_INLINE void StoreNearestNormal(D d, hn::Vec<D> results, float* HWY_RESTRICT to, SlowWay slow_way) {
+  hn::StoreU(Narrow(d, results), hn::Rebind<float, D>(), to);
+  if (HWY_LIKELY(AreFarFromMiddles(d, results))) return;
+  StoreEach(d, results, kMargin, to, slow_way);
 }
 
 /// What the slow way came to last: an image may hold one hard value everywhere.
@@ -78,10 +109,15 @@ struct LastSlowWay {
 template <class Kernel, class D>
 HWY_INLINE void ComputeVector(D d, const float* HWY_RESTRICT values, float* HWY_RESTRICT to, LastSlowWay& last) {
   const hn::Rebind<float, D> df;
-  const auto result = Kernel::Compute(d, hn::PromoteTo(d, hn::LoadU(df, values)));
-  StoreNearest(d, result, kMargin, to, [values, &last](std::size_t i, double estimate) {
+  const auto results = Kernel::Compute(d, hn::PromoteTo(d, hn::LoadU(df, values)));
+  const auto slow_way = [values, &last](std::size_t i, double estimate) {
     return last.Get(values[i], 0.0F, [=] { return Kernel::kSlowWay(values[i], estimate); });
-  });
+  };
+  if constexpr (Kernel::kHasSubnormals) {
+    StoreNearest(d, results, kMargin, to, slow_way);
+  } else {
+    StoreNearestNormal(d, results, to, slow_way);
+  }
 }
 
 template <class Kernel>
