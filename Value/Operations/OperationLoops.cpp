@@ -228,35 +228,37 @@ ScEng::RowRanges PassTwoValues(const ValueOperation& operation, const ScEng::Row
   return FindLoops<Operation>().pass_two(operation, row);
 }
 
-// How NearestFloat computes a row of an operation.
+// How NearestFloat computes a row of an operation, and a pass where there is one.
 
 using Row = void (*)(const float* values, float* to, std::size_t count);
+using RowInOnePass = ScEng::RowRanges (*)(const ScEng::RowPass& row);
 
-template <Row kRow>
+template <Row kRow, RowInOnePass kPass>
 struct RowOf {
+  static constexpr Pass kPassOne = [](const ValueOperation&, const ScEng::RowPass& row) { return kPass(row); };
   static void Compute(const float* values, float* to, std::size_t count) { kRow(values, to, count); }
 };
 
 template <class Operation>
 struct Nearest;
 template <>
-struct Nearest<SineValueOperation> : RowOf<NearestFloat::Sine> {};
+struct Nearest<SineValueOperation> : RowOf<NearestFloat::Sine, NearestFloat::Sine> {};
 template <>
-struct Nearest<CosineValueOperation> : RowOf<NearestFloat::Cosine> {};
+struct Nearest<CosineValueOperation> : RowOf<NearestFloat::Cosine, NearestFloat::Cosine> {};
 template <>
-struct Nearest<TangentValueOperation> : RowOf<NearestFloat::Tangent> {};
+struct Nearest<TangentValueOperation> : RowOf<NearestFloat::Tangent, NearestFloat::Tangent> {};
 template <>
-struct Nearest<ArcSineValueOperation> : RowOf<NearestFloat::ArcSine> {};
+struct Nearest<ArcSineValueOperation> : RowOf<NearestFloat::ArcSine, NearestFloat::ArcSine> {};
 template <>
-struct Nearest<ArcCosineValueOperation> : RowOf<NearestFloat::ArcCosine> {};
+struct Nearest<ArcCosineValueOperation> : RowOf<NearestFloat::ArcCosine, NearestFloat::ArcCosine> {};
 template <>
-struct Nearest<ArcTangentValueOperation> : RowOf<NearestFloat::ArcTangent> {};
+struct Nearest<ArcTangentValueOperation> : RowOf<NearestFloat::ArcTangent, NearestFloat::ArcTangent> {};
 template <>
-struct Nearest<LogValueOperation> : RowOf<NearestFloat::Log> {};
+struct Nearest<LogValueOperation> : RowOf<NearestFloat::Log, NearestFloat::Log> {};
 template <>
-struct Nearest<ExponentialValueOperation> : RowOf<NearestFloat::Exponential> {};
+struct Nearest<ExponentialValueOperation> : RowOf<NearestFloat::Exponential, NearestFloat::Exponential> {};
 template <>
-struct Nearest<CubicRootValueOperation> : RowOf<NearestFloat::CubicRoot> {};
+struct Nearest<CubicRootValueOperation> : RowOf<NearestFloat::CubicRoot, NearestFloat::CubicRoot> {};
 
 void ScaleLog(float factor, const float* values, float* to, std::size_t count) {
   NearestFloat::Log(values, to, count);
@@ -265,12 +267,14 @@ void ScaleLog(float factor, const float* values, float* to, std::size_t count) {
 
 template <>
 struct Nearest<Log2ValueOperation> {
+  static constexpr Pass kPassOne = nullptr;
   static void Compute(const float* values, float* to, std::size_t count) {
     ScaleLog(ScEng::Math<float>::INV_LN_2, values, to, count);
   }
 };
 template <>
 struct Nearest<Log10ValueOperation> {
+  static constexpr Pass kPassOne = nullptr;
   static void Compute(const float* values, float* to, std::size_t count) {
     ScaleLog(ScEng::Math<float>::INV_LN_10, values, to, count);
   }
@@ -330,7 +334,7 @@ void RegisterOneValue(List<Operations...>) {
 
 template <class... Operations>
 void RegisterNearest(List<Operations...>) {
-  (Register<Operations>(NearestOne<Operations>, NearestFirst<Operations>), ...);
+  (Register<Operations>(NearestOne<Operations>, NearestFirst<Operations>, Nearest<Operations>::kPassOne), ...);
 }
 
 template <class... Operations>

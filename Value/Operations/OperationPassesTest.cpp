@@ -107,9 +107,11 @@ void ForEachOperation(Body body) {
   SquareRootValueOperation root;
   InverseValueOperation inverse;
   SineValueOperation sine;
+  ExponentialValueOperation exponential;
+  Log2ValueOperation logarithm;
   for (ValueOperation* operation :
        std::vector<ValueOperation*>{&addition, &division, &minimum, &is_lowest, &is_between, &linear, &smooth, &arc_out,
-                                    &arc_in, &floor, &root, &inverse, &sine}) {
+                                    &arc_in, &floor, &root, &inverse, &sine, &exponential, &logarithm}) {
     SCOPED_TRACE(typeid(*operation).name());
     body(*operation);
   }

@@ -16,9 +16,10 @@
 HWY_BEFORE_NAMESPACE();
 namespace NearestFloat::HWY_NAMESPACE {
 
-// One row and one value of each function.
+// One row, one pass and one value of each function.
 #define FUNCTION(Name)                                                                                       \
   void Name##Row(const float* values, float* to, std::size_t count) { ComputeRow<Name>(values, to, count); } \
+  ScEng::RowRanges Name##Pass(const ScEng::RowPass& row) { return ComputePass<Name>(row); }                  \
   float Name##Value(float value) { return ComputeValue<Name>(value); }
 
 FUNCTION(Sine)
@@ -65,6 +66,8 @@ namespace NearestFloat {
 
 #define FUNCTION(Name)                                                                                                 \
   HWY_EXPORT(Name##Row);                                                                                               \
+  HWY_EXPORT(Name##Pass);                                                                                              \
+  ScEng::RowRanges Name(const ScEng::RowPass& row) { return HWY_DYNAMIC_DISPATCH(Name##Pass)(row); }                   \
   void Name(const float* values, float* to, std::size_t count) { HWY_DYNAMIC_DISPATCH(Name##Row)(values, to, count); } \
   float Name(float value) { return HWY_STATIC_DISPATCH(Name##Value)(value); }
 

@@ -9,6 +9,11 @@
 
 #include <cstddef>
 
+namespace ScEng {
+struct RowPass;
+struct RowRanges;
+}  // namespace ScEng
+
 namespace NearestFloat {
 
 float Sine(float value);
@@ -38,5 +43,17 @@ void Exponential(const float* values, float* to, std::size_t count);
 void CubicRoot(const float* values, float* to, std::size_t count);
 void Power(const float* bases, float exponent, float* to, std::size_t count);
 void Power(const float* bases, const float* exponents, float* to, std::size_t count);
+
+// The same in one pass with what the host's evaluator does besides.
+
+ScEng::RowRanges Sine(const ScEng::RowPass& row);
+ScEng::RowRanges Cosine(const ScEng::RowPass& row);
+ScEng::RowRanges Tangent(const ScEng::RowPass& row);
+ScEng::RowRanges ArcSine(const ScEng::RowPass& row);
+ScEng::RowRanges ArcCosine(const ScEng::RowPass& row);
+ScEng::RowRanges ArcTangent(const ScEng::RowPass& row);
+ScEng::RowRanges Log(const ScEng::RowPass& row);
+ScEng::RowRanges Exponential(const ScEng::RowPass& row);
+ScEng::RowRanges CubicRoot(const ScEng::RowPass& row);
 
 }  // namespace NearestFloat

@@ -16,6 +16,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Host/Image/RowPass-inl.h"
+#include "Host/Image/ValueOperation.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace NearestFloat::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
@@ -121,7 +124,7 @@ HWY_INLINE void ComputeVector(D d, const float* HWY_RESTRICT values, float* HWY_
 }
 
 template <class Kernel>
-void ComputeRow(const float* HWY_RESTRICT values, float* HWY_RESTRICT to, std::size_t count) {
+HWY_NOINLINE void ComputeRow(const float* HWY_RESTRICT values, float* HWY_RESTRICT to, std::size_t count) {
   const hn::ScalableTag<double> d;
   const std::size_t lanes = hn::Lanes(d);
   LastSlowWay last;
@@ -133,6 +136,22 @@ void ComputeRow(const float* HWY_RESTRICT values, float* HWY_RESTRICT to, std::s
   for (std::size_t k = i; k < count; ++k) rest[k - i] = values[k];
   ComputeVector<Kernel>(d, rest, results, last);
   for (std::size_t k = i; k < count; ++k) to[k] = results[k - i];
+}
+
+/// The row in one pass with what the host's evaluator does besides.
+template <class Kernel>
+ScEng::RowRanges ComputePass(const ScEng::RowPass& row) {
+  LastSlowWay last;
+  const auto vector = [&last](const float* HWY_RESTRICT values, const float*, float* HWY_RESTRICT to, std::size_t count)
+                          HWY_ATTR {
+                            const hn::ScalableTag<double> d;
+                            for (std::size_t i = 0; i < count; i += hn::Lanes(d))
+                              ComputeVector<Kernel>(d, values + i, to + i, last);
+                          };
+  const auto few = [](const float* values, const float*, float* to, std::size_t count)
+                       HWY_ATTR { ComputeRow<Kernel>(values, to, count); };
+  constexpr std::size_t kVectors = 1;
+  return ScEng::HWY_NAMESPACE::RunOneValuePass<kVectors>(row, vector, few);
 }
 
 /// The float nearest to the function of one value, without a loop.

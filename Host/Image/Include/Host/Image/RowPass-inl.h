@@ -71,12 +71,11 @@ class RowMeasure {
 inline constexpr std::size_t kBytesAhead = 8192;
 
 /// `formula(first, second, to, count)` makes `count` samples, one vector of them here, so that the compiler can keep
-/// them in a register. `few` is the same formula in a loop for any count.
-template <bool kMeasuresInput, bool kStreamed, class Formula, class Few>
+/// them in a register. `few` is the same formula in a loop for any count. `kVectors` at a time suit short formulas.
+template <std::size_t kVectors, bool kMeasuresInput, bool kStreamed, class Formula, class Few>
 HWY_INLINE RowRanges RunRowPassAs(const RowPass& row, const Formula& formula, const Few& few) {
   const hn::ScalableTag<float> d;
   using Measure = RowMeasure<hn::ScalableTag<float>>;
-  constexpr std::size_t kVectors = 4;
   const std::size_t lanes = hn::Lanes(d);
   const std::size_t step = kVectors * lanes;
   const float* HWY_RESTRICT first = row.first;
@@ -131,19 +130,19 @@ HWY_INLINE RowRanges RunRowPassAs(const RowPass& row, const Formula& formula, co
 }
 
 /// The pass of an operation's one-value form.
-template <class Formula, class Few>
+template <std::size_t kVectors = 4, class Formula, class Few>
 HWY_INLINE RowRanges RunOneValuePass(const RowPass& row, const Formula& formula, const Few& few) {
   // Measuring costs nothing beside the way to memory.
-  if (row.streamed) return RunRowPassAs<true, true>(row, formula, few);
-  if (row.measures_input) return RunRowPassAs<true, false>(row, formula, few);
-  return RunRowPassAs<false, false>(row, formula, few);
+  if (row.streamed) return RunRowPassAs<kVectors, true, true>(row, formula, few);
+  if (row.measures_input) return RunRowPassAs<kVectors, true, false>(row, formula, few);
+  return RunRowPassAs<kVectors, false, false>(row, formula, few);
 }
 
 /// The pass of an operation's two-value form. The inputs are not measured.
-template <class Formula, class Few>
+template <std::size_t kVectors = 4, class Formula, class Few>
 HWY_INLINE RowRanges RunTwoValuePass(const RowPass& row, const Formula& formula, const Few& few) {
-  if (row.streamed) return RunRowPassAs<false, true>(row, formula, few);
-  return RunRowPassAs<false, false>(row, formula, few);
+  if (row.streamed) return RunRowPassAs<kVectors, false, true>(row, formula, few);
+  return RunRowPassAs<kVectors, false, false>(row, formula, few);
 }
 
 }  // namespace ScEng::HWY_NAMESPACE
