@@ -171,6 +171,8 @@ Engine::Outcome Engine::Graph::Evaluate(const std::vector<Request>& requests, co
     release_waiting(done + 1);
     throw;
   }
+  // What waits now waits for a node that was disconnected meanwhile.
+  release_waiting(done);
   return Outcome::kComplete;
 }
 

@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Host/Image/SampleAllocator.h"
@@ -89,8 +90,10 @@ class MakingNode : public GivingNode {
   ImagePtr output_;
 };
 
-inline std::shared_ptr<ScEng::NodeCatalog> MakeGraphCatalog() {
-  auto catalog = MakeCatalog<GivingNode, MakingNode>();
+/// The library's nodes, those above and further ones.
+template <class... NodeClasses>
+std::shared_ptr<ScEng::NodeCatalog> MakeGraphCatalog() {
+  auto catalog = MakeCatalog<GivingNode, MakingNode, NodeClasses...>();
   for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
     catalog->AddDescriptor(
         ScEng::RefPtr<NodeInterface>(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index))));
@@ -101,7 +104,7 @@ inline std::shared_ptr<ScEng::NodeCatalog> MakeGraphCatalog() {
 /// A graph of nodes by their type names.
 class Graph {
  public:
-  Graph() : engine(MakeGraphCatalog()) {}
+  explicit Graph(std::shared_ptr<ScEng::NodeCatalog> catalog = MakeGraphCatalog()) : engine(std::move(catalog)) {}
 
   Node* Add(const std::string& type) {
     Node* const node = engine.CreateNode(engine.GetCatalog().FindTypeName(type)->GetNodeType());
@@ -123,10 +126,11 @@ class Graph {
   std::vector<ImagePtr> EvaluateJoined(const std::vector<Node*>& nodes, Engine::Options options = {}) {
     std::vector<ImagePtr> images(nodes.size());
     options.release_results = true;
-    options.on_evaluated = [&](Node& evaluated, std::size_t, std::size_t) {
+    options.on_evaluated = [&, told = options.on_evaluated](Node& evaluated, std::size_t done, std::size_t total) {
       for (std::size_t i = 0; i < nodes.size(); ++i) {
         if (nodes[i] == &evaluated) images[i].Reset(engine.GetOutputImage(&evaluated, 0));
       }
+      if (told) told(evaluated, done, total);
     };
     EXPECT_EQ(engine.Evaluate(MakeRequests(nodes), options), Engine::Outcome::kComplete);
     return images;

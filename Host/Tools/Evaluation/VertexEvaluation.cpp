@@ -69,9 +69,15 @@ std::vector<PlugValue> GatherInputs(NodeVertex& vertex) {
   return values;
 }
 
+/// What a node is given.
+struct Inputs {
+  std::vector<PlugValue> values;
+  // Images that stand in for pending ones.
+  std::vector<ImagePtr> settled;
+};
+
 /// False where the evaluation was stopped, whatever the node made of that.
-bool EvaluateOutput(Node& node, unsigned outplug, const std::vector<PlugValue>& inputs, bool may_be_pending,
-                    const Engine::Options& options) {
+bool EvaluateOutput(Node& node, unsigned outplug, Inputs& inputs, bool may_be_pending, const Engine::Options& options) {
   std::optional<EvaluationScope> scope;
   if (options.cancellation != nullptr || options.on_progress) {
     EvaluationScope::Progress progress;
@@ -83,7 +89,8 @@ bool EvaluateOutput(Node& node, unsigned outplug, const std::vector<PlugValue>& 
   const PendingScope pending(may_be_pending);
   bool failed = true;
   try {
-    node.Evaluate(outplug, inputs);
+    SettleInputs(node, inputs.values, inputs.settled);
+    node.Evaluate(outplug, inputs.values);
     failed = false;
   } catch (const Canceled&) {
     return false;
@@ -109,9 +116,9 @@ void EvaluateVertex(NodeVertex& vertex, const Engine::Options& options) {
   const bool was_dirty = vertex.dirty;
   vertex.blocked = HasFailedInput(vertex);
   node.SetState(0, Node::State::kIdle, {});
-  std::vector<PlugValue> inputs;
+  Inputs inputs;
   if (!vertex.blocked) {
-    inputs = GatherInputs(vertex);
+    inputs.values = GatherInputs(vertex);
     // An output may have failed only now that it was read.
     vertex.blocked = HasFailedInput(vertex);
   }
@@ -141,7 +148,7 @@ void EvaluateVertex(NodeVertex& vertex, const Engine::Options& options) {
       throw Stopped();
     }
     vertex.valid[outplug] = true;
-    HandOnMetadata(node, inputs);
+    HandOnMetadata(node, inputs.values);
     // Some nodes make all their outputs at once.
     for (unsigned other = 0; other < node.GetOutplugs().size(); ++other) {
       if (GetOwnImage(node, other) != nullptr) vertex.valid[other] = true;
@@ -154,7 +161,7 @@ void EvaluateVertex(NodeVertex& vertex, const Engine::Options& options) {
   // An error stands until something changes; it is not tried again for each output.
   if (node.IsInError()) vertex.valid.assign(vertex.valid.size(), true);
   if (node.GetState() == Node::State::kIdle) node.SetState(0, Node::State::kReady, {});
-  if (options.on_timed) options.on_timed(node, {begun, ended, CountBytes(inputs), vertex.statistics.bytes_made});
+  if (options.on_timed) options.on_timed(node, {begun, ended, CountBytes(inputs.values), vertex.statistics.bytes_made});
 }
 
 }  // namespace ScEng
