@@ -6,6 +6,7 @@
 #include <atomic>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -42,9 +43,15 @@ std::align_val_t AlignmentOf(std::size_t bytes) {
 
 void FreeBlock(float* block, std::size_t bytes) noexcept { ::operator delete(block, AlignmentOf(bytes)); }
 
+// The scopes of this thread.
+constinit thread_local std::size_t num_own_scopes = 0;
+
 class Recycler {
  public:
-  Recycler() { HoldWhileForking(mutex_); }
+  Recycler() {
+    HoldWhileForking(mutex_);
+    CallInForks([this] { ForgetOtherScopes(); });
+  }
 
   /// A kept block of that size; null where there is none. Then the caller makes one, for which there is room now.
   float* Take(std::size_t bytes) {
@@ -93,17 +100,15 @@ class Recycler {
   }
 
   void EnterScope() {
+    ++num_own_scopes;
     const std::lock_guard lock(mutex_);
     if (scopes_++ == 0) most_bytes_used_ = used_bytes_;
   }
 
   void LeaveScope() noexcept {
+    --num_own_scopes;
     const std::lock_guard lock(mutex_);
-    if (--scopes_ > 0) return;
-    for (Block& block : blocks_) {
-      if (block.bytes > kLargestKept) Evict(block);
-    }
-    EvictSurplus();
+    if (--scopes_ == 0) EvictScoped();
   }
 
  private:
@@ -116,6 +121,20 @@ class Recycler {
     if (block.samples != nullptr) FreeBlock(block.samples, block.bytes);
     kept_bytes_ -= block.bytes;
     block = {};
+  }
+
+  /// In a process that was forked from one with scopes on other threads: those have no end there.
+  void ForgetOtherScopes() noexcept {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(scopes_, num_own_scopes) > 0 && scopes_ == 0) EvictScoped();
+  }
+
+  /// Lets go of what is kept within scopes only.
+  void EvictScoped() noexcept {
+    for (Block& block : blocks_) {
+      if (block.bytes > kLargestKept) Evict(block);
+    }
+    EvictSurplus();
   }
 
   /// Lets go of the oldest blocks until what is left may be kept.
