@@ -17,8 +17,7 @@
 #include "Host/Tools/Engine.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/ImageTesting.h"
-#include "Tests/Support/TestNodes.h"
-#include "Value/NodeTable.h"
+#include "Tests/Support/LibraryNodes.h"
 
 namespace Testing {
 
@@ -55,19 +54,6 @@ class CountingAllocator : public ScEng::SampleAllocator {
 /// The samples of every image of the test program come from here.
 CountingAllocator& GetAllocator();
 
-/// Stands for whatever gives the image, which is put in place of its output.
-class GivingNode : public TestNode {
- public:
-  static constexpr NodeType kType{700, 2, 1};
-  static constexpr const char* kName = "GivingNode";
-  GivingNode() {
-    outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-    UpdateInplugsAndOutplugs();
-  }
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return "Giving"; }
-};
-
 /// Makes an image at each evaluation, and drops it when it is told.
 class MakingNode : public GivingNode {
  public:
@@ -90,21 +76,11 @@ class MakingNode : public GivingNode {
   ImagePtr output_;
 };
 
-/// The library's nodes, those above and further ones.
-template <class... NodeClasses>
-std::shared_ptr<ScEng::NodeCatalog> MakeGraphCatalog() {
-  auto catalog = MakeCatalog<GivingNode, MakingNode, NodeClasses...>();
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    catalog->AddDescriptor(
-        ScEng::RefPtr<NodeInterface>(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index))));
-  }
-  return catalog;
-}
-
 /// A graph of nodes by their type names.
 class Graph {
  public:
-  explicit Graph(std::shared_ptr<ScEng::NodeCatalog> catalog = MakeGraphCatalog()) : engine(std::move(catalog)) {}
+  explicit Graph(std::shared_ptr<ScEng::NodeCatalog> catalog = MakeLibraryCatalog<MakingNode>())
+      : engine(std::move(catalog)) {}
 
   Node* Add(const std::string& type) {
     Node* const node = engine.CreateNode(engine.GetCatalog().FindTypeName(type)->GetNodeType());

@@ -81,7 +81,7 @@ ImagePtr MakeWave(float first) {
 class Changed {
  public:
   Changed()
-      : graph(Testing::MakeGraphCatalog<LiftingNode>()), first(Give(MakeWave(-1.0F))), second(Give(MakeWave(2.0F))) {}
+      : graph(Testing::MakeLibraryCatalog<LiftingNode>()), first(Give(MakeWave(-1.0F))), second(Give(MakeWave(2.0F))) {}
 
   Node* Give(const ImagePtr& image) {
     Node* const giving = graph.Add("GivingNode");
