@@ -31,19 +31,14 @@ void TellSource(const NodeConnection& connection, const Node* from) {
   node.SetAttributeSource(static_cast<unsigned>(connection.inplug - inputs), from, connection.outplug);
 }
 
-void Drop(NodeVertex& vertex) {
-  ScEng::Tell(*vertex.node, NodeEvent::kDropCachedResults);
-  vertex.valid.assign(vertex.valid.size(), false);
-}
-
 void ReleaseUse(NodeVertex& vertex) {
   if (vertex.uses == 0 || --vertex.uses > 0) return;
-  Drop(vertex);
+  ScEng::DropResults(vertex);
 }
 
-/// Releases what still waited to be used.
+/// Releases what still waits to be used, and what nobody may have after the evaluation.
 void ReleaseAll(NodeVertex& vertex) {
-  if (std::exchange(vertex.uses, 0) > 0) Drop(vertex);
+  if (std::exchange(vertex.uses, 0) > 0 || vertex.is_pending) ScEng::DropResults(vertex);
 }
 
 }  // namespace
@@ -79,6 +74,9 @@ bool Engine::Graph::Delete(const Node* node) {
   const Status removed = ScEng::CallGuarded("OnRemoved", [&] { vertex->node->OnRemoved(); });
   if (removed.IsError()) Log::Error("%s: %s", NameOf(*vertex->node).c_str(), removed.GetMessage().c_str());
   order_.Remove(*vertex);
+  for (Evaluation* running = running_; running != nullptr; running = running->outer) {
+    std::replace(running->order.begin(), running->order.end(), vertex, static_cast<NodeVertex*>(nullptr));
+  }
   vertices_.erase(node);
   return true;
 }
@@ -145,39 +143,52 @@ void Engine::Graph::SetOverride(NodeVertex& vertex, unsigned outplug, const Imag
 
 Engine::Outcome Engine::Graph::Evaluate(const std::vector<Request>& requests, const Options& options) {
   const ScEng::SampleMemoryScope memory;
-  const std::vector<NodeVertex*> order = Plan(requests);
+  Evaluation evaluation{Plan(requests), running_};
+  running_ = &evaluation;
   std::size_t done = 0;
-  const auto release_waiting = [&](std::size_t count) {
-    if (!options.release_results) return;
-    for (std::size_t i = 0; i < std::min(count, order.size()); ++i) ReleaseAll(*order[i]);
-  };
+  auto outcome = Outcome::kComplete;
   try {
-    for (NodeVertex* vertex : order) {
-      ScEng::EvaluateVertex(*vertex, options);
-      if (options.release_results) {
-        for (const auto& [place, input] : vertex->inputs) {
-          if (input.From().GetOverride(input.outplug) == nullptr) ReleaseUse(input.From());
-        }
-      }
-      ++done;
-      if (options.on_evaluated) options.on_evaluated(*vertex->node, done, order.size());
-      if (options.release_results && vertex->requested) ReleaseUse(*vertex);
-    }
+    EvaluateInOrder(evaluation, done, options);
   } catch (const Stopped&) {
-    release_waiting(done);
-    return Outcome::kCanceled;
+    outcome = Outcome::kCanceled;
   } catch (...) {
     // No pending image outlives its evaluation, also where one of the functions of the options ends it.
-    release_waiting(done + 1);
+    running_ = evaluation.outer;
+    ReleaseWaiting(evaluation, done + 1, options);
     throw;
   }
-  // What waits now waits for a node that was disconnected meanwhile.
-  release_waiting(done);
-  return Outcome::kComplete;
+  running_ = evaluation.outer;
+  // In one that was not stopped they wait for nodes that were disconnected meanwhile.
+  ReleaseWaiting(evaluation, done, options);
+  return outcome;
+}
+
+/// Throws `Stopped`.
+void Engine::Graph::EvaluateInOrder(Evaluation& evaluation, std::size_t& done, const Options& options) {
+  for (NodeVertex* const& vertex : evaluation.order) {
+    if (vertex != nullptr) ScEng::EvaluateVertex(*vertex, options);
+    // Whoever is told of it may delete it.
+    if (vertex != nullptr && options.release_results) {
+      for (const auto& [place, input] : vertex->inputs) {
+        if (input.From().GetOverride(input.outplug) == nullptr) ReleaseUse(input.From());
+      }
+    }
+    ++done;
+    if (vertex != nullptr && options.on_evaluated) options.on_evaluated(*vertex->node, done, evaluation.order.size());
+    if (vertex != nullptr && options.release_results && vertex->requested) ReleaseUse(*vertex);
+  }
+}
+
+void Engine::Graph::ReleaseWaiting(const Evaluation& evaluation, std::size_t count, const Options& options) {
+  if (!options.release_results) return;
+  for (std::size_t i = 0; i < std::min(count, evaluation.order.size()); ++i) {
+    if (evaluation.order[i] != nullptr) ReleaseAll(*evaluation.order[i]);
+  }
 }
 
 void Engine::Graph::Disconnect(const NodeConnection& connection) {
   NodeVertex& to = connection.To();
+  if (connection.From().user == &to) connection.From().user = nullptr;
   const auto place = to.inputs.find({connection.inplug, connection.index});
   order_.Disconnect(place->second);
   MarkDirty(to);

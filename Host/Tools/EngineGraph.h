@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -36,10 +37,21 @@ class HOST_TOOLS_NO_EXPORT Engine::Graph {
   Outcome Evaluate(const std::vector<Request>& requests, const Options& options);
 
  private:
+  /// An evaluation that is running. Whoever is told of it may begin another one.
+  struct Evaluation {
+    // Null for those that were deleted meanwhile.
+    std::vector<ScEng::NodeVertex*> order;
+    Evaluation* outer;
+  };
+
+  void EvaluateInOrder(Evaluation& evaluation, std::size_t& done, const Options& options);
+  static void ReleaseWaiting(const Evaluation& evaluation, std::size_t count, const Options& options);
   std::vector<ScEng::NodeVertex*> Plan(const std::vector<Request>& requests);
   void Disconnect(const ScEng::NodeConnection& connection);
 
   ScEng::AcyclicGraph order_;
   std::unordered_map<const Node*, std::unique_ptr<ScEng::NodeVertex>> vertices_;
+  // The number of the latest one, and those that are running.
   std::uint64_t evaluation_ = 0;
+  Evaluation* running_ = nullptr;
 };

@@ -274,6 +274,65 @@ TEST_F(ChangedChains, NobodyReads) {
   EXPECT_TRUE(IsSame(asked.Get(), each_.graph.EvaluateEach({each_.before}).front().Get()));
 }
 
+TEST_F(ChangedChains, TheReaderIsDeleted) {
+  for (Changed* changed : {&joined_, &each_}) {
+    Node* const reader = BuildTwo(*changed, "ImageValueMultiplyNode");
+    changed->asked.push_back(changed->graph.AddBehind(changed->second, "ImageValueAddNode"));
+    changed->change = [=] { EXPECT_TRUE(changed->graph.engine.DeleteNode(reader)); };
+  }
+  const std::vector<ImagePtr> found = Evaluate(joined_, true);
+  const std::vector<ImagePtr> expected = Evaluate(each_, false);
+  EXPECT_FALSE(found[0]);
+  ASSERT_TRUE(found[1]);
+  EXPECT_TRUE(IsSame(found[1].Get(), expected[1].Get()));
+  EXPECT_EQ(joined_.before->GetOutputImage(0), nullptr);
+  EXPECT_TRUE(joined_.graph.EvaluateEach({joined_.before}).front());
+}
+
+TEST_F(ChangedChains, TheNodeThatWasEvaluatedIsDeleted) {
+  Check([](Changed& changed) {
+    Node* const reader = BuildTwo(changed, "ImageValueAddNode");
+    changed.graph.Connect(changed.second, reader, "image", 1);
+    changed.change = [&changed] { EXPECT_TRUE(changed.graph.engine.DeleteNode(changed.before)); };
+  });
+  // What is left of the reader's inputs, and its constant of 0.
+  EXPECT_EQ(found_[0]->GetValueLow(), 2.0F);
+}
+
+TEST_F(ChangedChains, TheReaderIsDeletedBefore) {
+  // When its image may not be made yet.
+  const auto build = [](Changed& changed) {
+    changed.before = changed.graph.AddBehind(changed.first, "ImageValueAddNode");
+    Node* const middle = changed.graph.AddBehind(changed.before, "ImageValueMultiplyNode");
+    Node* const last = changed.graph.AddBehind(middle, "ImageValueAddNode");
+    Node* const other = changed.graph.AddBehind(changed.second, "ImageEuclideanDistanceNode");
+    changed.asked = {last, other};
+    changed.change = [&changed, middle, last, other] {
+      EXPECT_TRUE(changed.graph.engine.DeleteNode(last));
+      changed.Disconnect(changed.second, other);
+      changed.graph.Connect(middle, other);
+    };
+  };
+  build(joined_);
+  build(each_);
+  const std::vector<ImagePtr> found = Evaluate(joined_, true);
+  const std::vector<ImagePtr> expected = Evaluate(each_, false);
+  ASSERT_TRUE(found[1]);
+  EXPECT_TRUE(IsSame(found[1].Get(), expected[1].Get()));
+}
+
+TEST_F(ChangedChains, TheNodeIsAskedForMeanwhile) {
+  ImagePtr asked[2];
+  std::size_t count = 0;
+  for (Changed* changed : {&joined_, &each_}) {
+    BuildTwo(*changed, "ImageValueMultiplyNode");
+    changed->change = [&, changed] { asked[count++] = changed->graph.EvaluateEach({changed->before}).front(); };
+    Evaluate(*changed, changed == &joined_);
+  }
+  ASSERT_TRUE(asked[0]);
+  EXPECT_TRUE(IsSame(asked[0].Get(), asked[1].Get()));
+}
+
 TEST_F(ChangedChains, NoSampleIsFinite) {
   Check([](Changed& changed) {
     const float nan = std::numeric_limits<float>::quiet_NaN();

@@ -9,7 +9,7 @@ namespace ScEng {
 namespace {
 
 bool IsUpToDate(const NodeVertex& vertex) {
-  if (vertex.dirty) return false;
+  if (vertex.dirty || vertex.is_pending) return false;
   for (std::size_t i = 0; i < vertex.wanted.size(); ++i) {
     if (vertex.wanted[i] && !vertex.valid[i]) return false;
   }

@@ -47,7 +47,8 @@ bool HoldsSeveral(const NodeVertex& vertex) {
 }  // namespace
 
 bool MayBePending(NodeVertex& vertex, const Engine::Options& options) {
-  if (!options.release_results || options.on_timed || vertex.uses != 1 || vertex.requested) return false;
+  if (!options.release_results || options.on_timed) return false;
+  if (vertex.uses != 1 || vertex.requested || vertex.user == nullptr) return false;
   if (!Joins(*vertex.node) || !Joins(*vertex.user->node) || !ReadsNoRange(*vertex.user->node)) return false;
   vertex.holds_several = HoldsSeveral(vertex);
   // Images are not held in place of a single one while others are made.

@@ -61,6 +61,11 @@ std::size_t CountBytes(const std::vector<PlugValue>& inputs) {
   return CountBytes(std::move(images));
 }
 
+bool HoldsPending(Node& node) {
+  const Image* const image = GetOwnImage(node, 0);
+  return image != nullptr && IsPending(*image);
+}
+
 void HandOnMetadata(Node& node, const std::vector<PlugValue>& inputs) {
   std::vector<const Image*> images;
   for (const PlugValue& input : inputs) {

@@ -16,6 +16,9 @@ std::size_t CountBytes(Node& node);
 /// The same of what it is given.
 std::size_t CountBytes(const std::vector<PlugValue>& inputs);
 
+/// Whether the node's one image is a pending one.
+bool HoldsPending(Node& node);
+
 /// Hands on what the input images carry to the images that a node has made of them.
 void HandOnMetadata(Node& node, const std::vector<PlugValue>& inputs);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Host/Tools/Evaluation/NodeVertex.h"
 
+#include "Host/Tools/Evaluation/NodeCalls.h"
+
 namespace ScEng {
 
 NodeConnection::NodeConnection(NodeVertex& starts_at, unsigned starts_at_outplug, NodeVertex& ends_at,
@@ -8,6 +10,12 @@ NodeConnection::NodeConnection(NodeVertex& starts_at, unsigned starts_at_outplug
     : Edge(starts_at, ends_at), outplug(starts_at_outplug), inplug(ends_at_inplug), index(ends_at_index) {}
 NodeVertex& NodeConnection::From() const { return static_cast<NodeVertex&>(*from); }
 NodeVertex& NodeConnection::To() const { return static_cast<NodeVertex&>(*to); }
+
+void DropResults(NodeVertex& vertex) {
+  Tell(*vertex.node, NodeEvent::kDropCachedResults);
+  vertex.valid.assign(vertex.valid.size(), false);
+  vertex.is_pending = false;
+}
 
 void MarkDirty(NodeVertex& start) {
   // Everything downstream of a dirty vertex is dirty already. A new vertex is dirty from the start, so that building a

@@ -44,6 +44,8 @@ struct NodeVertex : AcyclicGraph::Vertex {
   bool blocked = false;
   // Which outputs hold the result of the last evaluation (one entry also for a node without outputs).
   std::vector<bool> valid;
+  // The result is a pending image, which nobody may have but the node that reads it in the same evaluation.
+  bool is_pending = false;
   // Images that stand in for outputs; empty where none ever did.
   std::vector<ImagePtr> overrides;
   Engine::NodeStatistics statistics;
@@ -55,7 +57,7 @@ struct NodeVertex : AcyclicGraph::Vertex {
   std::vector<bool> wanted;
   // Connections and requests that still need this node's results.
   std::size_t uses = 0;
-  // The last one that was found to need them.
+  // The last one that was found to need them; null once it is disconnected.
   NodeVertex* user = nullptr;
   // The one that is evaluated next.
   NodeVertex* next = nullptr;
@@ -67,6 +69,9 @@ struct NodeVertex : AcyclicGraph::Vertex {
     return outplug < overrides.size() ? overrides[outplug].Get() : nullptr;
   }
 };
+
+/// Lets go of the results.
+void DropResults(NodeVertex& vertex);
 
 /// The result of a vertex, and of all that depend on it, is not up to date any more.
 void MarkDirty(NodeVertex& start);

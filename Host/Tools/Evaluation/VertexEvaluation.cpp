@@ -127,7 +127,9 @@ void EvaluateVertex(NodeVertex& vertex, const Engine::Options& options) {
   // A node with several outputs computes each at its own request, so an old one could pass for a new one. A node with
   // one output keeps it: some show their last result while they are disabled.
   if (vertex.blocked || (was_dirty && vertex.valid.size() > 1)) Tell(node, NodeEvent::kDropCachedResults);
-  if (was_dirty) vertex.valid.assign(vertex.valid.size(), false);
+  // Of an image that is pending this evaluation may need the samples.
+  if (was_dirty || vertex.is_pending) vertex.valid.assign(vertex.valid.size(), false);
+  vertex.is_pending = false;
   if (vertex.blocked) {
     vertex.valid.assign(vertex.valid.size(), true);
     return;
@@ -141,8 +143,7 @@ void EvaluateVertex(NodeVertex& vertex, const Engine::Options& options) {
     if (is_to_stop || !EvaluateOutput(node, outplug, inputs, may_be_pending, options)) {
       // No partial or earlier result stays. Where the node was up to date but for this output, what depends on the
       // others still is.
-      Tell(node, NodeEvent::kDropCachedResults);
-      vertex.valid.assign(vertex.valid.size(), false);
+      DropResults(vertex);
       vertex.dirty = was_dirty;
       node.SetState(0, Node::State::kIdle, {});
       throw Stopped();
@@ -154,6 +155,7 @@ void EvaluateVertex(NodeVertex& vertex, const Engine::Options& options) {
       if (GetOwnImage(node, other) != nullptr) vertex.valid[other] = true;
     }
   }
+  vertex.is_pending = may_be_pending && HoldsPending(node);
   const auto ended = std::chrono::steady_clock::now();
   vertex.statistics.seconds = std::chrono::duration<double>(ended - begun).count();
   ++vertex.statistics.evaluations;
