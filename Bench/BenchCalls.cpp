@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "Bench/ProgramSupport.h"
 #include "Host/Image/ComputeValue.h"
 #include "Host/Image/EuclideanDistance.h"
 #include "Host/Image/Filter.h"
@@ -57,10 +58,6 @@ Image* ComputeByName(const std::string& name, float constant, const std::vector<
   if (name == "power") return Compute(images, PowerOperation(constant));
   if (name == "unknown") return Compute(images, UnknownOperation(constant));
   throw std::runtime_error("there is no operation " + name);
-}
-
-void Check(const ScEng::Status& status) {
-  if (status.IsError()) throw std::runtime_error(status.GetMessage());
 }
 
 template <class Result>
@@ -106,11 +103,7 @@ class Chain {
  public:
   /// `words` has a line for each node: its type, then attributes as NAME=VALUE.
   Chain(const char* library_file, const char* words, ImagePtr image) : image_(std::move(image)) {
-    auto catalog = ScEng::CreateHostCatalog();
-    ScEng::Status status;
-    auto library = ScEng::NodeLibrary::Load(library_file, status);
-    Check(status);
-    Check(catalog->AddLibrary(std::move(library)));
+    const auto catalog = Bench::LoadCatalog(library_file);
     engine_.SetCatalog(catalog);
     source_ = engine_.CreateNode(ScEng::kImageRerouteType);
     last_ = source_;
@@ -145,7 +138,7 @@ class Chain {
       const bool done = is_number ? attribute->SetNumber(number, false) : attribute->SetChoice(value.c_str(), false);
       if (!done) throw std::runtime_error("cannot set " + word);
     }
-    Check(engine_.Connect(last_, last_->GetOutplugName(0), 0, node, node->GetInplugName(0), 0));
+    Bench::Check(engine_.Connect(last_, last_->GetOutplugName(0), 0, node, node->GetInplugName(0), 0));
     last_ = node;
   }
 

@@ -6,13 +6,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Bench/CancelTrial.h"
-#include "Host/Nodes/HostNodes.h"
+#include "Bench/ProgramSupport.h"
 #include "Host/Tools/NodeLibrary.h"
 
 namespace {
@@ -70,29 +69,24 @@ void PrintLoad(const char* when) {
   if (getloadavg(loads, 1) == 1) std::cout << "Load of the last minute " << when << ": " << loads[0] << "\n";
 }
 
+void Run(const Options& options) {
+  const auto catalog = Bench::LoadCatalog(options.library);
+  PrintLoad("before");
+  Bench::CancelTrial trial(catalog, options.side);
+  std::cout << "| Node | Whole | Stopped | Median | Largest | Largest, processor time |\n|---|---|---|---|---|---|\n";
+  for (const Bench::CancelCase& tested : MakeCases(*catalog)) {
+    if (tested.name.find(options.filter) == std::string::npos) continue;
+    std::cout << trial.Run(tested, options.attempts) << std::flush;
+  }
+  PrintLoad("after");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto options = ReadOptions(argc, argv);
-  if (!options) {
-    std::cerr << "usage: value-cancel-times LIBRARY [SIDE] [ATTEMPTS] [PART OF A NAME]\n";
-    return 2;
-  }
-  auto catalog = ScEng::CreateHostCatalog();
-  ScEng::Status status;
-  auto library = ScEng::NodeLibrary::Load(options->library, status);
-  if (!status.IsError()) status = catalog->AddLibrary(std::move(library));
-  if (status.IsError()) {
-    std::cerr << "value-cancel-times: " << status.GetMessage() << "\n";
-    return 1;
-  }
-  PrintLoad("before");
-  Bench::CancelTrial trial(catalog, options->side);
-  std::cout << "| Node | Whole | Stopped | Median | Largest | Largest, processor time |\n|---|---|---|---|---|---|\n";
-  for (const Bench::CancelCase& tested : MakeCases(*catalog)) {
-    if (tested.name.find(options->filter) == std::string::npos) continue;
-    std::cout << trial.Run(tested, options->attempts) << std::flush;
-  }
-  PrintLoad("after");
-  return 0;
+  return Bench::RunProgram("value-cancel-times LIBRARY [SIDE] [ATTEMPTS] [PART OF A NAME]", [&] {
+    const auto options = ReadOptions(argc, argv);
+    if (options) Run(*options);
+    return options.has_value();
+  });
 }

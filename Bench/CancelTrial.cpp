@@ -5,12 +5,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <iomanip>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 
+#include "Bench/ProgramSupport.h"
 #include "Host/Files/ImageFile.h"
 
 namespace Bench {
@@ -26,17 +26,7 @@ constexpr double kPatience = 120.0;
 constexpr const char* kTested = "tested";
 constexpr const char* kSmall = "small.image";
 
-void Check(const ScEng::Status& status) {
-  if (status.IsError()) throw std::runtime_error(status.GetMessage());
-}
-
 double SecondsSince(Clock::time_point begun) { return std::chrono::duration<double>(Clock::now() - begun).count(); }
-
-double GetProcessorSeconds() {
-  std::timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
 
 NodeType FindType(const ScEng::NodeCatalog& catalog, const std::string& name) {
   const NodeInterface* descriptor = catalog.FindTypeName(name);

@@ -16,7 +16,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -24,6 +23,7 @@
 #include <string>
 #include <vector>
 
+#include "Bench/ProgramSupport.h"
 #include "Host/Image/Image.h"
 #include "Host/Image/SampleRange.h"
 #include "Host/Nodes/HostNodes.h"
@@ -33,15 +33,8 @@
 
 namespace {
 
-void Check(const ScEng::Status& status) {
-  if (status.IsError()) throw std::runtime_error(status.GetMessage());
-}
-
-double GetProcessorSeconds() {
-  std::timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
+using Bench::Check;
+using Bench::GetProcessorSeconds;
 
 /// Pointwise nodes one after the other, behind an image that stands in for what feeds them.
 class Chain {
@@ -95,12 +88,8 @@ double Median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-int Run(char** arguments) {
-  auto catalog = ScEng::CreateHostCatalog();
-  ScEng::Status status;
-  auto library = ScEng::NodeLibrary::Load(arguments[1], status);
-  Check(status);
-  Check(catalog->AddLibrary(std::move(library)));
+void Run(char** arguments) {
+  const auto catalog = Bench::LoadCatalog(arguments[1]);
   const int side = std::atoi(arguments[2]);
   const std::size_t nodes = std::strtoul(arguments[3], nullptr, 10);
   const std::size_t rounds = std::strtoul(arguments[4], nullptr, 10);
@@ -138,20 +127,14 @@ int Run(char** arguments) {
   std::cout << "copy " << Median(copy) * 1e6 << "  plain " << Median(plain) * 1e6 << "  each " << Median(each) * 1e6
             << "  joined " << Median(joined) * 1e6 << "  chain "
             << Median(joined) * static_cast<double>(nodes) / Median(copy) << "\n";
-  return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 6) {
-    std::cerr << "usage: value-chain-times LIBRARY SIDE NODES ROUNDS THREADS\n";
-    return 2;
-  }
-  try {
-    return Run(argv);
-  } catch (const std::exception& error) {
-    std::cerr << "value-chain-times: " << error.what() << "\n";
-    return 1;
-  }
+  return Bench::RunProgram("value-chain-times LIBRARY SIDE NODES ROUNDS THREADS", [&] {
+    if (argc != 6) return false;
+    Run(argv);
+    return true;
+  });
 }

@@ -9,7 +9,6 @@
 // Each is answered by the seconds that one evaluation took on average, on the clock and of the processors.
 #include <chrono>
 #include <cstdlib>
-#include <ctime>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -17,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "Bench/ProgramSupport.h"
 #include "Host/Image/Image.h"
 #include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/Engine.h"
@@ -28,15 +28,8 @@ namespace {
 
 using Images = std::vector<ImagePtr>;
 
-void Check(const ScEng::Status& status) {
-  if (status.IsError()) throw std::runtime_error(status.GetMessage());
-}
-
-double GetProcessorSeconds() {
-  std::timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
+using Bench::Check;
+using Bench::GetProcessorSeconds;
 
 Images ReadImages(const std::string& path, int side, std::size_t count) {
   std::ifstream file(path, std::ios::binary);
@@ -106,12 +99,8 @@ class NodeInGraph {
   Engine::Options options_;
 };
 
-int Run(char** arguments) {
-  auto catalog = ScEng::CreateHostCatalog();
-  ScEng::Status status;
-  auto library = ScEng::NodeLibrary::Load(arguments[1], status);
-  Check(status);
-  Check(catalog->AddLibrary(std::move(library)));
+void Run(char** arguments) {
+  const auto catalog = Bench::LoadCatalog(arguments[1]);
   const NodeInterface* const type = catalog->FindTypeName(arguments[2]);
   if (type == nullptr) throw std::runtime_error(std::string("there is no node type ") + arguments[2]);
   const Images images = ReadImages(arguments[3], std::atoi(arguments[4]), std::strtoul(arguments[5], nullptr, 10));
@@ -135,20 +124,14 @@ int Run(char** arguments) {
     const auto times = static_cast<double>(count);
     std::cout << taken.count() / times << " " << (GetProcessorSeconds() - used) / times << std::endl;
   }
-  return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 7) {
-    std::cerr << "usage: value-node-times LIBRARY TYPE SAMPLES SIDE IMAGES THREADS\n";
-    return 2;
-  }
-  try {
-    return Run(argv);
-  } catch (const std::exception& error) {
-    std::cerr << "value-node-times: " << error.what() << "\n";
-    return 1;
-  }
+  return Bench::RunProgram("value-node-times LIBRARY TYPE SAMPLES SIDE IMAGES THREADS", [&] {
+    if (argc != 7) return false;
+    Run(argv);
+    return true;
+  });
 }

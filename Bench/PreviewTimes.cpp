@@ -13,13 +13,14 @@
 #include <thread>
 #include <vector>
 
+#include "Bench/ProgramSupport.h"
 #include "Host/Editing/BackgroundEvaluator.h"
 #include "Host/Editing/EditSession.h"
-#include "Host/Nodes/HostNodes.h"
 #include "Host/Tools/NodeLibrary.h"
 
 namespace {
 
+using Bench::Check;
 using ScEng::BackgroundEvaluator;
 using ScEng::EditSession;
 
@@ -45,12 +46,6 @@ const std::vector<Case>& GetCases() {
       {"Distance", {10, 288, 74}, "image", {}, "seamless", {"false", "true"}},
   };
   return cases;
-}
-
-void Check(const ScEng::Status& status) {
-  if (!status.IsError()) return;
-  std::cerr << "value-preview-times: " << status.GetMessage() << "\n";
-  std::exit(1);
 }
 
 std::shared_ptr<const ScEng::ShownResult> WaitForResult(BackgroundEvaluator& evaluator) {
@@ -102,19 +97,13 @@ void Run(const Case& tested, const std::shared_ptr<const ScEng::NodeCatalog>& ca
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2 || argc > 4) {
-    std::cerr << "usage: value-preview-times LIBRARY [SIDE] [ATTEMPTS]\n";
-    return 2;
-  }
-  const int side = argc > 2 ? std::atoi(argv[2]) : 4096;
-  const int attempts = argc > 3 ? std::atoi(argv[3]) : 9;
-  if (side < 1 || attempts < 1) return 2;
-  auto catalog = ScEng::CreateHostCatalog();
-  ScEng::Status status;
-  auto library = ScEng::NodeLibrary::Load(argv[1], status);
-  if (!status.IsError()) status = catalog->AddLibrary(std::move(library));
-  Check(status);
-  std::cout << "| Node | First picture, ms | Image, ms | Previews |\n|---|---|---|---|\n";
-  for (const Case& tested : GetCases()) Run(tested, catalog, side, attempts);
-  return 0;
+  return Bench::RunProgram("value-preview-times LIBRARY [SIDE] [ATTEMPTS]", [&] {
+    const int side = argc > 2 ? std::atoi(argv[2]) : 4096;
+    const int attempts = argc > 3 ? std::atoi(argv[3]) : 9;
+    if (argc < 2 || argc > 4 || side < 1 || attempts < 1) return false;
+    const auto catalog = Bench::LoadCatalog(argv[1]);
+    std::cout << "| Node | First picture, ms | Image, ms | Previews |\n|---|---|---|---|\n";
+    for (const Case& tested : GetCases()) Run(tested, catalog, side, attempts);
+    return true;
+  });
 }

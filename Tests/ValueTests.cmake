@@ -51,6 +51,7 @@ value_add_test(ValueNodeTests
 value_add_test(ValueChainTests
   SOURCES
     Contract/AnyChainTest.cpp
+    Contract/ChangedChainsTest.cpp
     Contract/ChainsTest.cpp
   DEPENDS ValueObjects ValueHost::Tools ValueHost::Image hwy::hwy)
 

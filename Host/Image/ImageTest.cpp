@@ -2,6 +2,7 @@
 #include "Host/Image/Image.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,9 +11,11 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
@@ -511,6 +514,39 @@ TEST(ImageMemory, ScopesKeepNoMoreThanWhatWasInUse) {
     constexpr std::size_t kKeptAtAnyTime = std::size_t{512} << 20;
     EXPECT_LT(CountMappedBytes(), before + 2 * kLargeBytes + kKeptAtAnyTime + kLargeBytes / 2);
   }
+}
+
+TEST(ImageMemory, AForkedProcessHasTheScopesOfItsOwnThreadAlone) {
+  /// Whether the memory of a large image that has gone is kept.
+  const auto keeps = [] {
+    const std::size_t before = CountMappedBytes();
+    { const Image image(kLargeSide, kLargeSide, ColorMode::kValue, nullptr); }
+    return CountMappedBytes() > before + kLargeBytes / 2;
+  };
+  const auto fork_and_check = [](const std::function<bool()>& check) {
+    const pid_t child = fork();
+    if (child == 0) _exit(check() ? 0 : 1);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  };
+  const std::size_t at_first = CountMappedBytes();
+  const ScEng::SampleMemoryScope other;
+  EXPECT_TRUE(keeps());
+  std::thread([&] {
+    // What the scope of the other thread has kept goes with it.
+    fork_and_check([&] { return !keeps() && CountMappedBytes() < at_first + kLargeBytes / 2; });
+    std::optional<ScEng::SampleMemoryScope> own;
+    own.emplace();
+    fork_and_check([&] {
+      const std::size_t before = CountMappedBytes();
+      { const Image image(kLargeSide, kLargeSide, ColorMode::kValue, nullptr); }
+      // It took the block that was kept, which goes with the scope.
+      if (CountMappedBytes() < before) return false;
+      own.reset();
+      return CountMappedBytes() < before - kLargeBytes / 2 && !keeps();
+    });
+  }).join();
 }
 
 #endif

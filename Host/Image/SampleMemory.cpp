@@ -6,6 +6,7 @@
 #include <atomic>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -42,12 +43,19 @@ std::align_val_t AlignmentOf(std::size_t bytes) {
 
 void FreeBlock(float* block, std::size_t bytes) noexcept { ::operator delete(block, AlignmentOf(bytes)); }
 
+// The scopes of this thread.
+constinit thread_local std::size_t num_own_scopes = 0;
+
 class Recycler {
  public:
-  Recycler() { HoldWhileForking(mutex_); }
+  Recycler() {
+    HoldWhileForking(mutex_);
+    CallInForks([this] { ForgetOtherScopes(); });
+  }
 
   /// A kept block of that size; null where there is none. Then the caller makes one, for which there is room now.
   float* Take(std::size_t bytes) {
+    Evicted evicted(*this);
     const std::lock_guard lock(mutex_);
     used_bytes_ += bytes;
     // The latest one first, which may still be in the caches.
@@ -59,7 +67,7 @@ class Recycler {
       block = {};
       return taken;
     }
-    EvictSurplus();
+    EvictSurplus(evicted);
     return nullptr;
   }
 
@@ -71,39 +79,43 @@ class Recycler {
 
   /// Keeps the block in place of the oldest one, and lets go of further old ones until the total fits.
   void Keep(float* samples, std::size_t bytes) noexcept {
+    Evicted evicted(*this);
     const std::lock_guard lock(mutex_);
     // Between two blocks that are given back, what is in use only grows; what there was no memory for was never in use.
     most_bytes_used_ = std::max(most_bytes_used_, used_bytes_);
     used_bytes_ -= bytes;
     if (scopes_ == 0 && bytes > kLargestKept) {
-      FreeBlock(samples, bytes);
+      evicted.Add({samples, bytes});
       return;
     }
-    Evict(blocks_[next_]);
+    Evict(blocks_[next_], evicted);
     blocks_[next_] = {samples, bytes};
     kept_bytes_ += bytes;
     next_ = (next_ + 1) % blocks_.size();
-    EvictSurplus();
+    EvictSurplus(evicted);
   }
 
-  /// Gives everything back to the system.
+  /// Gives everything back to the system, and waits until other threads have done so with what they let go of.
   void Clear() noexcept {
-    const std::lock_guard lock(mutex_);
-    for (Block& block : blocks_) Evict(block);
+    {
+      Evicted evicted(*this);
+      const std::lock_guard lock(mutex_);
+      for (Block& block : blocks_) Evict(block, evicted);
+    }
+    for (int count = num_freeing_; count > 0; count = num_freeing_) num_freeing_.wait(count);
   }
 
   void EnterScope() {
+    ++num_own_scopes;
     const std::lock_guard lock(mutex_);
     if (scopes_++ == 0) most_bytes_used_ = used_bytes_;
   }
 
   void LeaveScope() noexcept {
+    --num_own_scopes;
+    Evicted evicted(*this);
     const std::lock_guard lock(mutex_);
-    if (--scopes_ > 0) return;
-    for (Block& block : blocks_) {
-      if (block.bytes > kLargestKept) Evict(block);
-    }
-    EvictSurplus();
+    if (--scopes_ == 0) EvictScoped(evicted);
   }
 
  private:
@@ -111,31 +123,78 @@ class Recycler {
     float* samples = nullptr;
     std::size_t bytes = 0;
   };
+  static constexpr std::size_t kMostBlocks = 8;
 
-  void Evict(Block& block) noexcept {
-    if (block.samples != nullptr) FreeBlock(block.samples, block.bytes);
+  /// Blocks that are given back to the system when it goes. That takes milliseconds for a large one, so it is made
+  /// before the lock, and goes after it.
+  class Evicted {
+   public:
+    explicit Evicted(Recycler& recycler) : recycler_(recycler) {}
+    ~Evicted() {
+      if (count_ == 0) return;
+      for (std::size_t i = 0; i < count_; ++i) FreeBlock(blocks_[i].samples, blocks_[i].bytes);
+      --recycler_.num_freeing_;
+      recycler_.num_freeing_.notify_all();
+    }
+    Evicted(const Evicted&) = delete;
+    Evicted& operator=(const Evicted&) = delete;
+
+    /// Under the lock.
+    void Add(const Block& block) noexcept {
+      if (count_ == 0) ++recycler_.num_freeing_;
+      blocks_[count_++] = block;
+    }
+
+   private:
+    Recycler& recycler_;
+    // All that are kept, and one that is to take the place of another.
+    std::array<Block, kMostBlocks + 1> blocks_;
+    std::size_t count_ = 0;
+  };
+
+  void Evict(Block& block, Evicted& evicted) noexcept {
+    if (block.samples != nullptr) evicted.Add(block);
     kept_bytes_ -= block.bytes;
     block = {};
   }
 
+  /// In a process that was forked from one with scopes on other threads: those have no end there.
+  void ForgetOtherScopes() noexcept {
+    // What they were about to give back stays.
+    num_freeing_ = 0;
+    Evicted evicted(*this);
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(scopes_, num_own_scopes) > 0 && scopes_ == 0) EvictScoped(evicted);
+  }
+
+  /// Lets go of what is kept within scopes only.
+  void EvictScoped(Evicted& evicted) noexcept {
+    for (Block& block : blocks_) {
+      if (block.bytes > kLargestKept) Evict(block, evicted);
+    }
+    EvictSurplus(evicted);
+  }
+
   /// Lets go of the oldest blocks until what is left may be kept.
-  void EvictSurplus() noexcept {
+  void EvictSurplus(Evicted& evicted) noexcept {
     // Within a scope the samples that are kept take the room of those that were in use before.
     const std::size_t room = scopes_ > 0 && most_bytes_used_ > used_bytes_ ? most_bytes_used_ - used_bytes_ : 0;
     const std::size_t most = std::max(room, kMostBytesKept);
     for (std::size_t i = 0; i < blocks_.size() && kept_bytes_ > most; ++i) {
-      Evict(blocks_[(next_ + i) % blocks_.size()]);
+      Evict(blocks_[(next_ + i) % blocks_.size()], evicted);
     }
   }
 
   std::mutex mutex_;
-  std::array<Block, 8> blocks_{};
+  std::array<Block, kMostBlocks> blocks_{};
   std::size_t next_ = 0;
   std::size_t kept_bytes_ = 0;
   // Of blocks that may be kept: what is in use, and what was at most since the first of the scopes began.
   std::size_t used_bytes_ = 0;
   std::size_t most_bytes_used_ = 0;
   std::size_t scopes_ = 0;
+  // The threads that give blocks back.
+  std::atomic<int> num_freeing_{0};
 };
 
 // Never destroyed: images may outlive every static object.

@@ -3,9 +3,13 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -55,6 +59,39 @@ TEST(RunningCall, HelpersWorkForTheOnlyNodeThatIsEvaluated) {
   std::thread([&] {
     const RunningScope second({"Evaluate", "second", nullptr});
     EXPECT_EQ(find_elsewhere(), "none");
+  }).join();
+}
+
+TEST(RunningCall, AForkedProcessEvaluatesWhatItsOwnThreadDoes) {
+  const auto find = [] {
+    const RunningCall call = RunningCall::Find();
+    return std::string(call.node != nullptr ? call.node : "none");
+  };
+  const auto find_elsewhere = [&] {
+    std::string found;
+    std::thread([&] { found = find(); }).join();
+    return found;
+  };
+  const auto fork_and_check = [](const std::function<bool()>& check) {
+    const pid_t child = fork();
+    if (child == 0) _exit(check() ? 0 : 1);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  };
+  std::thread([&] {
+    const RunningScope other({"Evaluate", "other", nullptr});
+    std::thread([&] {
+      fork_and_check([&] { return find() == "none" && find_elsewhere() == "none"; });
+      std::optional<RunningScope> own;
+      own.emplace(RunningCall{"Evaluate", "own", nullptr});
+      EXPECT_EQ(find_elsewhere(), "none");
+      fork_and_check([&] {
+        if (find() != "own" || find_elsewhere() != "own") return false;
+        own.reset();
+        return find_elsewhere() == "none";
+      });
+    }).join();
   }).join();
 }
 

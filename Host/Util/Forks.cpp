@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <utility>
 #include <vector>
 
 namespace ScEng {
@@ -12,25 +13,31 @@ namespace {
 std::atomic<bool> has_workers{false};
 std::atomic<bool> has_lost_workers{false};
 
-class HeldMutexes {
+/// What forks have to do with.
+class ForkHandlers {
  public:
   /// Never destroyed: a process may fork at its very end.
-  static HeldMutexes& Get() {
-    static HeldMutexes& held = *new HeldMutexes;
-    return held;
+  static ForkHandlers& Get() {
+    static ForkHandlers& handlers = *new ForkHandlers;
+    return handlers;
   }
 
   void Add(std::mutex& mutex) {
     const std::lock_guard lock(mutex_);
     mutexes_.push_back(&mutex);
   }
+  void Add(std::function<void()> function) {
+    const std::lock_guard lock(mutex_);
+    functions_.push_back(std::move(function));
+  }
 
  private:
-  HeldMutexes() {
+  ForkHandlers() {
     pthread_atfork([] { Get().Take(); }, [] { Get().Release(); },
                    [] {
                      Get().Release();
                      if (has_workers) has_lost_workers = true;
+                     for (const auto& function : Get().functions_) function();
                    });
   }
 
@@ -46,14 +53,17 @@ class HeldMutexes {
 
   std::mutex mutex_;
   std::vector<std::mutex*> mutexes_;
+  std::vector<std::function<void()>> functions_;
 };
 
 }  // namespace
 
-void HoldWhileForking(std::mutex& mutex) { HeldMutexes::Get().Add(mutex); }
+void HoldWhileForking(std::mutex& mutex) { ForkHandlers::Get().Add(mutex); }
+
+void CallInForks(std::function<void()> function) { ForkHandlers::Get().Add(std::move(function)); }
 
 void NoteWorkers() {
-  HeldMutexes::Get();
+  ForkHandlers::Get();
   has_workers = true;
 }
 

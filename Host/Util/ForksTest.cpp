@@ -93,4 +93,22 @@ TEST(ForksTest, NoMutexIsHeldByAThreadThatTheChildLacks) {
   thread.join();
 }
 
+TEST(ForksTest, CallsFunctionsInTheChildAlone) {
+  static std::mutex mutex;
+  static bool is_free = false;
+  static int calls = 0;
+  ScEng::HoldWhileForking(mutex);
+  ScEng::CallInForks([] {
+    ++calls;
+    is_free = mutex.try_lock();
+    if (is_free) mutex.unlock();
+  });
+  const pid_t child = fork();
+  if (child == 0) _exit(calls == 1 && is_free ? 0 : 1);
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(calls, 0);
+}
+
 }  // namespace

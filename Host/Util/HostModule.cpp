@@ -31,15 +31,21 @@ std::filesystem::path FolderOf(const std::filesystem::path& file) {
   return error ? file.parent_path() : folder;
 }
 
+/// The file of this library; empty where it is not known.
+std::filesystem::path FindOwnFile() {
+  Dl_info self{};
+  if (dladdr(&kOwnObject, &self) == 0 || self.dli_fname == nullptr) return {};
+  return self.dli_fname;
+}
+
 }  // namespace
 
 HostModule::HostModule(const std::string& name, std::string title) : title_(std::move(title)) {
-  Dl_info self{};
-  if (dladdr(&kOwnObject, &self) == 0 || self.dli_fname == nullptr) {
+  const std::filesystem::path own_file = FindOwnFile();
+  if (own_file.empty()) {
     problem_ = title_ + " cannot be loaded: the folder of the host's libraries is unknown";
     return;
   }
-  const std::filesystem::path own_file = self.dli_fname;
   const std::filesystem::path folder = FolderOf(own_file);
   const std::string file_name = "lib" + name + ".so";
   const std::filesystem::path places[] = {folder / (file_name + VersionOf(own_file)), folder / file_name,
@@ -63,6 +69,16 @@ void* HostModule::LoadAddress(const char* entry_point) {
     problem_ = title_ + " cannot be loaded: " + (reason != nullptr ? reason : "the reason is unknown");
   }
   return address;
+}
+
+std::filesystem::path FindHostProgram(const std::string& name, const std::filesystem::path& from_libraries) {
+  const std::filesystem::path own_file = FindOwnFile();
+  if (own_file.empty()) return {};
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::absolute(FolderOf(own_file), error);
+  std::filesystem::path beside = folder / name;
+  if (std::filesystem::exists(beside, error)) return beside;
+  return (folder / from_libraries).lexically_normal();
 }
 
 }  // namespace ScEng

@@ -36,6 +36,13 @@ TEST(HostModule, SaysWhichFileIsMissing) {
   EXPECT_EQ(module.Load<void (*)()>("Anything"), nullptr);
 }
 
+TEST(HostModule, FindsTheHostsPrograms) {
+  const std::filesystem::path folder = HostModule("HostCodecPng", "").GetFile().parent_path();
+  EXPECT_EQ(ScEng::FindHostProgram("value-decoder", "../nowhere/value-decoder"), folder / "value-decoder");
+  EXPECT_EQ(ScEng::FindHostProgram("value-nothing", "../libexec/value-nothing"),
+            folder.parent_path() / "libexec/value-nothing");
+}
+
 TEST(HostModule, SaysWhichEntryPointIsMissing) {
   HostModule module("HostCodecPng", "the module of image formats");
   EXPECT_EQ(module.Load<void (*)()>("NoSuchEntryPoint"), nullptr);

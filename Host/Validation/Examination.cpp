@@ -29,19 +29,10 @@ std::string DescribeEnd(const ChildProcess& child, const std::string& at) {
          "; a library must never end its host";
 }
 
-std::filesystem::path FindExaminer() {
-  const std::filesystem::path library = HostModule("HostValidation", "the library of examinations").GetFile();
-  std::error_code error;
-  const std::filesystem::path folder = std::filesystem::absolute(library, error).parent_path();
-  // Beside the libraries in a folder of builds, elsewhere in an installation.
-  std::filesystem::path beside = folder / "value-examiner";
-  if (std::filesystem::exists(beside, error)) return beside;
-  return (folder / VALUE_EXAMINER_FROM_LIBRARIES).lexically_normal();
-}
-
 std::vector<std::string> MakeCommand(const std::filesystem::path& library) {
   std::error_code error;
-  return {FindExaminer().string(), std::filesystem::absolute(library, error).string()};
+  return {FindHostProgram("value-examiner", VALUE_EXAMINER_FROM_LIBRARIES).string(),
+          std::filesystem::absolute(library, error).string()};
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "Host/Image/ImageMetadata.h"
+#include "Host/Image/PendingImage.h"
 #include "Host/Util/ParallelRows.h"
 #include "Tests/Contract/ChainTesting.h"
 #include "Tests/Support/Threads.h"
@@ -120,6 +121,19 @@ ImagePtr AnyImage(int size_x, int size_y) {
   return image;
 }
 
+void SetAttributes(Node& node, const Step& step) {
+  for (const auto& [name, value] : step.attributes) {
+    Attribute* const attribute = node.GetAttribute(name);
+    if (const double* number = std::get_if<double>(&value)) {
+      EXPECT_TRUE(attribute->SetNumber(*number, false));
+    } else if (const bool* flag = std::get_if<bool>(&value)) {
+      EXPECT_TRUE(attribute->SetFlag(*flag, false));
+    } else {
+      EXPECT_TRUE(attribute->SetChoice(std::get<std::string>(value), false));
+    }
+  }
+}
+
 /// The nodes of the steps, behind those that give the images.
 std::vector<Node*> Build(Graph& graph, const std::vector<ImagePtr>& images, const std::vector<Step>& steps) {
   std::vector<Node*> nodes;
@@ -130,16 +144,7 @@ std::vector<Node*> Build(Graph& graph, const std::vector<ImagePtr>& images, cons
   for (const Step& step : steps) {
     Node* const node = graph.Add(step.type);
     for (unsigned i = 0; i < step.sources.size(); ++i) graph.Connect(nodes[step.sources[i]], node, nullptr, i);
-    for (const auto& [name, value] : step.attributes) {
-      Attribute* const attribute = node->GetAttribute(name);
-      if (const double* number = std::get_if<double>(&value)) {
-        EXPECT_TRUE(attribute->SetNumber(*number, false));
-      } else if (const bool* flag = std::get_if<bool>(&value)) {
-        EXPECT_TRUE(attribute->SetFlag(*flag, false));
-      } else {
-        EXPECT_TRUE(attribute->SetChoice(std::get<std::string>(value), false));
-      }
-    }
+    SetAttributes(*node, step);
     node->SetEnabled(step.is_enabled);
     nodes.push_back(node);
   }
@@ -206,6 +211,86 @@ void CheckAnyGraph() {
 TEST(JoinedPasses, GiveWhatNodesGiveOneByOne) {
   EXPECT_TRUE(rc::check(CheckAnyGraph));
   EXPECT_GT(num_spared, 0U);
+}
+
+// ---- Graphs that change while they are evaluated ----
+
+/// What happens to a node when some others have been evaluated.
+struct Change {
+  std::size_t after = 0;
+  std::size_t step = 0;
+  Step becomes;
+  bool is_rewired = false;
+};
+
+void Apply(const Change& change, Graph& graph, const std::vector<Step>& steps, const std::vector<Node*>& nodes) {
+  const Step& before = steps[change.step];
+  Node* const node = nodes[nodes.size() - steps.size() + change.step];
+  node->SetEnabled(change.becomes.is_enabled);
+  if (change.becomes.type == before.type) SetAttributes(*node, change.becomes);
+  if (!change.is_rewired) return;
+  Node* const from = nodes[before.sources.front()];
+  const std::string plug = node->GetInplugs().front().name;
+  EXPECT_TRUE(graph.engine.DisconnectNodes(from, from->GetOutplugName(0), 0, node, plug, 0));
+  graph.Connect(nodes[change.becomes.sources.front()], node);
+}
+
+bool HasPendingImage(const Node& node) {
+  const Image* const image = node.GetOutputImage(0);
+  return image != nullptr && ScEng::IsPending(*image);
+}
+
+/// How many pending images there were in all graphs together.
+std::size_t num_unseen = 0;
+
+void CheckAnyChange() {
+  constexpr int kSizeX = 31;
+  constexpr int kSizeY = 9;
+  const std::vector<ImagePtr> images{AnyImage(kSizeX, kSizeY)};
+  std::vector<Step> steps;
+  const std::size_t count = *rc::gen::inRange<std::size_t>(2, 10);
+  while (steps.size() < count) steps.push_back(AnyStep(images.size() + steps.size()));
+  for (const Step& step : steps) RC_LOG() << step;
+  std::vector<Change> changes(*rc::gen::inRange<std::size_t>(1, 3));
+  for (Change& change : changes) {
+    change.after = *rc::gen::inRange<std::size_t>(1, count + 1);
+    change.step = *rc::gen::inRange<std::size_t>(0, count);
+    change.becomes = AnyStep(images.size() + change.step);
+    if (*rc::gen::arbitrary<bool>()) change.becomes.is_enabled = false;
+    change.is_rewired = *rc::gen::arbitrary<bool>();
+    RC_LOG() << "after " << change.after << ", " << change.step << (change.is_rewired ? " rewired " : " ")
+             << change.becomes;
+  }
+  if (changes.size() == 2 && changes[0].step == changes[1].step) changes.pop_back();
+  std::vector<ImagePtr> found[2];
+  std::vector<Node*> nodes[2];
+  Graph graphs[2];
+  for (const std::size_t i : {0U, 1U}) {
+    nodes[i] = Build(graphs[i], images, steps);
+    Engine::Options options;
+    if (i == 1) options.on_timed = [](Node&, const Engine::NodeTiming&) {};
+    options.on_evaluated = [&, i](Node& node, std::size_t done, std::size_t) {
+      if (HasPendingImage(node)) ++num_unseen;
+      for (const Change& change : changes) {
+        if (change.after == done) Apply(change, graphs[i], steps, nodes[i]);
+      }
+    };
+    found[i] = graphs[i].EvaluateJoined({nodes[i].back()}, options);
+  }
+  RC_ASSERT(IsSame(found[0].front().Get(), found[1].front().Get()));
+  for (std::size_t i = 0; i < nodes[0].size(); ++i) {
+    RC_ASSERT(nodes[0][i]->GetState() == nodes[1][i]->GetState());
+    RC_ASSERT(nodes[0][i]->GetStateMessage() == nodes[1][i]->GetStateMessage());
+    RC_ASSERT(!HasPendingImage(*nodes[0][i]));
+  }
+  // Once more, as the graph is now.
+  const std::vector<ImagePtr> again = graphs[0].EvaluateEach({nodes[0].back()});
+  RC_ASSERT(IsSame(again.front().Get(), graphs[1].EvaluateEach({nodes[1].back()}).front().Get()));
+}
+
+TEST(JoinedPasses, GiveTheSameWhereTheGraphChangesMeanwhile) {
+  EXPECT_TRUE(rc::check(CheckAnyChange));
+  EXPECT_GT(num_unseen, 0U);
 }
 
 }  // namespace

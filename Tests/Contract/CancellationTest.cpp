@@ -19,9 +19,8 @@
 #include "Host/Tools/Engine.h"
 #include "Host/Util/Cancellation.h"
 #include "Tests/Support/HostTesting.h"
-#include "Tests/Support/TestNodes.h"
+#include "Tests/Support/LibraryNodes.h"
 #include "Tests/Support/ValueTesting.h"
-#include "Value/NodeTable.h"
 
 namespace {
 
@@ -36,19 +35,6 @@ constexpr int kSide = 4096;
 constexpr double kLongest = 0.1;
 #endif
 
-/// Stands for whatever gives the image, which is put in place of its output.
-class GivingNode : public Testing::TestNode {
- public:
-  static constexpr NodeType kType{700, 2, 1};
-  static constexpr const char* kName = "GivingNode";
-  GivingNode() {
-    outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-    UpdateInplugsAndOutplugs();
-  }
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return "Giving"; }
-};
-
 /// A node type and the words, numbers and flags that differ from its defaults.
 struct Case {
   std::string name;
@@ -61,9 +47,7 @@ struct Case {
 
 std::vector<Case> MakeCases() {
   std::vector<Case> cases;
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    const RefPtr<NodeInterface> descriptor(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index)));
-    const std::string type = descriptor->GetNodeFactory()->GetTypeName();
+  for (const std::string& type : Testing::GetLibraryTypeNames()) {
     if (type == "ImageReliefNode") {
       for (const char* style : {"levels", "inner_bevel", "outer_bevel", "emboss", "pillow_emboss"}) {
         for (const bool is_hard : {false, true}) {
@@ -98,7 +82,6 @@ RefPtr<Image> MakeInput(const Case& tested) {
   return image;
 }
 
-/// The samples of all outputs, folded into a number.
 /// A number for the samples of each output; 0 for one without an image.
 std::vector<std::uint64_t> Fold(const Node& node) {
   std::vector<std::uint64_t> outputs;
@@ -127,12 +110,9 @@ double GetSeconds() {
 class EveryNodeCancellation : public testing::TestWithParam<Case> {
  protected:
   EveryNodeCancellation() {
-    auto catalog = Testing::MakeCatalog<GivingNode>();
-    for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-      catalog->AddDescriptor(RefPtr<NodeInterface>(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index))));
-    }
+    const auto catalog = Testing::MakeLibraryCatalog<>();
     engine_.SetCatalog(catalog);
-    Node* giving = engine_.CreateNode(GivingNode::kType);
+    Node* giving = engine_.CreateNode(Testing::GivingNode::kType);
     node_ = engine_.CreateNode(catalog->FindTypeName(GetParam().type)->GetNodeType());
     for (const auto& [name, word] : GetParam().choices) Testing::SetChoice(*node_, name.c_str(), word.c_str());
     for (const auto& [name, number] : GetParam().numbers) Testing::SetNumber(*node_, name.c_str(), number);

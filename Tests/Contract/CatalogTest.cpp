@@ -18,28 +18,22 @@
 #include "Host/Tools/NodeRecord.h"
 #include "Host/Util/RefCounter.h"
 #include "Tests/Support/FirstTwenty.h"
+#include "Tests/Support/LibraryNodes.h"
 #include "Value/NodeTable.h"
 
 namespace {
 
 using std::filesystem::path;
 using Names = std::set<std::string>;
+using Testing::GetLibraryDescriptors;
 
 const path kValueFolder = path(VALUE_SOURCE_DIR) / "Value";
 const path kIconFolder = kValueFolder / "Resources" / "Icons";
 const std::string kIconPrefix = ":/Value/Resources/Icons/";
 
-std::vector<ScEng::RefPtr<NodeInterface>> GetDescriptors() {
-  std::vector<ScEng::RefPtr<NodeInterface>> descriptors;
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    descriptors.emplace_back(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index)));
-  }
-  return descriptors;
-}
-
 Names GetTypeNames() {
   Names names;
-  for (const auto& descriptor : GetDescriptors()) names.insert(descriptor->GetNodeFactory()->GetTypeName());
+  for (const auto& descriptor : GetLibraryDescriptors()) names.insert(descriptor->GetNodeFactory()->GetTypeName());
   return names;
 }
 
@@ -103,7 +97,7 @@ bool IsSentence(const std::string& text) {
 /// The icon files that the descriptors name, without folder and ending.
 Names GetIconNames() {
   Names names;
-  for (const auto& descriptor : GetDescriptors()) {
+  for (const auto& descriptor : GetLibraryDescriptors()) {
     for (const std::string& icon : {descriptor->GetIconPath(), descriptor->GetSmallIconPath()}) {
       EXPECT_TRUE(icon.starts_with(kIconPrefix)) << icon;
       EXPECT_TRUE(names.insert(path(icon).stem().string()).second) << icon << " is used twice";
@@ -113,7 +107,7 @@ Names GetIconNames() {
 }
 
 TEST(Catalog, StartsWithTheFirstTwentyTypes) {
-  const auto descriptors = GetDescriptors();
+  const auto descriptors = GetLibraryDescriptors();
   ASSERT_GE(descriptors.size(), Testing::kFirstTwenty.size());
   for (std::size_t index = 0; index < Testing::kFirstTwenty.size(); ++index) {
     EXPECT_EQ(descriptors[index]->GetNodeType(), Testing::kFirstTwenty[index].type) << index;
@@ -130,7 +124,7 @@ TEST(Catalog, HasNothingBeyondItsEnd) {
 TEST(Catalog, GivesNoNumbersAndNoDisplayNameTwice) {
   std::set<NodeType> types;
   Names display_names;
-  for (const auto& descriptor : GetDescriptors()) {
+  for (const auto& descriptor : GetLibraryDescriptors()) {
     EXPECT_TRUE(types.insert(descriptor->GetNodeType()).second) << descriptor->GetName();
     EXPECT_TRUE(display_names.insert(descriptor->GetName()).second) << descriptor->GetName();
   }
@@ -157,7 +151,7 @@ TEST(Catalog, NamesEachSourceInTheBuild) {
 }
 
 TEST(Catalog, SaysOfEachTypeWhatItDoesAndHowToFindIt) {
-  for (const auto& descriptor : GetDescriptors()) {
+  for (const auto& descriptor : GetLibraryDescriptors()) {
     const ScEng::RefPtr<Node> node(descriptor->GetNodeFactory()->CreateNode());
     const NodeRecord* record = node->GetRecord();
     ASSERT_NE(record, nullptr) << descriptor->GetName();
@@ -174,7 +168,7 @@ TEST(Catalog, SaysOfEachTypeWhatItDoesAndHowToFindIt) {
 }
 
 TEST(Catalog, NamesTheSmallIconAfterTheLargeOne) {
-  for (const auto& descriptor : GetDescriptors()) {
+  for (const auto& descriptor : GetLibraryDescriptors()) {
     const std::string large = descriptor->GetIconPath();
     ASSERT_EQ(path(large).extension(), ".png");
     EXPECT_EQ(descriptor->GetSmallIconPath(), large.substr(0, large.size() - 4) + "12.png");

@@ -10,14 +10,14 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Host/Image/SampleAllocator.h"
 #include "Host/Tools/Engine.h"
 #include "Tests/Support/HostTesting.h"
 #include "Tests/Support/ImageTesting.h"
-#include "Tests/Support/TestNodes.h"
-#include "Value/NodeTable.h"
+#include "Tests/Support/LibraryNodes.h"
 
 namespace Testing {
 
@@ -54,19 +54,6 @@ class CountingAllocator : public ScEng::SampleAllocator {
 /// The samples of every image of the test program come from here.
 CountingAllocator& GetAllocator();
 
-/// Stands for whatever gives the image, which is put in place of its output.
-class GivingNode : public TestNode {
- public:
-  static constexpr NodeType kType{700, 2, 1};
-  static constexpr const char* kName = "GivingNode";
-  GivingNode() {
-    outplugs_ = {PlugRecord::Output(PlugType::kImage, "image")};
-    UpdateInplugsAndOutplugs();
-  }
-  [[nodiscard]] NodeType GetNodeType() const override { return kType; }
-  [[nodiscard]] std::string GetName() const override { return "Giving"; }
-};
-
 /// Makes an image at each evaluation, and drops it when it is told.
 class MakingNode : public GivingNode {
  public:
@@ -89,19 +76,11 @@ class MakingNode : public GivingNode {
   ImagePtr output_;
 };
 
-inline std::shared_ptr<ScEng::NodeCatalog> MakeGraphCatalog() {
-  auto catalog = MakeCatalog<GivingNode, MakingNode>();
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    catalog->AddDescriptor(
-        ScEng::RefPtr<NodeInterface>(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index))));
-  }
-  return catalog;
-}
-
 /// A graph of nodes by their type names.
 class Graph {
  public:
-  Graph() : engine(MakeGraphCatalog()) {}
+  explicit Graph(std::shared_ptr<ScEng::NodeCatalog> catalog = MakeLibraryCatalog<MakingNode>())
+      : engine(std::move(catalog)) {}
 
   Node* Add(const std::string& type) {
     Node* const node = engine.CreateNode(engine.GetCatalog().FindTypeName(type)->GetNodeType());
@@ -123,10 +102,11 @@ class Graph {
   std::vector<ImagePtr> EvaluateJoined(const std::vector<Node*>& nodes, Engine::Options options = {}) {
     std::vector<ImagePtr> images(nodes.size());
     options.release_results = true;
-    options.on_evaluated = [&](Node& evaluated, std::size_t, std::size_t) {
+    options.on_evaluated = [&, told = options.on_evaluated](Node& evaluated, std::size_t done, std::size_t total) {
       for (std::size_t i = 0; i < nodes.size(); ++i) {
         if (nodes[i] == &evaluated) images[i].Reset(engine.GetOutputImage(&evaluated, 0));
       }
+      if (told) told(evaluated, done, total);
     };
     EXPECT_EQ(engine.Evaluate(MakeRequests(nodes), options), Engine::Outcome::kComplete);
     return images;

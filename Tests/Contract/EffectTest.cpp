@@ -15,8 +15,8 @@
 #include "Host/Tools/AttributeRow.h"
 #include "Host/Tools/Effect.h"
 #include "Host/Tools/NodeInterface.h"
+#include "Tests/Support/LibraryNodes.h"
 #include "Tests/Support/ValueTesting.h"
-#include "Value/NodeTable.h"
 
 namespace {
 
@@ -178,8 +178,7 @@ class AttributeEffect : public testing::Test {
 };
 
 TEST_F(AttributeEffect, IsWhatTheRowsSay) {
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    const ScEng::RefPtr<NodeInterface> descriptor(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index)));
+  for (const auto& descriptor : Testing::GetLibraryDescriptors()) {
     const std::string type = descriptor->GetNodeFactory()->GetTypeName();
     const Testing::NodeRef<Node> node(descriptor->GetNodeFactory()->CreateNode());
     const auto base = GetBases().find(type);

@@ -19,8 +19,8 @@
 #include "Host/Util/ParallelRows.h"
 #include "Tests/Contract/ValueNodeReferences.h"
 #include "Tests/Support/InstructionSets.h"
+#include "Tests/Support/LibraryNodes.h"
 #include "Tests/Support/ValueTesting.h"
-#include "Value/NodeTable.h"
 
 namespace {
 
@@ -302,33 +302,14 @@ void ForEachTrial(Node& node, Body body) {
   }
 }
 
-std::vector<std::string> GetTypeNames() {
-  std::vector<std::string> names;
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    const ScEng::RefPtr<NodeInterface> descriptor(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index)));
-    names.push_back(descriptor->GetNodeFactory()->GetTypeName());
-  }
-  return names;
-}
-
-ScEng::RefPtr<Node> MakeNode(const std::string& type_name) {
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    const ScEng::RefPtr<NodeInterface> descriptor(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index)));
-    if (descriptor->GetNodeFactory()->GetTypeName() == type_name) {
-      return ScEng::RefPtr<Node>(descriptor->GetNodeFactory()->CreateNode());
-    }
-  }
-  return {};
-}
-
 class EveryNodeContract : public testing::TestWithParam<std::string> {};
 
 TEST_P(EveryNodeContract, GivesTheSameBytesWhateverTheThreadsAndTheInstructionSet) {
-  const ScEng::RefPtr<Node> node = MakeNode(GetParam());
+  const ScEng::RefPtr<Node> node = Testing::MakeLibraryNode(GetParam());
   ForEachTrial(*node, [](Trial& trial) { trial.ExpectOneResult(); });
 }
 
-INSTANTIATE_TEST_SUITE_P(Node, EveryNodeContract, testing::ValuesIn(GetTypeNames()),
+INSTANTIATE_TEST_SUITE_P(Node, EveryNodeContract, testing::ValuesIn(Testing::GetLibraryTypeNames()),
                          [](const auto& tested) { return tested.param; });
 
 /// The nodes that work pixel by pixel have their definition in `GetExpectedSamples`; the analysis nodes keep theirs
@@ -336,7 +317,7 @@ INSTANTIATE_TEST_SUITE_P(Node, EveryNodeContract, testing::ValuesIn(GetTypeNames
 class ValueNodeContract : public testing::TestWithParam<std::string> {};
 
 TEST_P(ValueNodeContract, GivesWhatItsDefinitionGives) {
-  const ScEng::RefPtr<Node> node = MakeNode(GetParam());
+  const ScEng::RefPtr<Node> node = Testing::MakeLibraryNode(GetParam());
   ForEachTrial(*node, [&](Trial& trial) { trial.ExpectTheDefinition(GetParam()); });
 }
 

@@ -14,8 +14,8 @@
 
 #include "Host/Tools/NodeInterface.h"
 #include "Host/Tools/NodeRecord.h"
+#include "Tests/Support/LibraryNodes.h"
 #include "Tests/Support/ValueTesting.h"
-#include "Value/NodeTable.h"
 
 namespace {
 
@@ -123,14 +123,9 @@ class NodeReach : public testing::Test {
 
  private:
   static Testing::NodeRef<Node> Create(const std::string& type) {
-    for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-      const ScEng::RefPtr<NodeInterface> descriptor(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index)));
-      if (descriptor->GetNodeFactory()->GetTypeName() == type) {
-        return Testing::NodeRef<Node>(descriptor->GetNodeFactory()->CreateNode());
-      }
-    }
-    ADD_FAILURE() << type;
-    return {};
+    Testing::NodeRef<Node> node = Testing::MakeLibraryNode(type);
+    EXPECT_TRUE(node) << type;
+    return node;
   }
 
   static std::uint32_t CountImages(const Node& node) {
@@ -264,8 +259,7 @@ TEST_F(NodeReach, OfAmbientOcclusionIsItsRadiusAndTheRange) {
 /// Every type says something, and is tried with its defaults where it says less than the whole image. This finds types
 /// that are added; those above are tried with their other settings, too.
 TEST_F(NodeReach, OfEveryTypeIsTrueByDefault) {
-  for (std::int32_t index = 0; index < NodeTable::GetSize(); ++index) {
-    const ScEng::RefPtr<NodeInterface> descriptor(NodeTable::CreateDescriptor(static_cast<std::uint64_t>(index)));
+  for (const auto& descriptor : Testing::GetLibraryDescriptors()) {
     const Testing::NodeRef<Node> node(descriptor->GetNodeFactory()->CreateNode());
     const Reach reach = node->GetReach(Testing::MakeInputs(*node, {}));
     EXPECT_NE(reach.kind, Reach::Kind::kUnknown) << descriptor->GetName();

@@ -108,20 +108,10 @@ std::vector<char*> PointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
-std::filesystem::path FindDecoderProgram() {
-  const std::filesystem::path library = HostModule("HostFiles", "the library of files").GetFile();
-  std::error_code error;
-  const std::filesystem::path folder = std::filesystem::absolute(library, error).parent_path();
-  // Beside the libraries in a folder of builds, elsewhere in an installation.
-  std::filesystem::path beside = folder / "value-decoder";
-  if (std::filesystem::exists(beside, error)) return beside;
-  return (folder / VALUE_DECODER_FROM_LIBRARIES).lexically_normal();
-}
-
 }  // namespace
 
 std::filesystem::path GetDecoderProgram() {
-  static const std::filesystem::path program = FindDecoderProgram();
+  static const std::filesystem::path program = FindHostProgram("value-decoder", VALUE_DECODER_FROM_LIBRARIES);
   return program;
 }
 

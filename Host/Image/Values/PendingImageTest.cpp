@@ -3,11 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstddef>
+#include <limits>
+#include <memory>
 #include <typeinfo>
 #include <vector>
 
 #include "Host/Image/ComputeValue.h"
+#include "Host/Image/ImageMetadata.h"
 #include "Tests/Support/ImageTesting.h"
 
 namespace {
@@ -233,6 +237,33 @@ TEST_F(PendingImages, SettleOnlyWhereTheyArePending) {
   EXPECT_EQ(settled->GetValueLow(), 3.0F);
   EXPECT_EQ(settled->GetPinX(), 7);
   EXPECT_EQ(settled->GetConstArray()[1], image->GetConstArray()[1] + 1.0F);
+}
+
+TEST_F(PendingImages, AreMadeWholeWithWhatTheyWouldHaveHad) {
+  constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  const ImagePtr image = MakeRow({1.0F, kNan, -2.0F, kInfinity});
+  EXPECT_FALSE(ScEng::MakeWhole(*image));
+  const ImagePtr pending = AddLater(image, 10.0F);
+  EXPECT_TRUE(std::isnan(pending->GetValueLow()));
+  EXPECT_TRUE(std::isnan(pending->GetValueHigh()));
+  const auto metadata = std::make_shared<const ScEng::ImageMetadata>();
+  pending->SetMetadata(metadata);
+  const ImagePtr whole = ScEng::MakeWhole(*pending);
+  EXPECT_TRUE(HoldsSamples(whole.Get(), {11.0F, kNan, 8.0F, kInfinity}));
+  EXPECT_EQ(whole->GetValueLow(), 8.0F);
+  EXPECT_EQ(whole->GetValueHigh(), 11.0F);
+  EXPECT_EQ(whole->GetMetadata(), metadata);
+
+  pending->SetValueLowHigh(0.0F, 1.0F);
+  const ImagePtr declared = ScEng::MakeWhole(*pending);
+  EXPECT_EQ(declared->GetValueLow(), 0.0F);
+  EXPECT_EQ(declared->GetValueHigh(), 1.0F);
+
+  // Nothing to measure.
+  const ImagePtr empty = ScEng::MakeWhole(*AddLater(MakeRow({kNan, -kInfinity}), 1.0F));
+  EXPECT_EQ(empty->GetValueLow(), 0.0F);
+  EXPECT_EQ(empty->GetValueHigh(), 0.0F);
 }
 
 TEST_F(PendingImages, AreFoldedThemselvesWhereTheyLieAtOnePlace) {

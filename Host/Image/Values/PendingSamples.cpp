@@ -5,12 +5,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <mutex>
 #include <utility>
 
 #include "Host/Image/PendingImage.h"
+#include "Host/Image/SampleRange.h"
 #include "Host/Util/Forks.h"
+#include "Host/Util/ParallelReduce.h"
 #include "Host/Util/ParallelRows.h"
 
 namespace ScEng {
@@ -22,6 +26,9 @@ constexpr std::size_t kRunSamples = 2048;
 // Each image of a chain has a list of all operations before it, so that a chain of any length takes time in proportion
 // to it only if that list has an end. What a pass saves beyond is little.
 constexpr std::size_t kMostStages = 32;
+
+// Enough samples in one piece that handing it to a thread pays.
+constexpr std::size_t kGrain = std::size_t{1} << 16;
 
 constinit thread_local bool is_scope_on = false;
 
@@ -101,11 +108,24 @@ ImagePtr Settle(const Image& image) {
   const PendingScope off(false);
   auto settled = MakeRef<Image>(image.GetImageHeader(), nullptr);
   float* const samples = settled->GetArray();
-  constexpr std::size_t kGrain = std::size_t{1} << 16;
   ParallelRows(settled->GetNumSamples(), kGrain, [&](std::size_t from, std::size_t to) {
     pending->Compute(pending->GetSource() + from, samples + from, to - from);
   });
   return settled;
+}
+
+ImagePtr MakeWhole(const Image& image) {
+  ImagePtr whole = Settle(image);
+  if (!whole) return nullptr;
+  if (std::isnan(image.GetValueLow())) {
+    const float* const samples = whole->GetConstArray();
+    const auto range = ParallelReduce<SampleRange>(
+        whole->GetNumSamples(), kGrain,
+        [&](std::size_t from, std::size_t to) { return MeasureFiniteRange(samples + from, to - from); });
+    whole->SetValueLowHigh(range.IsEmpty() ? 0.0F : range.low, range.IsEmpty() ? 0.0F : range.high);
+  }
+  whole->SetMetadata(image.GetMetadata());
+  return whole;
 }
 
 const float* FetchSamples(const Image& image, std::size_t first, std::size_t count, float* buffer) {
@@ -134,7 +154,10 @@ std::unique_ptr<Image> PendingSamples::MakeImage(const ImageHeader& header, cons
   for (std::size_t i = 1; i < images.size(); ++i) pending->AddStage(operation, loops, images[i]);
   float* const address = GetPlaces().Take(pending);
   if (address == nullptr) return nullptr;
-  return std::make_unique<Image>(header, SampleBuffer(address, FreeSamples{0, ReleasePlace}));
+  auto image = std::make_unique<Image>(header, SampleBuffer(address, FreeSamples{0, ReleasePlace}));
+  constexpr float kUnknown = std::numeric_limits<float>::quiet_NaN();
+  image->SetValueLowHigh(kUnknown, kUnknown);
+  return image;
 }
 
 void PendingSamples::AddStage(const ValueOperation& operation, const ValueOperationLoops& loops, const Image* second) {

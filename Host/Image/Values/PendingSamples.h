@@ -17,8 +17,8 @@ class PendingSamples {
   /// Those of an image; null where it has samples.
   static const PendingSamples* Find(const Image& image);
   /// An image whose samples are those of the images after the operation, its one-value form for one image and the fold
-  /// of its two-value form for several, which lie at one place and have one mode. Only the first may be pending. Null
-  /// where that cannot be.
+  /// of its two-value form for several, which lie at one place and have one mode. Only the first may be pending. The
+  /// range that it declares is NaN. Null where that cannot be.
   static std::unique_ptr<Image> MakeImage(const ImageHeader& header, const std::vector<const Image*>& images,
                                           const ValueOperation& operation, const ValueOperationLoops& loops);
 

@@ -15,9 +15,10 @@ namespace ScEng {
 /// samples. Of the operation it keeps a copy. It can for one image, and for several of one mode that lie at one place
 /// and of which none but the first is pending.
 ///
-/// A pending image may be given to `ComputeValue`, as often as one likes, to `Settle` and `FetchSamples`. Its samples
-/// and its declared range are not to be read: the former ends the program. So a scope is for whoever knows that the one
-/// who gets the image does nothing else with it. It lives on the thread that made it.
+/// A pending image may be given to `ComputeValue`, as often as one likes, to `Settle`, `MakeWhole` and `FetchSamples`.
+/// Its samples and its declared range are not to be read: the former ends the program, the latter is NaN until somebody
+/// declares one. So a scope is for whoever knows that the one who gets the image does nothing else with it. It lives on
+/// the thread that made it.
 class HOST_IMAGE_API PendingScope {
  public:
   explicit PendingScope(bool is_on);
@@ -41,6 +42,10 @@ inline bool IsJoined(const Image& image) { return PendingScope::IsOn() || IsPend
 /// A new image with the header and the samples of a pending one; null for one that has its samples. Throws what the
 /// constructors of `Image` throw.
 HOST_IMAGE_API ImagePtr Settle(const Image& image);
+
+/// The same with all that the image would have had it never been pending: the declared range that is measured, where
+/// nobody has declared one, and the metadata. For whoever finds that a pending image is to be read by others.
+HOST_IMAGE_API ImagePtr MakeWhole(const Image& image);
 
 /// `count` samples of an image from the `first` one on: where they are, or in `buffer`, which they are computed into,
 /// for a pending image. For a node that reads them a piece at a time.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <mutex>
 
 #include "Host/Util/Api.h"
@@ -13,6 +14,10 @@ namespace ScEng {
 /// It stays to the end of the process. Mutexes are taken in the order of these calls: one that is locked while another
 /// one is held comes after that.
 HOST_UTIL_API void HoldWhileForking(std::mutex& mutex);
+
+/// Has the function called in each process that is forked, on its one thread, when the mutexes are free: for what is
+/// counted over all threads. It stays to the end of the process. Must not throw.
+HOST_UTIL_API void CallInForks(std::function<void()> function);
 
 /// Says that there are threads for the work of this process from now on.
 HOST_UTIL_API void NoteWorkers();

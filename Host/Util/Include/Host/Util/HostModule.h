@@ -37,4 +37,9 @@ class HOST_UTIL_API HostModule {
   std::string problem_;
 };
 
+/// Where a program of the host is, or would be: beside the host's libraries in a folder of builds, in an installation
+/// at the path `from_libraries` from their folder. Empty where that is unknown.
+HOST_UTIL_API std::filesystem::path FindHostProgram(const std::string& name,
+                                                    const std::filesystem::path& from_libraries);
+
 }  // namespace ScEng
