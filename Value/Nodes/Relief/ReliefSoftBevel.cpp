@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Value/Nodes/Relief/ReliefSoftBevel.h"
 
-#include "Value/Nodes/Relief/DiscRings.h"
-
 // Highway compiles the part between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE once per instruction set and calls
 // the best one that the processor has.
 #undef HWY_TARGET_INCLUDE
@@ -13,14 +11,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
-#include "Host/Math/Border.h"
 #include "Host/Util/Cancellation.h"
 #include "Host/Util/ParallelRows.h"
+#include "Value/Nodes/Relief/DiscRings.h"
 #include "Value/Nodes/Relief/SoftPlane.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -30,190 +28,347 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 using D = hn::CappedTag<float, kMostLanes>;
 using V = hn::Vec<D>;
+/// A group is a vector of pixels in each row of a tile.
+using Group = std::array<V, kTileRows>;
 
-/// Row `y` of the windows; the lowest and rightmost ones are cut off.
-void FillWindows(const Plane& plane, std::size_t y, float* columns) {
-  static_assert(DiscRings::kWindow == 8);
-  const D d;
-  const std::size_t lanes = hn::Lanes(d);
-  const std::size_t end = std::min(y + DiscRings::kWindow, plane.rows);
-  const float* from = plane.samples.get() + y * plane.stride;
-  for (std::size_t x = 0; x < plane.stride; x += lanes) {
-    V largest = hn::Load(d, from + x);
-    for (std::size_t row = y + 1; row < end; ++row) {
-      largest = hn::Max(largest, hn::Load(d, plane.samples.get() + row * plane.stride + x));
-    }
-    hn::Store(largest, d, columns + x);
-  }
-  std::fill_n(columns + plane.stride, kMostLanes, plane.signs.nothing);
-  float* to = plane.windows.get() + y * plane.stride;
-  for (std::size_t x = 0; x < plane.stride; x += lanes) {
-    V largest = hn::Load(d, columns + x);
-    for (std::size_t i = 1; i < DiscRings::kWindow; ++i) largest = hn::Max(largest, hn::LoadU(d, columns + x + i));
-    hn::Store(largest, d, to + x);
-  }
-}
-
-/// Searches around vectors of pixels, one below the other.
+/// Searches around the pixels of one tile after the other, all of them ring by ring.
 class Search {
  public:
-  Search(const Plane& plane, const DiscRings& discs, const Phase& phase)
-      : plane_(plane),
-        discs_(discs),
-        phase_(phase),
-        found_(Plane::Allocate((static_cast<std::size_t>(phase.to) + 1) * kMostLanes)) {}
+  Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase)
+      : plane_(plane), discs_(discs), cells_(cells), phase_(phase) {
+    const auto history = static_cast<std::size_t>(phase.to + 1) * kTileRows * kTileColumns;
+    found_ = Plane::Allocate(history);
+    for (auto& numbers : numbers_) {
+      numbers = Plane::Allocate(kStride * (kTileRows + 2));
+      std::fill_n(numbers.get(), kStride * (kTileRows + 2), plane.signs.nothing);
+    }
+    states_.resize(kTileColumns / hn::Lanes(D()));
+  }
 
-  /// Draws the pixels from column `x` on, as many as fit into a vector, in rows [from, to).
-  void Draw(int x, int from, int to, float* output) {
+  /// Draws the tile whose corner is pixel (x, y), as far as the image goes.
+  void Draw(int x, int y, float* output) {
     const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    const int columns = std::min(plane_.mask.GetSizeX() - x, kTileColumns);
+    groups_ = (static_cast<std::size_t>(columns) + lanes - 1) / lanes;
+    at_ = plane_.Find(x, y);
+    Begin();
+    Look(plane_.FindCell(x, y));
     const auto width = static_cast<std::size_t>(plane_.mask.GetSizeX());
-    const std::size_t columns = std::min(hn::Lanes(d), width - static_cast<std::size_t>(x));
-    // Nothing is known about a row above.
-    first_ = 0;
-    for (int y = from; y < to; ++y) {
-      Look(x, y, columns);
-      float* samples = output + static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x);
-      if (columns == hn::Lanes(d)) {
-        hn::StoreU(Blend(hn::LoadU(d, samples)), d, samples);
-        continue;
-      }
-      alignas(64) std::array<float, kMostLanes> part{};
-      std::copy_n(samples, columns, part.data());
-      hn::Store(Blend(hn::Load(d, part.data())), d, part.data());
-      std::copy_n(part.data(), columns, samples);
+    const auto rows = static_cast<std::size_t>(std::min(plane_.mask.GetSizeY() - y, kTileRows));
+    for (std::size_t group = 0; group < groups_; ++group) {
+      const std::size_t column = static_cast<std::size_t>(x) + group * lanes;
+      BlendGroup(group, output + static_cast<std::size_t>(y) * width + column, std::min(lanes, width - column), rows);
     }
   }
 
  private:
-  /// The largest numbers within each radius from `begin_` to `last_` - 1, in `found_`.
-  void Look(int x, int y, std::size_t columns) {
+  /// Of a tile's numbers with room for a neighbour on each side.
+  static constexpr std::size_t kStride = kTileColumns + 2 * kMostLanes;
+  static constexpr std::size_t kStart = kStride + kMostLanes;
+
+  struct Sectors {
+    std::uint32_t begin;
+    std::uint32_t end;
+  };
+
+  struct State {
+    /// The first radius that is kept, and how many there are. None is while all pixels are at the base.
+    int begin = 0;
+    int count = 0;
+    bool is_at_base = false;
+    /// Whether no pixel can find more.
+    bool is_full = false;
+    /// The sectors of a belt that may hold more, in runs.
+    std::vector<Sectors> runs;
+  };
+
+  [[nodiscard]] float* GetNumbers(std::size_t group) const {
+    return numbers_[0].get() + kStart + group * hn::Lanes(D());
+  }
+
+  [[nodiscard]] Group Load(std::size_t group) const {
+    const float* from = GetNumbers(group);
+    Group best;
+    for (std::size_t row = 0; row < kTileRows; ++row) best[row] = hn::Load(D(), from + row * kStride);
+    return best;
+  }
+
+  /// Into the numbers of the next ring.
+  void Store(const Group& best, std::size_t group) {
+    float* to = numbers_[1].get() + kStart + group * hn::Lanes(D());
+    for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(best[row], D(), to + row * kStride);
+  }
+
+  /// The numbers at radius 0.
+  void Begin() {
     const D d;
+    const std::size_t lanes = hn::Lanes(d);
     const V base = hn::Set(d, plane_.signs.base);
-    const V full = hn::Set(d, plane_.signs.full);
-    const std::size_t at = plane_.Find(x, y);
-    // Pixels beyond the image have nothing to look for.
-    V best = hn::IfThenElse(hn::FirstN(d, columns), hn::LoadU(d, plane_.samples.get() + at), full);
-    const bool is_known = hn::AllTrue(d, hn::Ge(best, base));
-    const auto counts = hn::FirstN(d, columns);
-    const auto is_met = [d, base, counts](V numbers) {
-      return !hn::AllFalse(d, hn::And(hn::Gt(numbers, base), counts));
+    for (std::size_t group = 0; group < groups_; ++group) {
+      Group best;
+      const float* from = plane_.samples.get() + at_ + group * lanes;
+      bool is_at_base = true;
+      for (std::size_t row = 0; row < kTileRows; ++row) {
+        best[row] = hn::LoadU(d, from + row * plane_.stride);
+        is_at_base = is_at_base && hn::AllTrue(d, hn::Eq(best[row], base));
+      }
+      State& state = states_[group];
+      state.begin = is_at_base ? phase_.to : 0;
+      state.count = 0;
+      state.is_at_base = is_at_base;
+      state.is_full = IsFull(best);
+      Store(best, group);
+      Keep(best, group);
+      if (is_at_base) state.count = 0;
+    }
+    // There may be numbers of a wider tile beside the last group.
+    float* beside = numbers_[1].get() + kStart + groups_ * lanes;
+    for (std::size_t row = 0; row < kTileRows; ++row) beside[row * kStride] = plane_.signs.nothing;
+    for (std::size_t row = 0; row < kTileRows; ++row) {
+      numbers_[0][kStart + row * kStride + groups_ * lanes] = plane_.signs.nothing;
+    }
+    std::swap(numbers_[0], numbers_[1]);
+  }
+
+  [[nodiscard]] bool IsFull(const Group& best) const {
+    V least = best[0];
+    for (const V& row : best) least = hn::Min(least, row);
+    return hn::AllTrue(D(), hn::Ge(least, hn::Set(D(), plane_.signs.full)));
+  }
+
+  void Keep(const Group& best, std::size_t group) {
+    float* to = GetFound(group, states_[group].count++);
+    for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(best[row], D(), to + row * hn::Lanes(D()));
+  }
+
+  [[nodiscard]] float* GetFound(std::size_t group, int entry) const {
+    const std::size_t entries = group * static_cast<std::size_t>(phase_.to + 1) + static_cast<std::size_t>(entry);
+    return found_.get() + entries * kTileRows * hn::Lanes(D());
+  }
+
+  /// Finds the largest numbers within each radius, for each group from `State::begin` on.
+  void Look(std::size_t cell) {
+    float largest = plane_.signs.nothing;
+    for (int first = 1; first <= phase_.to; first += DiscRings::kBelt) {
+      const int belt = DiscRings::GetBelt(first);
+      const int last = std::min(first + DiscRings::kBelt - 1, phase_.to);
+      largest = std::max(largest, cells_.FindLargest(plane_, belt, cell));
+      bool is_done = true;
+      bool is_idle = true;
+      for (std::size_t group = 0; group < groups_; ++group) {
+        is_idle = BeginBelt(belt, group, largest, last - first + 1) && is_idle;
+        is_done = is_done && states_[group].is_full;
+      }
+      if (is_done) break;
+      if (is_idle) continue;
+      for (int ring = first; ring <= last; ++ring) {
+        for (std::size_t group = 0; group < groups_; ++group) {
+          State& state = states_[group];
+          if (state.runs.empty()) continue;
+          if (state.is_full) {
+            Store(Load(group), group);
+            continue;
+          }
+          const Group best = LookAtRing(belt, ring, group);
+          Keep(best, group);
+          state.is_full = IsFull(best);
+        }
+        std::swap(numbers_[0], numbers_[1]);
+      }
+    }
+    for (std::size_t group = 0; group < groups_; ++group) {
+      if (states_[group].is_at_base) Keep(Load(group), group);
+    }
+  }
+
+  /// Finds which sectors of a belt may hold more for a group; says whether none does. `largest` is no less than
+  /// anything in the belt, or before it.
+  bool BeginBelt(int belt, std::size_t group, float largest, int rings) {
+    const D d;
+    State& state = states_[group];
+    state.runs.clear();
+    const Group best = Load(group);
+    // In the rings to come the group does not change, or is drawn from both tables in turns.
+    Store(best, group);
+    if (state.is_full) return true;
+    V least = best[0];
+    for (const V& row : best) least = hn::Min(least, row);
+    if (largest > hn::GetLane(hn::MinOfLanes(d, least))) FindSectors(belt, group, least);
+    if (state.is_at_base) {
+      if (state.runs.empty()) return true;
+      state.is_at_base = false;
+      state.begin = DiscRings::GetFirstRing(belt) - 1;
+      Keep(best, group);
+    }
+    if (!state.runs.empty()) return false;
+    for (int ring = 0; ring < rings; ++ring) Keep(best, group);
+    return true;
+  }
+
+  /// A window for the upper rows and one for the lower ones: together they cover the sector from every row.
+  void FindSectors(int belt, std::size_t group, V least) {
+    static_assert(kTileRows <= DiscRings::kWindow);
+    const D d;
+    const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
+    const std::int32_t* corners = discs_.windows.data() + place.first;
+    const float* upper = plane_.windows.get() + at_ + group * hn::Lanes(d);
+    const float* lower = upper + (kTileRows - 1) * plane_.stride;
+    const auto count = static_cast<std::uint32_t>(place.sectors * DiscRings::kWedges);
+    std::vector<Sectors>& runs = states_[group].runs;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const V larger = hn::Max(hn::LoadU(d, upper + corners[i]), hn::LoadU(d, lower + corners[i]));
+      if (hn::AllFalse(d, hn::Gt(larger, least))) continue;
+      if (runs.empty() || runs.back().end != i) runs.push_back({i, i});
+      runs.back().end = i + 1;
+    }
+  }
+
+  /// Finds the largest numbers of a group within a radius from those of the radius before: the pixel's own, those of
+  /// the four neighbours, and the samples of the ring that no neighbour has seen.
+  HWY_NOINLINE Group LookAtRing(int belt, int ring, std::size_t group) {
+    static_assert(kTileRows == 8);
+    const D d;
+    const float* HWY_RESTRICT numbers = GetNumbers(group);
+    const std::size_t stride = plane_.stride;
+    const float* HWY_RESTRICT samples = plane_.samples.get() + at_ + group * hn::Lanes(d);
+    const auto look_around = [&](std::size_t row) HWY_ATTR {
+      const float* at = numbers + row * kStride;
+      const V beside = hn::Max(hn::LoadU(d, at - 1), hn::LoadU(d, at + 1));
+      const V across = hn::Max(hn::Load(d, at - kStride), hn::Load(d, at + kStride));
+      return hn::Max(hn::Max(beside, across), hn::Load(d, at));
     };
-    const int above = first_;
-    begin_ = 0;
-    end_ = 0;
-    first_ = phase_.to + 1;
-    if (is_met(best)) {
-      first_ = 0;
-    } else if (is_known) {
-      begin_ = std::max(above - 2, 0);
-    }
-    Keep(best);
-    if (hn::AllTrue(d, hn::Ge(best, full))) return;
-    int ring = begin_ + 1;
-    while (ring <= phase_.to) {
-      const int belt = DiscRings::GetBelt(ring);
-      const int last = std::min(DiscRings::GetFirstRing(belt + 1) - 1, phase_.to);
-      FindSectors(belt, x, y, hn::GetLane(hn::MinOfLanes(d, best)));
-      if (sectors_.empty()) {
-        for (; ring <= last; ++ring) Keep(best);
-        continue;
-      }
-      for (; ring <= last; ++ring) {
-        best = LookAtRing(ring, at, best);
-        Keep(best);
-        if (first_ > phase_.to && is_met(best)) first_ = ring;
-        if (hn::AllTrue(d, hn::Ge(best, full))) return;
+    V best0 = look_around(0);
+    V best1 = look_around(1);
+    V best2 = look_around(2);
+    V best3 = look_around(3);
+    V best4 = look_around(4);
+    V best5 = look_around(5);
+    V best6 = look_around(6);
+    V best7 = look_around(7);
+    const std::int32_t* HWY_RESTRICT offsets = discs_.apart.offsets.data();
+    const std::uint32_t* begins = discs_.apart.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
+    for (const Sectors& run : states_[group].runs) {
+      const std::uint32_t end = begins[run.end];
+      for (std::uint32_t i = begins[run.begin]; i < end; ++i) {
+        const float* HWY_RESTRICT at = samples + offsets[i];
+        best0 = hn::Max(best0, hn::LoadU(d, at));
+        best1 = hn::Max(best1, hn::LoadU(d, at + stride));
+        best2 = hn::Max(best2, hn::LoadU(d, at + 2 * stride));
+        best3 = hn::Max(best3, hn::LoadU(d, at + 3 * stride));
+        best4 = hn::Max(best4, hn::LoadU(d, at + 4 * stride));
+        best5 = hn::Max(best5, hn::LoadU(d, at + 5 * stride));
+        best6 = hn::Max(best6, hn::LoadU(d, at + 6 * stride));
+        best7 = hn::Max(best7, hn::LoadU(d, at + 7 * stride));
       }
     }
-  }
-
-  void Keep(V best) {
-    const D d;
-    hn::Store(best, d, found_.get() + static_cast<std::size_t>(end_++) * hn::Lanes(d));
-  }
-
-  /// Finds the sectors of a belt in which some number is above `least`.
-  void FindSectors(int belt, int x, int y, float least) {
-    sectors_.clear();
-    const std::uint32_t begin = discs_.belts[static_cast<std::size_t>(belt)];
-    const std::uint32_t end = discs_.belts[static_cast<std::size_t>(belt) + 1];
-    x += plane_.border;
-    y += plane_.border;
-    for (std::uint32_t i = begin; i < end; ++i) {
-      const DiscRings::Sector& sector = discs_.sectors[i];
-      const auto column = static_cast<std::size_t>(x + sector.left) / kCoarseStep;
-      const auto row = static_cast<std::size_t>(y + sector.top) / kCoarseStep;
-      if (plane_.coarse[row * plane_.coarse_stride + column] > least) sectors_.push_back(i - begin);
+    Group best = {best0, best1, best2, best3, best4, best5, best6, best7};
+    best[0] = LookAtShared(belt, ring, group, 0, kUp, best[0]);
+    best[kTileRows - 1] = LookAtShared(belt, ring, group, kTileRows - 1, kDown, best[kTileRows - 1]);
+    if (group == 0) {
+      for (std::size_t row = 0; row < kTileRows; ++row)
+        best[row] = LookAtShared(belt, ring, group, row, kLeft, best[row]);
     }
+    if (group + 1 == groups_) {
+      for (std::size_t row = 0; row < kTileRows; ++row)
+        best[row] = LookAtShared(belt, ring, group, row, kRight, best[row]);
+    }
+    Store(best, group);
+    return best;
   }
 
-  HWY_NOINLINE V LookAtRing(int ring, std::size_t at, V best) const {
+  /// The wedges of `DiscRings`.
+  static constexpr std::uint32_t kRight = 0;
+  static constexpr std::uint32_t kDown = 1;
+  static constexpr std::uint32_t kLeft = 2;
+  static constexpr std::uint32_t kUp = 3;
+
+  /// Looks at the samples of a ring that a neighbour outside the tile has seen.
+  V LookAtShared(int belt, int ring, std::size_t group, std::size_t row, std::uint32_t wedge, V best) const {
     const D d;
+    const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
+    const auto first = static_cast<std::uint32_t>(place.sectors) * wedge;
+    const auto last = first + static_cast<std::uint32_t>(place.sectors);
+    const std::int32_t* corners = discs_.windows.data() + place.first;
+    const std::size_t at = at_ + row * plane_.stride + group * hn::Lanes(d);
     const float* HWY_RESTRICT samples = plane_.samples.get() + at;
     const float* HWY_RESTRICT windows = plane_.windows.get() + at;
-    const std::uint32_t* parts = discs_.parts.data() + discs_.rings[static_cast<std::size_t>(ring)];
-    const DiscRings::Arc* const arcs = discs_.arcs.data();
-    const std::int32_t* HWY_RESTRICT offsets = discs_.offsets.data();
-    for (const std::uint32_t sector : sectors_) {
-      const DiscRings::Arc* const end = arcs + parts[sector + 1];
-      for (const DiscRings::Arc* arc = arcs + parts[sector]; arc != end; ++arc) {
-        if (HWY_LIKELY(hn::AllFalse(d, hn::Gt(hn::LoadU(d, windows + arc->window), best)))) continue;
-        V other = best;
-        std::uint32_t i = arc[0].first;
-        for (; i + 1 < arc[1].first; i += 2) {
+    const std::int32_t* HWY_RESTRICT offsets = discs_.shared.offsets.data();
+    const std::uint32_t* begins = discs_.shared.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
+    for (const Sectors& run : states_[group].runs) {
+      const std::uint32_t end = std::min(run.end, last);
+      for (std::uint32_t sector = std::max(run.begin, first); sector < end; ++sector) {
+        if (hn::AllFalse(d, hn::Gt(hn::LoadU(d, windows + corners[sector]), best))) continue;
+        for (std::uint32_t i = begins[sector]; i < begins[sector + 1]; ++i) {
           best = hn::Max(best, hn::LoadU(d, samples + offsets[i]));
-          other = hn::Max(other, hn::LoadU(d, samples + offsets[i + 1]));
         }
-        if (i < arc[1].first) other = hn::Max(other, hn::LoadU(d, samples + offsets[i]));
-        best = hn::Max(best, other);
       }
     }
     return best;
   }
 
-  /// Draws the levels over a vector of the output.
-  [[nodiscard]] V Blend(V output) const { return plane_.is_growing ? BlendInwards(output) : BlendOutwards(output); }
+  /// Draws the levels over a group, as many columns and rows as the image has.
+  void BlendGroup(std::size_t group, float* output, std::size_t columns, std::size_t rows) const {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto width = static_cast<std::size_t>(plane_.mask.GetSizeX());
+    alignas(64) std::array<float, kTileRows * kMostLanes> part{};
+    for (std::size_t row = 0; row < rows; ++row) std::copy_n(output + row * width, columns, part.data() + row * lanes);
+    Group drawn;
+    for (std::size_t row = 0; row < kTileRows; ++row) drawn[row] = hn::Load(d, part.data() + row * lanes);
+    if (plane_.is_growing) {
+      BlendInwards(group, drawn);
+    } else {
+      BlendOutwards(group, drawn);
+    }
+    for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(drawn[row], d, part.data() + row * lanes);
+    for (std::size_t row = 0; row < rows; ++row) std::copy_n(part.data() + row * lanes, columns, output + row * width);
+  }
 
   /// Radii from large to small. Beyond the last one that was looked at all pixels are set.
-  [[nodiscard]] V BlendInwards(V output) const {
-    for (int radius = std::max(std::min(begin_ + end_ - 1, phase_.to), phase_.from); radius >= phase_.from; --radius) {
-      if (radius < begin_) break;
-      output = BlendOne(output, radius, GetFound(std::min(radius, begin_ + end_ - 1)));
+  void BlendInwards(std::size_t group, Group& drawn) const {
+    const D d;
+    const int begin = states_[group].begin;
+    const int end = begin + states_[group].count;
+    for (int radius = std::max(std::min(end - 1, phase_.to), phase_.from); radius >= phase_.from; --radius) {
+      if (radius < begin) break;
+      const float* found = GetFound(group, std::min(radius, end - 1) - begin);
+      const V level = hn::Set(d, GetLevel(radius));
+      for (std::size_t row = 0; row < kTileRows; ++row) {
+        drawn[row] = Blend(drawn[row], level, hn::Load(d, found + row * hn::Lanes(d)));
+      }
     }
-    return output;
   }
 
   /// Radii from small to large. Beyond the last one that was looked at no pixel is set.
-  [[nodiscard]] V BlendOutwards(V output) const {
+  void BlendOutwards(std::size_t group, Group& drawn) const {
     const D d;
     const V nothing = hn::Set(d, plane_.signs.nothing);
+    const int begin = states_[group].begin;
+    const int last = std::min(phase_.to, begin + states_[group].count - 1);
     int radius = phase_.from;
-    if (radius < begin_) {
-      radius = std::min(begin_, phase_.to);
-      output = hn::Set(d, GetLevel(radius));
+    if (radius < begin) {
+      radius = std::min(begin, phase_.to);
+      drawn.fill(hn::Set(d, GetLevel(radius)));
       ++radius;
     }
-    const int last = std::min(phase_.to, begin_ + end_ - 1);
     for (; radius <= last; ++radius) {
-      const V found = GetFound(radius);
-      output = BlendOne(output, radius, hn::IfThenZeroElse(hn::Eq(found, nothing), hn::Neg(found)));
+      const float* found = GetFound(group, radius - begin);
+      const V level = hn::Set(d, GetLevel(radius));
+      for (std::size_t row = 0; row < kTileRows; ++row) {
+        const V number = hn::Load(d, found + row * hn::Lanes(d));
+        drawn[row] = Blend(drawn[row], level, hn::IfThenZeroElse(hn::Eq(number, nothing), hn::Neg(number)));
+      }
     }
-    return output;
   }
 
   [[nodiscard]] float GetLevel(int radius) const {
     return phase_.levels[static_cast<std::size_t>(radius - phase_.from)];
   }
 
-  [[nodiscard]] V GetFound(int radius) const {
-    const D d;
-    return hn::Load(d, found_.get() + static_cast<std::size_t>(radius - begin_) * hn::Lanes(d));
-  }
-
   /// Where the strength is 0 the output stays.
-  [[nodiscard]] HWY_INLINE V BlendOne(V output, int radius, V strength) const {
+  static HWY_INLINE V Blend(V output, V level, V strength) {
     const D d;
-    const V level = hn::Set(d, GetLevel(radius));
     const V blended = hn::Add(output, hn::Mul(hn::Sub(level, output), strength));
     const V drawn = hn::IfThenElse(hn::Ge(strength, hn::Set(d, 1.0F)), level, blended);
     return hn::IfThenElse(hn::Gt(strength, hn::Zero(d)), drawn, output);
@@ -221,22 +376,27 @@ class Search {
 
   const Plane& plane_;
   const DiscRings& discs_;
+  const CellRings& cells_;
   const Phase& phase_;
-  /// The first radius within which a pixel has met a number above the base; beyond all if none has.
-  int first_ = 0;
-  /// The first radius in `found_`, and how many there are.
-  int begin_ = 0;
-  int end_ = 0;
+  /// The corner of the tile in the plane, and its groups.
+  std::size_t at_ = 0;
+  std::size_t groups_ = 0;
+  std::vector<State> states_;
+  /// What the pixels of the tile have found so far, and where that of the next ring goes.
+  std::array<hwy::AlignedFreeUniquePtr<float[]>, 2> numbers_;
+  /// For each group what it has found within each radius.
   hwy::AlignedFreeUniquePtr<float[]> found_;
-  std::vector<std::uint32_t> sectors_;
 };
 
-void DrawRows(const Plane& plane, const DiscRings& discs, const Phase& phase, std::size_t from, std::size_t to,
-              float* output) {
-  Search search(plane, discs, phase);
-  for (int x = 0; x < plane.mask.GetSizeX(); x += static_cast<int>(hn::Lanes(D()))) {
-    ScEng::PollCancellation();
-    search.Draw(x, static_cast<int>(from), static_cast<int>(to), output);
+/// Draws rows of tiles.
+void DrawTiles(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase, std::size_t from,
+               std::size_t to, float* output) {
+  Search search(plane, discs, cells, phase);
+  for (std::size_t row = from; row < to; ++row) {
+    for (int x = 0; x < plane.mask.GetSizeX(); x += kTileColumns) {
+      ScEng::PollCancellation();
+      search.Draw(x, static_cast<int>(row) * kTileRows, output);
+    }
   }
 }
 
@@ -248,69 +408,16 @@ HWY_AFTER_NAMESPACE();
 namespace ReliefBevel {
 namespace {
 
-HWY_EXPORT(FillWindows);
-HWY_EXPORT(DrawRows);
-
-constexpr std::size_t kGrainRows = 16;
-
-/// Row `y` of the plane.
-void FillRow(const Plane& plane, std::size_t y) {
-  float* to = plane.samples.get() + y * plane.stride;
-  const int width = plane.mask.GetSizeX();
-  const int height = plane.mask.GetSizeY();
-  int row = static_cast<int>(y) - plane.border;
-  if (plane.wrap) row = ScEng::WrapIndex(row, height);
-  std::fill_n(to, plane.stride, plane.signs.nothing);
-  if (row < 0 || row >= height) return;
-  const float* from = plane.mask.GetConstArray() + static_cast<std::size_t>(row) * static_cast<std::size_t>(width);
-  float* inside = to + plane.border;
-  for (int x = 0; x < width; ++x) {
-    const float sample = from[x];
-    const float cut = sample > 0.0F ? (sample < 1.0F ? sample : 1.0F) : 0.0F;
-    inside[x] = plane.is_growing ? cut : std::isnan(sample) ? plane.signs.nothing : -cut;
-  }
-  if (!plane.wrap) return;
-  for (int x = 0; x < plane.border; ++x) to[x] = inside[ScEng::WrapIndex(x - plane.border, width)];
-  const int behind = static_cast<int>(plane.stride) - plane.border;
-  for (int x = width; x < behind; ++x) inside[x] = inside[x % width];
-}
-
-/// Row `y` of the coarse table, from the windows.
-void FillCoarse(const Plane& plane, std::size_t y) {
-  for (std::size_t x = 0; x < plane.coarse_stride; ++x) {
-    float largest = plane.signs.nothing;
-    for (std::size_t j = y * kCoarseStep; j < std::min(y * kCoarseStep + kCoarseSide, plane.rows); j += kCoarseStep) {
-      const float* row = plane.windows.get() + j * plane.stride;
-      for (std::size_t i = x * kCoarseStep; i < std::min(x * kCoarseStep + kCoarseSide, plane.stride);
-           i += kCoarseStep) {
-        largest = std::max(largest, row[i]);
-      }
-    }
-    plane.coarse[y * plane.coarse_stride + x] = largest;
-  }
-}
-
-void Fill(const Plane& plane) {
-  static_assert(DiscRings::kWindow == kCoarseStep);
-  ScEng::ParallelRows(plane.rows, kGrainRows, [&](std::size_t from, std::size_t to) {
-    for (std::size_t y = from; y < to; ++y) FillRow(plane, y);
-  });
-  ScEng::ParallelRows(plane.rows, kGrainRows, [&](std::size_t from, std::size_t to) {
-    const auto columns = Plane::Allocate(plane.stride);
-    for (std::size_t y = from; y < to; ++y) HWY_DYNAMIC_DISPATCH(FillWindows)(plane, y, columns.get());
-  });
-  ScEng::ParallelRows(plane.coarse_rows, 1, [&](std::size_t from, std::size_t to) {
-    for (std::size_t y = from; y < to; ++y) FillCoarse(plane, y);
-  });
-}
+HWY_EXPORT(DrawTiles);
 
 void Draw(const Image& mask, bool wrap, bool is_growing, const Phase& phase, Image& output) {
   const Plane plane(mask, wrap, phase.to, is_growing);
-  Fill(plane);
   const DiscRings discs(phase.to, static_cast<std::ptrdiff_t>(plane.stride));
+  const CellRings cells(phase.to, plane.stride / kCell);
   float* samples = output.GetArray();
-  ScEng::ParallelRows(static_cast<std::size_t>(mask.GetSizeY()), kGrainRows, [&](std::size_t from, std::size_t to) {
-    HWY_DYNAMIC_DISPATCH(DrawRows)(plane, discs, phase, from, to, samples);
+  const auto rows = (static_cast<std::size_t>(mask.GetSizeY()) + kTileRows - 1) / kTileRows;
+  ScEng::ParallelRows(rows, 2, [&](std::size_t from, std::size_t to) {
+    HWY_DYNAMIC_DISPATCH(DrawTiles)(plane, discs, cells, phase, from, to, samples);
   });
 }
 
@@ -319,7 +426,7 @@ void Draw(const Image& mask, bool wrap, bool is_growing, const Phase& phase, Ima
 bool CanDrawSoft(const Image& mask, int reach) {
   constexpr int kFurthest = 1024;
   if (reach > kFurthest) return false;
-  const double border = 2.0 * reach + 2 * kCoarseSide;
+  const double border = 2.0 * reach + 8 * kMostLanes;
   const double pixels = (mask.GetSizeX() + border) * (mask.GetSizeY() + border);
   return pixels <= 16777216.0 + 4.0 * static_cast<double>(mask.GetNumSamples());
 }
