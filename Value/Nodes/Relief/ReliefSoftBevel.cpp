@@ -34,7 +34,8 @@ using Group = std::array<V, kTileRows>;
 /// Searches around the pixels of one tile after the other, all of them ring by ring.
 class Search {
  public:
-  Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase)
+  /// For so many rows of tiles.
+  Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase, std::size_t rows)
       : plane_(plane), discs_(discs), cells_(cells), phase_(phase) {
     const auto history = static_cast<std::size_t>(phase.to + 1) * kTileRows * kTileColumns;
     found_ = Plane::Allocate(history);
@@ -43,17 +44,25 @@ class Search {
       std::fill_n(numbers.get(), kStride * (kTileRows + 2), plane.signs.nothing);
     }
     states_.resize(kTileColumns / hn::Lanes(D()));
+    const auto radii = static_cast<std::size_t>(phase.to) + 1;
+    above_ = Plane::Allocate(radii * kTileColumns);
+    before_.assign(rows, std::vector<float>(radii * kTileRows));
   }
 
-  /// Draws the tile whose corner is pixel (x, y), as far as the image goes.
-  void Draw(int x, int y, float* output) {
+  /// Draws the tile whose corner is pixel (x, y), as far as the image goes, in a row of tiles that is counted from 0.
+  /// Columns of tiles are drawn from the top down and from left to right.
+  void Draw(int x, int y, std::size_t row_of_tiles, float* output) {
     const D d;
     const std::size_t lanes = hn::Lanes(d);
     const int columns = std::min(plane_.mask.GetSizeX() - x, kTileColumns);
     groups_ = (static_cast<std::size_t>(columns) + lanes - 1) / lanes;
     at_ = plane_.Find(x, y);
+    has_above_ = row_of_tiles > 0;
+    has_before_ = x > 0;
+    float* before = before_[row_of_tiles].data();
     Begin();
-    Look(plane_.FindCell(x, y));
+    Look(plane_.FindCell(x, y), before);
+    KeepEdges(before);
     const auto width = static_cast<std::size_t>(plane_.mask.GetSizeX());
     const auto rows = static_cast<std::size_t>(std::min(plane_.mask.GetSizeY() - y, kTileRows));
     for (std::size_t group = 0; group < groups_; ++group) {
@@ -122,19 +131,60 @@ class Search {
       Keep(best, group);
       if (is_at_base) state.count = 0;
     }
-    // There may be numbers of a wider tile beside the last group.
-    float* beside = numbers_[1].get() + kStart + groups_ * lanes;
-    for (std::size_t row = 0; row < kTileRows; ++row) beside[row * kStride] = plane_.signs.nothing;
-    for (std::size_t row = 0; row < kTileRows; ++row) {
-      numbers_[0][kStart + row * kStride + groups_ * lanes] = plane_.signs.nothing;
-    }
     std::swap(numbers_[0], numbers_[1]);
+    // Beside and above there may be what other tiles have left.
+    for (auto& numbers : numbers_) {
+      for (std::size_t row = 0; row < kTileRows; ++row) {
+        float* at = numbers.get() + kStart + row * kStride;
+        at[-1] = plane_.signs.nothing;
+        at[groups_ * lanes] = plane_.signs.nothing;
+      }
+      std::fill_n(numbers.get(), kStride, plane_.signs.nothing);
+    }
+  }
+
+  /// Puts what the tiles above and before have found within a radius beside the numbers of this one.
+  void PlaceEdges(int radius, const float* before) {
+    const D d;
+    const auto entry = static_cast<std::size_t>(radius);
+    float* to = numbers_[0].get() + kStart;
+    if (has_above_) {
+      const float* above = above_.get() + entry * kTileColumns;
+      for (std::size_t i = 0; i < groups_ * hn::Lanes(d); i += hn::Lanes(d)) {
+        hn::Store(hn::Load(d, above + i), d, to - kStride + i);
+      }
+    }
+    if (has_before_) {
+      for (std::size_t row = 0; row < kTileRows; ++row) *(to + row * kStride - 1) = before[entry * kTileRows + row];
+    }
+  }
+
+  /// Keeps the lowest row and the last column for the tiles below and behind.
+  void KeepEdges(float* before) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    for (std::size_t group = 0; group < groups_; ++group) {
+      const State& state = states_[group];
+      const bool is_last = group + 1 == groups_;
+      for (int radius = 0; radius <= phase_.to; ++radius) {
+        const auto entry = static_cast<std::size_t>(radius);
+        const float* found = GetFound(group, std::clamp(radius - state.begin, 0, state.count - 1));
+        hn::Store(hn::Load(d, found + (kTileRows - 1) * lanes), d, above_.get() + entry * kTileColumns + group * lanes);
+        if (!is_last) continue;
+        for (std::size_t row = 0; row < kTileRows; ++row)
+          before[entry * kTileRows + row] = found[row * lanes + lanes - 1];
+      }
+    }
   }
 
   [[nodiscard]] bool IsFull(const Group& best) const {
+    return hn::AllTrue(D(), hn::Ge(FindLeast(best), hn::Set(D(), plane_.signs.full)));
+  }
+
+  static V FindLeast(const Group& best) {
     V least = best[0];
     for (const V& row : best) least = hn::Min(least, row);
-    return hn::AllTrue(D(), hn::Ge(least, hn::Set(D(), plane_.signs.full)));
+    return least;
   }
 
   void Keep(const Group& best, std::size_t group) {
@@ -148,7 +198,7 @@ class Search {
   }
 
   /// Finds the largest numbers within each radius, for each group from `State::begin` on.
-  void Look(std::size_t cell) {
+  void Look(std::size_t cell, const float* before) {
     float largest = plane_.signs.nothing;
     for (int first = 1; first <= phase_.to; first += DiscRings::kBelt) {
       const int belt = DiscRings::GetBelt(first);
@@ -163,6 +213,7 @@ class Search {
       if (is_done) break;
       if (is_idle) continue;
       for (int ring = first; ring <= last; ++ring) {
+        PlaceEdges(ring - 1, before);
         for (std::size_t group = 0; group < groups_; ++group) {
           State& state = states_[group];
           if (state.runs.empty()) continue;
@@ -192,8 +243,7 @@ class Search {
     // In the rings to come the group does not change, or is drawn from both tables in turns.
     Store(best, group);
     if (state.is_full) return true;
-    V least = best[0];
-    for (const V& row : best) least = hn::Min(least, row);
+    const V least = FindLeast(best);
     if (largest > hn::GetLane(hn::MinOfLanes(d, least))) FindSectors(belt, group, least);
     if (state.is_at_base) {
       if (state.runs.empty()) return true;
@@ -207,73 +257,72 @@ class Search {
   }
 
   /// A window for the upper rows and one for the lower ones: together they cover the sector from every row.
-  void FindSectors(int belt, std::size_t group, V least) {
+  HWY_NOINLINE void FindSectors(int belt, std::size_t group, V least) {
     static_assert(kTileRows <= DiscRings::kWindow);
     const D d;
     const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
-    const std::int32_t* corners = discs_.windows.data() + place.first;
-    const float* upper = plane_.windows.get() + at_ + group * hn::Lanes(d);
-    const float* lower = upper + (kTileRows - 1) * plane_.stride;
+    const std::int32_t* HWY_RESTRICT corners = discs_.windows.data() + place.first;
+    const float* HWY_RESTRICT upper = plane_.windows.get() + at_ + group * hn::Lanes(d);
+    const float* HWY_RESTRICT lower = upper + (kTileRows - 1) * plane_.stride;
     const auto count = static_cast<std::uint32_t>(place.sectors * DiscRings::kWedges);
+    const auto holds_more = [&](std::uint32_t sector) HWY_ATTR {
+      const V larger = hn::Max(hn::LoadU(d, upper + corners[sector]), hn::LoadU(d, lower + corners[sector]));
+      return !hn::AllFalse(d, hn::Gt(larger, least));
+    };
     std::vector<Sectors>& runs = states_[group].runs;
     for (std::uint32_t i = 0; i < count; ++i) {
-      const V larger = hn::Max(hn::LoadU(d, upper + corners[i]), hn::LoadU(d, lower + corners[i]));
-      if (hn::AllFalse(d, hn::Gt(larger, least))) continue;
-      if (runs.empty() || runs.back().end != i) runs.push_back({i, i});
-      runs.back().end = i + 1;
+      if (!holds_more(i)) continue;
+      const std::uint32_t begin = i++;
+      while (i < count && holds_more(i)) ++i;
+      runs.push_back({begin, i});
     }
   }
 
   /// Finds the largest numbers of a group within a radius from those of the radius before: the pixel's own, those of
   /// the four neighbours, and the samples of the ring that no neighbour has seen.
   HWY_NOINLINE Group LookAtRing(int belt, int ring, std::size_t group) {
-    static_assert(kTileRows == 8);
     const D d;
     const float* HWY_RESTRICT numbers = GetNumbers(group);
-    const std::size_t stride = plane_.stride;
-    const float* HWY_RESTRICT samples = plane_.samples.get() + at_ + group * hn::Lanes(d);
-    const auto look_around = [&](std::size_t row) HWY_ATTR {
+    Group best;
+    for (std::size_t row = 0; row < kTileRows; ++row) {
       const float* at = numbers + row * kStride;
       const V beside = hn::Max(hn::LoadU(d, at - 1), hn::LoadU(d, at + 1));
       const V across = hn::Max(hn::Load(d, at - kStride), hn::Load(d, at + kStride));
-      return hn::Max(hn::Max(beside, across), hn::Load(d, at));
-    };
-    V best0 = look_around(0);
-    V best1 = look_around(1);
-    V best2 = look_around(2);
-    V best3 = look_around(3);
-    V best4 = look_around(4);
-    V best5 = look_around(5);
-    V best6 = look_around(6);
-    V best7 = look_around(7);
-    const std::int32_t* HWY_RESTRICT offsets = discs_.apart.offsets.data();
+      best[row] = hn::Max(hn::Max(beside, across), hn::Load(d, at));
+    }
+    const std::size_t at = at_ + group * hn::Lanes(d);
     const std::uint32_t* begins = discs_.apart.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
     for (const Sectors& run : states_[group].runs) {
-      const std::uint32_t end = begins[run.end];
-      for (std::uint32_t i = begins[run.begin]; i < end; ++i) {
-        const float* HWY_RESTRICT at = samples + offsets[i];
-        best0 = hn::Max(best0, hn::LoadU(d, at));
-        best1 = hn::Max(best1, hn::LoadU(d, at + stride));
-        best2 = hn::Max(best2, hn::LoadU(d, at + 2 * stride));
-        best3 = hn::Max(best3, hn::LoadU(d, at + 3 * stride));
-        best4 = hn::Max(best4, hn::LoadU(d, at + 4 * stride));
-        best5 = hn::Max(best5, hn::LoadU(d, at + 5 * stride));
-        best6 = hn::Max(best6, hn::LoadU(d, at + 6 * stride));
-        best7 = hn::Max(best7, hn::LoadU(d, at + 7 * stride));
-      }
+      const std::int32_t* offsets = discs_.apart.offsets.data();
+      best = LookAtAll(offsets + begins[run.begin], offsets + begins[run.end], at, best);
     }
-    Group best = {best0, best1, best2, best3, best4, best5, best6, best7};
-    best[0] = LookAtShared(belt, ring, group, 0, kUp, best[0]);
-    best[kTileRows - 1] = LookAtShared(belt, ring, group, kTileRows - 1, kDown, best[kTileRows - 1]);
-    if (group == 0) {
-      for (std::size_t row = 0; row < kTileRows; ++row)
-        best[row] = LookAtShared(belt, ring, group, row, kLeft, best[row]);
-    }
-    if (group + 1 == groups_) {
-      for (std::size_t row = 0; row < kTileRows; ++row)
-        best[row] = LookAtShared(belt, ring, group, row, kRight, best[row]);
-    }
+    if (!has_above_) best[0] = LookAtSharedOfRow(belt, ring, group, 0, kUp, best[0]);
+    best[kTileRows - 1] = LookAtSharedOfRow(belt, ring, group, kTileRows - 1, kDown, best[kTileRows - 1]);
+    if (group == 0 && !has_before_) best = LookAtShared(belt, ring, group, kLeft, best);
+    if (group + 1 == groups_) best = LookAtShared(belt, ring, group, kRight, best);
     Store(best, group);
+    return best;
+  }
+
+  /// Looks at the same offsets from all pixels of a group.
+  HWY_INLINE Group LookAtAll(const std::int32_t* offset, const std::int32_t* end, std::size_t at, Group best) const {
+    static_assert(kTileRows == 8);
+    const D d;
+    const std::size_t stride = plane_.stride;
+    const float* HWY_RESTRICT upper = plane_.samples.get() + at;
+    const float* HWY_RESTRICT lower = upper + 4 * stride;
+    for (; offset != end; ++offset) {
+      const float* HWY_RESTRICT from = upper + *offset;
+      best[0] = hn::Max(best[0], hn::LoadU(d, from));
+      best[1] = hn::Max(best[1], hn::LoadU(d, from + stride));
+      best[2] = hn::Max(best[2], hn::LoadU(d, from + 2 * stride));
+      best[3] = hn::Max(best[3], hn::LoadU(d, from + 3 * stride));
+      from = lower + *offset;
+      best[4] = hn::Max(best[4], hn::LoadU(d, from));
+      best[5] = hn::Max(best[5], hn::LoadU(d, from + stride));
+      best[6] = hn::Max(best[6], hn::LoadU(d, from + 2 * stride));
+      best[7] = hn::Max(best[7], hn::LoadU(d, from + 3 * stride));
+    }
     return best;
   }
 
@@ -283,27 +332,58 @@ class Search {
   static constexpr std::uint32_t kLeft = 2;
   static constexpr std::uint32_t kUp = 3;
 
-  /// Looks at the samples of a ring that a neighbour outside the tile has seen.
-  V LookAtShared(int belt, int ring, std::size_t group, std::size_t row, std::uint32_t wedge, V best) const {
-    const D d;
+  /// Calls `look(sector, begin, end)` for what a neighbour outside the tile has seen of a ring: the sectors of its
+  /// wedge that may hold more, with their offsets.
+  template <class Look>
+  HWY_INLINE void ForEachShared(int belt, int ring, std::size_t group, std::uint32_t wedge, const Look& look) const {
     const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
     const auto first = static_cast<std::uint32_t>(place.sectors) * wedge;
     const auto last = first + static_cast<std::uint32_t>(place.sectors);
     const std::int32_t* corners = discs_.windows.data() + place.first;
-    const std::size_t at = at_ + row * plane_.stride + group * hn::Lanes(d);
-    const float* HWY_RESTRICT samples = plane_.samples.get() + at;
-    const float* HWY_RESTRICT windows = plane_.windows.get() + at;
-    const std::int32_t* HWY_RESTRICT offsets = discs_.shared.offsets.data();
+    const std::int32_t* offsets = discs_.shared.offsets.data();
     const std::uint32_t* begins = discs_.shared.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
     for (const Sectors& run : states_[group].runs) {
       const std::uint32_t end = std::min(run.end, last);
       for (std::uint32_t sector = std::max(run.begin, first); sector < end; ++sector) {
-        if (hn::AllFalse(d, hn::Gt(hn::LoadU(d, windows + corners[sector]), best))) continue;
-        for (std::uint32_t i = begins[sector]; i < begins[sector + 1]; ++i) {
-          best = hn::Max(best, hn::LoadU(d, samples + offsets[i]));
-        }
+        look(corners[sector], offsets + begins[sector], offsets + begins[sector + 1]);
       }
     }
+  }
+
+  /// Looks at the samples of a ring that a neighbour beside the tile has seen.
+  HWY_NOINLINE Group LookAtShared(int belt, int ring, std::size_t group, std::uint32_t wedge, Group best) const {
+    const D d;
+    const std::size_t at = at_ + group * hn::Lanes(d);
+    const float* HWY_RESTRICT upper = plane_.windows.get() + at;
+    const float* HWY_RESTRICT lower = upper + (kTileRows - 1) * plane_.stride;
+    const V least = FindLeast(best);
+    ForEachShared(belt, ring, group, wedge,
+                  [&](std::int32_t corner, const std::int32_t* begin, const std::int32_t* end) HWY_ATTR {
+                    const V larger = hn::Max(hn::LoadU(d, upper + corner), hn::LoadU(d, lower + corner));
+                    if (!hn::AllFalse(d, hn::Gt(larger, least))) best = LookAtAll(begin, end, at, best);
+                  });
+    return best;
+  }
+
+  /// The same for one above or below the tile, from one row.
+  HWY_NOINLINE V LookAtSharedOfRow(int belt, int ring, std::size_t group, std::size_t row, std::uint32_t wedge,
+                                   V best) const {
+    const D d;
+    const std::size_t at = at_ + row * plane_.stride + group * hn::Lanes(d);
+    const float* HWY_RESTRICT samples = plane_.samples.get() + at;
+    const float* HWY_RESTRICT windows = plane_.windows.get() + at;
+    ForEachShared(belt, ring, group, wedge,
+                  [&](std::int32_t corner, const std::int32_t* begin, const std::int32_t* end) HWY_ATTR {
+                    if (hn::AllFalse(d, hn::Gt(hn::LoadU(d, windows + corner), best))) return;
+                    std::array<V, 4> parts = {best, best, best, best};
+                    for (; end - begin >= 4; begin += 4) {
+                      for (std::size_t i = 0; i < 4; ++i) {
+                        parts[i] = hn::Max(parts[i], hn::LoadU(d, samples + begin[i]));
+                      }
+                    }
+                    for (; begin != end; ++begin) parts[0] = hn::Max(parts[0], hn::LoadU(d, samples + *begin));
+                    best = hn::Max(hn::Max(parts[0], parts[1]), hn::Max(parts[2], parts[3]));
+                  });
     return best;
   }
 
@@ -381,6 +461,12 @@ class Search {
   /// The corner of the tile in the plane, and its groups.
   std::size_t at_ = 0;
   std::size_t groups_ = 0;
+  /// What the row above the tile has found within each radius, where there is a tile.
+  bool has_above_ = false;
+  hwy::AlignedFreeUniquePtr<float[]> above_;
+  /// The same for the columns before the tiles of each row.
+  bool has_before_ = false;
+  std::vector<std::vector<float>> before_;
   std::vector<State> states_;
   /// What the pixels of the tile have found so far, and where that of the next ring goes.
   std::array<hwy::AlignedFreeUniquePtr<float[]>, 2> numbers_;
@@ -391,11 +477,11 @@ class Search {
 /// Draws rows of tiles.
 void DrawTiles(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase, std::size_t from,
                std::size_t to, float* output) {
-  Search search(plane, discs, cells, phase);
-  for (std::size_t row = from; row < to; ++row) {
-    for (int x = 0; x < plane.mask.GetSizeX(); x += kTileColumns) {
+  Search search(plane, discs, cells, phase, to - from);
+  for (int x = 0; x < plane.mask.GetSizeX(); x += kTileColumns) {
+    for (std::size_t row = from; row < to; ++row) {
       ScEng::PollCancellation();
-      search.Draw(x, static_cast<int>(row) * kTileRows, output);
+      search.Draw(x, static_cast<int>(row) * kTileRows, row - from, output);
     }
   }
 }
@@ -416,7 +502,7 @@ void Draw(const Image& mask, bool wrap, bool is_growing, const Phase& phase, Ima
   const CellRings cells(phase.to, plane.stride / kCell);
   float* samples = output.GetArray();
   const auto rows = (static_cast<std::size_t>(mask.GetSizeY()) + kTileRows - 1) / kTileRows;
-  ScEng::ParallelRows(rows, 2, [&](std::size_t from, std::size_t to) {
+  ScEng::ParallelRows(rows, 8, [&](std::size_t from, std::size_t to) {
     HWY_DYNAMIC_DISPATCH(DrawTiles)(plane, discs, cells, phase, from, to, samples);
   });
 }

@@ -130,14 +130,14 @@ std::ptrdiff_t FindGap(std::ptrdiff_t cell, std::ptrdiff_t size) {
 
 }  // namespace
 
-Plane::Plane(const Image& mask, bool wrap, int reach, bool is_growing)
-    : mask(mask),
-      wrap(wrap),
-      is_growing(is_growing),
-      signs(is_growing ? kGrowing : kShrinking),
+Plane::Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow)
+    : mask(of_mask),
+      wrap(does_wrap),
+      is_growing(does_grow),
+      signs(does_grow ? kGrowing : kShrinking),
       border((reach + DiscRings::kWindow + kMostLanes) / kMostLanes * kMostLanes + kMostLanes),
-      stride(GetLength(mask.GetSizeX(), kTileColumns)),
-      rows(GetLength(mask.GetSizeY(), kTileRows)),
+      stride(GetLength(of_mask.GetSizeX(), kTileColumns)),
+      rows(GetLength(of_mask.GetSizeY(), kTileRows)),
       samples(Allocate(stride * rows)),
       windows(Allocate(stride * rows)),
       cells(stride / kCell * (rows / kCell)) {

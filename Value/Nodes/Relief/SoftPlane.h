@@ -37,7 +37,7 @@ inline constexpr Signs kShrinking = {-2.0F, -1.0F, 0.0F};
 /// The mask with a border all around, in the numbers of a phase.
 struct Plane {
   /// The mask must outlive the plane. `reach` is the largest offset that is looked at.
-  Plane(const Image& mask, bool wrap, int reach, bool is_growing);
+  Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow);
 
   static hwy::AlignedFreeUniquePtr<float[]> Allocate(std::size_t count) { return MakeLargeArray(count + kMostLanes); }
 
