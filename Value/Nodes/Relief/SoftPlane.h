@@ -90,6 +90,8 @@ struct Phase {
   int to;
   /// Of radius r it is entry r - from.
   std::vector<float> levels;
+
+  [[nodiscard]] float GetLevel(int radius) const { return levels[static_cast<std::size_t>(radius - from)]; }
 };
 
 }  // namespace ReliefBevel

@@ -1,0 +1,409 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The search: the pixels of a tile look for the largest samples around them, ring by ring.
+//
+// Included once per instruction set, between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE of the source that uses it;
+// see Highway's quick reference on `foreach_target.h`.
+
+#if defined(VALUE_NODES_RELIEF_SOFT_SEARCH_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef VALUE_NODES_RELIEF_SOFT_SEARCH_INL_H_
+#undef VALUE_NODES_RELIEF_SOFT_SEARCH_INL_H_
+#else
+#define VALUE_NODES_RELIEF_SOFT_SEARCH_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "Value/Nodes/Relief/DiscRings.h"
+#include "Value/Nodes/Relief/SoftPlane.h"
+#include "Value/Nodes/Relief/SoftWorkspace.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace ReliefBevel::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+using D = hn::CappedTag<float, kMostLanes>;
+using V = hn::Vec<D>;
+/// A group is a vector of pixels in each row of a tile.
+using Group = std::array<V, kTileRows>;
+
+/// Searches around the pixels of one tile after the other, all of them ring by ring.
+class Search {
+ public:
+  /// Of radii up to `radius`, for so many rows of tiles.
+  Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, int radius, std::size_t rows,
+         Workspace& workspace)
+      : plane_(plane), discs_(discs), cells_(cells), radius_(radius), workspace_(workspace) {
+    states_.resize(kTileColumns / hn::Lanes(D()));
+    workspace_.before.resize(std::max(workspace_.before.size(), rows));
+  }
+
+  /// Searches around the pixels of the tile whose corner is pixel (x, y), in a row of tiles that is counted from 0.
+  /// Columns of tiles are searched from the top down and from left to right.
+  void Look(int x, int y, std::size_t row_of_tiles) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    const int columns = std::min(plane_.mask.GetSizeX() - x, kTileColumns);
+    groups_ = (static_cast<std::size_t>(columns) + lanes - 1) / lanes;
+    at_ = plane_.Find(x, y);
+    has_above_ = row_of_tiles > 0;
+    has_before_ = x > 0;
+    Workspace::Edge& before = workspace_.before[row_of_tiles];
+    Begin();
+    LookAtBelts(plane_.FindCell(x, y), before);
+    KeepEdges(before);
+  }
+
+  /// The groups of the tile.
+  [[nodiscard]] std::size_t GetGroups() const { return groups_; }
+
+  /// What a group has found within each radius.
+  [[nodiscard]] History GetHistory(std::size_t group) const {
+    return {states_[group].history.begin, states_[group].history.count, GetFound(group, 0)};
+  }
+
+ private:
+  /// Of a tile's numbers with room for a neighbour on each side.
+  static constexpr std::size_t kStride = Workspace::kStride;
+  static constexpr std::size_t kStart = kStride + kMostLanes;
+
+  struct Sectors {
+    std::uint32_t begin;
+    std::uint32_t end;
+  };
+
+  struct State {
+    /// None is kept while all pixels are at the base.
+    Workspace::Radii history;
+    bool is_at_base = false;
+    /// Whether no pixel can find more.
+    bool is_full = false;
+    /// The sectors of a belt that may hold more, in runs.
+    std::vector<Sectors> runs;
+  };
+
+  [[nodiscard]] float* GetNumbers(std::size_t group) const {
+    return workspace_.numbers[0].get() + kStart + group * hn::Lanes(D());
+  }
+
+  [[nodiscard]] Group Load(std::size_t group) const {
+    const float* from = GetNumbers(group);
+    Group best;
+    for (std::size_t row = 0; row < kTileRows; ++row) best[row] = hn::Load(D(), from + row * kStride);
+    return best;
+  }
+
+  /// Into the numbers of the next ring.
+  void Store(const Group& best, std::size_t group) {
+    float* to = workspace_.numbers[1].get() + kStart + group * hn::Lanes(D());
+    for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(best[row], D(), to + row * kStride);
+  }
+
+  /// The numbers at radius 0.
+  void Begin() {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    const V base = hn::Set(d, plane_.signs.base);
+    for (std::size_t group = 0; group < groups_; ++group) {
+      Group best;
+      const float* from = plane_.samples.get() + at_ + group * lanes;
+      bool is_at_base = true;
+      for (std::size_t row = 0; row < kTileRows; ++row) {
+        best[row] = hn::LoadU(d, from + row * plane_.stride);
+        is_at_base = is_at_base && hn::AllTrue(d, hn::Eq(best[row], base));
+      }
+      State& state = states_[group];
+      state.history = {is_at_base ? radius_ : 0, 0};
+      state.is_at_base = is_at_base;
+      state.is_full = IsFull(best);
+      Store(best, group);
+      if (!is_at_base) Keep(best, group);
+    }
+    std::swap(workspace_.numbers[0], workspace_.numbers[1]);
+    // Beside and above there may be what other tiles have left.
+    for (auto& numbers : workspace_.numbers) {
+      for (std::size_t row = 0; row < kTileRows; ++row) {
+        float* at = numbers.get() + kStart + row * kStride;
+        at[-1] = plane_.signs.nothing;
+        at[groups_ * lanes] = plane_.signs.nothing;
+      }
+      std::fill_n(numbers.get(), kStride, plane_.signs.nothing);
+      std::fill_n(numbers.get() + kStride * (kTileRows + 1), kStride, plane_.signs.nothing);
+    }
+  }
+
+  /// Puts what the tiles above and before have found within a radius beside the numbers of this one.
+  void PlaceEdges(int radius, const Workspace::Edge& before) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    float* to = workspace_.numbers[0].get() + kStart;
+    if (has_above_) {
+      for (std::size_t group = 0; group < groups_; ++group) {
+        const std::size_t entry = workspace_.above[group].GetEntry(radius);
+        hn::Store(hn::Load(d, GetAbove(group) + entry * lanes), d, to - kStride + group * lanes);
+      }
+    }
+    if (has_before_) {
+      const float* from = before.numbers.data() + before.radii.GetEntry(radius) * kTileRows;
+      for (std::size_t row = 0; row < kTileRows; ++row) *(to + row * kStride - 1) = from[row];
+    }
+  }
+
+  /// Keeps the lowest row and the last column for the tiles below and behind.
+  void KeepEdges(Workspace::Edge& before) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    for (std::size_t group = 0; group < groups_; ++group) {
+      const Workspace::Radii& radii = states_[group].history;
+      const auto count = static_cast<std::size_t>(radii.count);
+      workspace_.above[group] = radii;
+      const float* lowest = GetFound(group, 0) + (kTileRows - 1) * lanes;
+      for (std::size_t i = 0; i < count; ++i) {
+        hn::Store(hn::Load(d, lowest + i * kTileRows * lanes), d, GetAbove(group) + i * lanes);
+      }
+      if (group + 1 < groups_) continue;
+      before.radii = radii;
+      before.numbers.resize(count * kTileRows);
+      const float* last = GetFound(group, 0) + lanes - 1;
+      for (std::size_t i = 0; i < count * kTileRows; ++i) before.numbers[i] = last[i * lanes];
+    }
+  }
+
+  [[nodiscard]] bool IsFull(const Group& best) const {
+    return hn::AllTrue(D(), hn::Ge(FindLeast(best), hn::Set(D(), plane_.signs.full)));
+  }
+
+  static V FindLeast(const Group& best) {
+    V least = best[0];
+    for (const V& row : best) least = hn::Min(least, row);
+    return least;
+  }
+
+  void Keep(const Group& best, std::size_t group) {
+    float* to = GetFound(group, states_[group].history.count++);
+    for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(best[row], D(), to + row * hn::Lanes(D()));
+  }
+
+  [[nodiscard]] float* GetFound(std::size_t group, int entry) const {
+    const std::size_t entries = group * static_cast<std::size_t>(radius_ + 1) + static_cast<std::size_t>(entry);
+    return workspace_.found.get() + entries * kTileRows * hn::Lanes(D());
+  }
+
+  [[nodiscard]] float* GetAbove(std::size_t group) const {
+    return workspace_.lowest.get() + group * static_cast<std::size_t>(radius_ + 1) * hn::Lanes(D());
+  }
+
+  /// Finds the largest numbers within each radius, for each group from where it leaves the base.
+  void LookAtBelts(std::size_t cell, const Workspace::Edge& before) {
+    float largest = plane_.signs.nothing;
+    for (int first = 1; first <= radius_; first += DiscRings::kBelt) {
+      const int belt = DiscRings::GetBelt(first);
+      const int last = std::min(first + DiscRings::kBelt - 1, radius_);
+      largest = std::max(largest, cells_.FindLargest(plane_, belt, cell));
+      bool is_done = true;
+      bool is_idle = true;
+      for (std::size_t group = 0; group < groups_; ++group) {
+        is_idle = BeginBelt(belt, group, largest, last - first + 1) && is_idle;
+        is_done = is_done && states_[group].is_full;
+      }
+      if (is_done) break;
+      if (is_idle) continue;
+      for (int ring = first; ring <= last; ++ring) {
+        PlaceEdges(ring - 1, before);
+        for (std::size_t group = 0; group < groups_; ++group) {
+          State& state = states_[group];
+          if (state.runs.empty()) continue;
+          if (state.is_full) {
+            Store(Load(group), group);
+            continue;
+          }
+          const Group best = LookAtRing(belt, ring, group);
+          Keep(best, group);
+          state.is_full = IsFull(best);
+        }
+        std::swap(workspace_.numbers[0], workspace_.numbers[1]);
+      }
+    }
+    for (std::size_t group = 0; group < groups_; ++group) {
+      if (states_[group].is_at_base) Keep(Load(group), group);
+    }
+  }
+
+  /// Finds which sectors of a belt may hold more for a group; says whether none does. `largest` is no less than
+  /// anything in the belt, or before it.
+  bool BeginBelt(int belt, std::size_t group, float largest, int rings) {
+    const D d;
+    State& state = states_[group];
+    state.runs.clear();
+    const Group best = Load(group);
+    // In the rings to come the group does not change, or is drawn from both tables in turns.
+    Store(best, group);
+    if (state.is_full) return true;
+    const V least = FindLeast(best);
+    if (largest > hn::GetLane(hn::MinOfLanes(d, least))) FindSectors(belt, group, least);
+    if (state.is_at_base) {
+      if (state.runs.empty()) return true;
+      state.is_at_base = false;
+      state.history.begin = DiscRings::GetFirstRing(belt) - 1;
+      Keep(best, group);
+    }
+    if (!state.runs.empty()) return false;
+    for (int ring = 0; ring < rings; ++ring) Keep(best, group);
+    return true;
+  }
+
+  /// A window for the upper rows and one for the lower ones: together they cover the sector from every row.
+  HWY_NOINLINE void FindSectors(int belt, std::size_t group, V least) {
+    static_assert(kTileRows <= DiscRings::kWindow);
+    const D d;
+    const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
+    const std::int32_t* HWY_RESTRICT corners = discs_.windows.data() + place.first;
+    const float* HWY_RESTRICT upper = plane_.windows.get() + at_ + group * hn::Lanes(d);
+    const float* HWY_RESTRICT lower = upper + (kTileRows - 1) * plane_.stride;
+    const auto count = static_cast<std::uint32_t>(place.sectors * DiscRings::kWedges);
+    const auto holds_more = [&](std::uint32_t sector) HWY_ATTR {
+      const V larger = hn::Max(hn::LoadU(d, upper + corners[sector]), hn::LoadU(d, lower + corners[sector]));
+      return !hn::AllFalse(d, hn::Gt(larger, least));
+    };
+    std::vector<Sectors>& runs = states_[group].runs;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      if (!holds_more(i)) continue;
+      const std::uint32_t begin = i++;
+      while (i < count && holds_more(i)) ++i;
+      runs.push_back({begin, i});
+    }
+  }
+
+  /// Finds the largest numbers of a group within a radius from those of the radius before: the pixel's own, those of
+  /// the four neighbours, and the samples of the ring that no neighbour has seen.
+  HWY_NOINLINE Group LookAtRing(int belt, int ring, std::size_t group) {
+    const D d;
+    const float* HWY_RESTRICT numbers = GetNumbers(group);
+    Group best;
+    for (std::size_t row = 0; row < kTileRows; ++row) {
+      const float* at = numbers + row * kStride;
+      const V beside = hn::Max(hn::LoadU(d, at - 1), hn::LoadU(d, at + 1));
+      const V across = hn::Max(hn::Load(d, at - kStride), hn::Load(d, at + kStride));
+      best[row] = hn::Max(hn::Max(beside, across), hn::Load(d, at));
+    }
+    const std::size_t at = at_ + group * hn::Lanes(d);
+    const std::uint32_t* begins = discs_.apart.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
+    for (const Sectors& run : states_[group].runs) {
+      const std::int32_t* offsets = discs_.apart.offsets.data();
+      best = LookAtAll(offsets + begins[run.begin], offsets + begins[run.end], at, best);
+    }
+    if (!has_above_) best[0] = LookAtSharedOfRow(belt, ring, group, 0, kUp, best[0]);
+    best[kTileRows - 1] = LookAtSharedOfRow(belt, ring, group, kTileRows - 1, kDown, best[kTileRows - 1]);
+    if (group == 0 && !has_before_) best = LookAtShared(belt, ring, group, kLeft, best);
+    if (group + 1 == groups_) best = LookAtShared(belt, ring, group, kRight, best);
+    Store(best, group);
+    return best;
+  }
+
+  /// Looks at the same offsets from all pixels of a group.
+  HWY_INLINE Group LookAtAll(const std::int32_t* offset, const std::int32_t* end, std::size_t at, Group best) const {
+    static_assert(kTileRows == 8);
+    const D d;
+    const std::size_t stride = plane_.stride;
+    const float* HWY_RESTRICT upper = plane_.samples.get() + at;
+    const float* HWY_RESTRICT lower = upper + 4 * stride;
+    for (; offset != end; ++offset) {
+      const float* HWY_RESTRICT from = upper + *offset;
+      best[0] = hn::Max(best[0], hn::LoadU(d, from));
+      best[1] = hn::Max(best[1], hn::LoadU(d, from + stride));
+      best[2] = hn::Max(best[2], hn::LoadU(d, from + 2 * stride));
+      best[3] = hn::Max(best[3], hn::LoadU(d, from + 3 * stride));
+      from = lower + *offset;
+      best[4] = hn::Max(best[4], hn::LoadU(d, from));
+      best[5] = hn::Max(best[5], hn::LoadU(d, from + stride));
+      best[6] = hn::Max(best[6], hn::LoadU(d, from + 2 * stride));
+      best[7] = hn::Max(best[7], hn::LoadU(d, from + 3 * stride));
+    }
+    return best;
+  }
+
+  /// The wedges of `DiscRings`.
+  static constexpr std::uint32_t kRight = 0;
+  static constexpr std::uint32_t kDown = 1;
+  static constexpr std::uint32_t kLeft = 2;
+  static constexpr std::uint32_t kUp = 3;
+
+  /// Calls `look(sector, begin, end)` for what a neighbour outside the tile has seen of a ring: the sectors of its
+  /// wedge that may hold more, with their offsets.
+  template <class Look>
+  HWY_INLINE void ForEachShared(int belt, int ring, std::size_t group, std::uint32_t wedge, const Look& look) const {
+    const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
+    const auto first = static_cast<std::uint32_t>(place.sectors) * wedge;
+    const auto last = first + static_cast<std::uint32_t>(place.sectors);
+    const std::int32_t* corners = discs_.windows.data() + place.first;
+    const std::int32_t* offsets = discs_.shared.offsets.data();
+    const std::uint32_t* begins = discs_.shared.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
+    for (const Sectors& run : states_[group].runs) {
+      const std::uint32_t end = std::min(run.end, last);
+      for (std::uint32_t sector = std::max(run.begin, first); sector < end; ++sector) {
+        look(corners[sector], offsets + begins[sector], offsets + begins[sector + 1]);
+      }
+    }
+  }
+
+  /// Looks at the samples of a ring that a neighbour beside the tile has seen.
+  HWY_NOINLINE Group LookAtShared(int belt, int ring, std::size_t group, std::uint32_t wedge, Group best) const {
+    const D d;
+    const std::size_t at = at_ + group * hn::Lanes(d);
+    const float* HWY_RESTRICT upper = plane_.windows.get() + at;
+    const float* HWY_RESTRICT lower = upper + (kTileRows - 1) * plane_.stride;
+    const V least = FindLeast(best);
+    ForEachShared(belt, ring, group, wedge,
+                  [&](std::int32_t corner, const std::int32_t* begin, const std::int32_t* end) HWY_ATTR {
+                    const V larger = hn::Max(hn::LoadU(d, upper + corner), hn::LoadU(d, lower + corner));
+                    if (!hn::AllFalse(d, hn::Gt(larger, least))) best = LookAtAll(begin, end, at, best);
+                  });
+    return best;
+  }
+
+  /// The same for one above or below the tile, from one row.
+  HWY_NOINLINE V LookAtSharedOfRow(int belt, int ring, std::size_t group, std::size_t row, std::uint32_t wedge,
+                                   V best) const {
+    const D d;
+    const std::size_t at = at_ + row * plane_.stride + group * hn::Lanes(d);
+    const float* HWY_RESTRICT samples = plane_.samples.get() + at;
+    const float* HWY_RESTRICT windows = plane_.windows.get() + at;
+    ForEachShared(belt, ring, group, wedge,
+                  [&](std::int32_t corner, const std::int32_t* begin, const std::int32_t* end) HWY_ATTR {
+                    if (hn::AllFalse(d, hn::Gt(hn::LoadU(d, windows + corner), best))) return;
+                    std::array<V, 4> parts = {best, best, best, best};
+                    for (; end - begin >= 4; begin += 4) {
+                      for (std::size_t i = 0; i < 4; ++i) {
+                        parts[i] = hn::Max(parts[i], hn::LoadU(d, samples + begin[i]));
+                      }
+                    }
+                    for (; begin != end; ++begin) parts[0] = hn::Max(parts[0], hn::LoadU(d, samples + *begin));
+                    best = hn::Max(hn::Max(parts[0], parts[1]), hn::Max(parts[2], parts[3]));
+                  });
+    return best;
+  }
+
+  const Plane& plane_;
+  const DiscRings& discs_;
+  const CellRings& cells_;
+  int radius_;
+  Workspace& workspace_;
+  /// The corner of the tile in the plane, and its groups.
+  std::size_t at_ = 0;
+  std::size_t groups_ = 0;
+  std::vector<State> states_;
+  /// Whether the tiles above and before have left something.
+  bool has_above_ = false;
+  bool has_before_ = false;
+};
+}  // namespace ReliefBevel::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
