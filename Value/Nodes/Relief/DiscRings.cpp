@@ -72,6 +72,11 @@ Offset PlaceWindow(const Box& box, int quarters) {
           PlaceWindow(std::min(one.y, other.y), std::max(one.y, other.y))};
 }
 
+/// To the cell of a coordinate.
+int RoundDown(int coordinate) {
+  return (coordinate < 0 ? coordinate - (DiscRings::kCell - 1) : coordinate) / DiscRings::kCell;
+}
+
 /// The sector of an offset in its wedge, by the sine of its angle.
 std::size_t FindSector(const Offset& offset, std::size_t sectors) {
   constexpr float kHalfRoot = 0.70710678F;
@@ -114,6 +119,7 @@ DiscRings::DiscRings(int radius, std::ptrdiff_t stride) {
       for (const Box& box : boxes) {
         const Offset corner = PlaceWindow(box, quarters);
         windows.push_back(static_cast<std::int32_t>(corner.y * stride + corner.x));
+        cells.push_back(static_cast<std::int32_t>(RoundDown(corner.y) * (stride / kCell) + RoundDown(corner.x)));
       }
     }
     std::vector<std::vector<Offset>> of_apart(number);

@@ -17,11 +17,12 @@ namespace ReliefBevel {
 ///
 /// `kBelt` rings together make a belt, which is cut into as many sectors in each wedge, in the order of their angles;
 /// a sector fits into a square of `kWindow` pixels. Offsets are given as steps through planes with rows of `stride`
-/// samples.
+/// samples, whole cells.
 struct DiscRings {
   static constexpr int kWindow = 16;
   static constexpr int kBelt = 8;
   static constexpr int kWedges = 4;
+  static constexpr int kCell = 8;
 
   /// Rings 1 to `radius`.
   DiscRings(int radius, std::ptrdiff_t stride);
@@ -46,6 +47,8 @@ struct DiscRings {
   /// For each sector of a belt the corner of a square that holds it. Beyond the sector it reaches towards the middle of
   /// the disc.
   std::vector<std::int32_t> windows;
+  /// The same corners as steps through a table with one entry for each square of `kCell` pixels of the plane.
+  std::vector<std::int32_t> cells;
   /// For each ring where the entries of its sectors begin in both `begins`.
   std::vector<std::size_t> rings;
   Offsets apart;

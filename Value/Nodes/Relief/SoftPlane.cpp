@@ -122,6 +122,21 @@ void FillCells(const Plane& plane, std::size_t y, float* columns, float* to) {
     to[x / kCell] = *std::max_element(columns + x, columns + x + kCell);
 }
 
+/// Row `y` of the reaches, from the cells.
+void FillReaches(const Plane& plane, std::size_t y, float* to) {
+  const std::size_t columns = plane.stride / kCell;
+  const std::size_t bottom = std::min(y + kReachRows / kCell, plane.rows / kCell);
+  std::vector<float> largest(columns + kReachColumns / kCell, plane.signs.nothing);
+  for (std::size_t row = y; row < bottom; ++row) {
+    const float* from = plane.cells.data() + row * columns;
+    for (std::size_t x = 0; x < columns; ++x) largest[x] = std::max(largest[x], from[x]);
+  }
+  for (std::size_t x = 0; x < columns; ++x) {
+    to[x] = *std::max_element(largest.begin() + static_cast<std::ptrdiff_t>(x),
+                              largest.begin() + static_cast<std::ptrdiff_t>(x + kReachColumns / kCell));
+  }
+}
+
 /// How many pixels lie between those of a tile, [0, size), and those of a cell.
 std::ptrdiff_t FindGap(std::ptrdiff_t cell, std::ptrdiff_t size) {
   const std::ptrdiff_t begin = cell * kCell;
@@ -140,7 +155,8 @@ Plane::Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow)
       rows(GetLength(of_mask.GetSizeY(), kTileRows)),
       samples(Allocate(stride * rows)),
       windows(Allocate(stride * rows)),
-      cells(stride / kCell * (rows / kCell)) {
+      cells(stride / kCell * (rows / kCell)),
+      reaches(cells.size()) {
   ScEng::ParallelRows(rows, kGrainRows, [&](std::size_t from, std::size_t to) {
     for (std::size_t y = from; y < to; ++y) FillRow(*this, y);
   });
@@ -148,6 +164,9 @@ Plane::Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow)
     const auto columns = Allocate(stride);
     for (std::size_t y = from; y < to; ++y) FillCells(*this, y, columns.get(), cells.data() + y * (stride / kCell));
     for (std::size_t y = from * kCell; y < to * kCell; ++y) HWY_DYNAMIC_DISPATCH(FillWindows)(*this, y, columns.get());
+  });
+  ScEng::ParallelRows(rows / kCell, kGrainRows, [&](std::size_t from, std::size_t to) {
+    for (std::size_t y = from; y < to; ++y) FillReaches(*this, y, reaches.data() + y * (stride / kCell));
   });
 }
 

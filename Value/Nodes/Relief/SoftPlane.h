@@ -20,7 +20,11 @@ inline constexpr int kMostLanes = 16;
 inline constexpr int kTileColumns = 128;
 inline constexpr int kTileRows = 8;
 /// The side of the squares of which a table has the largest number of each; tiles begin where squares do.
-inline constexpr int kCell = 8;
+inline constexpr int kCell = DiscRings::kCell;
+/// A second table has the largest number of so many columns and rows from the corner of each such square on: whatever a
+/// window covers as seen from the pixels of a group, wherever in the square the window of the first one begins.
+inline constexpr int kReachColumns = DiscRings::kWindow + kMostLanes + kCell;
+inline constexpr int kReachRows = DiscRings::kWindow + kTileRows + kCell;
 
 /// The numbers that a phase, growing or shrinking, looks for the largest of. Shrinking turns the samples' signs round.
 struct Signs {
@@ -64,6 +68,8 @@ struct Plane {
   hwy::AlignedFreeUniquePtr<float[]> windows;
   /// The largest number of each square of `kCell` pixels, side by side.
   std::vector<float> cells;
+  /// The largest number of each rectangle of `kReachColumns` and `kReachRows` whose corner is that of a cell.
+  std::vector<float> reaches;
 
  private:
   /// The plane's length along a side of the mask: whole tiles, and a border on both ends.

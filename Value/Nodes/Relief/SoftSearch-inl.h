@@ -57,7 +57,8 @@ class Search {
     has_before_ = x > 0;
     Workspace::Edge& before = workspace_.before[row_of_tiles];
     Begin();
-    LookAtBelts(plane_.FindCell(x, y), before);
+    cell_ = plane_.FindCell(x, y);
+    LookAtBelts(before);
     KeepEdges(before);
   }
 
@@ -201,12 +202,12 @@ class Search {
   }
 
   /// Finds the largest numbers within each radius, for each group from where it leaves the base.
-  void LookAtBelts(std::size_t cell, const Workspace::Edge& before) {
+  void LookAtBelts(const Workspace::Edge& before) {
     float largest = plane_.signs.nothing;
     for (int first = 1; first <= radius_; first += DiscRings::kBelt) {
       const int belt = DiscRings::GetBelt(first);
       const int last = std::min(first + DiscRings::kBelt - 1, radius_);
-      largest = std::max(largest, cells_.FindLargest(plane_, belt, cell));
+      largest = std::max(largest, cells_.FindLargest(plane_, belt, cell_));
       bool is_done = true;
       bool is_idle = true;
       for (std::size_t group = 0; group < groups_; ++group) {
@@ -259,16 +260,21 @@ class Search {
     return true;
   }
 
-  /// A window for the upper rows and one for the lower ones: together they cover the sector from every row.
+  /// One number tells of most sectors that they hold no more. For the others there is a window for the upper rows and
+  /// one for the lower ones: together they cover the sector from every row.
   HWY_NOINLINE void FindSectors(int belt, std::size_t group, V least) {
     static_assert(kTileRows <= DiscRings::kWindow);
     const D d;
     const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
     const std::int32_t* HWY_RESTRICT corners = discs_.windows.data() + place.first;
+    const std::int32_t* HWY_RESTRICT cells = discs_.cells.data() + place.first;
+    const float* HWY_RESTRICT reaches = plane_.reaches.data() + cell_ + group * hn::Lanes(d) / kCell;
+    const float smallest = hn::GetLane(hn::MinOfLanes(d, least));
     const float* HWY_RESTRICT upper = plane_.windows.get() + at_ + group * hn::Lanes(d);
     const float* HWY_RESTRICT lower = upper + (kTileRows - 1) * plane_.stride;
     const auto count = static_cast<std::uint32_t>(place.sectors * DiscRings::kWedges);
     const auto holds_more = [&](std::uint32_t sector) HWY_ATTR {
+      if (reaches[cells[sector]] <= smallest) return false;
       const V larger = hn::Max(hn::LoadU(d, upper + corners[sector]), hn::LoadU(d, lower + corners[sector]));
       return !hn::AllFalse(d, hn::Gt(larger, least));
     };
@@ -395,8 +401,9 @@ class Search {
   const CellRings& cells_;
   int radius_;
   Workspace& workspace_;
-  /// The corner of the tile in the plane, and its groups.
+  /// The corner of the tile in the plane, and the cell there; its groups.
   std::size_t at_ = 0;
+  std::size_t cell_ = 0;
   std::size_t groups_ = 0;
   std::vector<State> states_;
   /// Whether the tiles above and before have left something.
