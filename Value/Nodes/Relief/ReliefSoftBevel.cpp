@@ -10,12 +10,14 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "Host/Util/Cancellation.h"
 #include "Host/Util/ParallelRows.h"
 #include "Value/Nodes/Relief/DiscRings.h"
 #include "Value/Nodes/Relief/SoftBlend-inl.h"
+#include "Value/Nodes/Relief/SoftForget-inl.h"
 #include "Value/Nodes/Relief/SoftPlane.h"
 #include "Value/Nodes/Relief/SoftSearch-inl.h"
 #include "Value/Nodes/Relief/SoftWorkspace.h"
@@ -27,19 +29,28 @@ namespace {
 /// Draws rows of tiles.
 void DrawTiles(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase, std::size_t from,
                std::size_t to, Workspace& workspace, float* output) {
-  Search search(plane, discs, cells, phase.to, to - from, workspace);
-  const std::size_t lanes = hn::Lanes(D());
+  Search search(plane, discs, cells, phase, to - from, workspace);
+  const bool may_forget = AreLevelsFinite(phase);
   const int width = plane.mask.GetSizeX();
   for (int x = 0; x < width; x += kTileColumns) {
     for (std::size_t row = from; row < to; ++row) {
       ScEng::PollCancellation();
       const int y = static_cast<int>(row) * kTileRows;
-      search.Look(x, y, row - from);
-      const auto rows = static_cast<std::size_t>(std::min(plane.mask.GetSizeY() - y, kTileRows));
-      float* corner = output + static_cast<std::ptrdiff_t>(y) * width + x;
+      GroupSamples samples(plane, x, y, output);
+      // What is drawn already, by group.
+      std::array<bool, kTileColumns> is_drawn{};
+      search.Look(x, y, row - from, [&](std::size_t group) HWY_ATTR {
+        if (!may_forget) return false;
+        samples.Load(group);
+        is_drawn[group] = BlendForgetting(search.GetHistory(group), phase, samples.Get());
+        if (is_drawn[group]) samples.Store(group);
+        return is_drawn[group];
+      });
       for (std::size_t group = 0; group < search.GetGroups(); ++group) {
-        const std::size_t columns = std::min(lanes, static_cast<std::size_t>(width - x) - group * lanes);
-        BlendGroup(search.GetHistory(group), plane, phase, columns, rows, corner + group * lanes);
+        if (is_drawn[group]) continue;
+        samples.Load(group);
+        (plane.is_growing ? BlendInwards : BlendOutwards)(search.GetHistory(group), phase, samples.Get());
+        samples.Store(group);
       }
     }
   }

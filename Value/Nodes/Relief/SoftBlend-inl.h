@@ -77,21 +77,42 @@ HWY_NOINLINE void BlendOutwards(const History& history, const Phase& phase, floa
   for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(group[row], d, drawn + row * lanes);
 }
 
-/// Draws the levels of a phase over a group of which the image has so many columns and rows. The first of its samples
-/// is at `output`.
-inline void BlendGroup(const History& history, const Plane& plane, const Phase& phase, std::size_t columns,
-                       std::size_t rows, float* output) {
-  const std::size_t lanes = hn::Lanes(D());
-  const auto width = static_cast<std::size_t>(plane.mask.GetSizeX());
-  alignas(64) std::array<float, kTileRows * kMostLanes> drawn{};
-  for (std::size_t row = 0; row < rows; ++row) std::copy_n(output + row * width, columns, drawn.data() + row * lanes);
-  if (plane.is_growing) {
-    BlendInwards(history, phase, drawn.data());
-  } else {
-    BlendOutwards(history, phase, drawn.data());
+/// The samples of a tile whose corner is pixel (x, y), group by group, as far as the image goes.
+class GroupSamples {
+ public:
+  GroupSamples(const Plane& plane, int x, int y, float* output)
+      : width_(static_cast<std::size_t>(plane.mask.GetSizeX())),
+        columns_(width_ - static_cast<std::size_t>(x)),
+        rows_(static_cast<std::size_t>(std::min(plane.mask.GetSizeY() - y, kTileRows))),
+        corner_(output + static_cast<std::size_t>(y) * width_ + static_cast<std::size_t>(x)) {}
+
+  void Load(std::size_t group) {
+    const std::size_t lanes = hn::Lanes(D());
+    const float* from = corner_ + group * lanes;
+    const std::size_t columns = std::min(lanes, columns_ - group * lanes);
+    for (std::size_t row = 0; row < rows_; ++row) {
+      std::copy_n(from + row * width_, columns, samples_.data() + row * lanes);
+    }
   }
-  for (std::size_t row = 0; row < rows; ++row) std::copy_n(drawn.data() + row * lanes, columns, output + row * width);
-}
+
+  void Store(std::size_t group) const {
+    const std::size_t lanes = hn::Lanes(D());
+    float* to = corner_ + group * lanes;
+    const std::size_t columns = std::min(lanes, columns_ - group * lanes);
+    for (std::size_t row = 0; row < rows_; ++row) {
+      std::copy_n(samples_.data() + row * lanes, columns, to + row * width_);
+    }
+  }
+
+  float* Get() { return samples_.data(); }
+
+ private:
+  std::size_t width_;
+  std::size_t columns_;
+  std::size_t rows_;
+  float* corner_;
+  alignas(64) std::array<float, kTileRows * kMostLanes> samples_{};
+};
 }  // namespace ReliefBevel::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

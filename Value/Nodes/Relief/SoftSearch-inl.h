@@ -37,17 +37,21 @@ using Group = std::array<V, kTileRows>;
 /// Searches around the pixels of one tile after the other, all of them ring by ring.
 class Search {
  public:
-  /// Of radii up to `radius`, for so many rows of tiles.
-  Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, int radius, std::size_t rows,
+  /// Of the radii of a phase, for so many rows of tiles.
+  Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase, std::size_t rows,
          Workspace& workspace)
-      : plane_(plane), discs_(discs), cells_(cells), radius_(radius), workspace_(workspace) {
+      : plane_(plane), discs_(discs), cells_(cells), radius_(phase.to), from_(phase.from), workspace_(workspace) {
     states_.resize(kTileColumns / hn::Lanes(D()));
     workspace_.before.resize(std::max(workspace_.before.size(), rows));
   }
 
   /// Searches around the pixels of the tile whose corner is pixel (x, y), in a row of tiles that is counted from 0.
   /// Columns of tiles are searched from the top down and from left to right.
-  void Look(int x, int y, std::size_t row_of_tiles) {
+  ///
+  /// When the rings of a group leave next to nothing of what was there before, `is_settled(group)` says whether what is
+  /// known of it is enough. The search ends where that is so for all groups.
+  template <class IsSettled>
+  void Look(int x, int y, std::size_t row_of_tiles, const IsSettled& is_settled) {
     const D d;
     const std::size_t lanes = hn::Lanes(d);
     const int columns = std::min(plane_.mask.GetSizeX() - x, kTileColumns);
@@ -56,9 +60,10 @@ class Search {
     has_above_ = row_of_tiles > 0;
     has_before_ = x > 0;
     Workspace::Edge& before = workspace_.before[row_of_tiles];
+    last_known_before_ = has_before_ ? before.radii.last_known : -1;
     Begin();
     cell_ = plane_.FindCell(x, y);
-    LookAtBelts(before);
+    LookAtBelts(before, is_settled);
     KeepEdges(before);
   }
 
@@ -75,6 +80,9 @@ class Search {
   static constexpr std::size_t kStride = Workspace::kStride;
   static constexpr std::size_t kStart = kStride + kMostLanes;
 
+  /// Less than the last bit of anything that the levels are drawn over, but for what is smaller than most levels are.
+  static constexpr float kNextToNothing = 0x1p-34F;
+
   struct Sectors {
     std::uint32_t begin;
     std::uint32_t end;
@@ -86,6 +94,9 @@ class Search {
     bool is_at_base = false;
     /// Whether no pixel can find more.
     bool is_full = false;
+    /// Whether it does not matter what its pixels find later, and how many radii have been asked so far.
+    bool is_settled = false;
+    int asked = 0;
     /// The sectors of a belt that may hold more, in runs.
     std::vector<Sectors> runs;
   };
@@ -121,10 +132,14 @@ class Search {
         is_at_base = is_at_base && hn::AllTrue(d, hn::Eq(best[row], base));
       }
       State& state = states_[group];
-      state.history = {is_at_base ? radius_ : 0, 0};
+      state.history = {is_at_base ? radius_ : 0, 0, 0};
       state.is_at_base = is_at_base;
       state.is_full = IsFull(best);
+      state.is_settled = false;
+      state.asked = 0;
       Store(best, group);
+      float* rest = GetRest(group);
+      for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(hn::Set(d, 1.0F), d, rest + row * lanes);
       if (!is_at_base) Keep(best, group);
     }
     std::swap(workspace_.numbers[0], workspace_.numbers[1]);
@@ -162,7 +177,8 @@ class Search {
     const D d;
     const std::size_t lanes = hn::Lanes(d);
     for (std::size_t group = 0; group < groups_; ++group) {
-      const Workspace::Radii& radii = states_[group].history;
+      Workspace::Radii& radii = states_[group].history;
+      radii.last_known = last_known_;
       const auto count = static_cast<std::size_t>(radii.count);
       workspace_.above[group] = radii;
       const float* lowest = GetFound(group, 0) + (kTileRows - 1) * lanes;
@@ -202,8 +218,10 @@ class Search {
   }
 
   /// Finds the largest numbers within each radius, for each group from where it leaves the base.
-  void LookAtBelts(const Workspace::Edge& before) {
+  template <class IsSettled>
+  void LookAtBelts(const Workspace::Edge& before, const IsSettled& is_settled) {
     float largest = plane_.signs.nothing;
+    last_known_ = radius_;
     for (int first = 1; first <= radius_; first += DiscRings::kBelt) {
       const int belt = DiscRings::GetBelt(first);
       const int last = std::min(first + DiscRings::kBelt - 1, radius_);
@@ -212,9 +230,15 @@ class Search {
       bool is_idle = true;
       for (std::size_t group = 0; group < groups_; ++group) {
         is_idle = BeginBelt(belt, group, largest, last - first + 1) && is_idle;
-        is_done = is_done && states_[group].is_full;
+        if (plane_.is_growing) Settle(group, is_settled);
+        is_done = is_done && (states_[group].is_full || states_[group].is_settled);
       }
-      if (is_done) break;
+      if (is_done) {
+        const bool is_full = std::all_of(states_.begin(), states_.begin() + static_cast<std::ptrdiff_t>(groups_),
+                                         [](const State& state) { return state.is_full; });
+        if (!is_full) last_known_ = first - 1;
+        break;
+      }
       if (is_idle) continue;
       for (int ring = first; ring <= last; ++ring) {
         PlaceEdges(ring - 1, before);
@@ -235,6 +259,34 @@ class Search {
     for (std::size_t group = 0; group < groups_; ++group) {
       if (states_[group].is_at_base) Keep(Load(group), group);
     }
+  }
+
+  [[nodiscard]] float* GetRest(std::size_t group) const {
+    return workspace_.rest.get() + group * kTileRows * hn::Lanes(D());
+  }
+
+  /// Asks whether a group is settled, where that is likely.
+  template <class IsSettled>
+  void Settle(std::size_t group, const IsSettled& is_settled) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    State& state = states_[group];
+    if (state.is_settled || state.is_full) return;
+    const V one = hn::Set(d, 1.0F);
+    float* rest = GetRest(group);
+    V most = hn::Zero(d);
+    const int count = state.history.count;
+    const int first = std::max(state.asked, from_ - state.history.begin);
+    for (std::size_t row = 0; row < kTileRows; ++row) {
+      V left = hn::Load(d, rest + row * lanes);
+      for (int i = first; i < count; ++i) {
+        left = hn::Mul(left, hn::Sub(one, hn::Load(d, GetFound(group, i) + row * lanes)));
+      }
+      hn::Store(left, d, rest + row * lanes);
+      most = hn::Max(most, left);
+    }
+    state.asked = count;
+    if (hn::GetLane(hn::MaxOfLanes(d, most)) < kNextToNothing) state.is_settled = is_settled(group);
   }
 
   /// Finds which sectors of a belt may hold more for a group; says whether none does. `largest` is no less than
@@ -305,9 +357,10 @@ class Search {
       const std::int32_t* offsets = discs_.apart.offsets.data();
       best = LookAtAll(offsets + begins[run.begin], offsets + begins[run.end], at, best);
     }
-    if (!has_above_) best[0] = LookAtSharedOfRow(belt, ring, group, 0, kUp, best[0]);
+    if (!has_above_ || workspace_.above[group].last_known < ring - 1)
+      best[0] = LookAtSharedOfRow(belt, ring, group, 0, kUp, best[0]);
     best[kTileRows - 1] = LookAtSharedOfRow(belt, ring, group, kTileRows - 1, kDown, best[kTileRows - 1]);
-    if (group == 0 && !has_before_) best = LookAtShared(belt, ring, group, kLeft, best);
+    if (group == 0 && last_known_before_ < ring - 1) best = LookAtShared(belt, ring, group, kLeft, best);
     if (group + 1 == groups_) best = LookAtShared(belt, ring, group, kRight, best);
     Store(best, group);
     return best;
@@ -400,6 +453,7 @@ class Search {
   const DiscRings& discs_;
   const CellRings& cells_;
   int radius_;
+  int from_;
   Workspace& workspace_;
   /// The corner of the tile in the plane, and the cell there; its groups.
   std::size_t at_ = 0;
@@ -409,6 +463,9 @@ class Search {
   /// Whether the tiles above and before have left something.
   bool has_above_ = false;
   bool has_before_ = false;
+  int last_known_before_ = 0;
+  /// Up to which radius the search went on.
+  int last_known_ = 0;
 };
 }  // namespace ReliefBevel::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

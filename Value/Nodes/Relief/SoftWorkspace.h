@@ -30,6 +30,8 @@ struct Workspace {
   struct Radii {
     int begin = 0;
     int count = 0;
+    /// Beyond this radius nothing is known: all pixels may have found more.
+    int last_known = 0;
     [[nodiscard]] std::size_t GetEntry(int radius) const {
       return static_cast<std::size_t>(std::clamp(radius - begin, 0, count - 1));
     }
@@ -45,6 +47,7 @@ struct Workspace {
   explicit Workspace(int radius)
       : found(Allocate(GetRadii(radius) * kTileRows * kTileColumns)),
         lowest(Allocate(GetRadii(radius) * kTileColumns)),
+        rest(Allocate(kTileRows * kTileColumns)),
         numbers({Allocate(kStride * (kTileRows + 2)), Allocate(kStride * (kTileRows + 2))}) {}
 
   static std::size_t GetRadii(int radius) { return static_cast<std::size_t>(radius) + 1; }
@@ -62,6 +65,8 @@ struct Workspace {
   std::array<Radii, kTileColumns> above;
   /// The same of the last column of the tile before, for each row of tiles.
   std::vector<Edge> before;
+  /// For each pixel of a tile what the rings so far leave of what was there before.
+  hwy::AlignedFreeUniquePtr<float[]> rest;
   /// What the pixels of a tile have found so far, and where that of the next ring goes.
   std::array<hwy::AlignedFreeUniquePtr<float[]>, 2> numbers;
 };
