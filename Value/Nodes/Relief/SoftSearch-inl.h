@@ -23,27 +23,23 @@
 
 #include "Value/Nodes/Relief/DiscRings.h"
 #include "Value/Nodes/Relief/SoftPlane.h"
+#include "Value/Nodes/Relief/SoftTile-inl.h"
 #include "Value/Nodes/Relief/SoftWorkspace.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ReliefBevel::HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
-
-using D = hn::CappedTag<float, kMostLanes>;
-using V = hn::Vec<D>;
-/// A group is a vector of pixels in each row of a tile.
-using Group = std::array<V, kTileRows>;
 
 /// Searches around the pixels of one tile after the other, all of them ring by ring.
-class Search {
+class Search : public Tile {
  public:
   /// Of the radii of a phase, for so many rows of tiles.
   Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase, std::size_t rows,
          Workspace& workspace)
-      : plane_(plane), discs_(discs), cells_(cells), radius_(phase.to), from_(phase.from), workspace_(workspace) {
-    states_.resize(kTileColumns / hn::Lanes(D()));
-    workspace_.before.resize(std::max(workspace_.before.size(), rows));
-  }
+      : Tile(plane, phase.to, rows, workspace),
+        discs_(discs),
+        cells_(cells),
+        from_(phase.from),
+        states_(kept_.size()) {}
 
   /// Searches around the pixels of the tile whose corner is pixel (x, y), in a row of tiles that is counted from 0.
   /// Columns of tiles are searched from the top down and from left to right.
@@ -52,34 +48,16 @@ class Search {
   /// known of it is enough. The search ends where that is so for all groups.
   template <class IsSettled>
   void Look(int x, int y, std::size_t row_of_tiles, const IsSettled& is_settled) {
-    const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    const int columns = std::min(plane_.mask.GetSizeX() - x, kTileColumns);
-    groups_ = (static_cast<std::size_t>(columns) + lanes - 1) / lanes;
-    at_ = plane_.Find(x, y);
-    has_above_ = row_of_tiles > 0;
-    has_before_ = x > 0;
-    Workspace::Edge& before = workspace_.before[row_of_tiles];
-    last_known_before_ = has_before_ ? before.radii.last_known : -1;
-    Begin();
+    Begin(x, y, row_of_tiles);
     cell_ = plane_.FindCell(x, y);
-    LookAtBelts(before, is_settled);
-    KeepEdges(before);
-  }
-
-  /// The groups of the tile.
-  [[nodiscard]] std::size_t GetGroups() const { return groups_; }
-
-  /// What a group has found within each radius.
-  [[nodiscard]] History GetHistory(std::size_t group) const {
-    return {states_[group].history.begin, states_[group].history.count, GetFound(group, 0)};
+    for (State& state : states_) state.is_settled = false;
+    for (State& state : states_) state.asked = 0;
+    std::fill_n(workspace_.rest.get(), kTileRows * kTileColumns, 1.0F);
+    LookAtBelts(is_settled);
+    KeepEdges();
   }
 
  private:
-  /// Of a tile's numbers with room for a neighbour on each side.
-  static constexpr std::size_t kStride = Workspace::kStride;
-  static constexpr std::size_t kStart = kStride + kMostLanes;
-
   /// Less than the last bit of anything that the levels are drawn over, but for what is smaller than most levels are.
   static constexpr float kNextToNothing = 0x1p-34F;
 
@@ -89,11 +67,6 @@ class Search {
   };
 
   struct State {
-    /// None is kept while all pixels are at the base.
-    Workspace::Radii history;
-    bool is_at_base = false;
-    /// Whether no pixel can find more.
-    bool is_full = false;
     /// Whether it does not matter what its pixels find later, and how many radii have been asked so far.
     bool is_settled = false;
     int asked = 0;
@@ -101,127 +74,10 @@ class Search {
     std::vector<Sectors> runs;
   };
 
-  [[nodiscard]] float* GetNumbers(std::size_t group) const {
-    return workspace_.numbers[0].get() + kStart + group * hn::Lanes(D());
-  }
-
-  [[nodiscard]] Group Load(std::size_t group) const {
-    const float* from = GetNumbers(group);
-    Group best;
-    for (std::size_t row = 0; row < kTileRows; ++row) best[row] = hn::Load(D(), from + row * kStride);
-    return best;
-  }
-
-  /// Into the numbers of the next ring.
-  void Store(const Group& best, std::size_t group) {
-    float* to = workspace_.numbers[1].get() + kStart + group * hn::Lanes(D());
-    for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(best[row], D(), to + row * kStride);
-  }
-
-  /// The numbers at radius 0.
-  void Begin() {
-    const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    const V base = hn::Set(d, plane_.signs.base);
-    for (std::size_t group = 0; group < groups_; ++group) {
-      Group best;
-      const float* from = plane_.samples.get() + at_ + group * lanes;
-      bool is_at_base = true;
-      for (std::size_t row = 0; row < kTileRows; ++row) {
-        best[row] = hn::LoadU(d, from + row * plane_.stride);
-        is_at_base = is_at_base && hn::AllTrue(d, hn::Eq(best[row], base));
-      }
-      State& state = states_[group];
-      state.history = {is_at_base ? radius_ : 0, 0, 0};
-      state.is_at_base = is_at_base;
-      state.is_full = IsFull(best);
-      state.is_settled = false;
-      state.asked = 0;
-      Store(best, group);
-      float* rest = GetRest(group);
-      for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(hn::Set(d, 1.0F), d, rest + row * lanes);
-      if (!is_at_base) Keep(best, group);
-    }
-    std::swap(workspace_.numbers[0], workspace_.numbers[1]);
-    // Beside and above there may be what other tiles have left.
-    for (auto& numbers : workspace_.numbers) {
-      for (std::size_t row = 0; row < kTileRows; ++row) {
-        float* at = numbers.get() + kStart + row * kStride;
-        at[-1] = plane_.signs.nothing;
-        at[groups_ * lanes] = plane_.signs.nothing;
-      }
-      std::fill_n(numbers.get(), kStride, plane_.signs.nothing);
-      std::fill_n(numbers.get() + kStride * (kTileRows + 1), kStride, plane_.signs.nothing);
-    }
-  }
-
-  /// Puts what the tiles above and before have found within a radius beside the numbers of this one.
-  void PlaceEdges(int radius, const Workspace::Edge& before) {
-    const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    float* to = workspace_.numbers[0].get() + kStart;
-    if (has_above_) {
-      for (std::size_t group = 0; group < groups_; ++group) {
-        const std::size_t entry = workspace_.above[group].GetEntry(radius);
-        hn::Store(hn::Load(d, GetAbove(group) + entry * lanes), d, to - kStride + group * lanes);
-      }
-    }
-    if (has_before_) {
-      const float* from = before.numbers.data() + before.radii.GetEntry(radius) * kTileRows;
-      for (std::size_t row = 0; row < kTileRows; ++row) *(to + row * kStride - 1) = from[row];
-    }
-  }
-
-  /// Keeps the lowest row and the last column for the tiles below and behind.
-  void KeepEdges(Workspace::Edge& before) {
-    const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    for (std::size_t group = 0; group < groups_; ++group) {
-      Workspace::Radii& radii = states_[group].history;
-      radii.last_known = last_known_;
-      const auto count = static_cast<std::size_t>(radii.count);
-      workspace_.above[group] = radii;
-      const float* lowest = GetFound(group, 0) + (kTileRows - 1) * lanes;
-      for (std::size_t i = 0; i < count; ++i) {
-        hn::Store(hn::Load(d, lowest + i * kTileRows * lanes), d, GetAbove(group) + i * lanes);
-      }
-      if (group + 1 < groups_) continue;
-      before.radii = radii;
-      before.numbers.resize(count * kTileRows);
-      const float* last = GetFound(group, 0) + lanes - 1;
-      for (std::size_t i = 0; i < count * kTileRows; ++i) before.numbers[i] = last[i * lanes];
-    }
-  }
-
-  [[nodiscard]] bool IsFull(const Group& best) const {
-    return hn::AllTrue(D(), hn::Ge(FindLeast(best), hn::Set(D(), plane_.signs.full)));
-  }
-
-  static V FindLeast(const Group& best) {
-    V least = best[0];
-    for (const V& row : best) least = hn::Min(least, row);
-    return least;
-  }
-
-  void Keep(const Group& best, std::size_t group) {
-    float* to = GetFound(group, states_[group].history.count++);
-    for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(best[row], D(), to + row * hn::Lanes(D()));
-  }
-
-  [[nodiscard]] float* GetFound(std::size_t group, int entry) const {
-    const std::size_t entries = group * static_cast<std::size_t>(radius_ + 1) + static_cast<std::size_t>(entry);
-    return workspace_.found.get() + entries * kTileRows * hn::Lanes(D());
-  }
-
-  [[nodiscard]] float* GetAbove(std::size_t group) const {
-    return workspace_.lowest.get() + group * static_cast<std::size_t>(radius_ + 1) * hn::Lanes(D());
-  }
-
   /// Finds the largest numbers within each radius, for each group from where it leaves the base.
   template <class IsSettled>
-  void LookAtBelts(const Workspace::Edge& before, const IsSettled& is_settled) {
+  void LookAtBelts(const IsSettled& is_settled) {
     float largest = plane_.signs.nothing;
-    last_known_ = radius_;
     for (int first = 1; first <= radius_; first += DiscRings::kBelt) {
       const int belt = DiscRings::GetBelt(first);
       const int last = std::min(first + DiscRings::kBelt - 1, radius_);
@@ -231,33 +87,33 @@ class Search {
       for (std::size_t group = 0; group < groups_; ++group) {
         is_idle = BeginBelt(belt, group, largest, last - first + 1) && is_idle;
         if (plane_.is_growing) Settle(group, is_settled);
-        is_done = is_done && (states_[group].is_full || states_[group].is_settled);
+        is_done = is_done && (kept_[group].is_full || states_[group].is_settled);
       }
       if (is_done) {
-        const bool is_full = std::all_of(states_.begin(), states_.begin() + static_cast<std::ptrdiff_t>(groups_),
-                                         [](const State& state) { return state.is_full; });
+        const bool is_full = std::all_of(kept_.begin(), kept_.begin() + static_cast<std::ptrdiff_t>(groups_),
+                                         [](const Kept& kept) { return kept.is_full; });
         if (!is_full) last_known_ = first - 1;
         break;
       }
       if (is_idle) continue;
       for (int ring = first; ring <= last; ++ring) {
-        PlaceEdges(ring - 1, before);
+        PlaceEdges(ring - 1);
         for (std::size_t group = 0; group < groups_; ++group) {
-          State& state = states_[group];
-          if (state.runs.empty()) continue;
-          if (state.is_full) {
+          if (states_[group].runs.empty()) continue;
+          Kept& kept = kept_[group];
+          if (kept.is_full) {
             Store(Load(group), group);
             continue;
           }
           const Group best = LookAtRing(belt, ring, group);
           Keep(best, group);
-          state.is_full = IsFull(best);
+          kept.is_full = IsFull(best);
         }
         std::swap(workspace_.numbers[0], workspace_.numbers[1]);
       }
     }
     for (std::size_t group = 0; group < groups_; ++group) {
-      if (states_[group].is_at_base) Keep(Load(group), group);
+      if (kept_[group].is_at_base) Keep(Load(group), group);
     }
   }
 
@@ -271,12 +127,12 @@ class Search {
     const D d;
     const std::size_t lanes = hn::Lanes(d);
     State& state = states_[group];
-    if (state.is_settled || state.is_full) return;
+    if (state.is_settled || kept_[group].is_full) return;
     const V one = hn::Set(d, 1.0F);
     float* rest = GetRest(group);
     V most = hn::Zero(d);
-    const int count = state.history.count;
-    const int first = std::max(state.asked, from_ - state.history.begin);
+    const int count = kept_[group].history.count;
+    const int first = std::max(state.asked, from_ - kept_[group].history.begin);
     for (std::size_t row = 0; row < kTileRows; ++row) {
       V left = hn::Load(d, rest + row * lanes);
       for (int i = first; i < count; ++i) {
@@ -293,21 +149,22 @@ class Search {
   /// anything in the belt, or before it.
   bool BeginBelt(int belt, std::size_t group, float largest, int rings) {
     const D d;
-    State& state = states_[group];
-    state.runs.clear();
+    std::vector<Sectors>& runs = states_[group].runs;
+    Kept& kept = kept_[group];
+    runs.clear();
     const Group best = Load(group);
     // In the rings to come the group does not change, or is drawn from both tables in turns.
     Store(best, group);
-    if (state.is_full) return true;
+    if (kept.is_full) return true;
     const V least = FindLeast(best);
     if (largest > hn::GetLane(hn::MinOfLanes(d, least))) FindSectors(belt, group, least);
-    if (state.is_at_base) {
-      if (state.runs.empty()) return true;
-      state.is_at_base = false;
-      state.history.begin = DiscRings::GetFirstRing(belt) - 1;
+    if (kept.is_at_base) {
+      if (runs.empty()) return true;
+      kept.is_at_base = false;
+      kept.history.begin = DiscRings::GetFirstRing(belt) - 1;
       Keep(best, group);
     }
-    if (!state.runs.empty()) return false;
+    if (!runs.empty()) return false;
     for (int ring = 0; ring < rings; ++ring) Keep(best, group);
     return true;
   }
@@ -449,23 +306,13 @@ class Search {
     return best;
   }
 
-  const Plane& plane_;
   const DiscRings& discs_;
   const CellRings& cells_;
-  int radius_;
+  /// The least radius that is drawn.
   int from_;
-  Workspace& workspace_;
-  /// The corner of the tile in the plane, and the cell there; its groups.
-  std::size_t at_ = 0;
+  /// The cell at the corner of the tile.
   std::size_t cell_ = 0;
-  std::size_t groups_ = 0;
   std::vector<State> states_;
-  /// Whether the tiles above and before have left something.
-  bool has_above_ = false;
-  bool has_before_ = false;
-  int last_known_before_ = 0;
-  /// Up to which radius the search went on.
-  int last_known_ = 0;
 };
 }  // namespace ReliefBevel::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
