@@ -3,9 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <numbers>
+#include <utility>
 
 #include "Host/Util/Cancellation.h"
 
@@ -13,35 +12,31 @@ namespace ReliefBevel {
 namespace {
 
 struct Offset {
-  /// Grows with the angle, from 0 to 4.
-  float turn;
   std::int32_t x;
   std::int32_t y;
 };
 
-float GetTurn(int x, int y) {
-  const float part = static_cast<float>(y) / static_cast<float>(std::abs(x) + std::abs(y));
-  if (x < 0) return 2.0F - part;
-  return y < 0 ? 4.0F + part : part;
+/// By as many quarters of a turn.
+Offset Rotate(Offset offset, int quarters) {
+  for (; quarters > 0; --quarters) offset = {-offset.y, offset.x};
+  return offset;
 }
 
-/// The offsets of each ring, in the order of their angles.
-std::vector<std::vector<Offset>> SortOffsets(int radius) {
+std::int64_t GetSquare(Offset offset) { return std::int64_t{offset.x} * offset.x + std::int64_t{offset.y} * offset.y; }
+
+/// The offsets of each ring in the wedge around (1, 0). Rotated, they are those of the other wedges.
+std::vector<std::vector<Offset>> FindOffsetsOfWedge(int radius) {
   std::vector<std::vector<Offset>> rings(static_cast<std::size_t>(radius) + 1);
   const std::int64_t most = std::int64_t{radius} * radius;
-  for (int y = -radius; y <= radius; ++y) {
+  for (int x = 1; x <= radius; ++x) {
     ScEng::PollCancellation();
-    for (int x = -radius; x <= radius; ++x) {
-      const std::int64_t square = std::int64_t{x} * x + std::int64_t{y} * y;
-      if (square > most || square == 0) continue;
+    for (int y = 1 - x; y <= x; ++y) {
+      const std::int64_t square = GetSquare({x, y});
+      if (square > most) continue;
       auto ring = static_cast<std::int64_t>(std::sqrt(static_cast<double>(square)));
       while (ring * ring < square) ++ring;
-      rings[static_cast<std::size_t>(ring)].push_back({GetTurn(x, y), x, y});
+      rings[static_cast<std::size_t>(ring)].push_back({x, y});
     }
-  }
-  for (auto& ring : rings) {
-    ScEng::PollCancellation();
-    std::sort(ring.begin(), ring.end(), [](const Offset& a, const Offset& b) { return a.turn < b.turn; });
   }
   return rings;
 }
@@ -59,65 +54,93 @@ struct Box {
     right = std::max(right, offset.x);
     bottom = std::max(bottom, offset.y);
   }
-  [[nodiscard]] bool FitsInto(int side) const { return right - left < side && bottom - top < side; }
+  [[nodiscard]] bool IsEmpty() const { return left > right; }
+  [[nodiscard]] bool Fits() const {
+    return IsEmpty() || (right - left < DiscRings::kWindow && bottom - top < DiscRings::kWindow);
+  }
 };
 
 /// Where a window begins that covers [from, to] and reaches beyond it towards 0.
 int PlaceWindow(int from, int to) { return from + to > 0 ? to - (DiscRings::kWindow - 1) : from; }
 
+/// Where the window of a rotated box begins.
+Offset PlaceWindow(const Box& box, int quarters) {
+  if (box.IsEmpty()) return {0, 0};
+  const Offset one = Rotate({box.left, box.top}, quarters);
+  const Offset other = Rotate({box.right, box.bottom}, quarters);
+  return {PlaceWindow(std::min(one.x, other.x), std::max(one.x, other.x)),
+          PlaceWindow(std::min(one.y, other.y), std::max(one.y, other.y))};
+}
+
+/// To the cell of a coordinate.
+int RoundDown(int coordinate) {
+  return (coordinate < 0 ? coordinate - (DiscRings::kCell - 1) : coordinate) / DiscRings::kCell;
+}
+
+/// The sector of an offset in its wedge, by the sine of its angle.
+std::size_t FindSector(const Offset& offset, std::size_t sectors) {
+  constexpr float kHalfRoot = 0.70710678F;
+  const auto sine = static_cast<float>(offset.y) / std::sqrt(static_cast<float>(GetSquare(offset)));
+  const float place = (sine * kHalfRoot + 0.5F) * static_cast<float>(sectors);
+  return std::min(static_cast<std::size_t>(std::max(place, 0.0F)), sectors - 1);
+}
+
 }  // namespace
 
 DiscRings::DiscRings(int radius, std::ptrdiff_t stride) {
-  const auto sorted = SortOffsets(radius);
-  const auto count = [](const auto& entries) { return static_cast<std::uint32_t>(entries.size()); };
-  rings.assign(static_cast<std::size_t>(radius) + 2, 0);
-  for (int first = 1; first <= radius; first += kBelt) {
-    const int last = std::min(first + kBelt - 1, radius);
-    // Turns go up to 1.28 times as fast as on average: no sector is longer than 31 pixels and wider than the belt.
-    constexpr double kLength = 24.0;
-    const auto number = static_cast<int>(std::ceil(2.0 * std::numbers::pi * last / kLength));
-    const auto sector_of = [number](const Offset& offset) {
-      return std::min(static_cast<int>(offset.turn * 0.25F * static_cast<float>(number)), number - 1);
-    };
-    std::vector<Box> boxes(static_cast<std::size_t>(number));
-    for (int ring = first; ring <= last; ++ring) {
-      ScEng::PollCancellation();
-      rings[static_cast<std::size_t>(ring)] = count(parts);
-      const auto& line = sorted[static_cast<std::size_t>(ring)];
-      std::size_t at = 0;
-      for (int sector = 0; sector < number; ++sector) {
-        parts.push_back(count(arcs));
-        Box box;
-        std::size_t begin = at;
-        const auto close = [&] {
-          if (begin == at) return;
-          const int x = PlaceWindow(box.left, box.right);
-          const int y = PlaceWindow(box.top, box.bottom);
-          arcs.push_back({static_cast<std::int32_t>(y * stride + x), count(offsets)});
-          for (; begin < at; ++begin)
-            offsets.push_back(static_cast<std::int32_t>(line[begin].y * stride + line[begin].x));
-        };
-        for (; at < line.size() && sector_of(line[at]) == sector; ++at) {
-          boxes[static_cast<std::size_t>(sector)].Include(line[at]);
-          Box wider = box;
-          wider.Include(line[at]);
-          if (!wider.FitsInto(kWindow)) {
-            close();
-            wider = Box();
-            wider.Include(line[at]);
-          }
-          box = wider;
-        }
-        close();
+  const auto wedge = FindOffsetsOfWedge(radius);
+  rings.assign(static_cast<std::size_t>(radius) + 1, 0);
+  const auto append = [stride](Offsets& kind, const std::vector<std::vector<Offset>>& sectors, int quarters) {
+    for (const auto& sector : sectors) {
+      kind.begins.push_back(static_cast<std::uint32_t>(kind.offsets.size()));
+      for (const Offset& offset : sector) {
+        const Offset rotated = Rotate(offset, quarters);
+        kind.offsets.push_back(static_cast<std::int32_t>(rotated.y * stride + rotated.x));
       }
     }
-    belts.push_back(count(sectors));
-    for (const Box& box : boxes) sectors.push_back(box.left <= box.right ? Sector{box.left, box.top} : Sector{0, 0});
+  };
+  for (int first = 1; first <= radius; first += kBelt) {
+    ScEng::PollCancellation();
+    const int last = std::min(first + kBelt - 1, radius);
+    // Sectors are longest at the ends of a wedge, by the root of 2.
+    constexpr double kLength = 10.5;
+    auto number = static_cast<std::size_t>(std::ceil(std::sqrt(2.0) * last / kLength));
+    std::vector<Box> boxes;
+    do {
+      boxes.assign(++number, Box());
+      for (int ring = first; ring <= last; ++ring) {
+        for (const Offset& offset : wedge[static_cast<std::size_t>(ring)]) {
+          boxes[FindSector(offset, number)].Include(offset);
+        }
+      }
+    } while (!std::all_of(boxes.begin(), boxes.end(), [](const Box& box) { return box.Fits(); }));
+    belts.push_back({windows.size(), number});
+    for (int quarters = 0; quarters < kWedges; ++quarters) {
+      for (const Box& box : boxes) {
+        const Offset corner = PlaceWindow(box, quarters);
+        windows.push_back(static_cast<std::int32_t>(corner.y * stride + corner.x));
+        cells.push_back(static_cast<std::int32_t>(RoundDown(corner.y) * (stride / kCell) + RoundDown(corner.x)));
+      }
+    }
+    std::vector<std::vector<Offset>> of_apart(number);
+    std::vector<std::vector<Offset>> of_shared(number);
+    for (int ring = first; ring <= last; ++ring) {
+      rings[static_cast<std::size_t>(ring)] = apart.begins.size();
+      for (auto& sector : of_apart) sector.clear();
+      for (auto& sector : of_shared) sector.clear();
+      const std::int64_t within = std::int64_t{ring - 1} * (ring - 1);
+      for (const Offset& offset : wedge[static_cast<std::size_t>(ring)]) {
+        const bool is_shared = GetSquare({offset.x - 1, offset.y}) <= within;
+        (is_shared ? of_shared : of_apart)[FindSector(offset, number)].push_back(offset);
+      }
+      for (int quarters = 0; quarters < kWedges; ++quarters) {
+        append(apart, of_apart, quarters);
+        append(shared, of_shared, quarters);
+      }
+    }
   }
-  rings[static_cast<std::size_t>(radius) + 1] = count(parts);
-  belts.push_back(count(sectors));
-  parts.push_back(count(arcs));
-  arcs.push_back({0, count(offsets)});
+  apart.begins.push_back(static_cast<std::uint32_t>(apart.offsets.size()));
+  shared.begins.push_back(static_cast<std::uint32_t>(shared.offsets.size()));
 }
 
 }  // namespace ReliefBevel

@@ -37,12 +37,16 @@ void ExpectDrawn(const Image& mask, const Rings& rings, const std::vector<float>
 }
 
 /// Whether the soft bevel is the one of a copy of the mask for each step.
-testing::AssertionResult IsAsStepByStep(const Image& mask, bool wrap, const Rings& rings, float canvas) {
-  const ImageRef expected = MakeCanvas(mask, canvas);
+testing::AssertionResult IsAsStepByStep(const Image& mask, bool wrap, const Rings& rings, const Image& canvas) {
+  const ImageRef expected(new Image(canvas));
   ReliefBevel::DrawStepByStep(mask, wrap, rings, *expected);
-  const ImageRef drawn = MakeCanvas(mask, canvas);
+  const ImageRef drawn(new Image(canvas));
   ReliefBevel::DrawSoft(mask, wrap, rings, 0, rings.steps, *drawn);
   return HoldsSamples(drawn.Get(), GetSamples(*expected));
+}
+
+testing::AssertionResult IsAsStepByStep(const Image& mask, bool wrap, const Rings& rings, float canvas) {
+  return IsAsStepByStep(mask, wrap, rings, *MakeCanvas(mask, canvas));
 }
 
 class Noise {
@@ -147,6 +151,41 @@ TEST(ReliefSoftBevel, IsTheSameAsStepByStepForLargeRadii) {
     const ImageRef mask = MakeMask(300, 220, content);
     EXPECT_TRUE(IsAsStepByStep(*mask, true, {.steps = 150, .start = 150}, 0.0F));
     EXPECT_TRUE(IsAsStepByStep(*mask, false, {.steps = 201, .start = 101}, 0.0F));
+  }
+}
+
+TEST(ReliefSoftBevel, IsTheSameAsStepByStepAcrossTiles) {
+  // More than two tiles of 128 columns, and tasks of 32 rows that learn from no other.
+  for (int content = 0; content < static_cast<int>(Content::kCount); ++content) {
+    const ImageRef mask = MakeMask(277, 75, static_cast<Content>(content));
+    for (const bool wrap : {false, true}) {
+      SCOPED_TRACE("content " + std::to_string(content) + ", wrap " + std::to_string(wrap));
+      const Rings rings{.steps = 60, .start = 34, .profile = ReliefProfile::kArcOut};
+      OnEveryInstructionSet([&] { EXPECT_TRUE(IsAsStepByStep(*mask, wrap, rings, 0.0F)); });
+    }
+  }
+}
+
+TEST(ReliefSoftBevel, ForgetsOnlyWhatIsDrawnOverToTheLastBit) {
+  Noise noise(7);
+  for (const float weakest : {0.0F, 0.1F, 0.5F, 0.9F, 0.999F}) {
+    std::vector<float> samples(150 * 40);
+    for (float& sample : samples) sample = weakest + (1.0F - weakest) * 0.5F * noise.Next();
+    const ImageRef mask = MakeImage(150, 40, ColorMode::kValue, samples);
+    // Small numbers, large ones, and such as no ring draws over.
+    for (const float size : {0.0F, 1e-38F, 1.0F, 1e6F, 1e30F, kInfinity, kNan}) {
+      std::vector<float> before(samples.size());
+      for (float& sample : before) sample = noise.Next() < 0.01F ? size : noise.Next() - 0.5F;
+      const ImageRef canvas = MakeImage(150, 40, ColorMode::kValue, before);
+      for (const bool is_inverted : {false, true}) {
+        for (const ReliefProfile profile :
+             {ReliefProfile::kLinear, ReliefProfile::kSmooth, ReliefProfile::kArcOut, ReliefProfile::kArcIn}) {
+          SCOPED_TRACE("from " + std::to_string(weakest) + ", on " + std::to_string(size));
+          const Rings rings{.steps = 64, .start = 64, .is_inverted = is_inverted, .profile = profile};
+          EXPECT_TRUE(IsAsStepByStep(*mask, true, rings, *canvas));
+        }
+      }
+    }
   }
 }
 

@@ -16,10 +16,15 @@ namespace ReliefBevel {
 
 /// The most pixels of a vector.
 inline constexpr int kMostLanes = 16;
-/// The coarse table has an entry for each square of so many pixels, and each entry looks so far to the right and down.
-inline constexpr int kCoarseStep = 8;
-inline constexpr int kCoarseSide = 64;
-static_assert(DiscRings::kWidestSector + kMostLanes + kCoarseStep <= kCoarseSide);
+/// Pixels are searched for in tiles of so many columns and rows.
+inline constexpr int kTileColumns = 128;
+inline constexpr int kTileRows = 8;
+/// The side of the squares of which a table has the largest number of each; tiles begin where squares do.
+inline constexpr int kCell = DiscRings::kCell;
+/// A second table has the largest number of so many columns and rows from the corner of each such square on: whatever a
+/// window covers as seen from the pixels of a group, wherever in the square the window of the first one begins.
+inline constexpr int kReachColumns = DiscRings::kWindow + kMostLanes + kCell;
+inline constexpr int kReachRows = DiscRings::kWindow + kTileRows + kCell;
 
 /// The numbers that a phase, growing or shrinking, looks for the largest of. Shrinking turns the samples' signs round.
 struct Signs {
@@ -35,25 +40,19 @@ inline constexpr Signs kShrinking = {-2.0F, -1.0F, 0.0F};
 
 /// The mask with a border all around, in the numbers of a phase.
 struct Plane {
-  Plane(const Image& mask, bool wrap, int reach, bool is_growing)
-      : mask(mask),
-        wrap(wrap),
-        is_growing(is_growing),
-        signs(is_growing ? kGrowing : kShrinking),
-        border((reach + DiscRings::kWindow + kMostLanes - 1) / kMostLanes * kMostLanes),
-        stride(static_cast<std::size_t>(border) * 2 +
-               (static_cast<std::size_t>(mask.GetSizeX()) + kCoarseSide - 1) / kMostLanes * kMostLanes),
-        rows(static_cast<std::size_t>(border) * 2 + static_cast<std::size_t>(mask.GetSizeY())),
-        coarse_stride(stride / kCoarseStep + 1),
-        coarse_rows(rows / kCoarseStep + 1),
-        samples(Allocate(stride * rows)),
-        windows(Allocate(stride * rows)),
-        coarse(Allocate(coarse_stride * coarse_rows)) {}
+  /// The mask must outlive the plane. `reach` is the largest offset that is looked at.
+  Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow);
 
-  static hwy::AlignedFreeUniquePtr<float[]> Allocate(std::size_t count) { return MakeLargeArray(count + kCoarseSide); }
+  static hwy::AlignedFreeUniquePtr<float[]> Allocate(std::size_t count) { return MakeLargeArray(count + kMostLanes); }
 
   [[nodiscard]] std::size_t Find(int x, int y) const {
     return static_cast<std::size_t>(y + border) * stride + static_cast<std::size_t>(x + border);
+  }
+
+  /// The cell that holds the corner of a tile.
+  [[nodiscard]] std::size_t FindCell(int x, int y) const {
+    return static_cast<std::size_t>(y + border) / kCell * (stride / kCell) +
+           static_cast<std::size_t>(x + border) / kCell;
   }
 
   const Image& mask;
@@ -64,13 +63,31 @@ struct Plane {
   int border;
   std::size_t stride;
   std::size_t rows;
-  std::size_t coarse_stride;
-  std::size_t coarse_rows;
   hwy::AlignedFreeUniquePtr<float[]> samples;
   /// For each pixel the largest number of the square of `DiscRings::kWindow` pixels whose corner it is.
   hwy::AlignedFreeUniquePtr<float[]> windows;
-  /// The same for each square of `kCoarseStep` pixels and `kCoarseSide`.
-  hwy::AlignedFreeUniquePtr<float[]> coarse;
+  /// The largest number of each square of `kCell` pixels, side by side.
+  std::vector<float> cells;
+  /// The largest number of each rectangle of `kReachColumns` and `kReachRows` whose corner is that of a cell.
+  std::vector<float> reaches;
+
+ private:
+  /// The plane's length along a side of the mask: whole tiles, and a border on both ends.
+  [[nodiscard]] std::size_t GetLength(int size, int tile) const;
+};
+
+/// The cells around a tile by the belts of the rings in which the tile's pixels may meet them first: steps through
+/// `Plane::cells` from the one at the tile's corner.
+class CellRings {
+ public:
+  /// `stride` is the number of cells in a row.
+  CellRings(int radius, std::size_t stride);
+
+  /// The largest number of the cells of a belt around the tile whose corner is cell `at`.
+  [[nodiscard]] float FindLargest(const Plane& plane, int belt, std::size_t at) const;
+
+ private:
+  std::vector<std::vector<std::ptrdiff_t>> belts_;
 };
 
 /// What a phase draws: the levels of radii `from` to `to`.
@@ -79,6 +96,8 @@ struct Phase {
   int to;
   /// Of radius r it is entry r - from.
   std::vector<float> levels;
+
+  [[nodiscard]] float GetLevel(int radius) const { return levels[static_cast<std::size_t>(radius - from)]; }
 };
 
 }  // namespace ReliefBevel
