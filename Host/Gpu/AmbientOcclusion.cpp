@@ -260,9 +260,9 @@ Status Run::Compute(int steps, bool is_finite, float* result) {
   const bool is_double = sizeof(Real) == sizeof(double);
   cl_program program = device_.GetProgram(
       std::string(is_double ? "-DREAL=double -DUSES_DOUBLE" : "-DREAL=float -cl-single-precision-constant") +
-          " -DLANES=" + std::to_string(layout.lanes) + " -DROWS=" + std::to_string(layout.rows) + " -DSHARING=" +
-          std::to_string(layout.sharing) + " -DCOLUMN=" + std::to_string(kColumn) + " -DLEAST=" + kLeastRise +
-          (is_finite ? "" : " -DINFINITE"),
+          " -DLANES=" + std::to_string(layout.lanes) + " -DROWS=" + std::to_string(layout.rows) +
+          " -DSHARING=" + std::to_string(layout.sharing) + " -DCOLUMN=" + std::to_string(kColumn) +
+          " -DLEAST=" + kLeastRise + (is_finite ? "" : " -DINFINITE"),
       status_);
   if (!IsFine()) return status_;
   const Kernel find_highest = MakeKernel(program, "FindHighest");
