@@ -34,12 +34,11 @@ typedef int Flags;
 #define STORE(values, to) (*(to) = (values))
 #define TO_FLOAT(values) ((float)(values))
 #define ANY(flags) (flags)
-#define SHIFT(values, next) (next)
 #else
 typedef JOIN(REAL, LANES) Vector;
 typedef JOIN(float, LANES) FloatVector;
 #ifdef __clang__
-// `vload` may be put together of halves, which `Shift` could not take apart again.
+// `vload` may read halves and join them, which gets in the way of `MoveLanes`.
 typedef Vector Anywhere __attribute__((aligned(sizeof(REAL))));
 #define LOAD(from) (*(const global Anywhere*)(from))
 #else
@@ -54,16 +53,10 @@ typedef JOIN(int, LANES) Flags;
 #endif
 #if LANES == 2
 #define ANY(flags) (as_ushort(convert_char2(flags)) != 0)
-#define NEXT_LANES s10
-#define LAST_LANE s1
 #elif LANES == 4
 #define ANY(flags) (as_uint(convert_char4(flags)) != 0)
-#define NEXT_LANES s1230
-#define LAST_LANE s3
 #elif LANES == 8
 #define ANY(flags) (as_ulong(convert_char8(flags)) != 0)
-#define NEXT_LANES s12345670
-#define LAST_LANE s7
 #else
 // Compilers make `any` a test of each lane in turn.
 bool AnyOf16(char16 flags) {
@@ -71,17 +64,20 @@ bool AnyOf16(char16 flags) {
   return (halves.x | halves.y) != 0;
 }
 #define ANY(flags) AnyOf16(convert_char16(flags))
-#define NEXT_LANES s123456789abcdef0
-#define LAST_LANE sf
+#endif
 #endif
 
-// The lanes from the second on, and `next` behind them. In this form it is one instruction where there is one.
-Vector Shift(Vector values, REAL next) {
-  values = values.NEXT_LANES;
-  values.LAST_LANE = next;
-  return values;
+// The vector one pixel to the right of `here`, which was read at `from`. One of 16 lanes fills a line of the cache, so
+// that another read nearly always straddles two; there its lanes are moved, which is one instruction in this form.
+#if LANES == 16
+Vector MoveLanes(Vector here, REAL next) {
+  here = here.s123456789abcdef0;
+  here.sf = next;
+  return here;
 }
-#define SHIFT(values, next) Shift(values, next)
+#define LOAD_NEXT(here, from) MoveLanes(here, (from)[LANES])
+#else
+#define LOAD_NEXT(here, from) LOAD((from) + 1)
 #endif
 
 // Compilers may fuse products and sums, which is faster and at least as exact.
@@ -177,13 +173,12 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
         const Vector right = (Vector)shares[4 * at + 1];
         const Vector upper = (Vector)shares[4 * at + 2];
         const Vector lower = (Vector)shares[4 * at + 3];
-        // Neighbours are shifted into place: a second vector from memory would straddle lines of the cache once more.
         Vector here = LOAD(there);
-        Vector above = SHIFT(here, there[LANES]) * right + here * left;
+        Vector above = LOAD_NEXT(here, there) * right + here * left;
         UNROLL for (int row = 0; row < ROWS; ++row) {
           there += stride;
           here = LOAD(there);
-          const Vector below = SHIFT(here, there[LANES]) * right + here * left;
+          const Vector below = LOAD_NEXT(here, there) * right + here * left;
           const Vector rise = below * lower + (above * upper + depth[row] * inverse);
           steepest[row] = rise > steepest[row] ? rise : steepest[row];
           above = below;
