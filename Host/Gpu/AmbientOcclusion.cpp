@@ -71,7 +71,8 @@ Layout MakeLayout(const DeviceRecord& device, const HeightField& field, int step
   layout.lanes = static_cast<int>(device.lanes);
   layout.rows = device.is_processor ? kTileRows : 1;
   layout.sharing = device.is_processor ? kSharing : 1;
-  const std::int64_t margin_x = FindMargin(steps, field.size_x);
+  // Rows begin where a line of the cache does, so that steps up and down a column read whole lines.
+  const std::int64_t margin_x = RoundUp<std::int64_t>(FindMargin(steps, field.size_x), 16);
   const std::int64_t margin_y = FindMargin(steps, field.size_y);
   const std::int64_t row = RoundUp<std::int64_t>(RoundUp<std::int64_t>(field.size_x, layout.lanes) + 2 * margin_x, 16);
   if (row * (2 * margin_y + layout.rows) > kMostHeights) throw std::bad_alloc();
@@ -136,7 +137,7 @@ class Run {
   Run(Device& device, const HeightField& field) : device_(device), api_(device.GetApi()), field_(field) {}
 
   template <class Real>
-  Status Compute(int steps, float* result);
+  Status Compute(int steps, bool is_finite, float* result);
 
  private:
   using Buffer = Owned<cl_mem>;
@@ -254,13 +255,14 @@ class Run {
 };
 
 template <class Real>
-Status Run::Compute(int steps, float* result) {
+Status Run::Compute(int steps, bool is_finite, float* result) {
   const Layout layout = MakeLayout(device_.GetRecord(), field_, steps, sizeof(Real));
   const bool is_double = sizeof(Real) == sizeof(double);
   cl_program program = device_.GetProgram(
       std::string(is_double ? "-DREAL=double -DUSES_DOUBLE" : "-DREAL=float -cl-single-precision-constant") +
-          " -DLANES=" + std::to_string(layout.lanes) + " -DROWS=" + std::to_string(layout.rows) + " -DSHARING=" +
-          std::to_string(layout.sharing) + " -DCOLUMN=" + std::to_string(kColumn) + " -DLEAST=" + kLeastRise,
+          " -DLANES=" + std::to_string(layout.lanes) + " -DROWS=" + std::to_string(layout.rows) +
+          " -DSHARING=" + std::to_string(layout.sharing) + " -DCOLUMN=" + std::to_string(kColumn) +
+          " -DLEAST=" + kLeastRise + (is_finite ? "" : " -DINFINITE"),
       status_);
   if (!IsFine()) return status_;
   const Kernel find_highest = MakeKernel(program, "FindHighest");
@@ -323,9 +325,10 @@ Status RunAmbientOcclusion(Device& device, const HeightField& field, double radi
                            float* result) {
   const int steps = CountSteps(radius, MakeShape(field));
   Run run(device, field);
+  const bool is_finite = std::isfinite(largest_height);
   const bool needs_double = !(largest_height <= kHighestInSingle);
-  if (needs_double && device.GetRecord().has_double) return run.Compute<double>(steps, result);
-  return run.Compute<float>(steps, result);
+  if (needs_double && device.GetRecord().has_double) return run.Compute<double>(steps, is_finite, result);
+  return run.Compute<float>(steps, is_finite, result);
 }
 
 }  // namespace Gpu

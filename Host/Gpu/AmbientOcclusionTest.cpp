@@ -219,18 +219,27 @@ TEST(AmbientOcclusion, IsTheSameFromSeveralThreadsAtOnce) {
   for (std::thread& thread : threads) thread.join();
 }
 
-TEST(AmbientOcclusion, IsAccurateOnOneLaneAsOnAGpu) {
+/// The chosen device, as if it had so many lanes.
+std::shared_ptr<Gpu::Device> OpenDevice(unsigned lanes, bool is_processor) {
   static Gpu::OpenClApi api;
   Status status;
-  ASSERT_NE(Gpu::LoadOpenCl("libOpenCL.so.1", api, status), nullptr);
+  if (Gpu::LoadOpenCl("libOpenCL.so.1", api, status) == nullptr) return nullptr;
   std::vector<Gpu::DeviceRecord> devices = Gpu::ListDevices(api);
   const int chosen = Gpu::ChooseDevice(devices, "", "", status);
-  ASSERT_GE(chosen, 0);
+  if (chosen < 0) return nullptr;
   Gpu::DeviceRecord& record = devices[static_cast<std::size_t>(chosen)];
-  record.lanes = 1;
-  record.is_processor = false;
-  const auto device = Gpu::Device::Open(api, record, status);
-  ASSERT_TRUE(device);
+  record.lanes = lanes;
+  record.is_processor = is_processor;
+  return Gpu::Device::Open(api, record, status);
+}
+
+TEST(AmbientOcclusion, IsAccurateOnOneLaneAsOnAGpuAndOnAnyOfAProcessor) {
+  // A largest height above 256 asks for double precision.
+  struct Case {
+    unsigned lanes;
+    bool is_processor;
+    double largest_height;
+  };
   const auto image = MakeHills(37, 29, 0.2);
   Gpu::HeightField field;
   field.values = image->GetConstArray();
@@ -238,11 +247,17 @@ TEST(AmbientOcclusion, IsAccurateOnOneLaneAsOnAGpu) {
   field.size_y = 29;
   field.scale = 15.0;
   field.border = ScEng::Border::kWrap;
-  std::vector<float> result(image->GetNumSamples());
-  EXPECT_EQ(Gpu::RunAmbientOcclusion(*device, field, 15, 15.0, result.data()).GetMessage(), "");
   const std::vector<double> expected = Reference(*image, 15.0F, 'p');
-  for (std::size_t i = 0; i < result.size(); ++i) {
-    ASSERT_NEAR(static_cast<double>(result[i]), expected[i], kAccuracy) << i;
+  for (const Case& tried :
+       {Case{1, false, 15.0}, {1, true, 15.0}, {2, true, 15.0}, {4, true, 15.0}, {8, true, 15.0}, {4, true, 1000.0}}) {
+    const auto device = OpenDevice(tried.lanes, tried.is_processor);
+    ASSERT_TRUE(device);
+    std::vector<float> result(image->GetNumSamples());
+    const Status status = Gpu::RunAmbientOcclusion(*device, field, 15, tried.largest_height, result.data());
+    EXPECT_EQ(status.GetMessage(), "");
+    for (std::size_t i = 0; i < result.size(); ++i) {
+      ASSERT_NEAR(static_cast<double>(result[i]), expected[i], kAccuracy) << tried.lanes << " lanes, pixel " << i;
+    }
   }
 }
 

@@ -11,6 +11,7 @@
 //   SHARING    rows of a tile that share a window; ROWS is a multiple of it
 //   COLUMN     rows whose windows one work-item finds
 //   LEAST      rises up to this count as none
+//   INFINITE   where heights may be infinite
 //
 // What keeps the cost from growing with the number of steps: a group of steps is taken only if the highest height of
 // the 8 x 8 window that holds its pixels, as near as the group's nearest step, is a steeper rise than some pixel of the
@@ -28,6 +29,7 @@
 #if LANES == 1
 typedef REAL Vector;
 typedef float FloatVector;
+typedef int Flags;
 #define LOAD(from) (*(from))
 #define STORE(values, to) (*(to) = (values))
 #define TO_FLOAT(values) ((float)(values))
@@ -35,9 +37,20 @@ typedef float FloatVector;
 #else
 typedef JOIN(REAL, LANES) Vector;
 typedef JOIN(float, LANES) FloatVector;
+#ifdef __clang__
+// `vload` may read halves and join them, which gets in the way of `MoveLanes`.
+typedef Vector Anywhere __attribute__((aligned(sizeof(REAL))));
+#define LOAD(from) (*(const global Anywhere*)(from))
+#else
 #define LOAD(from) JOIN(vload, LANES)(0, from)
+#endif
 #define STORE(values, to) JOIN(vstore, LANES)(values, 0, to)
 #define TO_FLOAT(values) JOIN(convert_float, LANES)(values)
+#ifdef USES_DOUBLE
+typedef JOIN(long, LANES) Flags;
+#else
+typedef JOIN(int, LANES) Flags;
+#endif
 #if LANES == 2
 #define ANY(flags) (as_ushort(convert_char2(flags)) != 0)
 #elif LANES == 4
@@ -52,6 +65,19 @@ bool AnyOf16(char16 flags) {
 }
 #define ANY(flags) AnyOf16(convert_char16(flags))
 #endif
+#endif
+
+// The vector one pixel to the right of `here`, which was read at `from`. One of 16 lanes fills a line of the cache, so
+// that another read nearly always straddles two; there its lanes are moved, which is one instruction in this form.
+#if LANES == 16
+Vector MoveLanes(Vector here, REAL next) {
+  here = here.s123456789abcdef0;
+  here.sf = next;
+  return here;
+}
+#define LOAD_NEXT(here, from) MoveLanes(here, (from)[LANES])
+#else
+#define LOAD_NEXT(here, from) LOAD((from) + 1)
 #endif
 
 // Compilers may fuse products and sums, which is faster and at least as exact.
@@ -116,19 +142,21 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
       const int end = groups[group].y;
       const global REAL* window = windows + place + groups[group].z;
       const Vector nearest = (Vector)(REAL)(begin + 1);
-      Vector excess = (Vector)0;
+      Flags is_higher = (Flags)0;
       UNROLL for (int row = 0; row < ROWS; row += SHARING) {
         // Only what is above `lowest` might, as near as the nearest step, be a steeper rise in one of these rows. A
         // pixel at minus infinity that has met an infinite rise makes a NaN here, which is less than nothing.
-        Vector lowest = (Vector)INFINITY;
-        UNROLL for (int next = row; next < row + SHARING; ++next) {
+        Vector lowest = steepest[row] * nearest - depth[row];
+#ifdef INFINITE
+        lowest = lowest < (Vector)INFINITY ? lowest : (Vector)INFINITY;
+#endif
+        UNROLL for (int next = row + 1; next < row + SHARING; ++next) {
           const Vector needed = steepest[next] * nearest - depth[next];
           lowest = needed < lowest ? needed : lowest;
         }
-        const Vector above = LOAD(window + (size_t)row * stride) - lowest;
-        excess = above > excess ? above : excess;
+        is_higher |= LOAD(window + (size_t)row * stride) > lowest;
       }
-      if (!ANY(excess > (Vector)0)) continue;
+      if (!ANY(is_higher)) continue;
 
       for (int step = begin; step < end; ++step) {
         const int at = direction * steps + step;
@@ -145,10 +173,12 @@ kernel void Occlude(global const REAL* heights, global const REAL* windows, int 
         const Vector right = (Vector)shares[4 * at + 1];
         const Vector upper = (Vector)shares[4 * at + 2];
         const Vector lower = (Vector)shares[4 * at + 3];
-        Vector above = LOAD(there + 1) * right + LOAD(there) * left;
+        Vector here = LOAD(there);
+        Vector above = LOAD_NEXT(here, there) * right + here * left;
         UNROLL for (int row = 0; row < ROWS; ++row) {
           there += stride;
-          const Vector below = LOAD(there + 1) * right + LOAD(there) * left;
+          here = LOAD(there);
+          const Vector below = LOAD_NEXT(here, there) * right + here * left;
           const Vector rise = below * lower + (above * upper + depth[row] * inverse);
           steepest[row] = rise > steepest[row] ? rise : steepest[row];
           above = below;
