@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -47,7 +48,7 @@ class ForkHandlers {
   }
 
   void Release() {
-    for (auto mutex = mutexes_.rbegin(); mutex != mutexes_.rend(); ++mutex) (*mutex)->unlock();
+    for (std::mutex* const mutex : std::views::reverse(mutexes_)) mutex->unlock();
     mutex_.unlock();
   }
 

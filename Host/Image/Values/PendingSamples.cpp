@@ -40,6 +40,7 @@ class Places {
     HoldWhileForking(mutex_);
     void* const memory = mmap(nullptr, kBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (memory == MAP_FAILED) return;
+    first_ = static_cast<float*>(memory);
     begin_ = reinterpret_cast<std::uintptr_t>(memory);
     for (std::size_t i = kPlaces; i > 0; --i) free_[num_free_++] = i - 1;
   }
@@ -50,7 +51,7 @@ class Places {
     if (num_free_ == 0) return nullptr;
     const std::size_t place = free_[--num_free_];
     samples_[place] = std::move(samples);
-    return reinterpret_cast<float*>(begin_ + place * kDistance);
+    return first_ + place * (kDistance / sizeof(float));
   }
 
   void GiveBack(const float* address) noexcept {
@@ -81,6 +82,7 @@ class Places {
   std::mutex mutex_;
   // Null, which no image's samples lie next to, where there are no addresses to be had.
   std::uintptr_t begin_ = 0;
+  float* first_ = nullptr;
   std::array<std::unique_ptr<PendingSamples>, kPlaces> samples_;
   std::array<std::size_t, kPlaces> free_{};
   std::size_t num_free_ = 0;

@@ -57,6 +57,7 @@ std::size_t CountBytes(Node& node) {
 
 std::size_t CountBytes(const std::vector<PlugValue>& inputs) {
   std::vector<const Image*> images;
+  images.reserve(inputs.size());
   for (const PlugValue& input : inputs) images.push_back(input.GetImage());
   return CountBytes(std::move(images));
 }
