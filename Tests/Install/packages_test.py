@@ -116,7 +116,8 @@ class Packages(unittest.TestCase):
             "value": [
                 r"usr/bin/value", r".*/value/Value\.so", r".*/value/libValuePanel\.so",
                 r"usr/share/value/graph\.schema\.json", r"usr/share/applications/value-editor\.desktop",
-                r"usr/share/mime/packages/value-graph\.xml", r"usr/share/metainfo/value-editor\.metainfo\.xml",
+                r"usr/share/mime/packages/value-graph\.xml",
+                r"usr/share/metainfo/invalid\.value\.editor\.metainfo\.xml",
                 r"usr/share/icons/hicolor/scalable/apps/value-editor\.svg",
             ],
             "libvaluehost": [
