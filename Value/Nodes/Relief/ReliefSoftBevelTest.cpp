@@ -166,23 +166,39 @@ TEST(ReliefSoftBevel, IsTheSameAsStepByStepAcrossTiles) {
   }
 }
 
+/// What a bevel is drawn over, 150 x 40: small numbers, in places some of another size.
+ImageRef MakeMixedCanvas(float size, bool is_everywhere, Noise& noise) {
+  std::vector<float> samples;
+  for (int y = 0; y < 40; ++y) {
+    for (int x = 0; x < 150; ++x) {
+      const bool differs = is_everywhere ? noise.Next() < 0.01F : x >= 128 || y >= 24;
+      samples.push_back(differs ? size : noise.Next() - 0.5F);
+    }
+  }
+  return MakeImage(150, 40, ColorMode::kValue, samples);
+}
+
 TEST(ReliefSoftBevel, ForgetsOnlyWhatIsDrawnOverToTheLastBit) {
   Noise noise(7);
   for (const float weakest : {0.0F, 0.1F, 0.5F, 0.9F, 0.999F}) {
     std::vector<float> samples(150 * 40);
-    for (float& sample : samples) sample = weakest + (1.0F - weakest) * 0.5F * noise.Next();
+    // Few of them are much larger than the weakest.
+    for (float& sample : samples) sample = weakest + (1.0F - weakest) * 0.5F * std::pow(noise.Next(), 16.0F);
     const ImageRef mask = MakeImage(150, 40, ColorMode::kValue, samples);
-    // Small numbers, large ones, and such as no ring draws over.
+    // Some that no ring draws over, and these in all tiles or only to the right of and below tiles without.
     for (const float size : {0.0F, 1e-38F, 1.0F, 1e6F, 1e30F, kInfinity, kNan}) {
-      std::vector<float> before(samples.size());
-      for (float& sample : before) sample = noise.Next() < 0.01F ? size : noise.Next() - 0.5F;
-      const ImageRef canvas = MakeImage(150, 40, ColorMode::kValue, before);
-      for (const bool is_inverted : {false, true}) {
-        for (const ReliefProfile profile :
-             {ReliefProfile::kLinear, ReliefProfile::kSmooth, ReliefProfile::kArcOut, ReliefProfile::kArcIn}) {
-          SCOPED_TRACE("from " + std::to_string(weakest) + ", on " + std::to_string(size));
-          const Rings rings{.steps = 64, .start = 64, .is_inverted = is_inverted, .profile = profile};
-          EXPECT_TRUE(IsAsStepByStep(*mask, true, rings, *canvas));
+      for (const bool is_everywhere : {false, true}) {
+        const ImageRef canvas = MakeMixedCanvas(size, is_everywhere, noise);
+        for (int profile = 0; profile < 8; ++profile) {
+          // Few rings beyond those that are enough elsewhere, and many.
+          const int steps = profile < 4 ? 24 : 64;
+          SCOPED_TRACE("from " + std::to_string(weakest) + ", on " + std::to_string(size) + ", everywhere " +
+                       std::to_string(is_everywhere) + ", profile " + std::to_string(profile));
+          const Rings rings{.steps = steps,
+                            .start = steps,
+                            .is_inverted = (profile % 2 == 0) == is_everywhere,
+                            .profile = static_cast<ReliefProfile>(profile % 4)};
+          EXPECT_TRUE(IsAsStepByStep(*mask, profile % 4 < 2, rings, *canvas));
         }
       }
     }
