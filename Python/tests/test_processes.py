@@ -94,12 +94,14 @@ def test_errors_are_pickled_whole(protocol, tmp_path):
 def test_process_forked_while_threads_compute_goes_on():
     answer = run(
         """
-        import os, signal, sys, threading
+        import os, signal, sys, threading, warnings
         import numpy as np
         import valuenodes as vn
 
         large = np.random.default_rng(1).random((512, 512), dtype=np.float32)
         expected = np.asarray(vn.relief(large[:64], radius=4)).tobytes()
+        # Python 3.13 warns of what this is about.
+        warnings.simplefilter("ignore", DeprecationWarning)
         ending = threading.Event()
 
         def compute():
