@@ -83,7 +83,8 @@ def test_trusted_library_is_not_examined():
     library = str(LIBRARIES / "LoadPrints.so")
     answer = run(f"vn.load_library({library!r}, trust=True)\nprint(len(vn.doctor()['libraries']))")
     assert answer.returncode == 0, answer.stderr
-    assert answer.stdout.endswith("2\n")
+    # What the library prints may come before or after.
+    assert "2" in answer.stdout.splitlines()
 
 
 def test_what_has_passed_is_remembered(tmp_path):
