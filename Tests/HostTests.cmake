@@ -363,9 +363,6 @@ set_target_properties(HostWidgetsTests PROPERTIES AUTOMOC ON)
 add_test(NAME PanelsInWindows
   COMMAND xvfb-run -a -s "-screen 0 1280x1024x24" $<TARGET_FILE:HostWidgetsTests>)
 list(TRANSFORM widget_test_environment REPLACE "offscreen" "xcb" OUTPUT_VARIABLE window_test_environment)
-# The same programs have their leaks looked for off screen. Here threads of the display's libraries end meanwhile, which the
-# search does not always survive.
-list(TRANSFORM window_test_environment REPLACE "^ASAN_OPTIONS=.*" "ASAN_OPTIONS=detect_leaks=0")
 set_tests_properties(PanelsInWindows PROPERTIES ENVIRONMENT "${window_test_environment}" TIMEOUT 300)
 
 value_add_test(NodePagesTests

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // One pass over a row: a formula is applied, and what it reads and makes is measured and written while it is still in
-// registers. Libraries that register `ValueOperationLoops` make their passes with it.
+// registers. Libraries that register `ValueOperationLoops` make their passes with it. It needs Highway.
 //
 // Included once per instruction set, between HWY_BEFORE_NAMESPACE and HWY_AFTER_NAMESPACE of the source that uses it;
 // see Highway's quick reference on `foreach_target.h`.
@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "Host/Image/SampleRange.h"
