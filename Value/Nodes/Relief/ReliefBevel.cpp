@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Host/Image/EuclideanDistance.h"
 #include "Host/Image/Filter.h"
@@ -40,17 +41,17 @@ void ForEachPixel(std::size_t pixels, const Body& body) {
 
 bool IsSet(float sample) { return sample > 0.0F; }
 
-/// Each pixel's distance from the nearest set one, rounded up to whole pixels; kNever where there is none.
-std::vector<std::int32_t> FindWholeDistances(const Image& mask, bool wrap) {
+/// Calls `body(i, distance)` for each pixel that is not set, with its distance from the nearest set one rounded up to
+/// whole pixels; kNever where there is none.
+template <class Body>
+void ForEachDistance(const Image& mask, bool wrap, const Body& body) {
   const ImagePtr distances(EuclideanDistance(mask, 0.0F, false, wrap));
   if (!distances) throw std::bad_alloc();
-  std::vector<std::int32_t> whole(distances->GetNumSamples());
   const float* from = distances->GetConstArray();
-  ForEachPixel(whole.size(), [&](std::size_t i) {
-    const auto rounded = static_cast<std::int32_t>(std::min(std::ceil(from[i]), kFurthest));
-    whole[i] = from[i] <= kFurthest ? rounded : kNever;
+  ForEachPixel(distances->GetNumSamples(), [&](std::size_t i) {
+    const float distance = from[i];
+    if (distance > 0.0F) body(i, distance <= kFurthest ? static_cast<std::int32_t>(std::ceil(distance)) : kNever);
   });
-  return whole;
 }
 
 /// What every sample of the mask becomes by a disc that covers it all.
@@ -213,10 +214,11 @@ void Analysis::Draw(const Rings& rings, Image& output) {
     return;
   }
 
-  if (least_offsets_.empty()) {
-    least_offsets_.resize(mask_.GetNumSamples());
+  const std::size_t pixels = mask_.GetNumSamples();
+  if (!least_offsets_) {
+    least_offsets_ = std::make_unique_for_overwrite<std::int32_t[]>(pixels);
     const float* from = mask_.GetConstArray();
-    ForEachPixel(least_offsets_.size(), [&](std::size_t i) { least_offsets_[i] = IsSet(from[i]) ? 0 : kNever; });
+    ForEachPixel(pixels, [&](std::size_t i) { least_offsets_[i] = IsSet(from[i]) ? 0 : kNever; });
   }
   const int last_step = rings.steps - 1;
   if (rings.start > 0) FindGrown();
@@ -224,7 +226,7 @@ void Analysis::Draw(const Rings& rings, Image& output) {
 
   // A table pays where it is shorter than the image.
   std::vector<float> levels;
-  if (static_cast<std::size_t>(rings.steps) <= least_offsets_.size()) {
+  if (static_cast<std::size_t>(rings.steps) <= pixels) {
     levels.reserve(static_cast<std::size_t>(rings.steps));
     for (int i = 0; i < rings.steps; ++i) levels.push_back(GetLevelOfStep(rings, i));
   }
@@ -234,7 +236,7 @@ void Analysis::Draw(const Rings& rings, Image& output) {
   const float last_level = get_level(last_step);
   const std::int32_t least_of_last = rings.start - last_step;
   float* samples = output.GetArray();
-  ForEachPixel(least_offsets_.size(), [&](std::size_t i) {
+  ForEachPixel(pixels, [&](std::size_t i) {
     // Later rings lie within earlier ones, so the last that a pixel belongs to is what is seen.
     const std::int32_t least = least_offsets_[i];
     if (least <= least_of_last) {
@@ -248,10 +250,7 @@ void Analysis::Draw(const Rings& rings, Image& output) {
 /// A pixel outside is set once the mask is grown by its distance from it.
 void Analysis::FindGrown() {
   if (std::exchange(has_grown_, true)) return;
-  const std::vector<std::int32_t> distances = FindWholeDistances(mask_, wrap_);
-  ForEachPixel(distances.size(), [&](std::size_t i) {
-    if (distances[i] > 0) least_offsets_[i] = distances[i];
-  });
+  ForEachDistance(mask_, wrap_, [&](std::size_t i, std::int32_t distance) { least_offsets_[i] = distance; });
 }
 
 /// A pixel inside stays set while the mask is shrunk by less than its distance from the outside.
@@ -261,9 +260,8 @@ void Analysis::FindShrunk() {
   const float* from = mask_.GetConstArray();
   float* to = outside.GetArray();
   ForEachPixel(mask_.GetNumSamples(), [&](std::size_t i) { to[i] = IsSet(from[i]) ? 0.0F : 1.0F; });
-  const std::vector<std::int32_t> distances = FindWholeDistances(outside, wrap_);
-  ForEachPixel(distances.size(), [&](std::size_t i) {
-    if (distances[i] > 0) least_offsets_[i] = distances[i] == kNever ? kAlways : 1 - distances[i];
+  ForEachDistance(outside, wrap_, [&](std::size_t i, std::int32_t distance) {
+    least_offsets_[i] = distance == kNever ? kAlways : 1 - distance;
   });
 }
 

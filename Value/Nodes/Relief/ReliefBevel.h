@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 #include "Host/Image/Image.h"
 #include "Value/Nodes/Relief/ReliefChoices.h"
@@ -58,8 +58,9 @@ class Analysis {
   const Image& mask_;
   bool wrap_;
   bool is_hard_;
-  /// The least number of pixels by which the mask must grow (negative: may shrink) for a pixel to be set.
-  std::vector<std::int32_t> least_offsets_;
+  /// For each pixel the least number of pixels by which the mask must grow (negative: may shrink) for it to be set.
+  /// Not set in advance: zeros written to the memory of a large image in one go keep a cancelled node from ending.
+  std::unique_ptr<std::int32_t[]> least_offsets_;
   bool has_grown_ = false;
   bool has_shrunk_ = false;
 };
