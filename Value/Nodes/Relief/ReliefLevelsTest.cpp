@@ -290,6 +290,38 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForGentleSlopes) {
   }
 }
 
+// Waves of all lengths and heights on ground of any height: what planes and chords are drawn around, and what they
+// touch.
+RC_GTEST_PROP(ReliefLevels, IsTheSameAsTheDefinitionForAnyWaves, ()) {
+  const int width = *rc::gen::inRange(9, 80);
+  const int height = *rc::gen::inRange(6, 60);
+  Scene scene = MakeScene(width, height, 0, 5);
+  Random random(*rc::gen::arbitrary<std::uint32_t>());
+  const auto get_between = [&random](double a, double b) { return a + (b - a) * static_cast<double>(random.Next()); };
+  const double scale = std::exp(get_between(-3.0, 1.0));
+  const double ground = get_between(-0.3, 1.0);
+  std::array<std::array<double, 4>, 4> waves{};
+  for (auto& [of_x, of_y, phase, swing] : waves) {
+    const double frequency = std::exp(get_between(-4.5, 0.4));
+    const double direction = get_between(0.0, 6.28);
+    of_x = frequency * std::cos(direction);
+    of_y = frequency * std::sin(direction);
+    phase = get_between(0.0, 6.28);
+    swing = get_between(0.0, 2.0) * std::min(1.0, 0.1 / frequency);
+  }
+  for (std::size_t i = 0; i < scene.mask.size(); ++i) {
+    const auto x = static_cast<double>(i % static_cast<std::size_t>(width));
+    const auto y = static_cast<double>(i / static_cast<std::size_t>(width));
+    double sum = ground;
+    for (const auto& [of_x, of_y, phase, swing] : waves) sum += swing * std::sin(of_x * x + of_y * y + phase);
+    scene.mask[i] = static_cast<float>(scale * sum);
+  }
+  scene.radius = *rc::gen::inRange(2, 90);
+  scene.wrap = *rc::gen::arbitrary<bool>();
+  scene.profile = *rc::gen::elementOf(kProfiles);
+  RC_ASSERT(AreSameSamples(Compute(scene), Reference::Compute(scene.GetField())));
+}
+
 TEST(ReliefLevels, IsTheSameAsTheDefinitionForEverySize) {
   constexpr std::array<std::array<int, 2>, 11> kSizes = {
       {{1, 1}, {1, 31}, {31, 1}, {2, 3}, {7, 5}, {8, 10}, {9, 11}, {64, 4}, {65, 13}, {3, 67}, {127, 2}}};

@@ -24,15 +24,12 @@
 
 #include "Value/Nodes/Relief/ReliefBumps-inl.h"
 #include "Value/Nodes/Relief/ReliefField.h"
+#include "Value/Nodes/Relief/ReliefPlanes-inl.h"
 #include "Value/Nodes/Relief/ReliefRaisers.h"
 #include "Value/Nodes/Relief/ReliefTree.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ReliefLevels::HWY_NAMESPACE {
-constexpr int kLeafColumns = 8;
-constexpr int kLeafRows = 5;
-constexpr std::size_t kLeafPixels = std::size_t{kLeafColumns} * kLeafRows;
-
 /// The results of one small group of neighbouring pixels, and the search for what raises them.
 template <class ProfileOf>
 class Leaf {
@@ -66,7 +63,6 @@ class Leaf {
  private:
   /// Each pixel starts from its own bump, so that what raises it is one pixel away at least.
   static constexpr float kNearest = 1.0F;
-  static constexpr std::array<float, Tree::kSplit> kOffsets = {0.0F, 1.0F, 2.0F, 3.0F};
   static constexpr float kDone = std::numeric_limits<float>::infinity();
   /// Squares of whole distances up to this are exact in single precision.
   static constexpr float kLargestExact = 4096.0F;
@@ -114,8 +110,9 @@ class Leaf {
       hn::Store(done, d, w_.data() + i);
       hn::Store(profile_.Guard(done), d, guards_.data() + i);
     }
-    UpdateLeast();
-    return least_w_ < kDone;
+    is_stale_ = true;
+    Refresh();
+    return held_.least < kDone;
   }
 
   /// Row of a group; in `buffer`, filled up with zeros, where the group sticks out of the image.
@@ -126,58 +123,38 @@ class Leaf {
     return buffer;
   }
 
-  /// Finds the least that each column and the whole group have reached.
-  void UpdateLeast() {
+  /// Brings what is known of the whole group up to date after pixels have been raised. What was known before held less,
+  /// so that whatever is ruled out by it is ruled out.
+  HWY_INLINE void Refresh() {
+    if (HWY_LIKELY(!is_stale_)) return;
+    is_stale_ = false;
+    is_plane_stale_ = true;
     const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    V least = hn::Set(d, kDone);
-    for (std::size_t i = 0; i < kLeafColumns; i += lanes) {
-      V of_column = hn::Load(d, w_.data() + i);
-      for (std::size_t at = i + kLeafColumns; at < kLeafPixels; at += kLeafColumns) {
-        of_column = hn::Min(of_column, hn::Load(d, w_.data() + at));
+    const V done = hn::Set(d, kDone);
+    V least = done;
+    V most = hn::Zero(d);
+    for (std::size_t i = 0; i < kLeafColumns; i += hn::Lanes(d)) {
+      V of_column = done;
+      for (std::size_t at = i; at < kLeafPixels; at += kLeafColumns) {
+        const V w = hn::Load(d, w_.data() + at);
+        of_column = hn::Min(of_column, w);
+        most = hn::Max(most, hn::IfThenElseZero(hn::Lt(w, done), w));
       }
       hn::Store(profile_.Guard(of_column), d, column_guards_.data() + i);
       least = hn::Min(least, of_column);
     }
     least = hn::MinOfLanes(d, least);
-    least_w_ = hn::GetLane(least);
     hn::Store(profile_.Guard(least), d, least_guard_.data());
+    held_.least = hn::GetLane(least);
+    // A little more than there is, so that not every pixel that is raised needs other chords.
+    held_.most = hn::GetLane(hn::MaxOfLanes(d, most));
+    held_.most += (held_.most - held_.least) * 0.125F;
   }
 
   [[nodiscard]] bool IsInReach(const Bump& bump) const {
     const float x = std::max({0.0F, bump.x - right_, left_ - bump.x});
     const float y = std::max({0.0F, bump.y - bottom_, top_ - bump.y});
     return x * x + y * y < reach_;
-  }
-
-  /// Whether a block of a side, with its corner at (x, y), may hold a bump that raises a pixel, for each pixel of the
-  /// group on its own.
-  HWY_INLINE bool MayRaisePixel(float highest, float x, float y, float side) const {
-    const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    const auto prepared = profile_.Prepare(hn::Set(d, highest));
-    for (std::size_t i = 0; i < kLeafColumns; i += lanes) {
-      const V from_left = hn::Add(hn::Iota(d, static_cast<float>(i)), hn::Set(d, left_ - x));
-      const V from_right = hn::Sub(from_left, hn::Set(d, side - 1.0F));
-      const V dx = hn::Max(hn::Zero(d), hn::Max(from_right, hn::Neg(from_left)));
-      const auto beside = profile_.Approach(prepared, Square(dx));
-      std::array<M, kLeafRows> is_above;
-      for (std::size_t row = 0; row < kLeafRows; ++row) {
-        const float from_top = top_ - y + static_cast<float>(row);
-        const float dy = std::max({0.0F, -from_top, from_top - (side - 1.0F)});
-        is_above[row] =
-            profile_.IsAbove(beside, hn::Set(d, dy * dy), hn::Load(d, guards_.data() + row * kLeafColumns + i));
-      }
-      if (!AreAllFalse(is_above)) return true;
-    }
-    return false;
-  }
-
-  static HWY_INLINE bool AreAllFalse(const std::array<M, kLeafRows>& rows) {
-    static_assert(kLeafRows == 5);
-    const M upper = hn::Or(rows[0], rows[1]);
-    const M lower = hn::Or(rows[2], hn::Or(rows[3], rows[4]));
-    return hn::AllFalse(D(), hn::Or(upper, lower));
   }
 
   /// Raises the pixels that the bump raises.
@@ -197,7 +174,7 @@ class Leaf {
 
   void Keep(const Bump& bump, Raisers& raisers) {
     raisers.Add(bump);
-    UpdateLeast();
+    is_stale_ = true;
   }
 
   /// Whether a bump raises nothing in the columns from `column` on, as far as a look at each of them as a whole tells.
@@ -214,71 +191,114 @@ class Leaf {
                                std::size_t column) {
     const D d;
     const V dx2 = Square(dx);
-    const float dy0 = top_ - bump.y;
     bool raised = false;
-    for (int row = 0; row < kLeafRows; ++row) {
-      const float dy = dy0 + static_cast<float>(row);
-      const std::size_t at = static_cast<std::size_t>(row) * kLeafColumns + column;
+    for (std::size_t row = 0; row < kLeafRows; ++row) {
+      const float dy = top_ - bump.y + static_cast<float>(row);
+      const std::size_t at = row * kLeafColumns + column;
       const V d2 = hn::Max(hn::Add(dx2, hn::Set(d, dy * dy)), hn::Set(d, kNearest));
       const V excess = profile_.Excess(prepared, d2, hn::Load(d, guards_.data() + at));
       if (HWY_LIKELY(hn::AllFalse(d, hn::Gt(excess, hn::Zero(d))))) continue;
-      raised |= Raise(hn::Set(d, bump.q), HWY_LIKELY(is_exact_) ? d2 : GetRoundedSquares(dx, dy), at);
+      raised |= Raise(hn::Set(d, bump.q), HWY_LIKELY(is_exact_) ? d2 : GetRoundedSquares(bump, column, row), at);
     }
     return raised;
   }
 
   /// Tries the pixels of a block of level 1 whose corner is at (x, y).
+  ///
+  /// First those are found that may raise something, all of them without a jump that depends on it: of a dozen some few
+  /// do, and the processor cannot foresee which.
   HWY_INLINE void TryPixels(std::size_t block, float x, float y, Raisers& raisers) {
+    Refresh();
     const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    const float* highest = tree_.levels[0].get() + block * Tree::kChildren;
-    unsigned found = FindChildren<0>(highest, x, y);
+    const float* bumps = tree_.levels[0].get() + block * Tree::kChildren;
+    Chords chords;
+    unsigned found = FindBumps(bumps, x, y, chords);
     if (found == 0) return;
-    typename ProfileOf::Table table;
-    for (std::size_t i = 0; i < Tree::kChildren; i += lanes) profile_.Prepare(hn::Load(d, highest + i), i, table);
-    // The squares of the steps from one of the block's rows to one of the group's, from the least step on.
+    // The squares of the steps from one of the block's rows to one of the group's, from the least step on, and of those
+    // from the block's columns to the group's.
     constexpr int kSteps = Tree::kSplit + kLeafRows - 1;
     std::array<float, kSteps> dy2;
     for (int i = 0; i < kSteps; ++i) {
       const float dy = top_ - y + static_cast<float>(i - (Tree::kSplit - 1));
       dy2[static_cast<std::size_t>(i)] = dy * dy;
     }
+    alignas(64) std::array<float, Tree::kSplit * kLeafColumns> dx2;
+    for (std::size_t i = 0; i < dx2.size(); i += hn::Lanes(d)) {
+      const float from_child = left_ - (x + static_cast<float>(i / kLeafColumns));
+      hn::Store(Square(hn::Iota(d, from_child + static_cast<float>(i % kLeafColumns))), d, dx2.data() + i);
+    }
+    const auto get_dx2 = [&dx2](unsigned child) { return dx2.data() + child % Tree::kSplit * kLeafColumns; };
+    const auto get_dy2 = [&dy2](unsigned child) { return dy2.data() + (Tree::kSplit - 1 - child / Tree::kSplit); };
+    unsigned above = 0;
     for (; found != 0; found &= found - 1) {
       const auto child = static_cast<unsigned>(std::countr_zero(found));
-      const float child_x = x + kOffsets[child % Tree::kSplit];
-      const float* child_dy2 = dy2.data() + (Tree::kSplit - 1 - child / Tree::kSplit);
-      const auto prepared = profile_.Get(table, child);
+      above |= static_cast<unsigned>(MayRaise(chords, child, get_dx2(child), get_dy2(child))) << child;
+    }
+    const float most = held_.most;
+    for (; above != 0; above &= above - 1) {
+      const auto child = static_cast<unsigned>(std::countr_zero(above));
+      const Bump bump = {x + kChildColumns[child], y + kChildRows[child], bumps[child]};
+      // Where a pixel now holds more than the chords were made for, they say nothing of it.
+      const bool has_chords = HWY_LIKELY(held_.most == most);
       bool raised = false;
-      for (std::size_t i = 0; i < kLeafColumns; i += lanes) {
-        const V dx = hn::Add(hn::Iota(d, static_cast<float>(i)), hn::Set(d, left_ - child_x));
-        const V dx2 = Square(dx);
-        const auto beside = profile_.Approach(prepared, dx2);
-        std::array<M, kLeafRows> is_above;
+      for (std::size_t i = 0; i < kLeafColumns; i += hn::Lanes(d)) {
+        const V column_dx2 = hn::Load(d, get_dx2(child) + i);
+        const V beside = hn::Sub(hn::Set(d, chords.base[child]), column_dx2);
         for (std::size_t row = 0; row < kLeafRows; ++row) {
-          const V guard = hn::Load(d, guards_.data() + row * kLeafColumns + i);
-          is_above[row] = profile_.IsAbove(beside, hn::Set(d, child_dy2[row]), guard);
-        }
-        if (HWY_LIKELY(AreAllFalse(is_above))) continue;
-        for (std::size_t row = 0; row < kLeafRows; ++row) {
-          if (hn::AllFalse(d, is_above[row])) continue;
-          const float dy = top_ - (y + kOffsets[child / Tree::kSplit]) + static_cast<float>(row);
-          const V d2 = HWY_LIKELY(is_exact_) ? hn::Add(dx2, hn::Set(d, child_dy2[row])) : GetRoundedSquares(dx, dy);
-          raised |= Raise(hn::Set(d, highest[child]), d2, row * kLeafColumns + i);
+          const std::size_t at = row * kLeafColumns + i;
+          const V row_dy2 = hn::Set(d, get_dy2(child)[row]);
+          const V reached = hn::NegMulAdd(hn::Set(d, chords.slope[child]), hn::Load(d, guards_.data() + at), beside);
+          if (has_chords && hn::AllFalse(d, hn::Gt(reached, row_dy2))) continue;
+          const V d2 = HWY_LIKELY(is_exact_) ? hn::Add(column_dx2, row_dy2) : GetRoundedSquares(bump, i, row);
+          raised |= Raise(hn::Set(d, bump.q), d2, at);
         }
       }
-      if (raised) Keep({child_x, y + kOffsets[child / Tree::kSplit], highest[child]}, raisers);
+      if (raised) Keep(bump, raisers);
     }
   }
 
-  /// The squares of distances rounded once, of distances that are too large to be squared and added without rounding.
-  static V GetRoundedSquares(V dx, float dy) {
+  /// Which bumps of a block of level 1, with its corner at (x, y), may raise something in the group as a whole; finds
+  /// the chords of all.
+  HWY_INLINE unsigned FindBumps(const float* bumps, float x, float y, Chords& chords) const {
     const D d;
+    unsigned found = 0;
+    for (std::size_t i = 0; i < Tree::kChildren; i += hn::Lanes(d)) {
+      const V q = hn::Load(d, bumps + i);
+      profile_.FindChords(q, held_, i, chords);
+      const V d2 = GetSquaresToGroup(hn::Add(hn::Load(d, kChildColumns.data() + i), hn::Set(d, x)),
+                                     hn::Add(hn::Load(d, kChildRows.data() + i), hn::Set(d, y)), 1.0F);
+      const V slope = hn::Load(d, chords.slope.data() + i);
+      const V reached = hn::NegMulAdd(slope, hn::Load(d, least_guard_.data()), hn::Load(d, chords.base.data() + i));
+      found |= GetBits(d, hn::And(IsPossible(q, d2), hn::Gt(reached, d2))) << i;
+    }
+    return found;
+  }
+
+  /// Whether a bump of a block may raise a pixel by its chord. `dx2` and `dy2` are the squares of its distances from
+  /// the group's columns and rows.
+  HWY_INLINE bool MayRaise(const Chords& chords, unsigned child, const float* dx2, const float* dy2) const {
+    const D d;
+    const V slope = hn::Set(d, chords.slope[child]);
+    V most = hn::Zero(d);
+    for (std::size_t i = 0; i < kLeafColumns; i += hn::Lanes(d)) {
+      const V beside = hn::Sub(hn::Set(d, chords.base[child]), hn::Load(d, dx2 + i));
+      for (std::size_t row = 0; row < kLeafRows; ++row) {
+        const V guard = hn::Load(d, guards_.data() + row * kLeafColumns + i);
+        most = hn::Max(most, hn::Sub(hn::NegMulAdd(slope, guard, beside), hn::Set(d, dy2[row])));
+      }
+    }
+    return !hn::AllFalse(d, hn::Gt(most, hn::Zero(d)));
+  }
+
+  /// The squares of distances rounded once, of distances that are too large to be squared and added without rounding.
+  [[nodiscard]] V GetRoundedSquares(const Bump& bump, std::size_t column, std::size_t row) const {
+    const D d;
+    const double dx = static_cast<double>(left_ + static_cast<float>(column)) - static_cast<double>(bump.x);
+    const double dy = static_cast<double>(top_ + static_cast<float>(row)) - static_cast<double>(bump.y);
     alignas(64) std::array<float, kLeafColumns> squares{};
-    hn::Store(dx, d, squares.data());
-    for (float& square : squares) {
-      const double exact =
-          static_cast<double>(square) * static_cast<double>(square) + static_cast<double>(dy) * static_cast<double>(dy);
-      square = static_cast<float>(exact);
+    for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
+      const double step = dx + static_cast<double>(i);
+      squares[i] = static_cast<float>(step * step + dy * dy);
     }
     return hn::Load(d, squares.data());
   }
@@ -294,14 +314,17 @@ class Leaf {
     const V w = hn::Load(d, w_.data() + at);
     const M is_higher = hn::And(hn::Gt(candidate, w), hn::Lt(distance, radius));
     if (hn::AllFalse(d, is_higher)) return false;
+    if (HWY_UNLIKELY(!hn::AllFalse(d, hn::And(is_higher, hn::Gt(candidate, hn::Set(d, held_.most)))))) {
+      held_.most = hn::GetLane(hn::MaxOfLanes(d, hn::IfThenElseZero(is_higher, candidate)));
+    }
     const V higher = hn::IfThenElse(is_higher, candidate, w);
     hn::Store(higher, d, w_.data() + at);
     hn::Store(profile_.Guard(higher), d, guards_.data() + at);
     return true;
   }
 
-  /// Which blocks of a side, with their corners at (x, y), may hold a bump that raises a pixel.
-  HWY_INLINE M MayHoldRaisers(V highest, V x, V y, float side) const {
+  /// The squares of the distances from blocks of a side, with their corners at (x, y), to the group.
+  HWY_INLINE V GetSquaresToGroup(V x, V y, float side) const {
     const D d;
     const V zero = hn::Zero(d);
     const V far = hn::Set(d, side - 1.0F);
@@ -309,26 +332,46 @@ class Leaf {
     const V before_y = hn::Sub(hn::Set(d, top_), hn::Add(y, far));
     const V dx = hn::Max(zero, hn::Max(before_x, hn::Sub(x, hn::Set(d, right_))));
     const V dy = hn::Max(zero, hn::Max(before_y, hn::Sub(y, hn::Set(d, bottom_))));
-    const V d2 = hn::Max(hn::Add(Square(dx), Square(dy)), hn::Set(d, kNearest));
-    const V excess = profile_.Excess(profile_.Prepare(highest), d2, hn::Load(d, least_guard_.data()));
-    const M is_possible = hn::And(hn::Gt(highest, hn::Set(d, least_w_)), hn::Lt(d2, hn::Set(d, reach_)));
-    return hn::And(is_possible, hn::Gt(excess, zero));
+    return hn::Max(hn::Add(Square(dx), Square(dy)), hn::Set(d, kNearest));
   }
 
-  /// The same for the 16 children of a block.
-  template <int kLevel>
-  HWY_INLINE unsigned FindChildren(const float* highest, float x, float y) const {
+  HWY_INLINE M IsPossible(V highest, V d2) const {
+    return hn::And(hn::Gt(highest, hn::Set(D(), held_.least)), hn::Lt(d2, hn::Set(D(), reach_)));
+  }
+
+  /// Which blocks of a side, with their corners at (x, y), may hold a bump that raises a pixel.
+  HWY_INLINE M MayHoldRaisers(V highest, V x, V y, float side) const {
     const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    alignas(64) static constexpr float kColumns[16] = {0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3, 0, 1, 2, 3};
-    alignas(64) static constexpr float kRows[16] = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3};
+    const V d2 = GetSquaresToGroup(x, y, side);
+    const V excess = profile_.Excess(profile_.Prepare(highest), d2, hn::Load(d, least_guard_.data()));
+    return hn::And(IsPossible(highest, d2), hn::Gt(excess, hn::Zero(d)));
+  }
+
+  /// The same for the 16 children of a block, and more closely by their planes.
+  template <int kLevel>
+  HWY_INLINE unsigned FindChildren(std::size_t block, float x, float y) {
+    const D d;
     constexpr auto kSide = static_cast<float>(Tree::kSide[kLevel]);
-    const V side = hn::Set(d, kSide);
+    const std::size_t first = block * Tree::kChildren;
+    const float* highest = tree_.levels[kLevel].get() + first;
     unsigned found = 0;
-    for (std::size_t i = 0; i < Tree::kChildren; i += lanes) {
-      const V child_x = hn::Add(hn::Mul(hn::Load(d, kColumns + i), side), hn::Set(d, x));
-      const V child_y = hn::Add(hn::Mul(hn::Load(d, kRows + i), side), hn::Set(d, y));
+    for (std::size_t i = 0; i < Tree::kChildren; i += hn::Lanes(d)) {
+      const V child_x = hn::MulAdd(hn::Load(d, kChildColumns.data() + i), hn::Set(d, kSide), hn::Set(d, x));
+      const V child_y = hn::MulAdd(hn::Load(d, kChildRows.data() + i), hn::Set(d, kSide), hn::Set(d, y));
       found |= GetBits(d, MayHoldRaisers(hn::Load(d, highest + i), child_x, child_y, kSide)) << i;
+    }
+    if constexpr (ProfileOf::kHasTangent) {
+      if (found == 0) return 0;
+      if (is_plane_stale_) plane_.Fit(w_.data());
+      is_plane_stale_ = false;
+      const float from_x = left_ + GroupPlane::kHalfWidth - x;
+      const float from_y = top_ + GroupPlane::kHalfHeight - y;
+      unsigned below = 0;
+      for (std::size_t i = 0; i < Tree::kChildren; i += hn::Lanes(d)) {
+        below |= GetBits(d, plane_.template IsAbove<kLevel>(profile_, radius_, held_, tree_, first, i, from_x, from_y))
+                 << i;
+      }
+      found &= ~below;
     }
     return found;
   }
@@ -337,13 +380,11 @@ class Leaf {
   template <int kLevel>
   void Descend(std::size_t block, float x, float y, Raisers& raisers) {
     constexpr auto kSide = static_cast<float>(Tree::kSide[kLevel]);
-    const float* highest = tree_.levels[kLevel].get() + block * Tree::kChildren;
-    for (unsigned found = FindChildren<kLevel>(highest, x, y); found != 0; found &= found - 1) {
+    Refresh();
+    for (unsigned found = FindChildren<kLevel>(block, x, y); found != 0; found &= found - 1) {
       const auto child = static_cast<unsigned>(std::countr_zero(found));
-      const float child_x = x + kSide * static_cast<float>(child % Tree::kSplit);
-      const unsigned row = child / Tree::kSplit;
-      const float child_y = y + kSide * static_cast<float>(row);
-      if (!MayRaisePixel(highest[child], child_x, child_y, kSide)) continue;
+      const float child_x = x + kSide * kChildColumns[child];
+      const float child_y = y + kSide * kChildRows[child];
       if constexpr (kLevel == 1) {
         TryPixels(block * Tree::kChildren + child, child_x, child_y, raisers);
       } else {
@@ -354,6 +395,7 @@ class Leaf {
 
   /// Goes through the largest blocks in reach; the highest ones first unless earlier pixels have shown what to try.
   void Search(bool in_order_of_height, Raisers& raisers) {
+    Refresh();
     const D d;
     const auto lanes = static_cast<int>(hn::Lanes(d));
     constexpr int kSide = Tree::kSide[Tree::kTop];
@@ -427,7 +469,12 @@ class Leaf {
   float right_ = 0.0F;
   float top_ = 0.0F;
   float bottom_ = 0.0F;
-  float least_w_ = 0.0F;
+  /// Of the group as a whole, and whether pixels have been raised since it was found out. The most is always up to
+  /// date.
+  Held held_ = {};
+  bool is_stale_ = false;
+  bool is_plane_stale_ = false;
+  GroupPlane plane_;
   std::vector<int> blocks_;
 };
 }  // namespace ReliefLevels::HWY_NAMESPACE

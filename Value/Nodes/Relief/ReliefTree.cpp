@@ -18,8 +18,10 @@
 #include <vector>
 
 #include "Host/Math/Border.h"
-#include "Host/Util/EvaluationScope.h"
+#include "Host/Util/Cancellation.h"
+#include "Host/Util/ParallelRows.h"
 #include "Value/Nodes/Relief/ReliefBumps-inl.h"
+#include "Value/Nodes/Relief/ReliefPlanes-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ReliefLevels::HWY_NAMESPACE {
@@ -42,30 +44,41 @@ float GetCoveringSlope(const Field& field) {
   return std::numeric_limits<float>::infinity();
 }
 
-/// Fills a tree, row by row of its plane.
+constexpr std::size_t kBlock = Tree::kSide[Tree::kTop];
+
+/// Where each column or row of the plane lies in the mask; -1 outside it.
+std::vector<int> MapPlane(int blocks, int pad, int size, bool wrap) {
+  std::vector<int> places(static_cast<std::size_t>(blocks) * kBlock);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    const int place = static_cast<int>(i) - pad;
+    places[i] = wrap ? ScEng::WrapIndex(place, size) : place >= 0 && place < size ? place : -1;
+  }
+  return places;
+}
+
+/// Fills rows of the largest blocks of a tree, row by row of its plane.
 class TreeBuilder {
  public:
-  TreeBuilder(const Field& field, Tree& tree)
+  /// `columns` and `rows` say where the plane's lie in the mask.
+  TreeBuilder(const Field& field, const std::vector<int>& columns, const std::vector<int>& rows, Tree& tree)
       : field_(field),
         tree_(tree),
-        width_(static_cast<std::size_t>(tree.columns) * kBlock),
-        columns_(MapPlane(tree.columns, tree.pad_x, field.width, field.wrap)),
-        rows_(MapPlane(tree.rows, tree.pad_y, field.height, field.wrap)),
+        width_(columns.size()),
+        columns_(columns),
+        rows_(rows),
         slope_(GetCoveringSlope(field) / static_cast<float>(field.radius_px)),
+        has_planes_(HasPlanes(field)),
         kept_(width_) {
     for (auto& row : window_) row.resize(width_ + 2 * kBorder);
   }
 
-  void Build() {
-    LoadRow(0, window_[1]);
-    ScEng::ProgressPass pass(rows_.size());
-    for (std::size_t y = 0; y < rows_.size(); ++y) {
-      pass.Step();
-      if (y + 1 < rows_.size()) {
-        LoadRow(y + 1, window_[2]);
-      } else {
-        std::fill(window_[2].begin(), window_[2].end(), 0.0F);
-      }
+  /// Rows [from, to) of the largest blocks.
+  void Build(std::size_t from, std::size_t to) {
+    LoadRow(static_cast<std::ptrdiff_t>(from * kBlock) - 1, window_[0]);
+    LoadRow(static_cast<std::ptrdiff_t>(from * kBlock), window_[1]);
+    for (std::size_t y = from * kBlock; y < to * kBlock; ++y) {
+      ScEng::PollCancellation();
+      LoadRow(static_cast<std::ptrdiff_t>(y) + 1, window_[2]);
       DropCovered();
       StoreRow(y);
       if (y % kBlock == kBlock - 1) FillUpperLevels(y / kBlock);
@@ -74,24 +87,14 @@ class TreeBuilder {
   }
 
  private:
-  static constexpr std::size_t kBlock = Tree::kSide[Tree::kTop];
   /// Zeros beside each row of the window.
   static constexpr std::size_t kBorder = 16;
 
-  /// Where each column or row of the plane lies in the mask; -1 outside it.
-  static std::vector<int> MapPlane(int blocks, int pad, int size, bool wrap) {
-    std::vector<int> places(static_cast<std::size_t>(blocks) * kBlock);
-    for (std::size_t i = 0; i < places.size(); ++i) {
-      const int place = static_cast<int>(i) - pad;
-      places[i] = wrap ? ScEng::WrapIndex(place, size) : place >= 0 && place < size ? place : -1;
-    }
-    return places;
-  }
-
   /// One row of the plane: q, or 0 where it is too small to raise another pixel than its own, from which each search
-  /// starts, or NaN.
-  void LoadRow(std::size_t y, std::vector<float>& row) const {
-    if (rows_[y] < 0) {
+  /// starts, or NaN. Zeros above and below the plane.
+  void LoadRow(std::ptrdiff_t row_of_plane, std::vector<float>& row) const {
+    const auto y = static_cast<std::size_t>(row_of_plane);
+    if (y >= rows_.size() || rows_[y] < 0) {
       std::fill(row.begin(), row.end(), 0.0F);
       return;
     }
@@ -186,23 +189,41 @@ class TreeBuilder {
         for (std::size_t k = lanes; k < Tree::kChildren; k += lanes)
           highest = hn::Max(highest, hn::Load(d, children + k));
         to[i] = hn::GetLane(hn::MaxOfLanes(d, highest));
+        if (!has_planes_) continue;
+        const std::size_t block = block_row * count + i;
+        if (level == 1) SetPlane(1, block, FitPlaneToBumps(children, to[i]));
+        if (level == 2) SetPlane(2, block, FitPlaneToPlanes(children, to[i], tree_.planes[0], block));
       }
     }
+  }
+
+  void SetPlane(std::size_t level, std::size_t block, const Plane& plane) {
+    const Tree::Planes& planes = tree_.planes[level - 1];
+    planes.height[block] = plane.height;
+    planes.slope_x[block] = plane.slope_x;
+    planes.slope_y[block] = plane.slope_y;
   }
 
   const Field& field_;
   Tree& tree_;
   std::size_t width_;
-  std::vector<int> columns_;
-  std::vector<int> rows_;
+  const std::vector<int>& columns_;
+  const std::vector<int>& rows_;
   /// By how much of q a bump must be lower for each pixel of distance to be covered.
   float slope_;
+  bool has_planes_;
   /// q in the row of the plane that is stored next, between the ones above and below it.
   std::array<std::vector<float>, 3> window_;
   std::vector<float> kept_;
 };
 
-void FillTree(const Field& field, Tree& tree) { TreeBuilder(field, tree).Build(); }
+void FillTree(const Field& field, Tree& tree) {
+  const std::vector<int> columns = MapPlane(tree.columns, tree.pad_x, field.width, field.wrap);
+  const std::vector<int> rows = MapPlane(tree.rows, tree.pad_y, field.height, field.wrap);
+  ScEng::ParallelRows(static_cast<std::size_t>(tree.rows), 1, [&](std::size_t from, std::size_t to) {
+    TreeBuilder(field, columns, rows, tree).Build(from, to);
+  });
+}
 
 }  // namespace
 }  // namespace ReliefLevels::HWY_NAMESPACE
@@ -228,6 +249,15 @@ std::int64_t GetPad(const Field& field, int size) {
   return RoundUp(falls_with_distance ? std::min(field.radius_px, size / 2) : field.radius_px);
 }
 
+Tree::Planes MakePlanes(std::size_t count) {
+  Tree::Planes planes;
+  for (auto* numbers : {&planes.height, &planes.slope_x, &planes.slope_y}) {
+    *numbers = hwy::AllocateAligned<float>(count);
+    if (!*numbers) throw std::bad_alloc();
+  }
+  return planes;
+}
+
 }  // namespace
 
 Tree::Tree(const Field& field) {
@@ -249,6 +279,8 @@ Tree::Tree(const Field& field) {
     place = hwy::AllocateAligned<float>(entries + kReadAhead);
     if (!place) throw std::bad_alloc();
     std::fill_n(place.get() + entries, kReadAhead, 0.0F);
+    if (HasPlanes(field) && (level == 1 || level == 2))
+      planes[static_cast<std::size_t>(level - 1)] = MakePlanes(entries);
     entries *= kChildren;
   }
   HWY_DYNAMIC_DISPATCH(FillTree)(field, *this);

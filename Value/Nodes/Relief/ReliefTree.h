@@ -11,6 +11,10 @@
 /// What the search of `ReliefLevels::Analysis` looks into.
 namespace ReliefLevels {
 
+/// Whether the search makes use of planes: where the bumps are cones, domes or bells. Spikes are ruled out quickly by
+/// their height alone.
+inline bool HasPlanes(const Field& field) { return !IsFlat(field) && field.profile != ReliefProfile::kArcIn; }
+
 /// A tree of square blocks over the plane of the mask's pixels, each split into 4 x 4 smaller ones.
 ///
 /// The plane is the mask, with a border of its repetitions all around where it tiles. Positions in it are counted from
@@ -30,6 +34,14 @@ struct Tree {
   /// The most pixels that repetitions may take: 2 GiB of them.
   static constexpr double kMostRepeated = 536870912.0;
 
+  /// For each block of a level a plane above the q of all its bumps: height + slope_x * dx + slope_y * dy at (dx, dy)
+  /// from the block's middle.
+  struct Planes {
+    hwy::AlignedFreeUniquePtr<float[]> height;
+    hwy::AlignedFreeUniquePtr<float[]> slope_x;
+    hwy::AlignedFreeUniquePtr<float[]> slope_y;
+  };
+
   /// The tree of a field that has candidates. Throws `std::bad_alloc`, also where the repetitions would take more than
   /// `kMostRepeated` pixels.
   explicit Tree(const Field& field);
@@ -42,6 +54,8 @@ struct Tree {
   /// The entries of each level. The top level is in rows; below it the children of block i are entries 16 i to
   /// 16 i + 15, row by row.
   std::array<hwy::AlignedFreeUniquePtr<float[]>, kTop + 1> levels;
+  /// The planes of levels 1 and 2 in the order of their blocks; none where `HasPlanes` says so.
+  std::array<Planes, 2> planes;
 };
 
 }  // namespace ReliefLevels
