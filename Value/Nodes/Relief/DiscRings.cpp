@@ -103,7 +103,7 @@ DiscRings::DiscRings(int radius, std::ptrdiff_t stride) {
     ScEng::PollCancellation();
     const int last = std::min(first + kBelt - 1, radius);
     // Sectors are longest at the ends of a wedge, by the root of 2.
-    constexpr double kLength = 10.5;
+    constexpr double kLength = 14.0;
     auto number = static_cast<std::size_t>(std::ceil(std::sqrt(2.0) * last / kLength));
     std::vector<Box> boxes;
     do {

@@ -38,19 +38,21 @@ void DrawTiles(const Plane& plane, const DiscRings& discs, const CellRings& cell
       const int y = static_cast<int>(row) * kTileRows;
       GroupSamples samples(plane, x, y, output);
       // What is drawn already, by group.
-      std::array<bool, kTileColumns> is_drawn{};
+      std::array<bool, kTileColumns * kTileRows / kGroupRows> is_drawn{};
       search.Look(x, y, row - from, [&](std::size_t group) HWY_ATTR {
         if (!may_forget) return false;
-        samples.Load(group);
+        const auto [left, top] = search.GetPlace(group);
+        samples.Load(left, top);
         is_drawn[group] = BlendForgetting(search.GetHistory(group), phase, samples.Get());
-        if (is_drawn[group]) samples.Store(group);
+        if (is_drawn[group]) samples.Store(left, top);
         return is_drawn[group];
       });
       for (std::size_t group = 0; group < search.GetGroups(); ++group) {
         if (is_drawn[group]) continue;
-        samples.Load(group);
+        const auto [left, top] = search.GetPlace(group);
+        samples.Load(left, top);
         (plane.is_growing ? BlendInwards : BlendOutwards)(search.GetHistory(group), phase, samples.Get());
-        samples.Store(group);
+        samples.Store(left, top);
       }
     }
   }

@@ -155,9 +155,9 @@ TEST(ReliefSoftBevel, IsTheSameAsStepByStepForLargeRadii) {
 }
 
 TEST(ReliefSoftBevel, IsTheSameAsStepByStepAcrossTiles) {
-  // More than two tiles of 128 columns, and tasks of 32 rows that learn from no other.
+  // More than two tiles of 128 columns and 16 rows, and tasks of 64 rows that learn from no other.
   for (int content = 0; content < static_cast<int>(Content::kCount); ++content) {
-    const ImageRef mask = MakeMask(277, 75, static_cast<Content>(content));
+    const ImageRef mask = MakeMask(277, 135, static_cast<Content>(content));
     for (const bool wrap : {false, true}) {
       SCOPED_TRACE("content " + std::to_string(content) + ", wrap " + std::to_string(wrap));
       const Rings rings{.steps = 60, .start = 34, .profile = ReliefProfile::kArcOut};
@@ -171,7 +171,7 @@ ImageRef MakeMixedCanvas(float size, bool is_everywhere, Noise& noise) {
   std::vector<float> samples;
   for (int y = 0; y < 40; ++y) {
     for (int x = 0; x < 150; ++x) {
-      const bool differs = is_everywhere ? noise.Next() < 0.01F : x >= 128 || y >= 24;
+      const bool differs = is_everywhere ? noise.Next() < 0.01F : x >= 128 || y >= 16;
       samples.push_back(differs ? size : noise.Next() - 0.5F);
     }
   }
@@ -203,6 +203,17 @@ TEST(ReliefSoftBevel, ForgetsOnlyWhatIsDrawnOverToTheLastBit) {
       }
     }
   }
+}
+
+TEST(ReliefSoftBevel, IsTheSameAsStepByStepWhereImagesMayNotBeAsLargeAsItsTables) {
+  struct MaxSize {
+    int x = Image::GetMaxSizeX();
+    int y = Image::GetMaxSizeY();
+    ~MaxSize() { Image::SetMaxSize(x, y); }
+  } const before;
+  const ImageRef mask = MakeMask(61, 43, Content::kSoftEdge);
+  Image::SetMaxSize(61, 43);
+  for (const bool wrap : {false, true}) EXPECT_TRUE(IsAsStepByStep(*mask, wrap, {.steps = 25, .start = 13}, 0.25F));
 }
 
 TEST(ReliefSoftBevel, LeavesAloneWhatItsTablesWouldOutgrow) {

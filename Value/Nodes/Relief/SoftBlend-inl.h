@@ -38,18 +38,18 @@ HWY_NOINLINE void BlendInwards(const History& history, const Phase& phase, float
   const D d;
   const std::size_t lanes = hn::Lanes(d);
   Group group;
-  for (std::size_t row = 0; row < kTileRows; ++row) group[row] = hn::Load(d, drawn + row * lanes);
+  for (std::size_t row = 0; row < kGroupRows; ++row) group[row] = hn::Load(d, drawn + row * lanes);
   const int last = history.begin + history.count - 1;
   const int least = std::max(phase.from, history.begin);
   for (int radius = std::max(std::min(last, phase.to), phase.from); radius >= least; --radius) {
     const auto entry = static_cast<std::size_t>(std::min(radius, last) - history.begin);
-    const float* found = history.found + entry * kTileRows * lanes;
+    const float* found = history.found + entry * kGroupRows * lanes;
     const V level = hn::Set(d, phase.GetLevel(radius));
-    for (std::size_t row = 0; row < kTileRows; ++row) {
+    for (std::size_t row = 0; row < kGroupRows; ++row) {
       group[row] = Blend(group[row], level, hn::Load(d, found + row * lanes));
     }
   }
-  for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(group[row], d, drawn + row * lanes);
+  for (std::size_t row = 0; row < kGroupRows; ++row) hn::Store(group[row], d, drawn + row * lanes);
 }
 
 /// Radii from small to large. Beyond the last one that was looked at no pixel is set.
@@ -58,7 +58,7 @@ HWY_NOINLINE void BlendOutwards(const History& history, const Phase& phase, floa
   const std::size_t lanes = hn::Lanes(d);
   const V nothing = hn::Set(d, kShrinking.nothing);
   Group group;
-  for (std::size_t row = 0; row < kTileRows; ++row) group[row] = hn::Load(d, drawn + row * lanes);
+  for (std::size_t row = 0; row < kGroupRows; ++row) group[row] = hn::Load(d, drawn + row * lanes);
   const int last = std::min(phase.to, history.begin + history.count - 1);
   int radius = phase.from;
   if (radius < history.begin) {
@@ -67,14 +67,14 @@ HWY_NOINLINE void BlendOutwards(const History& history, const Phase& phase, floa
     ++radius;
   }
   for (; radius <= last; ++radius) {
-    const float* found = history.found + static_cast<std::size_t>(radius - history.begin) * kTileRows * lanes;
+    const float* found = history.found + static_cast<std::size_t>(radius - history.begin) * kGroupRows * lanes;
     const V level = hn::Set(d, phase.GetLevel(radius));
-    for (std::size_t row = 0; row < kTileRows; ++row) {
+    for (std::size_t row = 0; row < kGroupRows; ++row) {
       const V number = hn::Load(d, found + row * lanes);
       group[row] = Blend(group[row], level, hn::IfThenZeroElse(hn::Eq(number, nothing), hn::Neg(number)));
     }
   }
-  for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(group[row], d, drawn + row * lanes);
+  for (std::size_t row = 0; row < kGroupRows; ++row) hn::Store(group[row], d, drawn + row * lanes);
 }
 
 /// The samples of a tile whose corner is pixel (x, y), group by group, as far as the image goes.
@@ -83,23 +83,24 @@ class GroupSamples {
   GroupSamples(const Plane& plane, int x, int y, float* output)
       : width_(static_cast<std::size_t>(plane.mask.GetSizeX())),
         columns_(width_ - static_cast<std::size_t>(x)),
-        rows_(static_cast<std::size_t>(std::min(plane.mask.GetSizeY() - y, kTileRows))),
+        rows_(static_cast<std::size_t>(plane.mask.GetSizeY() - y)),
         corner_(output + static_cast<std::size_t>(y) * width_ + static_cast<std::size_t>(x)) {}
 
-  void Load(std::size_t group) {
+  /// Of the group whose corner is pixel (x, y) of the tile.
+  void Load(std::size_t x, std::size_t y) {
     const std::size_t lanes = hn::Lanes(D());
-    const float* from = corner_ + group * lanes;
-    const std::size_t columns = std::min(lanes, columns_ - group * lanes);
-    for (std::size_t row = 0; row < rows_; ++row) {
+    const float* from = corner_ + y * width_ + x;
+    const std::size_t columns = std::min(lanes, columns_ - x);
+    for (std::size_t row = 0; row < CountRows(y); ++row) {
       std::copy_n(from + row * width_, columns, samples_.data() + row * lanes);
     }
   }
 
-  void Store(std::size_t group) const {
+  void Store(std::size_t x, std::size_t y) const {
     const std::size_t lanes = hn::Lanes(D());
-    float* to = corner_ + group * lanes;
-    const std::size_t columns = std::min(lanes, columns_ - group * lanes);
-    for (std::size_t row = 0; row < rows_; ++row) {
+    float* to = corner_ + y * width_ + x;
+    const std::size_t columns = std::min(lanes, columns_ - x);
+    for (std::size_t row = 0; row < CountRows(y); ++row) {
       std::copy_n(samples_.data() + row * lanes, columns, to + row * width_);
     }
   }
@@ -107,11 +108,16 @@ class GroupSamples {
   float* Get() { return samples_.data(); }
 
  private:
+  [[nodiscard]] std::size_t CountRows(std::size_t y) const {
+    return y < rows_ ? std::min<std::size_t>(rows_ - y, kGroupRows) : 0;
+  }
+
   std::size_t width_;
+  /// From the corner to the ends of the image.
   std::size_t columns_;
   std::size_t rows_;
   float* corner_;
-  alignas(64) std::array<float, kTileRows * kMostLanes> samples_{};
+  alignas(64) std::array<float, kGroupRows * kMostLanes> samples_{};
 };
 }  // namespace ReliefBevel::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -95,8 +95,8 @@ HWY_NOINLINE bool BlendForgetting(const History& history, const Phase& phase, fl
   constexpr float kLargest = 1e18F;
   constexpr float kWidening = 0x1p-10F;
   const auto [lowest, highest] = std::minmax_element(phase.levels.begin(), phase.levels.end());
-  std::array<Bounds, kTileRows> rows;
-  for (std::size_t row = 0; row < kTileRows; ++row) {
+  std::array<Bounds, kGroupRows> rows;
+  for (std::size_t row = 0; row < kGroupRows; ++row) {
     const V before = hn::Load(d, drawn + row * lanes);
     if (!hn::AllTrue(d, hn::Lt(hn::Abs(before), hn::Set(d, kLargest)))) return false;
     // A ring mixes what is there with a level. Rounding may take it a little further each time.
@@ -108,10 +108,10 @@ HWY_NOINLINE bool BlendForgetting(const History& history, const Phase& phase, fl
   int radius = history.begin + history.count - 1;
   const int last = std::max(phase.from, history.begin);
   for (bool are_known = false; !are_known && radius >= last; --radius) {
-    const float* found = history.found + static_cast<std::size_t>(radius - history.begin) * kTileRows * lanes;
+    const float* found = history.found + static_cast<std::size_t>(radius - history.begin) * kGroupRows * lanes;
     const V level = hn::Set(d, phase.GetLevel(radius));
     are_known = true;
-    for (std::size_t row = 0; row < kTileRows; ++row) {
+    for (std::size_t row = 0; row < kGroupRows; ++row) {
       rows[row] = BlendBounds(rows[row], level, hn::Load(d, found + row * lanes));
       are_known = are_known && AreKnown(rows[row]);
     }
@@ -119,7 +119,7 @@ HWY_NOINLINE bool BlendForgetting(const History& history, const Phase& phase, fl
   for (const Bounds& bounds : rows) {
     if (!AreKnown(bounds)) return false;
   }
-  for (std::size_t row = 0; row < kTileRows; ++row) hn::Store(rows[row].least, d, drawn + row * lanes);
+  for (std::size_t row = 0; row < kGroupRows; ++row) hn::Store(rows[row].least, d, drawn + row * lanes);
   if (radius >= last) BlendInwards({history.begin, radius - history.begin + 1, history.found}, phase, drawn);
   return true;
 }

@@ -12,10 +12,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <memory>
 
 #include "Host/Math/Border.h"
 #include "Host/Util/Cancellation.h"
 #include "Host/Util/ParallelRows.h"
+#include "Value/Nodes/Relief/LargeArray.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ReliefBevel::HWY_NAMESPACE {
@@ -145,6 +147,19 @@ std::ptrdiff_t FindGap(std::ptrdiff_t cell, std::ptrdiff_t size) {
 
 }  // namespace
 
+PlaneNumbers::PlaneNumbers(std::size_t count) {
+  constexpr int kColumns = 4096;
+  // A vector may be read across the end.
+  const std::size_t image_rows = (count + kMostLanes + kColumns - 1) / kColumns;
+  if (kColumns <= Image::GetMaxSizeX() && image_rows <= static_cast<std::size_t>(Image::GetMaxSizeY())) {
+    image_ = std::make_unique<Image>(kColumns, static_cast<int>(image_rows), ColorMode::kValue, nullptr);
+    numbers_ = image_->GetArray();
+  } else {
+    memory_ = MakeLargeArray(count + kMostLanes);
+    numbers_ = memory_.get();
+  }
+}
+
 Plane::Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow)
     : mask(of_mask),
       wrap(does_wrap),
@@ -153,15 +168,15 @@ Plane::Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow)
       border((reach + DiscRings::kWindow + kMostLanes) / kMostLanes * kMostLanes + kMostLanes),
       stride(GetLength(of_mask.GetSizeX(), kTileColumns)),
       rows(GetLength(of_mask.GetSizeY(), kTileRows)),
-      samples(Allocate(stride * rows)),
-      windows(Allocate(stride * rows)),
+      samples(stride * rows),
+      windows(stride * rows),
       cells(stride / kCell * (rows / kCell)),
       reaches(cells.size()) {
   ScEng::ParallelRows(rows, kGrainRows, [&](std::size_t from, std::size_t to) {
     for (std::size_t y = from; y < to; ++y) FillRow(*this, y);
   });
   ScEng::ParallelRows(rows / kCell, kGrainRows / kCell, [&](std::size_t from, std::size_t to) {
-    const auto columns = Allocate(stride);
+    const auto columns = MakeLargeArray(stride + kMostLanes);
     for (std::size_t y = from; y < to; ++y) FillCells(*this, y, columns.get(), cells.data() + y * (stride / kCell));
     for (std::size_t y = from * kCell; y < to * kCell; ++y) HWY_DYNAMIC_DISPATCH(FillWindows)(*this, y, columns.get());
   });

@@ -6,25 +6,26 @@
 #include <hwy/aligned_allocator.h>
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 #include "Host/Image/Image.h"
 #include "Value/Nodes/Relief/DiscRings.h"
-#include "Value/Nodes/Relief/LargeArray.h"
 
 namespace ReliefBevel {
 
 /// The most pixels of a vector.
 inline constexpr int kMostLanes = 16;
-/// Pixels are searched for in tiles of so many columns and rows.
+/// Pixels are searched for in tiles of so many columns and rows, which hold groups of so many rows one below the other.
 inline constexpr int kTileColumns = 128;
-inline constexpr int kTileRows = 8;
+inline constexpr int kGroupRows = 8;
+inline constexpr int kTileRows = 2 * kGroupRows;
 /// The side of the squares of which a table has the largest number of each; tiles begin where squares do.
 inline constexpr int kCell = DiscRings::kCell;
 /// A second table has the largest number of so many columns and rows from the corner of each such square on: whatever a
 /// window covers as seen from the pixels of a group, wherever in the square the window of the first one begins.
 inline constexpr int kReachColumns = DiscRings::kWindow + kMostLanes + kCell;
-inline constexpr int kReachRows = DiscRings::kWindow + kTileRows + kCell;
+inline constexpr int kReachRows = DiscRings::kWindow + kGroupRows + kCell;
 
 /// The numbers that a phase, growing or shrinking, looks for the largest of. Shrinking turns the samples' signs round.
 struct Signs {
@@ -38,12 +39,25 @@ struct Signs {
 inline constexpr Signs kGrowing = {0.0F, 0.0F, 1.0F};
 inline constexpr Signs kShrinking = {-2.0F, -1.0F, 0.0F};
 
+/// Unset numbers, aligned for vectors, in the memory of an image where one may be so large: the host keeps that for the
+/// next one, while the system first clears fresh memory, which takes a good part of a bevel's time.
+class PlaneNumbers {
+ public:
+  /// Throws `std::bad_alloc`.
+  explicit PlaneNumbers(std::size_t count);
+
+  [[nodiscard]] float* get() const { return numbers_; }
+
+ private:
+  std::unique_ptr<Image> image_;
+  hwy::AlignedFreeUniquePtr<float[]> memory_;
+  float* numbers_;
+};
+
 /// The mask with a border all around, in the numbers of a phase.
 struct Plane {
   /// The mask must outlive the plane. `reach` is the largest offset that is looked at.
   Plane(const Image& of_mask, bool does_wrap, int reach, bool does_grow);
-
-  static hwy::AlignedFreeUniquePtr<float[]> Allocate(std::size_t count) { return MakeLargeArray(count + kMostLanes); }
 
   [[nodiscard]] std::size_t Find(int x, int y) const {
     return static_cast<std::size_t>(y + border) * stride + static_cast<std::size_t>(x + border);
@@ -63,9 +77,9 @@ struct Plane {
   int border;
   std::size_t stride;
   std::size_t rows;
-  hwy::AlignedFreeUniquePtr<float[]> samples;
+  PlaneNumbers samples;
   /// For each pixel the largest number of the square of `DiscRings::kWindow` pixels whose corner it is.
-  hwy::AlignedFreeUniquePtr<float[]> windows;
+  PlaneNumbers windows;
   /// The largest number of each square of `kCell` pixels, side by side.
   std::vector<float> cells;
   /// The largest number of each rectangle of `kReachColumns` and `kReachRows` whose corner is that of a cell.

@@ -31,6 +31,8 @@ namespace ReliefBevel::HWY_NAMESPACE {
 
 /// Searches around the pixels of one tile after the other, all of them ring by ring.
 class Search : public Tile {
+  using ShortD = hn::CappedTag<float, 4>;
+
  public:
   /// Of the radii of a phase, for so many rows of tiles.
   Search(const Plane& plane, const DiscRings& discs, const CellRings& cells, const Phase& phase, std::size_t rows,
@@ -100,14 +102,11 @@ class Search : public Tile {
         PlaceEdges(ring - 1);
         for (std::size_t group = 0; group < groups_; ++group) {
           if (states_[group].runs.empty()) continue;
-          Kept& kept = kept_[group];
-          if (kept.is_full) {
+          if (kept_[group].is_full) {
             Store(Load(group), group);
             continue;
           }
-          const Group best = LookAtRing(belt, ring, group);
-          Keep(best, group);
-          kept.is_full = IsFull(best);
+          LookAtRing(belt, ring, group);
         }
         std::swap(workspace_.numbers[0], workspace_.numbers[1]);
       }
@@ -118,7 +117,7 @@ class Search : public Tile {
   }
 
   [[nodiscard]] float* GetRest(std::size_t group) const {
-    return workspace_.rest.get() + group * kTileRows * hn::Lanes(D());
+    return workspace_.rest.get() + group * kGroupRows * hn::Lanes(D());
   }
 
   /// Asks whether a group is settled, where that is likely.
@@ -133,7 +132,7 @@ class Search : public Tile {
     V most = hn::Zero(d);
     const int count = kept_[group].history.count;
     const int first = std::max(state.asked, from_ - kept_[group].history.begin);
-    for (std::size_t row = 0; row < kTileRows; ++row) {
+    for (std::size_t row = 0; row < kGroupRows; ++row) {
       V left = hn::Load(d, rest + row * lanes);
       for (int i = first; i < count; ++i) {
         left = hn::Mul(left, hn::Sub(one, hn::Load(d, GetFound(group, i) + row * lanes)));
@@ -172,15 +171,17 @@ class Search : public Tile {
   /// One number tells of most sectors that they hold no more. For the others there is a window for the upper rows and
   /// one for the lower ones: together they cover the sector from every row.
   HWY_NOINLINE void FindSectors(int belt, std::size_t group, V least) {
-    static_assert(kTileRows <= DiscRings::kWindow);
+    static_assert(kGroupRows <= DiscRings::kWindow);
     const D d;
     const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
     const std::int32_t* HWY_RESTRICT corners = discs_.windows.data() + place.first;
     const std::int32_t* HWY_RESTRICT cells = discs_.cells.data() + place.first;
-    const float* HWY_RESTRICT reaches = plane_.reaches.data() + cell_ + group * hn::Lanes(d) / kCell;
+    const Place& corner = GetPlace(group);
+    const float* HWY_RESTRICT reaches =
+        plane_.reaches.data() + cell_ + corner.y / kCell * (plane_.stride / kCell) + corner.x / kCell;
     const float smallest = hn::GetLane(hn::MinOfLanes(d, least));
-    const float* HWY_RESTRICT upper = plane_.windows.get() + at_ + group * hn::Lanes(d);
-    const float* HWY_RESTRICT lower = upper + (kTileRows - 1) * plane_.stride;
+    const float* HWY_RESTRICT upper = plane_.windows.get() + kept_[group].samples;
+    const float* HWY_RESTRICT lower = upper + (kGroupRows - 1) * plane_.stride;
     const auto count = static_cast<std::uint32_t>(place.sectors * DiscRings::kWedges);
     const auto holds_more = [&](std::uint32_t sector) HWY_ATTR {
       if (reaches[cells[sector]] <= smallest) return false;
@@ -197,35 +198,47 @@ class Search : public Tile {
   }
 
   /// Finds the largest numbers of a group within a radius from those of the radius before: the pixel's own, those of
-  /// the four neighbours, and the samples of the ring that no neighbour has seen.
-  HWY_NOINLINE Group LookAtRing(int belt, int ring, std::size_t group) {
+  /// the four neighbours, and the samples of the ring that no neighbour has seen. Keeps them.
+  HWY_NOINLINE void LookAtRing(int belt, int ring, std::size_t group) {
     const D d;
-    const float* HWY_RESTRICT numbers = GetNumbers(group);
+    // First, as no calls are made while all rows are in registers.
+    const V nothing = hn::Set(d, plane_.signs.nothing);
+    const bool is_above_unknown = group < columns_ && (!has_above_ || workspace_.above[group].last_known < ring - 1);
+    const V from_above = is_above_unknown ? LookAtSharedOfRow(belt, ring, group, 0, kUp) : nothing;
+    const bool is_below_unknown = group + columns_ >= groups_;
+    const V from_below = is_below_unknown ? LookAtSharedOfRow(belt, ring, group, kGroupRows - 1, kDown) : nothing;
+    const float* HWY_RESTRICT numbers = workspace_.numbers[0].get() + kept_[group].numbers;
     Group best;
-    for (std::size_t row = 0; row < kTileRows; ++row) {
+    for (std::size_t row = 0; row < kGroupRows; ++row) {
       const float* at = numbers + row * kStride;
       const V beside = hn::Max(hn::LoadU(d, at - 1), hn::LoadU(d, at + 1));
       const V across = hn::Max(hn::Load(d, at - kStride), hn::Load(d, at + kStride));
       best[row] = hn::Max(hn::Max(beside, across), hn::Load(d, at));
     }
-    const std::size_t at = at_ + group * hn::Lanes(d);
+    best[0] = hn::Max(best[0], from_above);
+    best[kGroupRows - 1] = hn::Max(best[kGroupRows - 1], from_below);
+    const std::size_t at = kept_[group].samples;
     const std::uint32_t* begins = discs_.apart.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
     for (const Sectors& run : states_[group].runs) {
       const std::int32_t* offsets = discs_.apart.offsets.data();
       best = LookAtAll(offsets + begins[run.begin], offsets + begins[run.end], at, best);
     }
-    if (!has_above_ || workspace_.above[group].last_known < ring - 1)
-      best[0] = LookAtSharedOfRow(belt, ring, group, 0, kUp, best[0]);
-    best[kTileRows - 1] = LookAtSharedOfRow(belt, ring, group, kTileRows - 1, kDown, best[kTileRows - 1]);
-    if (group == 0 && last_known_before_ < ring - 1) best = LookAtShared(belt, ring, group, kLeft, best);
-    if (group + 1 == groups_) best = LookAtShared(belt, ring, group, kRight, best);
     Store(best, group);
-    return best;
+    const std::size_t x = kept_[group].place.x;
+    const bool is_left_unknown = x == 0 && last_known_before_ < ring - 1;
+    const bool is_rightmost = x + hn::Lanes(d) == columns_ * hn::Lanes(d);
+    if (is_left_unknown || is_rightmost) {
+      if (is_left_unknown) LookAtShared(belt, ring, group, kLeft);
+      if (is_rightmost) LookAtShared(belt, ring, group, kRight);
+      best = LoadNext(group);
+    }
+    Keep(best, group);
+    kept_[group].is_full = IsFull(best);
   }
 
   /// Looks at the same offsets from all pixels of a group.
   HWY_INLINE Group LookAtAll(const std::int32_t* offset, const std::int32_t* end, std::size_t at, Group best) const {
-    static_assert(kTileRows == 8);
+    static_assert(kGroupRows == 8);
     const D d;
     const std::size_t stride = plane_.stride;
     const float* HWY_RESTRICT upper = plane_.samples.get() + at;
@@ -251,59 +264,66 @@ class Search : public Tile {
   static constexpr std::uint32_t kLeft = 2;
   static constexpr std::uint32_t kUp = 3;
 
-  /// Calls `look(sector, begin, end)` for what a neighbour outside the tile has seen of a ring: the sectors of its
-  /// wedge that may hold more, with their offsets.
+  /// Calls `look(begin, end)` for what a neighbour outside the tile has seen of a ring: the offsets of the sectors of
+  /// its wedge that may hold more.
   template <class Look>
   HWY_INLINE void ForEachShared(int belt, int ring, std::size_t group, std::uint32_t wedge, const Look& look) const {
-    const DiscRings::Belt& place = discs_.belts[static_cast<std::size_t>(belt)];
-    const auto first = static_cast<std::uint32_t>(place.sectors) * wedge;
-    const auto last = first + static_cast<std::uint32_t>(place.sectors);
-    const std::int32_t* corners = discs_.windows.data() + place.first;
+    const auto sectors = static_cast<std::uint32_t>(discs_.belts[static_cast<std::size_t>(belt)].sectors);
+    const std::uint32_t first = sectors * wedge;
+    const std::uint32_t last = first + sectors;
     const std::int32_t* offsets = discs_.shared.offsets.data();
     const std::uint32_t* begins = discs_.shared.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
     for (const Sectors& run : states_[group].runs) {
+      const std::uint32_t begin = std::max(run.begin, first);
       const std::uint32_t end = std::min(run.end, last);
-      for (std::uint32_t sector = std::max(run.begin, first); sector < end; ++sector) {
-        look(corners[sector], offsets + begins[sector], offsets + begins[sector + 1]);
-      }
+      if (begin < end) look(offsets + begins[begin], offsets + begins[end]);
     }
   }
 
-  /// Looks at the samples of a ring that a neighbour beside the tile has seen.
-  HWY_NOINLINE Group LookAtShared(int belt, int ring, std::size_t group, std::uint32_t wedge, Group best) const {
-    const D d;
-    const std::size_t at = at_ + group * hn::Lanes(d);
-    const float* HWY_RESTRICT upper = plane_.windows.get() + at;
-    const float* HWY_RESTRICT lower = upper + (kTileRows - 1) * plane_.stride;
-    const V least = FindLeast(best);
-    ForEachShared(belt, ring, group, wedge,
-                  [&](std::int32_t corner, const std::int32_t* begin, const std::int32_t* end) HWY_ATTR {
-                    const V larger = hn::Max(hn::LoadU(d, upper + corner), hn::LoadU(d, lower + corner));
-                    if (!hn::AllFalse(d, hn::Gt(larger, least))) best = LookAtAll(begin, end, at, best);
-                  });
-    return best;
+  /// Looks at the samples of a ring that a neighbour beside the tile has seen, from the column beside it.
+  ///
+  /// Short vectors that hold the column are read sooner: most do not lie across two lines of the cache.
+  HWY_NOINLINE void LookAtShared(int belt, int ring, std::size_t group, std::uint32_t wedge) const {
+    static_assert(kGroupRows == 8);
+    const ShortD d;
+    const std::size_t column = wedge == kLeft ? 0 : hn::Lanes(D()) - hn::Lanes(d);
+    float* to = workspace_.numbers[1].get() + kept_[group].numbers + column;
+    const std::size_t stride = plane_.stride;
+    const float* HWY_RESTRICT upper = plane_.samples.get() + kept_[group].samples + column;
+    const float* HWY_RESTRICT lower = upper + 4 * stride;
+    std::array<hn::Vec<ShortD>, kGroupRows> best;
+    for (std::size_t row = 0; row < kGroupRows; ++row) best[row] = hn::Load(d, to + row * kStride);
+    ForEachShared(belt, ring, group, wedge, [&](const std::int32_t* offset, const std::int32_t* end) HWY_ATTR {
+      for (; offset != end; ++offset) {
+        const float* HWY_RESTRICT from = upper + *offset;
+        best[0] = hn::Max(best[0], hn::LoadU(d, from));
+        best[1] = hn::Max(best[1], hn::LoadU(d, from + stride));
+        best[2] = hn::Max(best[2], hn::LoadU(d, from + 2 * stride));
+        best[3] = hn::Max(best[3], hn::LoadU(d, from + 3 * stride));
+        from = lower + *offset;
+        best[4] = hn::Max(best[4], hn::LoadU(d, from));
+        best[5] = hn::Max(best[5], hn::LoadU(d, from + stride));
+        best[6] = hn::Max(best[6], hn::LoadU(d, from + 2 * stride));
+        best[7] = hn::Max(best[7], hn::LoadU(d, from + 3 * stride));
+      }
+    });
+    for (std::size_t row = 0; row < kGroupRows; ++row) hn::Store(best[row], d, to + row * kStride);
   }
 
   /// The same for one above or below the tile, from one row.
-  HWY_NOINLINE V LookAtSharedOfRow(int belt, int ring, std::size_t group, std::size_t row, std::uint32_t wedge,
-                                   V best) const {
+  HWY_NOINLINE V LookAtSharedOfRow(int belt, int ring, std::size_t group, std::size_t row, std::uint32_t wedge) const {
     const D d;
-    const std::size_t at = at_ + row * plane_.stride + group * hn::Lanes(d);
-    const float* HWY_RESTRICT samples = plane_.samples.get() + at;
-    const float* HWY_RESTRICT windows = plane_.windows.get() + at;
-    ForEachShared(belt, ring, group, wedge,
-                  [&](std::int32_t corner, const std::int32_t* begin, const std::int32_t* end) HWY_ATTR {
-                    if (hn::AllFalse(d, hn::Gt(hn::LoadU(d, windows + corner), best))) return;
-                    std::array<V, 4> parts = {best, best, best, best};
-                    for (; end - begin >= 4; begin += 4) {
-                      for (std::size_t i = 0; i < 4; ++i) {
-                        parts[i] = hn::Max(parts[i], hn::LoadU(d, samples + begin[i]));
-                      }
-                    }
-                    for (; begin != end; ++begin) parts[0] = hn::Max(parts[0], hn::LoadU(d, samples + *begin));
-                    best = hn::Max(hn::Max(parts[0], parts[1]), hn::Max(parts[2], parts[3]));
-                  });
-    return best;
+    const float* HWY_RESTRICT samples = plane_.samples.get() + kept_[group].samples + row * plane_.stride;
+    V parts0 = hn::Set(d, plane_.signs.nothing);
+    V parts1 = parts0;
+    ForEachShared(belt, ring, group, wedge, [&](const std::int32_t* begin, const std::int32_t* end) HWY_ATTR {
+      for (; end - begin >= 4; begin += 4) {
+        parts0 = hn::Max(hn::Max(parts0, hn::LoadU(d, samples + begin[0])), hn::LoadU(d, samples + begin[1]));
+        parts1 = hn::Max(hn::Max(parts1, hn::LoadU(d, samples + begin[2])), hn::LoadU(d, samples + begin[3]));
+      }
+      for (; begin != end; ++begin) parts0 = hn::Max(parts0, hn::LoadU(d, samples + *begin));
+    });
+    return hn::Max(parts0, parts1);
   }
 
   const DiscRings& discs_;

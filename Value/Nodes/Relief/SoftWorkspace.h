@@ -18,8 +18,8 @@
 
 namespace ReliefBevel {
 
-/// What a group of pixels has found within the radii [begin, begin + count), one row of a tile after the other for
-/// each. Before them it has found nothing above the base, behind them what it has found last.
+/// What a group of pixels has found within the radii [begin, begin + count), one row of it after the other for each.
+/// Before them it has found nothing above the base, behind them what it has found last.
 struct History {
   int begin;
   int count;
@@ -63,7 +63,7 @@ struct Workspace {
   /// The same of the lowest row of the tile above, with the radii of each group.
   hwy::AlignedFreeUniquePtr<float[]> lowest;
   std::array<Radii, kTileColumns> above;
-  /// The same of the last column of the tile before, for each row of tiles.
+  /// The same of the last column of the tile before, for each row of groups.
   std::vector<Edge> before;
   /// For each pixel of a tile what the rings so far leave of what was there before.
   hwy::AlignedFreeUniquePtr<float[]> rest;
