@@ -25,9 +25,9 @@ struct Tree;
 /// searched for what can raise them: a bump is never higher than one of the block's highest q at the block's nearest
 /// pixel, so that most blocks are ruled out by one comparison (branch and bound; the principle of A. Gray and
 /// A. Moore, "N-Body Problems in Statistical Learning", 2000). Smaller blocks are held against the group more closely,
-/// by a plane above their bumps and one below what the pixels hold. Pixels near each other are mostly raised by the same
-/// bumps, so each search starts from those that raised the pixels before. Single bumps are held against each pixel of
-/// the group, in one comparison for a row of them.
+/// by a plane above their bumps and one below what the pixels hold. Pixels near each other are mostly raised by the
+/// same bumps, so each search starts from those that raised the pixels before. Single bumps are held against each pixel
+/// of the group, in one comparison for a row of them.
 ///
 /// Construction takes one pass over the mask and memory for one more image of its size. Where the mask tiles there is a
 /// border around it: of the radius, but at most of half the image, unless the profile is "smooth". Throws
