@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cmath>
+#include <ostream>
 #include <random>
 
 #include "Host/Files/Codecs/Pictures/PictureTesting.h"
@@ -27,11 +28,12 @@ std::vector<Case> ListCases() {
   return cases;
 }
 
-std::string NameCase(const testing::TestParamInfo<Case>& info) {
-  std::string name =
-      std::string(info.param.format->name) + "_" + GetName(info.param.type) + "_" + std::to_string(info.param.channels);
-  return name;
+std::string NameCase(const Case& of) {
+  return std::string(of.format->name) + "_" + GetName(of.type) + "_" + std::to_string(of.channels);
 }
+
+/// The name of a test is no place for the bytes of its case, which are others in each run.
+void PrintTo(const Case& of, std::ostream* out) { *out << NameCase(of); }
 
 /// Numbers that a type holds; for HDR mantissas of eight bits under one exponent, which it keeps exactly.
 std::vector<int> MakeNumbers(const Case& of, std::size_t count) {
@@ -130,7 +132,8 @@ TEST_P(WrittenPictures, AreErrorsWhereTheDiskIsFull) {
   EXPECT_NE(WritePicture("/dev/full", GetParam().format->name, plan_, samples_), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, WrittenPictures, testing::ValuesIn(ListCases()), NameCase);
+INSTANTIATE_TEST_SUITE_P(Table, WrittenPictures, testing::ValuesIn(ListCases()),
+                         [](const auto& tested) { return NameCase(tested.param); });
 
 TEST(PicturesCodec, ReadsRectanglesAndChannelsInAnyOrder) {
   const TestFolder folder;
