@@ -59,7 +59,7 @@ class Analysis {
   bool wrap_;
   bool is_hard_;
   /// For each pixel the least number of pixels by which the mask must grow (negative: may shrink) for it to be set.
-  /// Not set in advance: zeros written to the memory of a large image in one go keep a cancelled node from ending.
+  /// Not set in advance: zeros written to the memory of a large image in one go delay the end of a cancelled node.
   std::unique_ptr<std::int32_t[]> least_offsets_;
   bool has_grown_ = false;
   bool has_shrunk_ = false;

@@ -82,8 +82,8 @@ struct Chords {
 ///     radius * (of_q * q - of_w * w) > of_way * d0 * d
 ///
 /// with d0 the root of d2. The distance up to which a bump is above w is a homogeneous function of q and w, so that the
-/// plane goes through the origin, and where that function is concave the plane lies above it. It stays there when q
-/// and w vary over a block and a group of pixels.
+/// plane goes through the origin, and where that function is concave the plane lies above it, whatever q and w of a
+/// block and a group of pixels are. The bell is not concave everywhere; see there.
 struct Tangent {
   V of_q;
   V of_w;
@@ -204,7 +204,8 @@ struct Curved {
     return hn::Max(hn::Min(u, hn::Set(D(), 1.0F)), hn::Zero(D()));
   }
 
-  /// Chords where `square(v)` is at least the square of t where the level is v, a convex function, from 0 to 1.
+  /// Chords of the square of t as a function of the level v from 0 to 1, which is convex. `square(v)` may be a little
+  /// more. q is not less than 1e-15, since the tree keeps no bump so small.
   ///
   /// The definition subtracts from 1, so that its level is off by a few roundings of 1, however small it is. For that
   /// the whole function is moved by the margin.

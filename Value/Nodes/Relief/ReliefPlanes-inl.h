@@ -92,7 +92,7 @@ inline Plane FitPlaneToBumps(const float* bumps, float highest) {
   }
   const float kept = GetSum(count);
   if (kept == static_cast<float>(Tree::kChildren)) {
-    // The sum of the squares of FromMiddleX, and of FromMiddleY.
+    // Most blocks are so, and take less. The sum of the squares of FromMiddleX, and of FromMiddleY.
     constexpr float kSquares = 20.0F;
     return RaiseAboveBumps({0.0F, GetSum(sum_x) / kSquares, GetSum(sum_y) / kSquares}, bumps, highest);
   }
@@ -204,8 +204,8 @@ class GroupPlane {
   /// least d0 plus what the steps from the middles add along the line between them, since it is convex. What is left is
   /// linear in both steps and largest at corners.
   template <int kLevel, class ProfileOf>
-  HWY_INLINE M IsAbove(const ProfileOf& profile, float radius_px, const Held& held, const Tree& tree, std::size_t first,
-                       std::size_t i, float from_x, float from_y) const {
+  HWY_INLINE M AreBelow(const ProfileOf& profile, float radius_px, const Held& held, const Tree& tree,
+                        std::size_t first, std::size_t i, float from_x, float from_y) const {
     const D d;
     constexpr auto kSide = static_cast<float>(Tree::kSide[kLevel]);
     constexpr float kHalf = (kSide - 1.0F) / 2.0F;
@@ -229,9 +229,11 @@ class GroupPlane {
     V excess = hn::NegMulAdd(of_w, hn::Set(d, plane_.height), hn::Mul(of_q, height));
     excess = hn::NegMulAdd(tangent.of_way, d2, excess);
     excess = hn::Add(excess, hn::Add(of_child, of_group));
-    // Rounding takes less than a part of the margin from each number that went in. NaN rules nothing out.
+    // Rounding takes less than a part of the margin from each number that went in. NaN and infinity, where numbers
+    // were too large on the way, rule nothing out.
     const V size = hn::Add(hn::Add(hn::Abs(height), hn::Set(d, size_)), GetMost(slope_x, slope_y, kHalf, kHalf));
-    return hn::Lt(excess, hn::Mul(size, hn::Set(d, -4.0F * kMargin * radius_px)));
+    const M is_below = hn::Lt(excess, hn::Mul(size, hn::Set(d, -4.0F * kMargin * radius_px)));
+    return hn::And(is_below, hn::IsFinite(excess));
   }
 
  private:

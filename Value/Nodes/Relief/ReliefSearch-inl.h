@@ -123,8 +123,8 @@ class Leaf {
     return buffer;
   }
 
-  /// Brings what is known of the whole group up to date after pixels have been raised. What was known before held less,
-  /// so that whatever is ruled out by it is ruled out.
+  /// Brings what is known of the whole group up to date after pixels have been raised. The least and the plane that
+  /// were known before are lower, so that whatever they rule out is ruled out. The most is raised with the pixels.
   HWY_INLINE void Refresh() {
     if (HWY_LIKELY(!is_stale_)) return;
     is_stale_ = false;
@@ -368,7 +368,7 @@ class Leaf {
       const float from_y = top_ + GroupPlane::kHalfHeight - y;
       unsigned below = 0;
       for (std::size_t i = 0; i < Tree::kChildren; i += hn::Lanes(d)) {
-        below |= GetBits(d, plane_.template IsAbove<kLevel>(profile_, radius_, held_, tree_, first, i, from_x, from_y))
+        below |= GetBits(d, plane_.template AreBelow<kLevel>(profile_, radius_, held_, tree_, first, i, from_x, from_y))
                  << i;
       }
       found &= ~below;

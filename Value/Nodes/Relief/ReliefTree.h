@@ -54,7 +54,7 @@ struct Tree {
   /// The entries of each level. The top level is in rows; below it the children of block i are entries 16 i to
   /// 16 i + 15, row by row.
   std::array<hwy::AlignedFreeUniquePtr<float[]>, kTop + 1> levels;
-  /// The planes of levels 1 and 2 in the order of their blocks; none where `HasPlanes` says so.
+  /// The planes of levels 1 and 2 in the order of their blocks; empty unless the field `HasPlanes`.
   std::array<Planes, 2> planes;
 };
 
