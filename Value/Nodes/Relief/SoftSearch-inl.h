@@ -221,7 +221,7 @@ class Search : public Tile {
     const std::uint32_t* begins = discs_.apart.begins.data() + discs_.rings[static_cast<std::size_t>(ring)];
     for (const Sectors& run : states_[group].runs) {
       const std::int32_t* offsets = discs_.apart.offsets.data();
-      best = LookAtAll(offsets + begins[run.begin], offsets + begins[run.end], at, best);
+      LookAt(D(), offsets + begins[run.begin], offsets + begins[run.end], plane_.samples.get() + at, best);
     }
     Store(best, group);
     const std::size_t x = kept_[group].place.x;
@@ -236,12 +236,12 @@ class Search : public Tile {
     kept_[group].is_full = IsFull(best);
   }
 
-  /// Looks at the same offsets from all pixels of a group.
-  HWY_INLINE Group LookAtAll(const std::int32_t* offset, const std::int32_t* end, std::size_t at, Group best) const {
+  /// Looks at the same offsets from all pixels of so many columns of a group, whose first sample is `upper`.
+  template <class Columns>
+  HWY_INLINE void LookAt(Columns d, const std::int32_t* offset, const std::int32_t* end,
+                         const float* HWY_RESTRICT upper, std::array<hn::Vec<Columns>, kGroupRows>& best) const {
     static_assert(kGroupRows == 8);
-    const D d;
     const std::size_t stride = plane_.stride;
-    const float* HWY_RESTRICT upper = plane_.samples.get() + at;
     const float* HWY_RESTRICT lower = upper + 4 * stride;
     for (; offset != end; ++offset) {
       const float* HWY_RESTRICT from = upper + *offset;
@@ -255,7 +255,6 @@ class Search : public Tile {
       best[6] = hn::Max(best[6], hn::LoadU(d, from + 2 * stride));
       best[7] = hn::Max(best[7], hn::LoadU(d, from + 3 * stride));
     }
-    return best;
   }
 
   /// The wedges of `DiscRings`.
@@ -284,28 +283,14 @@ class Search : public Tile {
   ///
   /// Short vectors that hold the column are read sooner: most do not lie across two lines of the cache.
   HWY_NOINLINE void LookAtShared(int belt, int ring, std::size_t group, std::uint32_t wedge) const {
-    static_assert(kGroupRows == 8);
     const ShortD d;
     const std::size_t column = wedge == kLeft ? 0 : hn::Lanes(D()) - hn::Lanes(d);
     float* to = workspace_.numbers[1].get() + kept_[group].numbers + column;
-    const std::size_t stride = plane_.stride;
-    const float* HWY_RESTRICT upper = plane_.samples.get() + kept_[group].samples + column;
-    const float* HWY_RESTRICT lower = upper + 4 * stride;
+    const float* upper = plane_.samples.get() + kept_[group].samples + column;
     std::array<hn::Vec<ShortD>, kGroupRows> best;
     for (std::size_t row = 0; row < kGroupRows; ++row) best[row] = hn::Load(d, to + row * kStride);
     ForEachShared(belt, ring, group, wedge, [&](const std::int32_t* offset, const std::int32_t* end) HWY_ATTR {
-      for (; offset != end; ++offset) {
-        const float* HWY_RESTRICT from = upper + *offset;
-        best[0] = hn::Max(best[0], hn::LoadU(d, from));
-        best[1] = hn::Max(best[1], hn::LoadU(d, from + stride));
-        best[2] = hn::Max(best[2], hn::LoadU(d, from + 2 * stride));
-        best[3] = hn::Max(best[3], hn::LoadU(d, from + 3 * stride));
-        from = lower + *offset;
-        best[4] = hn::Max(best[4], hn::LoadU(d, from));
-        best[5] = hn::Max(best[5], hn::LoadU(d, from + stride));
-        best[6] = hn::Max(best[6], hn::LoadU(d, from + 2 * stride));
-        best[7] = hn::Max(best[7], hn::LoadU(d, from + 3 * stride));
-      }
+      LookAt(d, offset, end, upper, best);
     });
     for (std::size_t row = 0; row < kGroupRows; ++row) hn::Store(best[row], d, to + row * kStride);
   }
