@@ -65,7 +65,7 @@ void RunBevel(benchmark::State& state, const Image& mask, const ReliefBevel::Rin
 void Bench::RegisterRelief() {
   for (const ReliefProfile profile :
        {ReliefProfile::kLinear, ReliefProfile::kSmooth, ReliefProfile::kArcOut, ReliefProfile::kArcIn}) {
-    for (const int radius_px : {25, 100, 250}) {
+    for (const int radius_px : {25, 100, 160, 250}) {
       Register("Relief/levels/" + std::string(kProfileNames[static_cast<std::size_t>(profile)]) + "/" +
                    std::to_string(radius_px),
                Threads::kOneAndTwo,

@@ -290,6 +290,48 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForGentleSlopes) {
   }
 }
 
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForSmoothGroundBeyondTheRange) {
+  // Much ground raises its surroundings as far as the radius cuts it off, and the rest nothing at all.
+  Scene scene = MakeScene(110, 60, 0, 5);
+  for (std::size_t i = 0; i < scene.mask.size(); ++i) {
+    const auto x = static_cast<double>(i % 110);
+    const auto y = static_cast<double>(i / 110);
+    scene.mask[i] = static_cast<float>(2.5 * std::sin(0.04 * x + 0.03 * y) * std::cos(0.05 * y - 0.01 * x) - 0.4);
+  }
+  for (const float high : {1.0F, 0.5F}) {
+    for (const int radius : {6, 13, 30}) {
+      for (const ReliefProfile profile : kProfiles) {
+        SCOPED_TRACE("high " + std::to_string(high) + ", radius " + std::to_string(radius) + ", profile " +
+                     std::to_string(static_cast<int>(profile)));
+        scene.high = high;
+        scene.radius = radius;
+        scene.profile = profile;
+        ExpectSameAsReference(scene);
+      }
+    }
+  }
+}
+
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForSlopesBesideNoise) {
+  // Noise, which many bumps raise, beside slopes on which each bump ends where the next one begins, or nearly so.
+  Scene scene = MakeScene(120, 40, 0, 5);
+  Random random(3);
+  for (std::size_t i = 0; i < scene.mask.size(); ++i) {
+    const auto x = static_cast<float>(i % 120);
+    const bool is_slope = i / 120 / 5 % 2 == 1;
+    scene.mask[i] = is_slope ? 1.9F - x / 64.0F + 3e-7F * random.Next() : 0.4F * random.Next();
+  }
+  scene.high = 2.0F;
+  for (const int radius : {32, 127, 128}) {
+    for (const ReliefProfile profile : kProfiles) {
+      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
+      scene.radius = radius;
+      scene.profile = profile;
+      ExpectSameAsReference(scene);
+    }
+  }
+}
+
 // Waves of all lengths and heights on ground of any height: what planes and chords are drawn around, and what they
 // touch.
 RC_GTEST_PROP(ReliefLevels, IsTheSameAsTheDefinitionForAnyWaves, ()) {

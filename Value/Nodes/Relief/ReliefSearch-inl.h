@@ -24,6 +24,7 @@
 
 #include "Value/Nodes/Relief/ReliefBumps-inl.h"
 #include "Value/Nodes/Relief/ReliefField.h"
+#include "Value/Nodes/Relief/ReliefGuess-inl.h"
 #include "Value/Nodes/Relief/ReliefPlanes-inl.h"
 #include "Value/Nodes/Relief/ReliefRaisers.h"
 #include "Value/Nodes/Relief/ReliefTree.h"
@@ -42,6 +43,7 @@ class Leaf {
         limit_(is_exact_ ? radius_ : radius_ * (1.0F + kMargin)),
         reach_(limit_ * limit_),
         profile_(Reach{radius_, limit_}),
+        guess_(field, profile_),
         range_(std::abs(field.high - field.low)),
         inverse_(std::abs(1.0F / (field.high - field.low))) {
     blocks_.reserve(static_cast<std::size_t>(tree.columns) * static_cast<std::size_t>(tree.rows));
@@ -50,6 +52,7 @@ class Leaf {
   /// Computes the pixels of columns [x, x + 8) and rows [y, y + count), the columns only as far as the image goes.
   void Compute(int x, int y, int count, Raisers& raisers, float* output) {
     if (Begin(x, y, count)) {
+      TryGuess(x, y, count);
       const Raisers before = raisers;
       raisers.Clear();
       for (int i = 0; i < before.GetCount(); ++i) {
@@ -63,6 +66,9 @@ class Leaf {
  private:
   /// Each pixel starts from its own bump, so that what raises it is one pixel away at least.
   static constexpr float kNearest = 1.0F;
+  /// A group has been raised much by so many bumps; a row that a guess raises stands for some of them.
+  static constexpr int kMuchRaised = 24;
+  static constexpr int kBumpsOfRow = 8;
   static constexpr float kDone = std::numeric_limits<float>::infinity();
   /// Squares of whole distances up to this are exact in single precision.
   static constexpr float kLargestExact = 4096.0F;
@@ -123,6 +129,21 @@ class Leaf {
     return buffer;
   }
 
+  /// Takes a guess at what raises the group where much raised the group before. Elsewhere the search is as quick.
+  HWY_INLINE void TryGuess(int x, int y, int count) {
+    const bool is_worth_it = raised_ >= kMuchRaised && count == kLeafRows && field_.width - x >= kLeafColumns;
+    raised_ = 0;
+    if (!is_worth_it) return;
+    raised_ = kBumpsOfRow * guess_.RaisePixels(x, y, w_.data());
+    if (raised_ == 0) return;
+    const D d;
+    for (std::size_t i = 0; i < kLeafPixels; i += hn::Lanes(d)) {
+      hn::Store(profile_.Guard(hn::Load(d, w_.data() + i)), d, guards_.data() + i);
+    }
+    is_stale_ = true;
+    Refresh();
+  }
+
   /// Brings what is known of the whole group up to date after pixels have been raised. The least and the plane that
   /// were known before are lower, so that whatever they rule out is ruled out. The most is raised with the pixels.
   HWY_INLINE void Refresh() {
@@ -174,6 +195,7 @@ class Leaf {
 
   void Keep(const Bump& bump, Raisers& raisers) {
     raisers.Add(bump);
+    ++raised_;
     is_stale_ = true;
   }
 
@@ -462,6 +484,7 @@ class Leaf {
   float limit_;
   float reach_;
   ProfileOf profile_;
+  Guess<ProfileOf> guess_;
   float range_;
   float inverse_;
 
@@ -474,6 +497,8 @@ class Leaf {
   Held held_ = {};
   bool is_stale_ = false;
   bool is_plane_stale_ = false;
+  /// By how many bumps pixels of this group, or of the one before, have been raised.
+  int raised_ = 0;
   GroupPlane plane_;
   std::vector<int> blocks_;
 };
