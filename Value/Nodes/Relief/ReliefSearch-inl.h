@@ -17,41 +17,33 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cmath>
 #include <cstddef>
-#include <limits>
 #include <vector>
 
 #include "Value/Nodes/Relief/ReliefBumps-inl.h"
 #include "Value/Nodes/Relief/ReliefField.h"
 #include "Value/Nodes/Relief/ReliefGuess-inl.h"
+#include "Value/Nodes/Relief/ReliefPixels-inl.h"
 #include "Value/Nodes/Relief/ReliefPlanes-inl.h"
 #include "Value/Nodes/Relief/ReliefRaisers.h"
 #include "Value/Nodes/Relief/ReliefTree.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace ReliefLevels::HWY_NAMESPACE {
-/// The results of one small group of neighbouring pixels, and the search for what raises them.
+/// The search for what raises the pixels of one small group after the other.
 template <class ProfileOf>
-class Leaf {
+class Leaf : private Pixels {
  public:
   Leaf(const Field& field, const Tree& tree)
-      : field_(field),
-        tree_(tree),
-        radius_(static_cast<float>(field.radius_px)),
-        is_exact_(radius_ <= kLargestExact || !SpansMore(tree, kLargestExact)),
-        limit_(is_exact_ ? radius_ : radius_ * (1.0F + kMargin)),
-        reach_(limit_ * limit_),
-        profile_(Reach{radius_, limit_}),
-        guess_(field, profile_),
-        range_(std::abs(field.high - field.low)),
-        inverse_(std::abs(1.0F / (field.high - field.low))) {
+      : Pixels(field, tree), profile_(Reach{radius_, limit_}), guess_(field, profile_) {
     blocks_.reserve(static_cast<std::size_t>(tree.columns) * static_cast<std::size_t>(tree.rows));
   }
 
   /// Computes the pixels of columns [x, x + 8) and rows [y, y + count), the columns only as far as the image goes.
   void Compute(int x, int y, int count, Raisers& raisers, float* output) {
-    if (Begin(x, y, count)) {
+    Load(x, y, count);
+    GuardAll();
+    if (held_.least < kDone) {
       TryGuess(x, y, count);
       const Raisers before = raisers;
       raisers.Clear();
@@ -64,70 +56,9 @@ class Leaf {
   }
 
  private:
-  /// Each pixel starts from its own bump, so that what raises it is one pixel away at least.
-  static constexpr float kNearest = 1.0F;
   /// A group has been raised much by so many bumps; a row that a guess raises stands for some of them.
   static constexpr int kMuchRaised = 24;
   static constexpr int kBumpsOfRow = 8;
-  static constexpr float kDone = std::numeric_limits<float>::infinity();
-  /// Squares of whole distances up to this are exact in single precision.
-  static constexpr float kLargestExact = 4096.0F;
-
-  /// Whether two pixels of the plane may be further apart than a distance.
-  static bool SpansMore(const Tree& tree, float distance) {
-    const float width = static_cast<float>(tree.columns) * static_cast<float>(Tree::kSide[Tree::kTop]);
-    const float height = static_cast<float>(tree.rows) * static_cast<float>(Tree::kSide[Tree::kTop]);
-    return width * width + height * height > distance * distance;
-  }
-
-  /// Pixels that nothing can raise, since they keep their value or become 0, hold infinity. False if all are so.
-  bool Begin(int x, int y, int count) {
-    const D d;
-    const std::size_t lanes = hn::Lanes(d);
-    const int columns = std::min(kLeafColumns, field_.width - x);
-    left_ = static_cast<float>(x + tree_.pad_x);
-    right_ = left_ + static_cast<float>(columns - 1);
-    top_ = static_cast<float>(y + tree_.pad_y);
-    bottom_ = top_ + static_cast<float>(count - 1);
-    const V low = hn::Set(d, field_.low);
-    const V high = hn::Set(d, field_.high);
-    const V inverse = hn::Set(d, inverse_);
-    const V done = hn::Set(d, kDone);
-    for (int row = 0; row < count; ++row) {
-      const std::size_t start = static_cast<std::size_t>(row) * kLeafColumns;
-      const float* mask = GetRow(field_.mask, x, y + row, columns, values_.data() + start);
-      const float* grown = GetRow(field_.grown, x, y + row, columns, grown_.data() + start);
-      for (std::size_t i = 0; i < kLeafColumns; i += lanes) {
-        const V a = hn::LoadU(d, mask + i);
-        const V q = hn::Mul(hn::Sub(a, low), inverse);
-        const M is_computed = hn::Gt(hn::LoadU(d, grown + i), hn::Zero(d));
-        const M keeps = hn::Ge(a, high);
-        const V own = hn::IfThenElseZero(hn::Gt(q, hn::Zero(d)), q);
-        const V w = hn::IfThenElse(hn::AndNot(keeps, is_computed), own, done);
-        const std::size_t at = start + i;
-        hn::Store(a, d, values_.data() + at);
-        hn::Store(hn::IfThenElse(is_computed, hn::Set(d, 1.0F), hn::Zero(d)), d, grown_.data() + at);
-        hn::Store(w, d, w_.data() + at);
-        hn::Store(profile_.Guard(w), d, guards_.data() + at);
-      }
-    }
-    const std::size_t pixels = static_cast<std::size_t>(count) * kLeafColumns;
-    for (std::size_t i = pixels; i < kLeafPixels; i += lanes) {
-      hn::Store(done, d, w_.data() + i);
-      hn::Store(profile_.Guard(done), d, guards_.data() + i);
-    }
-    is_stale_ = true;
-    Refresh();
-    return held_.least < kDone;
-  }
-
-  /// Row of a group; in `buffer`, filled up with zeros, where the group sticks out of the image.
-  const float* GetRow(const float* samples, int x, int y, int columns, float* buffer) const {
-    const float* row = samples + static_cast<std::size_t>(y) * static_cast<std::size_t>(field_.width) + x;
-    if (columns == kLeafColumns) return row;
-    std::fill(std::copy(row, row + columns, buffer), buffer + kLeafColumns, 0.0F);
-    return buffer;
-  }
 
   /// Takes a guess at what raises the group where much raised the group before. Elsewhere the search is as quick.
   HWY_INLINE void TryGuess(int x, int y, int count) {
@@ -135,7 +66,11 @@ class Leaf {
     raised_ = 0;
     if (!is_worth_it) return;
     raised_ = kBumpsOfRow * guess_.RaisePixels(x, y, w_.data());
-    if (raised_ == 0) return;
+    if (raised_ > 0) GuardAll();
+  }
+
+  /// Finds out what is known of pixels that have all been set.
+  HWY_INLINE void GuardAll() {
     const D d;
     for (std::size_t i = 0; i < kLeafPixels; i += hn::Lanes(d)) {
       hn::Store(profile_.Guard(hn::Load(d, w_.data() + i)), d, guards_.data() + i);
@@ -170,12 +105,6 @@ class Leaf {
     // A little more than there is, so that not every pixel that is raised needs other chords.
     held_.most = hn::GetLane(hn::MaxOfLanes(d, most));
     held_.most += (held_.most - held_.least) * 0.125F;
-  }
-
-  [[nodiscard]] bool IsInReach(const Bump& bump) const {
-    const float x = std::max({0.0F, bump.x - right_, left_ - bump.x});
-    const float y = std::max({0.0F, bump.y - bottom_, top_ - bump.y});
-    return x * x + y * y < reach_;
   }
 
   /// Raises the pixels that the bump raises.
@@ -312,19 +241,6 @@ class Leaf {
     return !hn::AllFalse(d, hn::Gt(most, hn::Zero(d)));
   }
 
-  /// The squares of distances rounded once, of distances that are too large to be squared and added without rounding.
-  [[nodiscard]] V GetRoundedSquares(const Bump& bump, std::size_t column, std::size_t row) const {
-    const D d;
-    const double dx = static_cast<double>(left_ + static_cast<float>(column)) - static_cast<double>(bump.x);
-    const double dy = static_cast<double>(top_ + static_cast<float>(row)) - static_cast<double>(bump.y);
-    alignas(64) std::array<float, kLeafColumns> squares{};
-    for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
-      const double step = dx + static_cast<double>(i);
-      squares[i] = static_cast<float>(step * step + dy * dy);
-    }
-    return hn::Load(d, squares.data());
-  }
-
   /// Takes the exact candidates of a bump for one vector of pixels; says whether one was higher.
   HWY_INLINE bool Raise(V q, V d2, std::size_t at) {
     const D d;
@@ -343,18 +259,6 @@ class Leaf {
     hn::Store(higher, d, w_.data() + at);
     hn::Store(profile_.Guard(higher), d, guards_.data() + at);
     return true;
-  }
-
-  /// The squares of the distances from blocks of a side, with their corners at (x, y), to the group.
-  HWY_INLINE V GetSquaresToGroup(V x, V y, float side) const {
-    const D d;
-    const V zero = hn::Zero(d);
-    const V far = hn::Set(d, side - 1.0F);
-    const V before_x = hn::Sub(hn::Set(d, left_), hn::Add(x, far));
-    const V before_y = hn::Sub(hn::Set(d, top_), hn::Add(y, far));
-    const V dx = hn::Max(zero, hn::Max(before_x, hn::Sub(x, hn::Set(d, right_))));
-    const V dy = hn::Max(zero, hn::Max(before_y, hn::Sub(y, hn::Set(d, bottom_))));
-    return hn::Max(hn::Add(Square(dx), Square(dy)), hn::Set(d, kNearest));
   }
 
   HWY_INLINE M IsPossible(V highest, V d2) const {
@@ -453,45 +357,13 @@ class Leaf {
     }
   }
 
-  void Finish(int x, int y, int count, float* output) const {
-    const int columns = std::min(kLeafColumns, field_.width - x);
-    for (int row = 0; row < count; ++row) {
-      float* to = output + static_cast<std::size_t>(y + row) * static_cast<std::size_t>(field_.width) + x;
-      for (int column = 0; column < columns; ++column) {
-        const std::size_t at = static_cast<std::size_t>(row) * kLeafColumns + static_cast<std::size_t>(column);
-        const float highest = w_[at] * range_ + field_.low;
-        const float raised = highest > field_.low ? highest : field_.low;
-        to[column] = grown_[at] == 0.0F ? 0.0F : values_[at] >= field_.high ? values_[at] : raised;
-      }
-    }
-  }
-
-  // Of each pixel, row by row: its value, whether it is computed, w so far, and what Excess compares with.
-  alignas(64) std::array<float, kLeafPixels> values_{};
-  alignas(64) std::array<float, kLeafPixels> grown_{};
-  alignas(64) std::array<float, kLeafPixels> w_{};
+  // What Excess compares with for each pixel, for each column and for all pixels.
   alignas(64) std::array<float, kLeafPixels> guards_{};
-  // What Excess compares with for each column and for all pixels.
   alignas(32) std::array<float, kLeafColumns> column_guards_{};
   alignas(32) std::array<float, kLeafColumns> least_guard_{};
 
-  const Field& field_;
-  const Tree& tree_;
-  float radius_;
-  /// Whether all squared distances that matter are exact in single precision.
-  bool is_exact_;
-  /// The radius, and its square, of what is looked at more closely.
-  float limit_;
-  float reach_;
   ProfileOf profile_;
   Guess<ProfileOf> guess_;
-  float range_;
-  float inverse_;
-
-  float left_ = 0.0F;
-  float right_ = 0.0F;
-  float top_ = 0.0F;
-  float bottom_ = 0.0F;
   /// Of the group as a whole, and whether pixels have been raised since it was found out. The most is always up to
   /// date.
   Held held_ = {};
