@@ -4,7 +4,6 @@
 #include <pthread.h>
 
 #include <atomic>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -48,7 +47,7 @@ class ForkHandlers {
   }
 
   void Release() {
-    for (std::mutex* const mutex : std::views::reverse(mutexes_)) mutex->unlock();
+    std::for_each(mutexes_.rbegin(), mutexes_.rend(), [](std::mutex* mutex) { mutex->unlock(); });
     mutex_.unlock();
   }
 
