@@ -3,6 +3,7 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 #include <vector>
