@@ -256,7 +256,8 @@ void NodePainter::PaintPlug(const PlugFace& plug, const QPointF& place, bool is_
   const double width = (has_both ? 0.5 : 1.0) * NodeShape::kWidth - kInset - 4;
   const QRectF box(is_input ? kInset : NodeShape::kWidth - kInset - width, place.y() - NodeShape::kRow / 2, width,
                    NodeShape::kRow);
-  painter_.drawText(box, (is_input ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter,
+  const Qt::Alignment alignment = (is_input ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter;
+  painter_.drawText(box, static_cast<int>(alignment),
                     QFontMetricsF(font).elidedText(plug.label, Qt::ElideRight, width));
 }
 
