@@ -2,6 +2,7 @@
 //
 // How callers of a graph name plugs, and what keeps two plugs from being connected.
 #include <algorithm>
+#include <cstdint>
 #include <deque>
 #include <unordered_map>
 
@@ -18,7 +19,9 @@ std::string IdOf(const std::string& plug) { return plug.substr(0, plug.rfind('.'
 std::string NameOf(const std::string& plug) { return plug.substr(plug.rfind('.') + 1); }
 
 /// "image" with its article, and "images" for several.
-std::string OneOf(int type) { return (type == PlugType::kImage ? "an " : "a ") + std::string(PlugType::GetName(type)); }
+std::string OneOf(std::uint32_t type) {
+  return (type == PlugType::kImage ? "an " : "a ") + std::string(PlugType::GetName(type));
+}
 
 std::string JoinQuoted(const std::vector<std::string>& names) {
   constexpr std::size_t kMost = 8;
