@@ -36,9 +36,10 @@ def introduction(run):
                          if name not in ("valuenodes", "system"))
     kind = {"full": "A full run", "quick": "A quick run"}.get(run["plan"], "A run for tests")
     busy = figures.busy_text(run)
+    minutes = max(round(run["seconds"] / 60), 1)
     return (
         f"{kind} of {run['date']}, version {run['versions']['valuenodes']}, on {run['side']} x {run['side']} samples: "
-        f"{run['seconds'] / 60:.0f} minutes, {machine['processors']} processors ({machine['processor']}, "
+        f"{minutes} minute{'s' * (minutes != 1)}, {machine['processors']} processors ({machine['processor']}, "
         f"{machine['instructions']}{', a virtual machine' * machine['virtual']}), load {load['before']:.1f} before and "
         f"{load['lowest']:.1f} to {load['highest']:.1f} meanwhile. {versions}, {run['versions']['system']}.\n\n") + (
             f"**{busy}**\n\n" if busy else "")

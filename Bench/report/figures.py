@@ -55,7 +55,7 @@ def against_peer(row, threads):
         return None, None, "alone"
     theirs = times_of(row, threads, peer)
     ratio = spread.median(theirs) / spread.median(ours)
-    if not spread.differ(ours, theirs):
+    if not spread.differ(ours, theirs) or abs(ratio - 1) < 0.005:
         return peer, ratio, "even"
     return peer, ratio, "faster" if ratio > 1 else "slower"
 

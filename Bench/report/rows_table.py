@@ -55,7 +55,7 @@ def beside(row, threads):
     peer, ratio, verdict = figures.against_peer(row, threads)
     if peer is None:
         return cell("no peer", "soft")
-    words = {"even": "within the noise of", "faster": f"{svg.number_text(ratio)}× faster than",
+    words = {"even": "not told apart from", "faster": f"{svg.number_text(ratio)}× faster than",
              "slower": f"{svg.number_text(1 / ratio)}× slower than"}[verdict]
     theirs = figures.spread_text(figures.times_of(row, threads, peer))
     if verdict == "even":

@@ -67,10 +67,15 @@ def strip(contenders, low, high, label):
     return wrap(width, height, parts, label, "strip")
 
 
+def tick_text(tick):
+    """Short enough for the ends of an axis."""
+    return f"{tick:g}×" if tick < 1000 else f"{tick / 1000:g}k×"
+
+
 def strip_axis(low, high):
     width, height = 300, 18
     axis = LogAxis(low, high, 8, width - 8)
-    return wrap(width, height, [text(axis(tick), 13, f"{tick:g}×", "tick") for tick in axis.ticks()],
+    return wrap(width, height, [text(axis(tick), 13, tick_text(tick), "tick") for tick in axis.ticks()],
                 "multiples of the ceiling", "strip")
 
 

@@ -17,7 +17,8 @@ BENCH = Path(__file__).resolve().parents[1]
 BUILD = os.environ["VALUE_BENCH_BUILD"]
 sys.path.insert(0, str(BENCH))
 
-from report import compare, figures, measure, page, rows_table, spread  # noqa: E402
+from report import __main__ as main_module  # noqa: E402
+from report import compare, figures, measure, page, rows_table, spread, svg  # noqa: E402
 
 
 def run_bench(*words):
@@ -292,7 +293,8 @@ def test_against_writes_the_comparison_into_the_page_and_on_the_terminal(run, tm
         (["--plan", "huge"], "invalid choice"),
         (["--against", "nowhere.json"], "nowhere.json cannot be read"),
         (["--from", str(Path(__file__))], "is not a file of ./bench"),
-        (["--only", "no such row"], "no row has no such row in its name"),
+        (["--only", "no such row"], 'no row has "no such row" in its name'),
+        (["--only", "Gradeint"], "there is gradient; see ./bench --list"),
         (["--sideways"], "unrecognized arguments"),
     ],
 )
@@ -301,6 +303,56 @@ def test_what_is_wrong_is_said_in_one_line(words, text, tmp_path):
     assert done.returncode == 2
     assert done.stderr.startswith("bench: ") and done.stderr.count("\n") == 1
     assert text in done.stderr
+
+
+def test_a_file_that_was_cut_off_is_said_to_be_none(run, tmp_path):
+    Path(tmp_path, "cut.json").write_text(json.dumps({key: run[key] for key in ("format", "version", "side")}))
+    done = run_bench("--from", tmp_path / "cut.json", "--out", tmp_path)
+    assert done.returncode == 2
+    assert "cut.json is not a file of ./bench, or not all of one" in done.stderr and done.stderr.count("\n") == 1
+
+
+def test_only_takes_words_of_a_name_in_any_order():
+    both = main_module.keys_with("LEVELS relief", "full")
+    assert both and all("relief" in key.lower() and "levels" in key.lower() for key in both)
+    assert both == main_module.keys_with("relief levels", "full")
+
+
+def test_check_measures_and_writes_nothing(tmp_path):
+    done = run_bench("--only", "add", "--check", "--out", tmp_path / "out")
+    assert (done.returncode, done.stdout, done.stderr) == (0, "", "")
+    assert not Path(tmp_path, "out").exists()
+
+
+def test_the_run_before_is_kept(run, tmp_path, monkeypatch):
+    monkeypatch.setattr(main_module, "measure", lambda *_: {**run, "date": "later"})
+    Path(tmp_path, "bench.json").write_text(json.dumps(run))
+    main_module.main([BUILD, "--plan", "tiny", "--out", str(tmp_path)])
+    assert json.loads(Path(tmp_path, "bench-before.json").read_text()) == run
+    assert json.loads(Path(tmp_path, "bench.json").read_text())["date"] == "later"
+
+
+def test_the_rows_are_listed(tmp_path):
+    done = run_bench("--list", "--out", tmp_path / "out")
+    assert done.returncode == 0
+    assert "Arithmetic/add" in done.stdout.splitlines()
+
+
+def test_rows_that_were_not_asked_for_are_not_missed(run):
+    before = main_module.with_rows(run, ["Arithmetic/add"])
+    assert [row["key"] for row in before["rows"]] == ["Arithmetic/add"] and len(run["rows"]) > 1
+
+
+def test_times_that_differ_by_less_than_is_shown_are_even(run):
+    row = copy.deepcopy(next(row for row in run["rows"] if figures.best_peer(row, 1)))
+    times = row["threads"]["1"]["times"]
+    for name in figures.contenders(row, 1):
+        times[name] = [1.0 if name == figures.OURS else 1.004] * 5
+    assert figures.against_peer(row, 1)[2] == "even"
+
+
+def test_the_ends_of_an_axis_are_short():
+    assert [svg.tick_text(tick) for tick in (0.1, 1, 100, 1000, 10000)] == ["0.1×", "1×", "100×", "1k×", "10k×"]
 
 
 def test_runs_on_images_of_other_sizes_are_not_compared(run, tmp_path):
