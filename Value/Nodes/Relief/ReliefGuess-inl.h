@@ -27,7 +27,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace ReliefLevels::HWY_NAMESPACE {
 
-/// Raises groups of pixels by bumps near one step from them, which it follows from group to group.
+/// Raises the pixels of a group by the bumps about one step away, and follows that step from group to group.
 ///
 /// Bumps are compared by reciprocals that are not exact, and what a pixel takes is computed by the definition. So a
 /// guess never raises a pixel further than the definition does, and the search after it finds what is missing.
@@ -40,9 +40,9 @@ class Guess {
         radius_(static_cast<float>(field.radius_px)),
         inverse_(std::abs(1.0F / (field.high - field.low))) {}
 
-  /// Raises pixels of the group whose corner is at (x, y) in the mask. `w` is what they hold row by row, infinite for
-  /// those that nothing can raise. Returns how many rows have been raised: none near the border, where a group or its
-  /// bumps stick out of the mask.
+  /// Raises pixels of the whole group whose corner is at (x, y) in the mask. `w` is what they hold row by row, infinite
+  /// for those that nothing can raise. Returns how many rows have been raised: none where the samples to look at would
+  /// end outside the mask.
   int RaisePixels(int x, int y, float* w) {
     FollowStep(x + kLeafColumns / 2, y + kLeafRows / 2);
     if (!LoadPatch(x + step_x_ - kAround, y + step_y_ - kAround)) return 0;
@@ -53,12 +53,12 @@ class Guess {
   }
 
  private:
-  /// So many steps are tried to each side of the best one of the group's middle.
+  /// How many steps are tried on each side of the best one of the group's middle.
   static constexpr int kAround = 2;
   static constexpr int kSteps = 2 * kAround + 1;
-  /// And so many to each side of the last group's step for the middle.
-  static constexpr int kSeen = 8;
-  /// The samples that all pixels of a group look at.
+  /// How far from the last group's step that of the middle is looked for.
+  static constexpr int kFollowed = 8;
+  /// The samples that the pixels of a group look at, in whole vectors.
   static constexpr int kPatchRows = kLeafRows + kSteps - 1;
   static constexpr int kPatchColumns = 2 * kLeafColumns;
   static_assert(kLeafColumns + kSteps - 1 <= kPatchColumns);
@@ -71,7 +71,7 @@ class Guess {
     return field_.mask + static_cast<std::size_t>(y) * static_cast<std::size_t>(field_.width) + x;
   }
 
-  /// The bumps of some samples; of height 0, which raise nothing, for those that are below the range.
+  /// q of some samples; 0, which raises nothing, for those below the range. A NaN loses every comparison.
   HWY_INLINE V GetQ(const float* samples) const {
     const D d;
     const V q = hn::Mul(hn::Sub(hn::LoadU(d, samples), hn::Set(d, field_.low)), hn::Set(d, inverse_));
@@ -83,26 +83,25 @@ class Guess {
   }
   HWY_INLINE V GetHeight(V q, V t) const { return hn::Mul(profile_.Level(hn::Min(t, hn::Set(D(), 1.0F))), q); }
 
-  /// Moves the step to the bump that raises the pixel at (x, y) most, of those near the step; back to where it started
-  /// if there are none, or the mask or the radius ends there.
+  /// Moves the step to the bump that raises the pixel at (x, y) most, of those near the step; back to zero if there are
+  /// none, or the mask or the radius ends there. Steps are shorter than a row of the mask, so that no sum overflows.
   HWY_INLINE void FollowStep(int x, int y) {
     const D d;
-    const int from_x = step_x_ - kSeen;
-    const int from_y = step_y_ - kSeen;
+    const int from_x = step_x_ - kFollowed;
+    const int from_y = step_y_ - kFollowed;
     step_x_ = 0;
     step_y_ = 0;
-    if (!IsInside(x + from_x, y + from_y, 2 * kSeen, 2 * kSeen + 1)) return;
+    if (!IsInside(x + from_x, y + from_y, 2 * kFollowed, 2 * kFollowed + 1)) return;
     const float* samples = GetSamples(x + from_x, y + from_y);
     V highest = hn::Zero(d);
-    alignas(64) std::array<float, 2 * kSeen> highest_of_columns;
-    alignas(64) std::array<float, 2 * kSeen> rows;
+    alignas(64) std::array<float, 2 * kFollowed> highest_of_columns;
+    alignas(64) std::array<float, 2 * kFollowed> rows;
     for (std::size_t i = 0; i < rows.size(); i += hn::Lanes(d)) {
       const V dx2 = Square(hn::Iota(d, static_cast<float>(from_x) + static_cast<float>(i)));
-      const float* of_column = samples + i;
       V highest_of_column = hn::Zero(d);
       V best_row = hn::Zero(d);
-      for (int row = 0; row <= 2 * kSeen; ++row, of_column += field_.width) {
-        const V q = GetQ(of_column);
+      for (int row = 0; row <= 2 * kFollowed; ++row) {
+        const V q = GetQ(samples + static_cast<std::size_t>(row) * static_cast<std::size_t>(field_.width) + i);
         const V distance = hn::Sqrt(hn::Add(dx2, Square(hn::Set(d, static_cast<float>(from_y + row)))));
         const V height = GetHeight(q, hn::Mul(distance, GetInverseWidth(q)));
         const M is_higher = hn::Gt(height, highest_of_column);

@@ -18,16 +18,17 @@ struct Tree;
 /// candidate = (level * q) * (high - low) + low. With u = 1 - t the level is u (linear), (3 - 2u) * (u * u) (smooth),
 /// sqrt(1 - t * t) (arc out, a dome) or 1 - sqrt(1 - u * u) (arc in, a spike). All of it is in single precision: the
 /// square of a distance is rounded once, and a root is the float nearest to it. A NaN never wins: not as a candidate,
-/// and t is 0 where the quotient is NaN. The samples are these to the last bit, in a time that hardly grows with the
-/// radius.
+/// and t is 0 where the quotient is NaN. The samples are these to the last bit, in a time that grows far less
+/// than the number of pixels in reach.
 ///
 /// The mask is kept as a tree of blocks with the highest q of each. For a few neighbouring pixels at a time the tree is
 /// searched for what can raise them: a bump is never higher than one of the block's highest q at the block's nearest
 /// pixel, so that most blocks are ruled out by one comparison (branch and bound; the principle of A. Gray and
 /// A. Moore, "N-Body Problems in Statistical Learning", 2000). Smaller blocks are held against the group more closely,
 /// by a plane above their bumps and one below what the pixels hold. Pixels near each other are mostly raised by the
-/// same bumps, so each search starts from those that raised the pixels before. Single bumps are held against each pixel
-/// of the group, in one comparison for a row of them.
+/// same bumps, so each search starts from those that raised the pixels before. And on smooth ground the bumps lie about
+/// the same step away from each pixel, so that a guess from the pixels before raises most of them first. Single bumps
+/// are held against each pixel of the group, in one comparison for a row of them.
 ///
 /// Construction takes one pass over the mask and memory for one more image of its size. Where the mask tiles there is a
 /// border around it: of the radius, but at most of half the image, unless the profile is "smooth". Throws

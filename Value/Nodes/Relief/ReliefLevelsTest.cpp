@@ -312,6 +312,26 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForSmoothGroundBeyondTheRange) {
   }
 }
 
+TEST(ReliefLevels, IsTheSameAsTheDefinitionForSmoothGroundWithAWallAtEachBorder) {
+  // What lies beside the right border in memory is the wall at the left one, which is far away.
+  Scene scene = MakeScene(96, 60, 0, 5);
+  for (std::size_t i = 0; i < scene.mask.size(); ++i) {
+    const auto x = static_cast<double>(i % 96);
+    const auto y = static_cast<double>(i / 96);
+    const bool is_wall = x < 4 || y < 2;
+    scene.mask[i] =
+        is_wall ? 0.97F : static_cast<float>(0.3 + 0.003 * x + 0.1 * std::sin(0.09 * x) * std::cos(0.07 * y));
+  }
+  for (const int radius : {25, 60}) {
+    for (const ReliefProfile profile : kProfiles) {
+      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
+      scene.radius = radius;
+      scene.profile = profile;
+      ExpectSameAsReference(scene);
+    }
+  }
+}
+
 TEST(ReliefLevels, IsTheSameAsTheDefinitionForSlopesBesideNoise) {
   // Noise, which many bumps raise, beside slopes on which each bump ends where the next one begins, or nearly so.
   Scene scene = MakeScene(120, 40, 0, 5);

@@ -56,17 +56,31 @@ class Leaf : private Pixels {
   }
 
  private:
-  /// A group has been raised much by so many bumps; a row that a guess raises stands for some of them.
+  /// From this many bumps on, a group counts as raised much. A row that a guess raises counts as kBumpsOfRow.
   static constexpr int kMuchRaised = 24;
   static constexpr int kBumpsOfRow = 8;
+  /// How many groups in a row a guess is taken for before one does without.
+  static constexpr int kShortestRun = 4;
+  static constexpr int kLongestRun = 64;
 
-  /// Takes a guess at what raises the group where much raised the group before. Elsewhere the search is as quick.
+  /// Takes a guess at what raises the group where much raised the group before; elsewhere the search alone is quicker.
+  ///
+  /// What a guess raises says little of what the search would have found without it. So after a run of guesses one
+  /// group does without, and where that is raised much all the same, the next run is twice as long.
   HWY_INLINE void TryGuess(int x, int y, int count) {
-    const bool is_worth_it = raised_ >= kMuchRaised && count == kLeafRows && field_.width - x >= kLeafColumns;
+    const bool was_raised_much = raised_ >= kMuchRaised;
     raised_ = 0;
-    if (!is_worth_it) return;
-    raised_ = kBumpsOfRow * guess_.RaisePixels(x, y, w_.data());
-    if (raised_ > 0) GuardAll();
+    if (!was_raised_much) {
+      run_ = kShortestRun;
+      guesses_ = 0;
+    } else if (guesses_ == run_) {
+      run_ = std::min(2 * run_, kLongestRun);
+      guesses_ = 0;
+    } else if (count == kLeafRows && field_.width - x >= kLeafColumns) {
+      ++guesses_;
+      raised_ = kBumpsOfRow * guess_.RaisePixels(x, y, w_.data());
+      if (raised_ > 0) GuardAll();
+    }
   }
 
   /// Finds out what is known of pixels that have all been set.
@@ -369,8 +383,11 @@ class Leaf : private Pixels {
   Held held_ = {};
   bool is_stale_ = false;
   bool is_plane_stale_ = false;
-  /// By how many bumps pixels of this group, or of the one before, have been raised.
+  /// By how many bumps pixels of this group, or of the last one that was searched, have been raised.
   int raised_ = 0;
+  /// How many guesses have been taken in a row, and after how many one group does without.
+  int guesses_ = 0;
+  int run_ = kShortestRun;
   GroupPlane plane_;
   std::vector<int> blocks_;
 };
