@@ -25,7 +25,7 @@ constexpr int kPatience = 60000;
 class WindowFiles : public EditorWindowTesting {
  protected:
   /// A gray picture by Qt's own writer.
-  static void WriteGray(const fs::path& file, int gray) {
+  static void WriteGray(const fs::path& file, unsigned gray) {
     QImage image(8, 8, QImage::Format_Grayscale8);
     image.fill(gray);
     // Written beside and renamed, so that nobody reads half of it.
@@ -34,7 +34,7 @@ class WindowFiles : public EditorWindowTesting {
     fs::rename(part, file);
   }
   void WriteReader() {
-    WriteGray(folder_ / "a.png", 51);
+    WriteGray(folder_ / "a.png", 51U);
     WriteText(folder_ / "reader.json",
               Testing::MakeText("{'id': 'read', 'type': 'ImageReaderNode', 'attributes': {'path': 'a.png'}, "
                                 "'position': [0, 0]}"));
@@ -174,7 +174,7 @@ TEST_F(WindowFiles, AChangedFileIsAskedAboutThenReadByItself) {
   ASSERT_NEAR(PictureAt(4.1, 4.1).red(), 51, 1);
   auto* bar = Get<FilesChangedBar>("files_changed");
   ASSERT_FALSE(bar->isVisible());
-  WriteGray(folder_ / "a.png", 102);
+  WriteGray(folder_ / "a.png", 102U);
   ASSERT_TRUE(QTest::qWaitFor([&] { return bar->isVisible(); }, kPatience));
   EXPECT_NEAR(PictureAt(4.1, 4.1).red(), 51, 1);
   QTest::mouseClick(Get<QPushButton>("files_changed.read"), Qt::LeftButton);
@@ -182,13 +182,13 @@ TEST_F(WindowFiles, AChangedFileIsAskedAboutThenReadByItself) {
   Wait();
   EXPECT_NEAR(PictureAt(4.1, 4.1).red(), 102, 1);
   Choose("File", {"Changed Image Files", "Read Again at Once"});
-  WriteGray(folder_ / "a.png", 153);
+  WriteGray(folder_ / "a.png", 153U);
   EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(PictureAt(4.1, 4.1).red() - 153) <= 1; }, kPatience));
   EXPECT_FALSE(bar->isVisible());
   EXPECT_FALSE(window_->isWindowModified());
   // It is asked again as soon as somebody wants that.
   Choose("File", {"Changed Image Files", "Ask"});
-  WriteGray(folder_ / "a.png", 204);
+  WriteGray(folder_ / "a.png", 204U);
   ASSERT_TRUE(QTest::qWaitFor([&] { return bar->isVisible(); }, kPatience));
   QTest::keyClick(Get<QPushButton>("files_changed.dismiss"), Qt::Key_Space);
   EXPECT_FALSE(bar->isVisible());
@@ -199,7 +199,7 @@ TEST_F(WindowFiles, TheMenuSaysHowChangedFilesAreTaken) {
   WriteReader();
   OpenForWork(folder_ / "reader.json");
   EXPECT_TRUE(Action("file.changed.ask")->isChecked());
-  WriteGray(folder_ / "a.png", 102);
+  WriteGray(folder_ / "a.png", 102U);
   auto* bar = Get<FilesChangedBar>("files_changed");
   ASSERT_TRUE(QTest::qWaitFor([&] { return bar->isVisible(); }, kPatience));
   QTest::mouseClick(Get<QPushButton>("files_changed.always"), Qt::LeftButton);
