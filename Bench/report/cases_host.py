@@ -54,7 +54,7 @@ def grow_case(given, radius, shrink=False, wraps=False, others=()):
                      high_precision=True),
     }
     return Case(f"{verb}, {given}, radius {radius}" + ", tiling" * wraps, "Grow and shrink",
-                f"ImageRegion::{verb.title()}({given}, {radius})",
+                f"ImageRegion::{verb.title()}({given}, {radius}{', tiling' * wraps})",
                 host(lambda h, x, take: h.grow(take(given), x.spare(h.spare, "out"), float(radius), wraps, shrink)),
                 definitions.grown(given, radius, wraps, shrink), {name: every[name] for name in others},
                 "The host grows in place, so the copy that it grows is in its time."
