@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <new>
 #include <string>
 #include <utility>
@@ -153,6 +154,17 @@ void ExpectSameAs(const Scene& scene, const std::vector<float>& expected) {
 
 void ExpectSameAsReference(const Scene& scene) { ExpectSameAs(scene, Reference::Compute(scene.GetField())); }
 
+void ExpectSameAsReferenceForAll(Scene scene, std::initializer_list<int> radii) {
+  for (const int radius : radii) {
+    for (const ReliefProfile profile : kProfiles) {
+      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
+      scene.radius = radius;
+      scene.profile = profile;
+      ExpectSameAsReference(scene);
+    }
+  }
+}
+
 /// The computation and its definition against numbers worked out by hand.
 void ExpectSamples(const Scene& scene, const std::vector<float>& expected) {
   EXPECT_TRUE(AreSameSamples(Reference::Compute(scene.GetField()), expected)) << "the definition";
@@ -280,14 +292,7 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForGentleSlopes) {
     const double hill = std::sin(0.06 * x) * std::cos(0.05 * y) + 0.2 * std::sin(0.3 * x + 0.2 * y);
     scene.mask[i] = static_cast<float>(0.5 + 0.35 * hill) + 0.004F * random.Next();
   }
-  for (const int radius : {40, 90}) {
-    for (const ReliefProfile profile : kProfiles) {
-      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
-      scene.radius = radius;
-      scene.profile = profile;
-      ExpectSameAsReference(scene);
-    }
-  }
+  ExpectSameAsReferenceForAll(scene, {40, 90});
 }
 
 TEST(ReliefLevels, IsTheSameAsTheDefinitionForSmoothGroundBeyondTheRange) {
@@ -299,16 +304,9 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForSmoothGroundBeyondTheRange) {
     scene.mask[i] = static_cast<float>(2.5 * std::sin(0.04 * x + 0.03 * y) * std::cos(0.05 * y - 0.01 * x) - 0.4);
   }
   for (const float high : {1.0F, 0.5F}) {
-    for (const int radius : {6, 13, 30}) {
-      for (const ReliefProfile profile : kProfiles) {
-        SCOPED_TRACE("high " + std::to_string(high) + ", radius " + std::to_string(radius) + ", profile " +
-                     std::to_string(static_cast<int>(profile)));
-        scene.high = high;
-        scene.radius = radius;
-        scene.profile = profile;
-        ExpectSameAsReference(scene);
-      }
-    }
+    SCOPED_TRACE("high " + std::to_string(high));
+    scene.high = high;
+    ExpectSameAsReferenceForAll(scene, {6, 13, 30});
   }
 }
 
@@ -322,14 +320,7 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForSmoothGroundWithAWallAtEachBorder)
     scene.mask[i] =
         is_wall ? 0.97F : static_cast<float>(0.3 + 0.003 * x + 0.1 * std::sin(0.09 * x) * std::cos(0.07 * y));
   }
-  for (const int radius : {25, 60}) {
-    for (const ReliefProfile profile : kProfiles) {
-      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
-      scene.radius = radius;
-      scene.profile = profile;
-      ExpectSameAsReference(scene);
-    }
-  }
+  ExpectSameAsReferenceForAll(scene, {25, 60});
 }
 
 TEST(ReliefLevels, IsTheSameAsTheDefinitionForSlopesBesideNoise) {
@@ -342,14 +333,7 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForSlopesBesideNoise) {
     scene.mask[i] = is_slope ? 1.9F - x / 64.0F + 3e-7F * random.Next() : 0.4F * random.Next();
   }
   scene.high = 2.0F;
-  for (const int radius : {32, 127, 128}) {
-    for (const ReliefProfile profile : kProfiles) {
-      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
-      scene.radius = radius;
-      scene.profile = profile;
-      ExpectSameAsReference(scene);
-    }
-  }
+  ExpectSameAsReferenceForAll(scene, {32, 127, 128});
 }
 
 // Waves of all lengths and heights on ground of any height: what planes and chords are drawn around, and what they
@@ -418,14 +402,7 @@ TEST(ReliefLevels, IsTheSameAsTheDefinitionForWavesThatReachFar) {
     scene.mask[i] = static_cast<float>(0.5 + 0.3 * std::sin(0.0011 * x) + 0.1 * std::sin(0.013 * x));
     if (i % 977 == 0) scene.grown[i] = 1.0F;
   }
-  for (const int radius : {4300, 9000}) {
-    for (const ReliefProfile profile : kProfiles) {
-      SCOPED_TRACE("radius " + std::to_string(radius) + ", profile " + std::to_string(static_cast<int>(profile)));
-      scene.radius = radius;
-      scene.profile = profile;
-      ExpectSameAsReference(scene);
-    }
-  }
+  ExpectSameAsReferenceForAll(scene, {4300, 9000});
 }
 
 TEST(ReliefLevels, IsTheSameAsTheDefinitionForEverySize) {
